@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdio>
+#include <fmt/format.h>
+#include <string_view>
+#include <utility>
+
+namespace kvr {
+
+/// Where the program speaks and listens. `log` is KVR_dbg.out once it is open, before that null;
+/// writing to a null stream does nothing.
+struct Console {
+    std::FILE* screen = stdout;
+    std::FILE* log = nullptr;
+    std::FILE* input = stdin;
+};
+
+/// One line of text, the line end added here.
+void lineToScreen(const Console& console, std::string_view text);
+void lineToLog(const Console& console, std::string_view text);
+void lineToBoth(const Console& console, std::string_view text);
+
+/// The same with a format string of the formatting library.
+template <class... Args>
+void screen(const Console& console, fmt::format_string<Args...> format, Args&&... args) {
+    lineToScreen(console, fmt::format(format, std::forward<Args>(args)...));
+}
+template <class... Args>
+void log(const Console& console, fmt::format_string<Args...> format, Args&&... args) {
+    if (console.log != nullptr) lineToLog(console, fmt::format(format, std::forward<Args>(args)...));
+}
+template <class... Args>
+void both(const Console& console, fmt::format_string<Args...> format, Args&&... args) {
+    lineToBoth(console, fmt::format(format, std::forward<Args>(args)...));
+}
+
+/// A number in general form with at most `digits` significant digits, as the reports print it.
+std::string number(double value, int digits = 9);
+
+/// Waits for one line from the console; end of input counts as the line.
+void waitForLine(const Console& console);
+
+}  // namespace kvr

@@ -1,0 +1,17 @@
+#include "base/hard_stop.hpp"
+
+#include <cstdlib>
+
+namespace kvr {
+
+void hardStop(const Console& console) {
+    if (console.log != nullptr) std::fflush(console.log);
+    waitForLine(console);
+    std::exit(EXIT_FAILURE);
+}
+
+void normalStop() {
+    std::exit(EXIT_SUCCESS);
+}
+
+}  // namespace kvr

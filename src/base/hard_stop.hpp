@@ -1,0 +1,15 @@
+#pragma once
+
+#include "base/console.hpp"
+
+namespace kvr {
+
+/// The one way in which a run fails: waits for a line from the console, so that a console window
+/// stays open, and ends the process with exit status 1. The messages are the caller's and are already
+/// out. Every open output is flushed and closed on the way (all outputs are stdio streams).
+[[noreturn]] void hardStop(const Console& console);
+
+/// An early end that is not a failure: the same closing of files, exit status 0, no waiting.
+[[noreturn]] void normalStop();
+
+}  // namespace kvr

@@ -1,0 +1,43 @@
+#include "base/number_writer.hpp"
+
+#include <fmt/compile.h>
+#include <iterator>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t PieceSize = 1 << 20;  // bytes gathered before the stream is touched
+
+void handOver(NumberWriter& writer) {
+    if (writer.file != nullptr) std::fwrite(writer.buffer.data(), 1, writer.buffer.size(), writer.file);
+    writer.buffer.clear();
+}
+
+void handOverWhenFull(NumberWriter& writer) {
+    if (writer.buffer.size() >= PieceSize) handOver(writer);
+}
+
+}  // namespace
+
+void put(NumberWriter& writer, std::string_view text) {
+    writer.buffer.append(text.data(), text.data() + text.size());
+    handOverWhenFull(writer);
+}
+
+void putNumber(NumberWriter& writer, double value, int digits) {
+    fmt::format_to(std::back_inserter(writer.buffer), FMT_COMPILE("{:.{}g}"), value, digits);
+    handOverWhenFull(writer);
+}
+
+void putNumber(NumberWriter& writer, int value) {
+    fmt::format_to(std::back_inserter(writer.buffer), FMT_COMPILE("{}"), value);
+    handOverWhenFull(writer);
+}
+
+void flush(NumberWriter& writer) {
+    handOver(writer);
+    if (writer.file != nullptr) std::fflush(writer.file);
+}
+
+}  // namespace kvr

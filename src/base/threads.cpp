@@ -1,0 +1,27 @@
+#include "base/threads.hpp"
+
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
+
+namespace kvr {
+
+namespace {
+
+void flushDenormals() {
+#if defined(__SSE__)
+    constexpr unsigned DenormalsAreZero = 0x0040U;  // MXCSR bit 6
+    _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON);
+    _mm_setcsr(_mm_getcsr() | DenormalsAreZero);
+#endif
+}
+
+}  // namespace
+
+void flushDenormalsInAllThreads() {
+    flushDenormals();
+#pragma omp parallel
+    flushDenormals();
+}
+
+}  // namespace kvr

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "deck/deck_cursor.hpp"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <variant>
+
+namespace kvr {
+
+/// One target of a mixed list read. Text is stored as read, without quotes.
+using ListTarget = std::variant<int*, double*, float*, std::string*>;
+
+/// How a list read ended. Codes are shown to the user behind "File reading error, code =".
+struct ListEnd {
+    int count = 0;       // targets passed, defaulted ones included
+    bool slash = false;  // a slash ended the list; the rest of its line is dropped
+    bool endOfFile = false;
+    int errorCode = 0;  // 0: none; 64: a value that is not of the target's type; 65: repeat past the target
+    int errorLine = 0;
+    std::string errorText;  // the offending token
+};
+
+/// List-directed read over as many lines as it needs, starting at the cursor's next line. Separators are
+/// blanks, tabs, commas and line ends; `n*value` repeats, `n*` skips n targets, a slash ends the list,
+/// text may stand in single or double quotes, exponents may be written with d, an unquoted token that
+/// starts with "--" discards the rest of its line. Targets not reached keep their values. After the last
+/// target the rest of the line is dropped, as a record read does; a slash in that rest is reported.
+ListEnd readList(DeckCursor& cursor, std::span<const ListTarget> targets);
+
+/// The same into arrays of one type; as fast as the number parser allows.
+ListEnd readDoubles(DeckCursor& cursor, std::span<double> values);
+ListEnd readFloats(DeckCursor& cursor, std::span<float> values);
+ListEnd readIntegers(DeckCursor& cursor, std::span<int> values);
+
+/// One text value; an unquoted one runs to a blank, so that a path keeps its slashes.
+ListEnd readPath(DeckCursor& cursor, std::string& path);
+
+}  // namespace kvr

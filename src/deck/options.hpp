@@ -1,0 +1,208 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// One row of UPSCALE or SMTHPRM.
+struct ConditioningRow {
+    std::string name;                    // property, up to 8 characters
+    std::array<int, 3> window{1, 1, 1};  // cells along x, y, z (UPSCALE)
+    int iterations = 0;                  // smoothing passes (SMTHPRM)
+};
+
+/// One row of BPCONST: held, without effect.
+struct BoundaryPressureRow {
+    std::string firstWord;
+    std::array<int, 7> integers{};
+    std::string lastWord;
+};
+
+/// Prices in $/bbl, $/bbl, $/Mscf.
+struct PhasePrices {
+    double oil = 0.0;
+    double water = 0.0;
+    double gas = 0.0;
+};
+
+/// Every option of a run. Written only while the deck is read, except globalIterations (0 for FIM)
+/// and solverPhaseName. Initialisers are the built-in values; `setOptionDefaults` and
+/// `finaliseOptions` complete them.
+struct RunOptions {
+    // --- what RUNSPEC says -------------------------------------------------------------------
+    bool hasOil = false;
+    bool hasWater = false;
+    bool hasGas = false;
+    int componentCount = 0;  // 0: black oil
+    int startDay = 0;
+    int startMonth = 1;
+    int startYear = 2000;
+    bool ninePoint = false;
+    int maxConnectionsPerCell = 6;  // 26 with NINEPOIN
+    int maxWells = 50;
+    int maxConnPerWell = 50;
+    int maxConnAll = 50;
+    int maxRockTables = 1;
+    int maxPvtTables = 1;
+    int maxRockRows = 200;
+    int maxPvtRows = 200;
+    bool tracerActive = false;
+    int tracerCount = 0;
+    bool outputMetric = false;                  // "-- ConvertUnitCommandKVR"
+    std::string gridDimensionality = "xyz_3d";  // "x_1d", "xy_2d", "xz_2d", "xyz_3d"
+
+    // --- files and input form ----------------------------------------------------------------
+    int inputMode = 3;         // 1 ECLIPSE form, 3 native deck, 4 IX deck
+    std::string dataFileBase;  // path and header of the deck, without extension
+    std::string headerName = "ECLIPSE";
+    std::string workingFolder;     // ends with its separator; blank for the present folder
+    bool useRelativePath = false;  // the user typed a name
+    bool ixExtract = false;
+
+    // --- numerical method --------------------------------------------------------------------
+    std::string method = "streamline";       // "streamline", "FIM", "IMPES", "EbFVM"
+    std::string pressureSolver = "amg";      // "st", "amg", "dgesv", "dgesl", "cg", "gmres", "bicg"
+    std::string saturationSolver;            // blank (acts as "gband"), "dgesv", "gband"
+    std::string modelName = "SPSP";          // "SPSP", "DPSP"
+    double PressureTolerance = 0.0;          // psi; 0.01 by fall-back
+    double SaturationTolerance = 0.0;        // 1e-4 by fall-back
+    int MaxPressureIterations = 0;           // 30 by fall-back
+    int maxSaturationIterations = 0;         // 30 by fall-back
+    double maxDt = 1.0e7;                    // days; MAXDT
+    bool optimalTstep = false;               // OPTTSTEP
+    double tstepControl = 0.0;               // psi; OPTTSTEP value
+    int pressureUpdateFrequency = 1;         // OPTIONKVR 1
+    bool cornerPointHiRes = false;           // OPTIONKVR 2
+    bool keepIrreducibleSaturation = false;  // OPTIONKVR 3: end points limit saturations
+    bool outputSensitivity = false;          // OPTIONKVR 4
+    bool bubblePointMaxLimit = false;        // OPTIONKVR 5
+    bool bubblePointMinLimit = false;        // OPTIONKVR 6
+    int internalDebug = 0;                   // OPTIONKVR 7, not used
+    int globalIterations = 0;                // OPTIONKVR 8: iterative IMPES passes
+    bool gravityDrainage = false;            // no keyword
+    bool firstStepPressureUpdate = true;     // copies the compressibility flag in the defaults
+
+    // --- streamlines --------------------------------------------------------------------------
+    int requestedLines = 0;                           // NUMLINE 1; below 1: default rule
+    std::string streamlineStart = "inj";              // "inj", "prd", "cel"
+    std::string traceMissed = "No";                   // "Yes", "No"
+    std::string nodeControl;                          // blank until SL1DCON, then "reg" or "irr"
+    bool nodeControlAuto = false;                     // AUTO in the second field
+    double nodeFactor = 1.0;                          // SL1DCON 3
+    double mergeFactor = 1.0;                         // SL1DCON 9: merge factor of AUTO
+    std::vector<std::string> solverPhaseName{"mas"};  // "btf", "mas", "imp", "hyb"
+    std::vector<double> solverPhaseEnd{0.0};          // days; follows endTime
+    std::vector<std::string> upwindName{"SPU"};  // echo "Degree of Upstream weighting"; solver name for "imp"
+    std::string upwindWord = "SPU";   // the scheme explicit lines limit with: "SPU", "2PU", "3PU", "Leonard"
+    bool lineCompressibility = true;  // SL1DCON 5
+    bool lineGravity = true;          // SL1DCON 6
+    bool lineCapillary = true;        // SL1DCON 7
+    bool orthogonalProjection = false;  // SL1DCON 8
+    int mapCount = 1;                   // SL1DMAP, 1..1000
+    double cfl = 0.0;                   // CFL 1; 0.8 by fall-back
+    double minCflStep = 0.0;            // days; CFL 2; 0.01 by fall-back
+    double cflGravity = 0.0;            // CFLG 1; 0.8 by fall-back
+    double minCflgStep = 0.0;           // days; CFLG 2; 0.01 by fall-back
+    bool cornerPointTracing = true;     // reference-cube tracing; no keyword
+    bool saveEndNode = true;            // no keyword
+    int analyticRelPermPoints = 200;    // "Num of Intp Rel, for ASol"
+    int analyticSolutionPoints = 100;   // "Num of Intp Sol, for ASol"
+
+    // --- geometry options ---------------------------------------------------------------------
+    bool useNewtran = true;  // corner-point transmissibility; DX switches it off
+    bool useJFunction = false;
+    double surfaceTension = 1.0;  // JFUNC
+
+    // --- output switches ----------------------------------------------------------------------
+    bool debugOutput = false;
+    std::string outputXls = "No";
+    std::string outputPlt = "No";
+    bool outputStreamline = false;
+    bool outputDiffusiveTof = false;
+    bool outputPressureMatrix = false;
+    bool outputSaturationMatrix = false;
+    std::string outputKvrView = "Yes";
+    std::string outputEclipse = "No";
+    std::string outputSln = "No";
+
+    // --- outside simulators -------------------------------------------------------------------
+    bool traceFromRestart = false;
+    bool useEclipsePressure = false;
+    bool useEclipseSaturation = false;
+    bool useEclipseTrans = false;
+    bool useHistoryControls = false;  // "Use ECLIPSE Simulator ?": WCONHIST or WCONINJH present
+    bool outputWellHistory = false;
+    bool deleteEclipseRun = false;
+    bool eclipseToTecplot = false;
+    bool eclipseToIx = false;
+    bool linuxRun = false;
+    bool co2Model = false;
+    std::string simulatorCommand = "$e300";
+    int restartStep = 0;  // RESTART
+
+    // --- property conditioning ----------------------------------------------------------------
+    bool flowUpscaling = false;
+    std::vector<ConditioningRow> upscaleRows;
+    bool parameterSmoothing = false;
+    std::vector<ConditioningRow> smoothingRows;
+    std::vector<BoundaryPressureRow> boundaryPressureRows;
+
+    // --- history matching ---------------------------------------------------------------------
+    bool historyMatch = false;
+    bool amplitudeMatching = false;
+    bool gaussNewton = false;
+    int hmIterationLimit = 30;
+    int bhpGlobalIterations = 0;
+    bool localGlobalPressureMatch = false;
+    bool bhpMatchFlag = true;  // BHPLGMCH third value 1 switches it off; no effect
+    double sensitivityTimeWeightWct = 1.0;
+    double sensitivityTimeWeightBhp = 1.0;
+    double globalWctLimit = 0.0;
+    double gridWctLimit = 0.0;
+    double globalPrsLimit = 0.0;  // no keyword
+    double gridPrsLimit = 0.0;    // no keyword
+    double lnkLimitWct = 2.0;
+    double lnkLimitBhp = 2.0;
+    double lnkLimit = 1.0;  // divisor
+    double objectiveWeightWct = 0.5;
+    double objectiveWeightBhp = 0.5;
+    double maxParameter = 5000.0;
+    double minParameter = 0.0001;
+    int smoothingWct = 2;
+    int smoothingBhp = 5;
+    double misfitCriterionWct = 10.0;
+    double misfitCriterionBhp = 10.0;
+    double updateWellGrid = 0.0;
+    int lsqrIterations = 400;
+    double lsqrNorm = 0.0;
+    double lsqrSmoothHorizontal = 0.0;
+    double lsqrSmoothVertical = 0.0;
+    double travelTimeBeta = 0.0;  // no keyword
+
+    // --- rate optimisation --------------------------------------------------------------------
+    bool rateOptimization = false;
+    bool equalArrival = false;
+    bool equalizeWafs = false;
+    bool npvOptimization = false;
+    bool minimumMiscibility = false;
+    int optimizationStart = 1;
+    double optimizationEmin = 0.0;
+    double optimizationEmax = 1.0;
+    double optimizationAlpha = 2.0;
+    double optimizationWmin = -0.25;
+    double optimizationWmax = 25.0;
+    double optimizationMinFlux = 0.0;
+    double optimizationTofUsage = 100.0;
+    double optimizationTolerance = 0.001;  // WFOOPT 9
+    PhasePrices productionPrice;
+    PhasePrices injectionPrice;
+    std::vector<double> componentPrice;
+};
+
+inline bool isDualPorosity(const RunOptions& options) {
+    return options.modelName == "DPSP";
+}
+
+}  // namespace kvr

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "deck/options.hpp"
+#include "deck/section_reader.hpp"
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "run/clock.hpp"
+
+namespace kvr {
+
+/// What RUNSPEC writes.
+struct RunspecRecords {
+    RunOptions& options;
+    UnitSystem& units;
+    GridModel& grid;
+    FluidTables& tables;  // hasGas
+    RunClock& clock;      // calendar date
+};
+
+/// Reads the section, checks the dimensions and sizes the grid arrays.
+void readRunspec(SectionReader& reader, RunspecRecords& records);
+
+}  // namespace kvr

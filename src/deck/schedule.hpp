@@ -1,0 +1,99 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Well data of one step. Merged by name while the deck is read: one element per well and step.
+/// Rates in internal volume a day (stb or surface barrels of gas), positive as the deck gives them.
+struct ScheduleWell {
+    std::string name;  // up to 8 characters
+    std::string group;
+    int headI = 0;
+    int headJ = 0;
+    double refDepth = 0.0;  // ft
+    std::string preferredPhase;
+    std::string status = "OPEN";
+    std::string control;  // as in the deck; blank: no control given yet
+    bool isInjector = false;
+    bool hasControl = false;  // a control keyword has named this well
+
+    double histOil = 0.0;
+    double histWater = 0.0;
+    double histGas = 0.0;
+    double histThp = 0.0;
+    double histBhp = 0.0;
+
+    std::string injType;
+    double injRate = 0.0;
+    double injResv = 0.0;
+    double injBhp = 100000.0;  // psia
+    double injThp = 0.0;
+
+    double prodOil = 0.0;
+    double prodWater = 0.0;
+    double prodGas = 0.0;
+    double prodLiquid = 0.0;
+    double prodResv = 0.0;  // rb/day
+    double prodBhp = 14.6;  // psia
+    double prodThp = 0.0;
+
+    double histInjRate = 0.0;
+    double histInjBhp = 0.0;
+    double histInjThp = 0.0;
+
+    double tracerConcentration = 0.0;
+    std::string injectionStream;  // WINJGAS: name of a WELLSTRE stream
+};
+
+/// One COMPDAT or WELSPEC row.
+struct ScheduleCompletion {
+    std::string wellName;
+    int i = 0;  // 0: the well head's
+    int j = 0;
+    int k1 = 0;
+    int k2 = 0;
+    std::string status = "OPEN";
+    int satTable = 0;
+    double transFactor = -1.0;  // rb cp/(day psi); negative: compute
+    double diameter = 0.0;      // ft
+    float kh = -1.0F;
+    float skin = 0.0F;
+    double dFactor = 0.0;
+    char direction = 'Z';
+};
+
+/// Wells and completions in force from one well event to the next.
+struct ScheduleStep {
+    std::vector<ScheduleWell> wells;
+    std::vector<ScheduleCompletion> completions;
+    int wellCount = 0;        // WELSPECS rows, as the messages count them
+    int completionCount = 0;  // COMPDAT rows
+    int producerCount = 0;    // WCONPROD and WCONHIST rows
+    int injectorCount = 0;    // WCONINJE and WCONINJH rows
+    int stepCount = 0;
+    double period = 0.0;  // days
+    int cumulativeSteps = 0;
+};
+
+/// Composition of an injected stream, WELLSTRE.
+struct InjectionStream {
+    std::string name;
+    std::vector<double> moleFraction;
+};
+
+/// The well events of a deck and the time tables that the main loop walks. Tables hold entry n of the
+/// description at [n - 1]; past their end a table reads as "never" (+infinity), see run/clock.
+struct Schedule {
+    std::vector<ScheduleStep> steps;
+    std::vector<InjectionStream> streams;
+    std::vector<double> stepLength;     // days, one per time step as given
+    std::vector<double> stepEnd;        // days, [0] is 0, one more than stepLength
+    std::vector<double> reportEnd;      // days, end of each report step
+    std::vector<double> wellEventTime;  // days, start of each ScheduleStep, [0] is 0
+    double endTime = 0.0;               // days
+    bool endTimeGiven = false;          // SIMEND set endTime
+};
+
+}  // namespace kvr

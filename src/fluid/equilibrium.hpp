@@ -1,0 +1,19 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "deck/options.hpp"
+#include "fluid/initial_conditions.hpp"
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+
+namespace kvr {
+
+/// Pressures, saturations, Rs and bubble points of every cell before the first step, from EQUIL by phase
+/// columns in hydrostatic balance, or from the arrays of the SOLUTION section. Sets the direct solver for
+/// fewer than 27 cells, with its warning. The caller runs the full property update afterwards and prints
+/// "SUCCESSFULLY INITIALIZED.".
+void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
+                        const InitialConditions& initial, RunOptions& options, CellState& state);
+
+}  // namespace kvr

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Table columns hold row 1 at [0]; the look-ups take 1-based row numbers.
+using Column = std::vector<double>;
+
+/// SWOF and SGOF of one SATNUM region, with its end points.
+struct SaturationTable {
+    Column SwAxis, Krw, Krow, Pcow;  // Pcow psi (or J with JFUNC)
+    Column SgAxis, Krg, Krog, Pcog;
+    double ConnateSw = 0.0;
+    double CriticalSg = 0.0;
+    double ResidualSo = 0.0;
+};
+
+/// Black-oil PVT, saturation tables and scalars. psia, cp, lb/ft3; Rs and Bg are dimensionless
+/// (surface barrels of gas per stb, rb per surface barrel).
+struct FluidTables {
+    // PVTO or PVDO: rows 1..SatRows saturated, the UnderRows rows behind them under-saturated.
+    Column OilPressure, OilFvf, OilViscosity, OilRs, OilInvFvf, OilInvFvfVisc;
+    Column UnderPressureStep, UnderFvfSlope,
+        UnderViscSlope;  // row SatRows + k minus the row before, at [k - 1]
+    int OilRows = 0;
+    int UnderRows = 0;
+    int SatRows = 0;
+    double MaxRs = 0.0;  // 0 or less: dead oil
+
+    // PVDG
+    Column GasPressure, GasFvf, GasViscosity, GasInvFvf, GasInvFvfVisc;
+    int GasRows = 0;
+
+    std::vector<SaturationTable> regions;  // SATNUM region r at [r - 1]; never empty once finished
+    Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
+    CellArray<std::uint8_t> RegionTableCell;  // 1: the region tables serve this cell (raised everywhere)
+    double PcowSpan = 0.0;                    // |Pc(first)| + |Pc(last)| of region 1; 1e-8 or less: off
+    double PcogSpan = 0.0;
+
+    bool hasGas = false;  // the run has a gas phase
+    double referencePressureWater = 0.0;
+    double waterFvf = 0.0;
+    double waterCompressibility = 0.0;
+    double waterViscosity = 0.0;
+    double waterViscosibility = 0.0;
+    double rockReferencePressure = 0.0;
+    double rockCompressibility = 0.0;
+    double oilDensity = 0.0;
+    double waterDensity = 0.0;
+    double gasDensity = 0.0;
+    double reservoirTemperature = 0.0;  // Rankine
+    double surfaceTemperature = 0.0;    // Rankine
+    double surfacePressure = 0.0;
+
+    std::vector<std::string> tracerNames;
+    std::vector<std::string> tracerUnits;
+
+    // Component data, read and held for compositional runs.
+    std::vector<std::string> CNAMES;
+    Column TCRIT, PCRIT, VCRIT, MW, ACF;
+    std::vector<double> BIC;    // square, row-major
+    std::vector<double> ZMFVD;  // rows of depth and one fraction per component
+    std::vector<double> ZI;
+};
+
+/// Capillary pressure below this span (psi) is taken as none.
+inline constexpr double CapillarySpanLimit = 1e-8;
+
+inline const SaturationTable& regionTable(const FluidTables& tables, int region) {
+    return tables.regions[static_cast<std::size_t>(region) - 1];
+}
+
+}  // namespace kvr

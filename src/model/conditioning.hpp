@@ -1,0 +1,17 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "deck/options.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+
+namespace kvr {
+
+/// Finishes the rock arrays, builds the neighbour table and every connection, applies the multipliers in
+/// their fixed order and prints the "PRECONDITIONED GEOLOGICAL INFORMATION" summary. Repeatable: rock
+/// rows of EDIT act once per run, transmissibility rows every time.
+void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
+                             GridModel& grid, ConnectionTable& connections);
+
+}  // namespace kvr

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <array>
+
+namespace kvr {
+
+/// Connections of each cell by (CellId, direction), directions 1..6 the faces low x .. high z,
+/// 7..26 only with NINEPOIN.
+struct ConnectionTable {
+    int NDIR = 6;
+    DirectionArray<CellId> Neighbour;     // 0 where there is none
+    DirectionArray<double> Trans;         // rb cp/(day psi); the two sides of a face may differ
+    DirectionArray<double> HalfTrans;     // rb cp/(day psi)
+    DirectionArray<double> DepthDiff;     // ft, neighbour's centre minus the cell's
+    DirectionArray<double> HarmonicPerm;  // md * DarcyConstant
+    DirectionArray<double> ConnArea;      // ft2
+    DirectionArray<double> ConnLength;    // ft
+    CellArray<double> SumArea;            // ft2, sum of ConnArea over the six faces
+};
+
+/// Sign of the outward normal of face 1..6, at [face - 1].
+inline constexpr std::array<double, 6> FaceSign = {-1.0, 1.0, -1.0, 1.0, -1.0, 1.0};
+
+/// The face of the neighbour that lies on face d, d in 1..6.
+inline int oppositeFace(int d) {
+    return d % 2 == 1 ? d + 1 : d - 1;
+}
+
+}  // namespace kvr

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// A box of cells, 1-based, inclusive; 0 means the whole range of that direction.
+struct CellBox {
+    int i1 = 0, i2 = 0, j1 = 0, j2 = 0, k1 = 0, k2 = 0;
+};
+
+/// One row of EQUALS (value), COPY (secondName) or MULTIPLY (value is the factor).
+struct ArithmeticRow {
+    std::string name;        // up to 8 characters, as in the deck
+    std::string secondName;  // COPY target
+    double value = 0.0;
+    CellBox box;
+};
+
+/// Corner numbers 1..8 of a cell stand at [n - 1]: offset from the lower-index node along i, j, k.
+inline constexpr std::array<std::array<int, 3>, 8> CornerOffset = {
+    {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}}};
+
+/// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
+struct GridModel {
+    int NX = 0, NY = 0, NZ = 0;
+    CellId NCELLS = 0;
+    CellArray<int> CellI, CellJ, CellK;
+    CellArray<std::uint8_t> Active;  // 1: takes part in flow
+
+    std::vector<float> COORD;   // [6*(NX+1)*(NY+1)] pillars as read, in ft
+    std::vector<float> ZCORN;   // [8*NCELLS] corner depths as read, in ft
+    std::vector<float> xyz_3d;  // [24*(NCELLS+1)] x, y, z of corner 1..8 of each cell; see cornerOf
+    std::vector<double> NodeX, NodeY, NodeZ;  // [(NX+1)*(NY+1)*(NZ+1)], i fastest; last writer wins
+    DirectionArray<double> CellCentre;        // (cell, 1..3) mean of the eight corners
+    CellArray<double> DX, DY, DZ;             // nominal cell sizes
+    CellArray<double> TOPS;                   // block input: depth of the cell's top
+    CellArray<double> BulkVolume;             // internal volume units (rb in field units)
+    CellArray<double> PORO, NTG, PERMX, PERMY, PERMZ;
+    CellArray<double> JFactor;  // capillary scale of the J-function, 1 when it is off
+    CellArray<int> SATNUM;      // saturation table region, 1-based
+    std::array<double, 6> mapAxes{};
+
+    // What the GRID and EDIT sections leave for conditioning.
+    std::vector<ArithmeticRow> equalsRows;    // GRID EQUALS
+    std::vector<ArithmeticRow> copyRows;      // GRID COPY
+    std::vector<ArithmeticRow> multiplyRows;  // GRID MULTIPLY
+    std::vector<ArithmeticRow> editRows;      // EDIT MULTIPLY
+    bool editRockApplied = false;             // EDIT rows on rock arrays have been applied in this run
+    bool cornerPointInput = false;            // COORD and ZCORN gave the geometry
+    bool blockInput = false;                  // DX.., DXV.. and TOPS gave it
+    bool coordAfterZcorn = false;             // geometry is to be rebuilt at the end of the section
+};
+
+inline CellId cellIndex(const GridModel& grid, int i, int j, int k) {
+    return i + (j - 1) * grid.NX + (k - 1) * grid.NX * grid.NY;
+}
+
+/// x, y, z of corner n (1..8) of a cell.
+inline const float* cornerOf(const GridModel& grid, CellId cell, int n) {
+    return grid.xyz_3d.data() + static_cast<std::size_t>(cell) * 24 + static_cast<std::size_t>(n - 1) * 3;
+}
+inline float* cornerOf(GridModel& grid, CellId cell, int n) {
+    return grid.xyz_3d.data() + static_cast<std::size_t>(cell) * 24 + static_cast<std::size_t>(n - 1) * 3;
+}
+
+}  // namespace kvr

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+namespace kvr {
+
+/// The dynamic cell arrays. One instance is the present state; others of the same type are the old
+/// time level, the saved start of the run, and the start of a global iteration.
+struct CellState {
+    CellArray<double> Pressure;  // oil phase, psia
+    CellArray<double> Sw, So, Sg;
+    CellArray<double> Rs;            // dimensionless
+    CellArray<double> Pb;            // psia
+    CellArray<double> PoreFraction;  // porosity at the current pressure
+    CellArray<double> PoreVolume;    // BulkVolume * NTG * PoreFraction, internal volume units
+    CellArray<double> Bo, Bw, Bg;
+    CellArray<double> MuO, MuW, MuG;     // cp
+    CellArray<double> RhoO, RhoW, RhoG;  // lb/ft3
+    CellArray<double> KroCell, KrwCell, KrgCell;
+    CellArray<double> LambdaO, LambdaW, LambdaG;  // 1/cp
+    CellArray<double> PressureW, PressureG;       // psia
+    DirectionArray<double> tracer;                // (cell, tracer) concentration; width 0 without tracers
+};
+
+/// Sizes every array for `count` cells, all values 0 (formation factors and viscosities 1).
+void allocateCellState(CellId count, int tracerCount, CellState& state);
+
+/// Scalars of the pressure stage beside CellState.
+struct PressureStage {
+    double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
+    bool stepCut = false;          // raised by PressureStep when it shortened the step
+    double largestDeltaP = 0.0;    // psi, largest |DeltaP| of the last converged step over the whole step
+    CellArray<double> DeltaP;      // psi, last solver result of the cells
+    double processorSeconds = 0.0;
+};
+
+}  // namespace kvr

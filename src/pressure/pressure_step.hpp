@@ -1,0 +1,12 @@
+#pragma once
+
+#include "run/simulation.hpp"
+
+namespace kvr {
+
+/// One implicit pressure solve over the step clock.dt, iterated to PressureTolerance; cuts the step (and
+/// clock.dt) when it cannot. firstCall 0 asks for the full property update and saves the time level;
+/// doSolve 0 only refreshes. Leaves CellState, WellRecord and the velocity field consistent.
+void PressureStep(Simulation& simulation, int firstCall, int doSolve);
+
+}  // namespace kvr

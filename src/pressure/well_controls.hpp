@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "deck/options.hpp"
+#include "deck/schedule.hpp"
+#include "fluid/tables.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/wells.hpp"
+
+namespace kvr {
+
+/// Turns schedule step `stepIndex` (1-based) into the flat well arrays, checks controls and locations
+/// (stops on a bad one), computes well indices and prints the control table and the connection report.
+void AssignWells(int stepIndex, const Console& console, const RunOptions& options, const UnitSystem& units,
+                 const Schedule& schedule, const GridModel& grid, WellRecord& wells);
+
+/// Well index of every connection again, after the rock arrays have changed.
+void computeWellIndices(const GridModel& grid, WellRecord& wells);
+
+/// First bottom-hole pressures, once cell pressures are known: the mean of the connection cells for a
+/// rate well, the limit for a "bhp" well.
+void initialiseBottomHolePressures(const CellState& state, WellRecord& wells);
+
+/// A well held at its limit goes back to its rate control at the start of a time step when the rate it
+/// gave at the limit exceeds its target. One line to console and log at each switch.
+void releaseWellsFromLimit(const Console& console, WellRecord& wells);
+
+/// After a rate update inside a pressure iteration: a rate well whose Bhp has passed its limit goes to
+/// "bhp" at the limit. One line at each switch. True when any well changed, so that the number of
+/// matrix rows did.
+bool switchWellsAtLimit(const Console& console, WellRecord& wells);
+
+}  // namespace kvr

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// One connection of a well to a cell. Rates positive into the reservoir, surface volumes a day.
+struct WellConnection {
+    CellId ConnCell = 0;
+    int completion = 0;        // 1-based place in the well's list
+    char ConnDirection = 'Z';  // 'X', 'Y', 'Z'
+    double WellRadius = 0.0;   // ft
+    double Skin = 0.0;
+    double ConnFactor = -1.0;                         // rb cp/(day psi); negative: computed
+    double ConnWI = 0.0;                              // rb cp/(day psi)
+    double ConnHead = 0.0;                            // psi from the reference connection, down the list
+    double effectiveRadius = 1.0;                     // ft, report only
+    double effectivePermeability = 0.0;               // md, report only
+    double ConnQo = 0.0, ConnQw = 0.0, ConnQg = 0.0;  // stb/day, stb/day, surface barrels of gas/day
+    double reservoirRate = 0.0;                       // rb/day, total over phases; what launching uses
+};
+
+struct Well {
+    std::string WellName;     // up to 8 characters
+    std::string WellKind;     // "inj" or "prd"
+    std::string WellControl;  // "bhp", "orat", "wrat", "grat", "lrat", "resv", "rate"; the control in force
+    std::string deckControl;  // the control that the schedule asked for
+    std::string InjectFluid;  // "oil", "wat", "gas"; blank for producers
+    int LocI = 0, LocJ = 0, TopK = 0, BottomK = 0;
+    double WellRadius = 0.0;  // ft
+    double Skin = 0.0;
+    double ConnFactor = -1.0;
+    double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
+    double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
+    double Bhp = 0.0;       // psia
+    double BhpLimit = 0.0;  // psia
+    bool shut = false;      // status SHUT or STOP, or a rate target of 0
+    double tracerConcentration = 0.0;
+    std::string injectionStream;
+    std::vector<WellConnection> connections;
+    double WellQo = 0.0, WellQw = 0.0, WellQg = 0.0;  // sums over connections
+    double reservoirRate = 0.0;                       // rb/day
+};
+
+/// The wells of the current schedule step.
+struct WellRecord {
+    std::vector<Well> wells;
+    int RateWellCount = 0;  // wells with a matrix row of their own
+};
+
+inline bool isInjector(const Well& well) {
+    return well.WellKind == "inj";
+}
+inline bool isRateControlled(const Well& well) {
+    return well.WellControl != "bhp";
+}
+
+}  // namespace kvr

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <vector>
+
+namespace kvr {
+
+/// Surface amounts of the three phases in internal volume units.
+struct PhaseAmounts {
+    double oil = 0.0, water = 0.0, gas = 0.0;
+};
+
+/// Cumulative production and injection of one well (both positive), surface and reservoir volume.
+struct WellTotals {
+    PhaseAmounts produced, injected;
+    double producedReservoir = 0.0, injectedReservoir = 0.0;  // rb
+};
+
+/// Totals of one finished step, one row of the material balance table.
+struct BalanceRow {
+    double time = 0.0;
+    double poreVolume = 0.0, poreVolumesInjected = 0.0, averagePressure = 0.0;
+    double errorOil = 0.0, errorWater = 0.0, errorGas = 0.0;  // fractions
+    PhaseAmounts inPlace;
+    PhaseAmounts injectionRate, productionRate;
+    double recoveryOil = 0.0, recoveryWater = 0.0;  // FOE, FOEW
+    double deltaRecovery = 0.0, deltaNpv = 0.0, npv = 0.0;
+    int flowingWells = 0;
+};
+
+/// What the material balance and the well tables keep from step to step.
+struct BalanceRecord {
+    bool started = false;
+    PhaseAmounts initial;           // in place at the first call
+    PhaseAmounts netInflow;         // cumulative, through the wells
+    std::vector<WellTotals> wells;  // by well number
+    WellTotals field;
+    std::vector<BalanceRow> rows;
+    double previousSumSo = 0.0, previousSumSw = 0.0, previousSumPressure = 0.0;  // global iteration report
+};
+
+}  // namespace kvr

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "base/console.hpp"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Every file of the fixed output set, in the order in which they are opened. The table of names in
+/// output_streams.cpp follows this order.
+enum class OutputFile {
+    TPlotPoil,
+    TPlotSwat,
+    TPlotSoil,
+    TPlotSgas,
+    TPlotRs,
+    TPlotSwatmp,
+    RunRecovery,
+    RunProduction,
+    RunWct,
+    RunStreamline,
+    RunIniSwat,
+    RunPermX,
+    RunPermY,
+    RunPermZ,
+    ExclGridPrs,
+    ExclGridSat,
+    ExclWell,
+    ExclWellBlk,
+    ExclMbe,
+    ExclMbec,
+    TPlotAllFloGas,
+    TPlotAllFloOil,
+    TPlotAllFloWat,
+    TPlotZmf,
+    TPlotMobG,
+    TPlotMobO,
+    TPlotMobT,
+    TPlotMobW,
+    TPlotVelT,
+    TPlotVelX,
+    TPlotVelY,
+    TPlotVelZ,
+    TPlotPcGFloFirst,  // nine files: gas, oil, water times All, Pll, Trv
+    TPlotPcGFloLast = TPlotPcGFloFirst + 8,
+    TPlotWellBlk,
+    TPlotWellRate,
+    TPlotTracer,
+    HmObjFnc,
+    HmObjFncBeta,
+    HmObjFncNameFirst,  // fourteen files: seven names, each followed by its _Abs twin
+    HmObjFncNameLast = HmObjFncNameFirst + 13,
+    HmPermChangeCum,
+    HmPermChangeInc,
+    HmPermHist,
+    HmPermHistLog,
+    InfoAspect,
+    InfoFstream,
+    InfoGeneral,
+    InvFirst,  // thirteen inversion files
+    InvLast = InvFirst + 12,
+    DebugLog,
+    MetricCopy,
+    FieldCopy,
+    Count
+};
+
+/// The open output set. Streams live until the process ends or `closeOutputs`.
+struct OutputStreams {
+    std::string folder;               // working folder path, joined directly to the names
+    std::vector<std::FILE*> streams;  // by OutputFile; null before the set is opened
+};
+
+std::FILE* stream(const OutputStreams& outputs, OutputFile file);
+
+/// Opens a file for writing in place of any old one, or stops with the open-failure texts.
+std::FILE* openForReplace(const Console& console, const std::string& path);
+
+/// Writes 0EraseData.bat, opens the whole set with replace, writes the fixed heads of the tables, and
+/// hands the log to the console.
+void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console);
+
+/// Closes one file of the set and opens it empty again.
+void replaceOutput(const Console& console, OutputFile file, OutputStreams& outputs);
+
+/// Path of a file written beside the set, replaced at every writing.
+std::string outputPath(const OutputStreams& outputs, std::string_view name);
+
+/// Closes everything up to stream 200; the log and the two copies stay open until `closeLog`.
+void closeOutputs(OutputStreams& outputs);
+void closeLog(OutputStreams& outputs, Console& console);
+
+}  // namespace kvr

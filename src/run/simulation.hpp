@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "deck/options.hpp"
+#include "deck/schedule.hpp"
+#include "fluid/initial_conditions.hpp"
+#include "fluid/tables.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/velocity_field.hpp"
+#include "pressure/wells.hpp"
+#include "report/balance_record.hpp"
+#include "run/clock.hpp"
+#include "run/output_streams.hpp"
+#include "run/stage_times.hpp"
+#include "streamline/launch_plan.hpp"
+#include "streamline/solver_line.hpp"
+#include "streamline/streamline_record.hpp"
+
+namespace kvr {
+
+/// The records of one run. Made in main and handed down by reference: only the driver and the stages
+/// directly under it see it whole; everything below takes the records it needs.
+struct Simulation {
+    Console console;
+    OutputStreams outputs;
+    UnitSystem units;
+    RunOptions options;
+    Schedule schedule;
+    RunClock clock;
+    StageTimes times;
+
+    GridModel grid;
+    ConnectionTable connections;
+    FluidTables fluids;
+    InitialConditions initial;
+
+    CellState state;           // present
+    CellState timeLevel;       // start of the pressure step, for accumulation and step cuts
+    CellState iterationStart;  // old level of a step with global iterations
+    CellState runStart;        // start of the run, for repeated schedules
+    PressureStage pressure;
+    WellRecord wells;
+    WellRecord timeLevelWells;
+    WellRecord runStartWells;
+    VelocityField velocity;
+
+    LaunchPlan launch;
+    CellTags tags;
+    ExitFlags exitFlags;
+    MappingSums mapping;
+    double flatBedValue = -1.0;  // ft; largest lateral depth difference, kept for the run; negative: unset
+
+    BalanceRecord balance;
+};
+
+}  // namespace kvr

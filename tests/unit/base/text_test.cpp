@@ -1,0 +1,24 @@
+#include "base/text.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+TEST(Trim, TakesBlanksTabsAndCarriageReturnsOffBothEnds) {
+    EXPECT_EQ(trim(" \t a b \r"), "a b");
+}
+
+TEST(FirstWord, EndsAtBlankTabOrSlash) {
+    EXPECT_EQ(firstWord("OIL -- phase"), "OIL");
+    EXPECT_EQ(firstWord("FIELD/"), "FIELD");
+    EXPECT_EQ(firstWord("GAS\t"), "GAS");
+}
+
+TEST(Padded, CutsAndFills) {
+    EXPECT_EQ(padded("OPTIONKVR", 8), "OPTIONKV");
+    EXPECT_EQ(padded("OIL", 8), "OIL     ");
+}
+
+}  // namespace
+}  // namespace kvr
