@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kvr {
@@ -73,20 +74,29 @@ struct OutputStreams {
     std::vector<std::FILE*> streams;  // by OutputFile; null before the set is opened
 };
 
+/// Name in the working folder and fixed stream number of a file of the set.
+std::string_view outputName(OutputFile file);
+int streamNumber(OutputFile file);
+
+/// The open stream of a file; null before the set is opened and after it is closed.
 std::FILE* stream(const OutputStreams& outputs, OutputFile file);
 
-/// Opens a file for writing in place of any old one, or stops with the open-failure texts.
+/// Opens a file for writing in place of any old one, or stops with the open-failure texts and the path.
 std::FILE* openForReplace(const Console& console, const std::string& path);
 
 /// Writes 0EraseData.bat, opens the whole set with replace, writes the fixed heads of the tables, and
 /// hands the log to the console.
 void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console);
 
-/// Closes one file of the set and opens it empty again.
+/// Closes one file of the set and opens it empty again; the stream object stays the same.
 void replaceOutput(const Console& console, OutputFile file, OutputStreams& outputs);
 
 /// Path of a file written beside the set, replaced at every writing.
 std::string outputPath(const OutputStreams& outputs, std::string_view name);
+
+/// Hands everything written so far to the operating system, so that all files are readable up to here
+/// even if the process is killed next.
+void flushOutputs(const OutputStreams& outputs);
 
 /// Closes everything up to stream 200; the log and the two copies stay open until `closeLog`.
 void closeOutputs(OutputStreams& outputs);
