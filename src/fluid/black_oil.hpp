@@ -4,12 +4,15 @@
 
 namespace kvr {
 
-// Pure property functions over finished tables. p, pb psia; results rb/stb, rb per surface barrel, cp,
-// dimensionless Rs. None fails: outside a table the end segment is extended.
+// Pure property functions over finished tables (fluid/table_checks). p, pb psia; results rb/stb, rb per
+// surface barrel, cp, dimensionless Rs. None fails: outside a table the end segment is extended.
 
-/// Oil formation volume factor; see the method notes for the under-saturated walk. 0 above the bubble
-/// point of a live table without under-saturated rows.
+/// Oil formation volume factor. Dead oil: by pressure alone. Live oil: 1/b from the saturated rows at pb,
+/// then up the under-saturated block by its steps, which starts at any pb; inside the last step 1/B is
+/// linear in p. Below pb the first step is extended downward. A live table without under-saturated rows
+/// gives 0 off the bubble point, one with fewer than two saturated rows 1.
 double OilFvf(const FluidTables& tables, double p, double pb);
+/// Oil viscosity by the same walk; the saturated value comes from the columns of 1/B and 1/(B mu).
 double OilViscosity(const FluidTables& tables, double p, double pb);
 /// 1.0 without a gas phase.
 double GasFvf(const FluidTables& tables, double p);
@@ -18,16 +21,45 @@ double GasViscosity(const FluidTables& tables, double p);
 double SolutionRs(const FluidTables& tables, double pb);
 /// Inverse of SolutionRs.
 double BubblePoint(const FluidTables& tables, double rs);
+/// FVF of water at the reference pressure over 1 + c (d + c d^2 / 2), d the pressure above the reference.
 double WaterFvf(const FluidTables& tables, double p);
+/// mu / (1 + Y + Y^2 / 2), Y = -viscosibility * d; constant for a viscosibility below 1e-10.
 double WaterViscosity(const FluidTables& tables, double p);
-/// Porosity at p is PORO * PoreFactor(p).
+/// Porosity at p is PORO * PoreFactor(p); 1 + c (d + c d^2 / 2).
 double PoreFactor(const FluidTables& tables, double p);
 
-/// One-sided differences of the functions above, step 0.0001 psi.
+/// Both oil properties with one search of the table; the same bits as the single functions.
+struct OilProperties {
+    double Bo = 1.0;
+    double MuO = 1.0;
+};
+OilProperties oilProperties(const FluidTables& tables, double p, double pb);
+/// Both gas properties with one search; the same bits as the single functions.
+struct GasProperties {
+    double Bg = 1.0;
+    double MuG = 1.0;
+};
+GasProperties gasProperties(const FluidTables& tables, double p);
+
+/// Mass densities lb/ft3 at given properties.
+inline double oilDensityAt(const FluidTables& tables, double rs, double bo) {
+    return (rs * tables.gasDensity + tables.oilDensity) / bo;
+}
+inline double waterDensityAt(const FluidTables& tables, double bw) {
+    return tables.waterDensity / bw;
+}
+inline double gasDensityAt(const FluidTables& tables, double bg) {
+    return tables.gasDensity / bg;
+}
+
+/// One-sided differences of the functions above, step 0.0001 psi. The oil slopes move p alone, or p and pb
+/// together for live oil at its bubble point (the slope along the saturated curve).
 double OilFvfSlope(const FluidTables& tables, double p, double pb);
 double OilViscositySlope(const FluidTables& tables, double p, double pb);
+double SolutionRsSlope(const FluidTables& tables, double pb);
 double WaterFvfSlope(const FluidTables& tables, double p);
 double WaterViscositySlope(const FluidTables& tables, double p);
+double GasFvfSlope(const FluidTables& tables, double p);
 double GasViscositySlope(const FluidTables& tables, double p);
 
 }  // namespace kvr

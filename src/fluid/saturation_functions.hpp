@@ -2,10 +2,13 @@
 
 #include "fluid/tables.hpp"
 
+#include <cstddef>
+
 namespace kvr {
 
-// Look-ups in the saturation tables of a region (1-based SATNUM). Relative permeabilities are clipped at
-// 0 from below; outside a table the end segment is extended. Capillary pressures are psi before JFactor.
+// Look-ups in the saturation tables of a region (1-based SATNUM) over finished tables. Relative
+// permeabilities are clipped at 0 from below; outside a table the end segment is extended. Capillary
+// pressures are psi before JFactor.
 
 double KrwFn(const FluidTables& tables, double sw, int region);
 double KrowFn(const FluidTables& tables, double sw, int region);
@@ -14,15 +17,86 @@ double KrogFn(const FluidTables& tables, double sg, int region);
 /// 0 when the capillary switch (span of region 1) is off.
 double PcowFn(const FluidTables& tables, double sw, int region);
 double PcogFn(const FluidTables& tables, double sg, int region);
-/// Three-phase oil relative permeability, Stone's second model, clipped to 0..1.
+/// Three-phase oil relative permeability, Stone's second model (Stone 1973), clipped to 0..1:
+///   kro = c ((krow/c + krw)(krog/c + krg) - krw - krg),  c = krow of the first SWOF row
+/// 0 from sw + sg = 1 - ResidualSo on, and where c is 0. Without a gas phase KrowFn(sw).
 double Kro3Fn(const FluidTables& tables, double sw, double sg, int region);
 
-/// Differences with step 1e-6, backward at the top of the range.
+/// Differences with step 1e-6, backward where the forward step would pass the top of the range:
+/// 1 - ResidualSo - CriticalSg for the functions of sw, 1 - ConnateSw - ResidualSo for those of sg.
 double KrwSlope(const FluidTables& tables, double sw, int region);
 double KrowSlope(const FluidTables& tables, double sw, int region);
 double KrgSlope(const FluidTables& tables, double sg, int region);
 double KrogSlope(const FluidTables& tables, double sg, int region);
 double PcowSlope(const FluidTables& tables, double sw, int region);
 double PcogSlope(const FluidTables& tables, double sg, int region);
+
+/// Relative permeabilities of one cell or node.
+struct RelPerms {
+    double w = 0.0, o = 0.0, g = 0.0;
+};
+
+/// By the region-free set: TableLookup on the single columns, and Stone's model for sw + sg below 1.
+RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg);
+/// By the set that the cell is flagged for.
+RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg);
+
+// --- the same inline, one search per table, for loops over cells and line nodes -------------------
+
+/// Segment of a saturation axis, 0-based lower row, and how far along it a value stands.
+struct AxisPlace {
+    std::size_t low = 0;
+    double weight = 0.0;
+};
+
+/// Last row, the last one excepted, whose axis value is at or below `v`, the first row below the axis.
+/// At least two rows, rising.
+inline AxisPlace placeOnAxis(const Column& axis, const Column& inverseStep, double v) {
+    std::size_t low = 0;
+    std::size_t high = axis.size() - 1;
+    while (high - low > 1) {
+        const std::size_t middle = (low + high) / 2;
+        if (axis[middle] <= v)
+            low = middle;
+        else
+            high = middle;
+    }
+    return {low, (v - axis[low]) * inverseStep[low]};
+}
+
+inline double columnAt(const Column& column, const AxisPlace& place) {
+    return column[place.low] + place.weight * (column[place.low + 1] - column[place.low]);
+}
+
+/// A relative permeability: never below 0, and 0 where it is not a number.
+inline double relPermAt(const Column& column, const AxisPlace& place) {
+    const double value = columnAt(column, place);
+    return value > 0.0 ? value : 0.0;
+}
+
+/// Stone's second model from the two-phase values, clipped to 0..1; not a number (c = 0) gives 0.
+inline double stoneOil(double c, double krw, double krow, double krg, double krog) {
+    const double kro = c * ((krow / c + krw) * (krog / c + krg) - krw - krg);
+    if (!(kro > 0.0)) return 0.0;
+    return kro < 1.0 ? kro : 1.0;
+}
+
+/// KrwFn, Kro3Fn and KrgFn at once, to the same bits, with one search in each table. Without a gas phase
+/// the gas table is not searched and `g` is 0.
+inline RelPerms relPerms(const SaturationTable& table, bool hasGas, double sw, double sg) {
+    const AxisPlace water = placeOnAxis(table.SwAxis, table.SwInverseStep, sw);
+    RelPerms result;
+    result.w = relPermAt(table.Krw, water);
+    if (!hasGas) {
+        result.o = relPermAt(table.Krow, water);
+        return result;
+    }
+    const AxisPlace gas = placeOnAxis(table.SgAxis, table.SgInverseStep, sg);
+    result.g = relPermAt(table.Krg, gas);
+    if (sw + sg >= 1.0 - table.ResidualSo) return result;
+    const double c = table.Krow.front() > 0.0 ? table.Krow.front() : 0.0;
+    result.o = stoneOil(c, result.w, relPermAt(table.Krow, water), result.g, relPermAt(table.Krog, gas));
+    return result;
+}
 
 }  // namespace kvr

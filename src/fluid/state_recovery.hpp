@@ -24,12 +24,18 @@ struct RecoveryFactors {
 
 /// Saturations from conserved amounts after a transport step, at held pressure and factors: gas beyond
 /// what the oil can dissolve is free, otherwise all of it is dissolved; then the limits (0..1, or the end
-/// points of the region with `keepEndPoints`) and the scaling to sum 1. Works for runs with and without
-/// gas (tables.hasGas). A NaN is left for the caller to replace.
+/// points of the region with `keepEndPoints`) and the scaling to sum 1. Without a gas phase water and oil
+/// are clamped at 0 and scaled, nothing more, a NaN is left for the caller to replace, and Rs and Pb are
+/// returned as 0: the node's own stand.
 PhaseState recoverState(const FluidTables& tables, int region, bool keepEndPoints,
                         const RecoveryFactors& factors, const ConservedAmounts& amounts);
 
-/// The limits and the scaling alone.
+/// The same in a run with gas for a node whose pressure is held over many steps: `saturatedRs` is
+/// SolutionRs(factors.pressure), looked up once.
+PhaseState recoverState(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
+                        const RecoveryFactors& factors, double saturatedRs, const ConservedAmounts& amounts);
+
+/// The limits and the scaling alone. A sum of nothing is left as it is.
 void limitSaturations(const SaturationTable& table, bool keepEndPoints, PhaseState& state);
 
 }  // namespace kvr

@@ -15,6 +15,7 @@ using Column = std::vector<double>;
 struct SaturationTable {
     Column SwAxis, Krw, Krow, Pcow;  // Pcow psi (or J with JFUNC)
     Column SgAxis, Krg, Krog, Pcog;
+    Column SwInverseStep, SgInverseStep;  // 1 / (axis row r + 1 minus row r) at [r - 1], 0 for no width
     double ConnateSw = 0.0;
     double CriticalSg = 0.0;
     double ResidualSo = 0.0;
@@ -38,8 +39,9 @@ struct FluidTables {
 
     std::vector<SaturationTable> regions;  // SATNUM region r at [r - 1]; never empty once finished
     Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
-    CellArray<std::uint8_t> RegionTableCell;  // 1: the region tables serve this cell (raised everywhere)
-    double PcowSpan = 0.0;                    // |Pc(first)| + |Pc(last)| of region 1; 1e-8 or less: off
+    CellArray<std::uint8_t>
+        RegionTableCell;    // 1: the region tables serve this cell; empty: raised everywhere
+    double PcowSpan = 0.0;  // |Pc(first)| + |Pc(last)| of region 1; 1e-8 or less: off
     double PcogSpan = 0.0;
 
     bool hasGas = false;  // the run has a gas phase

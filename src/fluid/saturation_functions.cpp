@@ -1,0 +1,125 @@
+#include "fluid/saturation_functions.hpp"
+
+#include "fluid/table_lookup.hpp"
+
+namespace kvr {
+
+namespace {
+
+constexpr double SaturationStep = 1e-6;  // of the one-sided differences
+constexpr double PerSaturationStep = 1e6;
+
+using SaturationFunction = double (*)(const FluidTables&, double, int);
+
+AxisPlace waterPlace(const SaturationTable& table, double sw) {
+    return placeOnAxis(table.SwAxis, table.SwInverseStep, sw);
+}
+
+AxisPlace gasPlace(const SaturationTable& table, double sg) {
+    return placeOnAxis(table.SgAxis, table.SgInverseStep, sg);
+}
+
+double slope(SaturationFunction function, const FluidTables& tables, double s, int region, double limit) {
+    const double here = function(tables, s, region);
+    if (s + SaturationStep > limit)
+        return (function(tables, s - SaturationStep, region) - here) * -PerSaturationStep;
+    return (function(tables, s + SaturationStep, region) - here) * PerSaturationStep;
+}
+
+double slopeInWater(SaturationFunction function, const FluidTables& tables, double sw, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return slope(function, tables, sw, region, 1.0 - table.ResidualSo - table.CriticalSg);
+}
+
+double slopeInGas(SaturationFunction function, const FluidTables& tables, double sg, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return slope(function, tables, sg, region, 1.0 - table.ConnateSw - table.ResidualSo);
+}
+
+double single(const Column& axis, const Column& column, double v) {
+    return TableLookup(axis, column, 1, 1, static_cast<int>(axis.size()), v);
+}
+
+}  // namespace
+
+double KrwFn(const FluidTables& tables, double sw, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return relPermAt(table.Krw, waterPlace(table, sw));
+}
+
+double KrowFn(const FluidTables& tables, double sw, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return relPermAt(table.Krow, waterPlace(table, sw));
+}
+
+double KrgFn(const FluidTables& tables, double sg, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return relPermAt(table.Krg, gasPlace(table, sg));
+}
+
+double KrogFn(const FluidTables& tables, double sg, int region) {
+    const SaturationTable& table = regionTable(tables, region);
+    return relPermAt(table.Krog, gasPlace(table, sg));
+}
+
+double PcowFn(const FluidTables& tables, double sw, int region) {
+    if (tables.PcowSpan <= CapillarySpanLimit) return 0.0;
+    const SaturationTable& table = regionTable(tables, region);
+    return columnAt(table.Pcow, waterPlace(table, sw));
+}
+
+double PcogFn(const FluidTables& tables, double sg, int region) {
+    if (tables.PcogSpan <= CapillarySpanLimit) return 0.0;
+    const SaturationTable& table = regionTable(tables, region);
+    return columnAt(table.Pcog, gasPlace(table, sg));
+}
+
+double Kro3Fn(const FluidTables& tables, double sw, double sg, int region) {
+    return relPerms(regionTable(tables, region), tables.hasGas, sw, sg).o;
+}
+
+double KrwSlope(const FluidTables& tables, double sw, int region) {
+    return slopeInWater(KrwFn, tables, sw, region);
+}
+
+double KrowSlope(const FluidTables& tables, double sw, int region) {
+    return slopeInWater(KrowFn, tables, sw, region);
+}
+
+double KrgSlope(const FluidTables& tables, double sg, int region) {
+    return slopeInGas(KrgFn, tables, sg, region);
+}
+
+double KrogSlope(const FluidTables& tables, double sg, int region) {
+    return slopeInGas(KrogFn, tables, sg, region);
+}
+
+double PcowSlope(const FluidTables& tables, double sw, int region) {
+    return slopeInWater(PcowFn, tables, sw, region);
+}
+
+double PcogSlope(const FluidTables& tables, double sg, int region) {
+    return slopeInGas(PcogFn, tables, sg, region);
+}
+
+RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg) {
+    const double krow = single(tables.SwAxisSingle, tables.KrowSingle, sw);
+    RelPerms result;
+    result.w = single(tables.SwAxisSingle, tables.KrwSingle, sw);
+    if (!tables.hasGas) {
+        result.o = krow;
+        return result;
+    }
+    result.g = single(tables.SgAxisSingle, tables.KrgSingle, sg);
+    const double krog = single(tables.SgAxisSingle, tables.KrogSingle, sg);
+    if (sw + sg < 1.0) result.o = stoneOil(tables.KrowSingle.front(), result.w, krow, result.g, krog);
+    return result;
+}
+
+RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg) {
+    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0)
+        return relPermsSingle(tables, sw, sg);
+    return relPerms(regionTable(tables, region), tables.hasGas, sw, sg);
+}
+
+}  // namespace kvr

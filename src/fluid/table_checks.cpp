@@ -1,0 +1,226 @@
+#include "fluid/table_checks.hpp"
+
+#include "base/constants.hpp"
+#include "fluid/black_oil.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+// What a deck leaves open becomes one of these.
+constexpr double LowDefaultPressure = 10.0;       // psia, first row of a default PVT table
+constexpr double HighDefaultPressure = 100000.0;  // psia, its second row
+constexpr double DefaultOilDensity = 37.4;        // lb/ft3
+constexpr double DefaultWaterDensity = 64.23;     // lb/ft3
+constexpr double DefaultGasDensity = 0.11;        // lb/ft3
+constexpr double LeastGiven = 1e-20;              // a scalar at or below this was not given
+constexpr double LeastColumnValue = 1e-10;        // FVF or viscosity below this has no sound reciprocal
+
+double reciprocal(double value) {
+    return 1.0 / std::max(value, LeastColumnValue);
+}
+
+int rowsOf(const Column& column) {
+    return static_cast<int>(column.size());
+}
+
+void fillReciprocals(const Column& fvf, const Column& viscosity, Column& invFvf, Column& invFvfVisc) {
+    invFvf.resize(fvf.size());
+    invFvfVisc.resize(fvf.size());
+    for (std::size_t r = 0; r < fvf.size(); ++r) {
+        invFvf[r] = reciprocal(fvf[r]);
+        invFvfVisc[r] = reciprocal(fvf[r] * viscosity[r]);
+    }
+}
+
+/// Steps and slopes of the rows behind the last Rs; a row that does not rise in pressure adds nothing.
+void fillUnderSaturatedBlock(FluidTables& tables) {
+    const auto rows = static_cast<std::size_t>(tables.UnderRows);
+    tables.UnderPressureStep.assign(rows, 0.0);
+    tables.UnderFvfSlope.assign(rows, 0.0);
+    tables.UnderViscSlope.assign(rows, 0.0);
+    for (std::size_t k = 0; k < rows; ++k) {
+        const std::size_t row = static_cast<std::size_t>(tables.SatRows) + k;
+        const double step = tables.OilPressure[row] - tables.OilPressure[row - 1];
+        if (step <= 0.0) continue;
+        tables.UnderPressureStep[k] = step;
+        tables.UnderFvfSlope[k] = (tables.OilFvf[row] - tables.OilFvf[row - 1]) / step;
+        tables.UnderViscSlope[k] = (tables.OilViscosity[row] - tables.OilViscosity[row - 1]) / step;
+    }
+}
+
+void finishPvt(FluidTables& tables) {
+    tables.OilRows = rowsOf(tables.OilPressure);
+    tables.GasRows = rowsOf(tables.GasPressure);
+    tables.OilRs.resize(tables.OilPressure.size(), 0.0);
+    tables.UnderRows = std::clamp(tables.UnderRows, 0, std::max(tables.OilRows - 1, 0));
+    tables.SatRows = tables.OilRows - tables.UnderRows;
+    tables.MaxRs = tables.OilRs.empty() ? 0.0 : *std::max_element(tables.OilRs.begin(), tables.OilRs.end());
+    fillReciprocals(tables.OilFvf, tables.OilViscosity, tables.OilInvFvf, tables.OilInvFvfVisc);
+    fillReciprocals(tables.GasFvf, tables.GasViscosity, tables.GasInvFvf, tables.GasInvFvfVisc);
+    fillUnderSaturatedBlock(tables);
+}
+
+void fillInverseSteps(const Column& axis, Column& inverse) {
+    inverse.assign(axis.empty() ? 0 : axis.size() - 1, 0.0);
+    for (std::size_t r = 0; r + 1 < axis.size(); ++r) {
+        const double width = axis[r + 1] - axis[r];
+        if (width > 0.0) inverse[r] = 1.0 / width;
+    }
+}
+
+/// Highest axis value whose relative permeability is nil, at least the first row's. A phase that never
+/// flows has the first row's: none of its amounts can be called movable or held back.
+double highestImmobile(const Column& axis, const Column& relPerm) {
+    if (axis.empty()) return 0.0;
+    if (*std::max_element(relPerm.begin(), relPerm.end()) <= MachineEpsilon) return axis.front();
+    double found = axis.front();
+    for (std::size_t r = 0; r < axis.size(); ++r)
+        if (relPerm[r] <= MachineEpsilon) found = std::max(found, axis[r]);
+    return found;
+}
+
+/// 1 - Sw of the lowest row where oil does not flow, at least 1 - Sw of the last row.
+double residualOil(const SaturationTable& table) {
+    if (table.SwAxis.empty()) return 0.0;
+    const double least = 1.0 - table.SwAxis.back();
+    for (std::size_t r = 0; r < table.SwAxis.size(); ++r)
+        if (table.Krow[r] <= MachineEpsilon) return std::max(least, 1.0 - table.SwAxis[r]);
+    return least;
+}
+
+void finishRegion(SaturationTable& table) {
+    fillInverseSteps(table.SwAxis, table.SwInverseStep);
+    fillInverseSteps(table.SgAxis, table.SgInverseStep);
+    table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
+    table.CriticalSg = highestImmobile(table.SgAxis, table.Krg);
+    table.ResidualSo = residualOil(table);
+}
+
+double span(const Column& capillary) {
+    return capillary.empty() ? 0.0 : std::abs(capillary.front()) + std::abs(capillary.back());
+}
+
+void copySingleSet(FluidTables& tables) {
+    const SaturationTable& first = tables.regions.front();
+    tables.SwAxisSingle = first.SwAxis;
+    tables.KrwSingle = first.Krw;
+    tables.KrowSingle = first.Krow;
+    tables.SgAxisSingle = first.SgAxis;
+    tables.KrgSingle = first.Krg;
+    tables.KrogSingle = first.Krog;
+}
+
+// --- completion ----------------------------------------------------------------------------------
+
+void defaultPvt(Column& pressure, Column& fvf, Column& viscosity) {
+    pressure = {LowDefaultPressure, HighDefaultPressure};
+    fvf = {1.0, 1.0};
+    viscosity = {1.0, 1.0};
+}
+
+void completePvt(const Console& console, FluidTables& tables) {
+    if (tables.GasPressure.empty()) {
+        both(console, "Gas PVT-Table was not given");
+        defaultPvt(tables.GasPressure, tables.GasFvf, tables.GasViscosity);
+    }
+    if (tables.OilPressure.empty()) {
+        both(console, "OIL PVT-Table was not given");
+        defaultPvt(tables.OilPressure, tables.OilFvf, tables.OilViscosity);
+        tables.OilRs = {0.0, 0.0};
+        tables.UnderRows = 0;
+    }
+}
+
+/// Gas that does not flow, and oil by the water table alone.
+void defaultGasTable(SaturationTable& table) {
+    table.SgAxis = {0.0, 1.0};
+    table.Krg = {0.0, 0.0};
+    table.Krog = {table.Krow.front(), table.Krow.front()};
+    table.Pcog = {0.0, 0.0};
+}
+
+void defaultWaterTable(SaturationTable& table) {
+    table.SwAxis = {0.0, 1.0};
+    table.Krw = {0.0, 1.0};
+    table.Krow = {1.0, 0.0};
+    table.Pcow = {0.0, 0.0};
+}
+
+void completeRegions(const Console& console, int regionCount, FluidTables& tables) {
+    const std::size_t count = std::max<std::size_t>(tables.regions.size(), std::max(regionCount, 1));
+    tables.regions.resize(count);
+    for (SaturationTable& table : tables.regions) {
+        const bool noGas = table.SgAxis.empty();
+        if (noGas) both(console, "Gas RelpPerm-Table was not given");
+        if (table.SwAxis.empty()) {
+            both(console, "OIL RelpPerm-Table was not given");
+            defaultWaterTable(table);
+        }
+        if (noGas) defaultGasTable(table);
+    }
+}
+
+void completeReferencePressures(const Console& console, FluidTables& tables) {
+    bool repaired = false;
+    for (double* pressure : {&tables.referencePressureWater, &tables.rockReferencePressure}) {
+        if (*pressure > LeastGiven) continue;
+        *pressure = StandardPressure;
+        repaired = true;
+    }
+    if (repaired) both(console, "WARNING :: Given reference pressure is not realistic. -> Set ti 14.6 psi");
+}
+
+/// A scalar that was not given gets `value`, with its line.
+void completeScalar(const Console& console, double value, std::string_view line, double& scalar) {
+    if (scalar > LeastGiven) return;
+    scalar = value;
+    lineToBoth(console, line);
+}
+
+void completeScalars(const Console& console, FluidTables& tables) {
+    if (tables.rockCompressibility <= LeastGiven) {
+        screen(console,
+               "WARNING :: Rock compressibility was not given, or less than 1.E-20. -> Check Input Deck");
+        log(console, "WARNING :: Rock compressibility was not given, or less than 1.E-20");
+    }
+    completeReferencePressures(console, tables);
+    completeScalar(console, 1.0,
+                   "WARNING :: Given water formation volume factor is not realistic -> Check input",
+                   tables.waterFvf);
+    completeScalar(console, 1.0, "WARNING :: Given water viscosity is not realistic -> Check input",
+                   tables.waterViscosity);
+    completeScalar(console, LeastGiven,
+                   "WARNING :: Given water compressibility is not realistic -> Set to 1.D-20, Check input",
+                   tables.waterCompressibility);
+    if (tables.oilDensity <= 0.0) tables.oilDensity = DefaultOilDensity;
+    if (tables.waterDensity <= 0.0) tables.waterDensity = DefaultWaterDensity;
+    if (tables.gasDensity <= 0.0) tables.gasDensity = DefaultGasDensity;
+}
+
+}  // namespace
+
+void finishTables(FluidTables& tables) {
+    finishPvt(tables);
+    for (SaturationTable& table : tables.regions) finishRegion(table);
+    if (tables.regions.empty()) return;
+    tables.PcowSpan = span(tables.regions.front().Pcow);
+    tables.PcogSpan = span(tables.regions.front().Pcog);
+    copySingleSet(tables);
+}
+
+void completeTables(const Console& console, int regionCount, FluidTables& tables) {
+    completePvt(console, tables);
+    completeRegions(console, regionCount, tables);
+    completeScalars(console, tables);
+    finishTables(tables);
+    if (BubblePoint(tables, tables.MaxRs) > 0.0) return;
+    both(console, "WARNING :: Dead oil PVT table confirmed..");
+    both(console, "Bubble point pressure will be set to zero");
+    both(console, "within given table data");
+}
+
+}  // namespace kvr
