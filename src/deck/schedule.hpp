@@ -5,6 +5,16 @@
 
 namespace kvr {
 
+/// Where a row stands in the deck, for messages that come after the reading.
+struct DeckPlace {
+    std::string fileName;
+    int lineNumber = 0;
+};
+
+/// Control limits of a well that the deck does not limit.
+inline constexpr double DefaultProducerBhp = 14.6;      // psia
+inline constexpr double DefaultInjectorBhp = 100000.0;  // psia
+
 /// Well data of one step. Merged by name while the deck is read: one element per well and step.
 /// Rates in internal volume a day (stb or surface barrels of gas), positive as the deck gives them.
 struct ScheduleWell {
@@ -14,6 +24,7 @@ struct ScheduleWell {
     int headJ = 0;
     double refDepth = 0.0;  // ft
     std::string preferredPhase;
+    DeckPlace place;  // of the row that introduced the well
     std::string status = "OPEN";
     std::string control;  // as in the deck; blank: no control given yet
     bool isInjector = false;
@@ -28,15 +39,15 @@ struct ScheduleWell {
     std::string injType;
     double injRate = 0.0;
     double injResv = 0.0;
-    double injBhp = 100000.0;  // psia
+    double injBhp = DefaultInjectorBhp;  // psia
     double injThp = 0.0;
 
     double prodOil = 0.0;
     double prodWater = 0.0;
     double prodGas = 0.0;
     double prodLiquid = 0.0;
-    double prodResv = 0.0;  // rb/day
-    double prodBhp = 14.6;  // psia
+    double prodResv = 0.0;                // rb/day
+    double prodBhp = DefaultProducerBhp;  // psia
     double prodThp = 0.0;
 
     double histInjRate = 0.0;
@@ -50,6 +61,7 @@ struct ScheduleWell {
 /// One COMPDAT or WELSPEC row.
 struct ScheduleCompletion {
     std::string wellName;
+    DeckPlace place;
     int i = 0;  // 0: the well head's
     int j = 0;
     int k1 = 0;

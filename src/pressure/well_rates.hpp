@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/console.hpp"
 #include "base/units.hpp"
 #include "fluid/tables.hpp"
 #include "model/connections.hpp"
@@ -8,13 +7,17 @@
 #include "pressure/cell_state.hpp"
 #include "pressure/wells.hpp"
 
+#include <string_view>
+
 namespace kvr {
 
 /// Hydrostatic head of every connection from the first one of its well, down the list.
 void WellHead(const GridModel& grid, const ConnectionTable& connections, const CellState& state,
               WellRecord& wells);
 
-/// Connection rates, well sums (surface and reservoir) and the bulk-volume average pressure.
+/// Connection rates, well sums (surface and reservoir) and the bulk-volume average pressure. A shut well
+/// gets rates of 0 and the mean pressure of its cells as Bhp. A rate well all of whose connections would
+/// flow back has no coefficient that could move it: its Bhp is put just past them first.
 void UpdateWellRates(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
                      const CellState& state, WellRecord& wells, PressureStage& stage);
 
@@ -31,8 +34,22 @@ ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const Flu
                                               const CellState& state, double averagePressure,
                                               const Well& well, const WellConnection& connection);
 
+/// What a connection adds to the row of its rate well, per psi: the sum of the surface terms, or the
+/// reservoir term under "resv".
+double rowTerm(const Well& well, const ConnectionCoefficients& coefficients);
+
 /// Total surface rate that the row of a rate well aims at, in the same units as the sum of its
-/// connection terms (oil + water + gas; reservoir volume for "resv").
+/// connection terms (oil + water + gas; reservoir volume for "resv"). The phases that the control does
+/// not name stand in it as they would flow at the target: the present ones times target over the present
+/// named rate. Held at their present rates instead, they lead to the same well, but by a factor of one
+/// minus the named phase's share an iteration.
 double rowTarget(const Well& well);
+
+/// The rate that a control word names, from the well sums: WellQo of "orat", ...; 0 for "bhp".
+double namedRate(const Well& well, std::string_view control);
+
+/// Mean pressure of the connection cells, psia. Cells that take no part in flow hold 0 and are left out;
+/// 0 when no cell is left.
+double meanConnectionPressure(const CellState& state, const Well& well);
 
 }  // namespace kvr

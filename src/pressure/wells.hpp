@@ -34,6 +34,7 @@ struct Well {
     double Skin = 0.0;
     double ConnFactor = -1.0;
     double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
+    // Targets of every phase for reports, with the sign of TargetRate.
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
     double Bhp = 0.0;       // psia
     double BhpLimit = 0.0;  // psia
@@ -43,6 +44,8 @@ struct Well {
     std::vector<WellConnection> connections;
     double WellQo = 0.0, WellQw = 0.0, WellQg = 0.0;  // sums over connections
     double reservoirRate = 0.0;                       // rb/day
+    double rateAtDeckControl = 0.0;  // what deckControl names, as the last pressure solve gave it
+    bool bhpReset = false;           // a bad Bhp has been replaced in the present pressure solve
 };
 
 /// The wells of the current schedule step.
