@@ -61,6 +61,13 @@ inline CellId cellIndex(const GridModel& grid, int i, int j, int k) {
     return i + (j - 1) * grid.NX + (k - 1) * grid.NX * grid.NY;
 }
 
+/// Place of node (i, j, k), 1..N+1 each, in NodeX, NodeY, NodeZ.
+inline std::size_t nodeIndex(const GridModel& grid, int i, int j, int k) {
+    const std::size_t rows = static_cast<std::size_t>(k - 1) * static_cast<std::size_t>(grid.NY + 1) +
+                             static_cast<std::size_t>(j - 1);
+    return rows * static_cast<std::size_t>(grid.NX + 1) + static_cast<std::size_t>(i - 1);
+}
+
 /// x, y, z of corner n (1..8) of a cell.
 inline const float* cornerOf(const GridModel& grid, CellId cell, int n) {
     return grid.xyz_3d.data() + static_cast<std::size_t>(cell) * 24 + static_cast<std::size_t>(n - 1) * 3;

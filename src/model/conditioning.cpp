@@ -1,0 +1,192 @@
+#include "model/conditioning.hpp"
+
+#include "base/constants.hpp"
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "model/box_transmissibility.hpp"
+#include "model/corner_transmissibility.hpp"
+#include "model/multipliers.hpp"
+#include "model/neighbours.hpp"
+#include "model/nine_point.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <span>
+
+namespace kvr {
+
+namespace {
+
+constexpr int FaceCount = 6;
+constexpr double TinyRock = 1e-20;            // porosity or net-to-gross at or below this is no rock
+constexpr double LeastJPermeability = 1e-10;  // md; at or below this the J-function has no scale
+constexpr float JUnitFactor = 4.61678F;       // sqrt(1/md)*dyn/cm to psi, in single precision as required
+
+void sizeTables(CellId cells, int width, ConnectionTable& connections) {
+    connections.NDIR = width;
+    connections.Neighbour.assign(cells, width, 0);
+    for (DirectionArray<double>* column :
+         {&connections.Trans, &connections.HalfTrans, &connections.DepthDiff, &connections.HarmonicPerm,
+          &connections.ConnArea, &connections.ConnLength})
+        column->assign(cells, width, 0.0);
+    connections.SumArea.assign(cells, 0.0);
+}
+
+void allocateConnections(const Console& console, CellId cells, int width, ConnectionTable& connections) {
+    try {
+        sizeTables(cells, width, connections);
+    } catch (const std::bad_alloc&) {
+        lineToBoth(console, "Error :: Memory error, Transmissibility");
+        hardStop(console);
+    }
+}
+
+double jScale(double porosity, double permeability, double surfaceTension) {
+    if (permeability <= LeastJPermeability) return 0.0;
+    return std::sqrt(porosity / (permeability + MachineEpsilon)) * surfaceTension *
+           static_cast<double>(JUnitFactor);
+}
+
+void cleanRock(const RunOptions& options, GridModel& grid) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        const bool noRock = grid.PORO[cell] <= TinyRock || grid.NTG[cell] <= TinyRock;
+        if (noRock) {
+            grid.PORO[cell] = TinyRock;
+            grid.NTG[cell] = TinyRock;
+            grid.PERMX[cell] = grid.PERMY[cell] = grid.PERMZ[cell] = 0.0;
+        }
+        if (!options.useJFunction)
+            grid.JFactor[cell] = 1.0;
+        else
+            grid.JFactor[cell] =
+                noRock ? 0.0 : jScale(grid.PORO[cell], grid.PERMX[cell], options.surfaceTension);
+    }
+}
+
+void reportRow(const Console& console, const ArithmeticRow& row, std::string_view report) {
+    both(console, " {}{}", padded(row.name, 8), report);
+}
+
+/// Rows in deck order up to an empty name.
+std::span<const ArithmeticRow> usedRows(const std::vector<ArithmeticRow>& rows) {
+    const auto end = std::find_if(rows.begin(), rows.end(),
+                                  [](const ArithmeticRow& row) { return trim(row.name).empty(); });
+    return {rows.begin(), end};
+}
+
+/// Rock rows of EDIT: once per run, since the arrays keep the result.
+void editRock(const Console& console, GridModel& grid) {
+    if (grid.editRockApplied) return;
+    grid.editRockApplied = true;
+    for (const ArithmeticRow& row : usedRows(grid.editRows)) {
+        const MultiplierKeyword* keyword = findMultiplier(row.name);
+        if (keyword == nullptr) {
+            reportRow(console, row, "-> not surpported");
+        } else if (keyword->target == MultiplierTarget::RockArray) {
+            multiplyRock(grid, *keyword, row);
+            reportRow(console, row, keyword->report);
+        }
+    }
+}
+
+/// Transmissibility rows, every time Trans has been rebuilt. Rock rows have acted before.
+void multiplyTransRows(const Console& console, const GridModel& grid, const std::vector<ArithmeticRow>& rows,
+                       ConnectionTable& connections) {
+    for (const ArithmeticRow& row : usedRows(rows)) {
+        const MultiplierKeyword* keyword = findMultiplier(row.name);
+        if (keyword == nullptr || keyword->target != MultiplierTarget::Trans) continue;
+        multiplyTrans(grid, *keyword, row, connections);
+        reportRow(console, row, keyword->report);
+    }
+}
+
+void rebalance(const Console& console, const GridModel& grid, ConnectionTable& connections) {
+    const int notANumber = rebalanceNinePoint(grid, connections);
+    for (int line = 0; line < notANumber; ++line) lineToBoth(console, " ");
+}
+
+/// Smallest and largest of the values shown so far.
+struct Range {
+    double least = std::numeric_limits<double>::infinity();
+    double most = -std::numeric_limits<double>::infinity();
+
+    void show(double value) {
+        least = std::min(least, value);
+        most = std::max(most, value);
+    }
+};
+
+struct ConnectionSummary {
+    long long count = 0;
+    Range sizeX, sizeY, sizeZ;
+    Range area, length, permeability, trans;
+};
+
+ConnectionSummary summarise(const GridModel& grid, const ConnectionTable& connections) {
+    ConnectionSummary summary;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        summary.sizeX.show(grid.DX[cell]);
+        summary.sizeY.show(grid.DY[cell]);
+        summary.sizeZ.show(grid.DZ[cell]);
+        for (int d = 1; d <= connections.NDIR; ++d) {
+            if (connections.Neighbour(cell, d) <= 0) continue;
+            ++summary.count;
+            if (d > FaceCount) continue;  // the diagonals have no area or length
+            summary.area.show(connections.ConnArea(cell, d));
+            summary.length.show(connections.ConnLength(cell, d));
+            summary.permeability.show(connections.HarmonicPerm(cell, d) / DarcyConstant);
+            summary.trans.show(connections.Trans(cell, d));
+        }
+    }
+    return summary;
+}
+
+void printSummary(const Console& console, const ConnectionSummary& summary) {
+    constexpr std::string_view Rule = "---------------------------------------------";
+    const auto line = [&](std::string_view label, double value, std::string_view unit) {
+        both(console, "{} {}{}", label, number(std::isfinite(value) ? value : 0.0), unit);
+    };
+    lineToBoth(console, Rule);
+    lineToBoth(console, "--- PRECONDITIONED GEOLOGICAL INFORMATION ---");
+    lineToBoth(console, Rule);
+    both(console, "Total Connection of Cells  : {}", summary.count);
+    line("Max Extention of Geo_X dir :", summary.sizeX.most, " Feet");
+    line("Min Extention of Geo_X dir :", summary.sizeX.least, " Feet");
+    line("Max Extention of Geo_Y dir :", summary.sizeY.most, " Feet");
+    line("Min Extention of Geo_Y dir :", summary.sizeY.least, " Feet");
+    line("Max Extention of Geo_Z dir :", summary.sizeZ.most, " Feet");
+    line("Min Extention of Geo_Z dir :", summary.sizeZ.least, " Feet");
+    line("Minimum Area of Connection :", summary.area.least, " Ft^2");
+    line("Maximum Area of Connection :", summary.area.most, " Ft^2");
+    line("Minimum Length of Connecti :", summary.length.least, " Feet");
+    line("Maximum Length of Connecti :", summary.length.most, " Feet");
+    line("Minimum Harmonic Permeabil :", summary.permeability.least, " MD");
+    line("Maximum Harmonic Permeabil :", summary.permeability.most, " MD");
+    line("Minimum Transmissibility   :", summary.trans.least, " BBL-");
+    line("Maximum Transmissibility   :", summary.trans.most, " BBL-");
+    lineToBoth(console, Rule);
+}
+
+}  // namespace
+
+void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
+                             GridModel& grid, ConnectionTable& connections) {
+    const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : FaceCount;
+    allocateConnections(console, grid.NCELLS, width, connections);
+    cleanRock(options, grid);
+    buildNeighbours(grid, connections);
+    editRock(console, grid);
+    if (options.useNewtran)
+        connectByCornerFormula(grid, connections, units.VolumeFactor);
+    else
+        connectByBoxFormula(grid, connections, units.VolumeFactor);
+    if (options.ninePoint) rebalance(console, grid, connections);
+    multiplyTransRows(console, grid, grid.equalsRows, connections);
+    multiplyTransRows(console, grid, grid.multiplyRows, connections);
+    multiplyTransRows(console, grid, grid.editRows, connections);
+    printSummary(console, summarise(grid, connections));
+}
+
+}  // namespace kvr

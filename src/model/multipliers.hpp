@@ -1,0 +1,39 @@
+#pragma once
+
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+
+#include <span>
+#include <string_view>
+
+namespace kvr {
+
+/// What a multiplier keyword acts on.
+enum class MultiplierTarget { None, RockArray, Trans };
+
+/// One keyword of the lists of box records.
+struct MultiplierKeyword {
+    std::string_view name;  // upper case
+    MultiplierTarget target;
+    int axis;  // Trans: 0 x, 1 y, 2 z
+    CellArray<double> GridModel::*array;
+    std::string_view report;  // printed behind the name when a row acts
+};
+
+/// The row of a name in upper case, lower case or with an initial capital; nullptr for any other word.
+const MultiplierKeyword* findMultiplier(std::string_view name);
+
+/// The name in one of the three forms in which keywords of lists are recognised: upper case, lower case,
+/// initial capital.
+bool matchesInThreeForms(std::string_view name, std::string_view upperCase);
+
+/// Multiplies a rock array over the box of one row. PORV acts on PORO.
+void multiplyRock(GridModel& grid, const MultiplierKeyword& keyword, const ArithmeticRow& row);
+
+/// Multiplies the two Trans columns of the keyword's axis for each cell of the box and for no neighbour: a
+/// face on the edge of a box is multiplied from one side only, and the two Trans values of that connection
+/// then differ. That is required.
+void multiplyTrans(const GridModel& grid, const MultiplierKeyword& keyword, const ArithmeticRow& row,
+                   ConnectionTable& connections);
+
+}  // namespace kvr

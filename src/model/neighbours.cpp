@@ -1,0 +1,29 @@
+#include "model/neighbours.hpp"
+
+namespace kvr {
+
+namespace {
+
+bool inside(int index, int count) {
+    return index >= 1 && index <= count;
+}
+
+}  // namespace
+
+CellId neighbourOf(const GridModel& grid, CellId cell, int direction) {
+    const auto& offset = DirectionOffset[direction - 1];
+    const int i = grid.CellI[cell] + offset[0];
+    const int j = grid.CellJ[cell] + offset[1];
+    const int k = grid.CellK[cell] + offset[2];
+    if (!inside(i, grid.NX) || !inside(j, grid.NY) || !inside(k, grid.NZ)) return 0;
+    return cellIndex(grid, i, j, k);
+}
+
+void buildNeighbours(const GridModel& grid, ConnectionTable& connections) {
+#pragma omp parallel for schedule(static)
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int d = 1; d <= connections.NDIR; ++d)
+            connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? neighbourOf(grid, cell, d) : 0;
+}
+
+}  // namespace kvr

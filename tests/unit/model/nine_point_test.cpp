@@ -1,0 +1,67 @@
+#include "model/nine_point.hpp"
+
+#include "unit/model/conditioned.hpp"
+
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace kvr {
+namespace {
+
+RunOptions ninePoint() {
+    RunOptions options;
+    options.ninePoint = true;
+    options.maxConnectionsPerCell = 26;
+    return options;
+}
+
+constexpr double TransBefore = 7.0;
+
+/// A 3x3 table whose halves are tx on faces 1, 2 and ty on faces 3, 4.
+ConnectionTable evenHalves(const GridModel& grid, double tx, double ty) {
+    Conditioned c = condition(grid, false, ninePoint());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int d = 1; d <= 4; ++d) c.table.HalfTrans(cell, d) = d <= 2 ? tx : ty;
+    c.table.Trans.assign(grid.NCELLS, c.table.NDIR, 0.0);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int d = 1; d <= 4; ++d) c.table.Trans(cell, d) = TransBefore;
+    rebalanceNinePoint(grid, c.table);
+    return c.table;
+}
+
+TEST(NinePoint, MovesOneThirdOfEqualHalvesToTheDiagonal) {
+    const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
+    const ConnectionTable t = evenHalves(grid, 1.0, 1.0);
+    EXPECT_TRUE(close(t.Trans(5, 15), 1.0 / 3.0));
+    for (int d = 1; d <= 4; ++d) EXPECT_TRUE(close(t.Trans(5, d), 0.8333333333));
+    for (int d = 15; d <= 18; ++d) EXPECT_TRUE(close(t.Trans(5, d), 1.0 / 3.0));
+}
+
+TEST(NinePoint, WeighsUnequalHalves) {
+    const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
+    const ConnectionTable t = evenHalves(grid, 2.0, 1.0);
+    EXPECT_TRUE(close(t.Trans(5, 18), 0.4444444444));
+    EXPECT_TRUE(close(t.Trans(5, 2), 1.7777777778));
+    EXPECT_TRUE(close(t.Trans(5, 4), 0.7777777778));
+}
+
+TEST(NinePoint, LeavesOutADiagonalWithoutFlow) {
+    EXPECT_EQ(diagonalTrans(0.0, 2.0), 0.0);
+    EXPECT_EQ(diagonalTrans(2.0, 0.0), 0.0);
+    const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
+    const ConnectionTable t = evenHalves(grid, 0.0, 1.0);
+    EXPECT_EQ(t.Trans(5, 18), 0.0);
+    for (int d = 1; d <= 4; ++d) EXPECT_EQ(t.Trans(5, d), TransBefore);
+}
+
+TEST(NinePoint, GoesOnPastAHalfThatIsNotANumber) {
+    const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
+    Conditioned c = condition(grid, false, ninePoint());
+    c.table.HalfTrans(5, 2) = std::numeric_limits<double>::quiet_NaN();
+    // Cell 5 has face 2 in diagonals 16 and 18; cells 3 and 9 meet it as the neighbour's half.
+    EXPECT_EQ(rebalanceNinePoint(grid, c.table), 4);
+    EXPECT_GT(c.table.Trans(5, 15), 0.0);
+}
+
+}  // namespace
+}  // namespace kvr
