@@ -1,0 +1,80 @@
+#pragma once
+
+#include "pressure/solvers/krylov.hpp"
+#include "pressure/solvers/solver_table.hpp"
+#include "pressure/solvers/system_products.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace bicgstab_detail {
+
+/// p = r + beta (p - omega v)
+inline void advanceDirection(double beta, double omega, std::span<const double> r, std::span<const double> v,
+                             std::span<double> p) {
+    for (std::size_t i = 0; i < p.size(); ++i) p[i] = r[i] + beta * (p[i] - omega * v[i]);
+}
+
+/// y += a x; returns ||y||
+inline double addScaled(double a, std::span<const double> x, std::span<double> y) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        y[i] += a * x[i];
+        sum += y[i] * y[i];
+    }
+    return std::sqrt(sum);
+}
+
+}  // namespace bicgstab_detail
+
+/// BiCGSTAB (van der Vorst 1992) with right preconditioning, so that the residual of the recurrence is
+/// the one of the system; starts from the x given. precondition(r, z) writes z = M^-1 r. Stops at
+/// ||r|| / ||b|| <= tolerance, at a breakdown, at the iteration limit or without progress.
+template <class Preconditioner>
+KrylovOutcome bicgstab(const LinearSystem& system, const KrylovLimits& limits, std::span<double> x,
+                       KrylovVectors& work, const Preconditioner& precondition) {
+    using bicgstab_detail::addScaled;
+    KrylovOutcome outcome;
+    const double size = euclideanNorm(system.rhs);
+    const double scale = size > 0.0 ? 1.0 / size : 1.0;
+    std::vector<double>&r = work.r, &shadow = work.rt, &p = work.p, &v = work.q, &t = work.qt;
+    outcome.residual = formResidual(system, x, r) * scale;
+    std::copy(r.begin(), r.end(), shadow.begin());
+    std::fill(p.begin(), p.end(), 0.0);
+    std::fill(v.begin(), v.end(), 0.0);
+    double rho = 1.0, alpha = 1.0, omega = 1.0;
+    StallWatch watch;
+    while (outcome.residual > limits.tolerance && outcome.iterations < limits.iterations) {
+        const double newRho = dotProduct(shadow, r);
+        bicgstab_detail::advanceDirection((newRho / rho) * (alpha / omega), omega, r, v, p);
+        rho = newRho;
+        precondition(std::span<const double>(p), std::span<double>(work.z));
+        multiply(system, work.z, v);
+        alpha = rho / dotProduct(shadow, v);
+        if (!std::isfinite(alpha) || alpha == 0.0) break;
+        ++outcome.iterations;
+        outcome.residual = addScaled(-alpha, v, r) * scale;
+        addScaled(alpha, work.z, x);
+        if (!(outcome.residual > limits.tolerance)) break;
+        precondition(std::span<const double>(r), std::span<double>(work.zt));
+        multiply(system, work.zt, t);
+        omega = dotProduct(t, r) / dotProduct(t, t);
+        if (!std::isfinite(omega) || omega == 0.0) break;
+        outcome.residual = addScaled(-omega, t, r) * scale;
+        addScaled(omega, work.zt, x);
+        if (!std::isfinite(outcome.residual) || watch.stalled(outcome.residual, limits.patience)) break;
+    }
+    return outcome;
+}
+
+/// ILU(0)-BiCGSTAB with restarts from the x given, the second resort of the iterative routes. Adds its
+/// iterations to those of `result` and judges x anew; a solution that is not finite starts again from 0.
+void resortToIncomplete(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
+                        SolveResult& result);
+
+/// Marks an iterative result that is finite but not good enough as NotConverged.
+void judgeConvergence(SolveResult& result);
+
+}  // namespace kvr

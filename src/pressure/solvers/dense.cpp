@@ -1,0 +1,102 @@
+#include "pressure/solvers/dense.hpp"
+
+#include "pressure/solvers/lapack.hpp"
+#include "pressure/solvers/solver_memory.hpp"
+#include "pressure/solvers/system_products.hpp"
+
+#include <algorithm>
+#include <new>
+#include <unistd.h>
+
+namespace kvr {
+
+namespace {
+
+constexpr int LargestDenseSize = 46340;  // n * n must fit the 32-bit index of LAPACK
+constexpr int ParameterErrorCode = -1;
+
+/// Asked beforehand: an allocation beyond the memory of the machine would be granted and only break
+/// when it is filled.
+bool fitsMemory(std::size_t bytes) {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0) return true;
+    return bytes / static_cast<std::size_t>(pageSize) < static_cast<std::size_t>(pages);
+}
+
+SolveResult failed(SolveFailure failure, int code = 0) {
+    SolveResult result;
+    result.failure = failure;
+    result.code = code;
+    return result;
+}
+
+/// A direct solution is judged by its residual: rounding can hide a singular matrix behind tiny pivots.
+SolveResult judgeDirect(const LinearSystem& system, std::span<const double> solution, SolverMemory& memory) {
+    memory.vectors.resize(system.size);
+    SolveResult result = judgeSolution(system, solution, 1, memory.vectors.r);
+    if (result.failure == SolveFailure::None && result.residual > AcceptedResidual)
+        result.failure = SolveFailure::Singular;
+    return result;
+}
+
+}  // namespace
+
+DenseStatus factorDense(int n, std::span<double> A, std::span<int> pivot) {
+    int info = 0;
+    dgetrf_(&n, &n, A.data(), &n, pivot.data(), &info);
+    return info == 0 ? DenseStatus::Solved : DenseStatus::Singular;
+}
+
+void solveFactored(int n, std::span<const double> factors, std::span<const int> pivot, std::span<double> b) {
+    const int columns = 1;
+    int info = 0;
+    dgetrs_("N", &n, &columns, factors.data(), &n, pivot.data(), b.data(), &n, &info);
+}
+
+DenseStatus LINEAR_SOLVE(int n, std::span<double> A, std::span<double> b) {
+    const auto size = static_cast<std::size_t>(n < 0 ? 0 : n);
+    if (n < 1 || n > LargestDenseSize || A.size() < size * size || b.size() < size)
+        return DenseStatus::BadParameter;
+    std::vector<int> pivot(size);
+    const DenseStatus status = factorDense(n, A, pivot);
+    if (status == DenseStatus::Solved) solveFactored(n, A, pivot, b);
+    return status;
+}
+
+bool assembleDense(const LinearSystem& system, DenseStorage& storage) {
+    const auto n = static_cast<std::size_t>(system.size);
+    if (system.size > LargestDenseSize || !fitsMemory(n * n * sizeof(double))) return false;
+    try {
+        storage.matrix.assign(n * n, 0.0);
+        storage.pivot.resize(n);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::int64_t k = system.rowStart[i]; k < system.rowStart[i + 1]; ++k)
+            storage.matrix[static_cast<std::size_t>(system.column[k]) * n + i] += system.value[k];
+    }
+    return true;
+}
+
+SolveResult solveInPlace(const LinearSystem& system, std::span<double> solution, SolverMemory& memory) {
+    if (!assembleDense(system, memory.dense)) return failed(SolveFailure::Memory);
+    std::copy(system.rhs.begin(), system.rhs.end(), solution.begin());
+    const DenseStatus status = LINEAR_SOLVE(system.size, memory.dense.matrix, solution);
+    if (status == DenseStatus::BadParameter) return failed(SolveFailure::Singular, ParameterErrorCode);
+    if (status == DenseStatus::Singular) return failed(SolveFailure::Singular);
+    return judgeDirect(system, solution, memory);
+}
+
+SolveResult solveDense(const LinearSystem& system, std::span<double> solution, SolverMemory& memory) {
+    if (system.size == 0) return {};
+    if (!assembleDense(system, memory.dense)) return failed(SolveFailure::Memory);
+    if (factorDense(system.size, memory.dense.matrix, memory.dense.pivot) != DenseStatus::Solved)
+        return failed(SolveFailure::Singular);
+    std::copy(system.rhs.begin(), system.rhs.end(), solution.begin());
+    solveFactored(system.size, memory.dense.matrix, memory.dense.pivot, solution);
+    return judgeDirect(system, solution, memory);
+}
+
+}  // namespace kvr

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vector>
+
+namespace kvr {
+
+/// Work vectors of the Krylov methods, [size] each, kept from solve to solve.
+struct KrylovVectors {
+    std::vector<double> r, rt;  // residual and shadow residual
+    std::vector<double> p, pt;  // search directions
+    std::vector<double> q, qt;  // A p, A' pt
+    std::vector<double> z, zt;  // preconditioned vectors
+
+    void resize(int size) {
+        for (std::vector<double>* v : {&r, &rt, &p, &pt, &q, &qt, &z, &zt}) v->resize(size);
+    }
+};
+
+struct KrylovLimits {
+    double tolerance = 0.0;  // of ||r|| / ||b||
+    int iterations = 0;
+    int patience = 150;  // give up after this many iterations without halving the best residual
+};
+
+struct KrylovOutcome {
+    int iterations = 0;
+    double residual = 0.0;  // ||r|| / ||b|| of the recurrence at the end
+};
+
+/// Watches a residual history for the end of progress.
+struct StallWatch {
+    double mark = 0.0;  // residual at the last halving
+    int since = 0;      // iterations since then
+
+    bool stalled(double residual, int patience) {
+        if (residual < 0.5 * mark || mark == 0.0) {
+            mark = residual;
+            since = 0;
+        }
+        return ++since > patience;
+    }
+};
+
+}  // namespace kvr

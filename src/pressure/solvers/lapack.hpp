@@ -1,0 +1,9 @@
+#pragma once
+
+/// The LAPACK routines in use, by their Fortran names. Matrices are column-major; `info` above 0 names
+/// the first zero pivot, below 0 the first bad argument.
+extern "C" {
+void dgetrf_(const int* m, const int* n, double* a, const int* lda, int* pivot, int* info);
+void dgetrs_(const char* trans, const int* n, const int* columns, const double* a, const int* lda,
+             const int* pivot, double* b, const int* ldb, int* info);
+}

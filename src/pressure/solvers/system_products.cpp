@@ -1,0 +1,76 @@
+#include "pressure/solvers/system_products.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+void multiply(const LinearSystem& system, std::span<const double> x, std::span<double> y) {
+    const std::int64_t* start = system.rowStart.data();
+    const int* column = system.column.data();
+    const double* value = system.value.data();
+    for (int i = 0; i < system.size; ++i) {
+        double sum = 0.0;
+        for (std::int64_t k = start[i]; k < start[i + 1]; ++k) sum += value[k] * x[column[k]];
+        y[i] = sum;
+    }
+}
+
+void multiplyBoth(const LinearSystem& system, std::span<const double> x, std::span<double> y,
+                  std::span<const double> xt, std::span<double> yt) {
+    const std::int64_t* start = system.rowStart.data();
+    const int* column = system.column.data();
+    const double* value = system.value.data();
+    std::fill(yt.begin(), yt.end(), 0.0);
+    for (int i = 0; i < system.size; ++i) {
+        const double xti = xt[i];
+        double sum = 0.0;
+        for (std::int64_t k = start[i]; k < start[i + 1]; ++k) {
+            sum += value[k] * x[column[k]];
+            yt[column[k]] += value[k] * xti;
+        }
+        y[i] = sum;
+    }
+}
+
+double formResidual(const LinearSystem& system, std::span<const double> x, std::span<double> r) {
+    multiply(system, x, r);
+    double sum = 0.0;
+    for (int i = 0; i < system.size; ++i) {
+        r[i] = system.rhs[i] - r[i];
+        sum += r[i] * r[i];
+    }
+    return std::sqrt(sum);
+}
+
+double dotProduct(std::span<const double> x, std::span<const double> y) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < x.size(); ++i) sum += x[i] * y[i];
+    return sum;
+}
+
+double euclideanNorm(std::span<const double> x) {
+    return std::sqrt(dotProduct(x, x));
+}
+
+SolveResult judgeSolution(const LinearSystem& system, std::span<const double> solution, int iterations,
+                          std::span<double> scratch) {
+    SolveResult result;
+    result.iterations = iterations;
+    const double residual = formResidual(system, solution, scratch);
+    const double size = euclideanNorm(system.rhs);
+    result.residual = size > 0.0 ? residual / size : residual;
+    if (!std::isfinite(result.residual)) result.failure = SolveFailure::NotANumber;
+    return result;
+}
+
+PatternKey patternKey(const LinearSystem& system) {
+    return {system.patternStamp, system.size, system.column.size()};
+}
+
+bool samePattern(const PatternKey& key, const LinearSystem& system) {
+    return system.patternStamp != 0 && key.stamp == system.patternStamp && key.size == system.size &&
+           key.entries == system.column.size();
+}
+
+}  // namespace kvr

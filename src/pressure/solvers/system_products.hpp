@@ -1,0 +1,40 @@
+#pragma once
+
+#include "pressure/solvers/linear_system.hpp"
+
+#include <span>
+
+namespace kvr {
+
+/// y = A x.
+void multiply(const LinearSystem& system, std::span<const double> x, std::span<double> y);
+
+/// y = A x and yt = A' xt in one pass over the matrix.
+void multiplyBoth(const LinearSystem& system, std::span<const double> x, std::span<double> y,
+                  std::span<const double> xt, std::span<double> yt);
+
+/// r = b - A x; returns ||r||, the Euclidean norm.
+double formResidual(const LinearSystem& system, std::span<const double> x, std::span<double> r);
+
+double dotProduct(std::span<const double> x, std::span<const double> y);
+double euclideanNorm(std::span<const double> x);
+
+/// The result of a finished solve: ||b - A x|| / ||b|| of the solution as it stands (the plain norm when
+/// b is zero), and NotANumber when the solution is not finite. `scratch` takes the residual vector.
+SolveResult judgeSolution(const LinearSystem& system, std::span<const double> solution, int iterations,
+                          std::span<double> scratch);
+
+/// An iterative solve has failed when its true residual is above this at the iteration limit.
+inline constexpr double AcceptedResidual = 1e-7;
+
+/// True when two solves share the pattern, so that what depends on it alone can be kept. A stamp of 0
+/// means that the system was never stamped: nothing is kept then.
+struct PatternKey {
+    std::uint64_t stamp = 0;
+    int size = 0;
+    std::size_t entries = 0;
+};
+PatternKey patternKey(const LinearSystem& system);
+bool samePattern(const PatternKey& key, const LinearSystem& system);
+
+}  // namespace kvr
