@@ -98,7 +98,7 @@ struct RunOptions {
     std::string upwindWord = "SPU";   // the scheme explicit lines limit with: "SPU", "2PU", "3PU", "Leonard"
     bool lineCompressibility = true;  // SL1DCON 5
     bool lineGravity = true;          // SL1DCON 6
-    bool lineCapillary = true;        // SL1DCON 7
+    bool lineCapillary = false;       // SL1DCON 7
     bool orthogonalProjection = false;  // SL1DCON 8
     int mapCount = 1;                   // SL1DMAP, 1..1000
     double cfl = 0.0;                   // CFL 1; 0.8 by fall-back
