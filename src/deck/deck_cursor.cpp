@@ -2,6 +2,7 @@
 
 #include "base/text.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -16,6 +17,12 @@ constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";  // some editors put it be
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+/// Folders and devices open as well, and a device may never end: they are no files here.
+bool isFile(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
+}
 
 /// Everything that the file holds; false on a read error.
 bool readAll(std::FILE* file, std::string& text) {
@@ -35,9 +42,7 @@ bool readAll(std::FILE* file, std::string& text) {
 bool loadDeck(const std::string& path, DeckCursor& cursor) {
     cursor = DeckCursor();
     cursor.fileName = path;
-    // A folder or a device opens as well, and a device may never end.
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) return false;
+    if (!isFile(path)) return false;
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
     if (!file || !readAll(file.get(), cursor.text)) {
         cursor.text.clear();
@@ -45,6 +50,13 @@ bool loadDeck(const std::string& path, DeckCursor& cursor) {
     }
     if (std::string_view(cursor.text).starts_with(Utf8Mark)) cursor.text.erase(0, Utf8Mark.size());
     return true;
+}
+
+std::string existingPath(const std::string& path) {
+    if (isFile(path)) return path;
+    std::string other = path;
+    std::replace(other.begin(), other.end(), '\\', '/');
+    return isFile(other) ? other : std::string();
 }
 
 bool nextLine(DeckCursor& cursor, std::string_view& line) {

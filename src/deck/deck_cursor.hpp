@@ -18,6 +18,10 @@ struct DeckCursor {
 /// Loads a file. False when it cannot be opened or read; the cursor is then empty.
 bool loadDeck(const std::string& path, DeckCursor& cursor);
 
+/// The path under which a file of this name exists: the name as given, or with its backslashes turned
+/// into slashes. Empty when there is no such file.
+std::string existingPath(const std::string& path);
+
 /// The next line without its end; false at the end of the file. The view lives as long as the cursor.
 bool nextLine(DeckCursor& cursor, std::string_view& line);
 

@@ -3,7 +3,6 @@
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace kvr {
@@ -11,16 +10,6 @@ namespace kvr {
 namespace {
 
 constexpr std::size_t KeywordLineWidth = 100;  // characters of a line that the keyword test sees
-
-/// Opens the file under the name as given, then with the other separator.
-bool openWithEitherSeparator(std::string path, DeckCursor& file) {
-    if (loadDeck(path, file)) return true;
-    const int status = errno;
-    std::replace(path.begin(), path.end(), '\\', '/');
-    const bool opened = path != file.fileName && loadDeck(path, file);
-    if (!opened) errno = status;
-    return opened;
-}
 
 void warnOfLimit(const SectionReader& reader) {
     both(*reader.sinks->console, "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED",
@@ -72,8 +61,9 @@ DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts) {
     both(console, "-> {}", name);
 
     DeckCursor file;
+    const std::string path = existingPath(std::string(trim(reader.workingFolder)) + name);
     errno = ENOENT;
-    if (!openWithEitherSeparator(std::string(trim(reader.workingFolder)) + name, file)) {
+    if (path.empty() || !loadDeck(path, file)) {
         const std::string status = fmt::format(" {}", errno);
         both(console, "{}{}", texts.openError, texts.statusBehindOpenError ? status : "");
         both(console, "{}{}", texts.ioError, texts.statusBehindOpenError ? "" : status);

@@ -62,13 +62,14 @@ void neglect(SectionReader& reader, Records&) {
     neglectKeyword(reader);
 }
 
-/// Texts of INCLUDE that differ from section to section.
+/// Texts of INCLUDE that differ from section to section. A section without INCLUDE passes `NoInclude`.
 struct IncludeTexts {
     std::string_view openError;          // "ERROR: INCLUDE File Open Error at RUNSPEC section"
     std::string_view ioError;            // "File I/O Error, in RUNSPEC Section"
     std::string_view finished;           // "INCLUDE FILE FINISHED, RUNSPEC SECTION"
     bool statusBehindOpenError = false;  // where the status of the failure stands: first or second line
 };
+inline constexpr IncludeTexts NoInclude{};
 
 /// Outcome of one keyword test of a section loop.
 enum class SectionEvent { Keyword, SectionWord, EndOfFile };
@@ -141,7 +142,7 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         if (event == SectionEvent::EndOfFile) return;
         ++reader.keywordCount;
         if (handleKeyword(reader, records, table, found.word)) continue;
-        if (found.word == "INCLUDE " && !reader.insideInclude) {
+        if (found.word == "INCLUDE " && !reader.insideInclude && !texts.openError.empty()) {
             readIncludeFile(reader, records, table, texts);
             continue;
         }

@@ -15,9 +15,11 @@ struct RunspecRecords {
     GridModel& grid;
     FluidTables& tables;  // hasGas
     RunClock& clock;      // calendar date
+    int dimensLine = 0;   // of the deck, where DIMENS stands; 0: not met
 };
 
-/// Reads the section, checks the dimensions and sizes the grid arrays.
+/// Reads the section up to its end (the cursor then stands in front of the next section word), checks the
+/// dimensions and sizes the grid arrays.
 void readRunspec(SectionReader& reader, RunspecRecords& records);
 
 }  // namespace kvr

@@ -126,8 +126,8 @@ enum class RowSlash { EndsTable, EndsRow };
 struct RowLoop {
     RowSlash slash = RowSlash::EndsTable;
     RowStart start = RowStart::Number;
-    ListEnd last;  // of the row read last, set by the caller
-    int rows = 0;  // rows begun
+    ListEnd last{};  // of the row read last, set by the caller
+    int rows = 0;    // rows begun
 };
 
 /// True when another row is to be read now. Comments before the first row are skipped; behind a row a

@@ -15,6 +15,11 @@ struct SolutionRecords {
     const GridModel& grid;
     InitialConditions& initial;
 };
+
+/// Gives the arrays of the initial state their size, zero where nothing was read.
+void sizeInitialArrays(const GridModel& grid, InitialConditions& initial);
+
+/// Reads the section and warns of arrays that cannot be meant. The arrays have their size.
 void readSolution(SectionReader& reader, SolutionRecords& records);
 
 /// REGIONS: SATNUM per cell, values out of range become 1.

@@ -24,8 +24,8 @@ void copyKeyword(const SectionReader& reader);
 /// One item of a copied row.
 struct CopyItem {
     double value = 0.0;
-    double factor = 1.0;    // deck unit to the other system's
-    std::string_view text;  // written in quotes instead of the value when not empty
+    double factor = 1.0;      // deck unit to the other system's
+    std::string_view text{};  // written in quotes instead of the value when not empty
 };
 
 /// A row of items and its slash.

@@ -29,7 +29,7 @@ struct RunClock {
 /// Two times closer than TimeTolerance are the same.
 bool sameTime(double a, double b);
 
-/// Entry `index` (1-based) of a time table; past its end +infinity.
+/// Entry `index` (1-based) of a time table; past its end +infinity, before its first entry 0.
 double tableTime(const std::vector<double>& table, int index);
 
 /// 1 in a leap year, else 0, by truncating divisions:

@@ -1,0 +1,154 @@
+#include "run/input_detection.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "deck/deck_cursor.hpp"
+#include "run/example_deck.hpp"
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace kvr {
+
+namespace {
+
+constexpr int EclipseForm = 1;  // values of inputMode
+constexpr int NativeDeck = 3;
+constexpr int IxDeck = 4;
+
+constexpr std::string_view DataExtension = ".DATA";
+constexpr std::string_view IxExtension = ".afi";
+constexpr std::size_t MaxNameLength = 2048;
+constexpr std::string_view NotFound = "WARNING: KVR Input File not found";
+constexpr std::string_view HeaderPrompt = "Input Header name of ECLIPSE RESTART :: -XXXX-.DATA";
+
+/// A deck that is known by its name, behind the native one; the first that exists is taken.
+struct KnownDeck {
+    std::string_view fileName;
+    std::string_view message;
+    std::string_view header;
+    int inputMode;
+};
+constexpr std::array<KnownDeck, 3> KnownDecks = {
+    {{"ECLIPSE.DATA", "Insted of that, we found ECLIPSE.DATA file ...", "ECLIPSE", EclipseForm},
+     {"FRONTSIM.DATA", "Insted of that, we found FRONTSIM.DATA file ...", "FRONTSIM", EclipseForm},
+     {"ECLIPSE.afi", "Insted of that, we found IX.afi file ...", "ECLIPSE", IxDeck}}};
+
+constexpr std::array<std::string_view, 12> UsageText = {
+    "---- ECLRUN / HISTORY MATCH / DATA CONVERSION ------",
+    "Add following key to ECLIPSE input deck after END",
+    "Keyword -> TUNEKVR  (To activate KVR option     )",
+    "Keyword -> ECL2TEC  (Convert output to Tecplot  )",
+    "Keyword -> ECLTRACE (Run ECLIPSE and trace SLine)",
+    "Keyword -> DOINV    (History Match with WCONHIST)",
+    "Keyword -> OPTIMIZE (Optimization with  WFOOPT  )",
+    "Need to have following file to run option",
+    "RESTART (*.X000 )  (For data conversion  )",
+    "GRID    (*.E|GRID) (For data conversion  )",
+    "INPUT   (*.DATA )  (If Output cannot find)",
+    "SUMMARY (*.S000 )  (If Correct TOF needed)"};
+
+constexpr std::array<std::string_view, 4> OutlookText = {
+    "ECLIPSE -> TECPLOT Conversion if TEC2ECL", "ECLIPSE -> Streamline tracing if ECLTRACE",
+    "(Will do something else if either cannot find", " of the keywords in the deck)"};
+
+bool exists(std::string_view name) {
+    return !existingPath(std::string(name)).empty();
+}
+
+void takeHeader(std::string_view header, RunOptions& options) {
+    options.headerName = header;
+    options.dataFileBase = header;
+}
+
+bool detectNativeDeck(const Console& console, RunOptions& options) {
+    if (!exists("Reservoir.DATA") || !exists("Well.DATA") || !exists("Simulation.DATA")) return false;
+    lineToBoth(console, "WARNING: KVR Files detected...");
+    takeHeader("KVR", options);
+    return true;
+}
+
+bool detectKnownDeck(const Console& console, RunOptions& options) {
+    for (const KnownDeck& deck : KnownDecks) {
+        if (!exists(deck.fileName)) continue;
+        lineToBoth(console, NotFound);
+        lineToBoth(console, deck.message);
+        options.inputMode = deck.inputMode;
+        options.ixExtract = deck.inputMode == IxDeck;
+        takeHeader(deck.header, options);
+        return true;
+    }
+    return false;
+}
+
+/// One line of the console, blanks off; empty at the end of the input.
+std::string readAnswer(const Console& console) {
+    std::string answer;
+    if (console.screen != nullptr) std::fflush(console.screen);
+    if (console.input == nullptr) return answer;
+    for (int c = std::fgetc(console.input); c != EOF && c != '\n'; c = std::fgetc(console.input)) {
+        if (answer.size() < MaxNameLength) answer.push_back(static_cast<char>(c));
+    }
+    return std::string(trim(answer));
+}
+
+std::string withExtension(const std::string& name) {
+    const bool hasOne = name.ends_with(DataExtension) || name.ends_with(IxExtension);
+    return hasOne ? name : name + std::string(DataExtension);
+}
+
+/// The prompt loop: "0" writes the example deck, anything else is the name of a deck.
+std::string askForName(const Console& console) {
+    for (;;) {
+        lineToBoth(console, HeaderPrompt);
+        lineToBoth(console, "(Type 0 to generate example Deck)");
+        const std::string answer = readAnswer(console);
+        if (!answer.starts_with('0')) return withExtension(answer);
+        writeExampleDeck(console, "ECLIPSE.DATA");
+        lineToBoth(console, "Example KVR Deck Generated in Local Folder.");
+    }
+}
+
+/// A name whose file exists; a second miss ends the run.
+std::string askForDeck(const Console& console) {
+    std::string name = askForName(console);
+    if (exists(name)) return name;
+    both(console, "Cannot find file :: {}", name);
+    lineToBoth(console, HeaderPrompt);
+    name = withExtension(readAnswer(console));
+    if (exists(name)) return name;
+    both(console, "Cannot find file :: {} End Program.", name);
+    hardStop(console);
+}
+
+/// Folder up to the last separator, header without its extension.
+void splitName(const std::string& name, RunOptions& options) {
+    const std::size_t separator = name.find_last_of("\\/");
+    const std::size_t headerStart = separator == std::string::npos ? 0 : separator + 1;
+    const bool isIx = name.ends_with(IxExtension);
+    const std::size_t extension = isIx ? IxExtension.size() : DataExtension.size();
+    options.workingFolder = name.substr(0, headerStart);
+    options.headerName =
+        trimLeft(std::string_view(name).substr(headerStart, name.size() - headerStart - extension));
+    options.dataFileBase = options.workingFolder + options.headerName;
+    options.inputMode = isIx ? IxDeck : EclipseForm;
+    options.ixExtract = isIx;
+}
+
+}  // namespace
+
+void detectInput(const Console& console, RunOptions& options) {
+    options.inputMode = NativeDeck;
+    if (detectNativeDeck(console, options) || detectKnownDeck(console, options)) return;
+
+    lineToBoth(console, NotFound);
+    lineToBoth(console, "ECLIPSE output data converter can be used");
+    for (const std::string_view line : UsageText) lineToBoth(console, line);
+    const std::string name = askForDeck(console);
+    options.useRelativePath = true;
+    splitName(name, options);
+    for (const std::string_view line : OutlookText) lineToBoth(console, line);
+}
+
+}  // namespace kvr
