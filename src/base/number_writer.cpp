@@ -35,6 +35,11 @@ void putNumber(NumberWriter& writer, int value) {
     handOverWhenFull(writer);
 }
 
+void putFixed(NumberWriter& writer, double value, int decimals) {
+    fmt::format_to(std::back_inserter(writer.buffer), FMT_COMPILE("{:.{}f}"), value, decimals);
+    handOverWhenFull(writer);
+}
+
 void flush(NumberWriter& writer) {
     handOver(writer);
     if (writer.file != nullptr) std::fflush(writer.file);

@@ -18,6 +18,8 @@ void put(NumberWriter& writer, std::string_view text);
 /// A number in general form, `digits` significant digits.
 void putNumber(NumberWriter& writer, double value, int digits = 9);
 void putNumber(NumberWriter& writer, int value);
+/// A number with a fixed count of decimals, for columns.
+void putFixed(NumberWriter& writer, double value, int decimals);
 /// Hands the gathered text to the stream and to the operating system, so that the file is readable
 /// up to here even if the process is killed next.
 void flush(NumberWriter& writer);

@@ -1,0 +1,122 @@
+#include "report/block_zone.hpp"
+
+#include "base/number_writer.hpp"
+
+#include <array>
+#include <fmt/format.h>
+#include <span>
+
+namespace kvr {
+
+namespace {
+
+constexpr int NumbersPerLine = 8;
+constexpr int CornersPerCell = 8;
+constexpr int FirstValueVariable = 4;  // behind X, Y, Depth
+
+// Corners of a brick as its node list names them: around the top, then around the bottom. Ours run
+// row by row, so the third and fourth change places.
+constexpr std::array<int, CornersPerCell> BrickCorners = {1, 2, 4, 3, 5, 6, 8, 7};
+
+/// Ends each line after NumbersPerLine numbers; the last one is ended by `finish`.
+struct NumberLines {
+    NumberWriter& writer;
+    int onLine = 0;
+
+    void add(double value) {
+        putNumber(writer, value);
+        ++onLine;
+        put(writer, onLine == NumbersPerLine ? "\n" : " ");
+        if (onLine == NumbersPerLine) onLine = 0;
+    }
+    void finish() {
+        if (onLine > 0) put(writer, "\n");
+        onLine = 0;
+    }
+};
+
+void putColumn(NumberWriter& writer, std::span<const double> values) {
+    NumberLines lines{writer};
+    for (const double value : values) lines.add(value);
+    lines.finish();
+}
+
+void putZoneLine(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
+    if (nodes == ZoneNodes::Shared)
+        put(writer, fmt::format("Zone i = {}, j= {}, k= {},  DATAPACKING=BLOCK,\n", grid.NX + 1, grid.NY + 1,
+                                grid.NZ + 1));
+    else
+        put(writer, fmt::format("Zone N = {}, E= {}, ZONETYPE=FEBRICK,  DATAPACKING=BLOCK,\n",
+                                static_cast<long long>(CornersPerCell) * grid.NCELLS, grid.NCELLS));
+}
+
+void putCoordinates(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
+    if (nodes == ZoneNodes::Shared) {
+        for (const std::vector<double>* axis : {&grid.NodeX, &grid.NodeY, &grid.NodeZ})
+            putColumn(writer, *axis);
+        return;
+    }
+    for (int axis = 0; axis < 3; ++axis) {
+        NumberLines lines{writer};
+        for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+            for (int corner = 1; corner <= CornersPerCell; ++corner)
+                lines.add(static_cast<double>(cornerOf(grid, cell, corner)[axis]));
+        lines.finish();
+    }
+}
+
+/// The node list of the bricks; ordered zones have none.
+void putBricks(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
+    if (nodes == ZoneNodes::Shared) return;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        const long long first = static_cast<long long>(CornersPerCell) * (cell - 1);
+        for (const int corner : BrickCorners) put(writer, fmt::format("{} ", first + corner));
+        put(writer, "\n");
+    }
+}
+
+void putHead(NumberWriter& writer, std::string_view title, std::string_view variables, const GridModel& grid,
+             ZoneNodes nodes, double time, std::string_view locations) {
+    put(writer, fmt::format("TITLE={}PLOT\nVARIABLES= X,Y,Depth{}\n", title, variables));
+    putZoneLine(writer, grid, nodes);
+    put(writer, "SOLUTIONTIME = ");
+    putNumber(writer, time);
+    put(writer, fmt::format("\nVARLOCATION=({})\n", locations));
+}
+
+}  // namespace
+
+void writeBlockZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
+                    const CellArray<double>& values, double time, std::string_view title) {
+    NumberWriter writer;
+    writer.file = stream;
+    putHead(writer, title, fmt::format(",{}", title), grid, nodes, time, "4=CELLCENTERED");
+    putCoordinates(writer, grid, nodes);
+    putColumn(writer, values.cells());
+    putBricks(writer, grid, nodes);
+    flush(writer);
+}
+
+void writeBlockZoneMulti(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
+                         const DirectionArray<double>& values, int columns, double time,
+                         std::string_view title) {
+    std::string variables;
+    std::string locations;
+    for (int column = 1; column <= columns; ++column) {
+        variables += fmt::format(",Value{:04}", column);
+        locations += fmt::format("{}=CELLCENTERED,", FirstValueVariable + column - 1);
+    }
+    NumberWriter writer;
+    writer.file = stream;
+    putHead(writer, title, variables, grid, nodes, time, locations);
+    putCoordinates(writer, grid, nodes);
+    for (int column = 1; column <= columns; ++column) {
+        NumberLines lines{writer};
+        for (CellId cell = 1; cell <= grid.NCELLS; ++cell) lines.add(values(cell, column));
+        lines.finish();
+    }
+    putBricks(writer, grid, nodes);
+    flush(writer);
+}
+
+}  // namespace kvr

@@ -1,0 +1,109 @@
+#include "report/report_output.hpp"
+
+#include "unit/quiet_console.hpp"
+#include "unit/report/box_model.hpp"
+#include "unit/report/plot_file_parser.hpp"
+#include "unit/scratch_folder.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+/// A small run with its output set open in a scratch folder.
+struct ReportRun {
+    ReportRun() {
+        run.console = {nullptr, nullptr, nullptr};
+        openOutputs(folder.path, run.outputs, run.console);
+        run.grid = boxModel(4, 3, 2);
+        allocateCellState(run.grid.NCELLS, 2, run.state);
+        run.options.outputPlt = "Yes";
+        run.options.outputXls = "Yes";
+        for (double& value : run.state.Pressure.slots) value = 3000.0;
+        for (double& value : run.state.Sw.slots) value = 0.3;
+        for (double& value : run.state.So.slots) value = 0.7;
+    }
+    ~ReportRun() {
+        closeOutputs(run.outputs);
+        closeLog(run.outputs, run.console);
+    }
+    [[nodiscard]] std::vector<PlotZone> zones(const std::string& name) const {
+        return PlotFileParser(folder.read(name)).zones();
+    }
+    [[nodiscard]] bool exists(const std::string& name) const {
+        return std::filesystem::exists(folder.path + name);
+    }
+    ScratchFolder folder;
+    Simulation run;
+};
+
+TEST(ReportOutput, AddsAZoneOfThreeFieldsPerReport) {
+    ReportRun test;
+    for (const double time : {10.0, 20.0}) {
+        test.run.clock.time = time;
+        reportOutput(test.run, 1, 100.0);
+    }
+    for (const auto& [name, title, value] : {std::tuple{"KVR_TPlot_poil.plt", "p<sub>o</sub>PLOT", 3000.0},
+                                             std::tuple{"KVR_TPlot_swat.plt", "S<sub>w</sub>PLOT", 0.3},
+                                             std::tuple{"KVR_TPlot_soil.plt", "S<sub>o</sub>PLOT", 0.7}}) {
+        const std::vector<PlotZone> zones = test.zones(name);
+        ASSERT_EQ(zones.size(), 2U) << name;
+        EXPECT_EQ(zones[1].title, title);
+        EXPECT_EQ(zones[1].time, 20.0);
+        EXPECT_EQ(zones[1].columns[3], std::vector<double>(24, value));
+    }
+    EXPECT_NE(test.folder.read("KVR_dbg.out").find("Information Added for poil,ssat.plt"), std::string::npos);
+}
+
+TEST(ReportOutput, LeavesTheGasFilesEmptyWithoutGas) {
+    ReportRun test;
+    reportOutput(test.run, 1, 100.0);
+    EXPECT_TRUE(test.zones("KVR_TPlot_sgas.plt").empty());
+    EXPECT_TRUE(test.zones("KVR_TPlot_Rs.plt").empty());
+    EXPECT_EQ(test.folder.read("KVR_Excl_Grid_Sat.xls").find("SGAS_Frac"), std::string::npos);
+}
+
+TEST(ReportOutput, ReportsTheSolutionRatioInDeckUnits) {
+    ReportRun test;
+    test.run.options.hasGas = true;
+    for (double& value : test.run.state.Rs.slots) value = 226.19667;  // 1.27 Mscf/stb
+    reportOutput(test.run, 1, 100.0);
+    const std::vector<PlotZone> zones = test.zones("KVR_TPlot_Rs.plt");
+    ASSERT_EQ(zones.size(), 1U);
+    EXPECT_NEAR(zones[0].columns[3][0], 1.27, 1e-7);
+    EXPECT_NE(test.folder.read("KVR_Excl_Grid_Sat.xls").find("Grid\tSGAS_Frac"), std::string::npos);
+}
+
+TEST(ReportOutput, WritesOneColumnPerTracer) {
+    ReportRun test;
+    test.run.options.tracerActive = true;
+    test.run.options.tracerCount = 2;
+    reportOutput(test.run, 1, 100.0);
+    ASSERT_EQ(test.zones("KVR_Tplot_Tracer.plt").size(), 1U);
+    EXPECT_EQ(test.zones("KVR_Tplot_Tracer.plt")[0].columns.size(), 5U);
+}
+
+TEST(ReportOutput, WritesTheEndFilesOnlyWhenLessThanADayIsLeft) {
+    ReportRun test;
+    reportOutput(test.run, 1, 1.0);
+    EXPECT_FALSE(test.exists("KVR_Run_EndSwat.out"));
+    reportOutput(test.run, 1, 0.999);
+    EXPECT_TRUE(test.exists("KVR_Run_EndSwat.out"));
+    EXPECT_NE(test.folder.read("KVR_Run_Pressure.out").find("VARIABLES= X,Y,Z,pressure          \n"),
+              std::string::npos);
+    EXPECT_NE(test.folder.read("KVR_dbg.out")
+                  .find("File Replaced : KVR_Run_EndSwat.out\nFile Replaced : KVR_Run_Pressure.out\n"),
+              std::string::npos);
+}
+
+TEST(ReportOutput, WritesNothingWithEverySwitchOff) {
+    ReportRun test;
+    test.run.options.outputPlt = test.run.options.outputXls = test.run.options.outputKvrView = "No";
+    reportOutput(test.run, 1, 0.0);
+    EXPECT_TRUE(test.zones("KVR_TPlot_poil.plt").empty());
+    EXPECT_EQ(test.folder.read("KVR_Excl_Grid_Prs.xls"), "");
+    EXPECT_FALSE(test.exists("KVR_Run_EndSwat.out"));
+}
+
+}  // namespace
+}  // namespace kvr
