@@ -4,11 +4,11 @@
 #include "unit/model/small_grids.hpp"
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 
 namespace kvr {
 namespace {
@@ -66,6 +66,10 @@ TEST(BlockGrid, CountsCubicFeetUnderMetric) {
     EXPECT_NEAR(grid.BulkVolume[1], 3531467.011, 1e-3);
 }
 
+std::string scratchFile() {
+    return testing::TempDir() + "block_grid_test_" + std::to_string(getpid());
+}
+
 /// The numbers of the keyword up to its slash.
 std::vector<float> valuesOf(const std::string& text, const std::string& keyword) {
     std::istringstream in(text.substr(text.find(keyword) + keyword.size()));
@@ -87,7 +91,7 @@ TEST(CornerPointDeck, ReadBackGivesTheSameCorners) {
     grid.Active[5] = 0;
     fillTopsBelow(grid);
     buildBlockGrid(grid, CubicFeetPerBarrel);
-    const std::string path = testing::TempDir() + CornerPointDeckName;
+    const std::string path = scratchFile();
     ASSERT_EQ(writeCornerPointDeck(grid, 1.0, path), 0);
 
     std::ostringstream text;
@@ -108,7 +112,7 @@ TEST(CornerPointDeck, ReadBackGivesTheSameCorners) {
 
 TEST(CornerPointDeck, HasNoMoreThanSixValuesALine) {
     const GridModel grid = uniformBlocks(3, 2, 1, 100, 50, 10);
-    const std::string path = testing::TempDir() + CornerPointDeckName;
+    const std::string path = scratchFile();
     ASSERT_EQ(writeCornerPointDeck(grid, 1.0, path), 0);
     std::ifstream in(path);
     for (std::string line; std::getline(in, line);) {

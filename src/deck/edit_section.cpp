@@ -1,0 +1,43 @@
+#include "deck/arithmetic_rows.hpp"
+#include "deck/grid_checks.hpp"
+#include "deck/grid_section.hpp"
+#include "deck/keyword_table.hpp"
+#include "deck/unit_copies.hpp"
+
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+void sayGridKeyword(SectionReader& reader, GridModel&) {
+    lineToBoth(*reader.sinks->console, "Grid keyword found.. read here as grid section");
+}
+
+/// Kept, not applied: every word, since only conditioning knows which of them act.
+void readMultiply(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    readBoxRows(reader, grid, grid.editRows,
+                [&](ArithmeticRow row) { grid.editRows.push_back(std::move(row)); });
+    endCopiedList(reader);
+}
+
+constexpr std::array Keywords = {
+    KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
+    KeywordRow<GridModel>{"MULTIPLY", readMultiply,
+                          "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
+};
+
+constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",
+                             "File I/O Error, in EDIT Section", "INCLUDE FILE FINISHED, EDIT SECTION"};
+
+}  // namespace
+
+void readEditSection(SectionReader& reader, GridModel& grid) {
+    checkDimensionsKnown(reader, grid);
+    dispatchSection<GridModel>(reader, grid, Keywords, Texts);
+    lineToBoth(*reader.sinks->console, "-> Finished Reading EDIT. Move to Next Section");
+}
+
+}  // namespace kvr
