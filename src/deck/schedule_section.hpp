@@ -18,13 +18,17 @@ struct ScheduleRecords {
     RunClock& clock;
 };
 
-/// Reads the section. The closing steps are `finishSchedule`.
+/// Reads the section, up to its closing message. A further SCHEDULE section goes on where the last one
+/// ended.
 void readScheduleSection(SectionReader& reader, ScheduleRecords& records);
 
-/// Closing steps 1 to 3 of the section: warnings, the empty last step taken off.
+/// Closes the schedule: a deck without steps gets one of length 0, a deck without wells a warning, and
+/// the empty step behind the last one is taken off.
 void closeSchedule(const Console& console, Schedule& schedule);
 
-/// The four time tables and the end time; prints the report dates.
+/// The four time tables and the end time from the steps; prints the report dates. SIMEND before the last
+/// step only sets the end; behind it the last step length repeats up to it. Every step given is a report,
+/// and so is the end.
 void buildTimeTables(const Console& console, ScheduleRecords& records);
 
 }  // namespace kvr
