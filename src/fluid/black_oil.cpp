@@ -106,6 +106,11 @@ OilProperties oilProperties(const FluidTables& tables, double p, double pb) {
             underSaturated(tables, tables.UnderViscSlope, saturatedViscosity(tables, place), p, pb)};
 }
 
+OilProperties usableOilProperties(const FluidTables& tables, double p, double pb) {
+    const OilProperties oil = oilProperties(tables, p, pb);
+    return oil.Bo > 0.0 && oil.MuO > 0.0 ? oil : oilProperties(tables, pb, pb);
+}
+
 double OilFvf(const FluidTables& tables, double p, double pb) {
     if (isDeadOil(tables)) return deadOilFvf(tables, findPlace(tables.OilPressure, 1, tables.OilRows, p));
     if (tables.SatRows <= 1) return 1.0;

@@ -34,6 +34,9 @@ struct OilProperties {
     double MuO = 1.0;
 };
 OilProperties oilProperties(const FluidTables& tables, double p, double pb);
+/// The same for flow and storage, which cannot go on with nothing: where the table has no way off the
+/// bubble point the values at pb stand.
+OilProperties usableOilProperties(const FluidTables& tables, double p, double pb);
 /// Both gas properties with one search; the same bits as the single functions.
 struct GasProperties {
     double Bg = 1.0;

@@ -10,9 +10,10 @@
 namespace kvr {
 
 /// Pressures, saturations, Rs and bubble points of every cell before the first step, from EQUIL by phase
-/// columns in hydrostatic balance, or from the arrays of the SOLUTION section. Sets the direct solver for
-/// fewer than 27 cells, with its warning. The caller runs the full property update afterwards and prints
-/// "SUCCESSFULLY INITIALIZED.".
+/// columns in hydrostatic balance, or from the arrays of the SOLUTION section. Active cells only; the others
+/// keep what they hold. A cell with free gas is saturated, any other has the Rs of its depth or array. Sets
+/// the direct solver for fewer than 27 cells, with its warning. The caller runs the full property update
+/// afterwards and prints "SUCCESSFULLY INITIALIZED.".
 void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
                         const InitialConditions& initial, RunOptions& options, CellState& state);
 

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "fluid/initial_conditions.hpp"
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+
+namespace kvr {
+
+/// Phase pressures in hydrostatic balance by depth, 20 rows a layer and one more, equally spaced from the
+/// shallowest to the deepest corner of the grid.
+struct InitDepthTable {
+    Column Depth;                            // ft, rising
+    Column PressureO, PressureW, PressureG;  // psia
+    Column RsDepth, RsValue;                 // ft, dimensionless: Rs that the oil would like to hold
+    double WocDepth = 0.0;                   // ft; contacts as used: an absent phase has none in the grid
+    double GocDepth = 0.0;
+};
+
+/// Integrates the columns from the datum, midpoint density, each row by a fixed point to 1e-5 psi. Oil runs
+/// from the datum to both contacts; water starts at the water-oil contact and gas at the gas-oil contact
+/// with the oil pressure there. A datum above the gas-oil or below the water-oil contact belongs to that
+/// phase, which is walked to its contact first. Without an Rs table the oil is saturated at the gas-oil
+/// contact. A column that does not settle in 1000 passes stops the run.
+InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,
+                               const InitialConditions& initial, bool hasWater);
+
+/// Bubble point that the oil has at a depth and pressure: by its Rs, capped by the pressure.
+double bubblePointAtDepth(const FluidTables& tables, const InitDepthTable& rows, double depth,
+                          double pressure);
+
+}  // namespace kvr

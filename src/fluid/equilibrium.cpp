@@ -1,0 +1,192 @@
+#include "fluid/equilibrium.hpp"
+
+#include "base/constants.hpp"
+#include "fluid/black_oil.hpp"
+#include "fluid/depth_table.hpp"
+#include "fluid/state_recovery.hpp"
+#include "fluid/table_lookup.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+constexpr CellId LeastIterativeCells = 27;  // fewer unknowns go to the direct solver
+
+/// A saturation as a function of capillary pressure: both columns ordered so that the pressure rises.
+struct CapillaryInverse {
+    Column pressure;    // psi
+    Column saturation;  // at that pressure
+};
+
+/// The two curves of a saturation region.
+struct RegionInverse {
+    CapillaryInverse water;
+    CapillaryInverse gas;
+};
+
+struct PhasePressures {
+    double oil = 0.0, water = 0.0, gas = 0.0;  // psia
+};
+
+RegionInverse invert(const SaturationTable& table) {
+    RegionInverse inverse;
+    inverse.water.pressure.assign(table.Pcow.rbegin(), table.Pcow.rend());
+    inverse.water.saturation.assign(table.SwAxis.rbegin(), table.SwAxis.rend());
+    inverse.gas.pressure = table.Pcog;
+    inverse.gas.saturation = table.SgAxis;
+    return inverse;
+}
+
+/// Beyond the curve its end saturation stands.
+double saturationAt(const CapillaryInverse& curve, double capillaryPressure) {
+    if (capillaryPressure <= curve.pressure.front()) return curve.saturation.front();
+    if (capillaryPressure >= curve.pressure.back()) return curve.saturation.back();
+    return TableLookup(curve.pressure, curve.saturation, 1, 1, static_cast<int>(curve.pressure.size()),
+                       capillaryPressure);
+}
+
+PhasePressures pressuresAt(const InitDepthTable& rows, double depth) {
+    const TablePlace place = findPlace(rows.Depth, 1, static_cast<int>(rows.Depth.size()), depth);
+    return {valueAt(rows.PressureO, place), valueAt(rows.PressureW, place), valueAt(rows.PressureG, place)};
+}
+
+/// What one cell sees: its table, the factor of its capillary pressures (0: none), and the columns.
+struct CellView {
+    const SaturationTable& table;
+    const RegionInverse& inverse;
+    double pcowFactor = 0.0;
+    double pcogFactor = 0.0;
+    double depth = 0.0;  // ft
+    PhasePressures columns;
+};
+
+/// Sw by its capillary curve, or without one by the contact: all water below, connate above.
+double waterSaturation(const CellView& cell, const InitDepthTable& rows) {
+    if (cell.pcowFactor > 0.0)
+        return saturationAt(cell.inverse.water, (cell.columns.oil - cell.columns.water) / cell.pcowFactor);
+    return cell.depth > rows.WocDepth ? cell.table.SwAxis.back() : cell.table.ConnateSw;
+}
+
+/// Sg by its capillary curve, or without one by the contact: all but connate water above, none below.
+double gasSaturation(const CellView& cell, const InitDepthTable& rows) {
+    if (cell.pcogFactor > 0.0)
+        return saturationAt(cell.inverse.gas, (cell.columns.gas - cell.columns.oil) / cell.pcogFactor);
+    return cell.depth < rows.GocDepth ? 1.0 - cell.table.ConnateSw : 0.0;
+}
+
+/// Oil pressure of the cell: the oil column. Where the capillary pressure has run out of its curve oil no
+/// longer moves, and the column of the water or gas that does must stay in balance instead.
+double cellPressure(const CellView& cell) {
+    const double leastPcow = cell.pcowFactor * cell.table.Pcow.back();
+    const double mostPcog = cell.pcogFactor * cell.table.Pcog.back();
+    const PhasePressures& p = cell.columns;
+    if (p.oil - p.water < leastPcow) return p.water + leastPcow;
+    if (p.gas - p.oil > mostPcog) return p.gas - mostPcog;
+    return p.oil;
+}
+
+/// Limits, scaling and the gas in solution: saturated where free gas stands, otherwise by `pb`.
+void finishCell(const FluidTables& tables, bool keepEndPoints, int region, double pb, double pressure,
+                PhaseState& cell) {
+    limitSaturations(regionTable(tables, region), keepEndPoints, cell);
+    const bool freeGas = tables.hasGas && tables.MaxRs > 0.0 && cell.Sg > MachineEpsilon;
+    cell.Pb = freeGas ? pressure : std::min(pb, pressure);
+    cell.Rs = SolutionRs(tables, cell.Pb);
+}
+
+void storeCell(const PhaseState& from, double pressure, CellId cell, CellState& state) {
+    state.Pressure[cell] = pressure;
+    state.Sw[cell] = from.Sw;
+    state.So[cell] = from.So;
+    state.Sg[cell] = from.Sg;
+    state.Rs[cell] = from.Rs;
+    state.Pb[cell] = from.Pb;
+}
+
+void initialiseByDepth(const Console& console, const GridModel& grid, const FluidTables& tables,
+                       const InitialConditions& initial, const RunOptions& options, CellState& state) {
+    const InitDepthTable rows = buildDepthTable(console, grid, tables, initial, options.hasWater);
+    std::vector<RegionInverse> inverses;
+    for (const SaturationTable& table : tables.regions) inverses.push_back(invert(table));
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0) continue;
+        const int region = grid.SATNUM[cell];
+        const double depth = grid.CellCentre(cell, 3);
+        const CellView view{regionTable(tables, region),
+                            inverses[static_cast<std::size_t>(region) - 1],
+                            tables.PcowSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
+                            tables.PcogSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
+                            depth,
+                            pressuresAt(rows, depth)};
+        PhaseState found;
+        found.Sw = waterSaturation(view, rows);
+        found.Sg = tables.hasGas ? gasSaturation(view, rows) : 0.0;
+        found.So = 1.0 - found.Sw - found.Sg;
+        const double pressure = cellPressure(view);
+        finishCell(tables, options.keepIrreducibleSaturation, region,
+                   bubblePointAtDepth(tables, rows, depth, pressure), pressure, found);
+        storeCell(found, pressure, cell, state);
+    }
+}
+
+/// A value of an array of the deck, 0 where the array was not given.
+double given(const CellArray<double>& values, CellId cell) {
+    return values.empty() ? 0.0 : values[cell];
+}
+
+/// The three saturations from those that were given; what is not given is the rest.
+PhaseState givenSaturations(const InitialConditions& initial, CellId cell) {
+    PhaseState found;
+    found.Sg = given(initial.initialSgas, cell);
+    found.So = given(initial.initialSoil, cell);
+    found.Sw = initial.swatGiven || !initial.soilGiven ? given(initial.initialSwat, cell)
+                                                       : std::max(0.0, 1.0 - found.So - found.Sg);
+    if (!initial.soilGiven) found.So = std::max(0.0, 1.0 - found.Sw - found.Sg);
+    return found;
+}
+
+void initialiseByArrays(const GridModel& grid, const FluidTables& tables, const InitialConditions& initial,
+                        const RunOptions& options, CellState& state) {
+    const int rsRows = static_cast<int>(initial.rsTableDepth.size());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0) continue;
+        const double pressure = given(initial.initialPressure, cell);
+        double rs = given(initial.initialRs, cell);
+        if (!initial.rsGiven && rsRows > 0)
+            rs = TableLookup(initial.rsTableDepth, initial.rsTableRs, 1, 1, rsRows, grid.CellCentre(cell, 3));
+        PhaseState found = givenSaturations(initial, cell);
+        finishCell(tables, options.keepIrreducibleSaturation, grid.SATNUM[cell], BubblePoint(tables, rs),
+                   pressure, found);
+        storeCell(found, pressure, cell, state);
+    }
+}
+
+void chooseDirectSolver(const Console& console, const GridModel& grid, RunOptions& options) {
+    if (grid.NCELLS >= LeastIterativeCells) return;
+    both(console, "WARNING :: Due to small small number of unknown, direct solver(DGESV) is used");
+    options.pressureSolver = "dgesv";
+}
+
+}  // namespace
+
+void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
+                        const InitialConditions& initial, RunOptions& options, CellState& state) {
+    log(console, "INITIALIZING...");
+    screen(console, "Initializing...");
+    if (initial.equilibrationMode) {
+        log(console, "INITIALIZE: PC-DENSITY-OWC/GOC, ACCORDINGLY");
+        screen(console, "Initialize: Pc-Density-OWC/GOC, Accordingly");
+    } else {
+        log(console, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA");
+        screen(console, "Initialize: Explicitly Assigned By Input Data");
+    }
+    chooseDirectSolver(console, grid, options);
+    if (initial.equilibrationMode)
+        initialiseByDepth(console, grid, tables, initial, options, state);
+    else
+        initialiseByArrays(grid, tables, initial, options, state);
+}
+
+}  // namespace kvr
