@@ -49,20 +49,21 @@ double jScale(double porosity, double permeability, double surfaceTension) {
            static_cast<double>(JUnitFactor);
 }
 
-void cleanRock(const RunOptions& options, GridModel& grid) {
+/// Cells without rock keep no permeability and take no part in flow.
+void shutCellsWithoutRock(GridModel& grid) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
-        const bool noRock = grid.PORO[cell] <= TinyRock || grid.NTG[cell] <= TinyRock;
-        if (noRock) {
-            grid.PORO[cell] = TinyRock;
-            grid.NTG[cell] = TinyRock;
-            grid.PERMX[cell] = grid.PERMY[cell] = grid.PERMZ[cell] = 0.0;
-        }
-        if (!options.useJFunction)
-            grid.JFactor[cell] = 1.0;
-        else
-            grid.JFactor[cell] =
-                noRock ? 0.0 : jScale(grid.PORO[cell], grid.PERMX[cell], options.surfaceTension);
+        if (grid.PORO[cell] > TinyRock && grid.NTG[cell] > TinyRock) continue;
+        grid.PORO[cell] = grid.NTG[cell] = TinyRock;
+        grid.PERMX[cell] = grid.PERMY[cell] = grid.PERMZ[cell] = 0.0;
+        grid.Active[cell] = 0;
     }
+}
+
+/// After `shutCellsWithoutRock`, whose cells get 0 through their permeability.
+void scaleJFunction(const RunOptions& options, GridModel& grid) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        grid.JFactor[cell] =
+            options.useJFunction ? jScale(grid.PORO[cell], grid.PERMX[cell], options.surfaceTension) : 1.0;
 }
 
 void reportRow(const Console& console, const ArithmeticRow& row, std::string_view report) {
@@ -175,9 +176,11 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
                              GridModel& grid, ConnectionTable& connections) {
     const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : FaceCount;
     allocateConnections(console, grid.NCELLS, width, connections);
-    cleanRock(options, grid);
+    shutCellsWithoutRock(grid);
+    scaleJFunction(options, grid);
     buildNeighbours(grid, connections);
     editRock(console, grid);
+    shutCellsWithoutRock(grid);  // a repeated conditioning would find them before the edits
     if (options.useNewtran)
         connectByCornerFormula(grid, connections, units.VolumeFactor);
     else

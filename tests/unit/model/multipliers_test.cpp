@@ -52,6 +52,22 @@ TEST(Multipliers, OfRockInEditActOnceHoweverOftenTheGeometryIsConditioned) {
     EXPECT_TRUE(close(c.table.Trans(1, 2), 0.5 * 0.2252916759, 1e-9));
 }
 
+TEST(Multipliers, OfZeroPoreVolumeShutTheCellFromTheFirstConditioningOn) {
+    Conditioned c{threeBlocks(), {}};
+    c.grid.editRows.push_back(row("PORV", 0.0, {2, 2, 1, 1, 1, 1}));
+    RunOptions options;
+    options.useNewtran = false;
+    const Console silent{nullptr, nullptr, nullptr};
+    for (int iteration = 1; iteration <= 2; ++iteration) {
+        CALCTRANS_STATICGEOPART(silent, options, UnitSystem{}, c.grid, c.table);
+        EXPECT_EQ(c.grid.Active[2], 0);
+        EXPECT_EQ(c.grid.PORO[2], 1e-20);
+        EXPECT_EQ(c.table.Trans(1, 2), 0.0);
+        EXPECT_EQ(c.table.Trans(2, 1), 0.0);
+        EXPECT_EQ(c.grid.Active[1], 1);
+    }
+}
+
 TEST(Multipliers, OfRockActInOrderAndInTheirBoxOnly) {
     GridModel grid = uniformBlocks(1, 1, 3, 100, 100, 10);
     grid.editRows.push_back(row("permx", 2.0, {1, 1, 1, 1, 2, 2}));
