@@ -4,9 +4,26 @@
 
 namespace kvr {
 
-/// Fluids in place, cumulative well flows over the step `executedDt` just finished (0 at the start) and
-/// the balance errors, into the log, the tables and BalanceRecord.
-void ReportMBE(Simulation& simulation, double executedDt);
+/// Pore volume, phase volumes and surface volumes over the active cells. Free gas is PV Sg/Bg, dissolved
+/// gas PV So/Bo Rs; both stay 0 in a run without gas.
+InPlaceSums sumInPlace(const GridModel& grid, const CellState& state, bool hasGas);
+
+/// Material balance error of one phase, as a fraction: 1 - (now - netInflow)/initial; with nothing in
+/// place at the start (now - netInflow)/now, and 0 when there is nothing now either.
+double balanceError(double initial, double now, double netInflow);
+
+/// Recovered fraction 1 - now/initial, as (initial - now)/initial; an initial amount of 0 or less counts
+/// as 1 where it divides.
+double recoveredFraction(double initial, double now);
+
+/// Adds the well flows of the step `executedDt` just finished (0 at the start) to the cumulative totals
+/// and appends the totals of the step to BalanceRecord. Comes before the reports of the step, which read
+/// them. The analytical line solver ("btf") has no wells in this sense: its net inflow stays 0.
+void advanceBalance(Simulation& simulation, double executedDt);
+
+/// The row that `advanceBalance` made, into the log and the tables: KVR_Run_SweepVolume.out always holds
+/// its head and every row so far, KVR_Excl_mbe.xls gets a line with the Excel switch on.
+void ReportMBE(const Simulation& simulation);
 
 /// Changes of the absolute sums of So, Sw and pressure from the previous global iteration, to console
 /// and log.

@@ -143,6 +143,13 @@ constexpr int HandlingErrorStatus = -2;
     hardStop(console);
 }
 
+std::FILE* openOrStop(const Console& console, const std::string& path, const char* mode) {
+    errno = 0;
+    std::FILE* file = std::fopen(path.c_str(), mode);
+    if (file == nullptr) stopOnOpenFailure(console, path, errno);
+    return file;
+}
+
 std::FILE*& slot(OutputStreams& outputs, OutputFile file) {
     return outputs.streams[static_cast<std::size_t>(file)];
 }
@@ -172,10 +179,11 @@ std::FILE* stream(const OutputStreams& outputs, OutputFile file) {
 }
 
 std::FILE* openForReplace(const Console& console, const std::string& path) {
-    errno = 0;
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (file == nullptr) stopOnOpenFailure(console, path, errno);
-    return file;
+    return openOrStop(console, path, "w");
+}
+
+std::FILE* openForAppend(const Console& console, const std::string& path) {
+    return openOrStop(console, path, "a");
 }
 
 std::string outputPath(const OutputStreams& outputs, std::string_view name) {

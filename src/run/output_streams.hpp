@@ -83,6 +83,8 @@ std::FILE* stream(const OutputStreams& outputs, OutputFile file);
 
 /// Opens a file for writing in place of any old one, or stops with the open-failure texts and the path.
 std::FILE* openForReplace(const Console& console, const std::string& path);
+/// The same behind what the file holds.
+std::FILE* openForAppend(const Console& console, const std::string& path);
 
 /// Writes 0EraseData.bat, opens the whole set with replace, writes the fixed heads of the tables, and
 /// hands the log to the console.

@@ -1,0 +1,239 @@
+#include "report/material_balance.hpp"
+
+#include "base/constants.hpp"
+#include "report/balance_table.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double Percent = 100.0;
+constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
+
+constexpr std::string_view OpeningArrow = "------------------------------------------------------->";
+constexpr std::string_view ClosingArrow = "<------------------------------------------------------";
+constexpr std::string_view SweepTable = "KVR_Run_SweepVolume.out";
+
+PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {
+    return {sums.oil, sums.water, sums.freeGas + sums.dissolvedGas};
+}
+
+/// Rates of one sign, both results positive: positive rates run into the reservoir.
+void addRates(const Well& well, PhaseAmounts& injection, PhaseAmounts& production) {
+    injection.oil += std::max(well.WellQo, 0.0);
+    injection.water += std::max(well.WellQw, 0.0);
+    injection.gas += std::max(well.WellQg, 0.0);
+    production.oil += std::max(-well.WellQo, 0.0);
+    production.water += std::max(-well.WellQw, 0.0);
+    production.gas += std::max(-well.WellQg, 0.0);
+}
+
+void addFlow(const PhaseAmounts& rate, double dt, PhaseAmounts& total) {
+    total.oil += rate.oil * dt;
+    total.water += rate.water * dt;
+    total.gas += rate.gas * dt;
+}
+
+void addWell(const Well& well, double dt, WellTotals& totals) {
+    PhaseAmounts injection;
+    PhaseAmounts production;
+    addRates(well, injection, production);
+    addFlow(injection, dt, totals.injected);
+    addFlow(production, dt, totals.produced);
+    totals.injectedReservoir += std::max(well.reservoirRate, 0.0) * dt;
+    totals.producedReservoir += std::max(-well.reservoirRate, 0.0) * dt;
+}
+
+void addNetInflow(const WellRecord& wells, double dt, PhaseAmounts& netInflow) {
+    for (const Well& well : wells.wells) {
+        netInflow.oil += well.WellQo * dt;
+        netInflow.water += well.WellQw * dt;
+        netInflow.gas += well.WellQg * dt;
+    }
+}
+
+void addWellFlows(const WellRecord& wells, double dt, BalanceRecord& record) {
+    if (record.wells.size() < wells.wells.size()) record.wells.resize(wells.wells.size());
+    for (std::size_t n = 0; n < wells.wells.size(); ++n) {
+        addWell(wells.wells[n], dt, record.wells[n]);
+        addWell(wells.wells[n], dt, record.field);
+    }
+}
+
+bool flows(const Well& well) {
+    return well.WellQo != 0.0 || well.WellQw != 0.0 || well.WellQg != 0.0;
+}
+
+/// $ of an amount at the prices given per bbl, bbl and Mscf.
+double valueOf(const UnitSystem& units, const PhaseAmounts& amount, const PhasePrices& price) {
+    return toBarrels(units, amount.oil) * price.oil + toBarrels(units, amount.water) * price.water +
+           toMscf(units, amount.gas) * price.gas;
+}
+
+void setErrors(const BalanceRecord& record, BalanceRow& row) {
+    row.errorOil = balanceError(record.initial.oil, row.inPlace.oil, record.netInflow.oil);
+    row.errorWater = balanceError(record.initial.water, row.inPlace.water, record.netInflow.water);
+    row.errorGas = balanceError(record.initial.gas, row.inPlace.gas, record.netInflow.gas);
+}
+
+/// Increases since the row before.
+void setGains(const Simulation& run, double dt, BalanceRow& row) {
+    const BalanceRecord& record = run.balance;
+    row.deltaNpv = dt * (valueOf(run.units, row.productionRate, run.options.productionPrice) +
+                         valueOf(run.units, row.injectionRate, run.options.injectionPrice));
+    row.npv = row.deltaNpv;
+    if (record.rows.empty()) return;
+    row.deltaRecovery = row.recoveryOil - record.rows.back().recoveryOil;
+    row.npv += record.rows.back().npv;
+}
+
+BalanceRow makeRow(const Simulation& run, double dt) {
+    const BalanceRecord& record = run.balance;
+    BalanceRow row;
+    row.time = run.clock.time;
+    row.poreVolume = record.now.poreVolume;
+    row.averagePressure = run.pressure.AveragePressure;
+    const double firstPoreVolume = record.rows.empty() ? row.poreVolume : record.rows.front().poreVolume;
+    row.poreVolumesInjected = firstPoreVolume > 0.0 ? record.field.injectedReservoir / firstPoreVolume : 0.0;
+    row.inPlace = surfaceAmounts(record.now);
+    for (const Well& well : run.wells.wells) {
+        addRates(well, row.injectionRate, row.productionRate);
+        row.flowingWells += flows(well) ? 1 : 0;
+    }
+    row.recoveryOil = recoveredFraction(record.initial.oil, row.inPlace.oil);
+    row.recoveryWater = recoveredFraction(record.initial.water, row.inPlace.water);
+    setErrors(record, row);
+    setGains(run, dt, row);
+    return row;
+}
+
+double share(double part, double whole) {
+    return whole > 0.0 ? part / whole : 0.0;
+}
+
+void logPoreVolume(const Simulation& run, std::string_view label, double volume) {
+    log(run.console, "{}{} rb {} %", label, number(toBarrels(run.units, volume)),
+        number(Percent * share(volume, run.balance.now.poreVolume)));
+}
+
+void logGas(const Simulation& run, std::string_view label, double volume) {
+    log(run.console, "{}{} M Mscf", label, number(toMscf(run.units, volume) / MscfPerMillion));
+}
+
+void logTotals(const Simulation& run) {
+    const InPlaceSums& now = run.balance.now;
+    lineToLog(run.console, " Fluid in Place Totals **  ");
+    log(run.console, " Total pore volume      :: {} rb ", number(toBarrels(run.units, now.poreVolume)));
+    logPoreVolume(run, " Total Oil pore volume  :: ", now.oilPore);
+    logPoreVolume(run, " Total Wat pore volume  :: ", now.waterPore);
+    logPoreVolume(run, " Total Gas pore volume  :: ", now.gasPore);
+    log(run.console, " Average Oil Saturation :: {} [-]", number(share(now.oilPore, now.poreVolume)));
+    log(run.console, " Average Wat Saturation :: {} [-]", number(share(now.waterPore, now.poreVolume)));
+    log(run.console, " Average Gas Saturation :: {} [-]", number(share(now.gasPore, now.poreVolume)));
+}
+
+void logSurfaceVolumes(const Simulation& run) {
+    const InPlaceSums& now = run.balance.now;
+    lineToLog(run.console, " FIP Surface Volumes  ** ");
+    log(run.console, " Surface Oil volume     :: {} stb", number(toBarrels(run.units, now.oil)));
+    log(run.console, " Surface Wat volume     :: {} stb", number(toBarrels(run.units, now.water)));
+    logGas(run, " Surface Gas volume     :: ", now.freeGas + now.dissolvedGas);
+    logGas(run, " Was Dissolved Gas      :: ", now.dissolvedGas);
+    logGas(run, " Was Free Gas           :: ", now.freeGas);
+}
+
+/// The table always reads as if it were written whole: only the first row replaces an old file.
+void addToSweepTable(const Simulation& run) {
+    const std::string path = outputPath(run.outputs, SweepTable);
+    const bool first = run.balance.rows.size() == 1;
+    std::FILE* file = first ? openForReplace(run.console, path) : openForAppend(run.console, path);
+    if (first) std::fputs(balanceTableHead().c_str(), file);
+    std::fputs(balanceTableRow(run.units, run.balance, run.balance.rows.back()).c_str(), file);
+    std::fclose(file);
+    log(run.console, "File Replaced : {}", SweepTable);
+}
+
+double absoluteSum(const CellArray<double>& values) {
+    double sum = 0.0;
+    for (const double value : values.cells()) sum += std::abs(value);
+    return sum;
+}
+
+/// Prints the change of one sum and keeps the new one.
+void tellChange(const Console& console, std::string_view label, double sum, double& previous) {
+    both(console, "{}{}", label, number(sum - previous));
+    previous = sum;
+}
+
+}  // namespace
+
+InPlaceSums sumInPlace(const GridModel& grid, const CellState& state, bool hasGas) {
+    InPlaceSums sums;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0) continue;
+        const double volume = state.PoreVolume[cell];
+        const double oil = volume * state.So[cell] / state.Bo[cell];
+        sums.poreVolume += volume;
+        sums.oilPore += volume * state.So[cell];
+        sums.waterPore += volume * state.Sw[cell];
+        sums.oil += oil;
+        sums.water += volume * state.Sw[cell] / state.Bw[cell];
+        if (!hasGas) continue;
+        sums.gasPore += volume * state.Sg[cell];
+        sums.freeGas += volume * state.Sg[cell] / state.Bg[cell];
+        sums.dissolvedGas += oil * state.Rs[cell];
+    }
+    return sums;
+}
+
+double balanceError(double initial, double now, double netInflow) {
+    if (initial >= MachineEpsilon) return 1.0 - (now - netInflow) / initial;
+    return now >= MachineEpsilon ? (now - netInflow) / now : 0.0;
+}
+
+double recoveredFraction(double initial, double now) {
+    return (initial - now) / (initial > 0.0 ? initial : 1.0);
+}
+
+void advanceBalance(Simulation& simulation, double executedDt) {
+    BalanceRecord& record = simulation.balance;
+    record.now = sumInPlace(simulation.grid, simulation.state, simulation.options.hasGas);
+    if (!record.started) {
+        record.initial = surfaceAmounts(record.now);
+        record.started = true;
+    }
+    addWellFlows(simulation.wells, executedDt, record);
+    if (simulation.options.solverPhaseName.front() != "btf")
+        addNetInflow(simulation.wells, executedDt, record.netInflow);
+    record.rows.push_back(makeRow(simulation, executedDt));
+}
+
+void ReportMBE(const Simulation& simulation) {
+    const Console& console = simulation.console;
+    lineToLog(console, OpeningArrow);
+    lineToLog(console, " Material Balance Report: ");
+    logTotals(simulation);
+    logSurfaceVolumes(simulation);
+    addToSweepTable(simulation);
+    if (simulation.options.outputXls == "Yes") {
+        std::FILE* sheet = stream(simulation.outputs, OutputFile::ExclMbe);
+        std::fputs(balanceSheetRow(simulation.balance.rows.back(), simulation.clock.endTime).c_str(), sheet);
+    }
+    lineToLog(console, " Function Ends: ReportMBE");
+    lineToLog(console, ClosingArrow);
+    flushOutputs(simulation.outputs);
+}
+
+void reportGlobalIterationErrors(Simulation& simulation) {
+    BalanceRecord& record = simulation.balance;
+    const CellState& state = simulation.state;
+    lineToBoth(simulation.console, "-- ERROR FOR GLOBAL ITERATION --");
+    tellChange(simulation.console, " ERROR Soil : ", absoluteSum(state.So), record.previousSumSo);
+    tellChange(simulation.console, " ERROR Swat : ", absoluteSum(state.Sw), record.previousSumSw);
+    tellChange(simulation.console, " ERROR Pres : ", absoluteSum(state.Pressure), record.previousSumPressure);
+}
+
+}  // namespace kvr
