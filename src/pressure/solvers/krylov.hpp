@@ -19,7 +19,7 @@ struct KrylovVectors {
 struct KrylovLimits {
     double tolerance = 0.0;  // of ||r|| / ||b||
     int iterations = 0;
-    int patience = 150;  // give up after this many iterations without halving the best residual
+    int patience = 1000000;  // give up after this many iterations without halving the best residual
 };
 
 struct KrylovOutcome {

@@ -3,6 +3,7 @@
 #include "pressure/solvers/dense.hpp"
 #include "pressure/solvers/ilu.hpp"
 #include "pressure/solvers/krylov.hpp"
+#include "pressure/solvers/multigrid.hpp"
 
 namespace kvr {
 
@@ -10,6 +11,7 @@ struct SolverMemory {
     DenseStorage dense;
     IncompleteFactors factors;
     KrylovVectors vectors;
+    MultigridMemory multigrid;
 };
 
 }  // namespace kvr

@@ -2,6 +2,7 @@
 
 #include "pressure/solvers/bicg.hpp"
 #include "pressure/solvers/dense.hpp"
+#include "pressure/solvers/multigrid.hpp"
 #include "pressure/solvers/solver_memory.hpp"
 
 /// Present where LAPACK is OpenBLAS. Its threads would make the last bits of a dense solution depend on
@@ -13,6 +14,8 @@ namespace kvr {
 namespace {
 
 constexpr SolverRow SolverRows[] = {
+    {"amg", solveMultigrid, "algebraic multigrid with BiCGSTAB"},
+    {"samg", solveMultigrid, "the same as amg"},
     {"st", solveInPlace, "dense elimination in place"},
     {"dgesl", solveDense, "dense LU factorisation, then a solve"},
     {"dgesv", solveDense, "the same as dgesl"},

@@ -129,7 +129,8 @@ TEST_P(EveryRoute, ReportsTheTrueResidual) {
     EXPECT_NEAR(solved.result.residual, test::trueResidual(system, solved.x), 1e-12);
 }
 
-INSTANTIATE_TEST_SUITE_P(ByWord, EveryRoute, testing::Values("st", "dgesl", "dgesv", "gmres", "cg", "bicg"),
+INSTANTIATE_TEST_SUITE_P(ByWord, EveryRoute,
+                         testing::Values("amg", "samg", "st", "dgesl", "dgesv", "gmres", "cg", "bicg"),
                          [](const auto& info) { return info.param; });
 
 TEST(SolverTable, KnowsNoOtherWord) {

@@ -1,0 +1,219 @@
+#include "pressure/solvers/multigrid.hpp"
+
+#include "pressure/solvers/bicgstab.hpp"
+#include "pressure/solvers/galerkin.hpp"
+#include "pressure/solvers/interpolation.hpp"
+#include "pressure/solvers/solver_memory.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace kvr {
+
+namespace {
+
+constexpr int CoarsestRows = 200;        // a level of at most this many rows is not coarsened
+constexpr int LargestFactored = 2000;    // the coarsest matrix is factored up to this size
+constexpr double CoarseningHalt = 0.9;   // coarse over fine rows above which coarsening stops
+constexpr int KeptWellShare = 4;         // wells stay coarse while they are below 1/4 of a level's rows
+constexpr int MaxCycleIterations = 200;  // BiCGSTAB iterations before the second resort
+constexpr int CyclePatience = 30;        // of them without halving the residual
+constexpr int Starts = 4;                // of BiCGSTAB within one solve
+constexpr int ExtraIterations = 3;       // tolerated beyond those of a fresh hierarchy
+constexpr int SmallSystem = 3000;        // rows up to which a dense factorisation is the last resort
+constexpr std::size_t MaxEntries = std::numeric_limits<int>::max() / 8;  // 32-bit pointers on all levels
+
+/// Scale of each well row: its column's size over its own, so that the scaled matrix is near symmetric
+/// whatever units the row has.
+void formRowScale(const LinearSystem& system, std::vector<double>& scale) {
+    const int wells = system.size - system.cellRows;
+    std::vector<double> columnSum(static_cast<std::size_t>(wells), 0.0);
+    for (int i = 0; i < system.cellRows; ++i) {
+        for (std::int64_t k = system.rowStart[i]; k < system.rowStart[i + 1]; ++k) {
+            const int j = system.column[k] - system.cellRows;
+            if (j >= 0) columnSum[j] += std::abs(system.value[k]);
+        }
+    }
+    scale.assign(static_cast<std::size_t>(wells), 1.0);
+    for (int w = 0; w < wells; ++w) {
+        double rowSum = 0.0;
+        const std::int64_t first = system.rowStart[system.cellRows + w];
+        for (std::int64_t k = first + 1; k < system.rowStart[system.cellRows + w + 1]; ++k)
+            rowSum += std::abs(system.value[k]);
+        if (rowSum > 0.0 && columnSum[w] > 0.0) scale[w] = columnSum[w] / rowSum;
+    }
+}
+
+/// The system as the finest matrix, well rows scaled.
+SparseMatrix finestMatrix(const LinearSystem& system, const std::vector<double>& rowScale) {
+    SparseMatrix matrix;
+    matrix.rows = matrix.columns = system.size;
+    matrix.start.assign(system.rowStart.begin(), system.rowStart.end());
+    matrix.column = system.column;
+    matrix.value = system.value;
+    for (int i = system.cellRows; i < system.size; ++i) {
+        for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
+            matrix.value[k] *= rowScale[i - system.cellRows];
+    }
+    return matrix;
+}
+
+void factorCoarsest(const SparseMatrix& matrix, Hierarchy& hierarchy) {
+    hierarchy.coarsestFactored = false;
+    if (matrix.rows > LargestFactored) return;
+    const auto n = static_cast<std::size_t>(matrix.rows);
+    hierarchy.coarsest.matrix.assign(n * n, 0.0);
+    hierarchy.coarsest.pivot.resize(n);
+    for (int i = 0; i < matrix.rows; ++i) {
+        for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
+            hierarchy.coarsest.matrix[static_cast<std::size_t>(matrix.column[k]) * n + i] += matrix.value[k];
+    }
+    hierarchy.coarsestFactored =
+        factorDense(matrix.rows, hierarchy.coarsest.matrix, hierarchy.coarsest.pivot) == DenseStatus::Solved;
+}
+
+/// Interpolation to `matrix` from a coarser level; without rows where there is nothing to gain by one.
+SparseMatrix interpolationTo(const SparseMatrix& matrix, int wells) {
+    if (matrix.rows <= CoarsestRows + wells) return {};
+    const StrengthGraph graph = strongDependence(matrix);
+    const int kept = wells * KeptWellShare < matrix.rows ? wells : 0;
+    SparseMatrix interpolation = extendedInterpolation(matrix, graph, chooseCoarsePoints(graph, kept));
+    const bool gains =
+        interpolation.columns > 0 && interpolation.columns < CoarseningHalt * interpolation.rows;
+    return gains ? interpolation : SparseMatrix{};
+}
+
+/// Preconditioned BiCGSTAB from the solution as it stands, started again where the residual of the
+/// recurrence has parted from the true one.
+void runCycles(const LinearSystem& system, int iterationLimit, std::span<double> solution,
+               SolverMemory& memory, SolveResult& result) {
+    MultigridMemory& grid = memory.multigrid;
+    const auto precondition = [&](std::span<const double> r, std::span<double> z) {
+        std::copy(r.begin(), r.end(), grid.scaled.begin());
+        for (int i = system.cellRows; i < system.size; ++i)
+            grid.scaled[i] *= grid.rowScale[i - system.cellRows];
+        applyCycle(grid.hierarchy, grid.scaled, z);
+    };
+    int left = iterationLimit;
+    for (int start = 0; start < Starts && left > 0 && result.residual > SolverTolerance; ++start) {
+        const KrylovLimits limits{SolverTolerance, left, CyclePatience};
+        const KrylovOutcome outcome = bicgstab(system, limits, solution, memory.vectors, precondition);
+        left -= outcome.iterations;
+        result = judgeSolution(system, solution, result.iterations + outcome.iterations, memory.vectors.r);
+    }
+}
+
+/// Solves with the kept hierarchy, or with a new one when there is none or it has worn out.
+void solveByCycles(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
+                   SolveResult& result) {
+    MultigridMemory& grid = memory.multigrid;
+    if (!grid.worn && samePattern(grid.key, system)) {
+        const int usual = grid.freshIterations + ExtraIterations;
+        refreshFinest(system, grid);
+        runCycles(system, 2 * usual, solution, memory, result);
+        grid.worn = result.iterations > usual;
+        if (result.residual <= SolverTolerance) return;
+    }
+    if (!(result.residual <= 1.0)) {
+        std::fill(solution.begin(), solution.end(), 0.0);
+        result.residual = 1.0;
+    }
+    setUpHierarchy(system, grid);
+    const int before = result.iterations;
+    runCycles(system, MaxCycleIterations, solution, memory, result);
+    grid.freshIterations = result.iterations - before;
+    grid.worn = !(result.residual <= SolverTolerance);
+}
+
+void resortToDense(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
+                   SolveResult& result) {
+    std::vector<double> direct(solution.size(), 0.0);
+    const SolveResult attempt = solveDense(system, direct, memory);
+    if (attempt.failure != SolveFailure::None) return;
+    std::copy(direct.begin(), direct.end(), solution.begin());
+    result.residual = attempt.residual;
+    result.failure = SolveFailure::None;
+}
+
+SolveResult refusal(MultigridCode code) {
+    SolveResult result;
+    result.failure = code == MultigridCode::Memory ? SolveFailure::Memory : SolveFailure::BadMatrix;
+    result.code = static_cast<int>(code);
+    return result;
+}
+
+}  // namespace
+
+MultigridCode checkRows(const LinearSystem& system) {
+    const auto rows = static_cast<std::size_t>(system.size);
+    if (system.rowStart.size() != rows + 1 || system.rowStart[0] != 0 ||
+        system.rowStart[rows] != static_cast<std::int64_t>(system.column.size()))
+        return MultigridCode::RowPointer;
+    for (int i = 0; i < system.size; ++i) {
+        const std::int64_t first = system.rowStart[i], end = system.rowStart[i + 1];
+        if (end <= first || end > system.rowStart[rows]) return MultigridCode::RowPointer;
+        for (std::int64_t k = first; k < end; ++k) {
+            if (system.column[k] < 0 || system.column[k] >= system.size) return MultigridCode::ColumnIndex;
+        }
+        if (system.column[first] != i) return MultigridCode::DiagonalNotFirst;
+        if (system.value[first] <= 0.0) return MultigridCode::DiagonalSign;
+    }
+    return system.column.size() > MaxEntries ? MultigridCode::Memory : MultigridCode::None;
+}
+
+void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
+    const int wells = system.size - system.cellRows;
+    formRowScale(system, memory.rowScale);
+    memory.scaled.resize(static_cast<std::size_t>(system.size));
+    Hierarchy& hierarchy = memory.hierarchy;
+    hierarchy.levels.clear();
+    SparseMatrix matrix = finestMatrix(system, memory.rowScale);
+    const double finestEntries = matrix.entries();
+    double entries = 0.0;
+    for (bool coarsest = false; !coarsest;) {
+        MultigridLevel& level = hierarchy.levels.emplace_back();
+        entries += matrix.entries();
+        splitTriangles(matrix, level.matrix);
+        if (hierarchy.levels.size() > 1) {
+            level.x.resize(static_cast<std::size_t>(matrix.rows));
+            level.b.resize(static_cast<std::size_t>(matrix.rows));
+        }
+        level.interpolation = interpolationTo(matrix, wells);
+        coarsest = level.interpolation.rows == 0;
+        if (!coarsest) matrix = galerkinProduct(matrix, level.interpolation);
+    }
+    factorCoarsest(matrix, hierarchy);
+    hierarchy.operatorComplexity = entries / finestEntries;
+    memory.key = patternKey(system);
+    memory.worn = false;
+}
+
+void refreshFinest(const LinearSystem& system, MultigridMemory& memory) {
+    formRowScale(system, memory.rowScale);
+    splitTriangles(finestMatrix(system, memory.rowScale), memory.hierarchy.levels.front().matrix);
+}
+
+SolveResult solveMultigrid(const LinearSystem& system, std::span<double> solution, SolverMemory& memory) {
+    if (system.size == 0) return {};
+    const MultigridCode code = checkRows(system);
+    if (code != MultigridCode::None) return refusal(code);
+    SolveResult result;
+    try {
+        memory.vectors.resize(system.size);
+        result = judgeSolution(system, solution, 0, memory.vectors.r);
+        if (result.residual > SolverTolerance) solveByCycles(system, solution, memory, result);
+        if (!(result.residual <= AcceptedResidual)) resortToIncomplete(system, solution, memory, result);
+        if (!(result.residual <= AcceptedResidual) && system.size <= SmallSystem)
+            resortToDense(system, solution, memory, result);
+    } catch (const std::bad_alloc&) {
+        memory.multigrid = {};
+        return refusal(MultigridCode::Memory);
+    }
+    judgeConvergence(result);
+    return result;
+}
+
+}  // namespace kvr
