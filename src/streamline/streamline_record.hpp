@@ -16,6 +16,7 @@ enum class TraceStatus { DiedInside = 0, ReachedWell = 1, Rejected = 2 };
 struct StreamlineRecord {
     int nodeCount = 0;  // nodes in use; below 2 the line is rejected
     int MaxNodes = 0;
+    int enteredNodes = 0;  // last node whose cell was entered, the dropped one of a dead line included
     TraceStatus status = TraceStatus::Rejected;
     std::vector<CellId> NodeCell;                       // [0..MaxNodes]; [0] repeats the start cell
     std::vector<std::array<double, 3>> NodeLocalPoint;  // where the traverse ended, in that cell
