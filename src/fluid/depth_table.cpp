@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <new>
 
 namespace kvr {
@@ -173,10 +174,14 @@ InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, co
     if (rows.RsDepth.empty()) saturateAtContact(walk, oil);
 
     fillColumn(walk, Oil, oil, rows.PressureO);
-    const bool datumInWater = datum.depth > rows.WocDepth;
-    const bool datumInGas = datum.depth < rows.GocDepth;
-    fillColumn(walk, Water, datumInWater ? datum : walkTo(walk, Oil, oil, rows.WocDepth), rows.PressureW);
-    fillColumn(walk, Gas, datumInGas ? datum : walkTo(walk, Oil, oil, rows.GocDepth), rows.PressureG);
+    rows.PressureW = rows.PressureG = rows.PressureO;
+    const auto startAt = [&](double contact, bool datumIsInside) {
+        return datumIsInside ? datum : walkTo(walk, Oil, oil, contact);
+    };
+    if (hasWater)
+        fillColumn(walk, Water, startAt(rows.WocDepth, datum.depth > rows.WocDepth), rows.PressureW);
+    if (tables.hasGas)
+        fillColumn(walk, Gas, startAt(rows.GocDepth, datum.depth < rows.GocDepth), rows.PressureG);
     return rows;
 }
 

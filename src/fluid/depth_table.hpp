@@ -11,7 +11,7 @@ namespace kvr {
 /// shallowest to the deepest corner of the grid.
 struct InitDepthTable {
     Column Depth;                            // ft, rising
-    Column PressureO, PressureW, PressureG;  // psia
+    Column PressureO, PressureW, PressureG;  // psia; of a phase that the run does not have: the oil's
     Column RsDepth, RsValue;                 // ft, dimensionless: Rs that the oil would like to hold
     double WocDepth = 0.0;                   // ft; contacts as used: an absent phase has none in the grid
     double GocDepth = 0.0;

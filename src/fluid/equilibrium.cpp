@@ -114,12 +114,13 @@ void initialiseByDepth(const Console& console, const GridModel& grid, const Flui
         if (grid.Active[cell] == 0) continue;
         const int region = grid.SATNUM[cell];
         const double depth = grid.CellCentre(cell, 3);
-        const CellView view{regionTable(tables, region),
-                            inverses[static_cast<std::size_t>(region) - 1],
-                            tables.PcowSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
-                            tables.PcogSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
-                            depth,
-                            pressuresAt(rows, depth)};
+        const CellView view{
+            regionTable(tables, region),
+            inverses[static_cast<std::size_t>(region) - 1],
+            options.hasWater && tables.PcowSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
+            tables.hasGas && tables.PcogSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
+            depth,
+            pressuresAt(rows, depth)};
         PhaseState found;
         found.Sw = waterSaturation(view, rows);
         found.Sg = tables.hasGas ? gasSaturation(view, rows) : 0.0;

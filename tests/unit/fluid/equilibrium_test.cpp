@@ -264,6 +264,17 @@ TEST(Equilibrium, ScalesTheCapillaryCurveByTheCell) {
     EXPECT_EQ(bench.state.Sw[3], 1.0) << "no capillary pressure here: by the contact";
 }
 
+TEST(Equilibrium, LeavesWaterAtItsConnateValueInARunWithoutWater) {
+    Bench bench(8000, {20, 20});
+    bench.options.hasWater = false;
+    bench.tables.regions.front().Pcow = {5.0, 2.5, 1.25, 0.0};
+    finishTables(bench.tables);
+    bench.contacts(8000, 3000, 0, 0);
+    bench.run();
+    EXPECT_DOUBLE_EQ(bench.state.Sw[2], 0.2);
+    EXPECT_NEAR(bench.state.Pressure[2], 3000.0 + 45.0 * 30.0 / 144.0, 1e-8);
+}
+
 TEST(Equilibrium, InvertsTheCapillaryPressureOfGas) {
     Bench bench(8000, {20, 20, 20});
     bench.useGas();
