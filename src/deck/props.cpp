@@ -313,6 +313,7 @@ void readCnames(SectionReader& reader, PropsRecords& records) {
     if (names.empty()) return skipKeywordData(reader);
     skipCommentLines(reader);
     std::vector<ListTarget> targets;
+    targets.reserve(names.size());
     for (std::string& name : names) targets.emplace_back(&name);
     checkRead(reader, readList(*reader.cursor, targets));
 }

@@ -12,11 +12,11 @@ constexpr double PerSaturationStep = 1e6;
 using SaturationFunction = double (*)(const FluidTables&, double, int);
 
 AxisPlace waterPlace(const SaturationTable& table, double sw) {
-    return placeOnAxis(table.SwAxis, table.SwInverseStep, sw);
+    return placeOnAxis(table.SwAxis, table.SwSearch, sw);
 }
 
 AxisPlace gasPlace(const SaturationTable& table, double sg) {
-    return placeOnAxis(table.SgAxis, table.SgInverseStep, sg);
+    return placeOnAxis(table.SgAxis, table.SgSearch, sg);
 }
 
 double slope(SaturationFunction function, const FluidTables& tables, double s, int region, double limit) {
@@ -112,7 +112,8 @@ RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg) {
     }
     result.g = single(tables.SgAxisSingle, tables.KrgSingle, sg);
     const double krog = single(tables.SgAxisSingle, tables.KrogSingle, sg);
-    if (sw + sg < 1.0) result.o = stoneOil(tables.KrowSingle.front(), result.w, krow, result.g, krog);
+    const double c = tables.KrowSingle.front();
+    if (sw + sg < 1.0) result.o = stoneOil(c, 1.0 / c, result.w, krow, result.g, krog);
     return result;
 }
 

@@ -49,19 +49,19 @@ struct AxisPlace {
     double weight = 0.0;
 };
 
-/// Last row, the last one excepted, whose axis value is at or below `v`, the first row below the axis.
-/// At least two rows, rising.
-inline AxisPlace placeOnAxis(const Column& axis, const Column& inverseStep, double v) {
-    std::size_t low = 0;
-    std::size_t high = axis.size() - 1;
-    while (high - low > 1) {
-        const std::size_t middle = (low + high) / 2;
-        if (axis[middle] <= v)
-            low = middle;
-        else
-            high = middle;
-    }
-    return {low, (v - axis[low]) * inverseStep[low]};
+/// Bucket of a value; rises with it, so that rows of a lower bucket lie below the value.
+inline std::size_t bucketOf(const AxisSearch& search, double v) {
+    const double bucket = (v - search.start) * search.bucketsPerUnit;
+    if (!(bucket > 0.0)) return 0;
+    return static_cast<std::size_t>(bucket < search.lastBucket ? bucket : search.lastBucket);
+}
+
+/// Last row, the last of all excepted, whose axis value is at or below `v`; the first row below the axis.
+/// The row that bisection finds on a rising axis. At least two rows.
+inline AxisPlace placeOnAxis(const Column& axis, const AxisSearch& search, double v) {
+    std::size_t low = search.firstRow[bucketOf(search, v)];
+    while (low + 2 < axis.size() && axis[low + 1] <= v) ++low;
+    return {low, (v - axis[low]) * search.inverseStep[low]};
 }
 
 inline double columnAt(const Column& column, const AxisPlace& place) {
@@ -75,8 +75,8 @@ inline double relPermAt(const Column& column, const AxisPlace& place) {
 }
 
 /// Stone's second model from the two-phase values, clipped to 0..1; not a number (c = 0) gives 0.
-inline double stoneOil(double c, double krw, double krow, double krg, double krog) {
-    const double kro = c * ((krow / c + krw) * (krog / c + krg) - krw - krg);
+inline double stoneOil(double c, double inverseC, double krw, double krow, double krg, double krog) {
+    const double kro = c * ((krow * inverseC + krw) * (krog * inverseC + krg) - krw - krg);
     if (!(kro > 0.0)) return 0.0;
     return kro < 1.0 ? kro : 1.0;
 }
@@ -84,18 +84,19 @@ inline double stoneOil(double c, double krw, double krow, double krg, double kro
 /// KrwFn, Kro3Fn and KrgFn at once, to the same bits, with one search in each table. Without a gas phase
 /// the gas table is not searched and `g` is 0.
 inline RelPerms relPerms(const SaturationTable& table, bool hasGas, double sw, double sg) {
-    const AxisPlace water = placeOnAxis(table.SwAxis, table.SwInverseStep, sw);
+    const AxisPlace water = placeOnAxis(table.SwAxis, table.SwSearch, sw);
     RelPerms result;
     result.w = relPermAt(table.Krw, water);
     if (!hasGas) {
         result.o = relPermAt(table.Krow, water);
         return result;
     }
-    const AxisPlace gas = placeOnAxis(table.SgAxis, table.SgInverseStep, sg);
+    const AxisPlace gas = placeOnAxis(table.SgAxis, table.SgSearch, sg);
     result.g = relPermAt(table.Krg, gas);
     if (sw + sg >= 1.0 - table.ResidualSo) return result;
     const double c = table.Krow.front() > 0.0 ? table.Krow.front() : 0.0;
-    result.o = stoneOil(c, result.w, relPermAt(table.Krow, water), result.g, relPermAt(table.Krog, gas));
+    result.o = stoneOil(c, table.InverseOilAtConnate, result.w, relPermAt(table.Krow, water), result.g,
+                        relPermAt(table.Krog, gas));
     return result;
 }
 

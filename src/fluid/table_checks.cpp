@@ -2,9 +2,11 @@
 
 #include "base/constants.hpp"
 #include "fluid/black_oil.hpp"
+#include "fluid/saturation_functions.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace kvr {
 
@@ -18,6 +20,9 @@ constexpr double DefaultWaterDensity = 64.23;     // lb/ft3
 constexpr double DefaultGasDensity = 0.11;        // lb/ft3
 constexpr double LeastGiven = 1e-20;              // a scalar at or below this was not given
 constexpr double LeastColumnValue = 1e-10;        // FVF or viscosity below this has no sound reciprocal
+
+constexpr std::size_t BucketsPerRow = 4;  // of a saturation axis search
+constexpr std::size_t MostBuckets = 4096;
 
 double reciprocal(double value) {
     return 1.0 / std::max(value, LeastColumnValue);
@@ -65,11 +70,30 @@ void finishPvt(FluidTables& tables) {
 }
 
 void fillInverseSteps(const Column& axis, Column& inverse) {
-    inverse.assign(axis.empty() ? 0 : axis.size() - 1, 0.0);
+    inverse.assign(axis.size() - 1, 0.0);
     for (std::size_t r = 0; r + 1 < axis.size(); ++r) {
         const double width = axis[r + 1] - axis[r];
         if (width > 0.0) inverse[r] = 1.0 / width;
     }
+}
+
+/// Buckets and, for each, the last row of a lower bucket.
+AxisSearch searchOf(const Column& axis) {
+    AxisSearch search;
+    if (axis.empty()) return search;
+    fillInverseSteps(axis, search.inverseStep);
+    const std::size_t buckets = std::min(BucketsPerRow * axis.size(), MostBuckets);
+    const double length = axis.back() - axis.front();
+    search.start = axis.front();
+    search.lastBucket = static_cast<double>(buckets - 1);
+    if (length > 0.0) search.bucketsPerUnit = static_cast<double>(buckets) / length;
+    search.firstRow.assign(buckets, 0);
+    std::size_t row = 0;
+    for (std::size_t b = 1; b < buckets; ++b) {
+        while (row + 2 < axis.size() && bucketOf(search, axis[row + 1]) < b) ++row;
+        search.firstRow[b] = static_cast<std::uint32_t>(row);
+    }
+    return search;
 }
 
 /// Highest axis value whose relative permeability is nil, at least the first row's. A phase that never
@@ -93,8 +117,9 @@ double residualOil(const SaturationTable& table) {
 }
 
 void finishRegion(SaturationTable& table) {
-    fillInverseSteps(table.SwAxis, table.SwInverseStep);
-    fillInverseSteps(table.SgAxis, table.SgInverseStep);
+    table.SwSearch = searchOf(table.SwAxis);
+    table.SgSearch = searchOf(table.SgAxis);
+    table.InverseOilAtConnate = table.Krow.empty() ? 0.0 : 1.0 / std::max(0.0, table.Krow.front());
     table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
     table.CriticalSg = highestImmobile(table.SgAxis, table.Krg);
     table.ResidualSo = residualOil(table);

@@ -11,11 +11,22 @@ namespace kvr {
 /// Table columns hold row 1 at [0]; the look-ups take 1-based row numbers.
 using Column = std::vector<double>;
 
+/// What a search on a saturation axis has ready: the axis is cut into equal buckets, each with the last row
+/// below it, from where the right row is a step or two away.
+struct AxisSearch {
+    double start = 0.0;                   // first axis value
+    double bucketsPerUnit = 0.0;          // buckets over the length of the axis
+    double lastBucket = 0.0;              // number of the last bucket, which also takes all above
+    std::vector<std::uint32_t> firstRow;  // by bucket: 0-based row to start from
+    Column inverseStep;                   // 1 / (row r + 1 minus row r) at [r], 0 for no width
+};
+
 /// SWOF and SGOF of one SATNUM region, with its end points.
 struct SaturationTable {
     Column SwAxis, Krw, Krow, Pcow;  // Pcow psi (or J with JFUNC)
     Column SgAxis, Krg, Krog, Pcog;
-    Column SwInverseStep, SgInverseStep;  // 1 / (axis row r + 1 minus row r) at [r - 1], 0 for no width
+    AxisSearch SwSearch, SgSearch;
+    double InverseOilAtConnate = 0.0;  // 1 / krow of the first SWOF row, the c of the three-phase rule
     double ConnateSw = 0.0;
     double CriticalSg = 0.0;
     double ResidualSo = 0.0;

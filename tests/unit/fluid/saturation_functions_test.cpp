@@ -2,7 +2,9 @@
 
 #include "unit/fluid/table_samples.hpp"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 
 namespace kvr {
@@ -85,7 +87,7 @@ TEST(ThreePhaseOil, IsClippedToOneAndEndsAtResidualOil) {
 TEST(ThreePhaseOil, IsZeroWhereOilDoesNotFlowAtConnateWater) {
     SaturationTable table = samples::fourRowRegion();
     table.Krow = {0.0, 0.0, 0.0, 0.0};
-    EXPECT_EQ(stoneOil(0.0, 0.1, 0.0, 0.1, 0.5), 0.0);
+    EXPECT_EQ(stoneOil(0.0, std::numeric_limits<double>::infinity(), 0.1, 0.0, 0.1, 0.5), 0.0);
     EXPECT_EQ(Kro3Fn(withRegion(table), 0.1, 0.05, 1), 0.0);
 }
 
@@ -108,6 +110,47 @@ TEST(RelPerms, GiveTheBitsOfTheSingleFunctions) {
         EXPECT_EQ(all.o, Kro3Fn(tables, sw, sg, 1));
         EXPECT_EQ(all.g, KrgFn(tables, sg, 1));
     }
+}
+
+/// The row that bisection finds: the last, the end excepted, at or below the value.
+std::size_t bisectedRow(const Column& axis, double v) {
+    std::size_t low = 0;
+    std::size_t high = axis.size() - 1;
+    while (high - low > 1) {
+        const std::size_t middle = (low + high) / 2;
+        (axis[middle] <= v ? low : high) = middle;
+    }
+    return low;
+}
+
+TEST(PlaceOnAxis, FindsTheRowThatBisectionFinds) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> value(-0.1, 1.1);
+    for (int rows = 2; rows < 60; rows += 3) {
+        SaturationTable table = samples::fourRowRegion();
+        table.SwAxis = {0.0, 1.0};
+        while (static_cast<int>(table.SwAxis.size()) < rows) {
+            const double v = 0.5 * (value(random) + 0.1);
+            table.SwAxis.push_back(table.SwAxis.size() % 5 == 4 ? 0.3 + 1e-9 * v : v);  // some crowd together
+        }
+        std::sort(table.SwAxis.begin(), table.SwAxis.end());
+        table.Krw = table.Krow = table.Pcow = Column(table.SwAxis.size(), 0.5);
+        const FluidTables tables = withRegion(table);
+        const SaturationTable& done = tables.regions.front();
+        for (int i = 0; i < 500; ++i) {
+            const double v = i < rows ? done.SwAxis[static_cast<std::size_t>(i)] : value(random);
+            EXPECT_EQ(placeOnAxis(done.SwAxis, done.SwSearch, v).low, bisectedRow(done.SwAxis, v)) << v;
+        }
+    }
+}
+
+TEST(PlaceOnAxis, TakesAnyValue) {
+    const SaturationTable table = samples::lightOil().regions.front();
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(placeOnAxis(table.SwAxis, table.SwSearch, infinity).low, 2U);
+    EXPECT_EQ(placeOnAxis(table.SwAxis, table.SwSearch, -infinity).low, 0U);
+    EXPECT_EQ(placeOnAxis(table.SwAxis, table.SwSearch, std::numeric_limits<double>::quiet_NaN()).low, 0U);
+    EXPECT_EQ(relPerms(table, true, std::numeric_limits<double>::quiet_NaN(), 0.0).w, 0.0);
 }
 
 TEST(RelPermsAtCell, TakesTheSetThatTheCellIsFlaggedFor) {
