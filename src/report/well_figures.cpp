@@ -1,0 +1,87 @@
+#include "report/well_figures.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+ReportedFlow reported(const UnitSystem& units, const PhaseAmounts& amounts, double reservoir) {
+    return {toBarrels(units, amounts.oil), toBarrels(units, amounts.water), toMscf(units, amounts.gas),
+            toBarrels(units, reservoir)};
+}
+
+/// The part of well rates that runs into the reservoir (sign 1) or out of it (sign -1), positive.
+ReportedFlow rateOf(const UnitSystem& units, const Well& well, double sign) {
+    const auto part = [sign](double rate) { return sign * rate > 0.0 ? sign * rate : 0.0; };
+    return reported(units, {part(well.WellQo), part(well.WellQw), part(well.WellQg)},
+                    part(well.reservoirRate));
+}
+
+void addFlow(const ReportedFlow& flow, ReportedFlow& sum) {
+    sum.oil += flow.oil;
+    sum.water += flow.water;
+    sum.gas += flow.gas;
+    sum.reservoir += flow.reservoir;
+}
+
+void takeRates(const UnitSystem& units, const WellRecord& wells, StepFigures& figures) {
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        WellFigures& well = figures.wells[w];
+        well.production = rateOf(units, wells.wells[w], -1.0);
+        well.injection = rateOf(units, wells.wells[w], 1.0);
+        addFlow(well.production, figures.field.production);
+        addFlow(well.injection, figures.field.injection);
+    }
+}
+
+void takeTotals(const UnitSystem& units, const WellTotals& totals, WellFigures& figures) {
+    figures.produced = reported(units, totals.produced, totals.producedReservoir);
+    figures.injected = reported(units, totals.injected, totals.injectedReservoir);
+}
+
+void takeBalance(const UnitSystem& units, const BalanceRecord& balance, StepFigures& figures) {
+    const std::size_t count = std::min(balance.wells.size(), figures.wells.size());
+    for (std::size_t w = 0; w < count; ++w) takeTotals(units, balance.wells[w], figures.wells[w]);
+    takeTotals(units, balance.field, figures.field);
+    const BalanceRow& row = balance.rows.back();
+    figures.inPlace = reported(units, row.inPlace, row.poreVolume);
+    figures.recovery = row.recoveryOil;
+    figures.deltaRecovery = row.deltaRecovery;
+    figures.npv = row.npv;
+    figures.poreVolumesInjected = row.poreVolumesInjected;
+}
+
+}  // namespace
+
+double waterCut(const ReportedFlow& production) {
+    const double liquid = production.oil + production.water;
+    return liquid > 0.0 ? production.water / liquid : 0.0;
+}
+
+double gasOilRatio(const ReportedFlow& production) {
+    return production.oil > 0.0 ? production.gas / production.oil : 0.0;
+}
+
+std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord& wells) {
+    std::vector<std::string> names;
+    for (const Well& well : wells.wells) names.push_back(well.WellName);
+    if (schedule.steps.empty()) return names;
+    const std::vector<ScheduleWell>& all = schedule.steps.back().wells;
+    for (std::size_t w = names.size(); w < all.size(); ++w) names.push_back(all[w].name);
+    return names;
+}
+
+StepFigures stepFigures(const Simulation& run) {
+    StepFigures figures;
+    figures.time = run.clock.time;
+    figures.averagePressure = run.pressure.AveragePressure;
+    figures.wells.resize(runWellNames(run.schedule, run.wells).size());
+    for (std::size_t w = 0; w < run.wells.wells.size(); ++w) figures.wells[w].bhp = run.wells.wells[w].Bhp;
+    if (run.balance.rows.empty()) return figures;
+    takeRates(run.units, run.wells, figures);
+    takeBalance(run.units, run.balance, figures);
+    return figures;
+}
+
+}  // namespace kvr

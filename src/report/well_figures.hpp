@@ -1,0 +1,46 @@
+#pragma once
+
+#include "run/simulation.hpp"
+
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Oil and water stb, gas Mscf, reservoir volume rb; rates are the same a day.
+struct ReportedFlow {
+    double oil = 0.0, water = 0.0, gas = 0.0, reservoir = 0.0;
+};
+
+/// What the tables say of one well, or of the field. Production and injection are both positive.
+struct WellFigures {
+    ReportedFlow production, injection;  // present rates
+    ReportedFlow produced, injected;     // up to now
+    double bhp = 0.0;                    // psia
+};
+
+struct StepFigures {
+    double time = 0.0;  // days
+    WellFigures field;
+    ReportedFlow inPlace;
+    double averagePressure = 0.0;      // psia
+    double recovery = 0.0;             // FOE
+    double deltaRecovery = 0.0;        // of the step
+    double npv = 0.0;                  // $
+    double poreVolumesInjected = 0.0;  // fraction
+    std::vector<WellFigures> wells;    // by well number, one for each of runWellNames
+};
+
+/// Water over liquid rate, 0 without liquid.
+double waterCut(const ReportedFlow& production);
+/// Gas over oil rate, Mscf/stb, 0 without oil.
+double gasOilRatio(const ReportedFlow& production);
+
+/// Names of all wells of the run, in the order of their numbers: those of the last schedule step.
+std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord& wells);
+
+/// The figures at the clock's time, totals and field values from the last row of the balance. Before the
+/// first row nothing has flowed: rates and totals are 0.
+StepFigures stepFigures(const Simulation& run);
+
+}  // namespace kvr
