@@ -1,0 +1,39 @@
+#include "base/number_writer.hpp"
+
+#include "unit/quiet_console.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+TEST(NumberWriter, WritesGeneralFixedAndWholeNumbers) {
+    NumberWriter writer;
+    writer.file = std::tmpfile();
+    putNumber(writer, 1.0 / 3.0, 4);
+    put(writer, " ");
+    putNumber(writer, -7);
+    put(writer, " ");
+    putFixed(writer, 0.00125, 4);
+    put(writer, " ");
+    putFixed(writer, 2.5, 3);
+    EXPECT_EQ(QuietConsole::contents(writer.file), "");
+    flush(writer);
+    EXPECT_EQ(QuietConsole::contents(writer.file), "0.3333 -7 0.0013 2.500");
+    std::fclose(writer.file);
+}
+
+TEST(NumberWriter, HandsLongTextOnInPieces) {
+    NumberWriter writer;
+    writer.file = std::tmpfile();
+    const std::string line(1000, 'x');
+    constexpr int Lines = 3000;
+    for (int n = 0; n < Lines; ++n) put(writer, line);
+    flush(writer);
+    std::fflush(writer.file);
+    EXPECT_EQ(std::ftell(writer.file), static_cast<long>(line.size()) * Lines);
+    std::fclose(writer.file);
+}
+
+}  // namespace
+}  // namespace kvr
