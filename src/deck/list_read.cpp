@@ -189,7 +189,7 @@ ListEnd readTokens(DeckCursor& cursor, std::size_t targetCount, const Store& sto
         const auto repeat = static_cast<std::size_t>(std::max(1, takeRepeat(scan)));
         const std::size_t last = std::min(passed + repeat, targetCount);
         if (!isNullValue(scan)) {
-            end.surplus = static_cast<int>(passed + repeat - last);
+            end.surplus = static_cast<std::int64_t>(passed + repeat - last);
             const Token token = takeToken(scan);
             while (passed < last && store(token, passed)) ++passed;
             if (passed < last) fail(scan, token.text, end);

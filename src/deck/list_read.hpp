@@ -23,8 +23,9 @@ enum class ListError {
 
 /// How a list read ended.
 struct ListEnd {
-    int count = 0;       // targets passed, defaulted ones included
-    int surplus = 0;     // values of the last repeat that found no target; dropped like the rest of its line
+    int count = 0;  // targets passed, defaulted ones included
+    std::int64_t surplus =
+        0;               // values of the last repeat beyond the targets; dropped like the rest of its line
     bool slash = false;  // a slash ended the list or stood behind the last value; the rest is dropped
     bool endOfFile = false;
     ListError error = ListError::None;

@@ -71,7 +71,7 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     if (!tooFew && end.surplus == 0) return;
     printReadError(reader, tooFew ? ListError::TooFew : ListError::TooMany);
     both(*reader.sinks->console, "{}: {} values, {} given", placeText(reader, reader.cursor->lineNumber),
-         size, tooFew ? end.count : end.count + end.surplus);
+         size, end.count + end.surplus);
     hardStop(*reader.sinks->console);
 }
 

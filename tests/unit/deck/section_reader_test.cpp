@@ -229,6 +229,7 @@ TEST(CellArrayReadDeathTest, StopsOnTooFewValuesWithFileLineAndKeyword) {
 
 TEST(CellArrayReadDeathTest, StopsOnARepeatPastTheLastCell) {
     EXPECT_EXIT(readThreeCells("4*0.1 /\n"), testing::ExitedWithCode(1), "code = 65\n.*\n.*line 1.* 4 given");
+    EXPECT_EXIT(readThreeCells("0.1 99999999999*0.1 /\n"), testing::ExitedWithCode(1), "2147483648 given");
 }
 
 TEST(CellArrayReadDeathTest, StopsOnLettersWhereNumbersBelong) {
