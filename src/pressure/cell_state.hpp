@@ -25,13 +25,25 @@ struct CellState {
 /// Sizes every array for `count` cells, all values 0 (formation factors and viscosities 1).
 void allocateCellState(CellId count, int tracerCount, CellState& state);
 
-/// Scalars of the pressure stage beside CellState.
+/// Surface amounts that the cells hold, internal volume units (or the same per pore volume where said).
+struct CellAmounts {
+    CellArray<double> water, oil;
+    CellArray<double> gas;  // free and dissolved
+};
+
+/// What the pressure stage keeps beside CellState.
 struct PressureStage {
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
     bool stepCut = false;          // raised by PressureStep when it shortened the step
     double largestDeltaP = 0.0;    // psi, largest |DeltaP| of the last converged step over the whole step
     CellArray<double> DeltaP;      // psi, last solver result of the cells
     double processorSeconds = 0.0;
+
+    // Saturations are scaled to sum 1, so after a change of pressure they no longer show the whole amounts.
+    CellAmounts timeLevelAmounts;  // held at the time level; accumulation and IMPES transport start here
+    CellAmounts flashAmounts;      // per pore volume: what the update between iterations flashes (with gas)
+    CellAmounts carried;  // amounts beyond those that the saturations show; IMPES hands them from step to
+                          // step, empty: none
 };
 
 }  // namespace kvr

@@ -2,6 +2,7 @@
 
 #include "base/console.hpp"
 #include "deck/options.hpp"
+#include "fluid/state_recovery.hpp"
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
@@ -11,11 +12,46 @@ namespace kvr {
 /// Every property of every active cell from its pressure, saturations, Rs and Pb, without touching
 /// those: pore volume, formation factors, viscosities, densities, relative permeabilities, mobilities,
 /// phase pressures. The full update at the start of a step and after transport.
+/// A live oil table without under-saturated rows gives no property above the bubble point; the cell then
+/// takes those at its bubble point.
 void refreshProperties(const GridModel& grid, const FluidTables& tables, CellState& state);
 
-/// The update between pressure iterations: re-flash at the new pressure from the amounts of the old time
-/// level, limits and scaling of saturations, Rs brought back into the table, then refreshProperties.
+/// The update between pressure iterations. With gas every cell that holds free gas or stands below its
+/// bubble point is flashed anew at its pressure, always from `flashAmounts` (per pore volume) and never
+/// from the last iterate, so that no mass drifts with the number of iterations. Then the limits and
+/// scaling of saturations, Rs brought back into the table (a line to the log with the debug flag), and
+/// every property. flashAmounts may be empty without gas.
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
-                      const FluidTables& tables, const CellState& timeLevel, CellState& state);
+                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state);
+
+/// State of a cell that holds `amounts` per pore volume at pressure p: gas beyond what the oil dissolves
+/// at p is free, and the oil factor is that of the resulting bubble point. Without gas `before` gives Rs
+/// and Pb, which stand.
+PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
+                     const ConservedAmounts& amounts, const PhaseState& before);
+
+/// Surface amounts per pore volume that the state of a cell shows.
+inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {
+    ConservedAmounts shown;
+    shown.water = state.Sw[cell] / state.Bw[cell];
+    shown.oil = state.So[cell] / state.Bo[cell];
+    shown.gas = state.Sg[cell] / state.Bg[cell] + state.Rs[cell] * shown.oil;
+    return shown;
+}
+
+/// Amounts of every active cell as its state shows them, times its pore volume; 0 elsewhere.
+void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& amounts);
+
+/// The same with what is carried beyond the saturations; nothing is where `carried` is empty.
+void measureWholeAmounts(const GridModel& grid, const CellState& state, const CellAmounts& carried,
+                         CellAmounts& amounts);
+
+/// carried = whole - shown by the state. In IMPES it has to follow every change of the saturations that is
+/// no flow: a driver that puts old saturations back calls it with timeLevelAmounts.
+void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,
+                    CellAmounts& carried);
+
+/// From this many cells on loops over cells are shared among threads; below it waking them costs more.
+inline constexpr CellId ParallelCells = 50000;
 
 }  // namespace kvr

@@ -9,6 +9,7 @@
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
+#include "pressure/pressure_work.hpp"
 #include "pressure/velocity_field.hpp"
 #include "pressure/wells.hpp"
 #include "report/balance_record.hpp"
@@ -42,6 +43,7 @@ struct Simulation {
     CellState iterationStart;  // old level of a step with global iterations
     CellState runStart;        // start of the run, for repeated schedules
     PressureStage pressure;
+    PressureWork pressureWork;
     WellRecord wells;
     WellRecord timeLevelWells;
     WellRecord runStartWells;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "base/units.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/pressure_matrix.hpp"
+
+namespace kvr {
+
+/// Potential difference of a phase over a connection, psi: positive when the phase flows from the
+/// neighbour into the cell.
+///   Phi = (P_n - P_c) - (rho_c + rho_n)/2 * DepthDiff/144
+inline double phasePotential(double pCell, double pNeighbour, double rhoCell, double rhoNeighbour, double g) {
+    return pNeighbour - pCell - 0.5 * (rhoCell + rhoNeighbour) * g;
+}
+
+/// Flow between active cells and their neighbours: MatOff is set, the inflow is added to MatRhs. Phases
+/// are upstream-weighted; the oil takes the cell's own factors and carries its upstream Rs:
+///   MatOff = (Bo_c + Bg_c*(Rs_up - Rs_c))*TransO + Bw_c*TransW + Bg_c*TransG
+void flowTwoPhase(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                  const CellState& state, PressureMatrix& matrix);
+void flowThreePhase(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                    const CellState& state, PressureMatrix& matrix);
+
+}  // namespace kvr

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/units.hpp"
+#include "fluid/tables.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/pressure_work.hpp"
+#include "pressure/wells.hpp"
+
+namespace kvr {
+
+/// Sizes the arrays and builds the pattern for the rate wells in force: the diagonal, every neighbour,
+/// the rows and columns of the wells. Does nothing when it stands already; otherwise takes a new stamp.
+void buildPattern(const GridModel& grid, const ConnectionTable& connections, const WellRecord& wells,
+                  PressureMatrix& matrix);
+
+/// Adds the connections of all wells to the cell rows: WI * mobility to the diagonal and times the
+/// drawdown to the residual.
+void addWellTerms(const UnitSystem& units, const FluidTables& tables, const CellState& state,
+                  double averagePressure, const WellRecord& wells, PressureMatrix& matrix);
+
+/// Completes the diagonals and writes the system with reversed signs: cell rows, the columns of the
+/// bottom-hole pressures, and the rows of the rate wells, sum of surface terms * (dBhp - dp) = target
+/// minus current rate, each scaled to the reservoir volume of its connections. A well without a flowing
+/// connection keeps its pressure.
+void fillSystem(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                const FluidTables& tables, const CellState& state, double averagePressure,
+                const WellRecord& wells, PressureMatrix& matrix);
+
+}  // namespace kvr

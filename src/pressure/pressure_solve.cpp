@@ -1,0 +1,223 @@
+#include "pressure/pressure_solve.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/number_writer.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <string>
+
+namespace kvr {
+
+namespace {
+
+/// Kind of a solver word: which texts and files go with it.
+enum class SolverFamily { Elimination, DenseLu, Multigrid, BiCg };
+
+constexpr int DumpDigits = 17;  // a dumped matrix reads back to the same bits
+constexpr int InfoDigits = 6;
+
+SolverFamily familyOf(std::string_view word) {
+    if (word == "st") return SolverFamily::Elimination;
+    if (word == "dgesl" || word == "dgesv") return SolverFamily::DenseLu;
+    return word == "amg" || word == "samg" ? SolverFamily::Multigrid : SolverFamily::BiCg;
+}
+
+struct CodeText {
+    int code;
+    std::string_view first;
+    std::string_view second;
+};
+
+constexpr CodeText MultigridCodes[] = {
+    {6, "PRESSURES COULD NOT BE SOLVED DUE TO MEMORY PROBLEM", "YOU SHOULD CHOOSE DIRECT MATRIX SOLVER."},
+    {13, "DIAGONAL ELEMENT NOT STORED FIRST", ""},
+    {14, "DIAGONAL ELEMENT MUST BE NEGATIVE", "CHANGE TO DGESV SOLVER"},
+    {15, "POINTER IA ERRONEOUS", ""},
+    {16, "POINTER JA ERRONEOUS", ""},
+    {17, "PARAMETER ISWTCH ERRONEOUS", ""},
+    {18, "PARAMETER LEVELX ERRONEOUS", ""},
+};
+
+constexpr int FirstSystemError = 21;  // from here on the multigrid itself has gone wrong
+constexpr std::string_view SystemErrors[] = {"TRANSPOSE A-ENTRY MISSING",
+                                             "INTERPOLATION ENTRY MISSING",
+                                             "A-ENTRY MISSING",
+                                             "ALGORITHMIC ERROR",
+                                             "CG-CORRECTION NOT DEFINED",
+                                             "ERRORNEOUS DIAGONAL ELEMENT",
+                                             "NORM IS TOO BIG, PARAMETER MAY BE CHANGED",
+                                             "FACTORIZATION"};
+
+/// Every entry as row, column, value (1-based), then the right-hand side.
+void dumpTriads(const Console& console, const std::string& path, const LinearSystem& system) {
+    NumberWriter writer;
+    writer.file = openForReplace(console, path);
+    for (int row = 0; row < system.size; ++row) {
+        const auto r = static_cast<std::size_t>(row);
+        for (auto k = static_cast<std::size_t>(system.rowStart[r]);
+             k < static_cast<std::size_t>(system.rowStart[r + 1]); ++k) {
+            putNumber(writer, row + 1);
+            put(writer, " ");
+            putNumber(writer, system.column[k] + 1);
+            put(writer, " ");
+            putNumber(writer, system.value[k], DumpDigits);
+            put(writer, "\n");
+        }
+    }
+    for (const double value : system.rhs) {
+        putNumber(writer, value, DumpDigits);
+        put(writer, "\n");
+    }
+    flush(writer);
+    std::fclose(writer.file);
+}
+
+/// One line per row: every coefficient of the full matrix, the right-hand side last, tabs between.
+void dumpFullRows(const Console& console, const std::string& path, const LinearSystem& system) {
+    NumberWriter writer;
+    writer.file = openForReplace(console, path);
+    std::vector<double> full(static_cast<std::size_t>(system.size));
+    for (std::size_t r = 0; r < full.size(); ++r) {
+        std::fill(full.begin(), full.end(), 0.0);
+        for (auto k = static_cast<std::size_t>(system.rowStart[r]);
+             k < static_cast<std::size_t>(system.rowStart[r + 1]); ++k)
+            full[static_cast<std::size_t>(system.column[k])] += system.value[k];
+        for (const double value : full) {
+            putNumber(writer, value, DumpDigits);
+            put(writer, "\t");
+        }
+        putNumber(writer, system.rhs[r], DumpDigits);
+        put(writer, "\n");
+    }
+    flush(writer);
+    std::fclose(writer.file);
+}
+
+/// One line of convergence behind those of the run so far.
+void appendInfo(const Console& console, const std::string& path, const SolveResult& result,
+                PressureSolver& solver) {
+    if (!solver.infoFileOpened) std::fclose(openForReplace(console, path));
+    solver.infoFileOpened = true;
+    std::FILE* file = std::fopen(path.c_str(), "a");
+    if (file == nullptr) return;
+    fmt::print(file, "ITERATIONS = {}  ERROR = {}\n", result.iterations, number(result.residual, InfoDigits));
+    std::fclose(file);
+}
+
+void tell(const Console& console, const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) lineToBoth(console, line);
+}
+
+[[noreturn]] void stopElimination(const Console& console, const SolveResult& result) {
+    if (result.code != 0) lineToBoth(console, "PARAMETER ERROR IN LINEAR_SOLVE");
+    lineToBoth(console, "LINEAR_SOLVE FAILED");
+    lineToBoth(console, "IT IS HIGHLY PROBABLE THAT THE MATRIX IS SINGULAR.");
+    hardStop(console);
+}
+
+[[noreturn]] void stopDense(const Console& console, const OutputStreams& outputs, double time, int it,
+                            const LinearSystem& system) {
+    lineToBoth(console, "ERROR OCCURS IN SOLVING PRESSURES.");
+    lineToBoth(console, " ERROR  :: DGESV SOLVER - MATRIX MEY BE ERRORNOUS");
+    lineToBoth(console, "           GENERATE MATRIX AT PMATRIX FOLDER, PLEASE CHECK");
+    const std::string name = fmt::format("PMatrix_T_{}_ite_{}.xls", number(time), it);
+    dumpFullRows(console, outputPath(outputs, name), system);
+    hardStop(console);
+}
+
+[[noreturn]] void stopMemory(const Console& console, SolverFamily family) {
+    const bool iterative = family == SolverFamily::Multigrid || family == SolverFamily::BiCg;
+    lineToBoth(console, iterative ? "Error :: Memory error for AMG Solver"
+                                  : "Error :: Memory error for Direct Solver");
+    hardStop(console);
+}
+
+/// What a failed solve does: stops the run, or marks the iteration.
+void answerFailure(const Console& console, const OutputStreams& outputs, double time, SolverFamily family,
+                   const LinearSystem& system, const SolveResult& result, int& it) {
+    switch (result.failure) {
+        case SolveFailure::None:
+            return;
+        case SolveFailure::Memory:
+            if (family == SolverFamily::Multigrid && result.code != 0)
+                tell(console, multigridTexts(result.code));
+            stopMemory(console, family);
+        case SolveFailure::Singular:
+            if (family == SolverFamily::Elimination) stopElimination(console, result);
+            stopDense(console, outputs, time, it, system);
+        case SolveFailure::BadMatrix:
+            tell(console, multigridTexts(result.code));
+            hardStop(console);
+        case SolveFailure::NotConverged:
+        case SolveFailure::NotANumber:
+            it = FailedIteration;
+            return;
+    }
+}
+
+SolveResult runRoute(const SolverRow& row, const LinearSystem& system, PressureSolver& solver) {
+    try {
+        if (solver.memory == nullptr) solver.memory = makeSolverMemory();
+        solver.solution.assign(static_cast<std::size_t>(system.size), 0.0);
+        return row.route(system, solver.solution, *solver.memory);
+    } catch (const std::bad_alloc&) {
+        SolveResult result;
+        result.failure = SolveFailure::Memory;
+        return result;
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> multigridTexts(int code) {
+    std::vector<std::string> lines{"-- SECTION AMG --"};
+    for (const CodeText& row : MultigridCodes) {
+        if (row.code != code) continue;
+        lines.emplace_back(row.first);
+        if (!row.second.empty()) lines.emplace_back(row.second);
+        return lines;
+    }
+    if (code < FirstSystemError) {
+        lines.push_back(fmt::format("PRESSURES COULD NOT BE SOLVED WITH IERROR= {}", code));
+        return lines;
+    }
+    lines.emplace_back("ERRORS OF THE AMG1R5-SYSTEM (SHOULD NOT OCCUR)");
+    const auto place = static_cast<std::size_t>(code - FirstSystemError);
+    lines.emplace_back(SystemErrors[std::min(place, std::size(SystemErrors) - 1)]);
+    return lines;
+}
+
+void solvePressure(const Console& console, const RunOptions& options, const OutputStreams& outputs,
+                   double time, const LinearSystem& system, PressureSolver& solver, int& it) {
+    const SolverRow* row = findSolver(options.pressureSolver);
+    if (row == nullptr) {
+        lineToBoth(console, "Pressure solver not on the list");
+        hardStop(console);
+    }
+    if (options.outputPressureMatrix) dumpTriads(console, outputPath(outputs, "pmtrx.out"), system);
+    const SolverFamily family = familyOf(row->word);
+    const SolveResult result = runRoute(*row, system, solver);
+    if (family == SolverFamily::BiCg)
+        appendInfo(console, outputPath(outputs, "KVR_BICGSTB_Info.out"), result, solver);
+    if (family == SolverFamily::Multigrid && options.debugOutput)
+        appendInfo(console, outputPath(outputs, "KVR_dbgAMG.out"), result, solver);
+    answerFailure(console, outputs, time, family, system, result, it);
+}
+
+void updatePressures(const GridModel& grid, const PressureMatrix& matrix, std::span<const double> solution,
+                     double fraction, CellState& state, WellRecord& wells, int& it) {
+    bool good = true;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        const double p = state.Pressure[c] + fraction * solution[static_cast<std::size_t>(c) - 1];
+        state.Pressure[c] = p;
+        good = good && p >= LowestPressure && std::isfinite(p);
+    }
+    for (const WellRow& row : matrix.wellRows)
+        wells.wells[row.well].Bhp += fraction * solution[static_cast<std::size_t>(row.row)];
+    if (!good) it = FailedIteration;
+}
+
+}  // namespace kvr

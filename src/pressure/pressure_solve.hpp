@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "deck/options.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/pressure_work.hpp"
+#include "pressure/wells.hpp"
+#include "run/output_streams.hpp"
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace kvr {
+
+/// Value that the iteration counter takes when a solve has failed; the step is then cut.
+inline constexpr int FailedIteration = 999;
+
+/// psia; a pressure below it in an active cell is a failed solve.
+inline constexpr double LowestPressure = 15.0;
+
+/// Lines of a multigrid return code, "-- SECTION AMG --" first.
+std::vector<std::string> multigridTexts(int code);
+
+/// Solves the system by the route of options.pressureSolver into solver.solution. A word that is not on
+/// the list, a singular dense matrix (dgesl and dgesv write it to PMatrix_T_*.xls first), a matrix that
+/// the multigrid refuses and a shortage of memory stop the run with their texts; a solve that does not
+/// converge or gives no number sets `it` to 999. With the matrix switch the system goes to pmtrx.out.
+/// The BiCG words leave their convergence in KVR_BICGSTB_Info.out, with the debug flag the multigrid
+/// words in KVR_dbgAMG.out.
+void solvePressure(const Console& console, const RunOptions& options, const OutputStreams& outputs,
+                   double time, const LinearSystem& system, PressureSolver& solver, int& it);
+
+/// Adds `fraction` of the solution to the cell pressures and to the bottom-hole pressures of the rate
+/// wells. An active cell below 15.0 psia or not finite sets `it` to 999.
+void updatePressures(const GridModel& grid, const PressureMatrix& matrix, std::span<const double> solution,
+                     double fraction, CellState& state, WellRecord& wells, int& it);
+
+}  // namespace kvr

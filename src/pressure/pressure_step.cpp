@@ -1,0 +1,255 @@
+#include "pressure/pressure_step.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/stopwatch.hpp"
+#include "pressure/accumulation.hpp"
+#include "pressure/flow_coefficients.hpp"
+#include "pressure/pressure_matrix.hpp"
+#include "pressure/pressure_solve.hpp"
+#include "pressure/properties.hpp"
+#include "pressure/velocity.hpp"
+#include "pressure/well_controls.hpp"
+#include "pressure/well_rates.hpp"
+
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double CutFactor = 0.2;              // of the step length when an iteration fails
+constexpr double DivergedDeltaP = 1.0e8;       // psi; a change of this size cuts the step
+constexpr double TinyStep = 1e-8;              // days; below it a step is taken as converged ...
+constexpr double TinyStepDeltaP = 1.0;         // psi; ... with a change below this
+constexpr double VanishedStep = 1e-30;         // days; V/dt has lost its meaning, cutting on would never end
+constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
+
+/// psi that one iteration may move a cell by in a run with gas. Phase changes at a well make undamped
+/// iterations jump to and fro; cells and bottom-hole pressures move by the same share of the solution.
+constexpr double LargestGasMove = 100.0;
+
+constexpr std::string_view Dashes = "------------------------------------------------------------";
+
+/// Largest |DeltaP| of the cell rows and the first cell that has it. A value that is no number wins.
+struct LargestChange {
+    double DIFFP = 0.0;
+    CellId cell = 1;
+};
+
+LargestChange largestChange(std::span<const double> solution, CellId cells) {
+    LargestChange largest{std::abs(solution[0]), 1};
+    for (CellId c = 2; c <= cells; ++c) {
+        const double change = std::abs(solution[static_cast<std::size_t>(c) - 1]);
+        if (!(change <= largest.DIFFP) && !std::isnan(largest.DIFFP)) largest = {change, c};
+    }
+    return largest;
+}
+
+void printHead(const Console& console, const RunClock& clock) {
+    lineToBoth(console, Dashes);
+    both(console, "Time Begin : {}  Step : {}", number(clock.time), clock.stepCount);
+    lineToBoth(console, Dashes);
+    lineToBoth(console, "");
+}
+
+void printIteration(const Console& console, const GridModel& grid, int it, const LargestChange& largest) {
+    const CellId c = largest.cell;
+    const std::string place = fmt::format("ITE --> {:3d} dploc=({:4d} {:4d} {:4d})   DIFFP=", it,
+                                          grid.CellI[c], grid.CellJ[c], grid.CellK[c]);
+    if (largest.DIFFP >= WideFormatDeltaP)
+        both(console, "{}{:24.6e}", place, largest.DIFFP);
+    else
+        both(console, "{}{:16.6f}", place, largest.DIFFP);
+}
+
+void updateRates(Simulation& s) {
+    UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
+}
+
+void buildVelocity(Simulation& s) {
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, s.velocity);
+    UpdateWellVelocity(s.units, s.state, s.wells);
+}
+
+void updateInPlace(Simulation& s) {
+    UpdateProperties(s.console, s.options, s.grid, s.fluids, s.pressure.flashAmounts, s.state);
+}
+
+/// Amounts that the update between iterations flashes, per pore volume of the state that held them.
+void setFlashAmounts(const CellAmounts& held, const CellArray<double>& poreVolume, CellAmounts& flash) {
+    flash = held;
+    for (CellId c = 1; c <= poreVolume.count(); ++c) {
+        const double inverse = poreVolume[c] > 0.0 ? 1.0 / poreVolume[c] : 0.0;
+        flash.water[c] *= inverse;
+        flash.oil[c] *= inverse;
+        flash.gas[c] *= inverse;
+    }
+}
+
+/// The level from which the step starts: state, amounts, wells.
+void saveTimeLevel(Simulation& s) {
+    PressureStage& stage = s.pressure;
+    s.timeLevel = s.state;
+    if (s.clock.time <= 0.0) stage.carried = {};  // a run starts with what its saturations show
+    measureWholeAmounts(s.grid, s.state, stage.carried, stage.timeLevelAmounts);
+    if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
+}
+
+void beginStep(Simulation& s) {
+    releaseWellsFromLimit(s.console, s.wells);
+    initialiseBottomHolePressures(s.state, s.wells);
+    refreshProperties(s.grid, s.fluids, s.state);
+    saveTimeLevel(s);
+    updateRates(s);
+    s.timeLevelWells = s.wells;
+}
+
+/// A repeated pass over the same step: the time level stands, mobilities are those of the last transport.
+void beginRepeatedPass(Simulation& s) {
+    refreshProperties(s.grid, s.fluids, s.state);
+    if (s.fluids.hasGas) {
+        CellAmounts shown;
+        measureAmounts(s.grid, s.state, shown);
+        setFlashAmounts(shown, s.state.PoreVolume, s.pressure.flashAmounts);
+    }
+    updateRates(s);
+}
+
+void assemble(bool firstIteration, Simulation& s) {
+    PressureMatrix& matrix = s.pressureWork.matrix;
+    const auto accumulate = s.fluids.hasGas ? accumulateThreePhase : accumulateTwoPhase;
+    const auto flow = s.fluids.hasGas ? flowThreePhase : flowTwoPhase;
+    buildPattern(s.grid, s.connections, s.wells, matrix);
+    accumulate(firstIteration ? 1 : 0, s.clock.dt, s.grid, s.fluids, s.timeLevel, s.pressure.timeLevelAmounts,
+               s.state, matrix);
+    flow(s.units, s.grid, s.connections, s.state, matrix);
+    WellHead(s.grid, s.connections, s.state, s.wells);
+    addWellTerms(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, matrix);
+    fillSystem(s.units, s.grid, s.connections, s.fluids, s.state, s.pressure.AveragePressure, s.wells,
+               matrix);
+}
+
+double appliedShare(const FluidTables& fluids, double DIFFP) {
+    return fluids.hasGas && DIFFP > LargestGasMove ? LargestGasMove / DIFFP : 1.0;
+}
+
+/// Moves pressures by the solution, then the wells that have left their range. True when a well has been
+/// switched, so that the equations have changed.
+bool applySolution(double DIFFP, Simulation& s, int& it) {
+    PressureWork& work = s.pressureWork;
+    updatePressures(s.grid, work.matrix, work.solver.solution, appliedShare(s.fluids, DIFFP), s.state,
+                    s.wells, it);
+    if (it == FailedIteration) return false;
+    const bool switched = switchWellsAtLimit(s.console, s.wells);
+    if (!repairBottomHolePressures(s.console, s.state, s.wells)) it = FailedIteration;
+    return switched;
+}
+
+/// Back to the time level with a shorter step.
+void cutStep(Simulation& s) {
+    s.state = s.timeLevel;
+    s.wells = s.timeLevelWells;
+    if (s.fluids.hasGas)
+        setFlashAmounts(s.pressure.timeLevelAmounts, s.timeLevel.PoreVolume, s.pressure.flashAmounts);
+    updateRates(s);
+    s.clock.dt *= CutFactor;
+    s.pressure.stepCut = true;
+    both(s.console, "TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
+    if (s.clock.dt >= VanishedStep) return;
+    lineToBoth(s.console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
+    hardStop(s.console);
+}
+
+enum class Verdict { Converged, Forced, Cut, GoOn };
+
+Verdict judge(const Simulation& s, int it, double DIFFP, bool wellSwitched) {
+    if (DIFFP < s.options.PressureTolerance && it < s.options.MaxPressureIterations && !wellSwitched)
+        return Verdict::Converged;
+    if (s.clock.dt < TinyStep && DIFFP < TinyStepDeltaP) return Verdict::Forced;
+    const bool failed = it > FailedIteration || it >= s.options.MaxPressureIterations;
+    return failed || !(DIFFP < DivergedDeltaP) ? Verdict::Cut : Verdict::GoOn;
+}
+
+/// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.
+Verdict iterate(Simulation& s, int& it) {
+    PressureWork& work = s.pressureWork;
+    assemble(it == 0, s);
+    solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
+    const LargestChange largest = largestChange(work.solver.solution, s.grid.NCELLS);
+    bool switched = false;
+    if (it != FailedIteration) switched = applySolution(largest.DIFFP, s, it);
+    printIteration(s.console, s.grid, it, largest);
+    it += 1;
+    return judge(s, it, largest.DIFFP, switched);
+}
+
+void solveStep(Simulation& s) {
+    int it = 0;
+    clearBottomHoleResets(s.wells);
+    for (;;) {
+        const Verdict verdict = iterate(s, it);
+        if (verdict == Verdict::Forced) lineToBoth(s.console, "WARNING :: Force converge due to tiny tstep");
+        if (verdict == Verdict::Converged || verdict == Verdict::Forced) break;
+        if (verdict == Verdict::Cut) {
+            cutStep(s);
+            it = 0;
+            continue;
+        }
+        updateInPlace(s);
+        updateRates(s);
+    }
+    both(s.console, "Iteration for pressure     : {}", it);
+}
+
+double largestMove(const GridModel& grid, const CellState& old, const CellState& now) {
+    double largest = 0.0;
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) largest = std::max(largest, std::abs(now.Pressure[c] - old.Pressure[c]));
+    return largest;
+}
+
+void keepSolution(std::span<const double> solution, CellId cells, CellArray<double>& DeltaP) {
+    DeltaP.assign(cells, 0.0);
+    for (CellId c = 1; c <= cells; ++c) DeltaP[c] = solution[static_cast<std::size_t>(c) - 1];
+}
+
+void finishStep(Simulation& s) {
+    updateInPlace(s);
+    updateRates(s);
+    buildVelocity(s);
+    PressureStage& stage = s.pressure;
+    keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
+    stage.largestDeltaP = largestMove(s.grid, s.timeLevel, s.state);
+    if (s.options.method == "IMPES") measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
+    both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));
+}
+
+/// Properties, rates and velocities from the present pressures; they are then the time level as well.
+void refreshOnly(int firstCall, Simulation& s) {
+    refreshProperties(s.grid, s.fluids, s.state);
+    if (firstCall == 0) saveTimeLevel(s);
+    updateRates(s);
+    buildVelocity(s);
+    s.pressure.DeltaP.assign(s.grid.NCELLS, 0.0);
+}
+
+}  // namespace
+
+void PressureStep(Simulation& simulation, int firstCall, int doSolve) {
+    if (doSolve == 0) {
+        refreshOnly(firstCall, simulation);
+        return;
+    }
+    const double start = cpuSeconds();
+    printHead(simulation.console, simulation.clock);
+    if (firstCall == 0)
+        beginStep(simulation);
+    else
+        beginRepeatedPass(simulation);
+    solveStep(simulation);
+    finishStep(simulation);
+    simulation.pressure.processorSeconds = cpuSeconds() - start;
+    both(simulation.console, "Request time for pressure  : {}", number(simulation.pressure.processorSeconds));
+}
+
+}  // namespace kvr

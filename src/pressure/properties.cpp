@@ -1,0 +1,186 @@
+#include "pressure/properties.hpp"
+
+#include "base/constants.hpp"
+#include "fluid/black_oil.hpp"
+#include "fluid/saturation_functions.hpp"
+
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+OilProperties oilOfCell(const FluidTables& tables, double p, double pb) {
+    const OilProperties oil = oilProperties(tables, p, pb);
+    return oil.Bo > 0.0 ? oil : oilProperties(tables, pb, pb);
+}
+
+/// Rock, formation factors, viscosities and densities: what follows the pressure and the bubble point.
+void pressureProperties(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
+    const double p = state.Pressure[c];
+    state.PoreFraction[c] = grid.PORO[c] * PoreFactor(tables, p);
+    state.PoreVolume[c] = grid.BulkVolume[c] * grid.NTG[c] * state.PoreFraction[c];
+    const OilProperties oil = oilOfCell(tables, p, state.Pb[c]);
+    const GasProperties gas = gasProperties(tables, p);
+    state.Bo[c] = oil.Bo;
+    state.MuO[c] = oil.MuO;
+    state.Bg[c] = gas.Bg;
+    state.MuG[c] = gas.MuG;
+    state.Bw[c] = WaterFvf(tables, p);
+    state.MuW[c] = WaterViscosity(tables, p);
+    state.RhoO[c] = oilDensityAt(tables, state.Rs[c], oil.Bo);
+    state.RhoW[c] = waterDensityAt(tables, state.Bw[c]);
+    state.RhoG[c] = gasDensityAt(tables, gas.Bg);
+}
+
+void relativePermeabilities(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
+    const SaturationTable& table = regionTable(tables, grid.SATNUM[c]);
+    const RelPerms kr = relPerms(table, tables.hasGas, state.Sw[c], state.Sg[c]);
+    state.KrwCell[c] = kr.w;
+    state.KroCell[c] = kr.o;
+    state.KrgCell[c] = kr.g;
+}
+
+void mobilities(CellId c, CellState& state) {
+    state.LambdaO[c] = state.KroCell[c] / state.MuO[c];
+    state.LambdaW[c] = state.KrwCell[c] / state.MuW[c];
+    state.LambdaG[c] = state.KrgCell[c] / state.MuG[c];
+}
+
+void phasePressures(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
+    const double p = state.Pressure[c];
+    const double scale = grid.JFactor[c];
+    state.PressureW[c] = p - scale * PcowFn(tables, state.Sw[c], grid.SATNUM[c]);
+    state.PressureG[c] = p + scale * PcogFn(tables, state.Sg[c], grid.SATNUM[c]);
+}
+
+/// Messages of the update, one line to the log with the cell number.
+constexpr const char* NegativeRs = "Negative Solution GOR detected at matrix.pre. set zero.. @Grid {}";
+constexpr const char* ExcessiveRs =
+    "Exceed Solution GOR detected at Matrix pre.. oil pressure value.. @Grid {}";
+
+/// Rs back into the table. A negative one is no amount at all; one of 0 takes the first row's.
+void bringRsIntoTable(const Console& console, bool debug, const FluidTables& tables, CellId c,
+                      CellState& state) {
+    if (tables.MaxRs <= 0.0) return;
+    if (state.Rs[c] < 0.0) {
+        if (debug) log(console, NegativeRs, c);
+        state.Rs[c] = 0.0;
+        state.Pb[c] = BubblePoint(tables, 0.0);
+    } else if (state.Rs[c] == 0.0) {
+        state.Pb[c] = BubblePoint(tables, tables.OilRs.front());
+        state.Rs[c] = SolutionRs(tables, state.Pb[c]);
+    }
+    const double limit = SolutionRs(tables, state.Pressure[c]);
+    if (state.Rs[c] <= limit) return;
+    if (debug) log(console, ExcessiveRs, c);
+    state.Rs[c] = limit;
+    state.Pb[c] = BubblePoint(tables, limit);
+}
+
+PhaseState stateOfCell(const CellState& state, CellId c) {
+    return {state.Sw[c], state.So[c], state.Sg[c], state.Rs[c], state.Pb[c]};
+}
+
+/// Stores a state; true when a saturation has changed, so that relative permeabilities must follow.
+bool store(const PhaseState& found, CellId c, CellState& state) {
+    const bool changed = found.Sw != state.Sw[c] || found.So != state.So[c] || found.Sg != state.Sg[c];
+    state.Sw[c] = found.Sw;
+    state.So[c] = found.So;
+    state.Sg[c] = found.Sg;
+    state.Rs[c] = found.Rs;
+    state.Pb[c] = found.Pb;
+    return changed;
+}
+
+PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoints, const CellAmounts& amounts,
+                        CellId c, const CellState& state) {
+    PhaseState found = stateOfCell(state, c);
+    const double p = state.Pressure[c];
+    if (tables.hasGas && (found.Sg > MachineEpsilon || found.Pb > p))
+        return flashCell(tables, region, keepEndPoints, p, {amounts.water[c], amounts.oil[c], amounts.gas[c]},
+                         found);
+    limitSaturations(regionTable(tables, region), keepEndPoints, found);
+    return found;
+}
+
+}  // namespace
+
+PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
+                     const ConservedAmounts& amounts, const PhaseState& before) {
+    RecoveryFactors factors{p, WaterFvf(tables, p), 1.0, GasFvf(tables, p)};
+    double pb = before.Pb;
+    if (tables.hasGas) {
+        const bool free = amounts.oil <= 0.0 || amounts.gas > SolutionRs(tables, p) * amounts.oil;
+        pb = free ? p : std::min(p, BubblePoint(tables, amounts.gas / amounts.oil));
+    }
+    factors.Bo = oilOfCell(tables, p, pb).Bo;
+    PhaseState found = recoverState(tables, region, keepEndPoints, factors, amounts);
+    if (!tables.hasGas) {
+        found.Rs = before.Rs;
+        found.Pb = before.Pb;
+    }
+    return found;
+}
+
+void refreshProperties(const GridModel& grid, const FluidTables& tables, CellState& state) {
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        pressureProperties(grid, tables, c, state);
+        relativePermeabilities(grid, tables, c, state);
+        mobilities(c, state);
+        phasePressures(grid, tables, c, state);
+    }
+}
+
+void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
+                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state) {
+    const bool debug = options.debugOutput;  // its lines keep the order of the cells
+    const bool keep = options.keepIrreducibleSaturation;
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells && !debug)
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        const bool changed =
+            store(updatedState(tables, grid.SATNUM[c], keep, flashAmounts, c, state), c, state);
+        bringRsIntoTable(console, debug, tables, c, state);
+        pressureProperties(grid, tables, c, state);
+        if (changed) relativePermeabilities(grid, tables, c, state);
+        mobilities(c, state);
+        phasePressures(grid, tables, c, state);
+    }
+}
+
+void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& amounts) {
+    for (CellArray<double>* array : {&amounts.water, &amounts.oil, &amounts.gas})
+        array->assign(grid.NCELLS, 0.0);
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        const ConservedAmounts shown = shownAmounts(state, c);
+        amounts.water[c] = shown.water * state.PoreVolume[c];
+        amounts.oil[c] = shown.oil * state.PoreVolume[c];
+        amounts.gas[c] = shown.gas * state.PoreVolume[c];
+    }
+}
+
+void measureWholeAmounts(const GridModel& grid, const CellState& state, const CellAmounts& carried,
+                         CellAmounts& amounts) {
+    measureAmounts(grid, state, amounts);
+    for (CellId c = 1; c <= carried.water.count(); ++c) {
+        amounts.water[c] += carried.water[c];
+        amounts.oil[c] += carried.oil[c];
+        amounts.gas[c] += carried.gas[c];
+    }
+}
+
+void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,
+                    CellAmounts& carried) {
+    measureAmounts(grid, state, carried);
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        carried.water[c] = whole.water[c] - carried.water[c];
+        carried.oil[c] = whole.oil[c] - carried.oil[c];
+        carried.gas[c] = whole.gas[c] - carried.gas[c];
+    }
+}
+
+}  // namespace kvr
