@@ -1,6 +1,7 @@
 #include "fluid/equilibrium.hpp"
 
 #include "base/constants.hpp"
+#include "base/hard_stop.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/depth_table.hpp"
 #include "fluid/state_recovery.hpp"
@@ -164,6 +165,16 @@ void initialiseByArrays(const GridModel& grid, const FluidTables& tables, const 
     }
 }
 
+/// Every active cell has a table: what follows indexes the regions unasked.
+void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables) {
+    const int regions = static_cast<int>(tables.regions.size());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0 || (grid.SATNUM[cell] >= 1 && grid.SATNUM[cell] <= regions)) continue;
+        both(console, "ERROR :: NO SATURATION TABLE {} FOR SATNUM, GRID {}", grid.SATNUM[cell], cell);
+        hardStop(console);
+    }
+}
+
 void chooseDirectSolver(const Console& console, const GridModel& grid, RunOptions& options) {
     if (grid.NCELLS >= LeastIterativeCells) return;
     both(console, "WARNING :: Due to small small number of unknown, direct solver(DGESV) is used");
@@ -183,6 +194,7 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
         log(console, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA");
         screen(console, "Initialize: Explicitly Assigned By Input Data");
     }
+    requireRegions(console, grid, tables);
     chooseDirectSolver(console, grid, options);
     if (initial.equilibrationMode)
         initialiseByDepth(console, grid, tables, initial, options, state);

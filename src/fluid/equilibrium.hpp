@@ -13,7 +13,8 @@ namespace kvr {
 /// columns in hydrostatic balance, or from the arrays of the SOLUTION section. Active cells only; the others
 /// keep what they hold. A cell with free gas is saturated, any other has the Rs of its depth or array. Sets
 /// the direct solver for fewer than 27 cells, with its warning. The caller runs the full property update
-/// afterwards and prints "SUCCESSFULLY INITIALIZED.".
+/// afterwards and prints "SUCCESSFULLY INITIALIZED.". Stops when a cell names a saturation region that has
+/// no table.
 void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
                         const InitialConditions& initial, RunOptions& options, CellState& state);
 

@@ -301,6 +301,18 @@ TEST(Equilibrium, LeavesOilBesideFreeGasSaturated) {
     EXPECT_NEAR(bench.state.Pb[2], 1014.7, 1e-6);
 }
 
+TEST(Equilibrium, StopsAtACellWithoutASaturationTable) {
+    Bench bench(8000, {20, 20});
+    bench.grid.SATNUM[2] = 2;
+    bench.contacts(8000, 3000, 9000, 0);
+    std::fclose(bench.console.screen);
+    bench.console.screen = stderr;
+    EXPECT_EXIT(bench.run(), testing::ExitedWithCode(1), "ERROR :: NO SATURATION TABLE 2 FOR SATNUM, GRID 2");
+    bench.grid.Active[2] = 0;
+    bench.run();
+    EXPECT_GT(bench.state.Pressure[1], 3000.0);
+}
+
 TEST(Equilibrium, LeavesInactiveCellsAlone) {
     Bench bench(8000, {20, 20});
     bench.grid.Active[2] = 0;

@@ -19,7 +19,7 @@ FluidTables withRegion(const SaturationTable& table) {
 }
 
 TEST(EndPoints, ComeFromTheRowsWhereAPhaseStops) {
-    const SaturationTable& table = samples::lightOil().regions.front();
+    const SaturationTable table = samples::lightOil().regions.front();
     EXPECT_DOUBLE_EQ(table.ConnateSw, 0.2);
     EXPECT_DOUBLE_EQ(table.ResidualSo, 1.0 - 0.8);
     EXPECT_DOUBLE_EQ(table.CriticalSg, 0.0);
