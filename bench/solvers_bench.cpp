@@ -1,3 +1,4 @@
+#include "pressure/solvers/bicg.hpp"
 #include "pressure/solvers/solver_memory.hpp"
 #include "pressure/solvers/solver_table.hpp"
 #include "unit/pressure/solvers/generated_systems.hpp"
@@ -44,9 +45,32 @@ void multigridSetUp(benchmark::State& state) {
     state.counters["complexity"] = memory.hierarchy.operatorComplexity;
 }
 
+/// Twenty iterations of ILU(0)-BiCG, factors at hand.
+void bicgIterations(benchmark::State& state) {
+    constexpr int Iterations = 20;
+    const LinearSystem system = benchmarkSystem(Boxes[state.range(0)]);
+    SolverMemory memory;
+    memory.vectors.resize(system.size);
+    factorIncomplete(system, memory.factors);
+    std::vector<double> x(static_cast<std::size_t>(system.size));
+    for (auto _ : state) {
+        std::fill(x.begin(), x.end(), 0.0);
+        bicg(system, memory.factors, {SolverTolerance, Iterations}, x, memory.vectors);
+    }
+    state.SetItemsProcessed(state.iterations() * Iterations);
+}
+
+void incompleteFactors(benchmark::State& state) {
+    const LinearSystem system = benchmarkSystem(Boxes[state.range(0)]);
+    IncompleteFactors factors;
+    for (auto _ : state) factorIncomplete(system, factors);
+}
+
 BENCHMARK_CAPTURE(solveFresh, amg, "amg", false)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(solveFresh, amg_kept_hierarchy, "amg", true)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(solveFresh, bicg, "bicg", false)->Arg(0)->Unit(benchmark::kMillisecond);
+BENCHMARK(bicgIterations)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(incompleteFactors)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(multigridSetUp)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
