@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 namespace kvr {
@@ -19,7 +20,8 @@ struct KrylovVectors {
 struct KrylovLimits {
     double tolerance = 0.0;  // of ||r|| / ||b||
     int iterations = 0;
-    int patience = 1000000;  // give up after this many iterations without halving the best residual
+    /// Iterations without halving the best residual after which to give up.
+    int patience = std::numeric_limits<int>::max();
 };
 
 struct KrylovOutcome {

@@ -70,6 +70,17 @@ TEST(Multigrid, TakesFewIterationsWithOneSidedMultipliers) {
     EXPECT_LE(solveWell(system).iterations, 30);
 }
 
+TEST(Multigrid, TakesFewIterationsWithSomePositiveCouplings) {
+    LinearSystem system = fieldWithWells({40, 40, 8}, 1.0, {1.0, 1.0, 1.0});
+    for (int i = 0; i < system.cellRows; i += 13) {
+        const std::int64_t k = system.rowStart[i] + 2;
+        if (k >= system.rowStart[i + 1] || system.column[k] >= system.cellRows) continue;
+        system.value[system.rowStart[i]] += 1.3 * system.value[k];  // the row sum stays
+        system.value[k] *= -0.3;
+    }
+    EXPECT_LE(solveWell(system).iterations, 30);
+}
+
 TEST(Multigrid, HandlesAWellOfAHundredCellsInGasSurfaceUnits) {
     const Box box{100, 20, 3};
     const std::vector<double> field = test::lognormalField(box.cells(), 1.0, 31);
