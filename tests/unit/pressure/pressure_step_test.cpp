@@ -1,0 +1,292 @@
+#include "pressure/pressure_step.hpp"
+
+#include "unit/pressure/small_run.hpp"
+#include "unit/quiet_console.hpp"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+using namespace kvr;
+
+namespace {
+
+int count(const std::string& text, const std::string& part) {
+    int found = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
+    return found;
+}
+
+double sumOfFaces(const VelocityField& velocity, CellId c) {
+    double outflow = 0.0;
+    for (int d = 1; d <= 6; ++d)
+        outflow += FaceSign[static_cast<std::size_t>(d) - 1] * velocity.CellFaceFlux(c, d);
+    return outflow;
+}
+
+/// Four cells in a row, an injector at one end and a producer at the other.
+void flood(double injected, double bhp, Simulation& s) {
+    sample::makeRun(4, 1, 1, sample::waterAndOil(1e-5), s);
+    s.state.Sw[1] = 0.6;
+    s.state.So[1] = 0.4;
+    sample::addWell("inj", "rate", injected, 100000.0, 1, s);
+    sample::addWell("prd", "bhp", 0.0, bhp, 4, s);
+}
+
+}  // namespace
+
+TEST(PressureStep, LeavesAClosedHydrostaticBoxAsItIs) {
+    Simulation s;
+    sample::makeRun(1, 1, 5, samples::lightOil(), s);
+    for (CellId c = 1; c <= 5; ++c) {
+        s.state.Pb[c] = 2500.0;
+        s.state.Rs[c] = 0.775 / GasRatioFactor;
+        s.state.Sw[c] = 0.2;
+    }
+    sample::hydrostaticColumn(3000.0, s);
+    const CellState before = s.state;
+    for (int step = 0; step < 10; ++step) PressureStep(s, 0, 1);
+    for (CellId c = 1; c <= 5; ++c) {
+        EXPECT_NEAR(s.state.Pressure[c], before.Pressure[c], 1e-8);
+        EXPECT_NEAR(s.state.So[c], before.So[c], 1e-8);
+        EXPECT_NEAR(s.state.Pb[c], before.Pb[c], 1e-8);
+    }
+}
+
+TEST(PressureStep, HasNoResidualAtUniformPotential) {
+    Simulation s;
+    sample::makeRun(3, 3, 1, sample::waterAndOil(1e-5), s);
+    PressureStep(s, 0, 1);
+    for (const double residual : s.pressureWork.matrix.system.rhs) EXPECT_NEAR(residual, 0.0, 1e-12);
+    for (CellId c = 1; c <= 9; ++c) EXPECT_EQ(s.pressure.DeltaP[c], 0.0);
+}
+
+TEST(PressureStep, RaisesAClosedBoxByTheInjectedVolumeOverItsCompressibility) {
+    Simulation s;
+    constexpr double compressibility = 1e-6;
+    sample::makeRun(1, 1, 1, sample::waterAndOil(compressibility), s);
+    s.options.PressureTolerance = 1e-6;
+    s.state.Sw[1] = 0.6;
+    s.state.So[1] = 0.4;
+    const double pores = 100.0 * 100.0 * 20.0 / 5.614583 * 0.2;
+    const double rate = 5.0 * pores * compressibility;  // q dt/(V phi c) = 5 psi, to first order
+    sample::addWell("inj", "rate", rate, 100000.0, 1, s);
+    PressureStep(s, 0, 1);
+    // the pores grow as c (dP + c dP^2 / 2)
+    const double exact = (std::sqrt(1.0 + 2.0 * compressibility * 5.0) - 1.0) / compressibility;
+    EXPECT_NEAR(s.state.Pressure[1] - 3000.0, exact, exact * 1e-8);
+    EXPECT_NEAR(s.wells.wells[0].WellQw, rate, 1e-8 * rate);
+}
+
+TEST(PressureStep, RaisesEveryCellOfAClosedBoxAlikeInTheEnd) {
+    Simulation s;
+    sample::makeRun(3, 1, 1, sample::waterAndOil(1e-5), s);
+    const double pores = 3.0 * 100.0 * 100.0 * 20.0 / 5.614583 * 0.2;
+    for (CellId c = 1; c <= 3; ++c) {
+        s.state.Sw[c] = 0.6;
+        s.state.So[c] = 0.4;
+    }
+    sample::addWell("inj", "rate", 10.0, 100000.0, 1, s);
+    PressureStep(s, 0, 1);
+    double weighted = 0.0;  // the pores gained hold what came in: c PV (dP + c dP^2 / 2)
+    for (CellId c = 1; c <= 3; ++c) {
+        const double dP = s.state.Pressure[c] - 3000.0;
+        weighted += pores / 3.0 * 1e-5 * (dP + 0.5e-5 * dP * dP);
+    }
+    EXPECT_NEAR(weighted, 10.0, 1e-6);
+}
+
+TEST(PressureStep, CarriesTheRateOfAnInjectorToTheProducerThroughEveryFace) {
+    Simulation s;
+    flood(50.0, 2500.0, s);
+    s.fluids.rockCompressibility = 0.0;
+    s.options.PressureTolerance = 1e-9;
+    PressureStep(s, 0, 1);
+    const Well& injector = s.wells.wells[0];
+    const Well& producer = s.wells.wells[1];
+    EXPECT_NEAR(injector.WellQw, 50.0, 1e-8);
+    EXPECT_NEAR(producer.WellQo, -50.0, 1e-6);
+    for (CellId c = 1; c < 4; ++c) EXPECT_NEAR(s.velocity.CellFaceFlux(c, 2), 50.0, 1e-6);
+    EXPECT_NEAR(sumOfFaces(s.velocity, 1), injector.connections[0].reservoirRate, 50.0 * 1e-6);
+    EXPECT_NEAR(sumOfFaces(s.velocity, 4), producer.connections[0].reservoirRate, 50.0 * 1e-6);
+    EXPECT_NEAR(sumOfFaces(s.velocity, 2), 0.0, 1e-6);
+}
+
+TEST(PressureStep, HoldsAnOilRateWellAtItsTargetBesideItsWater) {
+    Simulation s;
+    sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
+    for (CellId c = 1; c <= 2; ++c) {
+        s.state.Sw[c] = 0.5;
+        s.state.So[c] = 0.5;
+    }
+    sample::addWell("prd", "orat", -5.0, 100.0, 1, s);
+    PressureStep(s, 0, 1);
+    EXPECT_NEAR(s.wells.wells[0].WellQo, -5.0, 1e-4);
+    EXPECT_LT(s.wells.wells[0].WellQw, -1.0);
+    EXPECT_LT(s.state.Pressure[1], s.state.Pressure[2]);
+}
+
+TEST(PressureStep, HoldsAProducerThatWouldFallBelowItsLimitAtTheLimit) {
+    QuietConsole quiet;
+    Simulation s;
+    sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
+    s.console = quiet.console;
+    sample::addWell("prd", "orat", -1.0e5, 1000.0, 1, s);
+    PressureStep(s, 0, 1);
+    const Well& well = s.wells.wells[0];
+    EXPECT_EQ(well.WellControl, "bhp");
+    EXPECT_EQ(well.Bhp, 1000.0);
+    EXPECT_GT(well.WellQo, -1.0e5);
+    EXPECT_LT(well.WellQo, 0.0);
+    EXPECT_EQ(s.pressureWork.matrix.system.size, 2);
+}
+
+TEST(PressureStep, PrintsItsLinesInOrder) {
+    QuietConsole quiet;
+    Simulation s;
+    flood(10.0, 2900.0, s);
+    s.console = quiet.console;
+    s.clock.time = 12.5;
+    s.clock.stepCount = 3;
+    PressureStep(s, 0, 1);
+    const std::string text = quiet.logText();
+    std::size_t at = 0;
+    for (const char* part : {"----------", "Time Begin : 12.5  Step : 3\n", "----------",
+                             "\n\nITE -->   0 dploc=(", "ITE -->   1", "Iteration for pressure     : ",
+                             "Reservoir average pressure : ", " PSIA\n", "Request time for pressure  : "}) {
+        const std::size_t found = text.find(part, at);
+        ASSERT_NE(found, std::string::npos) << part;
+        at = found;
+    }
+    EXPECT_EQ(text, quiet.screenText());
+}
+
+TEST(PressureStep, NamesTheLowestOfCellsThatTieForTheLargestChange) {
+    QuietConsole quiet;
+    Simulation s;
+    sample::makeRun(3, 1, 1, sample::waterAndOil(1e-5), s);
+    s.console = quiet.console;
+    PressureStep(s, 0, 1);
+    EXPECT_NE(quiet.logText().find("dploc=(   1    1    1)   DIFFP=        0.000000"), std::string::npos);
+}
+
+TEST(PressureStep, GoesOnWhenTheChangeEqualsTheTolerance) {
+    Simulation first;
+    flood(10.0, 2900.0, first);
+    first.options.PressureTolerance = 1e7;
+    PressureStep(first, 0, 1);
+    double largest = 0.0;
+    for (CellId c = 1; c <= 4; ++c) largest = std::max(largest, std::abs(first.pressure.DeltaP[c]));
+    ASSERT_GT(largest, 0.0);
+
+    for (const double factor : {1.0, 1.0000001}) {
+        QuietConsole quiet;
+        Simulation s;
+        flood(10.0, 2900.0, s);
+        s.console = quiet.console;
+        s.options.PressureTolerance = largest * factor;
+        PressureStep(s, 0, 1);
+        EXPECT_EQ(count(quiet.logText(), "ITE -->"), factor == 1.0 ? 2 : 1);
+    }
+}
+
+TEST(PressureStep, CutsUntilTheStepIsTinyWhenOneIterationIsAllowed) {
+    QuietConsole quiet;
+    Simulation s;
+    flood(1.0, 2999.0, s);
+    s.console = quiet.console;
+    s.clock.dt = 10.0;
+    s.options.MaxPressureIterations = 1;
+    PressureStep(s, 0, 1);
+    const std::string text = quiet.logText();
+    EXPECT_EQ(count(text, "TIME STEP SIZE IS DECREASED -->"), 13);  // 10 * 0.2^13 = 8.192e-9
+    EXPECT_NE(text.find("TIME STEP SIZE IS DECREASED --> 2\n"), std::string::npos);
+    EXPECT_NE(text.find("TIME STEP SIZE IS DECREASED --> 0.4\n"), std::string::npos);
+    EXPECT_EQ(count(text, "WARNING :: Force converge due to tiny tstep"), 1);
+    EXPECT_NEAR(s.clock.dt, 8.192e-9, 1e-20);
+    EXPECT_TRUE(s.pressure.stepCut);
+}
+
+TEST(PressureStep, CutsWhenACellFallsBelowFifteenPsia) {
+    QuietConsole quiet;
+    Simulation s;
+    sample::makeRun(1, 1, 1, sample::waterAndOil(1e-6), s);
+    s.console = quiet.console;
+    s.state.Pressure[1] = 20.0;
+    sample::addWell("prd", "bhp", 0.0, 14.6, 1, s);
+    s.clock.dt = 1.0;
+    PressureStep(s, 0, 1);
+    EXPECT_TRUE(s.pressure.stepCut);
+    EXPECT_NE(quiet.logText().find("TIME STEP SIZE IS DECREASED --> 0.2"), std::string::npos);
+    EXPECT_TRUE(s.state.Pressure[1] >= 15.0 || s.clock.dt < 1e-8);
+}
+
+TEST(PressureStep, StartsAgainFromTheSavedLevelToTheLastBitAfterACut) {
+    // Both end with a step of 2 days; the first has been through a failed one of 10 days.
+    Simulation cut, direct;
+    for (Simulation* s : {&cut, &direct}) {
+        sample::makeRun(2, 1, 1, samples::lightOil(), *s);
+        for (CellId c = 1; c <= 2; ++c) {
+            s->state.Pressure[c] = 3000.0;
+            s->state.Pb[c] = 2990.0;
+            s->state.Rs[c] = 163.0;
+        }
+        s->options.MaxPressureIterations = 7;
+        sample::addWell("prd", "orat", -400.0, 100.0, 1, *s);
+    }
+    cut.clock.dt = 10.0;
+    PressureStep(cut, 0, 1);
+    ASSERT_TRUE(cut.pressure.stepCut);
+    direct.clock.dt = cut.clock.dt;
+    PressureStep(direct, 0, 1);
+    ASSERT_FALSE(direct.pressure.stepCut);
+    EXPECT_EQ(cut.state.Pressure.slots, direct.state.Pressure.slots);
+    EXPECT_EQ(cut.state.Sg.slots, direct.state.Sg.slots);
+    EXPECT_EQ(cut.state.Rs.slots, direct.state.Rs.slots);
+    EXPECT_EQ(cut.timeLevel.Pressure.slots, direct.timeLevel.Pressure.slots);
+    EXPECT_EQ(cut.wells.wells[0].Bhp, direct.wells.wells[0].Bhp);
+}
+
+TEST(PressureStep, OnlyRefreshesWhenNoSolveIsAsked) {
+    Simulation s;
+    flood(50.0, 2500.0, s);
+    s.pressure.DeltaP.assign(4, 7.0);
+    s.state.Pressure[1] = 3100.0;
+    s.wells.wells[1].Bhp = 2500.0;
+    PressureStep(s, 0, 0);
+    EXPECT_EQ(s.state.Pressure[1], 3100.0);
+    for (CellId c = 1; c <= 4; ++c) EXPECT_EQ(s.pressure.DeltaP[c], 0.0);
+    EXPECT_GT(s.velocity.CellFaceFlux(1, 2), 0.0);
+    EXPECT_LT(s.wells.wells[1].WellQo, 0.0);
+}
+
+TEST(PressureStep, KeepsTheTimeLevelInARepeatedPass) {
+    Simulation s;
+    flood(50.0, 2500.0, s);
+    PressureStep(s, 0, 1);
+    const CellState level = s.timeLevel;
+    const double once = s.state.Pressure[1];
+    PressureStep(s, 1, 1);
+    EXPECT_EQ(s.timeLevel.Pressure.slots, level.Pressure.slots);
+    EXPECT_NEAR(s.state.Pressure[1], once, 0.02);  // saturations are the same, so is the solution
+}
+
+TEST(PressureStep, TellsTheLargestChangeOfTheWholeStep) {
+    Simulation s;
+    flood(50.0, 2500.0, s);
+    PressureStep(s, 0, 1);
+    double largest = 0.0;
+    for (CellId c = 1; c <= 4; ++c) largest = std::max(largest, std::abs(s.state.Pressure[c] - 3000.0));
+    EXPECT_GT(largest, 100.0);
+    EXPECT_EQ(s.pressure.largestDeltaP, largest);
+}
+
+TEST(PressureStepDeathTest, StopsOnASolverThatIsNotOnTheList) {
+    const auto run = [] {
+        Simulation s;
+        sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
+        s.console = consoleOnStandardError();
+        s.options.pressureSolver = "foo";
+        PressureStep(s, 0, 1);
+    };
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(1), "Pressure solver not on the list");
+}

@@ -1,0 +1,110 @@
+#include "pressure/velocity.hpp"
+
+#include "unit/pressure/small_run.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace kvr;
+
+namespace {
+
+/// Two cells side by side, transmissibility 1, oil mobility 0.8, other phases at rest.
+void pair(double left, double right, Simulation& s) {
+    sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
+    refreshProperties(s.grid, s.fluids, s.state);
+    for (CellId c = 1; c <= 2; ++c) {
+        const double p = c == 1 ? left : right;
+        s.state.Pressure[c] = s.state.PressureW[c] = s.state.PressureG[c] = p;
+        s.state.LambdaO[c] = 0.8;
+        s.state.LambdaW[c] = s.state.LambdaG[c] = 0.0;
+    }
+    s.connections.Trans(1, 2) = s.connections.Trans(2, 1) = 1.0;
+}
+
+void build(Simulation& s) {
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, s.velocity);
+}
+
+}  // namespace
+
+TEST(FaceFlux, IsPositiveTowardsIncreasingIndexOnBothSidesOfAFace) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 80.0, 1e-10);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(2, 1), 80.0, 1e-10);
+    pair(2900.0, 3000.0, s);
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), -80.0, 1e-10);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(2, 1), -80.0, 1e-10);
+    EXPECT_NEAR(s.velocity.FaceFluxO(1, 2), -80.0, 1e-10);
+    EXPECT_EQ(s.velocity.FaceFluxW(1, 2), 0.0);
+}
+
+TEST(FaceFlux, IsZeroOnBoundaryFaces) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    build(s);
+    for (const int d : {1, 3, 4, 5, 6}) EXPECT_EQ(s.velocity.CellFaceFlux(1, d), 0.0);
+}
+
+TEST(FaceFlux, IsZeroWithoutTransmissibility) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    s.connections.Trans(1, 2) = 0.0;
+    build(s);
+    EXPECT_EQ(s.velocity.CellFaceFlux(1, 2), 0.0);
+}
+
+TEST(FaceFlux, TakesTheCellsOwnSideWhereTheTwoDiffer) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    s.connections.Trans(1, 2) = 0.5;
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 40.0, 1e-10);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(2, 1), 80.0, 1e-10);
+}
+
+TEST(FaceFlux, IsZeroInAHydrostaticColumn) {
+    Simulation s;
+    sample::makeRun(1, 1, 4, sample::waterAndOil(1e-5), s);
+    sample::hydrostaticColumn(3000.0, s);
+    refreshProperties(s.grid, s.fluids, s.state);
+    build(s);
+    for (CellId c = 1; c <= 4; ++c) EXPECT_NEAR(s.velocity.FaceFluxO(c, 6), 0.0, 1e-10);
+}
+
+TEST(FaceVelocity, OfFiveHundredBarrelsThroughFiveHundredSquareFeet) {
+    Simulation s;
+    pair(3000.0, 2375.0, s);
+    s.options.useNewtran = true;
+    s.connections.ConnArea(1, 2) = 500.0;
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 500.0, 1e-9);
+    EXPECT_NEAR(s.velocity.CellFaceVelocity(1, 2), 5.614583, 1e-10);
+    EXPECT_NEAR(s.velocity.CellFluxGradient(1, 1), 500.0, 1e-9);
+    EXPECT_NEAR(s.velocity.CellVelocityGradient(1, 1), 5.614583 / 100.0, 1e-12);
+}
+
+TEST(FaceVelocity, OfABoxGridLeavesNetToGrossToTheTracing) {
+    Simulation s;
+    pair(3000.0, 2375.0, s);
+    s.grid.NTG[1] = s.grid.NTG[2] = 0.25;
+    s.connections.ConnArea(1, 2) = 500.0;  // 100 * 20 * 0.25
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceVelocity(1, 2), 5.614583 * 500.0 / 2000.0, 1e-10);
+}
+
+TEST(WellVelocity, IsTheReservoirRateAtTheConvergedPressures) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    sample::addWell("prd", "bhp", 0.0, 2500.0, 1, s);
+    sample::addWell("inj", "rate", 10.0, 1e5, 2, s);
+    s.wells.wells[0].connections[0].ConnWI = 2.0;
+    s.wells.wells[0].Bhp = 2500.0;
+    s.wells.wells[1].Bhp = 2800.0;  // below the cell: nothing goes in
+    UpdateWellVelocity(s.units, s.state, s.wells);
+    EXPECT_NEAR(s.wells.wells[0].connections[0].reservoirRate, -2.0 * 0.8 * 500.0, 1e-10);
+    EXPECT_NEAR(s.wells.wells[0].reservoirRate, -800.0, 1e-10);
+    EXPECT_EQ(s.wells.wells[1].reservoirRate, 0.0);
+}
