@@ -163,7 +163,7 @@ void readJfunc(SectionReader& reader, GridRecords& records) {
     const Console& console = consoleOf(reader);
     lineToBoth(console, "NOTE :: J-FUCNTION GIVEN, USE ONLY 2nd PARAM, USE DEFAULT FOR ELSE");
     both(console, ":: SURFACE TENTION = {}", number(options.surfaceTension));
-    lineToBoth(console, ":: (Will be multiplied by 4.61678)");
+    lineToBoth(console, "     :: (Will be multiplied by 4.61678)");
     copyKeyword(reader);
     copyRow(reader, {{0.0, 1.0, word}, {options.surfaceTension, 1.0, {}}});
 }

@@ -1,5 +1,6 @@
 #include "model/conditioning.hpp"
 #include "unit/deck/grid_bench.hpp"
+#include "unit/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -51,6 +52,26 @@ TEST(EditSection, StopsOnALetterInTheFactor) {
     EXPECT_EXIT(
         read(), testing::ExitedWithCode(1),
         "ERROR: File reading error, code = 64\nReading error, in EDIT Section\nFile TEST.DATA, line 2");
+}
+
+TEST(EditSection, ReadsOnInAnotherFile) {
+    const ScratchFolder folder;
+    folder.write("more.inc", "MULTIPLY\nPORV 0.5 /\n/\n");
+    GridBench bench(1, 1, 3, "MULTIPLY\nPERMX 2 /\n/\nINCLUDE\n'more.inc' /\n", "EDIT");
+    bench.reader.workingFolder = folder.path;
+    bench.readEdit();
+    EXPECT_EQ(bench.grid.editRows.size(), 2U);
+    EXPECT_TRUE(bench.printed("INCLUDE FILE FINISHED, EDIT SECTION\n"));
+}
+
+TEST(EditSection, StopsOnAMissingFile) {
+    const auto read = [] {
+        GridBench bench(1, 1, 3, "INCLUDE\n'missing' /\n", "EDIT");
+        bench.speakToStandardError();
+        bench.readEdit();
+    };
+    EXPECT_EXIT(read(), testing::ExitedWithCode(1),
+                "ERROR: INCLUDE File Open Error at EDIT section\nFile I/O Error, in EDIT Section");
 }
 
 TEST(EditSection, StopsOnABoxOutsideTheGrid) {

@@ -190,7 +190,7 @@ TEST(GridSection, TakesTheSurfaceTensionOfTheJFunction) {
     EXPECT_DOUBLE_EQ(bench.options.surfaceTension, 30.0);
     EXPECT_TRUE(
         bench.printed("NOTE :: J-FUCNTION GIVEN, USE ONLY 2nd PARAM, USE DEFAULT FOR ELSE\n"
-                      ":: SURFACE TENTION = 30\n:: (Will be multiplied by 4.61678)\n"));
+                      ":: SURFACE TENTION = 30\n     :: (Will be multiplied by 4.61678)\n"));
 }
 
 TEST(GridSection, NeglectsReportsAndKeepsMapAxes) {
@@ -305,6 +305,11 @@ TEST(GridSectionStops, OnTheRowBeyondTheLimitOfAList) {
     std::string rows = "EQUALS\n";
     for (int row = 0; row < 501; ++row) rows += "PORO 0.2 /\n";
     expectStop(SoundBlocks + rows + "/\n", "more than 500 rows");
+}
+
+TEST(GridSectionStops, OnAMissingFile) {
+    expectStop("INCLUDE\n'missing' /\n" + SoundBlocks,
+               "ERROR: INCLUDE File Open Error at GRID section\nFile I/O Error, in GRID Section");
 }
 
 TEST(GridSectionStops, InFrontOfTheDimensions) {

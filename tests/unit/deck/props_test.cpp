@@ -150,6 +150,33 @@ TEST(Props, OfAMetricDeckAreConverted) {
     EXPECT_NEAR(bench.tables.reservoirTemperature, 671.67, 1e-9);
 }
 
+TEST(Props, OfAMetricDeckBecomeThoseOfTheSameFluidInFieldUnits) {
+    // Pressures in multiples of 14.50377 psi, the psi of a bar.
+    PropsBench metric(
+        "PVTO\n100 100 1.3 0.8 /\n150 200 1.5 0.6\n300 1.45 0.7 /\n/\nSWOF\n0.2 0 0.9 2\n0.8 0.45 0 0 /\n"
+        "SGOF\n0 0 0.9 0\n0.6 0.6 0 4 /\nPVTW\n200 1.03 1E-4 0.5 2E-4 /\nSTCOND\n15 1 /\n");
+    metric.units = metricUnits();
+    metric.read();
+    const FluidTables& tables = metric.tables;
+    EXPECT_EQ(tables.OilRs, (Column{100.0, 150.0, 150.0})) << "a pure ratio in the deck";
+    EXPECT_NEAR(tables.OilPressure[2], 4351.131, 1e-9);
+    EXPECT_NEAR(tables.UnderPressureStep[0], 1450.377, 1e-9);
+    EXPECT_NEAR(tables.regions.front().Pcow.front(), 29.00754, 1e-10);
+    EXPECT_NEAR(tables.regions.front().Pcog.back(), 58.01508, 1e-10);
+    EXPECT_NEAR(tables.referencePressureWater, 2900.754, 1e-9);
+    EXPECT_NEAR(tables.waterCompressibility * 14.50377, 1e-4, 1e-15);
+    EXPECT_NEAR(tables.waterViscosibility * 14.50377, 2e-4, 1e-15);
+    EXPECT_NEAR(tables.surfaceTemperature, 518.67, 1e-9);
+    EXPECT_NEAR(tables.surfacePressure, 14.50377, 1e-12);
+}
+
+TEST(Props, StopOnAMissingFile) {
+    PropsBench bench("INCLUDE\n'missing' /\n");
+    bench.speakToStandardError();
+    EXPECT_EXIT(bench.read(), testing::ExitedWithCode(1),
+                "ERROR: INCLUDE File Open Error at PROPS section\nFile I/O Error, in PROPS Section");
+}
+
 TEST(Props, KeepTheSaturatedRowOfEveryRsAndTheLastUnderSaturatedBlock) {
     PropsBench bench(OdehPvto);
     bench.read();
