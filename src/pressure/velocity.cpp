@@ -4,6 +4,7 @@
 #include "base/hard_stop.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/well_rates.hpp"
 
 #include <new>
 
@@ -98,11 +99,9 @@ void UpdateWellVelocity(const UnitSystem& units, const CellState& state, WellRec
     for (Well& well : wells.wells) {
         well.reservoirRate = 0.0;
         for (WellConnection& connection : well.connections) {
-            const CellId c = connection.ConnCell;
-            const double dp = well.Bhp + connection.ConnHead - state.Pressure[c];
-            const bool flows = !well.shut && (isInjector(well) ? dp >= 0.0 : dp <= 0.0);
-            const double mobility = state.LambdaO[c] + state.LambdaW[c] + state.LambdaG[c];
-            connection.reservoirRate = flows ? connection.ConnWI * units.FlowUnit * mobility * dp : 0.0;
+            const double dp = drawdown(state, well, connection);
+            connection.reservoirRate =
+                flowsAt(well, dp) ? reservoirCoefficient(units, state, connection) * dp : 0.0;
             well.reservoirRate += connection.reservoirRate;
         }
     }

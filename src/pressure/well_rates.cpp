@@ -124,17 +124,31 @@ void WellHead(const GridModel& grid, const ConnectionTable& connections, const C
     for (Well& well : wells.wells) headOfWell(grid, connections, state, well);
 }
 
+double drawdown(const CellState& state, const Well& well, const WellConnection& connection) {
+    return well.Bhp + connection.ConnHead - state.Pressure[connection.ConnCell];
+}
+
+bool flowsAt(const Well& well, double drawdown) {
+    return !well.shut && (isInjector(well) ? drawdown >= 0.0 : drawdown <= 0.0);
+}
+
+double reservoirCoefficient(const UnitSystem& units, const CellState& state,
+                            const WellConnection& connection) {
+    const CellId cell = connection.ConnCell;
+    return connection.ConnWI * units.FlowUnit *
+           (state.LambdaO[cell] + state.LambdaW[cell] + state.LambdaG[cell]);
+}
+
 ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const FluidTables& tables,
                                               const CellState& state, double averagePressure,
                                               const Well& well, const WellConnection& connection) {
     ConnectionCoefficients c;
-    if (well.shut) return c;
+    const double dp = drawdown(state, well, connection);
+    if (!flowsAt(well, dp)) return c;
     const CellId cell = connection.ConnCell;
-    const double dp = well.Bhp + connection.ConnHead - state.Pressure[cell];
-    if (isInjector(well) ? dp < 0.0 : dp > 0.0) return c;
     const double flow = connection.ConnWI * units.FlowUnit;
     c.dp = dp;
-    c.reservoir = flow * (state.LambdaO[cell] + state.LambdaW[cell] + state.LambdaG[cell]);
+    c.reservoir = reservoirCoefficient(units, state, connection);
     if (isInjector(well)) {
         injectorTerms(tables, state, averagePressure, well, cell, c);
         return c;

@@ -21,6 +21,16 @@ void WellHead(const GridModel& grid, const ConnectionTable& connections, const C
 void UpdateWellRates(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
                      const CellState& state, WellRecord& wells, PressureStage& stage);
 
+/// Bhp + head - p of a connection, psi.
+double drawdown(const CellState& state, const Well& well, const WellConnection& connection);
+
+/// The well is open and would not flow back: an injector at 0 or above, a producer at 0 or below.
+bool flowsAt(const Well& well, double drawdown);
+
+/// What the connection lets through: WI * FlowUnit * total mobility of its cell, reservoir volume/day/psi.
+double reservoirCoefficient(const UnitSystem& units, const CellState& state,
+                            const WellConnection& connection);
+
 /// Coefficients of one connection in the pressure equation, per psi of drawdown. dp = Bhp + head - p;
 /// all zero when the connection would flow back (injector dp < 0, producer dp > 0) or the well is shut.
 struct ConnectionCoefficients {
