@@ -25,7 +25,7 @@ UnitSystem metricUnits() {
     units.pressure = PsiPerBar;
     units.density = LbPerFt3PerKgPerM3;
     units.liquidRate = CubicFeetPerCubicMetre;
-    units.gasRate = CubicFeetPerCubicMetre;
+    units.gasRate = units.liquidRate * units.GasVolumeUnit / units.VolumeFactor;
     units.gasRatio = 1.0;
     units.gasFvf = 1.0;
     units.connectionFactor = BarrelsPerCubicMetre / PsiPerBar;

@@ -18,10 +18,10 @@ struct UnitSystem {
     double pressure = 1.0;    // deck pressure to psi
     double density = 1.0;     // deck density to lb/ft3
     double liquidRate = 1.0;  // deck liquid surface rate to internal volume a day
-    double gasRate = 1000.0 / CubicFeetPerBarrel;  // deck gas surface rate to internal volume a day
-    double gasRatio = 1.0 / GasRatioFactor;        // deck Rs to the dimensionless ratio
-    double gasFvf = GasRatioFactor;                // deck Bg to the dimensionless ratio
-    double connectionFactor = 1.0;                 // deck COMPDAT factor to rb cp/(day psi)
+    double gasRate = GasVolumeUnit / VolumeFactor;  // deck gas surface rate to internal volume a day
+    double gasRatio = 1.0 / GasRatioFactor;         // deck Rs to the dimensionless ratio
+    double gasFvf = GasRatioFactor;                 // deck Bg to the dimensionless ratio
+    double connectionFactor = 1.0;                  // deck COMPDAT factor to rb cp/(day psi)
     double copyPressure = 1.0;  // factors of the rewritten unit copy of the deck (other system)
     double copyDensity = 1.0;
     double copyLength = 1.0;
