@@ -112,9 +112,8 @@ CellCompressibility cellCompressibility(const FluidTables& tables, double bubble
     const double p = state.Pressure[c];
     const double moved = p + DifferenceStep;
     if (isSaturatedCell(tables, bubblePointAtTimeLevel, state, c)) {
-        comp.CompressO =
-            -(OilFvf(tables, moved, moved) - OilFvf(tables, p, p)) / DifferenceStep / state.Bo[c];
-        comp.rsSlope = (SolutionRs(tables, moved) - SolutionRs(tables, p)) / DifferenceStep;
+        comp.CompressO = -OilFvfSlope(tables, p, p) / state.Bo[c];
+        comp.rsSlope = SolutionRsSlope(tables, p);
     } else {
         // Rs is constant, so the mass density varies as 1/Bo. No table rows above the bubble point: none.
         const double factor = OilFvf(tables, moved, state.Pb[c]);

@@ -10,17 +10,12 @@ namespace kvr {
 
 namespace {
 
-OilProperties oilOfCell(const FluidTables& tables, double p, double pb) {
-    const OilProperties oil = oilProperties(tables, p, pb);
-    return oil.Bo > 0.0 ? oil : oilProperties(tables, pb, pb);
-}
-
 /// Rock, formation factors, viscosities and densities: what follows the pressure and the bubble point.
 void pressureProperties(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
     const double p = state.Pressure[c];
     state.PoreFraction[c] = grid.PORO[c] * PoreFactor(tables, p);
     state.PoreVolume[c] = grid.BulkVolume[c] * grid.NTG[c] * state.PoreFraction[c];
-    const OilProperties oil = oilOfCell(tables, p, state.Pb[c]);
+    const OilProperties oil = usableOilProperties(tables, p, state.Pb[c]);
     const GasProperties gas = gasProperties(tables, p);
     state.Bo[c] = oil.Bo;
     state.MuO[c] = oil.MuO;
@@ -34,8 +29,7 @@ void pressureProperties(const GridModel& grid, const FluidTables& tables, CellId
 }
 
 void relativePermeabilities(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
-    const SaturationTable& table = regionTable(tables, grid.SATNUM[c]);
-    const RelPerms kr = relPerms(table, tables.hasGas, state.Sw[c], state.Sg[c]);
+    const RelPerms kr = relPermsAtCell(tables, c, grid.SATNUM[c], state.Sw[c], state.Sg[c]);
     state.KrwCell[c] = kr.w;
     state.KroCell[c] = kr.o;
     state.KrgCell[c] = kr.g;
@@ -114,7 +108,7 @@ PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, 
         const bool free = amounts.oil <= 0.0 || amounts.gas > SolutionRs(tables, p) * amounts.oil;
         pb = free ? p : std::min(p, BubblePoint(tables, amounts.gas / amounts.oil));
     }
-    factors.Bo = oilOfCell(tables, p, pb).Bo;
+    factors.Bo = usableOilProperties(tables, p, pb).Bo;
     PhaseState found = recoverState(tables, region, keepEndPoints, factors, amounts);
     if (!tables.hasGas) {
         found.Rs = before.Rs;

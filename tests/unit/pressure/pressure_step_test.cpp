@@ -1,5 +1,6 @@
 #include "pressure/pressure_step.hpp"
 
+#include "fluid/black_oil.hpp"
 #include "unit/pressure/small_run.hpp"
 #include "unit/quiet_console.hpp"
 
@@ -75,6 +76,39 @@ TEST(PressureStep, RaisesAClosedBoxByTheInjectedVolumeOverItsCompressibility) {
     const double exact = (std::sqrt(1.0 + 2.0 * compressibility * 5.0) - 1.0) / compressibility;
     EXPECT_NEAR(s.state.Pressure[1] - 3000.0, exact, exact * 1e-8);
     EXPECT_NEAR(s.wells.wells[0].WellQw, rate, 1e-8 * rate);
+}
+
+TEST(PressureStep, GivesTheSamePressuresInEitherUnitSystem) {
+    Simulation field, metric;
+    metric.units = metricUnits();
+    for (Simulation* s : {&field, &metric}) {
+        sample::makeRun(3, 1, 2, samples::lightOil(), *s);
+        for (CellId c = 1; c <= 6; ++c) {
+            s->state.Sw[c] = 0.3;
+            s->state.So[c] = 0.6;
+            s->state.Sg[c] = 0.1;
+            s->state.Pb[c] = 3000.0;
+            s->state.Rs[c] = SolutionRs(s->fluids, 3000.0);
+        }
+        const double internalPerBarrel = s == &metric ? 5.614583 : 1.0;
+        sample::addWell("inj", "rate", 40.0 * internalPerBarrel, 100000.0, 1, *s);
+        sample::addWell("prd", "orat", -20.0 * internalPerBarrel, 100.0, 6, *s);
+        PressureStep(*s, 0, 1);
+    }
+    for (CellId c = 1; c <= 6; ++c) {
+        EXPECT_NEAR(metric.state.Pressure[c], field.state.Pressure[c], 1e-6);
+        EXPECT_NEAR(metric.state.Sg[c], field.state.Sg[c], 1e-9);
+        for (int d = 1; d <= 6; ++d) {
+            EXPECT_NEAR(metric.velocity.CellFaceFlux(c, d), 5.614583 * field.velocity.CellFaceFlux(c, d),
+                        1e-4);
+            EXPECT_NEAR(metric.velocity.CellFaceVelocity(c, d), field.velocity.CellFaceVelocity(c, d), 1e-7);
+        }
+    }
+    for (std::size_t w = 0; w < 2; ++w) {
+        EXPECT_NEAR(metric.wells.wells[w].Bhp, field.wells.wells[w].Bhp, 1e-5);
+        EXPECT_NEAR(metric.wells.wells[w].WellQg, 5.614583 * field.wells.wells[w].WellQg, 0.05);
+    }
+    EXPECT_NEAR(field.wells.wells[1].WellQo, -20.0, 1e-3);
 }
 
 TEST(PressureStep, RaisesEveryCellOfAClosedBoxAlikeInTheEnd) {

@@ -175,6 +175,31 @@ TEST(RefreshProperties, GivesPhasePressuresByTheCapillaryCurvesAndTheirScale) {
     EXPECT_EQ(s.state.PressureG[1], 3000.0);
 }
 
+TEST(RefreshProperties, TurnsANumberOfTheJFunctionIntoAPressure) {
+    FluidTables tables = sample::waterAndOil(0.0);
+    tables.regions[0].Pcow = {1.0, 0.5, 0.25, 0.0};
+    finishTables(tables);
+    Simulation s;
+    s.options.useJFunction = true;
+    s.options.surfaceTension = 30.0;
+    sample::makeRun(1, 1, 1, tables, s);  // porosity 0.2, 100 md
+    s.state.Sw[1] = 0.4;
+    refreshProperties(s.grid, s.fluids, s.state);
+    EXPECT_NEAR(s.state.Pressure[1] - s.state.PressureW[1], 3.097030044, 1e-8);
+}
+
+TEST(RefreshProperties, TakesTheTablesThatTheCellIsFlaggedFor) {
+    Simulation s;
+    sample::makeRun(2, 1, 1, samples::lightOil(), s);
+    s.fluids.RegionTableCell.assign(2, 1);
+    s.fluids.RegionTableCell[2] = 0;
+    s.fluids.KrwSingle = {0.1, 0.1, 0.1, 0.1};
+    for (CellId c = 1; c <= 2; ++c) s.state.Sw[c] = 0.5;
+    refreshProperties(s.grid, s.fluids, s.state);
+    EXPECT_NEAR(s.state.KrwCell[1], 0.125, 1e-15);
+    EXPECT_NEAR(s.state.KrwCell[2], 0.1, 1e-15);
+}
+
 TEST(RefreshProperties, KeepsOnePoreVolumeForAllUses) {
     Simulation s;
     sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
