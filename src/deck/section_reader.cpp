@@ -36,6 +36,13 @@ bool peekLine(const SectionReader& reader, std::string_view& line) {
     return true;
 }
 
+/// One comment of RUNSPEC is more than a comment, also among the lines that an unknown keyword drops.
+void noteUnitCopyRequest(SectionReader& reader, std::string_view line) {
+    if (reader.section == "RUNSPEC" && trimLeft(line).starts_with(UnitCopyRequest)) {
+        reader.outputMetric = true;
+    }
+}
+
 /// Reads on while `counts` holds for a line, counting; the first other line is stepped back onto.
 template <class Test>
 int consumeWhile(SectionReader& reader, const Test& counts) {
@@ -92,9 +99,7 @@ void echoLine(const SectionReader& reader, std::string_view line) {
 
 void takeComment(SectionReader& reader, std::string_view line) {
     echoLine(reader, line);
-    if (reader.section == "RUNSPEC" && trimLeft(line).starts_with(UnitCopyRequest)) {
-        reader.outputMetric = true;
-    }
+    noteUnitCopyRequest(reader, line);
 }
 
 void skipCommentLines(SectionReader& reader) {
@@ -119,6 +124,7 @@ void skipKeywordData(SectionReader& reader) {
             stepBack(*reader.cursor);
             return;
         }
+        noteUnitCopyRequest(reader, line);
         if (n > 0) echoLine(reader, line);
     }
 }

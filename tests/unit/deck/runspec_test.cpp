@@ -109,6 +109,36 @@ TEST(Runspec, AsksForUnitCopiesOnlyByTheExactComment) {
     EXPECT_FALSE(other.options.outputMetric);
 }
 
+TEST(Runspec, FindsTheUnitCopyCommentAlsoBehindAKeywordThatItSkips) {
+    RunspecBench bench("NOECHO\n-- ConvertUnitCommandKVR\n" + std::string(OneCell));
+    bench.read();
+    EXPECT_TRUE(bench.options.outputMetric);
+}
+
+TEST(Runspec, TellsItsSizesTracersAndComponents) {
+    RunspecBench bench(
+        "RUNSPEC\nDIMENS\n1 1 1 /\nTABDIMS\n2 3 40 50 1 1 /\nWELLDIMS\n4 10 /\nTRACERS\n0 2 /\nSGAS\nMETRIC\n"
+        "COMPS\n3 /\n");
+    bench.read();
+    EXPECT_EQ(bench.screen(),
+              "READING - RUNSPEC SECTION\n"
+              "READ -> DIMENS\nNX = 1\nNY = 1\nNZ = 1\n"
+              "READ -> TABDIMS\n-> Maximum Rock Table Num   (Def = 1   )-> 2\n"
+              "-> Maximum PVT  Table Num   (Def = 1   )-> 3\n"
+              "-> Maximum Rock Table Col   (Def = 1000)-> 40\n"
+              "-> Maximum PVT  Table Col   (Def = 200 )-> 50\n"
+              "READ -> WELLDIMS\n-> Maximum Allocatable Memory Adjusted   (Def = 500)-> 4\n"
+              "-> Maximum Well Connection Adjusted(PER) (Def = 500)-> 10\n"
+              "-> Maximum Well Connection Adjusted(ALL) (Def = 500)-> 40\n"
+              "READ -> TRACERS\n-> Tracer Option Activated, Make Sure That Other Data are Assigned. \n"
+              "READ -> SGAS\nUSE SOLUTION GAS IN OIL PHASE\nREAD -> METRIC\n"
+              "READ -> COMPS\n-> COMPS.. Composotional model Activated.\n"
+              "-> Finished Reading RUNSPEC. Move to Next Section\n");
+    EXPECT_EQ(bench.options.componentCount, 3);
+    EXPECT_TRUE(bench.options.hasGas);
+    EXPECT_EQ(bench.options.tracerCount, 2);
+}
+
 TEST(Runspec, WritesDimensAndStartToBothCopies) {
     RunspecBench bench("DIMENS\n-- c\n 3 2 1 /\nSTART\n 1 JAN 2000/\n");
     bench.read();
