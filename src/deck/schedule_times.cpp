@@ -39,6 +39,13 @@ void checkSizes(const SectionReader& reader, const Schedule& schedule, std::size
         stopWith(reader, "Error :: Memory error , Schedule");
 }
 
+/// Step length from the time reached to a later one. A remainder of rounding, as steps of a fraction of a
+/// day leave it, is none.
+double lengthTo(double time, double reached) {
+    const double length = time - reached;
+    return std::abs(length) > TimeTolerance ? length : 0.0;
+}
+
 /// Values up to the first that is not a step length. 0 ends a list by itself, anything else that is no
 /// length does so with a line.
 std::size_t countLengths(const SectionReader& reader, std::span<const double> values) {
@@ -51,17 +58,14 @@ std::size_t countLengths(const SectionReader& reader, std::span<const double> va
     return static_cast<std::size_t>(end - values.begin());
 }
 
-void takeLengths(SectionReader& reader, ScheduleRecords& records, std::span<const double> values) {
-    Schedule& schedule = records.schedule;
+/// Gives the lengths of a list to the present schedule step; how many there were.
+std::size_t takeLengths(SectionReader& reader, ScheduleRecords& records, std::span<const double> values) {
     const auto lengths = values.first(countLengths(reader, values));
-    checkSizes(reader, schedule, lengths.size());
-    const std::size_t history = schedule.steps.size();
-    closeScheduleStep(lengths, schedule);
-    both(consoleOf(reader), "-> Reporting Step :: {}", lengths.size());
-    both(consoleOf(reader), "-> Well History   :: {}", history);
-    both(consoleOf(reader), "-> Cumulative Tim :: {}", number(timeReached(schedule)));
+    checkSizes(reader, records.schedule, lengths.size());
+    closeScheduleStep(lengths, records.schedule);
     reader.keyword = "TSTEP";
     copyArray(reader, lengths, 1.0, 1.0);
+    return lengths.size();
 }
 
 /// Days from time zero to the date of a row.
@@ -112,7 +116,11 @@ void readTstep(SectionReader& reader, ScheduleRecords& records) {
     const bool isFull = static_cast<std::size_t>(end.count) == MaxStepsOfList && !end.slash;
     if (end.surplus > 0 || (isFull && nextRow(reader, RowStart::Number)))
         stopWith(reader, "ERROR :: MORE THAN 10000 STEP LENGTHS IN ONE LIST");
-    takeLengths(reader, records, values);
+    const std::size_t history = records.schedule.steps.size();
+    const std::size_t taken = takeLengths(reader, records, values);
+    both(consoleOf(reader), "-> Reporting Step :: {}", taken);
+    both(consoleOf(reader), "-> Well History   :: {}", history);
+    both(consoleOf(reader), "-> Cumulative Tim :: {}", number(timeReached(records.schedule)));
 }
 
 void readDates(SectionReader& reader, ScheduleRecords& records) {
@@ -123,8 +131,7 @@ void readDates(SectionReader& reader, ScheduleRecords& records) {
     rows.slash = RowSlash::EndsRow;
     while (lengths.size() < MaxStepsOfList && nextTableRow(reader, rows)) {
         const double date = dateOfRow(reader, records.clock, rows);
-        // Steps of a fraction of a day leave a remainder of rounding that is no step.
-        lengths.push_back(date - reached > TimeTolerance ? date - reached : 0.0);
+        lengths.push_back(lengthTo(date, reached));
         reached = std::max(reached, date);
     }
     if (lengths.empty()) stopWith(reader, "ERROR :: Could not extract DATES");
@@ -136,8 +143,7 @@ void readWnext(SectionReader& reader, ScheduleRecords& records) {
     skipCommentLines(reader);
     std::array<double, 1> time = {0.0};
     checkRead(reader, readDoubles(*reader.cursor, time));
-    const double length = time[0] - timeReached(records.schedule);
-    const std::array<double, 1> lengths = {std::abs(length) > TimeTolerance ? length : 0.0};
+    const std::array<double, 1> lengths = {lengthTo(time[0], timeReached(records.schedule))};
     takeLengths(reader, records, lengths);
 }
 

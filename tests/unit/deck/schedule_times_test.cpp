@@ -116,6 +116,24 @@ TEST(Dates, EndAtADateThatIsNotLater) {
     EXPECT_EQ(datesFrom("1 FEB 2000 /\n1 FEB 2000 /\n1 MAR 2000 /\n"), (Times{31}));
 }
 
+TEST(Dates, SayThatAnEarlierDateEndsTheList) {
+    ScheduleBench run("DATES\n1 FEB 2000 /\n31 JAN 2000 /\n1 MAR 2000 /\n/\n");
+    run.read();
+    EXPECT_EQ(run.schedule.stepLength, (Times{31}));
+    EXPECT_TRUE(run.deck.printed("WARNING :: STEP LENGTH -1 ENDS THE LIST\nFile TEST.DATA, line "));
+    ScheduleBench sameDay("DATES\n1 JAN 2000 /\n/\n");
+    sameDay.read();
+    EXPECT_FALSE(sameDay.deck.printed("WARNING"));
+}
+
+TEST(Dates, AndTheOtherTimeKeywordsPrintOnlyTheirName) {
+    ScheduleBench run("DATES\n1 FEB 2000 /\n/\nWNEXT\n40 /\nSIMEND\n50 /\n");
+    run.read();
+    EXPECT_EQ(run.deck.screen(),
+              "READ -> DATES\nREAD -> WNEXT\nREAD -> SIMEND\n"
+              "-> Finished Reading SCHEDULE. Move to Next Section\n");
+}
+
 TEST(Dates, GoOnFromTheStepsBeforeThem) {
     ScheduleBench run("TSTEP\n31 /\nDATES\n1 MAR 2000 /\n/\n");
     run.readAndClose();
@@ -212,6 +230,13 @@ TEST(ScheduleSection, NeglectsReportKeywordsAndSkipsWhatItDoesNotKnow) {
     EXPECT_TRUE(run.deck.printed(" DRSDT    -> not surpported  \n"));
     EXPECT_TRUE(run.deck.printed("-> Finished Reading SCHEDULE. Move to Next Section\n"));
     EXPECT_EQ(run.deck.next(), "END");
+}
+
+TEST(ScheduleSectionDeathTest, NamesItselfForAMissingInclude) {
+    EXPECT_EXIT(
+        readOnStandardError("INCLUDE\n'no_such_wells.inc' /\n"), ::testing::ExitedWithCode(1),
+        "READ -> INCLUDE\n-> Read Data from INCLUDE file\n-> no_such_wells.inc\n"
+        "ERROR: INCLUDE File Open Error at SCHEDULE section\nFile I/O Error, in SCHEDULE Section 2\n");
 }
 
 TEST(ScheduleSection, GoesOnWhereAnEarlierOneEnded) {
