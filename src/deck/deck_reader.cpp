@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string>
 
 namespace kvr {
@@ -23,7 +24,8 @@ namespace {
 constexpr int FirstPassLines = 10000;  // lines tested by the dispatcher, at most
 constexpr int SecondPassLines = 1000;
 constexpr std::size_t DispatcherLineWidth = 2048;
-constexpr int OpenErrorStatus = -1;
+constexpr int OpenErrorStatus = -1;  // there is no such file
+constexpr int HandlingErrorStatus = -2;
 
 /// The deck being read and the run that it fills.
 struct DeckReading {
@@ -107,7 +109,6 @@ SectionReader readerFor(DeckReading& deck, DeckCursor& cursor, std::string_view 
     reader.outputMetric = deck.run.options.outputMetric;
     reader.units = &deck.run.units;
     reader.keyword = section;
-    reader.keywordLine = cursor.lineNumber;
     return reader;
 }
 
@@ -242,21 +243,27 @@ std::vector<std::string> deckNames(const RunOptions& options) {
     return {options.dataFileBase + ".DATA", options.dataFileBase + ".DAT", options.dataFileBase + ".ECL"};
 }
 
+[[noreturn]] void stopOnOpenFailure(const Console& console, const std::string& name, int status) {
+    if (status == OpenErrorStatus)
+        lineToBoth(console, "ERROR: File Open Error");
+    else if (status == HandlingErrorStatus)
+        lineToBoth(console, "ERROR: File handling Error at ECLIPSE input mode");
+    else
+        both(console, "ERROR: File handling error in ECLIPSE input mode, code = {}", status);
+    both(console, "File {}", name);
+    hardStop(console);
+}
+
 void openDeck(DeckReading& deck) {
     const std::vector<std::string> names = deckNames(deck.run.options);
-    int status = OpenErrorStatus;
     for (const std::string& name : names) {
         const std::string path = existingPath(name);
         if (path.empty()) continue;
+        errno = 0;
         if (loadDeck(path, deck.cursor)) return;
-        status = -2;
-        break;
+        stopOnOpenFailure(deck.run.console, path, errno != 0 ? errno : HandlingErrorStatus);
     }
-    lineToBoth(deck.run.console, status == OpenErrorStatus
-                                     ? "ERROR: File Open Error"
-                                     : "ERROR: File handling Error at ECLIPSE input mode");
-    both(deck.run.console, "File {}", names.front());
-    hardStop(deck.run.console);
+    stopOnOpenFailure(deck.run.console, names.front(), OpenErrorStatus);
 }
 
 std::string skippedText(const DeckReading& deck, const SkippedKeyword& row) {

@@ -1,6 +1,7 @@
 #include "deck/deck_reader.hpp"
 
 #include "unit/deck/deck_bench.hpp"
+#include "unit/scratch_folder.hpp"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -156,18 +157,26 @@ TEST(DeckReaderDeathTest, StopsWithoutDimensions) {
                 "ERROR :: DIMENS NOT SPECIFIED\nFile .*, line 1,");
 }
 
-void openMissing() {
+void readFrom(const std::string& path) {
     Simulation run;
     run.console.screen = stderr;
     run.console.input = nullptr;
     run.options.useRelativePath = true;
-    run.options.dataFileBase = "no/such/deck";
+    run.options.dataFileBase = path;
     readDeck(run);
 }
 
 TEST(DeckReaderDeathTest, StopsWhenTheDeckCannotBeOpened) {
-    EXPECT_EXIT(openMissing(), testing::ExitedWithCode(1),
+    EXPECT_EXIT(readFrom("no/such/deck"), testing::ExitedWithCode(1),
                 "ERROR: File Open Error\nFile no/such/deck.DATA\n");
+}
+
+TEST(DeckReaderDeathTest, StopsWithTheSystemsCodeWhenTheDeckCannotBeRead) {
+    // A file that is there and opens, but whose first bytes no process can read.
+    const ScratchFolder folder;
+    fs::create_symlink("/proc/self/mem", folder.path + "locked.DATA");
+    EXPECT_EXIT(readFrom(folder.path + "locked"), testing::ExitedWithCode(1),
+                "ERROR: File handling error in ECLIPSE input mode, code = 5\nFile .*locked.DATA\n");
 }
 
 }  // namespace
