@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -200,6 +201,17 @@ struct RunOptions {
     PhasePrices injectionPrice;
     std::vector<double> componentPrice;
 };
+
+/// The line solver of phase `index`, 1-based; behind the last phase the last one goes on.
+inline const std::string& solverPhase(const RunOptions& options, int index) {
+    const auto last = static_cast<int>(options.solverPhaseName.size());
+    return options.solverPhaseName[static_cast<std::size_t>(std::clamp(index, 1, last) - 1)];
+}
+
+/// The analytical solver has no wells in the sense of the reports: no net inflow, no recovery.
+inline bool isAnalyticalPhase(const RunOptions& options, int index) {
+    return solverPhase(options, index) == "btf";
+}
 
 inline bool isDualPorosity(const RunOptions& options) {
     return options.modelName == "DPSP";

@@ -206,7 +206,7 @@ void advanceBalance(Simulation& simulation, double executedDt) {
         record.started = true;
     }
     addWellFlows(simulation.wells, executedDt, record);
-    if (simulation.options.solverPhaseName.front() != "btf")
+    if (!isAnalyticalPhase(simulation.options, simulation.clock.solverPhaseIndex))
         addNetInflow(simulation.wells, executedDt, record.netInflow);
     record.rows.push_back(makeRow(simulation, executedDt));
 }

@@ -10,13 +10,6 @@ namespace kvr {
 namespace {
 
 constexpr std::string_view Yes = "Yes";
-constexpr std::string_view AnalyticalPhase = "btf";
-
-bool isAnalytical(const Simulation& run) {
-    const auto phase = static_cast<std::size_t>(run.clock.solverPhaseIndex) - 1;
-    return phase < run.options.solverPhaseName.size() &&
-           run.options.solverPhaseName[phase] == AnalyticalPhase;
-}
 
 void addExcelTables(const Simulation& run, const StepFigures& figures) {
     addWellBlocks(run.grid, run.units, run.wells, stream(run.outputs, OutputFile::ExclWellBlk));
@@ -38,7 +31,7 @@ void addViewTables(const Simulation& run, const StepFigures& figures) {
 }
 
 void addRecovery(const Simulation& run, const StepFigures& figures) {
-    if (isAnalytical(run)) return;
+    if (isAnalyticalPhase(run.options, run.clock.solverPhaseIndex)) return;
     addRecoveryRow(figures, runWellNames(run.schedule, run.wells),
                    stream(run.outputs, OutputFile::RunRecovery));
     lineToLog(run.console, "File Replaced : KVR_Run_Recovery.out");
