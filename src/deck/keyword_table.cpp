@@ -29,7 +29,6 @@ SectionEvent nextKeyword(SectionReader& reader, int& tested, KeywordLine& found)
             found.line = seen;
             found.word = keywordOf(seen);
             reader.keyword = firstWord(seen);
-            reader.keywordLine = reader.cursor->lineNumber;
             if (++tested <= MaxKeywordLines) {
                 return isSectionWord(found.word) ? SectionEvent::SectionWord : SectionEvent::Keyword;
             }

@@ -41,8 +41,7 @@
 ///
 /// The loop does everything that all sections share: the line rule, comments to the echo sinks, lines
 /// that start with a slash, the keyword count, TITLE and its line, INCLUDE (not listed in the table),
-/// section words, " -> not surpported  ". `reader.keyword` and `reader.keywordLine` are set before a
-/// handler is called.
+/// section words, " -> not surpported  ". `reader.keyword` is set before a handler is called.
 namespace kvr {
 
 inline constexpr int FullKeyword = 8;  // characters of a keyword that are compared
@@ -60,6 +59,14 @@ struct KeywordRow {
 template <class Records>
 void neglect(SectionReader& reader, Records&) {
     neglectKeyword(reader);
+}
+
+/// Handler of RPTRST, the same in every section that has it.
+template <class Records>
+void neglectRestartReports(SectionReader& reader, Records&) {
+    announce(reader, "RPTRST, is neglected");
+    announce(reader, "RPTRST, output is saved in Tecplot or Text file by KVR, only primary variable");
+    skipKeywordData(reader);
 }
 
 /// Texts of INCLUDE that differ from section to section. A section without INCLUDE passes `NoInclude`.

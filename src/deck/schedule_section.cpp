@@ -10,16 +10,10 @@ namespace kvr {
 
 namespace {
 
-void neglectRptrst(SectionReader& reader, ScheduleRecords&) {
-    announce(reader, "RPTRST, is neglected");
-    announce(reader, "RPTRST, output is saved in Tecplot or Text file by KVR, only primary variable");
-    skipKeywordData(reader);
-}
-
 using Row = KeywordRow<ScheduleRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSCHED", neglect<ScheduleRecords>, "neglected"},
-    Row{"RPTRST", neglectRptrst, "neglected"},
+    Row{"RPTRST", neglectRestartReports<ScheduleRecords>, "neglected"},
     Row{"WELSPEC", readWelspec, "a well in one row: name, I, J, K1, K2, diameter, skin, type, rate, control"},
     Row{"WELSPECS", readWelspecs, "name, group, I, J, reference depth, phase of a well"},
     Row{"COMPDAT", readCompdat, "completions of a well"},

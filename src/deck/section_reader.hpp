@@ -41,7 +41,6 @@ struct SectionReader {
     const UnitSystem* units = nullptr;
     int keywordCount = 0;
     std::string keyword;  // the keyword whose data are being read, for messages
-    int keywordLine = 0;
 };
 
 /// Section words end a section, wherever they are met. `word` is 8 characters as `keywordOf` makes it.

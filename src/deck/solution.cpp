@@ -14,12 +14,6 @@ const Console& consoleOf(const SectionReader& reader) {
     return *reader.sinks->console;
 }
 
-void neglectRestartReports(SectionReader& reader, SolutionRecords&) {
-    announce(reader, "RPTRST, is neglected");
-    announce(reader, "RPTRST, output is saved in Tecplot or Text file by KVR, only primary variable");
-    skipKeywordData(reader);
-}
-
 void readEquil(SectionReader& reader, SolutionRecords& records) {
     announce(reader, reader.keyword);
     lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
@@ -137,7 +131,7 @@ void readRestart(SectionReader& reader, SolutionRecords& records) {
 using Row = KeywordRow<SolutionRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSOL", neglect<SolutionRecords>, "neglected"},
-    Row{"RPTRST", neglectRestartReports, "neglected"},
+    Row{"RPTRST", neglectRestartReports<SolutionRecords>, "neglected"},
     Row{"EQUIL", readEquil, "datum depth and pressure, WOC depth, Pc there, GOC depth"},
     Row{"PRESSURE", readPressure, "initial pressure, one value per cell"},
     Row{"SWAT", readSwat, "initial water saturation, one value per cell"},

@@ -1,5 +1,10 @@
 #include "report/balance_table.hpp"
 
+#include "base/console.hpp"
+#include "base/constants.hpp"
+
+#include <string_view>
+
 namespace kvr {
 
 namespace {

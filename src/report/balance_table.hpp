@@ -1,6 +1,9 @@
 #pragma once
 
-#include "run/simulation.hpp"
+#include "base/units.hpp"
+#include "report/balance_record.hpp"
+
+#include <string>
 
 namespace kvr {
 
