@@ -145,8 +145,8 @@ TEST(NumLine, ReadsCountStartAndCover) {
     EXPECT_EQ(deck.options.traceMissed, "Yes");
     EXPECT_EQ(OptionDeck("NUMLINE\n 5 BOTH /\n").options.streamlineStart, "cel");
     EXPECT_EQ(OptionDeck("NUMLINE\n 5 /\n").options.streamlineStart, "inj");
-    EXPECT_TRUE(deck.said("-> MxNum of SL : 500"));
-    EXPECT_TRUE(deck.said("-> Cover All ? : Yes"));
+    EXPECT_TRUE(
+        deck.said("READ -> NUMLINE\n-> MxNum of SL : 500\n-> Start from? : prd\n-> Cover All ? : Yes\n"));
 }
 
 TEST(LineControl, ReadsTheAnalyticalRecord) {
@@ -210,6 +210,19 @@ TEST(OptionSwitches, ForceTheGorConstraintsOnWithoutGas) {
     EXPECT_EQ(gas.globalIterations, 4);
 }
 
+TEST(OptionSwitches, AreToldInTheirOrder) {
+    EXPECT_TRUE(OptionDeck("OPTIONKVR\n3 1 0 1 0 1 0 4 /\n", gasRun())
+                    .said("READ -> OPTIONKVR\n"
+                          "-> Pressure Update Freq (0 <= 1upda) : 3\n"
+                          "-> Tecplot 8-point Corner (Fault)    : Yes\n"
+                          "-> Check Irreduciable Saturation     : No\n"
+                          "-> Output Sensitivity for inversion? : Yes\n"
+                          "-> Constraint Upper Solution GOR     : No\n"
+                          "-> Constraint Lower Solution GOR     : Yes\n"
+                          "-> Make sure that this option is false : No\n"
+                          "-> Iterative IMPES, how many iteration : 4\n"));
+}
+
 TEST(OutputSwitches, ActInTheirOrderAndTellEachLine) {
     const OptionDeck deck("OUTPUTKVR\n1 1 1 1 1 1 1 0 1 1 /\n");
     const RunOptions& options = deck.options;
@@ -218,10 +231,18 @@ TEST(OutputSwitches, ActInTheirOrderAndTellEachLine) {
     EXPECT_EQ(options.outputXls + options.outputPlt + options.outputKvrView + options.outputEclipse +
                   options.outputSln,
               "YesYesNoYesYes");
-    EXPECT_TRUE(deck.said("-> Output in Debug(This file)          : Yes"));
-    EXPECT_TRUE(deck.said("-> Output Pressure Matrix (Very Heavy) : Yes"));
-    EXPECT_TRUE(deck.said("-> Output Saturati Matrix (Very Heavy) : Yes"));
-    EXPECT_TRUE(deck.said("-> Output in ECLIPSE format (Binary)   : Yes"));
+    EXPECT_TRUE(
+        deck.said("READ -> OUTPUTKVR\n"
+                  "-> Output in Debug(This file)          : Yes\n"
+                  "-> Output in Excel   (.xls)            : Yes\n"
+                  "-> Output in Tecplot (.plt)            : Yes\n"
+                  "-> Output Streamline                   : Yes\n"
+                  "-> Output Diffusive TOF                : Yes\n"
+                  "-> Output Pressure Matrix (Very Heavy) : Yes\n"
+                  "-> Output Saturati Matrix (Very Heavy) : Yes\n"
+                  "-> Output in KVR view files            : No\n"
+                  "-> Output in ECLIPSE format (Binary)   : Yes\n"
+                  "-> Output Streamline in .SLN           : Yes\n"));
 }
 
 TEST(OutputSwitches, NotGivenLeaveTheViewFilesOnAndTheRestOff) {
@@ -351,6 +372,29 @@ TEST(RestartSwitches, ImplyRestartTracing) {
     EXPECT_TRUE(saturation.options.useEclipseSaturation && saturation.options.traceFromRestart);
     EXPECT_TRUE(saturation.said("ECLIPSE Pressure : USE Pressure data from ECLIPSE"));
     EXPECT_FALSE(OptionDeck("USEECLTR\n").options.traceFromRestart);
+}
+
+TEST(SwitchKeywords, PrintTheirNameAndTheirText) {
+    const std::pair<const char*, const char*> texts[] = {
+        {"ECLTRACE", "TRACING FROM ECLIPSE\nJUST TRACING STREAMLINE FROM RST"},
+        {"OUTWHIST", "Output WCHONHIST Data end of the simulation, check WCHONHIST_TEMP.DATA"},
+        {"ECL2TEC", "Output Convert_ECL2Tecplot at the starting simulation"},
+        {"DELECL", "Delete previous ECL run at the starting simulation"},
+        {"OPTIMIZE", "Waterflood Optimization Activated"},
+        {"OPTMMP", "Flow Optimizatio : Missibility Pressure option Activated"},
+        {"USEECLP", "ECLIPSE Pressure : USE Pressure data from ECLIPSE"},
+        {"USEECLS", "ECLIPSE Pressure : USE Pressure data from ECLIPSE"},
+        {"USEECLTR", "USE Transmisibility data from ECLIPSE INIT file"},
+        {"LINUXRUN", "ECLIPSE Run by Linux System"},
+        {"CO2MBM", "Black Oil CO2 Sequestration Option By M.Blunt Model"}};
+    for (const auto& [keyword, text] : texts) {
+        const OptionDeck deck(std::string(keyword) + "\n");
+        EXPECT_EQ(deck.quiet.screenText(), std::string("READ -> ") + keyword + "\n" + text + "\n");
+        EXPECT_EQ(deck.quiet.logText(), deck.quiet.screenText());
+    }
+    EXPECT_TRUE(OptionDeck("ECLCOMM\n$e300\n").said("-> ECLIPSE Run Command Specified    : $e300\n"));
+    EXPECT_TRUE(OptionDeck("NPVPRICE\n1 2 3 /\n")
+                    .said("READ -> NPV\nPrice of OIL,WATER and GAS, $/bbl,$/bbl and $/Mscf 1 2 3\n"));
 }
 
 TEST(Co2Model, CarriesOneTracer) {

@@ -229,6 +229,7 @@ TEST(InjectionStreams, AreKeptByName) {
     run.read();
     EXPECT_EQ(run.well(1).tracerConcentration, 0.7);
     EXPECT_EQ(run.well(1).injectionStream, "SEP");
+    EXPECT_TRUE(run.deck.printed("READ -> WTRACER\nREAD -> WELLSTRE\nREAD -> WINJGAS\n"));
     ASSERT_EQ(run.schedule.streams.size(), 1U);
     EXPECT_EQ(run.schedule.streams[0].moleFraction, (std::vector<double>{0.5, 0.5}));
 }

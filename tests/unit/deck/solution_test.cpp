@@ -106,6 +106,55 @@ TEST(Solution, ConvertsTheSolutionGasOfEachCell) {
     EXPECT_NEAR(bench.initial.initialRs[3], 226.196674, 1e-6);
 }
 
+TEST(Solution, AnnouncesEveryArrayInItsOwnWords) {
+    SolutionBench bench(
+        "PRESSURE\n3*4000 /\nSWAT\n3*0.3 /\nSGAS\n3*0.1 /\nSOIL\n3*0.6 /\nRS\n3*0.5 /\n"
+        "RSVD\n8300 1.27\n8450 1.3 /\nNEI\n0.4 0.6 /\nZMF\n0.1 0.9 0.2 0.8 0.3 0.7 /\nRESTART\n'X' 5 /\n");
+    bench.options.componentCount = 2;
+    bench.read();
+    EXPECT_EQ(bench.screen(),
+              "READ -> FIELD PRESSURE by MANUAL\nREAD -> FIELD WATER SATURATION by MANUAL\n"
+              "READ -> FIELD GAS SATURATION by MANUAL\nREAD -> FIELD OIL SATURATION by MANUAL\n"
+              "READ -> FIELD Solution GOR by MANUAL\nREAD -> FIELD Solution GOR by Depth Table\n"
+              "READ -> FIELD Composition\nREAD -> FIELD Composition, each grid block\nREAD -> RESTART\n"
+              "-> Finished Reading SOLUTION. Move to Next Section\n");
+    EXPECT_EQ(bench.logged(), bench.screen());
+    EXPECT_EQ(bench.initial.initialSoil[2], 0.6);
+    EXPECT_EQ(bench.initial.initialSgas[3], 0.1);
+    EXPECT_EQ(bench.initial.initialZ(2, 1), 0.2);
+    EXPECT_EQ(bench.initial.initialZ(3, 2), 0.7);
+}
+
+TEST(Solution, GivesEveryCellTheOneComposition) {
+    SolutionBench bench("NEI\n0.4 0.6 /\n");
+    bench.options.componentCount = 2;
+    bench.read();
+    EXPECT_EQ(bench.initial.initialZ(1, 1), 0.4);
+    EXPECT_EQ(bench.initial.initialZ(3, 2), 0.6);
+}
+
+TEST(Solution, ConvertsLengthsAndPressuresForTheUnitCopies) {
+    SolutionBench bench("EQUIL\n1000 100 2000 10 500 /\nPRESSURE\n3*100 /\n");
+    bench.reader.outputMetric = true;
+    bench.read();
+    EXPECT_EQ(contentsOf(bench.sinks.metricCopy),
+              "EQUIL\n304.8 6.894757 609.6 0.6894757 152.4 /\n"
+              "PRESSURE\n6.894757 6.894757 6.894757 /\n");
+    EXPECT_EQ(contentsOf(bench.sinks.fieldCopy), "EQUIL\n1000 100 2000 10 500 /\nPRESSURE\n100 100 100 /\n");
+}
+
+void readLetters() {
+    SolutionBench bench("EQUIL\n8400 deep /\n");
+    bench.speakToStandardError();
+    bench.read();
+}
+
+TEST(SolutionDeathTest, StopsOnLettersWhereNumbersBelong) {
+    EXPECT_EXIT(readLetters(), testing::ExitedWithCode(1),
+                "ERROR: File reading error, code = 64\nReading error, in SOLUTION Section\n"
+                "File TEST.DATA, line 2, keyword EQUIL: \"deep\"");
+}
+
 void readMissingInclude() {
     SolutionBench bench("INCLUDE\n'missing' /\n");
     bench.speakToStandardError();

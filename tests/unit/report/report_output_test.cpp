@@ -71,7 +71,15 @@ TEST(ReportOutput, ReportsTheSolutionRatioInDeckUnits) {
     const std::vector<PlotZone> zones = test.zones("KVR_TPlot_Rs.plt");
     ASSERT_EQ(zones.size(), 1U);
     EXPECT_NEAR(zones[0].columns[3][0], 1.27, 1e-7);
-    EXPECT_NE(test.folder.read("KVR_Excl_Grid_Sat.xls").find("Grid\tSGAS_Frac"), std::string::npos);
+    EXPECT_EQ(zones[0].title, "R<sub>s</sub>PLOT");
+    EXPECT_EQ(test.zones("KVR_TPlot_sgas.plt").at(0).title, "S<sub>g</sub>PLOT");
+    const std::string sheet = test.folder.read("KVR_Excl_Grid_Sat.xls");
+    const std::size_t oil = sheet.find("Grid\tSOIL_Frac");
+    const std::size_t water = sheet.find("Grid\tSWAT_Frac");
+    const std::size_t gas = sheet.find("Grid\tSGAS_Frac");
+    EXPECT_TRUE(oil < water && water < gas && gas != std::string::npos);
+    EXPECT_NE(test.folder.read("KVR_Excl_Grid_Prs.xls").find("Grid\tPres_Frac"), std::string::npos);
+    EXPECT_NE(test.folder.read("KVR_dbg.out").find("Information Added for XXX.xls\n"), std::string::npos);
 }
 
 TEST(ReportOutput, WritesOneColumnPerTracer) {

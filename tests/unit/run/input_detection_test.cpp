@@ -81,6 +81,9 @@ TEST_F(InputDetection, TakesTheEclipseDeckBeforeTheFrontsimOne) {
     EXPECT_EQ(options.headerName, "ECLIPSE");
     EXPECT_FALSE(options.ixExtract);
     EXPECT_FALSE(options.useRelativePath);
+    EXPECT_EQ(printed,
+              "WARNING: KVR Input File not found\n"
+              "Insted of that, we found ECLIPSE.DATA file ...\n");
 }
 
 TEST_F(InputDetection, ExtractsFromAnIxDeck) {
@@ -101,10 +104,20 @@ TEST_F(InputDetection, AddsTheExtensionToATypedName) {
     EXPECT_EQ(options.workingFolder, "");
     EXPECT_EQ(options.dataFileBase, "CASE1");
     EXPECT_TRUE(
-        said("ECLIPSE output data converter can be used\n"
-             "---- ECLRUN / HISTORY MATCH / DATA CONVERSION ------\n"));
-    EXPECT_TRUE(
-        said("SUMMARY (*.S000 )  (If Correct TOF needed)\n"
+        said("WARNING: KVR Input File not found\n"
+             "ECLIPSE output data converter can be used\n"
+             "---- ECLRUN / HISTORY MATCH / DATA CONVERSION ------\n"
+             "Add following key to ECLIPSE input deck after END\n"
+             "Keyword -> TUNEKVR  (To activate KVR option     )\n"
+             "Keyword -> ECL2TEC  (Convert output to Tecplot  )\n"
+             "Keyword -> ECLTRACE (Run ECLIPSE and trace SLine)\n"
+             "Keyword -> DOINV    (History Match with WCONHIST)\n"
+             "Keyword -> OPTIMIZE (Optimization with  WFOOPT  )\n"
+             "Need to have following file to run option\n"
+             "RESTART (*.X000 )  (For data conversion  )\n"
+             "GRID    (*.E|GRID) (For data conversion  )\n"
+             "INPUT   (*.DATA )  (If Output cannot find)\n"
+             "SUMMARY (*.S000 )  (If Correct TOF needed)\n"
              "Input Header name of ECLIPSE RESTART :: -XXXX-.DATA\n"
              "(Type 0 to generate example Deck)\n"
              "ECLIPSE -> TECPLOT Conversion if TEC2ECL\n"
