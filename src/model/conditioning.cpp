@@ -103,6 +103,14 @@ void multiplyTransRows(const Console& console, const GridModel& grid, const std:
     }
 }
 
+/// Depths along the directions beyond the faces, which the formulas leave out.
+void storeDiagonalDepths(const GridModel& grid, ConnectionTable& connections) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int d = FaceCount + 1; d <= connections.NDIR; ++d)
+            if (const CellId n = connections.Neighbour(cell, d); n > 0)
+                connections.DepthDiff(cell, d) = grid.CellCentre(n, 3) - grid.CellCentre(cell, 3);
+}
+
 void rebalance(const Console& console, const GridModel& grid, ConnectionTable& connections) {
     const int notANumber = rebalanceNinePoint(grid, connections);
     for (int line = 0; line < notANumber; ++line) lineToBoth(console, " ");
@@ -185,7 +193,10 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
         connectByCornerFormula(grid, connections, units.VolumeFactor);
     else
         connectByBoxFormula(grid, connections, units.VolumeFactor);
-    if (options.ninePoint) rebalance(console, grid, connections);
+    storeDiagonalDepths(grid, connections);
+    // Only the fully implicit method lets the diagonals flow: faces that had given part of their flow to
+    // them would leave the velocity field of the other methods short.
+    if (options.ninePoint && options.method == "FIM") rebalance(console, grid, connections);
     multiplyTransRows(console, grid, grid.equalsRows, connections);
     multiplyTransRows(console, grid, grid.multiplyRows, connections);
     multiplyTransRows(console, grid, grid.editRows, connections);

@@ -54,6 +54,33 @@ TEST(NinePoint, LeavesOutADiagonalWithoutFlow) {
     for (int d = 1; d <= 4; ++d) EXPECT_EQ(t.Trans(5, d), TransBefore);
 }
 
+TEST(NinePoint, ServesTheFullyImplicitMethodOnly) {
+    const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
+    RunOptions options = ninePoint();
+    const ConnectionTable others = condition(grid, false, options).table;
+    const double face = condition(grid, false).table.Trans(5, 2);
+    EXPECT_EQ(others.Trans(5, 2), face);
+    EXPECT_EQ(others.Trans(5, 18), 0.0);
+    EXPECT_EQ(others.Neighbour(5, 18), 9);
+    options.method = "FIM";
+    const ConnectionTable implicit = condition(grid, false, options).table;
+    EXPECT_GT(implicit.Trans(5, 18), 0.0);
+    EXPECT_NE(implicit.Trans(5, 2), face);
+}
+
+TEST(NinePoint, KnowsTheDepthsAlongItsDiagonals) {
+    GridModel grid = rockOnly(2, 2, 1);
+    setCells(grid.DX, {100, 100, 100, 100});
+    setCells(grid.DY, {100, 100, 100, 100});
+    setCells(grid.DZ, {10, 10, 10, 10});
+    setCells(grid.TOPS, {1000, 1004, 1003, 1009});
+    buildBlockGrid(grid, CubicFeetPerBarrel);
+    const ConnectionTable t = condition(std::move(grid), false, ninePoint()).table;
+    EXPECT_DOUBLE_EQ(t.DepthDiff(1, 18), 9.0);
+    EXPECT_DOUBLE_EQ(t.DepthDiff(3, 16), 1.0);
+    EXPECT_DOUBLE_EQ(t.DepthDiff(4, 15), -9.0);
+}
+
 TEST(NinePoint, GoesOnPastAHalfThatIsNotANumber) {
     const GridModel grid = uniformBlocks(3, 3, 1, 100, 100, 10);
     Conditioned c = condition(grid, false, ninePoint());
