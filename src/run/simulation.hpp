@@ -17,6 +17,7 @@
 #include "run/output_streams.hpp"
 #include "run/stage_times.hpp"
 #include "streamline/launch_plan.hpp"
+#include "streamline/line_stage.hpp"
 #include "streamline/solver_line.hpp"
 #include "streamline/streamline_record.hpp"
 
@@ -53,6 +54,7 @@ struct Simulation {
     CellTags tags;
     ExitFlags exitFlags;
     MappingSums mapping;
+    LineStage lines;
     double flatBedValue = -1.0;  // ft; largest lateral depth difference, kept for the run; negative: unset
 
     BalanceRecord balance;

@@ -11,33 +11,39 @@ namespace kvr {
 /// One-dimensional problem on a line, marched from the injector end. Positions 0..N, position 0 the
 /// inlet. Amounts C are surface volume per pore volume, fluxes F surface volume per reservoir volume.
 struct SolverLine {
-    int lineNumber = 0;
     int nodeCount = 0;        // N
     int tracedNodeCount = 0;  // M, nodes of the traced line
+    int injector = 0;         // 1-based wells at the two ends, 0 for none
+    int producer = 0;
     bool startsInInjector = false;
+    bool hasGravity = false;  // the gravity sources are in use
+    bool regridded = false;   // a group mark is not 0: the solution goes back through the remap
 
-    // The line as traced, marched from the inlet: cells and residence times, [1..M].
+    // The line as traced, turned to run from the inlet: [0..M], residence times in days.
     std::vector<CellId> tracedCell;
-    std::vector<double> tracedTof, tracedDeltaTof;  // days; tracedTof[0] is 0
-    std::vector<double> tracedStepLength;           // ft
-    std::vector<double> tracedDepth;                // ft, [0..M] depth of the node position
+    std::vector<double> tracedTof, tracedDeltaTof;
+    std::vector<double> tracedStepLength;  // ft
+    std::vector<double> tracedDepth;       // ft, of the point where the node's traverse ended
 
-    std::vector<double> Tof, DeltaTof;  // days, [0..N]
-    std::vector<int> groupMark;         // 0: a node of the traced line
-    std::vector<CellId> cell;           // cell whose data the node took
+    // Solver nodes, [0..N].
+    std::vector<double> Tof, DeltaTof;    // days
+    std::vector<double> inverseDeltaTof;  // 1/day
+    std::vector<int> groupMark;           // 0: a node of the traced line
+    std::vector<int> tracedNode;          // traced node whose cell the node took
     std::vector<int> region;
-    std::vector<double> fluxPressure, storagePressure, bubblePoint;  // psia
-    std::vector<double> poreFractionRatio;  // time-level porosity over the present one, scales storage
+    std::vector<double> pressure, saturatedRs, bubblePoint;  // psia; held, held, solution
     std::vector<double> Sw, So, Sg, Rs;
-    std::vector<double> Bw, Bo, Bg, MuW, MuO, MuG;        // at fluxPressure, for F
-    std::vector<double> BwStorage, BoStorage, BgStorage;  // at storagePressure, for C
+    std::vector<double> Bw, Bo, Bg, inverseBw, inverseBo, inverseBg;
+    std::vector<double> inverseMuW, inverseMuO, inverseMuG;  // 1/cp
+    std::vector<double> expansion;  // 1/day, net outflow of the node's cell over its pore volume
     std::vector<double> Cw, Co, Cg;
     std::vector<double> Fw, Fo, Fg;
-    std::vector<double> dFw, dFo, dFg;              // [i] = F(i+1) - F(i)
-    std::vector<double> sourceW, sourceO, sourceG;  // 1/day
-    DirectionArray<double> tracer;                  // (node, tracer)
+    std::vector<double> limitedFw, limitedFo, limitedFg;
+    std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
+    std::vector<double> inflowRate, outflowRate;       // 1/day, what F(i-1) brings and F(i) takes
+    std::vector<std::vector<double>> tracer;           // [tracer][node] concentration
 
-    // End-node fluxes, mean over the step: what the outlet carried, surface volume per reservoir volume.
+    // What the last node let out, mean over the step, surface volume per reservoir volume.
     double outletWater = 0.0, outletOil = 0.0, outletGas = 0.0;
     int substeps = 0;
 };
@@ -46,11 +52,12 @@ struct SolverLine {
 struct MappingSums {
     CellArray<double> weight, water, oil, gas, bubblePoint;
     DirectionArray<double> tracer;
+    CellArray<double> bubblePointLimit;  // psia, initial bubble points
     CellArray<std::uint8_t> CellVisited;
     CellArray<std::uint8_t> visitedSnapshot;  // CellVisited when the missed-block stage starts
 };
 
-/// What the lines of one step carried out of each producing connection, weighted by LineFlux.
+/// What the lines of one step carried out of one producing connection, weighted by LineFlux.
 struct OutletRates {
     double reservoir = 0.0;                    // rb/day reached by lines
     double oil = 0.0, water = 0.0, gas = 0.0;  // surface volume a day

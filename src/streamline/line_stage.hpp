@@ -1,0 +1,20 @@
+#pragma once
+
+#include "streamline/line_worker.hpp"
+
+#include <vector>
+
+namespace kvr {
+
+/// Memory of the streamline stage: sized once, reused by every step.
+struct LineStage {
+    int nodeCapacity = 0;  // traced nodes a line may have
+    LineField field;
+    std::vector<LineWorker> workers;  // one a thread
+    std::vector<LineResult> results;  // one a line of the block being worked
+    OutletTable outlets;              // since the pressure step, over its mapping sub-steps
+    long long substeps = 0;           // transport substeps of all lines of the run
+    long long solvedLines = 0;
+};
+
+}  // namespace kvr

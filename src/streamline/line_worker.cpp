@@ -1,0 +1,79 @@
+#include "streamline/line_worker.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+void takeTrace(const StreamlineRecord& record, LineResult& result) {
+    result.status = record.status;
+    result.solved = false;
+    // Node 1 is the launching cell; the cells from node 2 on were entered.
+    result.enteredCount = record.enteredNodes - 1;
+    std::copy_n(record.NodeCell.begin() + 2, at(std::max(0, result.enteredCount)), result.entered.begin());
+}
+
+void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+              const WellRecord& wells, const LineField& field, const StreamlineRecord& record,
+              SolverLine& line) {
+    takeTracedLine(grid, record, !field.fromInjector, field.trace.referenceCube, line);
+    layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
+    loadNodes(field.nodes, state.tracer, fluids.hasGas, line);
+    const CellTagKind firstTag = field.trace.cells[at(line.tracedCell[1])].tag;
+    loadInlet(field.nodes, fluids, wells, firstTag == CellTagKind::Injector, line);
+}
+
+/// The producing end: where a line from an injector arrived, where a line from a producer began.
+LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& line) {
+    LineEnd end;
+    const bool arrived = !field.fromInjector || status == TraceStatus::ReachedWell;
+    end.well = arrived ? line.producer : 0;
+    end.cell = line.tracedCell[at(line.tracedNodeCount)];
+    end.water = line.outletWater;
+    end.oil = line.outletOil;
+    end.gas = line.outletGas;
+    return end;
+}
+
+}  // namespace
+
+LineSolver lineSolverOf(std::string_view word) {
+    if (word == "btf") return LineSolver::Analytic;
+    return word == "mas" ? LineSolver::Explicit : LineSolver::None;
+}
+
+void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker) {
+    sizeRecord(tracedNodes, worker.record);
+    const double factor = nodeControlOf(options) == NodeControl::Regular ? options.nodeFactor : 1.0;
+    sizeSolverLine(tracedNodes, factor, options.tracerActive ? options.tracerCount : 0, worker.line);
+}
+
+void sizeResult(int tracedNodes, int tracerCount, LineResult& result) {
+    result.entered.assign(at(tracedNodes) + 2, 0);
+    sizeContribution(tracedNodes, tracerCount, result.contribution);
+}
+
+void workLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+              const WellRecord& wells, const LineField& field, const LineStart& start, LineWorker& worker,
+              LineResult& result) {
+    traceLine(grid, field.trace, start, field.fromInjector, worker.record);
+    takeTrace(worker.record, result);
+    if (result.status == TraceStatus::Rejected || field.solver == LineSolver::None) return;
+    SolverLine& line = worker.line;
+    loadLine(grid, fluids, state, wells, field, worker.record, line);
+    if (field.solver == LineSolver::Explicit)
+        advanceExplicit(fluids, field.control, field.step, worker.scratch, line);
+    else
+        advanceAnalytic(fluids, field.profile, field.endTime, line);
+    takeContribution(line, fluids.hasGas, result.contribution);
+    result.end = lineEnd(field, result.status, line);
+    result.substeps = line.substeps;
+    result.solved = true;
+}
+
+}  // namespace kvr

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "deck/options.hpp"
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "pressure/cell_state.hpp"
+#include "pressure/wells.hpp"
+#include "streamline/analytic_transport.hpp"
+#include "streamline/explicit_transport.hpp"
+#include "streamline/launch_plan.hpp"
+#include "streamline/line_grid.hpp"
+#include "streamline/mapping.hpp"
+#include "streamline/node_data.hpp"
+#include "streamline/producer_rates.hpp"
+#include "streamline/solver_line.hpp"
+#include "streamline/streamline_record.hpp"
+#include "streamline/trace.hpp"
+
+#include <vector>
+
+namespace kvr {
+
+/// Transport on a line by the solver word of the phase.
+enum class LineSolver {
+    None,      // a word that matches nothing solves nothing
+    Analytic,  // "btf"
+    Explicit   // "mas"
+};
+
+LineSolver lineSolverOf(std::string_view word);
+
+/// Working records of one thread; the next line overwrites them.
+struct LineWorker {
+    StreamlineRecord record;
+    SolverLine line;
+    ExplicitScratch scratch;
+};
+
+/// What one line leaves behind, taken before its worker goes on to the next one.
+struct LineResult {
+    TraceStatus status = TraceStatus::Rejected;
+    bool solved = false;
+    int enteredCount = 0;
+    std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line went into
+    LineContribution contribution;
+    LineEnd end;
+    int substeps = 0;
+};
+
+/// What every line of a step reads and none writes.
+struct LineField {
+    TraceField trace;
+    std::vector<NodeData> nodes;  // by CellId
+    AnalyticTable analytic;
+    AnalyticProfile profile;
+    LineSolver solver = LineSolver::None;
+    NodeControl nodeControl = NodeControl::Irregular;
+    double nodeFactor = 1.0, mergeFactor = 1.0;
+    ExplicitControl control;
+    double step = 0.0;     // days
+    double endTime = 0.0;  // simulated days at the end of the step
+    bool fromInjector = true;
+};
+
+void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);
+void sizeResult(int tracedNodes, int tracerCount, LineResult& result);
+
+/// Traces and solves one line. Reads shared records only, writes its own worker and result only, so that
+/// lines may be worked by several threads at once.
+void workLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+              const WellRecord& wells, const LineField& field, const LineStart& start, LineWorker& worker,
+              LineResult& result);
+
+}  // namespace kvr

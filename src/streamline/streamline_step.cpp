@@ -1,0 +1,182 @@
+#include "streamline/streamline_step.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/stopwatch.hpp"
+#include "fluid/black_oil.hpp"
+#include "streamline/cell_tags.hpp"
+#include "streamline/exit_flags.hpp"
+#include "streamline/launch.hpp"
+#include "streamline/mapping.hpp"
+#include "streamline/producer_rates.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <omp.h>
+
+namespace kvr {
+
+namespace {
+
+constexpr int LinesPerThread = 8;  // of one block: enough to even out long and short lines
+constexpr int ProgressParts = 10;  // "Calculation Finished" lines of a step, at most
+constexpr int LeastProgressStep = 5;
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+int tracerCount(const RunOptions& options) {
+    return options.tracerActive ? options.tracerCount : 0;
+}
+
+std::string_view solverWord(const RunOptions& options, const RunClock& clock) {
+    const auto count = static_cast<int>(options.solverPhaseName.size());
+    if (count == 0) return {};
+    return options.solverPhaseName[at(std::clamp(clock.solverPhaseIndex, 1, count) - 1)];
+}
+
+/// Number of this mapping sub-step within its pressure step, from 1.
+int substepNumber(const RunClock& clock, double remainingToEnd) {
+    if (clock.workDt <= 0.0) return 1;
+    return static_cast<int>(std::lround((clock.endTime - remainingToEnd - clock.time) / clock.workDt));
+}
+
+void mapStep(Simulation& s) {
+    mapToCells(s.options, s.fluids, s.grid, s.mapping, s.state);
+}
+
+void prepareSolver(Simulation& s, double remainingToEnd) {
+    LineField& field = s.lines.field;
+    field.solver = lineSolverOf(solverWord(s.options, s.clock));
+    field.step = s.clock.workDt;
+    field.endTime = s.clock.endTime - remainingToEnd;
+    field.control = explicitControl(s.options, s.clock.time);
+    field.nodeControl = nodeControlOf(s.options);
+    field.nodeFactor = s.options.nodeFactor;
+    field.mergeFactor = s.options.mergeFactor;
+    if (field.solver != LineSolver::Analytic) return;
+    const double p = s.pressure.AveragePressure;
+    buildAnalyticTable(s.fluids, s.options.analyticRelPermPoints, OilViscosity(s.fluids, p, p),
+                       field.analytic);
+    buildProfile(s.fluids, field.analytic, field.profile);
+}
+
+void launch(Simulation& s) {
+    countLines(s.console, s.wells, s.connections, s.velocity, s.tags, s.launch);
+    placeLines(s.grid, s.wells, {s.options.gridDimensionality, s.options.cornerPointTracing}, s.launch);
+    s.lines.field.fromInjector = s.launch.LaunchMode != "prd";
+}
+
+void printMethod(const Simulation& s) {
+    screen(s.console, "SL  Numerical method : {}", solverWord(s.options, s.clock));
+    screen(s.console, "CFL condition for 1D : {}", number(s.options.cfl));
+}
+
+void prepareFields(Simulation& s) {
+    prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
+    buildTraceField(s.options, s.grid, s.connections, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
+                    s.lines.field.trace);
+    gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storageOf(s.options),
+                   s.clock.workDt, s.lines.field.nodes);
+}
+
+/// Takes over one line's result; called in line order.
+void commitLine(int number, const LineResult& result, Simulation& s) {
+    for (int n = 0; n < result.enteredCount; ++n) s.mapping.CellVisited[result.entered[at(n)]] = 1;
+    if (number == s.launch.ActiveLines) {
+        const int dropped = result.status == TraceStatus::ReachedWell ? 0 : 1;
+        reportTracing(s.console, s.tags, number - dropped, s.mapping);
+    }
+    if (!result.solved) return;
+    ++s.launch.successfulLines;
+    accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
+    addLineEnd(s.wells, result.end, s.launch.LineFlux, s.lines.outlets);
+    s.lines.substeps += result.substeps;
+    ++s.lines.solvedLines;
+    if (number % std::max(LeastProgressStep, s.launch.ActiveLines / ProgressParts) == 0)
+        both(s.console, " Calculation Finished : {}", number);
+}
+
+/// Lines first..first + count - 1, worked by all threads.
+void workBlock(int first, int count, Simulation& s) {
+    const auto work = [&s, first](int k, int thread) {
+        workLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.launch.starts[at(first + k) - 1],
+                 s.lines.workers[at(thread)], s.lines.results[at(k)]);
+    };
+    const auto threads = static_cast<int>(s.lines.workers.size());
+    if (threads == 1 || count == 1) {
+        for (int k = 0; k < count; ++k) work(k, 0);
+        return;
+    }
+#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
+    for (int k = 0; k < count; ++k) work(k, omp_get_thread_num());
+}
+
+/// Every line is traced and solved, in blocks of lines at once; results are taken over in line order, so
+/// that they do not depend on the number of threads.
+void lineLoop(Simulation& s) {
+    const auto block = static_cast<int>(s.lines.results.size());
+    for (int first = 1; first <= s.launch.ActiveLines; first += block) {
+        const int count = std::min(block, s.launch.ActiveLines - first + 1);
+        workBlock(first, count, s);
+        for (int k = 0; k < count; ++k) commitLine(first + k, s.lines.results[at(k)], s);
+    }
+}
+
+void printElapsed(const Console& console, double start) {
+    both(console, "time elapsed transSL : {}", number(wallSeconds() - start));
+}
+
+void clearStep(Simulation& s) {
+    clearMapping(s.mapping);
+    clearLaunch(s.launch);
+}
+
+void sizeStage(Simulation& s) {
+    const int nodes = maxNodes(s.options, s.grid);
+    const auto threads = at(std::max(1, omp_get_max_threads()));
+    s.lines.nodeCapacity = nodes;
+    s.lines.workers.resize(threads);
+    for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);
+    s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
+    for (LineResult& result : s.lines.results) sizeResult(nodes, tracerCount(s.options), result);
+    sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.state, s.mapping);
+    s.exitFlags.ExitFacesForward.assign(s.grid.NCELLS, 0);
+    s.exitFlags.ExitFacesBackward.assign(s.grid.NCELLS, 0);
+    if (s.tags.CellTag.empty()) s.tags.CellTag.assign(s.grid.NCELLS, CellTagKind::Pop);
+}
+
+}  // namespace
+
+void allocateStreamlines(Simulation& simulation) {
+    simulation.launch.LaunchMode = simulation.options.streamlineStart;
+    simulation.launch.RequestedLines = simulation.options.requestedLines;
+    try {
+        sizeStage(simulation);
+    } catch (const std::bad_alloc&) {
+        lineToBoth(simulation.console, "Error :: Allocation of streamline");
+        hardStop(simulation.console);
+    }
+}
+
+void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iteration*/, double remainingToEnd,
+                    double /*remainingToReport*/) {
+    if (simulation.wells.wells.empty()) return mapStep(simulation);
+    const double start = wallSeconds();
+    prepareSolver(simulation, remainingToEnd);
+    lineToScreen(simulation.console, "");
+    lineToScreen(simulation.console, "-- Saturation calculation --");
+    launch(simulation);
+    printMethod(simulation);
+    prepareFields(simulation);
+    if (substepNumber(simulation.clock, remainingToEnd) <= 1)
+        clearOutlets(simulation.wells, simulation.lines.outlets);
+    lineLoop(simulation);
+    printElapsed(simulation.console, start);
+    mapStep(simulation);
+    setProducerRates(simulation.lines.outlets, simulation.wells);
+    clearStep(simulation);
+}
+
+}  // namespace kvr

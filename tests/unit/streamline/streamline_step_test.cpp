@@ -1,0 +1,182 @@
+#include "streamline/streamline_step.hpp"
+
+#include "flow_samples.hpp"
+#include "line_samples.hpp"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <omp.h>
+
+namespace kvr {
+namespace {
+
+/// A flow of `plainFlood` fluids as one run, ready for steps of `step` days.
+struct FloodRun {
+    Simulation s;
+    QuietConsole quiet;
+
+    FloodRun(const samples::Flow& flow, int lines, double step, int threads = 1) {
+        omp_set_num_threads(threads);
+        s.console = quiet.console;
+        s.options = flow.options;
+        s.options.cfl = 0.8;
+        s.options.minCflStep = 0.01;
+        s.options.requestedLines = lines;
+        s.options.lineCompressibility = false;
+        s.grid = flow.grid;
+        s.connections = flow.connections;
+        s.velocity = flow.velocity;
+        s.wells = flow.wells;
+        s.tags = flow.tags;
+        s.fluids = samples::plainFlood();
+        s.state = flow.state;
+        for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
+            s.grid.SATNUM[cell] = 1;
+            s.state.Pressure[cell] = 3000.0;
+            s.state.Sw[cell] = 0.2;
+            s.state.So[cell] = 0.8;
+            s.state.MuW[cell] = 0.5;
+            s.state.MuO[cell] = 2.0;
+        }
+        s.timeLevel = s.state;
+        s.clock.endTime = 1000.0;
+        s.clock.dt = s.clock.workDt = step;
+        allocateStreamlines(s);
+        omp_set_num_threads(1);
+    }
+    void advance(int steps) {
+        for (int k = 0; k < steps; ++k) {
+            StreamlineStep(s, 0, 0, s.clock.endTime - s.clock.time - s.clock.dt, 1.0);
+            s.clock.time += s.clock.dt;
+        }
+    }
+    [[nodiscard]] double waterGained() const {
+        double sum = 0.0;
+        for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
+            sum += (s.state.Sw[cell] - 0.2) * s.state.PoreVolume[cell];
+        return sum;
+    }
+};
+
+TEST(StreamlineStep, FloodsARowOfCellsAsOneLine) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    run.advance(1);
+    const double sw[] = {0.73186127, 0.69262267, 0.66576346, 0.6370056,  0.61129213,
+                         0.58245908, 0.46498875, 0.21397785, 0.20002918, 0.2};
+    for (CellId cell = 1; cell <= 10; ++cell) EXPECT_NEAR(run.s.state.Sw[cell], sw[cell - 1], 1e-8);
+    EXPECT_NEAR(run.waterGained(), 50.0 * 30.0, 1e-6);
+}
+
+TEST(StreamlineStep, SpeaksItsStagesInOrder) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    run.advance(1);
+    const std::string text = run.quiet.screenText();
+    const char* expected[] = {
+        "\n-- Saturation calculation --\n", "Number of Streamline : 1\n",   "One Streamline flow  : 50\n",
+        "SL  Numerical method : mas\n",     "CFL condition for 1D : 0.8\n", "Total Stagnant Block : 1\n",
+        "Successed Streamline : 1\n",       "Number of Missed blk : 0\n",   "time elapsed transSL :"};
+    std::size_t from = 0;
+    for (const char* words : expected) {
+        const std::size_t found = text.find(words, from);
+        ASSERT_NE(found, std::string::npos) << words;
+        from = found;
+    }
+}
+
+TEST(StreamlineStep, MapsOnlyAndSaysNothingWithoutWells) {
+    samples::Flow flow = samples::column(10, 500.0, 50.0);
+    flow.wells.wells.clear();
+    FloodRun run(flow, 1, 30.0);
+    run.advance(1);
+    EXPECT_EQ(run.quiet.screenText(), "");
+    EXPECT_EQ(run.waterGained(), 0.0);
+}
+
+TEST(StreamlineStep, ChangesNothingByLinesThatAreRejected) {
+    samples::Flow flow = samples::column(3, 500.0, 50.0);
+    // The injector cell's only open flux runs through its closed low face.
+    flow.velocity.CellFaceFlux(1, 1) = -50.0;
+    flow.velocity.CellFaceFlux(1, 2) = 0.0;
+    FloodRun run(flow, 4, 30.0);
+    run.advance(1);
+    EXPECT_EQ(run.waterGained(), 0.0);
+    EXPECT_NE(run.quiet.screenText().find("Successed Streamline : 3\n"), std::string::npos);
+}
+
+TEST(StreamlineStep, SolvesNothingWithAWordThatMatchesNothing) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    run.s.options.solverPhaseName = {"xyz"};
+    run.advance(1);
+    EXPECT_EQ(run.waterGained(), 0.0);
+}
+
+TEST(StreamlineStep, StepsOnInPartsOfAPressureStepAsInOne) {
+    FloodRun whole(samples::column(40, 500.0, 50.0), 1, 60.0);
+    whole.advance(1);
+    FloodRun parts(samples::column(40, 500.0, 50.0), 1, 60.0);
+    parts.s.options.mapCount = 3;
+    parts.s.clock.workDt = 20.0;
+    for (int m = 1; m <= 3; ++m)
+        StreamlineStep(parts.s, 0, 0, parts.s.clock.endTime - m * 20.0, 60.0 - m * 20.0);
+    EXPECT_NEAR(parts.waterGained(), whole.waterGained(), 1e-6);
+    for (CellId cell = 1; cell <= 40; ++cell)
+        EXPECT_NEAR(parts.s.state.Sw[cell], whole.s.state.Sw[cell], 0.02);
+}
+
+TEST(StreamlineStep, TakesProducerRatesFromWhatTheLinesCarriedOut) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    double produced = 0.0;
+    for (int step = 0; step < 8; ++step) {
+        run.advance(1);
+        const Well& producer = run.s.wells.wells[1];
+        EXPECT_NEAR(producer.WellQo + producer.WellQw, -50.0, 1e-9);  // the reservoir total is kept
+        produced -= 30.0 * producer.WellQw;
+    }
+    EXPECT_GT(produced, 3000.0);
+    EXPECT_NEAR(run.waterGained(), 50.0 * 240.0 - produced, 1e-6);  // one line: nothing is lost in mapping
+}
+
+TEST(StreamlineStep, LaunchedFromProducersGivesTheSameFlood) {
+    FloodRun forward(samples::column(10, 500.0, 50.0), 1, 30.0);
+    FloodRun backward(samples::column(10, 500.0, 50.0), 1, 30.0);
+    backward.s.launch.LaunchMode = "prd";
+    forward.advance(6);
+    backward.advance(6);
+    for (CellId cell = 1; cell <= 10; ++cell)
+        EXPECT_NEAR(forward.s.state.Sw[cell], backward.s.state.Sw[cell], 1e-9);
+    EXPECT_NEAR(forward.s.wells.wells[1].WellQw, backward.s.wells.wells[1].WellQw, 1e-9);
+}
+
+TEST(StreamlineStep, GivesTheSameBitsForAnyNumberOfThreads) {
+    const samples::Flow flow = samples::quarterFiveSpot(12, 300.0);
+    FloodRun one(flow, 37, 100.0, 1);
+    FloodRun three(flow, 37, 100.0, 3);
+    ASSERT_EQ(three.s.lines.workers.size(), 3U);
+    one.advance(3);
+    three.advance(3);
+    for (CellId cell = 1; cell <= flow.grid.NCELLS; ++cell)
+        ASSERT_EQ(one.s.state.Sw[cell], three.s.state.Sw[cell]) << cell;
+    EXPECT_EQ(one.s.wells.wells[1].WellQw, three.s.wells.wells[1].WellQw);
+    EXPECT_GT(one.waterGained(), 0.0);
+}
+
+TEST(StreamlineStep, FloodsAlmostAllTheInjectedWaterIntoAQuarterFiveSpot) {
+    const samples::Flow flow = samples::quarterFiveSpot(20, 300.0);
+    FloodRun run(flow, 400, 100.0);
+    run.s.options.nodeControl = "reg";
+    run.advance(5);
+    EXPECT_NEAR(run.waterGained(), 300.0 * 500.0, 0.015 * 300.0 * 500.0);
+    EXPECT_LT(std::abs(run.s.wells.wells[1].WellQw), 1e-9);  // before breakthrough
+}
+
+TEST(StreamlineStep, ReportsProgressTenTimesAtMost) {
+    const samples::Flow flow = samples::quarterFiveSpot(12, 300.0);
+    FloodRun run(flow, 60, 10.0);
+    run.advance(1);
+    const std::string text = run.quiet.logText();
+    EXPECT_NE(text.find(" Calculation Finished : 6\n"), std::string::npos);
+    EXPECT_EQ(text.find(" Calculation Finished : 5\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace kvr
