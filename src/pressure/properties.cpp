@@ -92,8 +92,8 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
     PhaseState found = stateOfCell(state, c);
     const double p = state.Pressure[c];
     if (tables.hasGas && (found.Sg > MachineEpsilon || found.Pb > p))
-        return flashCell(tables, region, keepEndPoints, p, {amounts.water[c], amounts.oil[c], amounts.gas[c]},
-                         found);
+        return flashCell(tables, region, keepEndPoints, p,
+                         {amounts.water[c], amounts.oil[c], amounts.gas[c]});
     limitSaturations(regionTable(tables, region), keepEndPoints, found);
     return found;
 }
@@ -101,20 +101,12 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
 }  // namespace
 
 PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
-                     const ConservedAmounts& amounts, const PhaseState& before) {
-    RecoveryFactors factors{p, WaterFvf(tables, p), 1.0, GasFvf(tables, p)};
-    double pb = before.Pb;
-    if (tables.hasGas) {
-        const bool free = amounts.oil <= 0.0 || amounts.gas > SolutionRs(tables, p) * amounts.oil;
-        pb = free ? p : std::min(p, BubblePoint(tables, amounts.gas / amounts.oil));
-    }
-    factors.Bo = usableOilProperties(tables, p, pb).Bo;
-    PhaseState found = recoverState(tables, region, keepEndPoints, factors, amounts);
-    if (!tables.hasGas) {
-        found.Rs = before.Rs;
-        found.Pb = before.Pb;
-    }
-    return found;
+                     const ConservedAmounts& amounts) {
+    const bool free = amounts.oil <= 0.0 || amounts.gas > SolutionRs(tables, p) * amounts.oil;
+    const double pb = free ? p : std::min(p, BubblePoint(tables, amounts.gas / amounts.oil));
+    const RecoveryFactors factors{p, WaterFvf(tables, p), usableOilProperties(tables, p, pb).Bo,
+                                  GasFvf(tables, p)};
+    return recoverState(tables, region, keepEndPoints, factors, amounts);
 }
 
 void refreshProperties(const GridModel& grid, const FluidTables& tables, CellState& state) {
@@ -122,6 +114,16 @@ void refreshProperties(const GridModel& grid, const FluidTables& tables, CellSta
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
         pressureProperties(grid, tables, c, state);
+        relativePermeabilities(grid, tables, c, state);
+        mobilities(c, state);
+        phasePressures(grid, tables, c, state);
+    }
+}
+
+void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellState& state) {
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
         relativePermeabilities(grid, tables, c, state);
         mobilities(c, state);
         phasePressures(grid, tables, c, state);

@@ -24,11 +24,13 @@ void refreshProperties(const GridModel& grid, const FluidTables& tables, CellSta
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
                       const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state);
 
-/// State of a cell that holds `amounts` per pore volume at pressure p: gas beyond what the oil dissolves
-/// at p is free, and the oil factor is that of the resulting bubble point. Without gas `before` gives Rs
-/// and Pb, which stand.
+/// What a change of saturations alone asks for: relative permeabilities, mobilities, phase pressures.
+void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellState& state);
+
+/// State of a cell of a run with gas that holds `amounts` per pore volume at pressure p: gas beyond what the
+/// oil dissolves at p is free, and the oil factor is that of the resulting bubble point.
 PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
-                     const ConservedAmounts& amounts, const PhaseState& before);
+                     const ConservedAmounts& amounts);
 
 /// Surface amounts per pore volume that the state of a cell shows.
 inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {

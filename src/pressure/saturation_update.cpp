@@ -131,19 +131,28 @@ void advanceThroughWells(double dt, const WellRecord& wells, CellAmounts& amount
         }
 }
 
-/// Saturations, Rs and Pb from the amounts. A cell whose amounts are no numbers keeps its state.
+/// State of one cell from its amounts. Without gas factors, Rs and bubble point stand.
+PhaseState recoveredCell(const FluidTables& tables, int region, bool keepEndPoints,
+                         const ConservedAmounts& perPoreVolume, const CellState& state, CellId c) {
+    const double p = state.Pressure[c];
+    if (tables.hasGas) return flashCell(tables, region, keepEndPoints, p, perPoreVolume);
+    PhaseState found = recoverState(tables, region, keepEndPoints, {p, state.Bw[c], state.Bo[c], state.Bg[c]},
+                                    perPoreVolume);
+    found.Rs = state.Rs[c];
+    found.Pb = state.Pb[c];
+    return found;
+}
+
+/// Saturations, Rs and Pb from the amounts. What a well has taken beyond the content of its cell stays owed:
+/// it is carried into the next step. A cell whose amounts are no numbers keeps its state.
 void recoverCells(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
-                  CellAmounts& amounts, CellState& state) {
+                  const CellAmounts& amounts, CellState& state) {
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0 || !(state.PoreVolume[c] > 0.0)) continue;
-        amounts.water[c] = std::max(0.0, amounts.water[c]);
-        amounts.oil[c] = std::max(0.0, amounts.oil[c]);
-        amounts.gas[c] = std::max(0.0, amounts.gas[c]);
-        const double pores = state.PoreVolume[c];
-        const PhaseState before{state.Sw[c], state.So[c], state.Sg[c], state.Rs[c], state.Pb[c]};
-        const PhaseState found =
-            flashCell(tables, grid.SATNUM[c], options.keepIrreducibleSaturation, state.Pressure[c],
-                      {amounts.water[c] / pores, amounts.oil[c] / pores, amounts.gas[c] / pores}, before);
+        const double inverse = 1.0 / state.PoreVolume[c];
+        const PhaseState found = recoveredCell(
+            tables, grid.SATNUM[c], options.keepIrreducibleSaturation,
+            {amounts.water[c] * inverse, amounts.oil[c] * inverse, amounts.gas[c] * inverse}, state, c);
         if (!std::isfinite(found.Sw + found.So + found.Sg + found.Rs + found.Pb)) continue;
         state.Sw[c] = found.Sw;
         state.So[c] = found.So;
@@ -172,7 +181,10 @@ void transportCells(Simulation& s) {
         advanceThroughFaces(dt, s.grid, s.connections, s.velocity, flowing, amounts);
         advanceThroughWells(dt, s.wells, amounts);
         recoverCells(s.options, s.grid, s.fluids, amounts, s.state);
-        refreshProperties(s.grid, s.fluids, s.state);
+        if (s.fluids.hasGas)
+            refreshProperties(s.grid, s.fluids, s.state);
+        else
+            refreshMobilities(s.grid, s.fluids, s.state);
         left = left - dt > TimeTolerance ? left - dt : 0.0;
     }
     measureCarried(s.grid, s.state, amounts, s.pressure.carried);
