@@ -102,7 +102,9 @@ void appendInfo(const Console& console, const std::string& path, const SolveResu
     solver.infoFileOpened = true;
     std::FILE* file = std::fopen(path.c_str(), "a");
     if (file == nullptr) return;
-    fmt::print(file, "ITERATIONS = {}  ERROR = {}\n", result.iterations, number(result.residual, InfoDigits));
+    const std::string line =
+        fmt::format("ITERATIONS = {}  ERROR = {}\n", result.iterations, number(result.residual, InfoDigits));
+    std::fputs(line.c_str(), file);
     std::fclose(file);
 }
 

@@ -87,6 +87,15 @@ bool store(const PhaseState& found, CellId c, CellState& state) {
     return changed;
 }
 
+/// The end points of a gas table must not put gas into a run that has none.
+void withoutGas(PhaseState& state) {
+    const double liquid = state.Sw + state.So;
+    if (state.Sg == 0.0 || !(liquid > 0.0)) return;
+    state.Sg = 0.0;
+    state.Sw /= liquid;
+    state.So /= liquid;
+}
+
 PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoints, const CellAmounts& amounts,
                         CellId c, const CellState& state) {
     PhaseState found = stateOfCell(state, c);
@@ -95,6 +104,7 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
         return flashCell(tables, region, keepEndPoints, p,
                          {amounts.water[c], amounts.oil[c], amounts.gas[c]});
     limitSaturations(regionTable(tables, region), keepEndPoints, found);
+    if (!tables.hasGas) withoutGas(found);
     return found;
 }
 

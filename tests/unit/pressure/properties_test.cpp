@@ -145,6 +145,20 @@ TEST(UpdateProperties, HoldsSaturationsWithinTheEndPointsWhenAsked) {
     EXPECT_NEAR(s.state.KroCell[1], 0.9, 1e-15);
 }
 
+TEST(UpdateProperties, PutsNoGasIntoARunWithoutIt) {
+    FluidTables tables = sample::waterAndOil(0.0);
+    tables.regions[0].CriticalSg = 0.05;
+    Simulation s;
+    sample::makeRun(1, 1, 1, tables, s);
+    s.options.keepIrreducibleSaturation = true;
+    s.state.Sw[1] = 0.4;
+    s.state.So[1] = 0.6;
+    refreshProperties(s.grid, s.fluids, s.state);
+    UpdateProperties(s.console, s.options, s.grid, s.fluids, {}, s.state);
+    EXPECT_EQ(s.state.Sg[1], 0.0);
+    EXPECT_NEAR(s.state.Sw[1], 0.4, 1e-15);
+}
+
 TEST(RefreshProperties, TakesTheBubblePointsPropertiesWhereTheTableEndsThere) {
     FluidTables tables;
     samples::fillOdehPvt(tables);
