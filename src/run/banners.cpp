@@ -1,0 +1,69 @@
+#include "run/banners.hpp"
+
+#include <string>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t BannerWidth = 72;
+constexpr std::size_t WellBannerWidth = 40;
+constexpr std::size_t EndStars = 12;
+
+}  // namespace
+
+void printProgramBanner(const Console& console) {
+    const std::string dashes(BannerWidth, '-');
+    lineToScreen(console, dashes);
+    lineToScreen(console, "KVR SIMULATOR FOR BLACKOIL/COMPOSITIONAL SYSTEM");
+    lineToScreen(console, dashes);
+}
+
+void printStepBanner(const Console& console, const Schedule& schedule, const RunClock& clock) {
+    const std::string stars(BannerWidth, '*');
+    const double end = clock.time + clock.dt;
+    const double reportEnd = tableTime(schedule.reportEnd, clock.reportIndex);
+    lineToBoth(console, stars);
+    both(console, "Step {} Time {} --> {} Stop Time: {}", clock.stepCount, number(clock.time), number(end),
+         number(clock.endTime));
+    if (end == reportEnd) {
+        const double reportStart =
+            clock.reportIndex > 1 ? tableTime(schedule.reportEnd, clock.reportIndex - 1) : 0.0;
+        both(console, "Report {} Time {} --> {}", clock.reportIndex, number(reportStart), number(reportEnd));
+    }
+    lineToBoth(console, stars);
+    log(console, "Calender Time : {} Mon : {} Day : {}", clock.year, clock.month, clock.day);
+    lineToBoth(console, "");
+}
+
+void printWellBanner(const Console& console) {
+    const std::string dashes(WellBannerWidth, '-');
+    lineToBoth(console, "");
+    lineToBoth(console, dashes);
+    lineToBoth(console, "-         UPDATE WELL SCHEDULE         -");
+    lineToBoth(console, dashes);
+    lineToBoth(console, "");
+}
+
+void printStageTimes(const Console& console, const StageTimes& times) {
+    struct Row {
+        const char* name;
+        const StageTime& time;
+    };
+    const Row rows[] = {{"Deck reading", times.deck},        {"Initialisation", times.initialisation},
+                        {"Pressure", times.pressure},        {"Streamlines", times.lines},
+                        {"Gravity and Pc", times.splitting}, {"Reports", times.reports}};
+    lineToBoth(console, "");
+    lineToBoth(console, "Stage             Elapsed SEC     CPU SEC");
+    for (const Row& row : rows)
+        both(console, "{:<16}{:>13.3f}{:>12.3f}", row.name, row.time.wall, row.time.cpu);
+}
+
+void printEnd(const Console& console, float cpuSeconds) {
+    const std::string stars(EndStars, '*');
+    lineToLog(console, "");
+    both(console, "{} END SIMULATION {}", stars, stars);
+    both(console, "REQUIRED CPU TIME IS {:.3f} SEC", cpuSeconds);
+}
+
+}  // namespace kvr

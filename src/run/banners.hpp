@@ -1,0 +1,25 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "deck/schedule.hpp"
+#include "run/clock.hpp"
+#include "run/stage_times.hpp"
+
+namespace kvr {
+
+/// Three lines that open every run, on the screen only.
+void printProgramBanner(const Console& console);
+
+/// The banner of the step from clock.time to clock.time + clock.dt; the log also gets the calendar date.
+void printStepBanner(const Console& console, const Schedule& schedule, const RunClock& clock);
+
+/// "UPDATE WELL SCHEDULE" between rows of dashes.
+void printWellBanner(const Console& console);
+
+/// Where the time went, a row per stage.
+void printStageTimes(const Console& console, const StageTimes& times);
+
+/// "END SIMULATION" and the processor seconds.
+void printEnd(const Console& console, float cpuSeconds);
+
+}  // namespace kvr

@@ -1,0 +1,158 @@
+#include "run/driver.hpp"
+
+#include "base/stopwatch.hpp"
+#include "pressure/pressure_step.hpp"
+#include "pressure/saturation_update.hpp"
+#include "report/material_balance.hpp"
+#include "report/report_output.hpp"
+#include "report/well_tables.hpp"
+#include "run/banners.hpp"
+#include "run/start_up.hpp"
+#include "run/time_stepping.hpp"
+#include "streamline/splitting.hpp"
+#include "streamline/streamline_step.hpp"
+
+namespace kvr {
+
+namespace {
+
+/// Chooses the step and announces it; the calendar date of the banner is that of the step's start.
+void beginStep(Simulation& simulation) {
+    RunClock& clock = simulation.clock;
+    clock.iteration = 0;
+    clock.dt = nextStepLength(simulation.options, simulation.schedule, clock);
+    clock.stepCount += 1;
+    printStepBanner(simulation.console, simulation.schedule, clock);
+    if (!simulation.options.optimalTstep) return;
+    const double limited =
+        pressureLimitedStep(clock.dt, simulation.pressure.largestDeltaP, simulation.options.tstepControl);
+    if (limited < clock.dt) {
+        clock.dt = limited;
+        both(simulation.console, "Optimal Pressure Control, Reduce Tstep: {}", number(clock.dt));
+    }
+}
+
+/// The EbFVM word has no pressure stage of its own: its runs stand still.
+void pressureStage(bool solve, Simulation& simulation) {
+    if (simulation.options.method == "EbFVM") return;
+    const StageTimer timer(simulation.times.pressure);
+    // The velocity field is built at the end of the pressure step.
+    PressureStep(simulation, simulation.clock.iteration, solve ? 1 : 0);
+}
+
+/// Transport of a repeated pass starts from the step's old level; only mobilities keep the new values.
+void restoreTransportStart(const CellState& start, CellState& state) {
+    state.Sw = start.Sw;
+    state.So = start.So;
+    state.Sg = start.Sg;
+    state.Rs = start.Rs;
+    state.Pb = start.Pb;
+    state.tracer = start.tracer;
+}
+
+/// Lines, then gravity and capillarity, then the cell properties; IMPES has its own transport in the last.
+void saturationSubstep(int substep, Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    const RunClock& clock = simulation.clock;
+    const double covered = clock.time + substep * clock.workDt;
+    if (options.method == "streamline") {
+        const StageTimer timer(simulation.times.lines);
+        StreamlineStep(simulation, options.globalIterations - clock.iteration, clock.iteration,
+                       clock.endTime - covered,
+                       tableTime(simulation.schedule.reportEnd, clock.reportIndex) - covered);
+    }
+    const StageTimer timer(simulation.times.splitting);
+    OSPLIT_GRVANDPC_GENERAL2(simulation);
+    SaturationUpdate(simulation);
+}
+
+void saturationStage(Simulation& simulation) {
+    const std::string& method = simulation.options.method;
+    if (method == "FIM" || method == "EbFVM") return;
+    RunClock& clock = simulation.clock;
+    const double wholeStep = clock.workDt;
+    if (clock.iteration > 0) restoreTransportStart(simulation.iterationStart, simulation.state);
+    clock.workDt = clock.dt / simulation.options.mapCount;
+    for (int substep = 1; substep <= simulation.options.mapCount; ++substep)
+        saturationSubstep(substep, simulation);
+    clock.workDt = wholeStep;
+}
+
+/// Pressure and saturations of one step, repeated for the global iterations.
+void advanceStep(bool solve, Simulation& simulation) {
+    RunClock& clock = simulation.clock;
+    if (simulation.options.globalIterations > 0) simulation.iterationStart = simulation.state;
+    for (;;) {
+        pressureStage(solve, simulation);
+        clock.stepsSinceEvent += 1;
+        clock.workDt = clock.dt;
+        if (clock.iteration == 0) advanceCalendar(clock.dt, clock);
+        if (simulation.options.globalIterations > 0) reportGlobalIterationErrors(simulation);
+        saturationStage(simulation);
+        if (clock.iteration >= simulation.options.globalIterations) return;
+        clock.iteration += 1;
+        clock.stepsSinceEvent -= 1;
+    }
+}
+
+void reportStep(double executedDt, Simulation& simulation) {
+    const StageTimer timer(simulation.times.reports);
+    RunClock& clock = simulation.clock;
+    reportWells(simulation);
+    ReportMBE(simulation, executedDt);
+    if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
+        reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
+        clock.reportIndex += 1;
+    }
+    clock.completedSteps += 1;
+}
+
+void wellEvent(Simulation& simulation) {
+    RunClock& clock = simulation.clock;
+    if (!snapTo(tableTime(simulation.schedule.wellEventTime, clock.wellChangeIndex + 2), clock.time)) return;
+    clock.wellChangeIndex += 1;
+    printWellBanner(simulation.console);
+    rebuildWells(clock.wellChangeIndex + 1, simulation);
+    clock.stepsSinceEvent = 0;
+}
+
+void nextTableEntries(Simulation& simulation) {
+    RunClock& clock = simulation.clock;
+    const Schedule& schedule = simulation.schedule;
+    if (snapTo(tableTime(schedule.stepEnd, clock.tstepIndex + 1), clock.time)) clock.tstepIndex += 1;
+    const double stepLength = tableTime(schedule.stepLength, clock.tstepIndex);
+    if (stepLength <= clock.endTime) clock.dt = stepLength;
+    if (clock.time == tableTime(simulation.options.solverPhaseEnd, clock.solverPhaseIndex))
+        clock.solverPhaseIndex += 1;
+}
+
+void finishRun(float cpuAtStart, Simulation& simulation) {
+    printStageTimes(simulation.console, simulation.times);
+    printEnd(simulation.console, static_cast<float>(cpuSeconds()) - cpuAtStart);
+    closeOutputs(simulation.outputs);
+    closeLog(simulation.outputs, simulation.console);
+}
+
+}  // namespace
+
+void runSimulation(Simulation& simulation) {
+    const auto cpuAtStart = static_cast<float>(cpuSeconds());
+    startUp(simulation);
+    RunClock& clock = simulation.clock;
+    for (;;) {
+        beginStep(simulation);
+        const bool solve = pressureIsUpdated(simulation.options, clock);
+        if (clock.dt > TimeTolerance)
+            advanceStep(solve, simulation);
+        else
+            clock.workDt = clock.dt;
+        clock.time += clock.workDt;
+        reportStep(clock.workDt, simulation);
+        if (clock.time >= clock.endTime - TimeTolerance) break;
+        wellEvent(simulation);
+        nextTableEntries(simulation);
+    }
+    finishRun(cpuAtStart, simulation);
+}
+
+}  // namespace kvr

@@ -1,0 +1,115 @@
+#include "run/start_up.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/stopwatch.hpp"
+#include "base/threads.hpp"
+#include "deck/deck_reader.hpp"
+#include "fluid/equilibrium.hpp"
+#include "model/conditioning.hpp"
+#include "pressure/properties.hpp"
+#include "pressure/velocity.hpp"
+#include "pressure/well_controls.hpp"
+#include "pressure/well_rates.hpp"
+#include "report/material_balance.hpp"
+#include "report/report_output.hpp"
+#include "report/well_tables.hpp"
+#include "run/banners.hpp"
+#include "run/input_detection.hpp"
+#include "run/unbuilt_features.hpp"
+#include "streamline/cell_tags.hpp"
+#include "streamline/streamline_step.hpp"
+
+namespace kvr {
+
+namespace {
+
+constexpr int ReservedInputMode = 2;
+
+void resetCounters(RunClock& clock) {
+    clock.hmIteration = 0;
+    clock.stepCount = 0;
+    clock.stepsSinceEvent = 0;
+    clock.iteration = 0;
+    clock.time = 0.0;
+    clock.completedSteps = 1;
+    clock.reportIndex = 1;
+}
+
+void openInput(Simulation& simulation) {
+    detectInput(simulation.console, simulation.options);
+    openOutputs(simulation.options.workingFolder, simulation.outputs, simulation.console);
+}
+
+void readInput(Simulation& simulation) {
+    const StageTimer timer(simulation.times.deck);
+    RunOptions& options = simulation.options;
+    options.debugOutput = true;
+    options.componentCount = 0;
+    if (options.inputMode == ReservedInputMode) normalStop();
+    if (options.inputMode != 1) refuseUnbuiltFeatures(simulation.console, options);
+    readDeck(simulation);
+    refuseUnbuiltFeatures(simulation.console, options);
+}
+
+void initialiseState(Simulation& simulation) {
+    allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
+    initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
+                       simulation.options, simulation.state);
+    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    lineToBoth(simulation.console, "SUCCESSFULLY INITIALIZED.");
+}
+
+void startClock(const Schedule& schedule, RunClock& clock) {
+    clock.tstepIndex = 1;
+    clock.solverPhaseIndex = 1;
+    clock.dt = schedule.stepLength.empty() ? 0.0 : schedule.stepLength.front();
+    clock.workDt = clock.dt;
+    clock.wellChangeIndex = 0;
+    clock.reportIndex = 1;
+}
+
+/// Everything that follows from wells, connections and the present cell state.
+void deriveFromWells(Simulation& simulation) {
+    computeWellIndices(simulation.grid, simulation.wells);
+    initialiseBottomHolePressures(simulation.state, simulation.wells);
+    WellHead(simulation.grid, simulation.connections, simulation.state, simulation.wells);
+    UpdateWellRates(simulation.units, simulation.grid, simulation.fluids, simulation.state, simulation.wells,
+                    simulation.pressure);
+    rebuildCellTags(simulation.grid.NCELLS, simulation.wells, simulation.tags);
+}
+
+void conditionGeometry(Simulation& simulation) {
+    CALCTRANS_STATICGEOPART(simulation.console, simulation.options, simulation.units, simulation.grid,
+                            simulation.connections);
+    // Volumes and J-factors are final only now.
+    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    deriveFromWells(simulation);
+}
+
+}  // namespace
+
+void rebuildWells(int entry, Simulation& simulation) {
+    AssignWells(entry, simulation.console, simulation.options, simulation.units, simulation.schedule,
+                simulation.grid, simulation.wells);
+    deriveFromWells(simulation);
+}
+
+void startUp(Simulation& simulation) {
+    printProgramBanner(simulation.console);
+    flushDenormalsInAllThreads();
+    resetCounters(simulation.clock);
+    openInput(simulation);
+    readInput(simulation);
+
+    const StageTimer timer(simulation.times.initialisation);
+    initialiseState(simulation);
+    startClock(simulation.schedule, simulation.clock);
+    AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.velocity);
+    allocateStreamlines(simulation);
+    conditionGeometry(simulation);
+    startWellTables(simulation);
+    ReportMBE(simulation, 0.0);
+    reportOutput(simulation, 0, simulation.clock.endTime);
+}
+
+}  // namespace kvr

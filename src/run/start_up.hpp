@@ -1,0 +1,14 @@
+#pragma once
+
+#include "run/simulation.hpp"
+
+namespace kvr {
+
+/// From the banner to the first report: input, output files, deck, initial state, memory, connections,
+/// first material balance. Ends the process where there is nothing to simulate.
+void startUp(Simulation& simulation);
+
+/// Wells of schedule step `entry` (1-based) with everything that is derived from them.
+void rebuildWells(int entry, Simulation& simulation);
+
+}  // namespace kvr

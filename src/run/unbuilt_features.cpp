@@ -1,0 +1,63 @@
+#include "run/unbuilt_features.hpp"
+
+#include "base/hard_stop.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+namespace kvr {
+
+namespace {
+
+struct FeatureRow {
+    bool (*asked)(const RunOptions&);
+    std::string_view what;
+};
+
+bool anyPhase(const RunOptions& options, std::string_view name) {
+    return std::find(options.solverPhaseName.begin(), options.solverPhaseName.end(), name) !=
+           options.solverPhaseName.end();
+}
+
+constexpr FeatureRow Features[] = {
+    {[](const RunOptions& o) { return o.inputMode == 3; }, "the native three-file deck"},
+    {[](const RunOptions& o) { return o.inputMode == 4; }, "the IX deck"},
+    {[](const RunOptions& o) { return o.componentCount > 0; }, "compositional runs (COMPS)"},
+    {[](const RunOptions& o) { return o.co2Model; }, "the CO2 solubility model (CO2MBM)"},
+    {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},
+    {[](const RunOptions& o) { return o.method == "FIM"; }, "the fully implicit method (FDMETHOD FIM)"},
+    {[](const RunOptions& o) { return o.traceFromRestart || o.useEclipseTrans; },
+     "tracing from outside restart files (ECLTRACE, USEECLP, USEECLS, USEECLTR)"},
+    {[](const RunOptions& o) { return o.eclipseToTecplot || o.eclipseToIx || o.ixExtract; },
+     "conversion of outside files (ECL2TEC, ecl2ix)"},
+    {[](const RunOptions& o) { return o.deleteEclipseRun || o.outputWellHistory; },
+     "handling of outside runs (DELECL, OUTWHIST)"},
+    {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
+    {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
+     "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
+    {[](const RunOptions& o) { return o.flowUpscaling || o.parameterSmoothing; },
+     "upscaling and smoothing (UPSCALE, SMTHPRM)"},
+    {[](const RunOptions& o) { return anyPhase(o, "imp") || anyPhase(o, "hyb"); },
+     "implicit transport on lines (SL1DCON IMPLICIT)"},
+    {[](const RunOptions& o) { return o.traceMissed == "Yes" || o.streamlineStart == "cel"; },
+     "tracing from missed blocks (NUMLINE third value Yes, start CEL)"},
+    {[](const RunOptions& o) { return o.outputStreamline || o.outputDiffusiveTof; },
+     "streamline plots (OUTPUTKVR 4 and 5)"},
+    {[](const RunOptions& o) { return o.outputSaturationMatrix; },
+     "the saturation matrix dump (OUTPUTKVR 7)"},
+    {[](const RunOptions& o) { return o.outputEclipse == "Yes" || o.outputSln == "Yes"; },
+     "output in ECLIPSE binary form (OUTPUTKVR 9 and 10)"},
+    {[](const RunOptions& o) { return o.outputSensitivity; }, "sensitivity output (OPTIONKVR 4)"},
+};
+
+}  // namespace
+
+void refuseUnbuiltFeatures(const Console& console, const RunOptions& options) {
+    for (const FeatureRow& feature : Features) {
+        if (!feature.asked(options)) continue;
+        both(console, "ERROR :: This version of KVR cannot do what the input asks for: {}.", feature.what);
+        hardStop(console);
+    }
+}
+
+}  // namespace kvr
