@@ -1,0 +1,27 @@
+"""The public water-flood decks with option sections of our own, and their reference curves."""
+
+import numpy
+import pytest
+
+import kvr_run
+
+needs_public_decks = pytest.mark.skipif(not kvr_run.PUBLIC_DECKS.exists(),
+                                        reason="public decks not beside the checkout")
+
+REPORT_TIMES = numpy.arange(0.0, 2000.1, 50.0)
+
+
+def reference(name):
+    return kvr_run.read_csv(kvr_run.PUBLIC_DECKS / "reference" / f"{name}.csv")
+
+
+def flood(folder, name, step=50.0, **settings):
+    """Runs waterflood deck `name` to 2000 days with steps of `step` days."""
+    text = kvr_run.public_deck(f"waterflood/{name}.DATA")
+    steps = int(round(2000.0 / step))
+    assert "40*50" in text
+    text = text.replace("40*50", f"{steps}*{step:g}")
+    include = kvr_run.PUBLIC_DECKS / "waterflood" / f"{name}.INC"
+    files = {include.name: include.read_text()} if include.exists() else {}
+    folder.mkdir(exist_ok=True)
+    return kvr_run.finished_normally(kvr_run.run(folder, text + kvr_run.options(**settings), files))

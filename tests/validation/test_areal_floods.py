@@ -1,0 +1,39 @@
+"""Two-dimensional floods against the converged curves of an independent fully implicit simulator."""
+
+from curves import relative_difference, water_cut_difference
+from public_floods import REPORT_TIMES, flood, needs_public_decks, reference
+
+REGULAR = {"lines": 2000, "nodes": "REG", "factor": 1.0}
+
+pytestmark = needs_public_decks
+
+
+def test_homogeneous_quarter_five_spot_follows_the_converged_reference(tmp_path):
+    table = flood(tmp_path, "QFS50", **REGULAR).table()
+    curve = reference("QFS50_dt2")
+    mean, largest = water_cut_difference(table, curve, REPORT_TIMES)
+    oil = relative_difference(table["FOPT"][-1], curve["FOPT"][-1])
+    print(f"QFS50: water cut mean {mean:.4f}, largest {largest:.4f}; cumulative oil {100 * oil:.2f} %")
+    assert mean <= 0.01
+    assert largest <= 0.06
+    assert oil <= 0.01
+
+
+def test_heterogeneous_five_spot_follows_the_converged_references(tmp_path):
+    table = flood(tmp_path, "FIVE1", **REGULAR).table()
+    for name in ("FIVE1_dt5", "FIVE1_fine"):
+        curve = reference(name)
+        mean, largest = water_cut_difference(table, curve, REPORT_TIMES)
+        oil = relative_difference(table["FOPT"][-1], curve["FOPT"][-1])
+        print(f"{name}: water cut mean {mean:.4f}, largest {largest:.4f}; cumulative oil {100 * oil:.2f} %")
+        assert mean <= 0.03
+        assert oil <= 0.035
+
+
+def test_twice_the_lines_or_half_the_step_change_little(tmp_path):
+    base = flood(tmp_path / "base", "FIVE1", **REGULAR).table()["FOPT"][-1]
+    lines = flood(tmp_path / "lines", "FIVE1", **{**REGULAR, "lines": 4000}).table()["FOPT"][-1]
+    step = flood(tmp_path / "step", "FIVE1", step=25.0, **REGULAR).table()["FOPT"][-1]
+    print(f"twice the lines {100 * (lines / base - 1):+.3f} %, half the step {100 * (step / base - 1):+.3f} %")
+    assert relative_difference(lines, base) < 0.002
+    assert relative_difference(step, base) < 0.01
