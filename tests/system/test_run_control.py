@@ -1,0 +1,121 @@
+"""What a run says and does around the physics: input detection, steps, reports, end."""
+
+import re
+
+import kvr_run
+import small_deck
+from kvr_run import finished_normally, run
+
+
+def step_lines(console):
+    return re.findall(r"^Step (\d+) Time (\S+) --> (\S+) Stop Time: (\S+)$", console, flags=re.M)
+
+
+def test_steps_end_at_reports_and_never_exceed_the_longest_step(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("2*30", "10 20")
+    section = kvr_run.options(lines=20, solver="DGESV", extra="MAXDT\n7 /\n")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
+    assert [float(line[2]) for line in step_lines(result.console)] == [7.0, 10.0, 17.0, 24.0, 30.0]
+    reports = re.findall(r"^Report (\d+) Time (\S+) --> (\S+)$", result.console, flags=re.M)
+    assert [(int(n), float(end)) for n, _, end in reports] == [(1, 10.0), (2, 30.0)]
+
+
+def test_a_well_event_at_a_report_time_comes_behind_the_report(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("TSTEP\n2*30 /\n", "TSTEP\n30 /\nTSTEP\n30 /\n")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    first_report = result.console.index("Report 1 ")
+    event = result.console.index("UPDATE WELL SCHEDULE")
+    assert first_report < event < result.console.index("Report 2 ")
+    assert result.console.count("-         UPDATE WELL SCHEDULE         -") == 1
+
+
+def test_an_empty_schedule_gives_the_initial_state_and_ends_normally(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("TSTEP\n2*30 /\n", "")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    assert "WARNING :: Time-step was not given. Want Initial conditon?" in result.console
+
+
+def test_the_calendar_runs_with_the_steps(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("2*30", "31 29 1")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    dates = re.findall(r"Calender Time : (\d+) Mon : (\d+) Day : (\d+)", result.log)
+    assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 2, 1), (2000, 3, 1)]
+
+
+def test_global_iterations_repeat_the_solve_but_not_the_banner_or_the_calendar(tmp_path):
+    section = kvr_run.options(lines=20, solver="DGESV").replace(
+        "TUNEKVR\n", "TUNEKVR\nOPTIONKVR\n1 0 0 0 0 0 0 2 /\n")
+    result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
+    assert len(step_lines(result.console)) == 2
+    assert result.console.count("-- ERROR FOR GLOBAL ITERATION --") == 6
+    dates = re.findall(r"Calender Time : (\d+) Mon : (\d+) Day : (\d+)", result.log)
+    assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 1, 31)]
+
+
+def test_a_frontsim_deck_is_found_when_there_is_no_other(tmp_path):
+    result = finished_normally(run(tmp_path, small_deck.deck(), name="FRONTSIM.DATA"))
+    assert "WARNING: KVR Input File not found" in result.console
+    assert "Insted of that, we found FRONTSIM.DATA file ..." in result.console
+
+
+def test_an_eclipse_deck_goes_before_a_frontsim_deck(tmp_path):
+    result = finished_normally(run(tmp_path, small_deck.deck(), files={"FRONTSIM.DATA": "nothing"}))
+    assert "Insted of that, we found ECLIPSE.DATA file ..." in result.console
+
+
+def test_native_files_go_before_any_other_deck(tmp_path):
+    files = {"Reservoir.DATA": "", "Well.DATA": "", "Simulation.DATA": ""}
+    result = run(tmp_path, small_deck.deck(), files=files)
+    assert "WARNING: KVR Files detected..." in result.console
+    assert "the native three-file deck" in result.console
+    assert result.status == 1
+
+
+def test_the_prompt_writes_the_example_deck_and_ends_after_two_names_that_are_missing(tmp_path):
+    result = run(tmp_path, standard_input="0\n0\nx.DATA\ny\n")
+    assert result.status == 1
+    assert result.console.count("Example KVR Deck Generated in Local Folder.") == 2
+    assert result.console.count("(Type 0 to generate example Deck)") >= 3
+    assert " End Program." in result.console
+    assert (tmp_path / "ECLIPSE.DATA").exists()
+
+
+def test_a_closed_console_at_the_prompt_ends_the_program(tmp_path):
+    result = run(tmp_path, standard_input="", timeout=20)
+    assert result.status == 1
+
+
+def test_a_typed_name_is_read_with_its_folder_and_header(tmp_path):
+    (tmp_path / "case").mkdir()
+    (tmp_path / "case" / "FLOOD.DATA").write_text(small_deck.deck())
+    result = run(tmp_path, standard_input="case/FLOOD\n")
+    finished_normally(result)
+    assert (tmp_path / "case" / "KVR_dbg.out").exists()
+
+
+def test_a_feature_that_is_not_built_is_refused_in_one_line(tmp_path):
+    section = kvr_run.options(method="FIM", lines=20)
+    result = run(tmp_path, small_deck.deck(options=section))
+    assert result.status == 1
+    assert "cannot do what the input asks for: the fully implicit method" in result.console
+    assert "cannot do what the input asks for: the fully implicit method" in result.log
+
+
+def test_the_same_run_twice_leaves_the_same_files(tmp_path):
+    texts = []
+    for _ in range(2):
+        result = finished_normally(run(tmp_path, small_deck.deck(options=kvr_run.options(lines=20, plots=1))))
+        texts.append({path.name: path.read_bytes() for path in sorted(tmp_path.glob("KVR_*"))
+                      if path.name != "KVR_dbg.out"})
+    assert texts[0] == texts[1]
+
+
+def test_any_number_of_threads_gives_the_same_bits(tmp_path, monkeypatch):
+    tables = []
+    for threads in ("1", "2", "3"):
+        monkeypatch.setenv("OMP_NUM_THREADS", threads)
+        folder = tmp_path / threads
+        folder.mkdir()
+        result = finished_normally(run(folder, small_deck.deck(options=kvr_run.options(lines=60, plots=1))))
+        tables.append((result.read("KVR_Run_Recovery.out"), result.read("KVR_TPlot_swat.plt")))
+    assert tables[0] == tables[1] == tables[2]
