@@ -50,7 +50,7 @@ def run(folder, deck=None, files=None, standard_input="", timeout=600, name="ECL
         else:
             target.write_text(content)
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    process = subprocess.run([PROGRAM], cwd=folder, input=standard_input, text=True, capture_output=True,
+    process = subprocess.run([PROGRAM], cwd=folder, input=standard_input, text=True, capture_output=True, errors="replace",
                              timeout=timeout)
     after = resource.getrusage(resource.RUSAGE_CHILDREN)
     assert process.stderr == "", process.stderr
