@@ -98,8 +98,9 @@ void advanceStep(bool solve, Simulation& simulation) {
 void reportStep(double executedDt, Simulation& simulation) {
     const StageTimer timer(simulation.times.reports);
     RunClock& clock = simulation.clock;
+    advanceBalance(simulation, executedDt);
     reportWells(simulation);
-    ReportMBE(simulation, executedDt);
+    ReportMBE(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         clock.reportIndex += 1;

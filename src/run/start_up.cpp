@@ -108,7 +108,8 @@ void startUp(Simulation& simulation) {
     allocateStreamlines(simulation);
     conditionGeometry(simulation);
     startWellTables(simulation);
-    ReportMBE(simulation, 0.0);
+    advanceBalance(simulation, 0.0);
+    ReportMBE(simulation);
     reportOutput(simulation, 0, simulation.clock.endTime);
 }
 
