@@ -180,12 +180,16 @@ void printSummary(const Console& console, const ConnectionSummary& summary) {
 
 }  // namespace
 
+void prepareRock(const RunOptions& options, GridModel& grid) {
+    shutCellsWithoutRock(grid);
+    scaleJFunction(options, grid);
+}
+
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections) {
     const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : FaceCount;
     allocateConnections(console, grid.NCELLS, width, connections);
-    shutCellsWithoutRock(grid);
-    scaleJFunction(options, grid);
+    prepareRock(options, grid);
     buildNeighbours(grid, connections);
     editRock(console, grid);
     shutCellsWithoutRock(grid);  // a repeated conditioning would find them before the edits

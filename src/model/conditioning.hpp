@@ -15,4 +15,8 @@ namespace kvr {
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections);
 
+/// The first step of the conditioning, which the initial state needs as well: cells without rock are shut,
+/// and capillary scales of the J-function are formed (1 without it). Repeatable.
+void prepareRock(const RunOptions& options, GridModel& grid);
+
 }  // namespace kvr

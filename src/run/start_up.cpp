@@ -52,6 +52,7 @@ void readInput(Simulation& simulation) {
 }
 
 void initialiseState(Simulation& simulation) {
+    prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
     initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
                        simulation.options, simulation.state);
