@@ -1,5 +1,6 @@
 #include "streamline/explicit_transport.hpp"
 
+#include "streamline/line_gravity.hpp"
 #include "streamline/line_kernels.hpp"
 
 #include <algorithm>
@@ -208,9 +209,14 @@ void moveTogether(const FluidTables& tables, bool keepEndPoints, const FluxView&
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
         const double out = dt * line.outflowRate[i];
         const double in = dt * line.inflowRate[i];
-        ConservedAmounts loss{out * flux.w[i] - in * flux.w[i - 1] + dt * line.gravityW[i],
-                              out * flux.o[i] - in * flux.o[i - 1] + dt * line.gravityO[i], 0.0};
-        if constexpr (Gas) loss.gas = out * flux.g[i] - in * flux.g[i - 1] + dt * line.gravityG[i];
+        ConservedAmounts loss{out * flux.w[i] - in * flux.w[i - 1], out * flux.o[i] - in * flux.o[i - 1],
+                              0.0};
+        if constexpr (Gas) loss.gas = out * flux.g[i] - in * flux.g[i - 1];
+        if (line.hasGravity) {
+            loss.water += dt * line.gravityW[i];
+            loss.oil += dt * line.gravityO[i];
+            loss.gas += dt * line.gravityG[i];
+        }
         recoverNode<Gas>(tables, regionTable(tables, line.region[i]), keepEndPoints, loss, i, line);
     }
 }
@@ -275,6 +281,7 @@ void advanceTogether(const FluidTables& tables, const ExplicitControl& control, 
     do {
         const double left = step - t;
         evaluateFluxes(tables, t == 0.0 ? 0 : 1, line.nodeCount, line);
+        if (line.hasGravity) setGravitySources(tables, line);
         const double dt = substepLength(control, hasGas, limited, control.firstStep && t == 0.0, left, line);
         addOutlet({flux.w[last], flux.o[last], hasGas ? flux.g[last] : 0.0, 0.0, 0.0, 0.0}, dt, line);
         if (hasGas)

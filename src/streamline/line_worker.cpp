@@ -1,5 +1,7 @@
 #include "streamline/line_worker.hpp"
 
+#include "streamline/line_gravity.hpp"
+
 #include <algorithm>
 
 namespace kvr {
@@ -25,6 +27,8 @@ void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState&
     layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
     loadNodes(field.nodes, state.tracer, fluids.hasGas, line);
     const CellTagKind firstTag = field.trace.cells[at(line.tracedCell[1])].tag;
+    line.hasGravity = field.gravity;
+    if (field.gravity) loadLineGravity(grid, state, line);
     loadInlet(field.nodes, fluids, wells, firstTag == CellTagKind::Injector, line);
 }
 

@@ -60,6 +60,7 @@ struct LineField {
     double step = 0.0;     // days
     double endTime = 0.0;  // simulated days at the end of the step
     bool fromInjector = true;
+    bool gravity = false;  // along-line gravity: the orthogonal projection leaves it to the lines
 };
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);

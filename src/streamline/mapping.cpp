@@ -190,6 +190,9 @@ void clearMapping(MappingSums& sums) {
     for (CellArray<double>* values : {&sums.weight, &sums.water, &sums.oil, &sums.gas, &sums.bubblePoint})
         std::fill(values->slots.begin(), values->slots.end(), 0.0);
     std::fill(sums.tracer.slots.begin(), sums.tracer.slots.end(), 0.0);
+}
+
+void clearVisited(MappingSums& sums) {
     std::fill(sums.CellVisited.slots.begin(), sums.CellVisited.slots.end(), std::uint8_t{0});
     std::fill(sums.visitedSnapshot.slots.begin(), sums.visitedSnapshot.slots.end(), std::uint8_t{0});
 }

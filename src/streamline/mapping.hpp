@@ -38,7 +38,10 @@ void accumulate(const LineContribution& contribution, bool hasGas, bool onlyMiss
 void mapToCells(const RunOptions& options, const FluidTables& fluids, const GridModel& grid,
                 const MappingSums& sums, CellState& state);
 
-/// Zeroes sums and visited flags at the end of a step.
+/// Zeroes the sums at the end of a step. The visited flags stay for the splitting stage.
 void clearMapping(MappingSums& sums);
+
+/// Forgets the visited cells before the lines of a step are traced.
+void clearVisited(MappingSums& sums);
 
 }  // namespace kvr

@@ -39,6 +39,9 @@ struct SolverLine {
     std::vector<double> Cw, Co, Cg;
     std::vector<double> Fw, Fo, Fg;
     std::vector<double> limitedFw, limitedFo, limitedFg;
+    std::vector<double> RhoW, RhoO, RhoG;  // lb/ft3, loaded where gravity is in use
+    std::vector<double> gravityFace;       // [i] between i and i+1: velocity per mobility and lb/ft3
+    std::vector<double> gravityStorage;    // [i] 1/ft, inverse of porosity NTG times node length
     std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
     std::vector<double> inflowRate, outflowRate;       // 1/day, what F(i-1) brings and F(i) takes
     std::vector<std::vector<double>> tracer;           // [tracer][node] concentration

@@ -55,6 +55,7 @@ void prepareSolver(Simulation& s, double remainingToEnd) {
     field.nodeControl = nodeControlOf(s.options);
     field.nodeFactor = s.options.nodeFactor;
     field.mergeFactor = s.options.mergeFactor;
+    field.gravity = s.options.orthogonalProjection && s.options.lineGravity;
     if (field.solver != LineSolver::Analytic) return;
     const double p = s.pressure.AveragePressure;
     buildAnalyticTable(s.fluids, s.options.analyticRelPermPoints, OilViscosity(s.fluids, p, p),
@@ -170,6 +171,7 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
     launch(simulation);
     printMethod(simulation);
     prepareFields(simulation);
+    clearVisited(simulation.mapping);
     if (substepNumber(simulation.clock, remainingToEnd) <= 1)
         clearOutlets(simulation.wells, simulation.lines.outlets);
     lineLoop(simulation);

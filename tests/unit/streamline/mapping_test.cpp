@@ -135,13 +135,15 @@ TEST(Accumulate, KeepsALineFromMissedCellsOutOfCellsThatLaunchedLinesTouched) {
     EXPECT_EQ(cells.sums.weight[3], 30.0);
 }
 
-TEST(ClearMapping, ForgetsSumsAndVisits) {
+TEST(ClearMapping, ForgetsTheSumsAndLeavesTheVisitsToTheNextStep) {
     Cells cells(samples::plainFlood());
     cells.add(2, 10.0, 0.6, 0.4, 0.0, 0.0);
     cells.sums.CellVisited[2] = 1;
     clearMapping(cells.sums);
     EXPECT_EQ(cells.sums.weight[2], 0.0);
     EXPECT_EQ(cells.sums.water[2], 0.0);
+    EXPECT_EQ(cells.sums.CellVisited[2], 1);
+    clearVisited(cells.sums);
     EXPECT_EQ(cells.sums.CellVisited[2], 0);
 }
 

@@ -1,0 +1,146 @@
+#include "streamline/line_gravity.hpp"
+
+#include "base/constants.hpp"
+#include "fluid/saturation_functions.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double LeastLength = 1e-10;    // ft; a shorter node exchanges nothing
+constexpr double LeastMobility = 1e-10;  // 1/cp, of a pair that can pass each other
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+/// Length along the line and depth at the end of a solver node.
+struct Place {
+    double s = 0.0;
+    double z = 0.0;
+};
+
+/// Walks the traced nodes while times rise.
+struct TracedWalk {
+    const SolverLine& line;
+    int node = 1;
+    double lengthBefore = 0.0;  // ft, up to the start of `node`
+};
+
+Place placeAt(TracedWalk& walk, double time) {
+    const SolverLine& line = walk.line;
+    while (walk.node < line.tracedNodeCount && line.tracedTof[at(walk.node)] < time) {
+        walk.lengthBefore += line.tracedStepLength[at(walk.node)];
+        ++walk.node;
+    }
+    const std::size_t n = at(walk.node);
+    const double width = line.tracedTof[n] - line.tracedTof[n - 1];
+    const double share = width > 0.0 ? std::clamp((time - line.tracedTof[n - 1]) / width, 0.0, 1.0) : 1.0;
+    return {walk.lengthBefore + share * line.tracedStepLength[n],
+            line.tracedDepth[n - 1] + share * (line.tracedDepth[n] - line.tracedDepth[n - 1])};
+}
+
+/// Permeability in a direction that descends by `slope` = dz/ds, md.
+double permeabilityAlong(const GridModel& grid, CellId cell, double slope) {
+    const double down = std::min(1.0, slope * slope);
+    const double lateral = grid.PERMX[cell];
+    const double vertical = grid.PERMZ[cell];
+    if (lateral <= 0.0 || vertical <= 0.0) return 0.0;
+    return 1.0 / ((1.0 - down) / lateral + down / vertical);
+}
+
+double harmonicMean(double a, double b) {
+    return a + b > 0.0 ? 2.0 * a * b / (a + b) : 0.0;
+}
+
+struct NodeMobility {
+    double w = 0.0, o = 0.0, g = 0.0;
+};
+
+NodeMobility mobilityAt(const FluidTables& tables, std::size_t i, const SolverLine& line) {
+    const RelPerms kr = relPerms(regionTable(tables, line.region[i]), tables.hasGas, line.Sw[i],
+                                 tables.hasGas ? line.Sg[i] : 0.0);
+    return {kr.w * line.inverseMuW[i], kr.o * line.inverseMuO[i],
+            tables.hasGas ? kr.g * line.inverseMuG[i] : 0.0};
+}
+
+/// Exchange of one pair over a face, out of the upper-index side where positive: `drive` is the face term
+/// times the density difference.
+double pairFlux(double drive, double aHere, double aNext, double bHere, double bNext) {
+    const double a = drive > 0.0 ? aHere : aNext;
+    const double b = drive > 0.0 ? bNext : bHere;
+    return a < LeastMobility || b < LeastMobility ? 0.0 : drive * a * b / (a + b);
+}
+
+}  // namespace
+
+void loadLineGravity(const GridModel& grid, const CellState& state, SolverLine& line) {
+    const int count = line.nodeCount;
+    TracedWalk walk{line};
+    Place before = placeAt(walk, 0.0);
+    Place middleBefore = before;
+    double permeabilityBefore = 0.0;
+    line.gravityFace[0] = 0.0;
+    for (std::size_t i = 1; i <= at(count); ++i) {
+        const CellId cell = line.tracedCell[at(line.tracedNode[i])];
+        const Place end = placeAt(walk, line.Tof[i]);
+        const Place middle{0.5 * (before.s + end.s), 0.5 * (before.z + end.z)};
+        const double length = end.s - before.s;
+        const double storage = state.PoreFraction[cell] * grid.NTG[cell] * length;
+        line.gravityStorage[i] = length > LeastLength && storage > 0.0 ? 1.0 / storage : 0.0;
+        line.RhoW[i] = state.RhoW[cell];
+        line.RhoO[i] = state.RhoO[cell];
+        line.RhoG[i] = state.RhoG[cell];
+        const double apart = middle.s - middleBefore.s;
+        const double slope = apart > LeastLength ? (middle.z - middleBefore.z) / apart : 0.0;
+        const double permeability = permeabilityAlong(grid, cell, slope);
+        const bool both = i > 1 && line.gravityStorage[i] > 0.0 && line.gravityStorage[i - 1] > 0.0;
+        line.gravityFace[i - 1] = both ? DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot *
+                                             harmonicMean(permeabilityBefore, permeability) * slope
+                                       : 0.0;
+        line.gravityFace[i] = 0.0;
+        before = end;
+        middleBefore = middle;
+        permeabilityBefore = permeability;
+    }
+}
+
+void setGravitySources(const FluidTables& tables, SolverLine& line) {
+    const std::size_t count = at(line.nodeCount);
+    for (std::size_t i = 1; i <= count; ++i) line.gravityW[i] = line.gravityO[i] = line.gravityG[i] = 0.0;
+    NodeMobility here = mobilityAt(tables, 1, line);
+    for (std::size_t i = 1; i < count; ++i) {
+        const NodeMobility next = mobilityAt(tables, i + 1, line);
+        const double face = line.gravityFace[i];
+        if (face != 0.0) {
+            const double rhoO = 0.5 * (line.RhoO[i] + line.RhoO[i + 1]);
+            const double driveW = face * (0.5 * (line.RhoW[i] + line.RhoW[i + 1]) - rhoO);
+            const double water = pairFlux(driveW, here.w, next.w, here.o, next.o);
+            double gas = 0.0;
+            if (tables.hasGas) {
+                const double driveG = face * (0.5 * (line.RhoG[i] + line.RhoG[i + 1]) - rhoO);
+                gas = pairFlux(driveG, here.g, next.g, here.o, next.o);
+            }
+            const double oil = -(water + gas);
+            const std::size_t wFrom = water > 0.0 ? i : i + 1;
+            const std::size_t oFrom = oil > 0.0 ? i : i + 1;
+            const std::size_t gFrom = gas > 0.0 ? i : i + 1;
+            const double surfaceW = water * line.inverseBw[wFrom];
+            const double surfaceO = oil * line.inverseBo[oFrom];
+            const double surfaceG =
+                tables.hasGas ? gas * line.inverseBg[gFrom] + line.Rs[oFrom] * surfaceO : 0.0;
+            line.gravityW[i] += surfaceW * line.gravityStorage[i];
+            line.gravityO[i] += surfaceO * line.gravityStorage[i];
+            line.gravityG[i] += surfaceG * line.gravityStorage[i];
+            line.gravityW[i + 1] -= surfaceW * line.gravityStorage[i + 1];
+            line.gravityO[i + 1] -= surfaceO * line.gravityStorage[i + 1];
+            line.gravityG[i + 1] -= surfaceG * line.gravityStorage[i + 1];
+        }
+        here = next;
+    }
+}
+
+}  // namespace kvr
