@@ -9,6 +9,7 @@ import kvr_run
 import tecplot
 
 TIMES = (250.0, 500.0, 750.0)
+SMOOTH_ROWS = 385
 SWEPT = 1.0 - column_flood.RESIDUAL
 
 
@@ -56,11 +57,13 @@ def test_cumulative_oil_meets_the_exact_recovery(tmp_path):
 
 
 def test_error_falls_with_refinement_at_the_order_of_a_shock(tmp_path):
+    """Tables are piecewise linear: each of their kinks is a small shock of its own, whose smearing falls at
+    order one half. The table is taken fine enough here for the curve to act as the smooth one it samples."""
     errors = []
     for cells in (100, 200, 400):
         folder = tmp_path / str(cells)
         folder.mkdir()
-        errors.append(numpy.mean(saturation_errors(run(folder, cells), cells)))
+        errors.append(numpy.mean(saturation_errors(run(folder, cells, SMOOTH_ROWS), cells, SMOOTH_ROWS)))
     order = numpy.log2(errors[0] / errors[2]) / 2.0
     print(f"mean L1 errors {errors}, observed order {order:.2f}")
     assert errors[0] > errors[1] > errors[2]
