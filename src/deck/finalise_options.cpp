@@ -58,7 +58,7 @@ constexpr bool isCount(int value) {
 }
 
 constexpr FallBack<double> StepFallBacks[] = {
-    {&RunOptions::maxDt, [](double value) { return value > 0.0; },
+    {&RunOptions::maxDt, isStep,  // a shorter step would not move the clock
      "WARNING :: Maximum Constraint Tstep is less than zero", "Reset for 1.E10", 1e10},
     {&RunOptions::cfl, isCfl, "WARNING :: Courant Num was not given or too small", "Reset for 0.8", 0.8},
     {&RunOptions::cflGravity, isCfl, "WARNING :: Courant Num for gravity was not given or too small",

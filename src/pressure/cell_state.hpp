@@ -34,7 +34,8 @@ struct CellAmounts {
 /// What the pressure stage keeps beside CellState.
 struct PressureStage {
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
-    bool stepCut = false;          // raised by PressureStep when it shortened the step
+    bool stepCut = false;          // set by PressureStep: it shortened the step
+    int hopelessSteps = 0;         // steps in a row that were cut to next to nothing
     double largestDeltaP = 0.0;    // psi, largest |DeltaP| of the last converged step over the whole step
     CellArray<double> DeltaP;      // psi, last solver result of the cells
     double processorSeconds = 0.0;

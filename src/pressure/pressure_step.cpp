@@ -22,6 +22,8 @@ constexpr double DivergedDeltaP = 1.0e8;       // psi; a change of this size cut
 constexpr double TinyStep = 1e-8;              // days; below it a step is taken as converged ...
 constexpr double TinyStepDeltaP = 1.0;         // psi; ... with a change below this
 constexpr double VanishedStep = 1e-30;         // days; V/dt has lost its meaning, cutting on would never end
+constexpr double HopelessStep = 1e-6;          // days; a run whose steps are all cut below it ...
+constexpr int MostHopelessSteps = 200;         // ... so many times in a row would never end
 constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
 
 /// psi that one iteration may move a cell by in a run with gas. Phase changes at a well make undamped
@@ -96,6 +98,7 @@ void saveTimeLevel(Simulation& s) {
 }
 
 void beginStep(Simulation& s) {
+    s.pressure.stepCut = false;
     releaseWellsFromLimit(s.console, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
@@ -145,6 +148,11 @@ bool applySolution(double DIFFP, Simulation& s, int& it) {
     return switched;
 }
 
+[[noreturn]] void stopOnHopelessStep(const Console& console) {
+    lineToBoth(console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
+    hardStop(console);
+}
+
 /// Back to the time level with a shorter step.
 void cutStep(Simulation& s) {
     s.state = s.timeLevel;
@@ -155,9 +163,13 @@ void cutStep(Simulation& s) {
     s.clock.dt *= CutFactor;
     s.pressure.stepCut = true;
     both(s.console, "TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
-    if (s.clock.dt >= VanishedStep) return;
-    lineToBoth(s.console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
-    hardStop(s.console);
+    if (s.clock.dt < VanishedStep) stopOnHopelessStep(s.console);
+}
+
+/// A single tiny step may lead past a difficulty; one after the other they lead nowhere.
+void watchProgress(const Console& console, double dt, PressureStage& stage) {
+    stage.hopelessSteps = stage.stepCut && dt < HopelessStep ? stage.hopelessSteps + 1 : 0;
+    if (stage.hopelessSteps > MostHopelessSteps) stopOnHopelessStep(console);
 }
 
 enum class Verdict { Converged, Forced, Cut, GoOn };
@@ -247,6 +259,7 @@ void PressureStep(Simulation& simulation, int firstCall, int doSolve) {
     else
         beginRepeatedPass(simulation);
     solveStep(simulation);
+    watchProgress(simulation.console, simulation.clock.dt, simulation.pressure);
     finishStep(simulation);
     simulation.pressure.processorSeconds = cpuSeconds() - start;
     both(simulation.console, "Request time for pressure  : {}", number(simulation.pressure.processorSeconds));
