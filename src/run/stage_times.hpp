@@ -10,8 +10,7 @@ struct StageTime {
 
 /// Where the time of a run went; printed as a table at its end.
 struct StageTimes {
-    StageTime deck, initialisation, pressure, lines, mapping, splitting, reports;
-    double deckEndWall = 0.0;
+    StageTime deck, initialisation, pressure, lines, splitting, reports;
 };
 
 /// Adds the time since its construction to a stage when it goes out of scope.
