@@ -80,6 +80,16 @@ def test_the_prompt_writes_the_example_deck_and_ends_after_two_names_that_are_mi
     assert (tmp_path / "ECLIPSE.DATA").exists()
 
 
+def test_the_example_deck_runs_in_a_hundred_steps_and_two_reports(tmp_path):
+    run(tmp_path, standard_input="0\nnone\nnone\n")
+    result = finished_normally(run(tmp_path))
+    steps = step_lines(result.console)
+    assert len(steps) == 100
+    assert all(float(end) - float(start) <= 0.001 + 1e-9 for _, start, end in steps)
+    reports = re.findall(r"^Report (\d+) Time (\S+) --> (\S+)$", result.console, flags=re.M)
+    assert [(int(n), float(end)) for n, _, end in reports] == [(1, 0.001), (2, 0.1)]
+
+
 def test_a_closed_console_at_the_prompt_ends_the_program(tmp_path):
     result = run(tmp_path, standard_input="", timeout=20)
     assert result.status == 1

@@ -73,17 +73,20 @@ SGOF
 /
 """
 
+# In a capillary transition the column takes the water's density at the water pressure, the cells at the oil
+# pressure: 2 psi of capillary pressure times the compressibility, 5e-5 psi from cell to cell, which a curve of
+# 5 psi per saturation answers with 1e-5.
 CASES = {
-    "water below oil": ("", DEAD_OIL.format(pc=0, half=0)),
-    "capillary transition": ("", DEAD_OIL.format(pc=4, half=2.5)),
-    "gas above oil above water": ("GAS\n", GAS_CAP.format(pc=0, half=0)),
+    "water below oil": ("", DEAD_OIL.format(pc=0, half=0), 1e-8),
+    "capillary transition": ("", DEAD_OIL.format(pc=4, half=2.5), 1e-5),
+    "gas above oil above water": ("GAS\n", GAS_CAP.format(pc=0, half=0), 1e-8),
 }
 
 
 @pytest.mark.parametrize("method", ["STREAMLINE", "IMPES"])
 @pytest.mark.parametrize("case", CASES)
 def test_a_closed_box_in_equilibrium_stays_as_it_is(tmp_path, case, method):
-    gas, props = CASES[case]
+    gas, props, allowed = CASES[case]
     result = finished_normally(run(tmp_path, BOX.format(gas=gas, props=props)
                                    + kvr_run.options(method=method, lines=20, plots=1, tolerance=1e-6)))
     names = ["poil", "swat", "soil"] + (["sgas"] if gas else [])
@@ -93,7 +96,7 @@ def test_a_closed_box_in_equilibrium_stays_as_it_is(tmp_path, case, method):
         first, last = zones[0].values[0], zones[-1].values[0]
         change = numpy.abs(last - first).max() / max(1.0, numpy.abs(first).max())
         print(f"{case}, {method}, {name}: {change:.1e}")
-        assert change <= 1e-8
+        assert change <= allowed
 
 
 def test_a_flood_by_finite_differences_keeps_its_balance(tmp_path):
