@@ -85,7 +85,7 @@ def test_the_example_deck_runs_in_a_hundred_steps_and_two_reports(tmp_path):
     result = finished_normally(run(tmp_path))
     steps = step_lines(result.console)
     assert len(steps) == 100
-    assert all(float(end) - float(start) <= 0.001 + 1e-9 for _, start, end in steps)
+    assert all(float(end) - float(start) <= 0.001 + 1e-9 for _, start, end, _ in steps)
     reports = re.findall(r"^Report (\d+) Time (\S+) --> (\S+)$", result.console, flags=re.M)
     assert [(int(n), float(end)) for n, _, end in reports] == [(1, 0.001), (2, 0.1)]
 
