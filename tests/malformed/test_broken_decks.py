@@ -38,7 +38,8 @@ def test_dimensions_below_one_stop_the_run(tmp_path, dimensions):
 
 def test_dimensions_beyond_any_memory_stop_the_run(tmp_path):
     deck = small_deck.deck(runspec=small_deck.RUNSPEC.replace("5 5 1", "2000000 2000000 2000000"))
-    stops_with(tmp_path, deck)
+    result = stops_with(tmp_path, deck, "Error :: Memory error , Variable")
+    names_the_place(result, "ECLIPSE.DATA", line_of(deck, "DIMENS") + 1)
 
 
 def test_missing_dimensions_stop_the_run(tmp_path):
