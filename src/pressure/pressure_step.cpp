@@ -23,7 +23,7 @@ constexpr double TinyStep = 1e-8;              // days; below it a step is taken
 constexpr double TinyStepDeltaP = 1.0;         // psi; ... with a change below this
 constexpr double VanishedStep = 1e-30;         // days; V/dt has lost its meaning, cutting on would never end
 constexpr double HopelessStep = 1e-6;          // days; a run whose steps are all cut below it ...
-constexpr int MostHopelessSteps = 200;         // ... so many times in a row would never end
+constexpr int MostHopelessSteps = 100;         // ... so many times in a row would never end
 constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
 
 /// psi that one iteration may move a cell by in a run with gas. Phase changes at a well make undamped
