@@ -99,10 +99,14 @@ void saveTimeLevel(Simulation& s) {
 
 void beginStep(Simulation& s) {
     s.pressure.stepCut = false;
-    releaseWellsFromLimit(s.console, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
     saveTimeLevel(s);
+    // By what wells gave in the step before, then by what the transported phases let them give now: gas that
+    // has reached an injector's cell multiplies its rate at the limit.
+    releaseWellsFromLimit(s.console, s.wells);
+    updateRates(s);
+    releaseWellsFromLimit(s.console, s.wells);
     updateRates(s);
     s.timeLevelWells = s.wells;
 }

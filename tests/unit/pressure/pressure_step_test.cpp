@@ -174,6 +174,25 @@ TEST(PressureStep, HoldsAProducerThatWouldFallBelowItsLimitAtTheLimit) {
     EXPECT_EQ(s.pressureWork.matrix.system.size, 2);
 }
 
+TEST(PressureStep, GivesTheRateBackToAWellWhoseInjectivityHasRisenSinceTheStepBefore) {
+    QuietConsole quiet;
+    Simulation s;
+    flood(50.0, 3000.0, s);
+    s.console = quiet.console;
+    s.options.PressureTolerance = 1e-9;
+    Well& injector = s.wells.wells[0];
+    const double injectivity = injector.connections[0].ConnWI;
+    injector.connections[0].ConnWI = 1e-6 * injectivity;
+    injector.BhpLimit = 6000.0;
+    PressureStep(s, 0, 1);
+    ASSERT_EQ(injector.WellControl, "bhp");
+    ASSERT_LT(injector.WellQw, 50.0);
+    injector.connections[0].ConnWI = injectivity;
+    PressureStep(s, 0, 1);
+    EXPECT_EQ(injector.WellControl, "rate");
+    EXPECT_NEAR(injector.WellQw, 50.0, 1e-8);
+}
+
 TEST(PressureStep, PrintsItsLinesInOrder) {
     QuietConsole quiet;
     Simulation s;
