@@ -87,15 +87,17 @@ void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, 
         double sw =
             time > 0.0 ? saturationAt(profile, region.ConnateSw, line.Tof[i] * perDay) : region.ConnateSw;
         sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
-        line.Sw[i] = sw;
-        line.So[i] = 1.0 - sw;
-        line.Sg[i] = 0.0;
-        setAmounts(fluids.hasGas, static_cast<int>(i), line);
+        FlowNode& node = line.nodes[i];
+        node.Sw = sw;
+        node.So = 1.0 - sw;
+        node.Sg = 0.0;
+        setAmounts(fluids.hasGas, node);
     }
-    evaluateFluxes(fluids, line.nodeCount, line.nodeCount, line);
-    line.outletWater = line.Fw[at(line.nodeCount)];
-    line.outletOil = line.Fo[at(line.nodeCount)];
-    line.outletGas = fluids.hasGas ? line.Fg[at(line.nodeCount)] : 0.0;
+    FlowNode& last = line.nodes[at(line.nodeCount)];
+    evaluateFluxes(fluids.hasGas, line.nodeCount, line.nodeCount, line);
+    line.outletWater = last.Fw;
+    line.outletOil = last.Fo;
+    line.outletGas = fluids.hasGas ? last.Fg : 0.0;
     line.substeps = 1;
 }
 

@@ -2,6 +2,7 @@
 
 #include "deck/options.hpp"
 #include "fluid/tables.hpp"
+#include "streamline/line_kernels.hpp"
 #include "streamline/solver_line.hpp"
 
 #include <string_view>
@@ -22,16 +23,22 @@ struct ExplicitControl {
 /// The control of a step; `time` is the simulated time at its start.
 ExplicitControl explicitControl(const RunOptions& options, double time);
 
-/// What flows out of a node over one of its substeps: fluxes F, and the amounts C that they belong to.
+/// What flows out of a node over one of its substeps: fluxes, and the amounts that they belong to.
 struct FlowRecord {
     double until = 0.0;  // days since the start of the step
-    double Fw = 0.0, Fo = 0.0, Fg = 0.0;
-    double Cw = 0.0, Co = 0.0, Cg = 0.0;
+    NodeFlow flow;
+};
+
+/// Nodes of a line that step together.
+struct Stretch {
+    int last = 0;
+    int length = 0;
+    double least = 0.0;  // days, shortest residence time
 };
 
 /// Growing scratch of explicit transport, one a thread: it reaches its size within the first lines.
 struct ExplicitScratch {
-    std::vector<int> stretchEnds;  // last node of each stretch
+    std::vector<Stretch> stretches;
     std::vector<FlowRecord> inflow, outflow;
 };
 
@@ -42,10 +49,10 @@ struct ExplicitScratch {
 /// within the limits of the control. States are recovered after each substep; a bad saturation takes the
 /// value of the node before. At least one substep. Leaves states, substep count and mean outlet fluxes.
 ///
-/// A line of even residence times goes as one. Elsewhere it is cut into stretches of nodes whose residence
-/// times lie within a factor of four; upstream weighting looks only upstream, so each stretch can be taken
-/// over the whole step by that same rule, fed by what the stretch before let out (local time stepping after
-/// Osher and Sanders 1983, conservative: inflow is integrated over each substep). A node that a line merely
+/// A line whose residence times lie within a factor of four goes as one. Any other is cut into stretches,
+/// where that saves work. Upstream weighting looks only upstream, so each stretch can be taken over the
+/// whole step by that same rule, fed by what the stretch before let out (local time stepping after Osher
+/// and Sanders 1983, conservative: inflow is integrated over each substep). A node that a line merely
 /// grazes then makes no other node take its small substeps. A line with limited fluxes, tracers or
 /// along-line gravity goes as one.
 void advanceExplicit(const FluidTables& tables, const ExplicitControl& control, double step,

@@ -22,61 +22,84 @@ double smaller(double a, double b) {
     return std::abs(a) < std::abs(b) ? a : b;
 }
 
+NodeFlow limitedFlow(bool hasGas, std::size_t i, const SolverLine& line) {
+    const FlowNode& node = line.nodes[i];
+    return {line.limitedFw[i], line.limitedFo[i], hasGas ? line.limitedFg[i] : 0.0,
+            node.Cw,           node.Co,           node.Cg};
+}
+
 }  // namespace
 
-void evaluateFluxes(const FluidTables& tables, int from, int to, SolverLine& line) {
+void evaluateFluxes(bool hasGas, int from, int to, SolverLine& line) {
     for (int n = from; n <= to; ++n) {
-        const SaturationTable& table = regionTable(tables, line.region[at(n)]);
-        if (tables.hasGas)
-            setFluxes<true>(table, at(n), line);
+        if (hasGas)
+            setFluxes<true>(line.nodes[at(n)]);
         else
-            setFluxes<false>(table, at(n), line);
+            setFluxes<false>(line.nodes[at(n)]);
     }
 }
 
-void setAmounts(bool hasGas, int n, SolverLine& line) {
-    const std::size_t i = at(n);
-    line.Cw[i] = line.Sw[i] * line.inverseBw[i];
-    line.Co[i] = line.So[i] * line.inverseBo[i];
-    if (hasGas) line.Cg[i] = line.Sg[i] * line.inverseBg[i] + line.Rs[i] * line.Co[i];
+void setAmounts(bool hasGas, FlowNode& node) {
+    node.Cw = node.Sw * node.inverseBw;
+    node.Co = node.So * node.inverseBo;
+    if (hasGas) node.Cg = node.Sg * node.inverseBg + node.Rs * node.Co;
 }
 
-FluxView plainFluxes(const SolverLine& line) {
-    return {line.Fw, line.Fo, line.Fg};
-}
-
-FluxView limitedFluxes(const SolverLine& line) {
-    return {line.limitedFw, line.limitedFo, line.limitedFg};
-}
-
-double largestWaveSpeed(const FluxView& flux, bool hasGas, const SolverLine& line) {
+double largestWaveSpeed(bool hasGas, const SolverLine& line) {
     double speed = 0.0;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        const double inverse = line.inverseDeltaTof[i];
-        speed = raisedSpeed(speed, flux.w[i] - flux.w[i - 1], line.Cw[i] - line.Cw[i - 1], inverse);
-        speed = raisedSpeed(speed, flux.o[i] - flux.o[i - 1], line.Co[i] - line.Co[i - 1], inverse);
-        if (hasGas)
-            speed = raisedSpeed(speed, flux.g[i] - flux.g[i - 1], line.Cg[i] - line.Cg[i - 1], inverse);
+        const FlowNode& before = line.nodes[i - 1];
+        const FlowNode& here = line.nodes[i];
+        speed =
+            hasGas
+                ? raisedSpeed<true>(speed, flowAt<true>(before), flowAt<true>(here), here.inverseDeltaTof)
+                : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
     }
     return speed;
 }
 
-void limitFlux(std::string_view scheme, double dt, int nodeCount, std::span<const double> inverseDeltaTof,
-               std::span<const double> flux, std::span<double> limited) {
+double largestLimitedSpeed(bool hasGas, const SolverLine& line) {
+    double speed = 0.0;
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+        const NodeFlow before = limitedFlow(hasGas, i - 1, line);
+        const NodeFlow here = limitedFlow(hasGas, i, line);
+        speed = raisedSpeed<false>(speed, before, here, line.nodes[i].inverseDeltaTof);
+        if (hasGas)
+            speed =
+                raisedSpeed(speed, here.Fg - before.Fg, here.Cg - before.Cg, line.nodes[i].inverseDeltaTof);
+    }
+    return speed;
+}
+
+void limitFluxes(std::string_view scheme, bool hasGas, double dt, SolverLine& line) {
+    const std::span<const FlowNode> nodes(line.nodes.data(), at(line.nodeCount) + 1);
+    limitFlux(scheme, dt, nodes, &FlowNode::Fw, line.limitedFw);
+    limitFlux(scheme, dt, nodes, &FlowNode::Fo, line.limitedFo);
+    if (hasGas) limitFlux(scheme, dt, nodes, &FlowNode::Fg, line.limitedFg);
+}
+
+void limitFlux(std::string_view scheme, double dt, std::span<const FlowNode> nodes, double FlowNode::*flux,
+               std::span<double> limited) {
+    const std::size_t last = nodes.size() - 1;
+    if (scheme == "SPU") {
+        for (std::size_t i = 0; i <= last; ++i) limited[i] = nodes[i].*flux;
+        return;
+    }
     const bool leonard = scheme == "Leonard";
-    limited[0] = flux[0];
-    limited[at(nodeCount)] = flux[at(nodeCount)];
-    for (std::size_t i = 1; i < at(nodeCount); ++i) {
-        const double a = flux[i + 1] - flux[i];
-        const double b = flux[i] - flux[i - 1];
-        const double c = dt * inverseDeltaTof[i];
+    limited[0] = nodes[0].*flux;
+    limited[last] = nodes[last].*flux;
+    for (std::size_t i = 1; i < last; ++i) {
+        const double here = nodes[i].*flux;
+        const double a = nodes[i + 1].*flux - here;
+        const double b = here - nodes[i - 1].*flux;
+        const double c = dt * nodes[i].inverseDeltaTof;
         double slope = b;
         if (leonard) slope = b * (c + 1.0) / 3.0 + a * (2.0 - c) / 3.0;
         const double h = slope * 0.5;
         // On a tie b is taken before a, and the smaller of them before h.
         const double least = smaller(h, smaller(a, b));
         const double step = std::abs(least) * signOf(slope) * (signOf(a) * signOf(b) + 1.0);
-        limited[i] = flux[i] + step * (1.0 - c) * 0.5;
+        limited[i] = here + step * (1.0 - c) * 0.5;
     }
 }
 

@@ -60,11 +60,9 @@ struct NodeMobility {
     double w = 0.0, o = 0.0, g = 0.0;
 };
 
-NodeMobility mobilityAt(const FluidTables& tables, std::size_t i, const SolverLine& line) {
-    const RelPerms kr = relPerms(regionTable(tables, line.region[i]), tables.hasGas, line.Sw[i],
-                                 tables.hasGas ? line.Sg[i] : 0.0);
-    return {kr.w * line.inverseMuW[i], kr.o * line.inverseMuO[i],
-            tables.hasGas ? kr.g * line.inverseMuG[i] : 0.0};
+NodeMobility mobilityOf(bool hasGas, const FlowNode& node) {
+    const RelPerms kr = relPerms(*node.table, hasGas, node.Sw, hasGas ? node.Sg : 0.0);
+    return {kr.w * node.inverseMuW, kr.o * node.inverseMuO, hasGas ? kr.g * node.inverseMuG : 0.0};
 }
 
 /// Exchange of one pair over a face, out of the upper-index side where positive: `drive` is the face term
@@ -108,19 +106,19 @@ void loadLineGravity(const GridModel& grid, const CellState& state, SolverLine& 
     }
 }
 
-void setGravitySources(const FluidTables& tables, SolverLine& line) {
+void setGravitySources(bool hasGas, SolverLine& line) {
     const std::size_t count = at(line.nodeCount);
     for (std::size_t i = 1; i <= count; ++i) line.gravityW[i] = line.gravityO[i] = line.gravityG[i] = 0.0;
-    NodeMobility here = mobilityAt(tables, 1, line);
+    NodeMobility here = mobilityOf(hasGas, line.nodes[1]);
     for (std::size_t i = 1; i < count; ++i) {
-        const NodeMobility next = mobilityAt(tables, i + 1, line);
+        const NodeMobility next = mobilityOf(hasGas, line.nodes[i + 1]);
         const double face = line.gravityFace[i];
         if (face != 0.0) {
             const double rhoO = 0.5 * (line.RhoO[i] + line.RhoO[i + 1]);
             const double driveW = face * (0.5 * (line.RhoW[i] + line.RhoW[i + 1]) - rhoO);
             const double water = pairFlux(driveW, here.w, next.w, here.o, next.o);
             double gas = 0.0;
-            if (tables.hasGas) {
+            if (hasGas) {
                 const double driveG = face * (0.5 * (line.RhoG[i] + line.RhoG[i + 1]) - rhoO);
                 gas = pairFlux(driveG, here.g, next.g, here.o, next.o);
             }
@@ -128,10 +126,10 @@ void setGravitySources(const FluidTables& tables, SolverLine& line) {
             const std::size_t wFrom = water > 0.0 ? i : i + 1;
             const std::size_t oFrom = oil > 0.0 ? i : i + 1;
             const std::size_t gFrom = gas > 0.0 ? i : i + 1;
-            const double surfaceW = water * line.inverseBw[wFrom];
-            const double surfaceO = oil * line.inverseBo[oFrom];
+            const double surfaceW = water * line.nodes[wFrom].inverseBw;
+            const double surfaceO = oil * line.nodes[oFrom].inverseBo;
             const double surfaceG =
-                tables.hasGas ? gas * line.inverseBg[gFrom] + line.Rs[oFrom] * surfaceO : 0.0;
+                hasGas ? gas * line.nodes[gFrom].inverseBg + line.nodes[oFrom].Rs * surfaceO : 0.0;
             line.gravityW[i] += surfaceW * line.gravityStorage[i];
             line.gravityO[i] += surfaceO * line.gravityStorage[i];
             line.gravityG[i] += surfaceG * line.gravityStorage[i];

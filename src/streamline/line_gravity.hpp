@@ -1,6 +1,5 @@
 #pragma once
 
-#include "fluid/tables.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
 #include "streamline/solver_line.hpp"
@@ -21,6 +20,6 @@ void loadLineGravity(const GridModel& grid, const CellState& state, SolverLine& 
 
 /// gravityW, gravityO, gravityG of positions 1..N at the present saturations, surface volume per pore
 /// volume and day.
-void setGravitySources(const FluidTables& tables, SolverLine& line);
+void setGravitySources(bool hasGas, SolverLine& line);
 
 }  // namespace kvr

@@ -105,6 +105,29 @@ void layAuto(double mergeFactor, SolverLine& line) {
     assignTracedNodes(line);
 }
 
+template <class Value>
+void remap(const SolverLine& line, Value value, std::span<double> traced) {
+    if (!line.regridded) {
+        for (int n = 1; n <= line.nodeCount; ++n) traced[at(n)] = value(n);
+        return;
+    }
+    int s = 1;
+    for (int n = 1; n <= line.tracedNodeCount; ++n) {
+        const double from = line.tracedTof[at(n) - 1];
+        const double to = line.tracedTof[at(n)];
+        while (s < line.nodeCount && line.Tof[at(s)] <= from) ++s;
+        double sum = 0.0;
+        double weight = 0.0;
+        for (int k = s; k <= line.nodeCount && line.Tof[at(k) - 1] < to; ++k) {
+            const double overlap = std::min(line.Tof[at(k)], to) - std::max(line.Tof[at(k) - 1], from);
+            if (overlap <= 0.0) continue;
+            sum += overlap * value(k);
+            weight += overlap;
+        }
+        traced[at(n)] = weight > 0.0 ? sum / weight : value(s);
+    }
+}
+
 }  // namespace
 
 NodeControl nodeControlOf(const RunOptions& options) {
@@ -120,47 +143,12 @@ void sizeSolverLine(int tracedNodes, double nodeFactor, int tracerCount, SolverL
     for (std::vector<double>* array :
          {&line.tracedTof, &line.tracedDeltaTof, &line.tracedStepLength, &line.tracedDepth})
         array->assign(traced, 0.0);
-    for (std::vector<int>* array : {&line.groupMark, &line.tracedNode, &line.region}) array->assign(size, 0);
-    for (std::vector<double>* array : {&line.Tof,
-                                       &line.DeltaTof,
-                                       &line.inverseDeltaTof,
-                                       &line.pressure,
-                                       &line.saturatedRs,
-                                       &line.bubblePoint,
-                                       &line.Sw,
-                                       &line.So,
-                                       &line.Sg,
-                                       &line.Rs,
-                                       &line.Bw,
-                                       &line.Bo,
-                                       &line.Bg,
-                                       &line.inverseBw,
-                                       &line.inverseBo,
-                                       &line.inverseBg,
-                                       &line.inverseMuW,
-                                       &line.inverseMuO,
-                                       &line.inverseMuG,
-                                       &line.expansion,
-                                       &line.Cw,
-                                       &line.Co,
-                                       &line.Cg,
-                                       &line.Fw,
-                                       &line.Fo,
-                                       &line.Fg,
-                                       &line.limitedFw,
-                                       &line.limitedFo,
-                                       &line.limitedFg,
-                                       &line.gravityW,
-                                       &line.gravityO,
-                                       &line.gravityG,
-                                       &line.inflowRate,
-                                       &line.RhoW,
-                                       &line.RhoO,
-                                       &line.RhoG,
-                                       &line.gravityFace,
-                                       &line.gravityStorage,
-                                       &line.outflowRate})
+    for (std::vector<int>* array : {&line.groupMark, &line.tracedNode}) array->assign(size, 0);
+    for (std::vector<double>* array : {&line.Tof, &line.DeltaTof, &line.limitedFw, &line.limitedFo,
+                                       &line.limitedFg, &line.RhoW, &line.RhoO, &line.RhoG, &line.gravityFace,
+                                       &line.gravityStorage, &line.gravityW, &line.gravityO, &line.gravityG})
         array->assign(size, 0.0);
+    line.nodes.assign(size, {});
     line.tracer.assign(at(tracerCount), std::vector<double>(size, 0.0));
 }
 
@@ -201,31 +189,19 @@ void layNodes(NodeControl control, double nodeFactor, double mergeFactor, Solver
     line.regridded = false;
     for (int n = 1; n <= line.nodeCount; ++n) {
         // A cell without pore volume holds nothing to move.
-        line.inverseDeltaTof[at(n)] = line.DeltaTof[at(n)] > 0.0 ? 1.0 / line.DeltaTof[at(n)] : 0.0;
+        line.nodes[at(n)].inverseDeltaTof = line.DeltaTof[at(n)] > 0.0 ? 1.0 / line.DeltaTof[at(n)] : 0.0;
         if (line.groupMark[at(n)] != 0) line.regridded = true;
     }
 }
 
+void remapToTraced(const SolverLine& line, double FlowNode::*value, std::span<double> traced) {
+    remap(
+        line, [&](int n) { return line.nodes[at(n)].*value; }, traced);
+}
+
 void remapToTraced(const SolverLine& line, std::span<const double> solver, std::span<double> traced) {
-    if (!line.regridded) {
-        std::copy_n(solver.begin(), at(line.nodeCount) + 1, traced.begin());
-        return;
-    }
-    int s = 1;
-    for (int n = 1; n <= line.tracedNodeCount; ++n) {
-        const double from = line.tracedTof[at(n) - 1];
-        const double to = line.tracedTof[at(n)];
-        while (s < line.nodeCount && line.Tof[at(s)] <= from) ++s;
-        double sum = 0.0;
-        double weight = 0.0;
-        for (int k = s; k <= line.nodeCount && line.Tof[at(k) - 1] < to; ++k) {
-            const double overlap = std::min(line.Tof[at(k)], to) - std::max(line.Tof[at(k) - 1], from);
-            if (overlap <= 0.0) continue;
-            sum += overlap * solver[at(k)];
-            weight += overlap;
-        }
-        traced[at(n)] = weight > 0.0 ? sum / weight : solver[at(s)];
-    }
+    remap(
+        line, [&](int n) { return solver[at(n)]; }, traced);
 }
 
 }  // namespace kvr

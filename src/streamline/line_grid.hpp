@@ -34,6 +34,7 @@ void layNodes(NodeControl control, double nodeFactor, double mergeFactor, Solver
 /// Values of the traced nodes from those of the solver nodes ([0..N] each, 0 unused): the mean over the
 /// solver nodes that overlap [tracedTof(n-1), tracedTof(n)], weighted by overlap. The two are equal where
 /// the line was not regridded.
+void remapToTraced(const SolverLine& line, double FlowNode::*value, std::span<double> traced);
 void remapToTraced(const SolverLine& line, std::span<const double> solver, std::span<double> traced);
 
 }  // namespace kvr

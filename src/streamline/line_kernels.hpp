@@ -21,9 +21,9 @@ struct NodeFlow {
 };
 
 template <bool Gas>
-inline NodeFlow flowAt(const SolverLine& line, std::size_t i) {
-    if constexpr (Gas) return {line.Fw[i], line.Fo[i], line.Fg[i], line.Cw[i], line.Co[i], line.Cg[i]};
-    return {line.Fw[i], line.Fo[i], 0.0, line.Cw[i], line.Co[i], 0.0};
+inline NodeFlow flowAt(const FlowNode& node) {
+    if constexpr (Gas) return {node.Fw, node.Fo, node.Fg, node.Cw, node.Co, node.Cg};
+    return {node.Fw, node.Fo, 0.0, node.Cw, node.Co, 0.0};
 }
 
 /// The running maximum after one phase. Without branches: which node is fastest changes all the time.
@@ -44,67 +44,63 @@ inline double raisedSpeed(double speed, const NodeFlow& before, const NodeFlow& 
     return speed;
 }
 
-/// Fluxes of position i from its saturations.
+/// Fluxes of a position from its saturations.
 template <bool Gas>
-inline void setFluxes(const SaturationTable& table, std::size_t i, SolverLine& line) {
-    const RelPerms kr = relPerms(table, Gas, line.Sw[i], Gas ? line.Sg[i] : 0.0);
-    const double lw = kr.w * line.inverseMuW[i];
-    const double lo = kr.o * line.inverseMuO[i];
+inline void setFluxes(FlowNode& node) {
+    const RelPerms kr = relPerms(*node.table, Gas, node.Sw, Gas ? node.Sg : 0.0);
+    const double lw = kr.w * node.inverseMuW;
+    const double lo = kr.o * node.inverseMuO;
     double total = lw + lo;
-    if constexpr (Gas) total += kr.g * line.inverseMuG[i];
+    if constexpr (Gas) total += kr.g * node.inverseMuG;
     const double share = 1.0 / (total + MobilityGuard);
-    line.Fw[i] = lw * share * line.inverseBw[i];
-    line.Fo[i] = lo * share * line.inverseBo[i];
-    if constexpr (Gas)
-        line.Fg[i] = kr.g * line.inverseMuG[i] * share * line.inverseBg[i] + line.Rs[i] * line.Fo[i];
+    node.Fw = lw * share * node.inverseBw;
+    node.Fo = lo * share * node.inverseBo;
+    if constexpr (Gas) node.Fg = kr.g * node.inverseMuG * share * node.inverseBg + node.Rs * node.Fo;
 }
 
-/// State of position i from its amounts less `loss`; amounts are set anew from the scaled state.
-inline void recoverTwoPhase(const ConservedAmounts& loss, std::size_t i, SolverLine& line) {
-    double sw = line.Bw[i] * (line.Cw[i] - loss.water);
-    double so = line.Bo[i] * (line.Co[i] - loss.oil);
-    if (sw < 0.0) sw = 0.0;
-    if (so < 0.0) so = 0.0;
-    if (std::isnan(sw)) sw = line.Sw[i - 1];
-    if (std::isnan(so)) so = line.So[i - 1];
-    const double sum = sw + so;
+/// State of a position from its amounts less `loss`; amounts are set anew from the scaled state. What is
+/// not a number takes the value of the node before.
+inline void recoverTwoPhase(const ConservedAmounts& loss, const FlowNode& before, FlowNode& node) {
+    double sw = node.Bw * (node.Cw - loss.water);
+    double so = node.Bo * (node.Co - loss.oil);
+    sw = sw < 0.0 ? 0.0 : sw;
+    so = so < 0.0 ? 0.0 : so;
+    double sum = sw + so;
+    if (std::isnan(sum)) {
+        if (std::isnan(sw)) sw = before.Sw;
+        if (std::isnan(so)) so = before.So;
+        sum = sw + so;
+    }
     const double share = sum > MachineEpsilon ? 1.0 / sum : 1.0;
-    line.Sw[i] = sw * share;
-    line.So[i] = so * share;
-    line.Cw[i] = line.Sw[i] * line.inverseBw[i];
-    line.Co[i] = line.So[i] * line.inverseBo[i];
+    node.Sw = sw * share;
+    node.So = so * share;
+    node.Cw = node.Sw * node.inverseBw;
+    node.Co = node.So * node.inverseBo;
 }
 
-inline void replaceNaN(std::vector<double>& values, std::size_t i) {
-    if (std::isnan(values[i])) values[i] = values[i - 1];
-}
-
-inline void recoverThreePhase(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
-                              const ConservedAmounts& loss, std::size_t i, SolverLine& line) {
-    const ConservedAmounts amounts{line.Cw[i] - loss.water, line.Co[i] - loss.oil, line.Cg[i] - loss.gas};
-    const RecoveryFactors factors{line.pressure[i], line.Bw[i], line.Bo[i], line.Bg[i]};
+inline void recoverThreePhase(const FluidTables& tables, bool keepEndPoints, const ConservedAmounts& loss,
+                              const FlowNode& before, FlowNode& node) {
+    const ConservedAmounts amounts{node.Cw - loss.water, node.Co - loss.oil, node.Cg - loss.gas};
+    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
     const PhaseState state =
-        recoverState(tables, table, keepEndPoints, factors, line.saturatedRs[i], amounts);
-    line.Sw[i] = state.Sw;
-    line.So[i] = state.So;
-    line.Sg[i] = state.Sg;
-    line.Rs[i] = state.Rs;
-    line.bubblePoint[i] = state.Pb;
-    replaceNaN(line.Sw, i);
-    replaceNaN(line.So, i);
-    replaceNaN(line.Sg, i);
-    replaceNaN(line.Rs, i);
-    replaceNaN(line.bubblePoint, i);
-    setAmounts(true, static_cast<int>(i), line);
+        recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+    node.Sw = std::isnan(state.Sw) ? before.Sw : state.Sw;
+    node.So = std::isnan(state.So) ? before.So : state.So;
+    node.Sg = std::isnan(state.Sg) ? before.Sg : state.Sg;
+    node.Rs = std::isnan(state.Rs) ? before.Rs : state.Rs;
+    node.bubblePoint = std::isnan(state.Pb) ? before.bubblePoint : state.Pb;
+    node.Cw = node.Sw * node.inverseBw;
+    node.Co = node.So * node.inverseBo;
+    node.Cg = node.Sg * node.inverseBg + node.Rs * node.Co;
 }
 
 template <bool Gas>
-inline void recoverNode(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
-                        const ConservedAmounts& loss, std::size_t i, SolverLine& line) {
+inline void recoverNode(const FluidTables& tables, bool keepEndPoints, const ConservedAmounts& loss,
+                        const FlowNode& before, FlowNode& node) {
     if constexpr (Gas)
-        recoverThreePhase(tables, table, keepEndPoints, loss, i, line);
+        recoverThreePhase(tables, keepEndPoints, loss, before, node);
     else
-        recoverTwoPhase(loss, i, line);
+        recoverTwoPhase(loss, before, node);
 }
 
 }  // namespace kvr

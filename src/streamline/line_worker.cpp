@@ -25,7 +25,7 @@ void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState&
               SolverLine& line) {
     takeTracedLine(grid, record, !field.fromInjector, field.trace.referenceCube, line);
     layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
-    loadNodes(field.nodes, state.tracer, fluids.hasGas, line);
+    loadNodes(field.nodes, fluids, state.tracer, line);
     const CellTagKind firstTag = field.trace.cells[at(line.tracedCell[1])].tag;
     line.hasGravity = field.gravity;
     if (field.gravity) loadLineGravity(grid, state, line);

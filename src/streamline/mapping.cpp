@@ -138,11 +138,11 @@ void takeContribution(const SolverLine& line, bool hasGas, LineContribution& con
     contribution.count = count;
     std::copy_n(line.tracedCell.begin(), at(count) + 1, contribution.cell.begin());
     std::copy_n(line.tracedDeltaTof.begin(), at(count) + 1, contribution.weight.begin());
-    remapToTraced(line, line.Sw, contribution.Sw);
-    remapToTraced(line, line.So, contribution.So);
+    remapToTraced(line, &FlowNode::Sw, contribution.Sw);
+    remapToTraced(line, &FlowNode::So, contribution.So);
     if (hasGas) {
-        remapToTraced(line, line.Sg, contribution.Sg);
-        remapToTraced(line, line.bubblePoint, contribution.bubblePoint);
+        remapToTraced(line, &FlowNode::Sg, contribution.Sg);
+        remapToTraced(line, &FlowNode::bubblePoint, contribution.bubblePoint);
     }
     for (std::size_t t = 0; t < line.tracer.size(); ++t)
         remapToTraced(line, line.tracer[t], contribution.tracer[t]);

@@ -45,29 +45,29 @@ double netOutflow(const double* flux) {
     return flux[1] - flux[0] + flux[3] - flux[2] + flux[5] - flux[4];
 }
 
-void loadPosition(const NodeData& node, bool hasGas, std::size_t i, SolverLine& line) {
-    line.region[i] = node.region;
-    line.pressure[i] = node.pressure;
-    line.bubblePoint[i] = node.Pb;
-    line.Sw[i] = node.Sw;
-    line.So[i] = node.So;
-    line.Rs[i] = node.Rs;
-    line.Bw[i] = node.Bw;
-    line.Bo[i] = node.Bo;
-    line.inverseBw[i] = 1.0 / node.Bw;
-    line.inverseBo[i] = 1.0 / node.Bo;
-    line.inverseMuW[i] = 1.0 / node.MuW;
-    line.inverseMuO[i] = 1.0 / node.MuO;
-    line.Cw[i] = node.Cw;
-    line.Co[i] = node.Co;
-    line.expansion[i] = node.expansion;
-    if (!hasGas) return;
-    line.Sg[i] = node.Sg;
-    line.saturatedRs[i] = node.saturatedRs;
-    line.Bg[i] = node.Bg;
-    line.inverseBg[i] = 1.0 / node.Bg;
-    line.inverseMuG[i] = 1.0 / node.MuG;
-    line.Cg[i] = node.Cg;
+void loadPosition(const FluidTables& fluids, const NodeData& data, FlowNode& node) {
+    node.table = &regionTable(fluids, data.region);
+    node.Sw = data.Sw;
+    node.So = data.So;
+    node.Bw = data.Bw;
+    node.Bo = data.Bo;
+    node.inverseBw = 1.0 / data.Bw;
+    node.inverseBo = 1.0 / data.Bo;
+    node.inverseMuW = 1.0 / data.MuW;
+    node.inverseMuO = 1.0 / data.MuO;
+    node.Cw = data.Cw;
+    node.Co = data.Co;
+    node.expansion = data.expansion;
+    node.Rs = data.Rs;
+    if (!fluids.hasGas) return;
+    node.pressure = data.pressure;
+    node.bubblePoint = data.Pb;
+    node.Sg = data.Sg;
+    node.saturatedRs = data.saturatedRs;
+    node.Bg = data.Bg;
+    node.inverseBg = 1.0 / data.Bg;
+    node.inverseMuG = 1.0 / data.MuG;
+    node.Cg = data.Cg;
 }
 
 /// The injector at the line's start, null where there is none.
@@ -122,11 +122,11 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
     }
 }
 
-void loadNodes(const std::vector<NodeData>& nodes, const DirectionArray<double>& tracers, bool hasGas,
-               SolverLine& line) {
+void loadNodes(const std::vector<NodeData>& nodes, const FluidTables& fluids,
+               const DirectionArray<double>& tracers, SolverLine& line) {
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
         const CellId cell = line.tracedCell[at(line.tracedNode[i])];
-        loadPosition(nodes[at(cell)], hasGas, i, line);
+        loadPosition(fluids, nodes[at(cell)], line.nodes[i]);
         for (std::size_t t = 0; t < line.tracer.size(); ++t) line.tracer[t][i] = tracers.row(cell)[t];
     }
 }
@@ -134,24 +134,25 @@ void loadNodes(const std::vector<NodeData>& nodes, const DirectionArray<double>&
 void loadInlet(const std::vector<NodeData>& nodes, const FluidTables& fluids, const WellRecord& wells,
                bool firstCellInjects, SolverLine& line) {
     const NodeData& node = nodes[at(line.tracedCell[1])];
-    loadPosition(node, fluids.hasGas, 0, line);
+    FlowNode& inlet = line.nodes[0];
+    loadPosition(fluids, node, inlet);
     line.startsInInjector = firstCellInjects;
     for (std::vector<double>& concentration : line.tracer)
         concentration[0] = firstCellInjects ? injectedTracer(wells, line.injector) : concentration[1];
     if (!firstCellInjects) return;
 
     const SaturationTable& table = regionTable(fluids, node.region);
-    line.So[0] = table.ResidualSo;
-    line.Sw[0] = table.ConnateSw;
-    line.Sg[0] = table.CriticalSg;
+    inlet.So = table.ResidualSo;
+    inlet.Sw = table.ConnateSw;
+    inlet.Sg = table.CriticalSg;
     const std::string_view fluid = injectedFluid(wells, line.injector);
     if (fluid == "oil") {
-        line.So[0] = 1.0 - table.ConnateSw - table.CriticalSg;
-        line.Rs[0] = 0.0;
+        inlet.So = 1.0 - table.ConnateSw - table.CriticalSg;
+        inlet.Rs = 0.0;
     }
-    if (fluid == "wat") line.Sw[0] = 1.0 - table.ResidualSo - table.CriticalSg;
-    if (fluid == "gas") line.Sg[0] = 1.0 - table.ResidualSo - table.ConnateSw;
-    setAmounts(fluids.hasGas, 0, line);
+    if (fluid == "wat") inlet.Sw = 1.0 - table.ResidualSo - table.CriticalSg;
+    if (fluid == "gas") inlet.Sg = 1.0 - table.ResidualSo - table.ConnateSw;
+    setAmounts(fluids.hasGas, inlet);
 }
 
 }  // namespace kvr

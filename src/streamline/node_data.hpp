@@ -41,8 +41,8 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
                     Storage storage, double step, std::vector<NodeData>& nodes);
 
 /// Loads the data of positions 1..N, and the tracers of the cells, from the cells of their traced nodes.
-void loadNodes(const std::vector<NodeData>& nodes, const DirectionArray<double>& tracers, bool hasGas,
-               SolverLine& line);
+void loadNodes(const std::vector<NodeData>& nodes, const FluidTables& fluids,
+               const DirectionArray<double>& tracers, SolverLine& line);
 
 /// What enters the line at position 0: the injected phase at the end points of the region where the line
 /// starts in a cell tagged "inj", otherwise the cell's own state.

@@ -1,15 +1,32 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "fluid/tables.hpp"
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
 namespace kvr {
 
-/// One-dimensional problem on a line, marched from the injector end. Positions 0..N, position 0 the
-/// inlet. Amounts C are surface volume per pore volume, fluxes F surface volume per reservoir volume.
+/// One position of a line: its state, and the factors held over a step. Amounts C are surface volume per
+/// pore volume, fluxes F surface volume per reservoir volume.
+struct FlowNode {
+    double Sw = 0.0, So = 0.0;
+    double Cw = 0.0, Co = 0.0;
+    double Fw = 0.0, Fo = 0.0;
+    double Bw = 1.0, Bo = 1.0, inverseBw = 1.0, inverseBo = 1.0;
+    double inverseMuW = 1.0, inverseMuO = 1.0;      // 1/cp
+    double inverseDeltaTof = 0.0;                   // 1/day
+    double inflowRate = 0.0, outflowRate = 0.0;     // 1/day, what F of the node before brings, F here takes
+    const SaturationTable* table = nullptr;         // of the node's region
+    double Sg = 0.0, Cg = 0.0, Fg = 0.0, Rs = 0.0;  // from here on only in runs with gas
+    double Bg = 1.0, inverseBg = 1.0, inverseMuG = 1.0;
+    double pressure = 0.0, saturatedRs = 0.0;  // psia; Rs at saturation there
+    double bubblePoint = 0.0;                  // psia
+    double expansion = 0.0;                    // 1/day, net outflow of the cell over its pore volume
+};
+
+/// One-dimensional problem on a line, marched from the injector end. Positions 0..N, position 0 the inlet.
 struct SolverLine {
     int nodeCount = 0;        // N
     int tracedNodeCount = 0;  // M, nodes of the traced line
@@ -26,24 +43,15 @@ struct SolverLine {
     std::vector<double> tracedDepth;       // ft, of the point where the node's traverse ended
 
     // Solver nodes, [0..N].
-    std::vector<double> Tof, DeltaTof;    // days
-    std::vector<double> inverseDeltaTof;  // 1/day
-    std::vector<int> groupMark;           // 0: a node of the traced line
-    std::vector<int> tracedNode;          // traced node whose cell the node took
-    std::vector<int> region;
-    std::vector<double> pressure, saturatedRs, bubblePoint;  // psia; held, held, solution
-    std::vector<double> Sw, So, Sg, Rs;
-    std::vector<double> Bw, Bo, Bg, inverseBw, inverseBo, inverseBg;
-    std::vector<double> inverseMuW, inverseMuO, inverseMuG;  // 1/cp
-    std::vector<double> expansion;  // 1/day, net outflow of the node's cell over its pore volume
-    std::vector<double> Cw, Co, Cg;
-    std::vector<double> Fw, Fo, Fg;
+    std::vector<FlowNode> nodes;
+    std::vector<double> Tof, DeltaTof;  // days
+    std::vector<int> groupMark;         // 0: a node of the traced line
+    std::vector<int> tracedNode;        // traced node whose cell the node took
     std::vector<double> limitedFw, limitedFo, limitedFg;
     std::vector<double> RhoW, RhoO, RhoG;  // lb/ft3, loaded where gravity is in use
     std::vector<double> gravityFace;       // [i] between i and i+1: velocity per mobility and lb/ft3
     std::vector<double> gravityStorage;    // [i] 1/ft, inverse of porosity NTG times node length
     std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
-    std::vector<double> inflowRate, outflowRate;       // 1/day, what F(i-1) brings and F(i) takes
     std::vector<std::vector<double>> tracer;           // [tracer][node] concentration
 
     // What the last node let out, mean over the step, surface volume per reservoir volume.

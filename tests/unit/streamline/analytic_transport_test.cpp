@@ -41,17 +41,17 @@ TEST(AdvanceAnalytic, LaysTheProfileAlongTheLine) {
     const FluidTables fluids = samples::plainFlood();
     AnalyticProfile profile;
     buildProfile(fluids, tableOf(fluids), profile);
-    SolverLine line = samples::floodedLine({10.0, 95.557777, 114.0, 100.0});
+    SolverLine line = samples::floodedLine(fluids, {10.0, 95.557777, 114.0, 100.0});
     // After 100 days: 10 days lie before the last listed position, 105.557777 on the row 0.7, 219.557777
     // past the front at 219.543886.
     advanceAnalytic(fluids, profile, 100.0, line);
-    EXPECT_NEAR(line.Sw[1], 0.8, 1e-12);
-    EXPECT_NEAR(line.Sw[2], 0.7, 1e-7);
-    EXPECT_EQ(line.Sw[3], 0.2);
-    EXPECT_EQ(line.Sw[4], 0.2);
-    EXPECT_NEAR(line.So[2], 0.3, 1e-7);
+    EXPECT_NEAR(line.nodes[1].Sw, 0.8, 1e-12);
+    EXPECT_NEAR(line.nodes[2].Sw, 0.7, 1e-7);
+    EXPECT_EQ(line.nodes[3].Sw, 0.2);
+    EXPECT_EQ(line.nodes[4].Sw, 0.2);
+    EXPECT_NEAR(line.nodes[2].So, 0.3, 1e-7);
     advanceAnalytic(fluids, profile, 0.0, line);
-    EXPECT_EQ(line.Sw[1], 0.2);
+    EXPECT_EQ(line.nodes[1].Sw, 0.2);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 struct Descent {
     FluidTables tables = samples::plainFlood();
     samples::Flow flow = samples::emptyFlow(4, 1, 1, 10.0, 10.0, 10.0);
-    SolverLine line = samples::floodedLine({5.0, 5.0, 5.0, 5.0});
+    SolverLine line = samples::floodedLine(tables, {5.0, 5.0, 5.0, 5.0});
 
     Descent() {
         for (CellId cell = 1; cell <= 4; ++cell) {
@@ -31,15 +31,15 @@ struct Descent {
         set(2, 0.4);
     }
     void set(std::size_t i, double sw) {
-        line.Sw[i] = sw;
-        line.So[i] = 1.0 - sw;
-        setAmounts(false, static_cast<int>(i), line);
+        line.nodes[i].Sw = sw;
+        line.nodes[i].So = 1.0 - sw;
+        setAmounts(false, line.nodes[i]);
     }
 };
 
 TEST(SetGravitySources, SendsTheHeavierPhaseDownTheLine) {
     Descent d;
-    setGravitySources(d.tables, d.line);
+    setGravitySources(d.tables.hasGas, d.line);
     // Node 1 to 2: water from above at Sw .6 (.18/.5), oil from below at Sw .4 (.45/2);
     // 0.00112771 * 5.614583 / 144 * 100 md * 14 lb/ft3, over 0.2 * 10 ft.
     const double lw = 0.36, lo = 0.225;
@@ -51,7 +51,7 @@ TEST(SetGravitySources, SendsTheHeavierPhaseDownTheLine) {
 
 TEST(SetGravitySources, GivesToOneNodeWhatItTakesFromAnother) {
     Descent d;
-    setGravitySources(d.tables, d.line);
+    setGravitySources(d.tables.hasGas, d.line);
     double water = 0.0;
     double oil = 0.0;
     for (std::size_t i = 1; i <= 4; ++i) {
@@ -67,12 +67,12 @@ TEST(SetGravitySources, AreNoneOnALevelLineAndAtTheEndPoints) {
     Descent level;
     for (std::size_t n = 1; n <= 4; ++n) level.line.tracedDepth[n] = 0.0;
     loadLineGravity(level.flow.grid, level.flow.state, level.line);
-    setGravitySources(level.tables, level.line);
+    setGravitySources(level.tables.hasGas, level.line);
     for (std::size_t i = 1; i <= 4; ++i) EXPECT_EQ(level.line.gravityW[i], 0.0);
     Descent dry;
     dry.set(1, 0.2);
     dry.set(2, 0.2);
-    setGravitySources(dry.tables, dry.line);
+    setGravitySources(dry.tables.hasGas, dry.line);
     for (std::size_t i = 1; i <= 4; ++i) EXPECT_EQ(dry.line.gravityW[i], 0.0);
 }
 
@@ -85,7 +85,7 @@ TEST(AdvanceExplicit, FloodsADescendingLineFasterWithGravity) {
     advanceExplicit(without.tables, {}, 3.0, scratch, without.line);
     const auto centre = [](const SolverLine& line) {
         double sum = 0.0;
-        for (std::size_t i = 1; i <= 4; ++i) sum += static_cast<double>(i) * line.Sw[i];
+        for (std::size_t i = 1; i <= 4; ++i) sum += static_cast<double>(i) * line.nodes[i].Sw;
         return sum;
     };
     EXPECT_GT(centre(with.line), centre(without.line));

@@ -38,8 +38,8 @@ inline FluidTables plainFlood() {
 }
 
 /// A line of the given residence times, flooded with water from position 0 at Sw 0.8, oil at connate water
-/// elsewhere; loaded for `plainFlood`.
-inline SolverLine floodedLine(const std::vector<double>& deltaTof) {
+/// elsewhere; `tables` is a `plainFlood` that outlives it.
+inline SolverLine floodedLine(const FluidTables& tables, const std::vector<double>& deltaTof) {
     SolverLine line;
     const auto count = static_cast<int>(deltaTof.size());
     sizeSolverLine(count, 1.0, 0, line);
@@ -50,15 +50,15 @@ inline SolverLine floodedLine(const std::vector<double>& deltaTof) {
     }
     layNodes(NodeControl::Irregular, 1.0, 1.0, line);
     for (std::size_t i = 0; i <= deltaTof.size(); ++i) {
-        line.region[i] = 1;
-        line.pressure[i] = 3000.0;
-        line.Bw[i] = line.Bo[i] = line.inverseBw[i] = line.inverseBo[i] = 1.0;
-        line.Bg[i] = line.inverseBg[i] = line.inverseMuG[i] = 1.0;
-        line.inverseMuW[i] = 2.0;
-        line.inverseMuO[i] = 0.5;
-        line.Sw[i] = i == 0 ? 0.8 : 0.2;
-        line.So[i] = 1.0 - line.Sw[i];
-        setAmounts(false, static_cast<int>(i), line);
+        line.nodes[i].table = &tables.regions[0];
+        line.nodes[i].pressure = 3000.0;
+        line.nodes[i].Bw = line.nodes[i].Bo = line.nodes[i].inverseBw = line.nodes[i].inverseBo = 1.0;
+        line.nodes[i].Bg = line.nodes[i].inverseBg = line.nodes[i].inverseMuG = 1.0;
+        line.nodes[i].inverseMuW = 2.0;
+        line.nodes[i].inverseMuO = 0.5;
+        line.nodes[i].Sw = i == 0 ? 0.8 : 0.2;
+        line.nodes[i].So = 1.0 - line.nodes[i].Sw;
+        setAmounts(false, line.nodes[i]);
     }
     return line;
 }
