@@ -19,6 +19,7 @@ struct NodeFlow {
     double Fw = 0.0, Fo = 0.0, Fg = 0.0;
     double Cw = 0.0, Co = 0.0, Cg = 0.0;
 };
+static_assert(offsetof(NodeFlow, Co) == offsetof(NodeFlow, Cw) + sizeof(double));
 
 template <bool Gas>
 inline NodeFlow flowAt(const FlowNode& node) {
