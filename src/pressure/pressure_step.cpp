@@ -140,15 +140,35 @@ double appliedShare(const FluidTables& fluids, double DIFFP) {
     return fluids.hasGas && DIFFP > LargestGasMove ? LargestGasMove / DIFFP : 1.0;
 }
 
+/// Moves pressures by the solution: in full and accelerated, or by a share of it.
+void moveBySolution(double DIFFP, Simulation& s, int& it) {
+    PressureWork& work = s.pressureWork;
+    const double share = appliedShare(s.fluids, DIFFP);
+    if (share < 1.0) {
+        resetHistory(work.history);
+        updatePressures(s.grid, work.matrix, work.solver.solution, share, s.state, s.wells, it);
+        return;
+    }
+    // The first solution of a run with gas knows nothing of the flash yet: no measure of how later ones
+    // change.
+    const bool flashed = it > 0 || !s.fluids.hasGas;
+    const double bound = s.fluids.hasGas ? LargestGasMove : DivergedDeltaP;
+    updatePressures(s.grid, work.matrix, acceleratedStep(work.solver.solution, bound, work.history), 1.0,
+                    s.state, s.wells, it);
+    if (!flashed) resetHistory(work.history);
+}
+
 /// Moves pressures by the solution, then the wells that have left their range. True when a well has been
 /// switched, so that the equations have changed.
 bool applySolution(double DIFFP, Simulation& s, int& it) {
-    PressureWork& work = s.pressureWork;
-    updatePressures(s.grid, work.matrix, work.solver.solution, appliedShare(s.fluids, DIFFP), s.state,
-                    s.wells, it);
-    if (it == FailedIteration) return false;
+    const int before = it;
+    moveBySolution(DIFFP, s, it);
+    if (it != before) return false;
     const bool switched = switchWellsAtLimit(s.console, s.wells);
+    bool reset = false;
     if (!repairBottomHolePressures(s.console, s.state, s.wells)) it = FailedIteration;
+    for (const Well& well : s.wells.wells) reset = reset || well.bhpReset;
+    if (switched || reset) resetHistory(s.pressureWork.history);
     return switched;
 }
 
@@ -202,12 +222,14 @@ Verdict iterate(Simulation& s, int& it) {
 void solveStep(Simulation& s) {
     int it = 0;
     clearBottomHoleResets(s.wells);
+    resetHistory(s.pressureWork.history);
     for (;;) {
         const Verdict verdict = iterate(s, it);
         if (verdict == Verdict::Forced) lineToBoth(s.console, "WARNING :: Force converge due to tiny tstep");
         if (verdict == Verdict::Converged || verdict == Verdict::Forced) break;
         if (verdict == Verdict::Cut) {
             cutStep(s);
+            resetHistory(s.pressureWork.history);
             it = 0;
             continue;
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "pressure/acceleration.hpp"
 #include "pressure/solvers/linear_system.hpp"
 #include "pressure/solvers/solver_table.hpp"
 
@@ -50,6 +51,7 @@ struct PressureSolver {
 struct PressureWork {
     PressureMatrix matrix;
     PressureSolver solver;
+    IterationHistory history;  // of the running iteration, for its acceleration
 };
 
 }  // namespace kvr
