@@ -21,8 +21,9 @@ void printProgramBanner(const Console& console) {
 
 void printStepBanner(const Console& console, const Schedule& schedule, const RunClock& clock) {
     const std::string stars(BannerWidth, '*');
-    const double end = clock.time + clock.dt;
     const double reportEnd = tableTime(schedule.reportEnd, clock.reportIndex);
+    double end = clock.time + clock.dt;
+    if (sameTime(end, reportEnd)) end = reportEnd;  // as the step's end will be snapped
     lineToBoth(console, stars);
     both(console, "Step {} Time {} --> {} Stop Time: {}", clock.stepCount, number(clock.time), number(end),
          number(clock.endTime));
@@ -32,8 +33,8 @@ void printStepBanner(const Console& console, const Schedule& schedule, const Run
         both(console, "Report {} Time {} --> {}", clock.reportIndex, number(reportStart), number(reportEnd));
     }
     lineToBoth(console, stars);
-    log(console, "Calender Time : {} Mon : {} Day : {}", clock.year, clock.month, clock.day);
     lineToBoth(console, "");
+    log(console, "Calender Time : year {} Mon : {} Day : {}", clock.year, clock.month, clock.day);
 }
 
 void printWellBanner(const Console& console) {

@@ -134,9 +134,9 @@ void nextTableEntries(Simulation& simulation) {
         clock.solverPhaseIndex += 1;
 }
 
-void finishRun(float cpuAtStart, Simulation& simulation) {
+void finishRun(Simulation& simulation) {
     printStageTimes(simulation.console, simulation.times);
-    printEnd(simulation.console, static_cast<float>(cpuSeconds()) - cpuAtStart);
+    printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);
 }
@@ -144,7 +144,6 @@ void finishRun(float cpuAtStart, Simulation& simulation) {
 }  // namespace
 
 void runSimulation(Simulation& simulation) {
-    const auto cpuAtStart = static_cast<float>(cpuSeconds());
     startUp(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
@@ -160,7 +159,7 @@ void runSimulation(Simulation& simulation) {
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
-    finishRun(cpuAtStart, simulation);
+    finishRun(simulation);
 }
 
 }  // namespace kvr

@@ -42,12 +42,10 @@ struct Simulation {
     CellState state;           // present
     CellState timeLevel;       // start of the pressure step, for accumulation and step cuts
     CellState iterationStart;  // old level of a step with global iterations
-    CellState runStart;        // start of the run, for repeated schedules
     PressureStage pressure;
     PressureWork pressureWork;
     WellRecord wells;
     WellRecord timeLevelWells;
-    WellRecord runStartWells;
     VelocityField velocity;
 
     LaunchPlan launch;

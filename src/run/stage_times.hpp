@@ -11,6 +11,7 @@ struct StageTime {
 /// Where the time of a run went; printed as a table at its end.
 struct StageTimes {
     StageTime deck, initialisation, pressure, lines, splitting, reports;
+    float cpuAtStart = 0.0F;  // processor seconds when the input had been found
 };
 
 /// Adds the time since its construction to a stage when it goes out of scope.

@@ -37,6 +37,7 @@ void resetCounters(RunClock& clock) {
 
 void openInput(Simulation& simulation) {
     detectInput(simulation.console, simulation.options);
+    simulation.times.cpuAtStart = static_cast<float>(cpuSeconds());
     openOutputs(simulation.options.workingFolder, simulation.outputs, simulation.console);
 }
 
@@ -57,6 +58,7 @@ void initialiseState(Simulation& simulation) {
     initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
                        simulation.options, simulation.state);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
     lineToBoth(simulation.console, "SUCCESSFULLY INITIALIZED.");
 }
 
@@ -105,13 +107,12 @@ void startUp(Simulation& simulation) {
     const StageTimer timer(simulation.times.initialisation);
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
-    AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.velocity);
     allocateStreamlines(simulation);
+    AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.velocity);
     conditionGeometry(simulation);
     startWellTables(simulation);
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
-    reportOutput(simulation, 0, simulation.clock.endTime);
 }
 
 }  // namespace kvr

@@ -200,8 +200,8 @@ def test_the_log_has_its_blocks_in_order(tmp_path):
              "TUNEKVR", "Simulation General Info", "Some Streamline Related Option", "File I/O, Option, ETC.",
              "General System information", "History Matching Related Data", "Rate Optimization Related Data",
              "Other Testing Functions", "INITIALIZING...", "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA",
-             "SUCCESSFULLY INITIALIZED.", "--- PRECONDITIONED GEOLOGICAL INFORMATION ---", " Material Balance Report: "]
-    order += a_report
+             *a_report, "SUCCESSFULLY INITIALIZED.", "--- PRECONDITIONED GEOLOGICAL INFORMATION ---",
+             " Material Balance Report: "]
     for step in range(1, 6):
         order += [text.format(step) for text in a_step] + (a_report if step in (1, 3, 5) else [])
         if step == 3:

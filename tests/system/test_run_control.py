@@ -20,6 +20,13 @@ def test_steps_end_at_reports_and_never_exceed_the_longest_step(tmp_path):
     assert [(int(n), float(end)) for n, _, end in reports] == [(1, 10.0), (2, 30.0)]
 
 
+def test_every_report_is_announced_although_step_lengths_do_not_add_up_exactly(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("2*30", "10*1.7")
+    section = kvr_run.options(lines=5, solver="DGESV", extra="MAXDT\n0.1 /\n")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
+    assert re.findall(r"^Report (\d+) ", result.console, flags=re.M) == [str(n) for n in range(1, 11)]
+
+
 def test_a_well_event_at_a_report_time_comes_behind_the_report(tmp_path):
     schedule = small_deck.SCHEDULE.replace("TSTEP\n2*30 /\n", "TSTEP\n30 /\nTSTEP\n30 /\n")
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
@@ -38,7 +45,7 @@ def test_an_empty_schedule_gives_the_initial_state_and_ends_normally(tmp_path):
 def test_the_calendar_runs_with_the_steps(tmp_path):
     schedule = small_deck.SCHEDULE.replace("2*30", "31 29 1")
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
-    dates = re.findall(r"Calender Time : (\d+) Mon : (\d+) Day : (\d+)", result.log)
+    dates = re.findall(r"Calender Time : year (\d+) Mon : (\d+) Day : (\d+)", result.log)
     assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 2, 1), (2000, 3, 1)]
 
 
@@ -48,7 +55,7 @@ def test_global_iterations_repeat_the_solve_but_not_the_banner_or_the_calendar(t
     result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
     assert len(step_lines(result.console)) == 2
     assert result.console.count("-- ERROR FOR GLOBAL ITERATION --") == 6
-    dates = re.findall(r"Calender Time : (\d+) Mon : (\d+) Day : (\d+)", result.log)
+    dates = re.findall(r"Calender Time : year (\d+) Mon : (\d+) Day : (\d+)", result.log)
     assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 1, 31)]
 
 
