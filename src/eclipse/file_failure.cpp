@@ -1,0 +1,61 @@
+#include "eclipse/file_failure.hpp"
+
+#include "base/hard_stop.hpp"
+
+#include <cerrno>
+
+namespace kvr {
+
+namespace {
+
+constexpr int OpenErrorStatus = -1;
+constexpr int HandlingErrorStatus = -2;
+
+void tellStatus(const Console& console, int status, std::string_view lastLine) {
+    if (status == OpenErrorStatus) return lineToBoth(console, "ERROR: File Open Error");
+    if (status == HandlingErrorStatus) return lineToBoth(console, "ERROR: File handling Error");
+    lineToBoth(console, "");
+    both(console, "ERROR: File handling error, code = {}", status);
+    lineToBoth(console, lastLine);
+}
+
+}  // namespace
+
+void stopOnFileStatus(const Console& console, int status, const std::string& path,
+                      std::string_view lastLine) {
+    tellStatus(console, status, lastLine);
+    lineToBoth(console, path);
+    hardStop(console);
+}
+
+void tellFaultPlace(const Console& console, const RecordReader& reader) {
+    both(console, "{}: byte {}: {}", reader.path, reader.fault.offset, reader.fault.what);
+}
+
+void stopOnRecordFault(const Console& console, const RecordReader& reader, std::string_view lastLine) {
+    if (reader.fault.status == RecordFault::NoMemory) {
+        lineToBoth(console, "");
+        both(console, "ERROR: Memory Allocation Error, code = {}", reader.fault.status);
+    } else {
+        tellStatus(console, reader.fault.status, lastLine);
+    }
+    tellFaultPlace(console, reader);
+    hardStop(console);
+}
+
+void openOrStop(const Console& console, const std::string& path, RecordWriter& writer) {
+    const int status = open_write(path, writer);
+    if (status != 0) stopOnFileStatus(console, status, path);
+}
+
+void closeOrStop(const Console& console, RecordWriter& writer) {
+    errno = 0;
+    if (close(writer)) return;
+    stopOnFileStatus(console, errno == 0 ? HandlingErrorStatus : errno, writer.path);
+}
+
+void tellGenerated(const Console& console, const std::string& path) {
+    log(console, "File Generated : {}", path);
+}
+
+}  // namespace kvr
