@@ -227,6 +227,20 @@ constexpr EchoRow ConsoleRows[] = {
     {"Conv criteria for sat", of<&RunOptions::SaturationTolerance>},
 };
 
+constexpr EchoRow SummaryRows[] = {
+    {"CFL condition for 1D", of<&RunOptions::cfl>},
+    {"CFL condition for Gr", of<&RunOptions::cflGravity>},
+    {"minimmum CFL  for 1D", of<&RunOptions::minCflStep>},
+    {"minimmum CFL  for Gr", of<&RunOptions::minCflgStep>},
+    {"Output Streamline", of<&RunOptions::outputStreamline>},
+    {"Output Pressure Mtrx", of<&RunOptions::outputPressureMatrix>},
+    {"Output Streamline MX", of<&RunOptions::outputSaturationMatrix>},
+    {"Compressiblity metho", of<&RunOptions::lineCompressibility>},
+    {"Gravity Drainage  DP", of<&RunOptions::gravityDrainage>},
+    {"SPECIAL pbub corre +", of<&RunOptions::bubblePointMaxLimit>},
+    {"SPECIAL pbub corre -", of<&RunOptions::bubblePointMinLimit>},
+};
+
 constexpr std::string_view Rule = "--------------------------------------------------";
 
 void header(const Console& console, std::string_view title) {
@@ -278,6 +292,10 @@ void echoOptions(const Console& console, const RunOptions& options, const FluidT
     else
         lineToLog(console, "Debug Mode is OFF");
     for (const EchoRow& row : ConsoleRows) lineToScreen(console, lineOf(row, run));
+}
+
+void echoSummary(const Console& console, const RunOptions& options, const FluidTables& tables) {
+    rowsToLog(console, Echoed{options, tables}, SummaryRows);
 }
 
 }  // namespace kvr

@@ -10,4 +10,7 @@ namespace kvr {
 /// output is off. The short list goes to the console in either case.
 void echoOptions(const Console& console, const RunOptions& options, const FluidTables& tables);
 
+/// The few options that the summary of the input repeats, to the log stream of `console`.
+void echoSummary(const Console& console, const RunOptions& options, const FluidTables& tables);
+
 }  // namespace kvr

@@ -100,10 +100,13 @@ void printEndPoints(const Console& console, const SaturationTable& table) {
 
 }  // namespace
 
-void printTables(const Console& console, const UnitSystem& units, const FluidTables& tables) {
+void printFluidTables(const Console& console, const UnitSystem& units, const FluidTables& tables) {
     printScalars(console, tables);
     printOil(console, units, tables);
     printGas(console, units, tables);
+}
+
+void printRockTables(const Console& console, const FluidTables& tables) {
     for (int region = 1; region <= static_cast<int>(tables.regions.size()); ++region) {
         log(console, "");
         log(console, "Saturation table region {}", region);
@@ -111,6 +114,11 @@ void printTables(const Console& console, const UnitSystem& units, const FluidTab
         printGasOilTable(console, tables, region);
         printEndPoints(console, regionTable(tables, region));
     }
+}
+
+void printTables(const Console& console, const UnitSystem& units, const FluidTables& tables) {
+    printFluidTables(console, units, tables);
+    printRockTables(console, tables);
 }
 
 }  // namespace kvr

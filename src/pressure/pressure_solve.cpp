@@ -198,13 +198,14 @@ void solvePressure(const Console& console, const RunOptions& options, const Outp
         lineToBoth(console, "Pressure solver not on the list");
         hardStop(console);
     }
-    if (options.outputPressureMatrix) dumpTriads(console, outputPath(outputs, "pmtrx.out"), system);
+    if (options.outputPressureMatrix)
+        dumpTriads(console, outputPath(outputs, outputName(OutputFile::PressureMatrix)), system);
     const SolverFamily family = familyOf(row->word);
     const SolveResult result = runRoute(*row, system, solver);
     if (family == SolverFamily::BiCg)
-        appendInfo(console, outputPath(outputs, "KVR_BICGSTB_Info.out"), result, solver);
+        appendInfo(console, outputPath(outputs, outputName(OutputFile::BicgstabInfo)), result, solver);
     if (family == SolverFamily::Multigrid && options.debugOutput)
-        appendInfo(console, outputPath(outputs, "KVR_dbgAMG.out"), result, solver);
+        appendInfo(console, outputPath(outputs, outputName(OutputFile::AmgInfo)), result, solver);
     answerFailure(console, outputs, time, family, system, result, it);
 }
 

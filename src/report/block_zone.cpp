@@ -75,26 +75,47 @@ void putBricks(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
     }
 }
 
-void putHead(NumberWriter& writer, std::string_view title, std::string_view variables, const GridModel& grid,
-             ZoneNodes nodes, double time, std::string_view locations) {
-    put(writer, fmt::format("TITLE={}PLOT\nVARIABLES= X,Y,Depth{}\n", title, variables));
+void putHead(NumberWriter& writer, const ZoneHead& head, const GridModel& grid, ZoneNodes nodes,
+             std::string_view locations) {
+    put(writer, fmt::format("TITLE={}PLOT\nVARIABLES= X,Y,Depth{}\n", head.title, head.variables));
     putZoneLine(writer, grid, nodes);
-    put(writer, "SOLUTIONTIME = ");
-    putNumber(writer, time);
-    put(writer, fmt::format("\nVARLOCATION=({})\n", locations));
+    if (head.time != nullptr) {
+        put(writer, "SOLUTIONTIME = ");
+        putNumber(writer, *head.time);
+        put(writer, "\n");
+    }
+    put(writer, fmt::format("VARLOCATION=({})\n", locations));
+}
+
+void putCells(NumberWriter& writer, const GridModel& grid, const CellValue& value) {
+    NumberLines lines{writer};
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) lines.add(value(cell));
+    lines.finish();
 }
 
 }  // namespace
 
-void writeBlockZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
-                    const CellArray<double>& values, double time, std::string_view title) {
+void writeZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes, const CellValue& value,
+               const ZoneHead& head) {
     NumberWriter writer;
     writer.file = stream;
-    putHead(writer, title, fmt::format(",{}", title), grid, nodes, time, "4=CELLCENTERED");
+    putHead(writer, head, grid, nodes, "4=CELLCENTERED");
     putCoordinates(writer, grid, nodes);
-    putColumn(writer, values.cells());
+    putCells(writer, grid, value);
     putBricks(writer, grid, nodes);
     flush(writer);
+}
+
+void writeBlockZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes, const CellValue& value,
+                    double time, std::string_view title) {
+    const std::string variable = fmt::format(",{}", title);
+    writeZone(stream, grid, nodes, value, {title, variable, &time});
+}
+
+void writeBlockZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
+                    const CellArray<double>& values, double time, std::string_view title) {
+    writeBlockZone(
+        stream, grid, nodes, [&values](CellId cell) { return values[cell]; }, time, title);
 }
 
 void writeBlockZoneMulti(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
@@ -108,13 +129,10 @@ void writeBlockZoneMulti(std::FILE* stream, const GridModel& grid, ZoneNodes nod
     }
     NumberWriter writer;
     writer.file = stream;
-    putHead(writer, title, variables, grid, nodes, time, locations);
+    putHead(writer, {title, variables, &time}, grid, nodes, locations);
     putCoordinates(writer, grid, nodes);
-    for (int column = 1; column <= columns; ++column) {
-        NumberLines lines{writer};
-        for (CellId cell = 1; cell <= grid.NCELLS; ++cell) lines.add(values(cell, column));
-        lines.finish();
-    }
+    for (int column = 1; column <= columns; ++column)
+        putCells(writer, grid, [&](CellId cell) { return values(cell, column); });
     putBricks(writer, grid, nodes);
     flush(writer);
 }

@@ -15,7 +15,6 @@ constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
 
 constexpr std::string_view OpeningArrow = "------------------------------------------------------->";
 constexpr std::string_view ClosingArrow = "<------------------------------------------------------";
-constexpr std::string_view SweepTable = "KVR_Run_SweepVolume.out";
 
 PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {
     return {sums.oil, sums.water, sums.freeGas + sums.dissolvedGas};
@@ -147,13 +146,13 @@ void logSurfaceVolumes(const Simulation& run) {
 
 /// The table always reads as if it were written whole: only the first row replaces an old file.
 void addToSweepTable(const Simulation& run) {
-    const std::string path = outputPath(run.outputs, SweepTable);
+    const std::string path = outputPath(run.outputs, outputName(OutputFile::RunSweepVolume));
     const bool first = run.balance.rows.size() == 1;
     std::FILE* file = first ? openForReplace(run.console, path) : openForAppend(run.console, path);
     if (first) std::fputs(balanceTableHead().c_str(), file);
     std::fputs(balanceTableRow(run.units, run.balance, run.balance.rows.back()).c_str(), file);
     std::fclose(file);
-    log(run.console, "File Replaced : {}", SweepTable);
+    lineToLog(run.console, rowOf(OutputFile::RunSweepVolume).told);
 }
 
 double absoluteSum(const CellArray<double>& values) {
@@ -218,7 +217,7 @@ void ReportMBE(const Simulation& simulation) {
     logTotals(simulation);
     logSurfaceVolumes(simulation);
     addToSweepTable(simulation);
-    if (simulation.options.outputXls == "Yes") {
+    if (isOn(simulation.options, OutputSwitch::Excel)) {
         std::FILE* sheet = stream(simulation.outputs, OutputFile::ExclMbe);
         std::fputs(balanceSheetRow(simulation.balance.rows.back(), simulation.clock.endTime).c_str(), sheet);
     }

@@ -13,62 +13,69 @@ namespace {
 
 constexpr double EndFilesTimeLeft = 1.0;  // days; less than this to the end of the run writes the end files
 
-/// Rs in Mscf/stb, as decks and reports give it.
-CellArray<double> reportedRs(const CellArray<double>& Rs) {
-    CellArray<double> reported = Rs;
-    for (double& value : reported.slots) value *= GasRatioFactor;
-    return reported;
-}
+/// One map of the Tecplot files or one block of the sheets.
+struct FieldRow {
+    OutputFile file;
+    std::string_view label;  // of a block; zones have the title of their file
+    CellArray<double> CellState::*field;
+    bool ofGas = false;   // only in runs with gas
+    double factor = 1.0;  // from the value inside to the reported one
+};
+
+constexpr FieldRow ZoneRows[] = {
+    {OutputFile::TPlotPoil, "", &CellState::Pressure},
+    {OutputFile::TPlotSwat, "", &CellState::Sw},
+    {OutputFile::TPlotSoil, "", &CellState::So},
+    {OutputFile::TPlotSgas, "", &CellState::Sg, true},
+    {OutputFile::TPlotRs, "", &CellState::Rs, true, GasRatioFactor},
+};
+constexpr FieldRow SliceRows[] = {
+    {OutputFile::ExclGridSat, "SOIL_Frac", &CellState::So},
+    {OutputFile::ExclGridSat, "SWAT_Frac", &CellState::Sw},
+    {OutputFile::ExclGridPrs, "Pres_Frac", &CellState::Pressure},
+    {OutputFile::ExclGridSat, "SGAS_Frac", &CellState::Sg, true},
+};
 
 void addZones(const Simulation& run) {
-    const CellState& state = run.state;
     const ZoneNodes nodes = run.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
-    const auto add = [&](OutputFile file, const CellArray<double>& values, std::string_view title) {
-        writeBlockZone(stream(run.outputs, file), run.grid, nodes, values, run.clock.time, title);
-    };
-    lineToBoth(run.console, "Information Added for poil,ssat.plt");
-    add(OutputFile::TPlotPoil, state.Pressure, "p<sub>o</sub>");
-    add(OutputFile::TPlotSwat, state.Sw, "S<sub>w</sub>");
-    add(OutputFile::TPlotSoil, state.So, "S<sub>o</sub>");
-    if (run.options.hasGas) {
-        add(OutputFile::TPlotSgas, state.Sg, "S<sub>g</sub>");
-        add(OutputFile::TPlotRs, reportedRs(state.Rs), "R<sub>s</sub>");
+    lineToBoth(run.console, rowOf(OutputFile::TPlotPoil).told);
+    for (const FieldRow& row : ZoneRows) {
+        if (row.ofGas && !run.options.hasGas) continue;
+        const CellArray<double>& field = run.state.*row.field;
+        writeBlockZone(
+            stream(run.outputs, row.file), run.grid, nodes,
+            [&](CellId cell) { return field[cell] * row.factor; }, run.clock.time, rowOf(row.file).title);
     }
-    const int tracers = std::min(run.options.tracerCount, state.tracer.width);
+    const int tracers = std::min(run.options.tracerCount, run.state.tracer.width);
     if (run.options.tracerActive && tracers > 0)
-        writeBlockZoneMulti(stream(run.outputs, OutputFile::TPlotTracer), run.grid, nodes, state.tracer,
-                            tracers, run.clock.time, "TracerConcentration");
+        writeBlockZoneMulti(stream(run.outputs, OutputFile::TPlotTracer), run.grid, nodes, run.state.tracer,
+                            tracers, run.clock.time, rowOf(OutputFile::TPlotTracer).title);
 }
 
 void addSlices(const Simulation& run) {
-    const CellState& state = run.state;
-    std::FILE* saturations = stream(run.outputs, OutputFile::ExclGridSat);
-    std::FILE* pressures = stream(run.outputs, OutputFile::ExclGridPrs);
-    const double time = run.clock.time;
-    lineToBoth(run.console, "Information Added for XXX.xls");
-    writeSlices(saturations, run.grid, state.So, time, "SOIL_Frac");
-    writeSlices(saturations, run.grid, state.Sw, time, "SWAT_Frac");
-    writeSlices(pressures, run.grid, state.Pressure, time, "Pres_Frac");
-    if (run.options.hasGas) writeSlices(saturations, run.grid, state.Sg, time, "SGAS_Frac");
+    lineToBoth(run.console, rowOf(OutputFile::ExclGridPrs).told);
+    for (const FieldRow& row : SliceRows)
+        if (!row.ofGas || run.options.hasGas)
+            writeSlices(stream(run.outputs, row.file), run.grid, run.state.*row.field, run.clock.time,
+                        row.label);
 }
 
-void replacePointFile(const Simulation& run, std::string_view name, const CellArray<double>& values,
-                      std::string_view title) {
-    std::FILE* file = openForReplace(run.console, outputPath(run.outputs, name));
-    writePointFile(file, run.grid, values, title);
+void replaceEndFile(const Simulation& run, OutputFile name, const CellArray<double>& values) {
+    std::FILE* file = openBeside(run.console, run.outputs, name);
+    writePointFile(file, run.grid, values, rowOf(name).title);
     std::fclose(file);
-    both(run.console, "File Replaced : {}", name);
+    lineToBoth(run.console, rowOf(name).told);
 }
 
 }  // namespace
 
 void reportOutput(Simulation& simulation, int /*stepNumber*/, double timeLeft) {
     const RunOptions& options = simulation.options;
-    if (options.outputPlt == "Yes") addZones(simulation);
-    if (options.outputXls == "Yes") addSlices(simulation);
-    if (options.outputKvrView == "Yes" && timeLeft < EndFilesTimeLeft) {
-        replacePointFile(simulation, "KVR_Run_EndSwat.out", simulation.state.Sw, "Saturation            ");
-        replacePointFile(simulation, "KVR_Run_Pressure.out", simulation.state.Pressure, "pressure          ");
+    if (isOn(options, OutputSwitch::Tecplot)) addZones(simulation);
+    if (isOn(options, OutputSwitch::Excel)) addSlices(simulation);
+    if (isOn(options, OutputSwitch::View) && timeLeft < EndFilesTimeLeft) {
+        replaceEndFile(simulation, OutputFile::RunEndSwat, simulation.state.Sw);
+        replaceEndFile(simulation, OutputFile::RunPressure, simulation.state.Pressure);
     }
     flushOutputs(simulation.outputs);
 }

@@ -115,7 +115,7 @@ void putSinkSourceHead(std::span<const std::string> wellNames, int components, b
                        std::FILE* file) {
     NumberWriter table;
     table.file = file;
-    put(table, "TITLE=WELL_SINKSOURCE_DATA_OUTPUT\n");
+    put(table, fmt::format("TITLE={}\n", rowOf(OutputFile::TPlotWellRate).title));
     if (withUnits) putUnits(wellNames.size(), components, table);
     put(table, "VARIABLES = TIME, PVI");
     for (const std::string& name : wellNames)
@@ -142,7 +142,7 @@ void addSinkSourceRow(const StepFigures& figures, int components, std::FILE* fil
 void putWellPropertyHead(std::span<const std::string> wellNames, std::FILE* file) {
     NumberWriter table;
     table.file = file;
-    put(table, "TITLE=WELL_GRID_PROPERTY_OUTPUT\nVARIABLES = TIME ");
+    put(table, fmt::format("TITLE={}\nVARIABLES = TIME ", rowOf(OutputFile::TPlotWellBlk).title));
     for (const std::string& name : wellNames) {
         putNamed(table, BhpColumn, name);
         for (const PropertyColumn& column : PropertyColumns) putNamed(table, column.name, name);

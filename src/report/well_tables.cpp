@@ -9,11 +9,13 @@ namespace kvr {
 
 namespace {
 
-constexpr std::string_view Yes = "Yes";
+void tell(const Simulation& run, OutputFile file) {
+    lineToLog(run.console, rowOf(file).told);
+}
 
 void addExcelTables(const Simulation& run, const StepFigures& figures) {
     addWellBlocks(run.grid, run.units, run.wells, stream(run.outputs, OutputFile::ExclWellBlk));
-    lineToLog(run.console, "Info Added in FILE : Well_Blk.xls");
+    tell(run, OutputFile::ExclWellBlk);
     addWellRows(figures, run.wells, stream(run.outputs, OutputFile::ExclWell));
 }
 
@@ -25,32 +27,32 @@ void addTecplotTables(const Simulation& run, const StepFigures& figures) {
 
 void addViewTables(const Simulation& run, const StepFigures& figures) {
     addProductionRows(figures, run.wells, stream(run.outputs, OutputFile::RunProduction));
-    lineToLog(run.console, "Info Added in FILE : KVR_Run_Production.out");
+    tell(run, OutputFile::RunProduction);
     addWaterCutRows(figures, run.wells, stream(run.outputs, OutputFile::RunWct));
-    lineToLog(run.console, "Info Added in FILE : KVR_Run_Wct.out");
+    tell(run, OutputFile::RunWct);
 }
 
 void addRecovery(const Simulation& run, const StepFigures& figures) {
     if (isAnalyticalPhase(run.options, run.clock.solverPhaseIndex)) return;
     addRecoveryRow(figures, runWellNames(run.schedule, run.wells),
                    stream(run.outputs, OutputFile::RunRecovery));
-    lineToLog(run.console, "File Replaced : KVR_Run_Recovery.out");
+    tell(run, OutputFile::RunRecovery);
 }
 
 }  // namespace
 
 void reportWells(Simulation& simulation) {
     const StepFigures figures = stepFigures(simulation);
-    if (simulation.options.outputXls == Yes) addExcelTables(simulation, figures);
-    if (simulation.options.outputPlt == Yes) addTecplotTables(simulation, figures);
-    if (simulation.options.outputKvrView == Yes) addViewTables(simulation, figures);
+    if (isOn(simulation.options, OutputSwitch::Excel)) addExcelTables(simulation, figures);
+    if (isOn(simulation.options, OutputSwitch::Tecplot)) addTecplotTables(simulation, figures);
+    if (isOn(simulation.options, OutputSwitch::View)) addViewTables(simulation, figures);
     addRecovery(simulation, figures);
 }
 
 void startWellTables(Simulation& simulation) {
     const std::vector<std::string> names = runWellNames(simulation.schedule, simulation.wells);
-    if (simulation.options.outputPlt == Yes) {
-        putSinkSourceHead(names, simulation.options.componentCount, simulation.options.outputEclipse == Yes,
+    if (isOn(simulation.options, OutputSwitch::Tecplot)) {
+        putSinkSourceHead(names, simulation.options.componentCount, simulation.options.outputEclipse == "Yes",
                           stream(simulation.outputs, OutputFile::TPlotWellRate));
         putWellPropertyHead(names, stream(simulation.outputs, OutputFile::TPlotWellBlk));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/console.hpp"
+#include "run/output_table.hpp"
 
 #include <cstdio>
 #include <string>
@@ -9,74 +10,11 @@
 
 namespace kvr {
 
-/// Every file of the fixed output set, in the order in which they are opened. The table of names in
-/// output_streams.cpp follows this order.
-enum class OutputFile {
-    TPlotPoil,
-    TPlotSwat,
-    TPlotSoil,
-    TPlotSgas,
-    TPlotRs,
-    TPlotSwatmp,
-    RunRecovery,
-    RunProduction,
-    RunWct,
-    RunStreamline,
-    RunIniSwat,
-    RunPermX,
-    RunPermY,
-    RunPermZ,
-    ExclGridPrs,
-    ExclGridSat,
-    ExclWell,
-    ExclWellBlk,
-    ExclMbe,
-    ExclMbec,
-    TPlotAllFloGas,
-    TPlotAllFloOil,
-    TPlotAllFloWat,
-    TPlotZmf,
-    TPlotMobG,
-    TPlotMobO,
-    TPlotMobT,
-    TPlotMobW,
-    TPlotVelT,
-    TPlotVelX,
-    TPlotVelY,
-    TPlotVelZ,
-    TPlotPcGFloFirst,  // nine files: gas, oil, water times All, Pll, Trv
-    TPlotPcGFloLast = TPlotPcGFloFirst + 8,
-    TPlotWellBlk,
-    TPlotWellRate,
-    TPlotTracer,
-    HmObjFnc,
-    HmObjFncBeta,
-    HmObjFncNameFirst,  // fourteen files: seven names, each followed by its _Abs twin
-    HmObjFncNameLast = HmObjFncNameFirst + 13,
-    HmPermChangeCum,
-    HmPermChangeInc,
-    HmPermHist,
-    HmPermHistLog,
-    InfoAspect,
-    InfoFstream,
-    InfoGeneral,
-    InvFirst,  // thirteen inversion files
-    InvLast = InvFirst + 12,
-    DebugLog,
-    MetricCopy,
-    FieldCopy,
-    Count
-};
-
 /// The open output set. Streams live until the process ends or `closeOutputs`.
 struct OutputStreams {
     std::string folder;               // working folder path, joined directly to the names
     std::vector<std::FILE*> streams;  // by OutputFile; null before the set is opened
 };
-
-/// Name in the working folder and fixed stream number of a file of the set.
-std::string_view outputName(OutputFile file);
-int streamNumber(OutputFile file);
 
 /// The open stream of a file; null before the set is opened and after it is closed.
 std::FILE* stream(const OutputStreams& outputs, OutputFile file);
@@ -95,6 +33,9 @@ void replaceOutput(const Console& console, OutputFile file, OutputStreams& outpu
 
 /// Path of a file written beside the set, replaced at every writing.
 std::string outputPath(const OutputStreams& outputs, std::string_view name);
+
+/// Opens a file that stands beside the fixed set, in place of any old one; the caller closes it.
+std::FILE* openBeside(const Console& console, const OutputStreams& outputs, OutputFile file);
 
 /// Hands everything written so far to the operating system, so that all files are readable up to here
 /// even if the process is killed next.

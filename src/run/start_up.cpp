@@ -12,6 +12,8 @@
 #include "pressure/well_rates.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
+#include "report/run_information.hpp"
+#include "report/static_plots.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
 #include "run/input_detection.hpp"
@@ -113,6 +115,8 @@ void startUp(Simulation& simulation) {
     startWellTables(simulation);
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
+    writeStaticPlots(simulation);
+    writeRunInformation(simulation);
 }
 
 }  // namespace kvr

@@ -8,7 +8,7 @@ SOURCE = REPOSITORY / "src"
 FLOOR = {"base": 0, "pressure/solvers": 0, "model": 1, "fluid": 2, "deck": 3, "pressure": 3, "streamline": 4,
          "report": 4, "eclipse": 4, "run": 5}
 # Records that have a few routines of their own; stages take the whole run.
-RECORDS = {"run/simulation.hpp", "run/clock.hpp", "run/output_streams.hpp", "pressure/cell_state.hpp"}
+RECORDS = {"run/simulation.hpp", "run/clock.hpp", "run/output_streams.hpp", "run/output_table.hpp", "pressure/cell_state.hpp"}
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 

@@ -1,41 +1,11 @@
 #include "report/report_output.hpp"
 
-#include "unit/quiet_console.hpp"
-#include "unit/report/box_model.hpp"
-#include "unit/report/plot_file_parser.hpp"
-#include "unit/scratch_folder.hpp"
+#include "unit/report/report_run.hpp"
 
 #include <gtest/gtest.h>
 
 namespace kvr {
 namespace {
-
-/// A small run with its output set open in a scratch folder.
-struct ReportRun {
-    ReportRun() {
-        run.console = {nullptr, nullptr, nullptr};
-        openOutputs(folder.path, run.outputs, run.console);
-        run.grid = boxModel(4, 3, 2);
-        allocateCellState(run.grid.NCELLS, 2, run.state);
-        run.options.outputPlt = "Yes";
-        run.options.outputXls = "Yes";
-        for (double& value : run.state.Pressure.slots) value = 3000.0;
-        for (double& value : run.state.Sw.slots) value = 0.3;
-        for (double& value : run.state.So.slots) value = 0.7;
-    }
-    ~ReportRun() {
-        closeOutputs(run.outputs);
-        closeLog(run.outputs, run.console);
-    }
-    [[nodiscard]] std::vector<PlotZone> zones(const std::string& name) const {
-        return PlotFileParser(folder.read(name)).zones();
-    }
-    [[nodiscard]] bool exists(const std::string& name) const {
-        return std::filesystem::exists(folder.path + name);
-    }
-    ScratchFolder folder;
-    Simulation run;
-};
 
 TEST(ReportOutput, AddsAZoneOfThreeFieldsPerReport) {
     ReportRun test;

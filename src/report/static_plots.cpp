@@ -1,0 +1,71 @@
+#include "report/static_plots.hpp"
+
+#include "report/block_zone.hpp"
+#include "report/point_file.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double LeastPermeability = 1e-20;  // md; what a logarithm takes where there is no permeability
+
+using RunValue = double (*)(const Simulation&, CellId);
+
+struct ZoneRow {
+    OutputFile file;
+    RunValue value;
+};
+
+double logarithm(double permeability) {
+    return std::log10(std::max(permeability, LeastPermeability));
+}
+
+// The high face of each axis: directions 2, 4 and 6.
+constexpr ZoneRow ZoneRows[] = {
+    {OutputFile::StaticLogKx, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMX[c]); }},
+    {OutputFile::StaticLogKy, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMY[c]); }},
+    {OutputFile::StaticLogKz, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMZ[c]); }},
+    {OutputFile::StaticPorosity, [](const Simulation& s, CellId c) { return s.grid.PORO[c]; }},
+    {OutputFile::StaticKx, [](const Simulation& s, CellId c) { return s.grid.PERMX[c]; }},
+    {OutputFile::StaticKy, [](const Simulation& s, CellId c) { return s.grid.PERMY[c]; }},
+    {OutputFile::StaticKz, [](const Simulation& s, CellId c) { return s.grid.PERMZ[c]; }},
+    {OutputFile::StaticTransX, [](const Simulation& s, CellId c) { return s.connections.Trans(c, 2); }},
+    {OutputFile::StaticTransY, [](const Simulation& s, CellId c) { return s.connections.Trans(c, 4); }},
+    {OutputFile::StaticTransZ, [](const Simulation& s, CellId c) { return s.connections.Trans(c, 6); }},
+};
+
+void writeZones(const Simulation& run) {
+    const ZoneNodes nodes = run.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    for (const ZoneRow& row : ZoneRows) {
+        const OutputRow& file = rowOf(row.file);
+        std::FILE* stream = openBeside(run.console, run.outputs, row.file);
+        writeBlockZone(
+            stream, run.grid, nodes, [&](CellId cell) { return row.value(run, cell); }, run.clock.time,
+            file.title);
+        std::fclose(stream);
+        if (!file.told.empty()) lineToLog(run.console, file.told);
+    }
+}
+
+void writePoints(const Simulation& run) {
+    const auto add = [&run](OutputFile file, const CellArray<double>& values) {
+        writePointFile(stream(run.outputs, file), run.grid, values, rowOf(file).title);
+    };
+    add(OutputFile::RunPermX, run.grid.PERMX);
+    add(OutputFile::RunPermY, run.grid.PERMY);
+    add(OutputFile::RunPermZ, run.grid.PERMZ);
+    add(OutputFile::RunIniSwat, run.state.Sw);
+    lineToLog(run.console, rowOf(OutputFile::RunIniSwat).told);
+}
+
+}  // namespace
+
+void writeStaticPlots(const Simulation& simulation) {
+    if (isOn(simulation.options, OutputSwitch::Tecplot)) writeZones(simulation);
+    if (isOn(simulation.options, OutputSwitch::View)) writePoints(simulation);
+}
+
+}  // namespace kvr

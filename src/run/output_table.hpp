@@ -1,0 +1,139 @@
+#pragma once
+
+#include "deck/options.hpp"
+
+#include <cstddef>
+#include <string_view>
+
+namespace kvr {
+
+/// Every file that the run itself opens: first the fixed set in the order of its opening, then the files
+/// that their writers open. The table of rows in output_table.cpp follows this order.
+enum class OutputFile {
+    TPlotPoil,
+    TPlotSwat,
+    TPlotSoil,
+    TPlotSgas,
+    TPlotRs,
+    TPlotSwatmp,
+    RunRecovery,
+    RunProduction,
+    RunWct,
+    RunStreamline,
+    RunIniSwat,
+    RunPermX,
+    RunPermY,
+    RunPermZ,
+    ExclGridPrs,
+    ExclGridSat,
+    ExclWell,
+    ExclWellBlk,
+    ExclMbe,
+    ExclMbec,
+    TPlotAllFloGas,
+    TPlotAllFloOil,
+    TPlotAllFloWat,
+    TPlotZmf,
+    TPlotMobG,
+    TPlotMobO,
+    TPlotMobT,
+    TPlotMobW,
+    TPlotVelT,
+    TPlotVelX,
+    TPlotVelY,
+    TPlotVelZ,
+    TPlotPcGFloFirst,  // nine files: gas, oil, water times All, Pll, Trv
+    TPlotPcGFloLast = TPlotPcGFloFirst + 8,
+    TPlotWellBlk,
+    TPlotWellRate,
+    TPlotTracer,
+    HmObjFnc,
+    HmObjFncBeta,
+    HmObjFncNameFirst,  // fourteen files: seven names, each followed by its _Abs twin
+    HmObjFncNameLast = HmObjFncNameFirst + 13,
+    HmPermChangeCum,
+    HmPermChangeInc,
+    HmPermHist,
+    HmPermHistLog,
+    InfoAspect,
+    InfoFstream,
+    InfoGeneral,
+    InvFirst,  // thirteen inversion files
+    InvLast = InvFirst + 12,
+    DebugLog,
+    MetricCopy,
+    FieldCopy,
+    Count,  // of the fixed set
+
+    RunSweepVolume = Count,
+    RunEndSwat,
+    RunPressure,
+    StaticLogKx,
+    StaticLogKy,
+    StaticLogKz,
+    StaticPorosity,
+    StaticKx,
+    StaticKy,
+    StaticKz,
+    StaticTransX,
+    StaticTransY,
+    StaticTransZ,
+    SmoothedKx,
+    SmoothedKy,
+    SmoothedKz,
+    SmoothedPoro,
+    UpscaledPorosity,
+    UpscaledPorosityData,
+    UpscaledPermX,
+    UpscaledPermXLog,
+    UpscaledPermY,
+    UpscaledPermYLog,
+    UpscaledPermZ,
+    UpscaledPermZLog,
+    UpscaledPermData,
+    PressureMatrix,
+    FailedMatrix,  // a pattern of names, like the next
+    SaturationMatrix,
+    AmgInfo,
+    BicgstabInfo,
+    CoordinateFile,
+    EraseScript,
+    AllCount,  // of every row
+};
+
+/// What must be asked for before a file is filled.
+enum class OutputSwitch {
+    Always,
+    Excel,             // OUTPUTKVR 2
+    Tecplot,           // OUTPUTKVR 3
+    PressureMatrix,    // OUTPUTKVR 6
+    SaturationMatrix,  // OUTPUTKVR 7
+    View,              // OUTPUTKVR 8
+    ViewOrLines,       // OUTPUTKVR 8 or 4
+    Smoothing,         // SMTHPRM
+    Upscaling,         // UPSCALE
+    HistoryMatch,      // DOINV
+    Unwritten          // opened for readers that look for the name; nothing fills it
+};
+bool isOn(const RunOptions& options, OutputSwitch output);
+
+/// One file: its fixed stream number (0 for those beside the fixed set), name, switch, the title of its zones
+/// where there is one, the line that tells of its writing (on the first file of a group that shares one),
+/// and its content as the user guide gives it (empty: as the row before).
+struct OutputRow {
+    OutputFile file;
+    int number;
+    std::string_view name;
+    OutputSwitch output;
+    std::string_view title;
+    std::string_view told;
+    std::string_view content;
+};
+
+const OutputRow& rowOf(OutputFile file);
+
+/// Name in the working folder and fixed stream number of a file.
+std::string_view outputName(OutputFile file);
+int streamNumber(OutputFile file);
+
+}  // namespace kvr
