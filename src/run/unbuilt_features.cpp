@@ -39,8 +39,6 @@ constexpr FeatureRow Features[] = {
      "upscaling and smoothing (UPSCALE, SMTHPRM)"},
     {[](const RunOptions& o) { return anyPhase(o, "imp") || anyPhase(o, "hyb"); },
      "implicit transport on lines (SL1DCON IMPLICIT)"},
-    {[](const RunOptions& o) { return o.traceMissed == "Yes" || o.streamlineStart == "cel"; },
-     "tracing from missed blocks (NUMLINE third value Yes, start CEL)"},
     {[](const RunOptions& o) { return o.outputStreamline || o.outputDiffusiveTof; },
      "streamline plots (OUTPUTKVR 4 and 5)"},
     {[](const RunOptions& o) { return o.outputSaturationMatrix; },

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "streamline/cell_line.hpp"
 #include "streamline/line_worker.hpp"
 
 #include <vector>
@@ -12,6 +13,7 @@ struct LineStage {
     LineField field;
     std::vector<LineWorker> workers;  // one a thread
     std::vector<LineResult> results;  // one a line of the block being worked
+    CellLineLegs legs;                // sized where lines start from cells
     OutletTable outlets;              // since the pressure step, over its mapping sub-steps
     long long substeps = 0;           // transport substeps of all lines of the run
     long long solvedLines = 0;

@@ -12,8 +12,8 @@ std::size_t at(int n) {
     return static_cast<std::size_t>(n);
 }
 
-void takeTrace(const StreamlineRecord& record, LineResult& result) {
-    result.status = record.status;
+void takeTrace(LineResult& result) {
+    const StreamlineRecord& record = result.record;
     result.solved = false;
     // Node 1 is the launching cell; the cells from node 2 on were entered.
     result.enteredCount = record.enteredNodes - 1;
@@ -52,32 +52,38 @@ LineSolver lineSolverOf(std::string_view word) {
 }
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker) {
-    sizeRecord(tracedNodes, worker.record);
     const double factor = nodeControlOf(options) == NodeControl::Regular ? options.nodeFactor : 1.0;
     sizeSolverLine(tracedNodes, factor, options.tracerActive ? options.tracerCount : 0, worker.line);
 }
 
 void sizeResult(int tracedNodes, int tracerCount, LineResult& result) {
+    sizeRecord(tracedNodes, result.record);
     result.entered.assign(at(tracedNodes) + 2, 0);
     sizeContribution(tracedNodes, tracerCount, result.contribution);
 }
 
-void workLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
-              const WellRecord& wells, const LineField& field, const LineStart& start, LineWorker& worker,
-              LineResult& result) {
-    traceLine(grid, field.trace, start, field.fromInjector, worker.record);
-    takeTrace(worker.record, result);
-    if (result.status == TraceStatus::Rejected || field.solver == LineSolver::None) return;
+void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+               const WellRecord& wells, const LineField& field, LineWorker& worker, LineResult& result) {
+    if (field.solver == LineSolver::None) return;
     SolverLine& line = worker.line;
-    loadLine(grid, fluids, state, wells, field, worker.record, line);
+    loadLine(grid, fluids, state, wells, field, result.record, line);
     if (field.solver == LineSolver::Explicit)
         advanceExplicit(fluids, field.control, field.step, worker.scratch, line);
     else
         advanceAnalytic(fluids, field.profile, field.endTime, line);
     takeContribution(line, fluids.hasGas, result.contribution);
-    result.end = lineEnd(field, result.status, line);
+    result.end = lineEnd(field, result.record.status, line);
     result.substeps = line.substeps;
     result.solved = true;
+}
+
+void workLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+              const WellRecord& wells, const LineField& field, const LineStart& start, LineWorker& worker,
+              LineResult& result) {
+    traceLine(grid, field.trace, start, field.fromInjector, result.record);
+    takeTrace(result);
+    if (result.record.status != TraceStatus::Rejected)
+        solveLine(grid, fluids, state, wells, field, worker, result);
 }
 
 }  // namespace kvr

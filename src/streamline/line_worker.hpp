@@ -31,14 +31,13 @@ LineSolver lineSolverOf(std::string_view word);
 
 /// Working records of one thread; the next line overwrites them.
 struct LineWorker {
-    StreamlineRecord record;
     SolverLine line;
     ExplicitScratch scratch;
 };
 
 /// What one line leaves behind, taken before its worker goes on to the next one.
 struct LineResult {
-    TraceStatus status = TraceStatus::Rejected;
+    StreamlineRecord record;
     bool solved = false;
     int enteredCount = 0;
     std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line went into
@@ -65,6 +64,10 @@ struct LineField {
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);
 void sizeResult(int tracedNodes, int tracerCount, LineResult& result);
+
+/// Transport on the line that stands in `result.record`, by the solver of the field.
+void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+               const WellRecord& wells, const LineField& field, LineWorker& worker, LineResult& result);
 
 /// Traces and solves one line. Reads shared records only, writes its own worker and result only, so that
 /// lines may be worked by several threads at once.

@@ -148,6 +148,10 @@ void takeContribution(const SolverLine& line, bool hasGas, LineContribution& con
         remapToTraced(line, line.tracer[t], contribution.tracer[t]);
 }
 
+void scaleWeights(double flow, LineContribution& contribution) {
+    for (int n = 1; n <= contribution.count; ++n) contribution.weight[at(n)] *= flow;
+}
+
 void sizeMapping(CellId cellCount, int tracerCount, const CellState& state, MappingSums& sums) {
     for (CellArray<double>* values : {&sums.weight, &sums.water, &sums.oil, &sums.gas, &sums.bubblePoint})
         values->assign(cellCount, 0.0);

@@ -24,6 +24,9 @@ void sizeContribution(int tracedNodes, int tracerCount, LineContribution& contri
 /// Takes the solution of a line, through the remap where it was regridded.
 void takeContribution(const SolverLine& line, bool hasGas, LineContribution& contribution);
 
+/// Multiplies the weights of a line: residence times then count by the flow that the line stands for.
+void scaleWeights(double flow, LineContribution& contribution);
+
 /// Sizes the sums for a run, all zero. The bubble-point limits of the cells are those of `state`, the
 /// initial one.
 void sizeMapping(CellId cellCount, int tracerCount, const CellState& state, MappingSums& sums);

@@ -7,6 +7,7 @@
 #include "streamline/exit_flags.hpp"
 #include "streamline/launch.hpp"
 #include "streamline/mapping.hpp"
+#include "streamline/missed_blocks.hpp"
 #include "streamline/producer_rates.hpp"
 
 #include <algorithm>
@@ -86,7 +87,7 @@ void prepareFields(Simulation& s) {
 void commitLine(int number, const LineResult& result, Simulation& s) {
     for (int n = 0; n < result.enteredCount; ++n) s.mapping.CellVisited[result.entered[at(n)]] = 1;
     if (number == s.launch.ActiveLines) {
-        const int dropped = result.status == TraceStatus::ReachedWell ? 0 : 1;
+        const int dropped = result.record.status == TraceStatus::ReachedWell ? 0 : 1;
         reportTracing(s.console, s.tags, number - dropped, s.mapping);
     }
     if (!result.solved) return;
@@ -141,6 +142,7 @@ void sizeStage(Simulation& s) {
     s.lines.workers.resize(threads);
     for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);
     s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
+    if (tracesMissedBlocks(s)) sizeLegs(nodes, s.lines.legs);
     for (LineResult& result : s.lines.results) sizeResult(nodes, tracerCount(s.options), result);
     sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.state, s.mapping);
     s.exitFlags.ExitFacesForward.assign(s.grid.NCELLS, 0);
@@ -176,6 +178,7 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
         clearOutlets(simulation.wells, simulation.lines.outlets);
     lineLoop(simulation);
     printElapsed(simulation.console, start);
+    if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation);
     mapStep(simulation);
     setProducerRates(simulation.lines.outlets, simulation.wells);
     clearStep(simulation);

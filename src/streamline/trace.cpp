@@ -9,11 +9,12 @@ namespace kvr {
 
 namespace {
 
-constexpr double FluxGuard = 1e-10;          // rb/day, keeps the residence time of a dead cell finite
-constexpr double LongestResidence = 1e20;    // days in the launching cell beyond which nothing is traced
-constexpr double LeastTimeOfFlight = 1e-10;  // days gained in a cell, or crossing time, that end a line
-constexpr double LongestCrossing = 1e21;     // crossing time that ends a line
-constexpr double MostNodes = 100'000'000.0;  // capacity limit of a node list
+constexpr double FluxGuard = 1e-10;              // rb/day, keeps the residence time of a dead cell finite
+constexpr double LongestResidence = 1e20;        // days in the launching cell beyond which nothing is traced
+constexpr double LeastTimeOfFlight = 1e-10;      // days gained in a cell that end a line
+constexpr double LeastLaunchedCrossing = 1e-10;  // crossing time that ends a launched line
+constexpr double LongestCrossing = 1e21;         // crossing time that ends a line
+constexpr double MostNodes = 100'000'000.0;      // capacity limit of a node list
 constexpr int NodesPerSide3d = 16;
 constexpr int NodesPerSide2d = 8;
 
@@ -37,15 +38,6 @@ TraceCell packedCell(bool referenceCube, const GridModel& grid, const Connection
     for (int f = 0; f < 6; ++f) sum += std::abs(flux[f]);
     packed.completionTime = state.PoreVolume[cell] / (sum + FluxGuard);
     return packed;
-}
-
-/// Where the previous exit leads into the next cell.
-std::array<double, 3> entryPoint(std::array<double, 3> point, int exitFace, const TraceCell& cell,
-                                 bool flat) {
-    const auto axis = static_cast<std::size_t>(exitFace - 1) / 2;
-    point[axis] = exitFace % 2 == 1 ? cell.length[axis] : 0.0;
-    if (flat) point[2] = 0.5 * cell.length[2];
-    return point;
 }
 
 CrossingInput crossingOf(const TraceCell& cell, const std::array<double, 3>& entry, bool fromInjector) {
@@ -76,8 +68,8 @@ double boxStep(const TraceField& field, const CrossingInput& in, const Crossing&
     return distance(step, {});
 }
 
-bool endsLine(double gained, double crossingTime, CellId next, CellId cellCount) {
-    return std::abs(gained) <= LeastTimeOfFlight || crossingTime <= LeastTimeOfFlight ||
+bool endsLine(double gained, double crossingTime, double leastCrossing, CellId next, CellId cellCount) {
+    return std::abs(gained) <= LeastTimeOfFlight || crossingTime <= leastCrossing ||
            crossingTime > LongestCrossing || next < 1 || next > cellCount;
 }
 
@@ -172,6 +164,37 @@ std::array<double, 3> cellPoint(const GridModel& grid, CellId cell, const std::a
     return point;
 }
 
+std::array<double, 3> entryPoint(std::array<double, 3> point, int exitFace, const TraceCell& cell,
+                                 bool flat) {
+    const auto axis = static_cast<std::size_t>(exitFace - 1) / 2;
+    point[axis] = exitFace % 2 == 1 ? cell.length[axis] : 0.0;
+    if (flat) point[2] = 0.5 * cell.length[2];
+    return point;
+}
+
+CellId crossNode(const GridModel& grid, const TraceField& field, const NodeStep& step, int n,
+                 StreamlineRecord& record) {
+    const auto node = static_cast<std::size_t>(n);
+    const TraceCell& cell = field.cells[static_cast<std::size_t>(step.cell)];
+    const CrossingInput in = crossingOf(cell, step.entry, step.withFlow);
+    const Crossing crossing = crossCell(in);
+    if (crossing.exitFace == 0) return 0;
+    const CellId next = cell.neighbour[static_cast<std::size_t>(crossing.exitFace) - 1];
+    record.NodeLocalPoint[node] = crossing.point;
+    record.NodeExitFace[node] = static_cast<std::uint8_t>(crossing.exitFace);
+    if (field.referenceCube) {
+        record.NodePosition[node] = cellPoint(grid, step.cell, crossing.point);
+        record.NodeStepLength[node] = distance(record.NodePosition[node], record.NodePosition[node - 1]);
+    } else {
+        record.NodeStepLength[node] = boxStep(field, in, crossing, next);
+    }
+    record.NodeTof[node] = record.NodeTof[node - 1] + cell.dayPerTime * crossing.time;
+    const double gained = record.NodeTof[node] - record.NodeTof[node - 1];
+    const bool ends =
+        n >= record.MaxNodes || endsLine(gained, crossing.time, step.leastCrossing, next, field.cellCount);
+    return ends ? 0 : next;
+}
+
 void traceLine(const GridModel& grid, const TraceField& field, const LineStart& start, bool fromInjector,
                StreamlineRecord& record) {
     startRecord(grid, field, start, fromInjector, record);
@@ -195,23 +218,8 @@ void traceLine(const GridModel& grid, const TraceField& field, const LineStart& 
             if (!endInWell(cell, fromInjector, n, record)) endInside(n, record);
             return;
         }
-        const CrossingInput in = crossingOf(cell, entry, fromInjector);
-        const Crossing crossing = crossCell(in);
-        if (crossing.exitFace == 0) return endInside(n, record);
-        const CellId next = cell.neighbour[static_cast<std::size_t>(crossing.exitFace) - 1];
-        record.NodeLocalPoint[node] = crossing.point;
-        record.NodeExitFace[node] = static_cast<std::uint8_t>(crossing.exitFace);
-        if (field.referenceCube) {
-            record.NodePosition[node] = cellPoint(grid, current, crossing.point);
-            record.NodeStepLength[node] = distance(record.NodePosition[node], record.NodePosition[node - 1]);
-        } else {
-            record.NodeStepLength[node] = boxStep(field, in, crossing, next);
-        }
-        record.NodeTof[node] = record.NodeTof[node - 1] + cell.dayPerTime * crossing.time;
-        const double gained = record.NodeTof[node] - record.NodeTof[node - 1];
-        if (n >= record.MaxNodes || endsLine(gained, crossing.time, next, field.cellCount))
-            return endInside(n, record);
-        current = next;
+        current = crossNode(grid, field, {current, entry, fromInjector, LeastLaunchedCrossing}, n, record);
+        if (current == 0) return endInside(n, record);
     }
 }
 

@@ -49,6 +49,23 @@ void buildTraceField(const RunOptions& options, const GridModel& grid, const Con
                      const CellState& state, const VelocityField& velocity, const WellRecord& wells,
                      const CellTags& tags, const ExitFlags& flags, TraceField& field);
 
+/// Where a line that left its last cell through `exitFace` at `point` enters `cell`; on one layer at
+/// mid-height.
+std::array<double, 3> entryPoint(std::array<double, 3> point, int exitFace, const TraceCell& cell, bool flat);
+
+/// One cell to cross: with the flow, or against it.
+struct NodeStep {
+    CellId cell;
+    std::array<double, 3> entry;
+    bool withFlow;
+    double leastCrossing;  // crossing time up to which a line counts as standing still
+};
+
+/// Crosses a cell and writes node `n` of the record from node n - 1. Returns the cell behind the exit face,
+/// or 0 where the line ends here: no face is reached, nothing is gained, or the list is full.
+CellId crossNode(const GridModel& grid, const TraceField& field, const NodeStep& step, int n,
+                 StreamlineRecord& record);
+
 /// Traces one line from its start to a well of the far side, or until it dies. Launched from a producer
 /// (`fromInjector` false) it runs against the flow. Node 1 is the launching cell with its whole residence
 /// time, node 2 the neighbour across the start face. Step lengths are distances between node positions in

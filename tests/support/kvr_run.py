@@ -85,7 +85,7 @@ FDMETHOD
 PSOLVER
 {solver}
 NUMLINE
-{lines} INJ No /
+{lines} {start} {missed} /
 SL1DCON
 {scheme} {nodes} {factor} {upwind} Yes Yes Yes No /
 SL1DMAP
@@ -103,6 +103,7 @@ OUTPUTKVR
 
 
 def options(method="STREAMLINE", solver="AMG", lines=500, scheme="EXPLICIT", nodes="IRR", factor=1.0,
-            upwind="SPU", mappings=1, cfl=0.8, minimum_step=0.01, tolerance=0.01, plots=0, extra=""):
+            upwind="SPU", mappings=1, cfl=0.8, minimum_step=0.01, tolerance=0.01, plots=0,
+            start="INJ", missed="No", extra=""):
     """Option section to append behind END."""
     return OPTION_TEMPLATE.format(**locals())

@@ -1,5 +1,7 @@
 """The public water-flood decks with option sections of our own, and their reference curves."""
 
+import lzma
+
 import numpy
 import pytest
 
@@ -22,6 +24,9 @@ def flood(folder, name, step=50.0, **settings):
     assert "40*50" in text
     text = text.replace("40*50", f"{steps}*{step:g}")
     include = kvr_run.PUBLIC_DECKS / "waterflood" / f"{name}.INC"
+    packed = include.with_name(include.name + ".xz")
     files = {include.name: include.read_text()} if include.exists() else {}
+    if packed.exists():
+        files[include.name] = lzma.decompress(packed.read_bytes())
     folder.mkdir(exist_ok=True)
     return kvr_run.finished_normally(kvr_run.run(folder, text + kvr_run.options(**settings), files))

@@ -1,62 +1,14 @@
 #include "streamline/streamline_step.hpp"
 
-#include "flow_samples.hpp"
-#include "line_samples.hpp"
+#include "flood_run.hpp"
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <omp.h>
 
 namespace kvr {
 namespace {
 
-/// A flow of `plainFlood` fluids as one run, ready for steps of `step` days.
-struct FloodRun {
-    Simulation s;
-    QuietConsole quiet;
-
-    FloodRun(const samples::Flow& flow, int lines, double step, int threads = 1) {
-        omp_set_num_threads(threads);
-        s.console = quiet.console;
-        s.options = flow.options;
-        s.options.cfl = 0.8;
-        s.options.minCflStep = 0.01;
-        s.options.requestedLines = lines;
-        s.options.lineCompressibility = false;
-        s.grid = flow.grid;
-        s.connections = flow.connections;
-        s.velocity = flow.velocity;
-        s.wells = flow.wells;
-        s.tags = flow.tags;
-        s.fluids = samples::plainFlood();
-        s.state = flow.state;
-        for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
-            s.grid.SATNUM[cell] = 1;
-            s.state.Pressure[cell] = 3000.0;
-            s.state.Sw[cell] = 0.2;
-            s.state.So[cell] = 0.8;
-            s.state.MuW[cell] = 0.5;
-            s.state.MuO[cell] = 2.0;
-        }
-        s.timeLevel = s.state;
-        s.clock.endTime = 1000.0;
-        s.clock.dt = s.clock.workDt = step;
-        allocateStreamlines(s);
-        omp_set_num_threads(1);
-    }
-    void advance(int steps) {
-        for (int k = 0; k < steps; ++k) {
-            StreamlineStep(s, 0, 0, s.clock.endTime - s.clock.time - s.clock.dt, 1.0);
-            s.clock.time += s.clock.dt;
-        }
-    }
-    [[nodiscard]] double waterGained() const {
-        double sum = 0.0;
-        for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
-            sum += (s.state.Sw[cell] - 0.2) * s.state.PoreVolume[cell];
-        return sum;
-    }
-};
+using samples::FloodRun;
 
 TEST(StreamlineStep, FloodsARowOfCellsAsOneLine) {
     FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);

@@ -1,0 +1,108 @@
+#include "streamline/missed_blocks.hpp"
+
+#include "base/stopwatch.hpp"
+#include "streamline/cell_line.hpp"
+#include "streamline/mapping.hpp"
+#include "streamline/producer_rates.hpp"
+
+#include <limits>
+#include <omp.h>
+
+namespace kvr {
+
+namespace {
+
+constexpr double LeastMedium = std::numeric_limits<double>::epsilon();  // rb and md
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+struct MissedStage {
+    CellId next = 1;            // first cell not looked at yet
+    int additional = 0;         // lines so far
+    bool only = false;          // mode "cel": no other lines
+    std::vector<double> fresh;  // rb first entered by each line of the block
+};
+
+bool needsLine(const Simulation& s, CellId cell) {
+    return s.mapping.CellVisited[cell] == 0 && s.grid.Active[cell] != 0 &&
+           s.state.PoreVolume[cell] >= LeastMedium && s.grid.PERMX[cell] >= LeastMedium;
+}
+
+/// Traces lines until the block is full or the cells are through; where a line starts depends on where the
+/// ones before it went. Returns the number of lines.
+int traceBlock(Simulation& s, MissedStage& stage) {
+    int count = 0;
+    const auto room = static_cast<int>(s.lines.results.size());
+    for (; stage.next <= s.grid.NCELLS && count < room; ++stage.next) {
+        if (!needsLine(s, stage.next)) continue;
+        LineResult& result = s.lines.results[at(count)];
+        result.solved = false;
+        stage.fresh[at(count)] =
+            traceThroughCell(s.grid, s.lines.field.trace, s.state.PoreVolume, s.wells, stage.next,
+                             s.mapping.CellVisited, s.lines.legs, result.record);
+        ++count;
+    }
+    return count;
+}
+
+void solveBlock(int count, Simulation& s) {
+    const auto work = [&s](int k, int thread) {
+        LineResult& result = s.lines.results[at(k)];
+        if (result.record.status == TraceStatus::ReachedWell)
+            solveLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.lines.workers[at(thread)], result);
+    };
+    const auto threads = static_cast<int>(s.lines.workers.size());
+    if (threads == 1 || count == 1) {
+        for (int k = 0; k < count; ++k) work(k, 0);
+        return;
+    }
+#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
+    for (int k = 0; k < count; ++k) work(k, omp_get_thread_num());
+}
+
+/// Takes over one line's result; called in the order of the start cells.
+void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulation& s) {
+    ++s.launch.ActiveLines;
+    ++stage.additional;
+    if (!result.solved) return;
+    const double crossing = result.record.NodeTof[at(result.record.nodeCount)];
+    if (stage.only && crossing > 0.0) {
+        scaleWeights(fresh / crossing, result.contribution);
+        addLineEnd(s.wells, result.end, fresh / crossing, s.lines.outlets);
+    }
+    accumulate(result.contribution, s.fluids.hasGas, true, s.mapping);
+    s.lines.substeps += result.substeps;
+    ++s.lines.solvedLines;
+}
+
+}  // namespace
+
+bool tracesMissedBlocks(const Simulation& simulation) {
+    return simulation.options.traceMissed == "Yes" || simulation.launch.LaunchMode == "cel";
+}
+
+void traceMissedBlocks(Simulation& simulation) {
+    const double start = wallSeconds();
+    lineToScreen(simulation.console, "-- Saturation calculation from missed blk --");
+    const std::string mode = simulation.launch.LaunchMode;
+    const bool fromInjector = simulation.lines.field.fromInjector;
+    simulation.launch.LaunchMode = "inj";
+    simulation.lines.field.fromInjector = true;
+    simulation.mapping.visitedSnapshot = simulation.mapping.CellVisited;
+    MissedStage stage;
+    stage.only = mode == "cel";
+    stage.fresh.assign(simulation.lines.results.size(), 0.0);
+    while (const int count = traceBlock(simulation, stage)) {
+        solveBlock(count, simulation);
+        for (int k = 0; k < count; ++k)
+            commitMissed(simulation.lines.results[at(k)], stage.fresh[at(k)], stage, simulation);
+    }
+    simulation.launch.LaunchMode = mode;
+    simulation.lines.field.fromInjector = fromInjector;
+    both(simulation.console, "Additional Streamline  : {}", stage.additional);
+    both(simulation.console, "time elapsed missedblk : {}", number(wallSeconds() - start));
+}
+
+}  // namespace kvr
