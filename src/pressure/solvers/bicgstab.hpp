@@ -31,9 +31,10 @@ inline double addScaled(double a, std::span<const double> x, std::span<double> y
 
 /// BiCGSTAB (van der Vorst 1992) with right preconditioning, so that the residual of the recurrence is
 /// the one of the system; starts from the x given. precondition(r, z) writes z = M^-1 r. Stops at
-/// ||r|| / ||b|| <= tolerance, at a breakdown, at the iteration limit or without progress.
-template <class Preconditioner>
-KrylovOutcome bicgstab(const LinearSystem& system, const KrylovLimits& limits, std::span<double> x,
+/// ||r|| / ||b|| <= tolerance, at a breakdown, at the iteration limit or without progress. A System has a
+/// right side `rhs` and the products `multiply` and `formResidual`.
+template <class System, class Preconditioner>
+KrylovOutcome bicgstab(const System& system, const KrylovLimits& limits, std::span<double> x,
                        KrylovVectors& work, const Preconditioner& precondition) {
     using bicgstab_detail::addScaled;
     KrylovOutcome outcome;

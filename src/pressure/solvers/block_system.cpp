@@ -1,17 +1,10 @@
 #include "pressure/solvers/block_system.hpp"
 
 #include <algorithm>
-#include <atomic>
 
 namespace kvr {
 
 namespace {
-
-/// Stamps only have to differ from one another; nothing else hangs on them.
-std::uint64_t nextStamp() {
-    static std::atomic<std::uint64_t> last{0};
-    return ++last;
-}
 
 /// Neighbours of every row and the row itself, columns rising, each once.
 void layOutRows(int rows, std::span<const std::pair<int, int>> connections, BlockSystem& system) {
@@ -50,7 +43,7 @@ std::vector<ConnectionPlaces> buildBlockPattern(int rows, int blockSize,
     const auto size = static_cast<std::size_t>(blockSize);
     system.value.assign(system.column.size() * size * size, 0.0);
     system.rhs.assign(static_cast<std::size_t>(rows) * size, 0.0);
-    system.patternStamp = nextStamp();
+    ++system.patternStamp;
     std::vector<ConnectionPlaces> places;
     places.reserve(connections.size());
     for (const auto& [first, second] : connections)

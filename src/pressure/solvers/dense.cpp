@@ -64,9 +64,13 @@ DenseStatus LINEAR_SOLVE(int n, std::span<double> A, std::span<double> b) {
     return status;
 }
 
+bool fitsDense(std::size_t n) {
+    return n <= static_cast<std::size_t>(LargestDenseSize) && fitsMemory(n * n * sizeof(double));
+}
+
 bool assembleDense(const LinearSystem& system, DenseStorage& storage) {
     const auto n = static_cast<std::size_t>(system.size);
-    if (system.size > LargestDenseSize || !fitsMemory(n * n * sizeof(double))) return false;
+    if (!fitsDense(n)) return false;
     try {
         storage.matrix.assign(n * n, 0.0);
         storage.pivot.resize(n);

@@ -24,6 +24,9 @@ DenseStatus LINEAR_SOLVE(int n, std::span<double> A, std::span<double> b);
 DenseStatus factorDense(int n, std::span<double> A, std::span<int> pivot);
 void solveFactored(int n, std::span<const double> factors, std::span<const int> pivot, std::span<double> b);
 
+/// Whether a full matrix of n rows is within the memory of the machine and the indices of LAPACK.
+bool fitsDense(std::size_t n);
+
 /// The system as a full matrix. False when n * n doubles are more than the machine or LAPACK can take.
 bool assembleDense(const LinearSystem& system, DenseStorage& storage);
 
