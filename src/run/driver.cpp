@@ -93,13 +93,14 @@ void advanceStep(bool solve, Simulation& simulation) {
         pressureStage(solve, simulation);
         clock.stepsSinceEvent += 1;
         clock.workDt = clock.dt;
-        if (clock.iteration == 0) advanceCalendar(clock.dt, clock);
         if (simulation.options.globalIterations > 0) reportGlobalIterationErrors(simulation);
         saturationStage(simulation);
-        if (clock.iteration >= simulation.options.globalIterations) return;
+        if (clock.iteration >= simulation.options.globalIterations) break;
         clock.iteration += 1;
         clock.stepsSinceEvent -= 1;
     }
+    // A repeated pass may cut the step: the date moves by what the last pass has covered.
+    advanceCalendar(clock.workDt, clock);
 }
 
 void reportStep(double executedDt, Simulation& simulation) {

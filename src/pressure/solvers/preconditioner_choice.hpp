@@ -14,9 +14,9 @@ struct PreconditionerChoice {
     bool hierarchyWorn = true;  // the next two-stage solve builds a new one
 };
 
-inline constexpr double TwoStageIteration = 1.7;  // one iteration with two stages
-inline constexpr double PressureRefresh = 1.5;    // new values on the finest level
-inline constexpr int TrialIterations = 12;        // of block ILU(0), above which two stages are tried
+inline constexpr double TwoStageIteration = 2.7;  // one iteration with two stages
+inline constexpr double PressureRefresh = 0.6;    // new values on the finest level
+inline constexpr int TrialIterations = 8;         // of block ILU(0), above which two stages are tried
 inline constexpr int TrialPeriod = 40;            // solves after which the dearer one is tried again
 inline constexpr int WornIterations = 3;          // beyond those of a fresh hierarchy
 

@@ -245,7 +245,7 @@ TEST(PreconditionerChoice, TakesTwoStagesOnceTheyHaveCostLess) {
 
 TEST(PreconditionerChoice, GoesBackWhenTwoStagesCostMore) {
     PreconditionerChoice choice;
-    noteSolve(false, 14, choice);
+    noteSolve(false, 20, choice);
     noteSolve(true, 13, choice);
     EXPECT_FALSE(choice.twoStages);
 }
