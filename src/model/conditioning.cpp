@@ -8,6 +8,8 @@
 #include "model/multipliers.hpp"
 #include "model/neighbours.hpp"
 #include "model/nine_point.hpp"
+#include "model/smoothing.hpp"
+#include "model/upscaling.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -201,6 +203,9 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     // Only the fully implicit method lets the diagonals flow: faces that had given part of their flow to
     // them would leave the velocity field of the other methods short.
     if (options.ninePoint && options.method == "FIM") rebalance(console, grid, connections);
+    // The connections are made from the rock as it was read: smoothing leaves them.
+    if (options.parameterSmoothing) smoothRock(console, options.smoothingRows, grid);
+    if (options.flowUpscaling) upscaleRock(console, options.upscaleRows, grid);
     multiplyTransRows(console, grid, grid.equalsRows, connections);
     multiplyTransRows(console, grid, grid.multiplyRows, connections);
     multiplyTransRows(console, grid, grid.editRows, connections);

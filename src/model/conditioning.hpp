@@ -10,8 +10,9 @@ namespace kvr {
 
 /// Finishes the rock arrays, builds the neighbour table and every connection, applies the multipliers in
 /// their fixed order and prints the "PRECONDITIONED GEOLOGICAL INFORMATION" summary. Repeatable: rock
-/// rows of EDIT act once per run, transmissibility rows every time. NINEPOIN moves transmissibility to the
-/// diagonals for the FIM method only; the others have the neighbours, without flow.
+/// rows of EDIT act once per run, transmissibility rows every time. Smoothing acts in place once per run,
+/// behind the connections; upscaling leaves its averages in `grid.upscaled`. NINEPOIN moves transmissibility
+/// to the diagonals for the FIM method only; the others have the neighbours, without flow.
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections);
 

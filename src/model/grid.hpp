@@ -26,6 +26,11 @@ struct ArithmeticRow {
 inline constexpr std::array<std::array<int, 3>, 8> CornerOffset = {
     {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}}};
 
+/// Rock averaged over windows of cells, constant in each window; empty where UPSCALE asked for nothing.
+struct UpscaledRock {
+    CellArray<double> PORO, PERMX, PERMY, PERMZ;
+};
+
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
 struct GridModel {
     int NX = 0, NY = 0, NZ = 0;
@@ -52,6 +57,8 @@ struct GridModel {
     std::vector<ArithmeticRow> multiplyRows;  // GRID MULTIPLY
     std::vector<ArithmeticRow> editRows;      // EDIT MULTIPLY
     bool editRockApplied = false;             // EDIT rows on rock arrays have been applied in this run
+    bool smoothingApplied = false;            // SMTHPRM rows have been applied in this run
+    UpscaledRock upscaled;
     bool cornerPointInput = false;            // COORD and ZCORN gave the geometry
     bool blockInput = false;                  // DX.., DXV.. and TOPS gave it
     bool coordAfterZcorn = false;             // geometry is to be rebuilt at the end of the section

@@ -2,7 +2,9 @@
 
 #include "base/number_writer.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <fmt/format.h>
 #include <span>
 
@@ -12,7 +14,8 @@ namespace {
 
 constexpr int NumbersPerLine = 8;
 constexpr int CornersPerCell = 8;
-constexpr int FirstValueVariable = 4;  // behind X, Y, Depth
+constexpr double LeastPermeability = 1e-20;  // md; what a logarithm takes where there is no permeability
+constexpr int FirstValueVariable = 4;        // behind X, Y, Depth
 
 // Corners of a brick as its node list names them: around the top, then around the bottom. Ours run
 // row by row, so the third and fourth change places.
@@ -116,6 +119,10 @@ void writeBlockZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
                     const CellArray<double>& values, double time, std::string_view title) {
     writeBlockZone(
         stream, grid, nodes, [&values](CellId cell) { return values[cell]; }, time, title);
+}
+
+double plottedLog10(double permeability) {
+    return std::log10(std::max(permeability, LeastPermeability));
 }
 
 void writeBlockZoneMulti(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,

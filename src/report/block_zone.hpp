@@ -37,6 +37,9 @@ struct ZoneHead {
 void writeZone(std::FILE* stream, const GridModel& grid, ZoneNodes nodes, const CellValue& value,
                const ZoneHead& head);
 
+/// Logarithm to base ten of a permeability for a map; -20 where there is none.
+double plottedLog10(double permeability);
+
 /// The same with `columns` scalars per cell, named Value0001 and on, one after another.
 void writeBlockZoneMulti(std::FILE* stream, const GridModel& grid, ZoneNodes nodes,
                          const DirectionArray<double>& values, int columns, double time,

@@ -3,14 +3,9 @@
 #include "report/block_zone.hpp"
 #include "report/point_file.hpp"
 
-#include <algorithm>
-#include <cmath>
-
 namespace kvr {
 
 namespace {
-
-constexpr double LeastPermeability = 1e-20;  // md; what a logarithm takes where there is no permeability
 
 using RunValue = double (*)(const Simulation&, CellId);
 
@@ -19,15 +14,11 @@ struct ZoneRow {
     RunValue value;
 };
 
-double logarithm(double permeability) {
-    return std::log10(std::max(permeability, LeastPermeability));
-}
-
 // The high face of each axis: directions 2, 4 and 6.
 constexpr ZoneRow ZoneRows[] = {
-    {OutputFile::StaticLogKx, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMX[c]); }},
-    {OutputFile::StaticLogKy, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMY[c]); }},
-    {OutputFile::StaticLogKz, [](const Simulation& s, CellId c) { return logarithm(s.grid.PERMZ[c]); }},
+    {OutputFile::StaticLogKx, [](const Simulation& s, CellId c) { return plottedLog10(s.grid.PERMX[c]); }},
+    {OutputFile::StaticLogKy, [](const Simulation& s, CellId c) { return plottedLog10(s.grid.PERMY[c]); }},
+    {OutputFile::StaticLogKz, [](const Simulation& s, CellId c) { return plottedLog10(s.grid.PERMZ[c]); }},
     {OutputFile::StaticPorosity, [](const Simulation& s, CellId c) { return s.grid.PORO[c]; }},
     {OutputFile::StaticKx, [](const Simulation& s, CellId c) { return s.grid.PERMX[c]; }},
     {OutputFile::StaticKy, [](const Simulation& s, CellId c) { return s.grid.PERMY[c]; }},

@@ -10,6 +10,7 @@
 #include "pressure/velocity.hpp"
 #include "pressure/well_controls.hpp"
 #include "pressure/well_rates.hpp"
+#include "report/conditioned_rock.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/run_information.hpp"
@@ -86,6 +87,7 @@ void deriveFromWells(Simulation& simulation) {
 void conditionGeometry(Simulation& simulation) {
     CALCTRANS_STATICGEOPART(simulation.console, simulation.options, simulation.units, simulation.grid,
                             simulation.connections);
+    writeConditionedRock(simulation);
     // Volumes and J-factors are final only now.
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     deriveFromWells(simulation);

@@ -35,8 +35,6 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
     {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
      "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
-    {[](const RunOptions& o) { return o.flowUpscaling || o.parameterSmoothing; },
-     "upscaling and smoothing (UPSCALE, SMTHPRM)"},
     {[](const RunOptions& o) { return anyPhase(o, "imp") || anyPhase(o, "hyb"); },
      "implicit transport on lines (SL1DCON IMPLICIT)"},
     {[](const RunOptions& o) { return o.outputStreamline || o.outputDiffusiveTof; },

@@ -33,7 +33,11 @@ def read_zones(path):
         match = HEADER.search(lines[at + 2])
         assert match, f"{path.name}:{at + 3}: {lines[at + 2][:80]}"
         i, j, k = (int(group) for group in match.groups())
-        time = float(lines[at + 3].split("=")[1])
+        time = 0.0
+        if lines[at + 3].startswith("SOLUTIONTIME"):
+            time = float(lines[at + 3].split("=")[1])
+            at += 1
+        at -= 1
         located = LOCATION.findall(lines[at + 4])
         assert located, f"{path.name}:{at + 5}"
         at += 5

@@ -83,7 +83,7 @@ private:
         zone.title = line("TITLE=");
         zone.variables = split(line("VARIABLES= "));
         zoneLine(zone);
-        zone.time = std::strtod(line("SOLUTIONTIME = ").c_str(), nullptr);
+        if (in_.peek() == 'S') zone.time = std::strtod(line("SOLUTIONTIME = ").c_str(), nullptr);
         locations(zone);
         for (std::size_t v = 1; v <= zone.variables.size(); ++v) {
             bool centred = false;
