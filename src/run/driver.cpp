@@ -1,6 +1,7 @@
 #include "run/driver.hpp"
 
 #include "base/stopwatch.hpp"
+#include "eclipse/output_stage.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/saturation_update.hpp"
@@ -111,6 +112,7 @@ void reportStep(double executedDt, Simulation& simulation) {
     ReportMBE(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
+        reportEclipseFiles(simulation);
         clock.reportIndex += 1;
     }
     clock.completedSteps += 1;
@@ -136,6 +138,7 @@ void nextTableEntries(Simulation& simulation) {
 }
 
 void finishRun(Simulation& simulation) {
+    finishEclipseFiles(simulation);
     printStageTimes(simulation.console, simulation.times);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeOutputs(simulation.outputs);

@@ -211,6 +211,23 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::CoordinateFile, 0, "_COORD_BYKVR.tmp", OutputSwitch::Always, "", "",
      "a block-input grid as corner points (`COORD`, `ZCORN`), to include in another deck"},
     {OutputFile::EraseScript, 0, "0EraseData.bat", OutputSwitch::Always, "", "", "deletes what runs leave"},
+    {OutputFile::EclipseGrid, 0, "*.EGRID", OutputSwitch::Eclipse, "", "",
+     "grid, under the name of the deck; this and the next: [files for viewers](eclipse-files.md)"},
+    {OutputFile::EclipseInit, 0, "*.INIT", OutputSwitch::Eclipse, "", "File Generated : *.INIT",
+     "static properties"},
+    {OutputFile::EclipseRestart, 0, "*.X[0-9]*", OutputSwitch::Eclipse, "", "File Generated : *.X0000",
+     "pressure and saturations of a report"},
+    {OutputFile::EclipseSummarySpec, 0, "*.SMSPEC", OutputSwitch::Eclipse, "", "File Generated : *.SMSPEC",
+     "names and units of the summary vectors; not without wells"},
+    {OutputFile::EclipseSummary, 0, "*.S[0-9]*", OutputSwitch::Eclipse, "", "File Generated : *.S0000",
+     "values of the summary vectors at a report"},
+    {OutputFile::EclipseRft, 0, "*.RFT", OutputSwitch::Eclipse, "", "File Generated : *.RFT",
+     "pressure and saturations along the wells, report by report; empty without the switch"},
+    {OutputFile::EclipseLineSpec, 0, "*.SLNSPEC", OutputSwitch::EclipseLines, "",
+     "File Generated : *.SLNSPEC", "names and extent for the streamlines"},
+    {OutputFile::EclipseLines, 0, "*.SLN[0-9]*", OutputSwitch::EclipseLines, "", "", "streamlines of a step"},
+    {OutputFile::EclipseEnd, 0, "*.ECLEND", OutputSwitch::Always, "", "File Generated : *.ECLEND",
+     "counts of messages, all 0, left at the normal end of a run"},
 }};
 
 constexpr bool rowsFollowTheirOrder() {
@@ -238,6 +255,10 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.outputKvrView == "Yes";
         case OutputSwitch::ViewOrLines:
             return options.outputKvrView == "Yes" || options.outputStreamline;
+        case OutputSwitch::Eclipse:
+            return options.outputEclipse == "Yes";
+        case OutputSwitch::EclipseLines:
+            return options.outputEclipse == "Yes" && options.outputSln == "Yes";
         case OutputSwitch::Smoothing:
             return options.parameterSmoothing;
         case OutputSwitch::Upscaling:

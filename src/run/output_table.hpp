@@ -98,6 +98,15 @@ enum class OutputFile {
     BicgstabInfo,
     CoordinateFile,
     EraseScript,
+    EclipseGrid,  // patterns of names from here on
+    EclipseInit,
+    EclipseRestart,
+    EclipseSummarySpec,
+    EclipseSummary,
+    EclipseRft,
+    EclipseLineSpec,
+    EclipseLines,
+    EclipseEnd,
     AllCount,  // of every row
 };
 
@@ -110,6 +119,8 @@ enum class OutputSwitch {
     SaturationMatrix,  // OUTPUTKVR 7
     View,              // OUTPUTKVR 8
     ViewOrLines,       // OUTPUTKVR 8 or 4
+    Eclipse,           // OUTPUTKVR 9
+    EclipseLines,      // OUTPUTKVR 9 and 10
     Smoothing,         // SMTHPRM
     Upscaling,         // UPSCALE
     HistoryMatch,      // DOINV

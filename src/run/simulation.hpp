@@ -4,6 +4,7 @@
 #include "base/units.hpp"
 #include "deck/options.hpp"
 #include "deck/schedule.hpp"
+#include "eclipse/output_record.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
 #include "model/connections.hpp"
@@ -56,6 +57,7 @@ struct Simulation {
     double flatBedValue = -1.0;  // ft; largest lateral depth difference, kept for the run; negative: unset
 
     BalanceRecord balance;
+    EclipseOutput eclipse;
 };
 
 }  // namespace kvr

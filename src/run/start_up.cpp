@@ -4,6 +4,7 @@
 #include "base/stopwatch.hpp"
 #include "base/threads.hpp"
 #include "deck/deck_reader.hpp"
+#include "eclipse/output_stage.hpp"
 #include "fluid/equilibrium.hpp"
 #include "model/conditioning.hpp"
 #include "pressure/properties.hpp"
@@ -119,6 +120,7 @@ void startUp(Simulation& simulation) {
     ReportMBE(simulation);
     writeStaticPlots(simulation);
     writeRunInformation(simulation);
+    startEclipseFiles(simulation);
 }
 
 }  // namespace kvr

@@ -30,8 +30,7 @@ constexpr FeatureRow Features[] = {
      "tracing from outside restart files (ECLTRACE, USEECLP, USEECLS, USEECLTR)"},
     {[](const RunOptions& o) { return o.eclipseToTecplot || o.eclipseToIx || o.ixExtract; },
      "conversion of outside files (ECL2TEC, ecl2ix)"},
-    {[](const RunOptions& o) { return o.deleteEclipseRun || o.outputWellHistory; },
-     "handling of outside runs (DELECL, OUTWHIST)"},
+    {[](const RunOptions& o) { return o.outputWellHistory; }, "rewriting of outside schedules (OUTWHIST)"},
     {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
     {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
      "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
@@ -41,8 +40,6 @@ constexpr FeatureRow Features[] = {
      "streamline plots (OUTPUTKVR 4 and 5)"},
     {[](const RunOptions& o) { return o.outputSaturationMatrix; },
      "the saturation matrix dump (OUTPUTKVR 7)"},
-    {[](const RunOptions& o) { return o.outputEclipse == "Yes" || o.outputSln == "Yes"; },
-     "output in ECLIPSE binary form (OUTPUTKVR 9 and 10)"},
     {[](const RunOptions& o) { return o.outputSensitivity; }, "sensitivity output (OPTIONKVR 4)"},
 };
 

@@ -72,6 +72,9 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
     else
         advanceAnalytic(fluids, field.profile, field.endTime, line);
     takeContribution(line, fluids.hasGas, result.contribution);
+    if (field.keepPaths)
+        takePath(grid, result.record, field.fromInjector, field.trace.referenceCube, line,
+                 result.contribution, result.path);
     result.end = lineEnd(field, result.record.status, line);
     result.substeps = line.substeps;
     result.solved = true;
@@ -84,6 +87,12 @@ void workLine(const GridModel& grid, const FluidTables& fluids, const CellState&
     takeTrace(result);
     if (result.record.status != TraceStatus::Rejected)
         solveLine(grid, fluids, state, wells, field, worker, result);
+}
+
+void keepPath(const Console& console, const GridModel& grid, LineResult& result, LinePaths& paths) {
+    if (!paths.wanted) return;
+    if (!result.solved) takeEmptyPath(grid, result.record, result.path);
+    addPath(console, result.path, paths);
 }
 
 }  // namespace kvr

@@ -9,6 +9,7 @@
 #include "streamline/explicit_transport.hpp"
 #include "streamline/launch_plan.hpp"
 #include "streamline/line_grid.hpp"
+#include "streamline/line_path.hpp"
 #include "streamline/mapping.hpp"
 #include "streamline/node_data.hpp"
 #include "streamline/producer_rates.hpp"
@@ -44,6 +45,7 @@ struct LineResult {
     LineContribution contribution;
     LineEnd end;
     int substeps = 0;
+    LinePath path;  // where courses are wanted
 };
 
 /// What every line of a step reads and none writes.
@@ -59,10 +61,15 @@ struct LineField {
     double step = 0.0;     // days
     double endTime = 0.0;  // simulated days at the end of the step
     bool fromInjector = true;
-    bool gravity = false;  // along-line gravity: the orthogonal projection leaves it to the lines
+    bool keepPaths = false;  // lines keep their courses for the line files
+    bool gravity = false;    // along-line gravity: the orthogonal projection leaves it to the lines
 };
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);
+/// Adds the course of a line to those of the step, where they are wanted; an unsolved line stands as one
+/// node.
+void keepPath(const Console& console, const GridModel& grid, LineResult& result, LinePaths& paths);
+
 void sizeResult(int tracedNodes, int tracerCount, LineResult& result);
 
 /// Transport on the line that stands in `result.record`, by the solver of the field.

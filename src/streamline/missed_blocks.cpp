@@ -66,6 +66,7 @@ void solveBlock(int count, Simulation& s) {
 void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulation& s) {
     ++s.launch.ActiveLines;
     ++stage.additional;
+    keepPath(s.console, s.grid, result, s.eclipse.paths);
     if (!result.solved) return;
     const double crossing = result.record.NodeTof[at(result.record.nodeCount)];
     if (stage.only && crossing > 0.0) {

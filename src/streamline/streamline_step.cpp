@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/stopwatch.hpp"
+#include "eclipse/line_files.hpp"
 #include "fluid/black_oil.hpp"
 #include "streamline/cell_tags.hpp"
 #include "streamline/exit_flags.hpp"
@@ -51,6 +52,7 @@ void prepareSolver(Simulation& s, double remainingToEnd) {
     LineField& field = s.lines.field;
     field.solver = lineSolverOf(solverWord(s.options, s.clock));
     field.step = s.clock.workDt;
+    field.keepPaths = s.eclipse.paths.wanted;
     field.endTime = s.clock.endTime - remainingToEnd;
     field.control = explicitControl(s.options, s.clock.time);
     field.nodeControl = nodeControlOf(s.options);
@@ -84,12 +86,13 @@ void prepareFields(Simulation& s) {
 }
 
 /// Takes over one line's result; called in line order.
-void commitLine(int number, const LineResult& result, Simulation& s) {
+void commitLine(int number, LineResult& result, Simulation& s) {
     for (int n = 0; n < result.enteredCount; ++n) s.mapping.CellVisited[result.entered[at(n)]] = 1;
     if (number == s.launch.ActiveLines) {
         const int dropped = result.record.status == TraceStatus::ReachedWell ? 0 : 1;
         reportTracing(s.console, s.tags, number - dropped, s.mapping);
     }
+    keepPath(s.console, s.grid, result, s.eclipse.paths);
     if (!result.solved) return;
     ++s.launch.successfulLines;
     accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
@@ -179,6 +182,8 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
     lineLoop(simulation);
     printElapsed(simulation.console, start);
     if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation);
+    writeLineStep(simulation.console, simulation.options, simulation.clock, simulation.launch.ActiveLines,
+                  simulation.eclipse);
     mapStep(simulation);
     setProducerRates(simulation.lines.outlets, simulation.wells);
     clearStep(simulation);

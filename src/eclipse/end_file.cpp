@@ -1,0 +1,63 @@
+#include "eclipse/end_file.hpp"
+
+#include "eclipse/file_failure.hpp"
+#include "eclipse/file_names.hpp"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::array<std::string_view, 5> CountedKinds = {"Comments", "Warnings", "Problems", "Errors",
+                                                          "Bugs"};
+constexpr int LastClearedStep = 1000;
+
+void deleteFile(const Console& console, const std::string& path) {
+    if (!fileExists(path)) return;
+    std::error_code failure;
+    if (std::filesystem::remove(path, failure))
+        log(console, " ECLIPSE File Deleted : {}", path);
+    else
+        log(console, " File Access Error while deleting : {}", path);
+}
+
+void deleteSilently(const std::string& path) {
+    std::error_code ignored;
+    if (fileExists(path)) std::filesystem::remove(path, ignored);
+}
+
+}  // namespace
+
+void Output_ECLEND_Normal(const Console& console, const RunOptions& options) {
+    const std::string path = runFile(options, ".ECLEND");
+    errno = 0;
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) stopOnFileStatus(console, errno, path);
+    std::fputs(" Error summary\n", file);
+    for (const std::string_view kind : CountedKinds)
+        std::fputs(fmt::format(" {:<20} {}\n", kind, 0).c_str(), file);
+    std::fclose(file);
+    tellGenerated(console, path);
+    lineToLog(console, " Function Ends Normally  : Output_ECLEND_Normal");
+}
+
+void clear_ECLIPSE_Data(const Console& console, const std::string& base) {
+    RunOptions names;
+    names.dataFileBase = base;
+    deleteFile(console, runFile(names, ".RFT"));
+    deleteFile(console, runFile(names, ".ECLEND"));
+    int step = 0;
+    for (; step <= LastClearedStep; ++step) {
+        const std::string restart = runFile(names, ".X", step);
+        if (step > 0 && !fileExists(restart)) break;
+        deleteSilently(restart);
+        deleteSilently(runFile(names, ".S", step));
+    }
+    both(console, " ECLIPSE Pre-Run File Deleted from 0 to {}", step);
+    lineToLog(console, " Function Ends Normally  : clear_ECLIPSE_Data");
+}
+
+}  // namespace kvr

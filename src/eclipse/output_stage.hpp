@@ -1,0 +1,18 @@
+#pragma once
+
+#include "run/simulation.hpp"
+
+namespace kvr {
+
+/// The binary files of a run, each behind its switch. At the start: .SLNSPEC; then, unless the run traces
+/// from outside restarts, the clearing of an earlier run where that is asked for, .INIT, .SMSPEC, .EGRID,
+/// and .X and .S of time zero.
+void startEclipseFiles(Simulation& simulation);
+
+/// At a report time, unless the run traces from outside restarts: .RFT, .X and .S of the report step.
+void reportEclipseFiles(Simulation& simulation);
+
+/// At the end of the run: closes .RFT and, unless the run traces from outside restarts, leaves .ECLEND.
+void finishEclipseFiles(Simulation& simulation);
+
+}  // namespace kvr

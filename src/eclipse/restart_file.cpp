@@ -1,0 +1,73 @@
+#include "eclipse/restart_file.hpp"
+
+#include "eclipse/cell_arrays.hpp"
+#include "eclipse/file_failure.hpp"
+#include "eclipse/file_names.hpp"
+#include "eclipse/init_file.hpp"
+#include "eclipse/output_switch.hpp"
+
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t IntegerSlots = 301;
+constexpr std::int32_t LogicalSlots = 101;
+
+struct StateRow {
+    std::string_view keyword;
+    CellArray<double> CellState::*values;
+};
+
+constexpr StateRow StateRows[] = {{"PRESSURE", &CellState::Pressure},
+                                  {"SWAT", &CellState::Sw},
+                                  {"SOIL", &CellState::So},
+                                  {"SGAS", &CellState::Sg}};
+
+HeadList<IntegerSlots> integerHead(const RunClock& clock, const GridModel& grid, CellId active) {
+    constexpr std::int32_t NoIdentifier = -1;
+    const HourMinute time = hourMinute(clock.time);
+    HeadList<IntegerSlots> head;
+    head[inte_head::Units] = inte_head::FieldUnits;
+    head[inte_head::NX] = grid.NX;
+    head[inte_head::NY] = grid.NY;
+    head[inte_head::NZ] = grid.NZ;
+    head[inte_head::ActiveCells] = active;
+    head[inte_head::Day] = clock.day;
+    head[inte_head::Month] = clock.month;
+    head[inte_head::Year] = clock.year;
+    head[69] = clock.reportIndex;
+    head[95] = NoIdentifier;
+    head[207] = time.hour;
+    head[208] = time.minute;
+    return head;
+}
+
+}  // namespace
+
+HourMinute hourMinute(double days) {
+    constexpr double HoursPerDay = 24.0, MinutesPerHour = 60.0;
+    const double hours = HoursPerDay * (days - std::floor(days));
+    const double whole = std::trunc(hours);
+    return {static_cast<std::int32_t>(whole), static_cast<std::int32_t>((hours - whole) * MinutesPerHour)};
+}
+
+void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
+                      const GridModel& grid, const CellState& state) {
+    if (!writesEclipseFiles(options)) return;
+    const CellId active = activeCount(grid);
+    RecordWriter writer;
+    openOrStop(console, runFile(options, ".X", clock.reportIndex), writer);
+    writeHead(writer, "INTEHEAD", integerHead(clock, grid, active));
+    write_keyword<bool>(
+        writer, "LOGIHEAD", LogicalSlots, [](std::size_t) { return false; }, Cut::OneRecord);
+    write_keyword<double>(writer, "DOUBHEAD", 1, [&](std::size_t) { return clock.time; });
+    for (const StateRow& row : StateRows)
+        writeActiveCells(writer, row.keyword, grid, active,
+                         [&](CellId cell) { return (state.*row.values)[cell]; });
+    closeOrStop(console, writer);
+    tellGenerated(console, writer.path);
+}
+
+}  // namespace kvr

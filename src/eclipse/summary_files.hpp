@@ -1,0 +1,33 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "deck/options.hpp"
+#include "deck/schedule.hpp"
+#include "eclipse/output_record.hpp"
+#include "eclipse/summary_vectors.hpp"
+#include "model/grid.hpp"
+#include "pressure/wells.hpp"
+#include "run/clock.hpp"
+
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Replaces the .SMSPEC file for the wells of the run in the order of their numbers. Neither without the
+/// option nor without wells.
+void writeSummarySpec(const Console& console, const RunOptions& options, const GridModel& grid,
+                      const std::vector<std::string>& wellNames);
+
+/// Moves the running sums on to the clock's time and gives the figures of every well of the run; wells that
+/// the schedule has not introduced yet stand at 0. `entry` is the part of the schedule in force.
+std::vector<SummaryFigures> summaryFigures(const UnitSystem& units, const RunClock& clock,
+                                           const ScheduleStep& entry, const WellRecord& wells,
+                                           std::size_t wellCount, SummaryTotals& totals);
+
+/// Replaces the .S file of the clock's report step. Without the option it does nothing.
+void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
+                      const std::vector<SummaryFigures>& figures);
+
+}  // namespace kvr
