@@ -60,6 +60,13 @@ void printStageTimes(const Console& console, const StageTimes& times) {
         both(console, "{:<16}{:>13.3f}{:>12.3f}", row.name, row.time.wall, row.time.cpu);
 }
 
+void printLineNewton(const Console& console, const NewtonCounts& counts) {
+    if (counts.steps == 0) return;
+    lineToBoth(console, "");
+    lineToBoth(console, "Implicit lines            Steps  Iterations    Halvings");
+    both(console, "{:<19}{:>12}{:>12}{:>12}", "Newton", counts.steps, counts.iterations, counts.halvings);
+}
+
 void printEnd(const Console& console, float cpuSeconds) {
     const std::string stars(EndStars, '*');
     lineToLog(console, "");

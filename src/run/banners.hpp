@@ -4,6 +4,7 @@
 #include "deck/schedule.hpp"
 #include "run/clock.hpp"
 #include "run/stage_times.hpp"
+#include "streamline/line_newton.hpp"
 
 namespace kvr {
 
@@ -18,6 +19,9 @@ void printWellBanner(const Console& console);
 
 /// Where the time went, a row per stage.
 void printStageTimes(const Console& console, const StageTimes& times);
+
+/// What the Newton loop of implicit lines took, behind the table of times; nothing where there were none.
+void printLineNewton(const Console& console, const NewtonCounts& counts);
 
 /// "END SIMULATION" and the processor seconds.
 void printEnd(const Console& console, float cpuSeconds);

@@ -140,6 +140,7 @@ void nextTableEntries(Simulation& simulation) {
 void finishRun(Simulation& simulation) {
     finishEclipseFiles(simulation);
     printStageTimes(simulation.console, simulation.times);
+    printLineNewton(simulation.console, simulation.lines.newton);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);

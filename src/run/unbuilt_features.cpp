@@ -2,7 +2,6 @@
 
 #include "base/hard_stop.hpp"
 
-#include <algorithm>
 #include <string_view>
 
 namespace kvr {
@@ -13,11 +12,6 @@ struct FeatureRow {
     bool (*asked)(const RunOptions&);
     std::string_view what;
 };
-
-bool anyPhase(const RunOptions& options, std::string_view name) {
-    return std::find(options.solverPhaseName.begin(), options.solverPhaseName.end(), name) !=
-           options.solverPhaseName.end();
-}
 
 constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.inputMode == 3; }, "the native three-file deck"},
@@ -34,12 +28,8 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
     {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
      "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
-    {[](const RunOptions& o) { return anyPhase(o, "imp") || anyPhase(o, "hyb"); },
-     "implicit transport on lines (SL1DCON IMPLICIT)"},
     {[](const RunOptions& o) { return o.outputStreamline || o.outputDiffusiveTof; },
      "streamline plots (OUTPUTKVR 4 and 5)"},
-    {[](const RunOptions& o) { return o.outputSaturationMatrix; },
-     "the saturation matrix dump (OUTPUTKVR 7)"},
     {[](const RunOptions& o) { return o.outputSensitivity; }, "sensitivity output (OPTIONKVR 4)"},
 };
 

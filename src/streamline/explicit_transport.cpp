@@ -72,10 +72,23 @@ ExplicitControl explicitControl(const RunOptions& options, double time) {
     return control;
 }
 
+void takeSubstep(const FluidTables& tables, const ExplicitControl& control, double dt, SolverLine& line) {
+    const bool hasGas = tables.hasGas;
+    const std::size_t last = at(line.nodeCount);
+    addOutlet(
+        {line.limitedFw[last], line.limitedFo[last], hasGas ? line.limitedFg[last] : 0.0, 0.0, 0.0, 0.0}, dt,
+        line);
+    if (hasGas)
+        moveTogether<true>(tables, control.keepEndPoints, dt, line);
+    else
+        moveTogether<false>(tables, control.keepEndPoints, dt, line);
+    if (!line.tracer.empty()) moveTracers(control, dt, line);
+    ++line.substeps;
+}
+
 void advanceTogether(const FluidTables& tables, const ExplicitControl& control, double step,
                      SolverLine& line) {
     const bool hasGas = tables.hasGas;
-    const std::size_t last = at(line.nodeCount);
     setRates(line);
     startOutlet(line);
     double t = 0.0;
@@ -84,15 +97,7 @@ void advanceTogether(const FluidTables& tables, const ExplicitControl& control, 
         evaluateFluxes(hasGas, t == 0.0 ? 0 : 1, line.nodeCount, line);
         if (line.hasGravity) setGravitySources(hasGas, line);
         const double dt = substepLength(control, hasGas, control.firstStep && t == 0.0, left, line);
-        addOutlet(
-            {line.limitedFw[last], line.limitedFo[last], hasGas ? line.limitedFg[last] : 0.0, 0.0, 0.0, 0.0},
-            dt, line);
-        if (hasGas)
-            moveTogether<true>(tables, control.keepEndPoints, dt, line);
-        else
-            moveTogether<false>(tables, control.keepEndPoints, dt, line);
-        if (!line.tracer.empty()) moveTracers(control, dt, line);
-        ++line.substeps;
+        takeSubstep(tables, control, dt, line);
         t = dt >= left ? step : t + dt;
     } while (t < step);
     meanOutlet(step, line);

@@ -27,4 +27,7 @@ void advanceExplicit(const FluidTables& tables, const ExplicitControl& control, 
 void advanceTogether(const FluidTables& tables, const ExplicitControl& control, double step,
                      SolverLine& line);
 
+/// One substep of the whole line with its limited fluxes: amounts and states, outlet sums, tracers.
+void takeSubstep(const FluidTables& tables, const ExplicitControl& control, double dt, SolverLine& line);
+
 }  // namespace kvr

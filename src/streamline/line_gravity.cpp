@@ -12,6 +12,7 @@ namespace {
 
 constexpr double LeastLength = 1e-10;    // ft; a shorter node exchanges nothing
 constexpr double LeastMobility = 1e-10;  // 1/cp, of a pair that can pass each other
+constexpr double FeetPerDay = DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot;  // of md lb/ft3 / cp
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -52,17 +53,15 @@ double permeabilityAlong(const GridModel& grid, CellId cell, double slope) {
     return 1.0 / ((1.0 - down) / lateral + down / vertical);
 }
 
-double harmonicMean(double a, double b) {
-    return a + b > 0.0 ? 2.0 * a * b / (a + b) : 0.0;
-}
-
-struct NodeMobility {
-    double w = 0.0, o = 0.0, g = 0.0;
+/// A solver node on its way along the line.
+struct NodePlace {
+    Place middle;
+    double permeability = 0.0;  // md, along the line
+    double storage = 0.0;       // ft, porosity times length; 0: exchanges nothing
 };
 
-NodeMobility mobilityOf(bool hasGas, const FlowNode& node) {
-    const RelPerms kr = relPerms(*node.table, hasGas, node.Sw, hasGas ? node.Sg : 0.0);
-    return {kr.w * node.inverseMuW, kr.o * node.inverseMuO, hasGas ? kr.g * node.inverseMuG : 0.0};
+double harmonicMean(double a, double b) {
+    return a + b > 0.0 ? 2.0 * a * b / (a + b) : 0.0;
 }
 
 /// Exchange of one pair over a face, out of the upper-index side where positive: `drive` is the face term
@@ -79,64 +78,76 @@ void loadLineGravity(const GridModel& grid, const CellState& state, SolverLine& 
     const int count = line.nodeCount;
     TracedWalk walk{line};
     Place before = placeAt(walk, 0.0);
-    Place middleBefore = before;
-    double permeabilityBefore = 0.0;
+    NodePlace last{before, 0.0, 0.0};
     line.gravityFace[0] = 0.0;
     for (std::size_t i = 1; i <= at(count); ++i) {
         const CellId cell = line.tracedCell[at(line.tracedNode[i])];
         const Place end = placeAt(walk, line.Tof[i]);
         const Place middle{0.5 * (before.s + end.s), 0.5 * (before.z + end.z)};
         const double length = end.s - before.s;
-        const double storage = state.PoreFraction[cell] * grid.NTG[cell] * length;
-        line.gravityStorage[i] = length > LeastLength && storage > 0.0 ? 1.0 / storage : 0.0;
         line.RhoW[i] = state.RhoW[cell];
         line.RhoO[i] = state.RhoO[cell];
         line.RhoG[i] = state.RhoG[cell];
-        const double apart = middle.s - middleBefore.s;
-        const double slope = apart > LeastLength ? (middle.z - middleBefore.z) / apart : 0.0;
-        const double permeability = permeabilityAlong(grid, cell, slope);
-        const bool both = i > 1 && line.gravityStorage[i] > 0.0 && line.gravityStorage[i - 1] > 0.0;
-        line.gravityFace[i - 1] = both ? DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot *
-                                             harmonicMean(permeabilityBefore, permeability) * slope
+        const double apart = middle.s - last.middle.s;
+        const double slope = apart > LeastLength ? (middle.z - last.middle.z) / apart : 0.0;
+        const NodePlace node{middle, permeabilityAlong(grid, cell, slope),
+                             length > LeastLength ? state.PoreFraction[cell] * grid.NTG[cell] * length : 0.0};
+        const double times = line.DeltaTof[i] + (i > 1 ? line.DeltaTof[i - 1] : 0.0);
+        const bool both = i > 1 && node.storage > 0.0 && last.storage > 0.0;
+        line.gravityFace[i - 1] = both ? FeetPerDay * harmonicMean(last.permeability, node.permeability) *
+                                             slope * times / (last.storage + node.storage)
                                        : 0.0;
         line.gravityFace[i] = 0.0;
         before = end;
-        middleBefore = middle;
-        permeabilityBefore = permeability;
+        last = node;
     }
+}
+
+GravityNode gravityNode(bool hasGas, const FlowNode& node, double sw, double sg, double rs) {
+    const RelPerms kr = relPerms(*node.table, hasGas, sw, hasGas ? sg : 0.0);
+    return {kr.w * node.inverseMuW, kr.o * node.inverseMuO, hasGas ? kr.g * node.inverseMuG : 0.0, rs};
+}
+
+GravityExchange exchangeAt(bool hasGas, const SolverLine& line, std::size_t i, const GravityNode& here,
+                           const GravityNode& next) {
+    GravityExchange exchange;
+    const double face = line.gravityFace[i];
+    if (face == 0.0) return exchange;
+    const double rhoO = 0.5 * (line.RhoO[i] + line.RhoO[i + 1]);
+    const double driveW = face * (0.5 * (line.RhoW[i] + line.RhoW[i + 1]) - rhoO);
+    const double water = pairFlux(driveW, here.w, next.w, here.o, next.o);
+    double gas = 0.0;
+    if (hasGas) {
+        const double driveG = face * (0.5 * (line.RhoG[i] + line.RhoG[i + 1]) - rhoO);
+        gas = pairFlux(driveG, here.g, next.g, here.o, next.o);
+    }
+    const double oil = -(water + gas);
+    const FlowNode* nodes = &line.nodes[i];
+    exchange.water = water * nodes[water > 0.0 ? 0 : 1].inverseBw;
+    exchange.oil = oil * nodes[oil > 0.0 ? 0 : 1].inverseBo;
+    if (hasGas)
+        exchange.gas = gas * nodes[gas > 0.0 ? 0 : 1].inverseBg + (oil > 0.0 ? here : next).Rs * exchange.oil;
+    return exchange;
 }
 
 void setGravitySources(bool hasGas, SolverLine& line) {
     const std::size_t count = at(line.nodeCount);
     for (std::size_t i = 1; i <= count; ++i) line.gravityW[i] = line.gravityO[i] = line.gravityG[i] = 0.0;
-    NodeMobility here = mobilityOf(hasGas, line.nodes[1]);
+    const auto bring = [&](const FlowNode& node) {
+        return gravityNode(hasGas, node, node.Sw, node.Sg, node.Rs);
+    };
+    GravityNode here = bring(line.nodes[1]);
     for (std::size_t i = 1; i < count; ++i) {
-        const NodeMobility next = mobilityOf(hasGas, line.nodes[i + 1]);
-        const double face = line.gravityFace[i];
-        if (face != 0.0) {
-            const double rhoO = 0.5 * (line.RhoO[i] + line.RhoO[i + 1]);
-            const double driveW = face * (0.5 * (line.RhoW[i] + line.RhoW[i + 1]) - rhoO);
-            const double water = pairFlux(driveW, here.w, next.w, here.o, next.o);
-            double gas = 0.0;
-            if (hasGas) {
-                const double driveG = face * (0.5 * (line.RhoG[i] + line.RhoG[i + 1]) - rhoO);
-                gas = pairFlux(driveG, here.g, next.g, here.o, next.o);
-            }
-            const double oil = -(water + gas);
-            const std::size_t wFrom = water > 0.0 ? i : i + 1;
-            const std::size_t oFrom = oil > 0.0 ? i : i + 1;
-            const std::size_t gFrom = gas > 0.0 ? i : i + 1;
-            const double surfaceW = water * line.nodes[wFrom].inverseBw;
-            const double surfaceO = oil * line.nodes[oFrom].inverseBo;
-            const double surfaceG =
-                hasGas ? gas * line.nodes[gFrom].inverseBg + line.nodes[oFrom].Rs * surfaceO : 0.0;
-            line.gravityW[i] += surfaceW * line.gravityStorage[i];
-            line.gravityO[i] += surfaceO * line.gravityStorage[i];
-            line.gravityG[i] += surfaceG * line.gravityStorage[i];
-            line.gravityW[i + 1] -= surfaceW * line.gravityStorage[i + 1];
-            line.gravityO[i + 1] -= surfaceO * line.gravityStorage[i + 1];
-            line.gravityG[i + 1] -= surfaceG * line.gravityStorage[i + 1];
-        }
+        const GravityNode next = bring(line.nodes[i + 1]);
+        const GravityExchange exchange = exchangeAt(hasGas, line, i, here, next);
+        const double from = line.nodes[i].inverseDeltaTof;
+        const double to = line.nodes[i + 1].inverseDeltaTof;
+        line.gravityW[i] += exchange.water * from;
+        line.gravityO[i] += exchange.oil * from;
+        line.gravityG[i] += exchange.gas * from;
+        line.gravityW[i + 1] -= exchange.water * to;
+        line.gravityO[i + 1] -= exchange.oil * to;
+        line.gravityG[i + 1] -= exchange.gas * to;
         here = next;
     }
 }

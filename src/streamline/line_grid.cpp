@@ -146,7 +146,7 @@ void sizeSolverLine(int tracedNodes, double nodeFactor, int tracerCount, SolverL
     for (std::vector<int>* array : {&line.groupMark, &line.tracedNode}) array->assign(size, 0);
     for (std::vector<double>* array : {&line.Tof, &line.DeltaTof, &line.limitedFw, &line.limitedFo,
                                        &line.limitedFg, &line.RhoW, &line.RhoO, &line.RhoG, &line.gravityFace,
-                                       &line.gravityStorage, &line.gravityW, &line.gravityO, &line.gravityG})
+                                       &line.gravityW, &line.gravityO, &line.gravityG})
         array->assign(size, 0.0);
     line.nodes.assign(size, {});
     line.tracer.assign(at(tracerCount), std::vector<double>(size, 0.0));

@@ -11,8 +11,8 @@
 
 namespace kvr {
 
-// Kernels of explicit transport on one position of a line, without and with gas. Inline: they are the
-// innermost loop of a run.
+// Kernels of transport on one position of a line, without and with gas. Inline: they are the innermost
+// loop of a run.
 
 /// Flux and amounts of one position, or of what flows into a stretch.
 struct NodeFlow {
@@ -45,18 +45,34 @@ inline double raisedSpeed(double speed, const NodeFlow& before, const NodeFlow& 
     return speed;
 }
 
-/// Fluxes of a position from its saturations.
+/// Phase fluxes per unit of total flow.
+struct PhaseFluxes {
+    double w = 0.0, o = 0.0, g = 0.0;
+};
+
+/// Fluxes at the given saturations and dissolved gas, with the held factors of a position.
 template <bool Gas>
-inline void setFluxes(FlowNode& node) {
-    const RelPerms kr = relPerms(*node.table, Gas, node.Sw, Gas ? node.Sg : 0.0);
+inline PhaseFluxes phaseFluxes(const FlowNode& node, double sw, double sg, double rs) {
+    const RelPerms kr = relPerms(*node.table, Gas, sw, Gas ? sg : 0.0);
     const double lw = kr.w * node.inverseMuW;
     const double lo = kr.o * node.inverseMuO;
     double total = lw + lo;
     if constexpr (Gas) total += kr.g * node.inverseMuG;
     const double share = 1.0 / (total + MobilityGuard);
-    node.Fw = lw * share * node.inverseBw;
-    node.Fo = lo * share * node.inverseBo;
-    if constexpr (Gas) node.Fg = kr.g * node.inverseMuG * share * node.inverseBg + node.Rs * node.Fo;
+    PhaseFluxes flux;
+    flux.w = lw * share * node.inverseBw;
+    flux.o = lo * share * node.inverseBo;
+    if constexpr (Gas) flux.g = kr.g * node.inverseMuG * share * node.inverseBg + rs * flux.o;
+    return flux;
+}
+
+/// Fluxes of a position from its saturations.
+template <bool Gas>
+inline void setFluxes(FlowNode& node) {
+    const PhaseFluxes flux = phaseFluxes<Gas>(node, node.Sw, node.Sg, node.Rs);
+    node.Fw = flux.w;
+    node.Fo = flux.o;
+    if constexpr (Gas) node.Fg = flux.g;
 }
 
 /// State of a position from its amounts less `loss`; amounts are set anew from the scaled state. What is
@@ -79,12 +95,17 @@ inline void recoverTwoPhase(const ConservedAmounts& loss, const FlowNode& before
     node.Co = node.So * node.inverseBo;
 }
 
+/// State that the given amounts make at the held factors of a position, in a run with gas.
+inline PhaseState stateOfAmounts(const FluidTables& tables, bool keepEndPoints, const FlowNode& node,
+                                 const ConservedAmounts& amounts) {
+    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
+    return recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+}
+
 inline void recoverThreePhase(const FluidTables& tables, bool keepEndPoints, const ConservedAmounts& loss,
                               const FlowNode& before, FlowNode& node) {
     const ConservedAmounts amounts{node.Cw - loss.water, node.Co - loss.oil, node.Cg - loss.gas};
-    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
-    const PhaseState state =
-        recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+    const PhaseState state = stateOfAmounts(tables, keepEndPoints, node, amounts);
     node.Sw = std::isnan(state.Sw) ? before.Sw : state.Sw;
     node.So = std::isnan(state.So) ? before.So : state.So;
     node.Sg = std::isnan(state.Sg) ? before.Sg : state.Sg;

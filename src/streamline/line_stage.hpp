@@ -17,6 +17,8 @@ struct LineStage {
     OutletTable outlets;              // since the pressure step, over its mapping sub-steps
     long long substeps = 0;           // transport substeps of all lines of the run
     long long solvedLines = 0;
+    NewtonCounts newton;  // of the implicit lines of the run
+    LineDump dump;        // of their matrices
 };
 
 }  // namespace kvr

@@ -3,6 +3,7 @@
 #include "streamline/line_gravity.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace kvr {
 
@@ -32,6 +33,25 @@ void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState&
     loadInlet(field.nodes, fluids, wells, firstTag == CellTagKind::Injector, line);
 }
 
+/// Transport on a loaded line by the solver of the field.
+void advanceLine(const FluidTables& fluids, const LineField& field, LineWorker& worker,
+                 NewtonCounts& counts) {
+    SolverLine& line = worker.line;
+    switch (field.solver) {
+        case LineSolver::None:
+            return;
+        case LineSolver::Analytic:
+            return advanceAnalytic(fluids, field.profile, field.endTime, line);
+        case LineSolver::Explicit:
+            return advanceExplicit(fluids, field.control, field.step, worker.scratch, line);
+        case LineSolver::Implicit:
+            return advanceImplicit(fluids, field.implicitControl, field.step, worker.newton, counts, line);
+        case LineSolver::Hybrid:
+            return advanceHybrid(fluids, field.control, field.implicitControl, field.step, worker.newton,
+                                 counts, line);
+    }
+}
+
 /// The producing end: where a line from an injector arrived, where a line from a producer began.
 LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& line) {
     LineEnd end;
@@ -47,8 +67,13 @@ LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& li
 }  // namespace
 
 LineSolver lineSolverOf(std::string_view word) {
-    if (word == "btf") return LineSolver::Analytic;
-    return word == "mas" ? LineSolver::Explicit : LineSolver::None;
+    constexpr std::pair<std::string_view, LineSolver> Words[] = {{"btf", LineSolver::Analytic},
+                                                                 {"mas", LineSolver::Explicit},
+                                                                 {"imp", LineSolver::Implicit},
+                                                                 {"hyb", LineSolver::Hybrid}};
+    for (const auto& [known, solver] : Words)
+        if (word == known) return solver;
+    return LineSolver::None;
 }
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker) {
@@ -67,10 +92,8 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
     if (field.solver == LineSolver::None) return;
     SolverLine& line = worker.line;
     loadLine(grid, fluids, state, wells, field, result.record, line);
-    if (field.solver == LineSolver::Explicit)
-        advanceExplicit(fluids, field.control, field.step, worker.scratch, line);
-    else
-        advanceAnalytic(fluids, field.profile, field.endTime, line);
+    result.newton = {};
+    advanceLine(fluids, field, worker, result.newton);
     takeContribution(line, fluids.hasGas, result.contribution);
     if (field.keepPaths)
         takePath(grid, result.record, field.fromInjector, field.trace.referenceCube, line,

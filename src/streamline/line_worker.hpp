@@ -7,6 +7,7 @@
 #include "pressure/wells.hpp"
 #include "streamline/analytic_transport.hpp"
 #include "streamline/explicit_transport.hpp"
+#include "streamline/implicit_transport.hpp"
 #include "streamline/launch_plan.hpp"
 #include "streamline/line_grid.hpp"
 #include "streamline/line_path.hpp"
@@ -25,7 +26,9 @@ namespace kvr {
 enum class LineSolver {
     None,      // a word that matches nothing solves nothing
     Analytic,  // "btf"
-    Explicit   // "mas"
+    Explicit,  // "mas"
+    Implicit,  // "imp"
+    Hybrid     // "hyb"
 };
 
 LineSolver lineSolverOf(std::string_view word);
@@ -34,6 +37,7 @@ LineSolver lineSolverOf(std::string_view word);
 struct LineWorker {
     SolverLine line;
     ExplicitScratch scratch;
+    LineNewton newton;
 };
 
 /// What one line leaves behind, taken before its worker goes on to the next one.
@@ -45,7 +49,11 @@ struct LineResult {
     LineContribution contribution;
     LineEnd end;
     int substeps = 0;
+<<<<<<< HEAD
     LinePath path;  // where courses are wanted
+=======
+    NewtonCounts newton;
+>>>>>>> ff40f77 (Implicit and hybrid transport on lines, with gravity exchange that conserves along the line)
 };
 
 /// What every line of a step reads and none writes.
@@ -58,6 +66,7 @@ struct LineField {
     NodeControl nodeControl = NodeControl::Irregular;
     double nodeFactor = 1.0, mergeFactor = 1.0;
     ExplicitControl control;
+    ImplicitControl implicitControl;
     double step = 0.0;     // days
     double endTime = 0.0;  // simulated days at the end of the step
     bool fromInjector = true;

@@ -49,8 +49,7 @@ struct SolverLine {
     std::vector<int> tracedNode;        // traced node whose cell the node took
     std::vector<double> limitedFw, limitedFo, limitedFg;
     std::vector<double> RhoW, RhoO, RhoG;  // lb/ft3, loaded where gravity is in use
-    std::vector<double> gravityFace;       // [i] between i and i+1: velocity per mobility and lb/ft3
-    std::vector<double> gravityStorage;    // [i] 1/ft, inverse of porosity NTG times node length
+    std::vector<double> gravityFace;       // [i] between i and i+1: share of the total flow per mobility and lb/ft3
     std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
     std::vector<std::vector<double>> tracer;           // [tracer][node] concentration
 

@@ -38,6 +38,11 @@ std::string_view solverWord(const RunOptions& options, const RunClock& clock) {
     return options.solverPhaseName[at(std::clamp(clock.solverPhaseIndex, 1, count) - 1)];
 }
 
+/// The matrices of implicit lines are dumped; lines are then worked one by one.
+bool dumpsMatrices(const RunOptions& options) {
+    return options.outputSaturationMatrix && options.debugOutput;
+}
+
 /// Number of this mapping sub-step within its pressure step, from 1.
 int substepNumber(const RunClock& clock, double remainingToEnd) {
     if (clock.workDt <= 0.0) return 1;
@@ -55,6 +60,11 @@ void prepareSolver(Simulation& s, double remainingToEnd) {
     field.keepPaths = s.eclipse.paths.wanted;
     field.endTime = s.clock.endTime - remainingToEnd;
     field.control = explicitControl(s.options, s.clock.time);
+    field.implicitControl = implicitControl(s.options);
+    if (dumpsMatrices(s.options)) {
+        s.lines.dump = {&s.console, outputPath(s.outputs, ""), s.clock.time};
+        field.implicitControl.newton.dump = &s.lines.dump;
+    }
     field.nodeControl = nodeControlOf(s.options);
     field.nodeFactor = s.options.nodeFactor;
     field.mergeFactor = s.options.mergeFactor;
@@ -98,6 +108,7 @@ void commitLine(int number, LineResult& result, Simulation& s) {
     accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
     addLineEnd(s.wells, result.end, s.launch.LineFlux, s.lines.outlets);
     s.lines.substeps += result.substeps;
+    s.lines.newton += result.newton;
     ++s.lines.solvedLines;
     if (number % std::max(LeastProgressStep, s.launch.ActiveLines / ProgressParts) == 0)
         both(s.console, " Calculation Finished : {}", number);
@@ -140,7 +151,7 @@ void clearStep(Simulation& s) {
 
 void sizeStage(Simulation& s) {
     const int nodes = maxNodes(s.options, s.grid);
-    const auto threads = at(std::max(1, omp_get_max_threads()));
+    const auto threads = at(dumpsMatrices(s.options) ? 1 : std::max(1, omp_get_max_threads()));
     s.lines.nodeCapacity = nodes;
     s.lines.workers.resize(threads);
     for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);

@@ -55,8 +55,8 @@ TEST(SetGravitySources, GivesToOneNodeWhatItTakesFromAnother) {
     double water = 0.0;
     double oil = 0.0;
     for (std::size_t i = 1; i <= 4; ++i) {
-        water += d.line.gravityW[i] / d.line.gravityStorage[i];
-        oil += d.line.gravityO[i] / d.line.gravityStorage[i];
+        water += d.line.gravityW[i] * d.line.DeltaTof[i];
+        oil += d.line.gravityO[i] * d.line.DeltaTof[i];
         EXPECT_NEAR(d.line.gravityW[i] + d.line.gravityO[i], 0.0, 1e-15);
     }
     EXPECT_NEAR(water, 0.0, 1e-15);
