@@ -19,14 +19,21 @@ std::size_t at(int n) {
     return static_cast<std::size_t>(n);
 }
 
+/// Divisions first: they do not wait for each other, the substitution behind them does.
 bool forwardScalar(LineMatrix& matrix) {
-    double before = 0.0;
-    for (std::size_t n = 0; n < at(matrix.nodes); ++n) {
-        if (!(std::abs(matrix.diagonal[n]) > 0.0)) return false;
-        before = (matrix.rhs[n] - matrix.lower[n] * before) / matrix.diagonal[n];
-        matrix.rhs[n] = before;
+    const std::size_t count = at(matrix.nodes);
+    double* const rhs = matrix.rhs.data();
+    double* const lower = matrix.lower.data();
+    const double* const diagonal = matrix.diagonal.data();
+    bool good = true;
+    for (std::size_t n = 0; n < count; ++n) {
+        good = good && std::abs(diagonal[n]) > 0.0;
+        const double inverse = 1.0 / diagonal[n];
+        rhs[n] *= inverse;
+        lower[n] *= inverse;
     }
-    return true;
+    for (std::size_t n = 1; n < count; ++n) rhs[n] -= lower[n] * rhs[n - 1];
+    return good;
 }
 
 bool forwardBlocks(LineMatrix& matrix) {

@@ -40,7 +40,7 @@ struct LineMatrix {
 
 void sizeLineMatrix(int unknowns, int nodes, LineMatrix& matrix);
 
-/// Solves in place: rhs becomes the solution. A route that cannot take the structure gives way: Forward to
+/// Solves in place: rhs becomes the solution, the blocks are used up. A route that cannot take the structure gives way: Forward to
 /// Banded where nodes look downstream, Dense to Banded from 4000 rows on. False for a singular matrix; rhs is undefined then.
 bool solveLine(LineRoute route, LineMatrix& matrix);
 

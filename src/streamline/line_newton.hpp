@@ -20,36 +20,51 @@ struct NewtonCounts {
 
 NewtonCounts& operator+=(NewtonCounts& sum, const NewtonCounts& more);
 
+/// Unknowns of a node, volumes per pore volume at its held factors: with gas Bw Cw, Bo Co and Bg Cg; without,
+/// water alone, where it is the saturation. And the phases that flow.
+template <bool Gas>
+using Unknowns = std::array<double, Gas ? 3 : 1>;
+template <bool Gas>
+using Fluxes = std::array<double, Gas ? 3 : 2>;
+
+/// d flux of phase p / d unknown q at [p][q].
+template <bool Gas>
+using FluxSlopes = std::array<Unknowns<Gas>, Gas ? 3 : 2>;
+
 /// What a position holds at the start of a Newton step.
 struct NodeStart {
     double Sw = 0.0, So = 0.0, Sg = 0.0, Rs = 0.0, bubblePoint = 0.0;
     double Cw = 0.0, Co = 0.0, Cg = 0.0;
 };
 
-/// Unknowns of a node as volumes per pore volume at its held factors: Bw Cw, and with gas Bo Co and Bg Cg.
-using NodeUnknowns = std::array<double, 3>;
-
-/// d flux of phase p / d unknown q at [p][q].
-using NodeSlopes = std::array<std::array<double, 3>, 3>;
-
 /// Gravity exchange over the face behind a node: surface amounts per unit of total flow, and what the
 /// unknowns of the two nodes do to them.
+template <bool Gas>
 struct FaceSlopes {
-    std::array<double, 3> rate{};
-    NodeSlopes here{}, next{};
+    Fluxes<Gas> rate{};
+    FluxSlopes<Gas> here{}, next{};
+};
+
+/// Arrays over the positions of a line, [0..N].
+template <bool Gas>
+struct NewtonWork {
+    std::vector<Unknowns<Gas>> unknowns;     // the iterate
+    std::vector<Unknowns<Gas>> evaluated;    // where fluxes and slopes were worked out
+    std::vector<Unknowns<Gas>> update;       // of the linear system, before its limits
+    std::vector<Fluxes<Gas>> evaluatedFlux;  // there
+    std::vector<Fluxes<Gas>> iterateFlux;    // at the iterate
+    std::vector<Fluxes<Gas>> closingFlux;    // what closes the balances of the iterate
+    std::vector<FluxSlopes<Gas>> slopes;
+    std::vector<FaceSlopes<Gas>> faces;  // [0] and [N] nothing; used with gravity only
 };
 
 /// Work record of implicit transport, one a thread: it reaches its size within the first lines.
 struct LineNewton {
     LineMatrix matrix;
-    std::vector<NodeStart> start;         // [0..N]
-    std::vector<NodeUnknowns> unknowns;   // [0..N], the iterate
-    std::vector<NodeUnknowns> evaluated;  // [0..N], where fluxes and slopes were worked out
-    std::vector<NodeUnknowns> update;     // [0..N], last change of the iterate, before its limits
-    std::vector<NodeSlopes> slopes;       // [0..N], of the fluxes F
-    std::vector<std::array<GravityNode, 4>> gravity;  // [0..N], at the iterate and with each unknown raised
-    std::vector<std::array<double, 3>> flux;  // [0..N], what closes the balances of the iterate
-    std::vector<FaceSlopes> faces;        // [0..N], [0] and [N] nothing; used with gravity only
+    std::vector<NodeStart> start;                     // [0..N]
+    std::vector<std::array<GravityNode, 4>> gravity;  // [0..N], as evaluated and with each unknown raised
+    NewtonWork<false> water;
+    NewtonWork<true> three;
 };
 
 /// How Newton steps go.
@@ -61,8 +76,8 @@ struct NewtonControl {
     const LineDump* dump = nullptr;  // where the matrices go, null: nowhere
 };
 
-inline constexpr double SlopeStep = 1e-6;        // by which an unknown is raised for a slope
-inline constexpr double LargestLinearStep = 0.05;  // change of an unknown that is taken as it stands
+/// Change of an unknown that is taken as it stands; 0.01 to 0.05 cost about the same.
+inline constexpr double LargestLinearStep = 0.02;
 
 /// One backward Euler step of dt days on a loaded line, by Newton's method on all nodes at once:
 ///   B_p (C_p - C_p,old) + dt B_p (out F_p(i) - in F_p(i-1)) + dt B_p source_p = 0
@@ -70,13 +85,14 @@ inline constexpr double LargestLinearStep = 0.05;  // change of an unknown that 
 /// (1/DeltaTof where nothing is compressible), position 0 fixed; without gas oil fills the rest. Slopes are
 /// one-sided differences of 1e-6. Sources are the gravity exchange along the line, where it is in use.
 ///
-/// Updates are limited in flow order: where an unknown would change by more than 0.05, or the node before
-/// was limited, the balance of the node alone is solved with what now flows in (see limitUpdate). Converged
-/// when no unknown changes by more than the tolerance. The new amounts then come from the fluxes of the last
-/// linearisation, so that mass is conserved to rounding however loose the tolerance, and the states from
-/// the amounts by the recovery of explicit transport. Adds dt times the outlet fluxes to the line's sums.
-///
-/// Tracers move with the water of the same fluxes, implicit like it.
+/// Updates are limited in flow order: where an unknown would change by more than 0.02, or what flows in
+/// differs from what the linear system counted on, the balance of the node alone is solved with what now
+/// flows in, by steps of at most 0.2 that are halved whenever they turn back. Converged when no unknown
+/// changes by more than the tolerance. The new amounts then come from the fluxes of the last
+/// linearisation, or from those that leave a limited node what its iterate says, so that mass is conserved
+/// to rounding however loose the tolerance; the states come from the amounts by the recovery of explicit
+/// transport. Adds dt times the outlet fluxes to the line's sums. Tracers move with the water of the same
+/// fluxes, implicit like it.
 ///
 /// `elapsed` days of the step are over; it only names dumped matrices.
 /// Returns the iterations used; 0 where it did not converge: the line is then as it was.
@@ -84,6 +100,6 @@ int newtonStep(const FluidTables& tables, const NewtonControl& control, double e
                LineNewton& newton, SolverLine& line);
 
 /// Readies the work record for a line that has been loaded: its arrays, and the fluxes at position 0.
-void beginNewton(bool hasGas, LineNewton& newton, SolverLine& line);
+void beginNewton(bool hasGas, LineNewton& newton, const SolverLine& line);
 
 }  // namespace kvr
