@@ -9,11 +9,11 @@ namespace kvr {
 
 namespace {
 
-constexpr double FirstShare = 0.1;         // of the step
-constexpr int FewIterations = 4;           // fewer let the step grow
+constexpr double FirstShare = 0.1;  // of the step
+constexpr int FewIterations = 4;    // fewer let the step grow
 constexpr double Growth = 1.15;
-constexpr double Cut = 0.5;                // of a step that did not converge
-constexpr double ExplicitShare = 0.1;      // of the time left, above which a substep is worth taking
+constexpr double Cut = 0.5;                   // of a step that did not converge
+constexpr double ExplicitShare = 0.1;         // of the time left, above which a substep is worth taking
 constexpr double LeastSaturationStep = 1e-8;  // difference that carries a wave speed in the hybrid
 
 /// Newton steps from `elapsed` to the end of the step, the first of `dt` days.

@@ -14,8 +14,8 @@ constexpr int DumpDigits = 17;  // a dumped matrix reads back to the same bits
 
 void dumpLineMatrix(const LineDump& dump, double elapsed, double dt, int iteration,
                     const LineMatrix& matrix) {
-    const std::string name = fmt::format("SMatrix_T_{}_dt_{}_ite_{}.xls", number(dump.time + elapsed),
-                                         number(dt), iteration);
+    const std::string name =
+        fmt::format("SMatrix_T_{}_dt_{}_ite_{}.xls", number(dump.time + elapsed), number(dt), iteration);
     NumberWriter writer;
     writer.file = openForReplace(*dump.console, dump.folder + name);
     const int rows = matrix.nodes * matrix.unknowns;

@@ -12,7 +12,8 @@ namespace {
 
 constexpr double LeastLength = 1e-10;    // ft; a shorter node exchanges nothing
 constexpr double LeastMobility = 1e-10;  // 1/cp, of a pair that can pass each other
-constexpr double FeetPerDay = DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot;  // of md lb/ft3 / cp
+constexpr double FeetPerDay =
+    DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot;  // of md lb/ft3 / cp
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);

@@ -12,7 +12,7 @@ namespace kvr {
 
 namespace {
 
-constexpr int LargestFull = 4000;             // rows of a full matrix, 128 MB
+constexpr int LargestFull = 4000;                // rows of a full matrix, 128 MB
 constexpr std::string_view SparseWord = "bicg";  // takes matrices without symmetry
 
 std::size_t at(int n) {
@@ -134,8 +134,7 @@ bool solveSparse(LineMatrix& matrix) {
     gatherRows(matrix);
     if (matrix.memory == nullptr) matrix.memory = makeSolverMemory();
     matrix.solution.assign(at(matrix.sparse.size), 0.0);
-    const SolveResult result =
-        findSolver(SparseWord)->route(matrix.sparse, matrix.solution, *matrix.memory);
+    const SolveResult result = findSolver(SparseWord)->route(matrix.sparse, matrix.solution, *matrix.memory);
     if (result.failure != SolveFailure::None) return false;
     std::copy(matrix.solution.begin(), matrix.solution.end(), matrix.rhs.begin());
     return true;
@@ -197,7 +196,7 @@ bool solveBlock(int m, std::array<double, 9>& a, double* b) {
     return true;
 }
 
-bool solveLine(LineRoute route, LineMatrix& matrix) {
+bool solveLineMatrix(LineRoute route, LineMatrix& matrix) {
     if (matrix.nodes < 1) return true;
     switch (route) {
         case LineRoute::Forward:

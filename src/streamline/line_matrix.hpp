@@ -40,9 +40,10 @@ struct LineMatrix {
 
 void sizeLineMatrix(int unknowns, int nodes, LineMatrix& matrix);
 
-/// Solves in place: rhs becomes the solution, the blocks are used up. A route that cannot take the structure gives way: Forward to
-/// Banded where nodes look downstream, Dense to Banded from 4000 rows on. False for a singular matrix; rhs is undefined then.
-bool solveLine(LineRoute route, LineMatrix& matrix);
+/// Solves in place: rhs becomes the solution, the blocks are used up. A route that cannot take the structure
+/// gives way: Forward to Banded where nodes look downstream, Dense to Banded from 4000 rows on. False for a
+/// singular matrix; rhs is undefined then.
+bool solveLineMatrix(LineRoute route, LineMatrix& matrix);
 
 /// b := A^-1 b for one block of m by m, row-major, with row pivoting; A is overwritten. False where a pivot
 /// vanishes or is not a number.

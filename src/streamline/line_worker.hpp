@@ -49,11 +49,8 @@ struct LineResult {
     LineContribution contribution;
     LineEnd end;
     int substeps = 0;
-<<<<<<< HEAD
     LinePath path;  // where courses are wanted
-=======
     NewtonCounts newton;
->>>>>>> ff40f77 (Implicit and hybrid transport on lines, with gravity exchange that conserves along the line)
 };
 
 /// What every line of a step reads and none writes.

@@ -58,6 +58,7 @@ inline void addAlong(const FluxSlopes<Gas>& slopes, const Unknowns<Gas>& change,
 
 template <bool Gas>
 inline double sizeOfChange(const Unknowns<Gas>& change) {
+    if constexpr (!Gas) return std::abs(change[0]);
     double most = 0.0;
     for (const double value : change) {
         if (std::isnan(value)) return value;
@@ -154,12 +155,18 @@ inline bool turnsBack(const Unknowns<Gas>& a, const Unknowns<Gas>& b) {
     return product < 0.0;
 }
 
-/// Outflow that leaves a node exactly what its iterate says. A water saturation at its limit cannot take
-/// what comes in: it keeps its own fluxes, and the recovery scales the rest away.
+/// Whether what a node lets out can make up its balance. A water saturation at its limit cannot take what
+/// comes in: it lets out its own fluxes, and the recovery scales the rest away.
 template <bool Gas>
-inline Fluxes<Gas> balancedFluxes(bool keepEndPoints, const FlowNode& node, const NodeBalance<Gas>& balance,
-                                  const Unknowns<Gas>& u, Fluxes<Gas> flux) {
-    if (!(balance.out > 0.0) || (!Gas && atLimit(keepEndPoints, node, u[0]))) return flux;
+inline bool leavesBalance(bool keepEndPoints, const FlowNode& node, const NodeBalance<Gas>& balance,
+                          const Unknowns<Gas>& u) {
+    return balance.out > 0.0 && (Gas || !atLimit(keepEndPoints, node, u[0]));
+}
+
+/// Outflow that leaves a node exactly what its iterate says; without gas oil fills the flow.
+template <bool Gas>
+inline Fluxes<Gas> balancedFluxes(const NodeBalance<Gas>& balance, const Unknowns<Gas>& u) {
+    Fluxes<Gas> flux{};
     for (std::size_t p = 0; p < u.size(); ++p)
         flux[p] = (balance.held[p] - u[p] / balance.factor[p]) / balance.out;
     if (!Gas) flux[1] = (1.0 - balance.factor[0] * flux[0]) / balance.factor[1];

@@ -49,7 +49,8 @@ struct SolverLine {
     std::vector<int> tracedNode;        // traced node whose cell the node took
     std::vector<double> limitedFw, limitedFo, limitedFg;
     std::vector<double> RhoW, RhoO, RhoG;  // lb/ft3, loaded where gravity is in use
-    std::vector<double> gravityFace;       // [i] between i and i+1: share of the total flow per mobility and lb/ft3
+    std::vector<double>
+        gravityFace;  // [i] between i and i+1: share of the total flow per mobility and lb/ft3
     std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
     std::vector<std::vector<double>> tracer;           // [tracer][node] concentration
 

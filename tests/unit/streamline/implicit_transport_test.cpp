@@ -149,7 +149,8 @@ TEST(AdvanceImplicit, EqualsBackwardEulerByBisectionHoweverShortANode) {
     setRates(line);
     startOutlet(line);
     beginNewton(false, newton, line);
-    for (int k = 0; k < 10; ++k) ASSERT_GT(newtonStep(tables, control.newton, 0.0, 4.0, newton, line), 0) << k;
+    for (int k = 0; k < 10; ++k)
+        ASSERT_GT(newtonStep(tables, control.newton, 0.0, 4.0, newton, line), 0) << k;
     const std::vector<double> twin = bisectedTwin(deltaTof, 40.0, 4.0, 1.0);
     for (std::size_t i = 1; i < twin.size(); ++i) EXPECT_NEAR(line.nodes[i].Sw, twin[i], 1e-8) << i;
 }
