@@ -10,10 +10,38 @@ void writeLine(std::FILE* stream, std::string_view text) {
     std::fputc('\n', stream);
 }
 
+constexpr const char* EraseLine = "\r\033[K";  // back to the first column, clear to the end of the line
+
+bool statusStands(const Console& console) {
+    return console.status != nullptr && console.screen != nullptr && !console.status->text.empty();
+}
+
+void drawStatus(const Console& console) {
+    std::fputs(console.status->text.c_str(), console.screen);
+    std::fflush(console.screen);
+}
+
 }  // namespace
 
 void lineToScreen(const Console& console, std::string_view text) {
+    if (!statusStands(console)) {
+        writeLine(console.screen, text);
+        return;
+    }
+    std::fputs(EraseLine, console.screen);
     writeLine(console.screen, text);
+    drawStatus(console);
+}
+
+void showStatus(const Console& console, std::string_view text) {
+    if (console.status == nullptr || console.screen == nullptr) return;
+    if (!console.status->text.empty()) std::fputs(EraseLine, console.screen);
+    console.status->text = text;
+    drawStatus(console);
+}
+
+void clearStatus(const Console& console) {
+    if (statusStands(console)) showStatus(console, "");
 }
 
 void lineToLog(const Console& console, std::string_view text) {
@@ -30,6 +58,7 @@ std::string number(double value, int digits) {
 }
 
 void waitForLine(const Console& console) {
+    clearStatus(console);
     if (console.screen != nullptr) std::fflush(console.screen);
     if (console.input == nullptr) return;
     int character = std::fgetc(console.input);

@@ -2,10 +2,16 @@
 
 #include <cstdio>
 #include <fmt/format.h>
+#include <string>
 #include <string_view>
 #include <utility>
 
 namespace kvr {
+
+/// The line that stands below everything else on a terminal and is rewritten in place; empty: none.
+struct StatusLine {
+    std::string text;
+};
 
 /// Where the program speaks and listens. `log` is KVR_dbg.out once it is open, before that null;
 /// writing to a null stream does nothing.
@@ -13,6 +19,7 @@ struct Console {
     std::FILE* screen = stdout;
     std::FILE* log = nullptr;
     std::FILE* input = stdin;
+    StatusLine* status = nullptr;  // set only while the screen is a terminal
 };
 
 /// One line of text, the line end added here.
@@ -33,6 +40,11 @@ template <class... Args>
 void both(const Console& console, fmt::format_string<Args...> format, Args&&... args) {
     lineToBoth(console, fmt::format(format, std::forward<Args>(args)...));
 }
+
+/// Puts `text` in place of the status line, or takes the line away. Lines to the screen go above it.
+/// Nothing happens where the console has none.
+void showStatus(const Console& console, std::string_view text);
+void clearStatus(const Console& console);
 
 /// A number in general form with at most `digits` significant digits, as the reports print it.
 std::string number(double value, int digits = 9);

@@ -10,6 +10,7 @@
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
 #include "run/start_up.hpp"
+#include "run/status_line.hpp"
 #include "run/time_stepping.hpp"
 #include "streamline/splitting.hpp"
 #include "streamline/streamline_step.hpp"
@@ -81,8 +82,10 @@ void saturationStage(Simulation& simulation) {
     const double wholeStep = clock.workDt;
     if (clock.iteration > 0) restoreTransportStart(simulation);
     clock.workDt = clock.dt / simulation.options.mapCount;
-    for (int substep = 1; substep <= simulation.options.mapCount; ++substep)
+    for (int substep = 1; substep <= simulation.options.mapCount; ++substep) {
         saturationSubstep(substep, simulation);
+        updateStatus(simulation);
+    }
     clock.workDt = wholeStep;
 }
 
@@ -92,6 +95,7 @@ void advanceStep(bool solve, Simulation& simulation) {
     if (simulation.options.globalIterations > 0) simulation.iterationStart = simulation.state;
     for (;;) {
         pressureStage(solve, simulation);
+        updateStatus(simulation);
         clock.stepsSinceEvent += 1;
         clock.workDt = clock.dt;
         if (simulation.options.globalIterations > 0) reportGlobalIterationErrors(simulation);
@@ -138,6 +142,7 @@ void nextTableEntries(Simulation& simulation) {
 }
 
 void finishRun(Simulation& simulation) {
+    endStatus(simulation);
     finishEclipseFiles(simulation);
     printStageTimes(simulation.console, simulation.times);
     printLineNewton(simulation.console, simulation.lines.newton);
@@ -150,6 +155,7 @@ void finishRun(Simulation& simulation) {
 
 void runSimulation(Simulation& simulation) {
     startUp(simulation);
+    startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
         beginStep(simulation);
@@ -160,6 +166,7 @@ void runSimulation(Simulation& simulation) {
             clock.workDt = clock.dt;
         clock.time += clock.workDt;
         reportStep(clock.workDt, simulation);
+        updateStatus(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);

@@ -34,6 +34,8 @@ struct Simulation {
     Schedule schedule;
     RunClock clock;
     StageTimes times;
+    StatusLine status;       // what the console shows while it is a terminal
+    double loopStart = 0.0;  // s, wall clock at the start of the time loop
 
     GridModel grid;
     ConnectionTable connections;
