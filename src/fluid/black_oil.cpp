@@ -204,4 +204,33 @@ double GasViscositySlope(const FluidTables& tables, double p) {
     return (GasViscosity(tables, p + PressureStep) - GasViscosity(tables, p)) * PerPressureStep;
 }
 
+double PoreFactorSlope(const FluidTables& tables, double p) {
+    return (PoreFactor(tables, p + PressureStep) - PoreFactor(tables, p)) * PerPressureStep;
+}
+
+OilSlopes oilSlopes(const FluidTables& tables, double p, double pb, const OilProperties& here) {
+    const OilProperties byP = usableOilProperties(tables, p + PressureStep, pb);
+    OilSlopes slopes;
+    slopes.BoByP = (byP.Bo - here.Bo) * PerPressureStep;
+    slopes.MuOByP = (byP.MuO - here.MuO) * PerPressureStep;
+    if (isDeadOil(tables)) return slopes;
+    const OilProperties byPb = usableOilProperties(tables, p, pb + PressureStep);
+    slopes.BoByPb = (byPb.Bo - here.Bo) * PerPressureStep;
+    slopes.MuOByPb = (byPb.MuO - here.MuO) * PerPressureStep;
+    return slopes;
+}
+
+OilSlopes saturatedOilSlopes(const FluidTables& tables, double p, const OilProperties& here) {
+    const OilProperties along = usableOilProperties(tables, p + PressureStep, p + PressureStep);
+    OilSlopes slopes;
+    slopes.BoByP = (along.Bo - here.Bo) * PerPressureStep;
+    slopes.MuOByP = (along.MuO - here.MuO) * PerPressureStep;
+    return slopes;
+}
+
+GasProperties gasSlopes(const FluidTables& tables, double p, const GasProperties& here) {
+    const GasProperties ahead = gasProperties(tables, p + PressureStep);
+    return {(ahead.Bg - here.Bg) * PerPressureStep, (ahead.MuG - here.MuG) * PerPressureStep};
+}
+
 }  // namespace kvr

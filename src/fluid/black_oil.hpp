@@ -44,14 +44,17 @@ struct GasProperties {
 };
 GasProperties gasProperties(const FluidTables& tables, double p);
 
-/// Mass densities lb/ft3 at given properties.
-inline double oilDensityAt(const FluidTables& tables, double rs, double bo) {
+/// Mass densities lb/ft3 at given properties; for numbers and for numbers with slopes.
+template <class Number>
+Number oilDensityAt(const FluidTables& tables, const Number& rs, const Number& bo) {
     return (rs * tables.gasDensity + tables.oilDensity) / bo;
 }
-inline double waterDensityAt(const FluidTables& tables, double bw) {
+template <class Number>
+Number waterDensityAt(const FluidTables& tables, const Number& bw) {
     return tables.waterDensity / bw;
 }
-inline double gasDensityAt(const FluidTables& tables, double bg) {
+template <class Number>
+Number gasDensityAt(const FluidTables& tables, const Number& bg) {
     return tables.gasDensity / bg;
 }
 
@@ -64,5 +67,19 @@ double WaterFvfSlope(const FluidTables& tables, double p);
 double WaterViscositySlope(const FluidTables& tables, double p);
 double GasFvfSlope(const FluidTables& tables, double p);
 double GasViscositySlope(const FluidTables& tables, double p);
+double PoreFactorSlope(const FluidTables& tables, double p);
+
+/// Slopes of usableOilProperties by the same differences, both properties with one walk each.
+struct OilSlopes {
+    double BoByP = 0.0, BoByPb = 0.0;    // 1/psi
+    double MuOByP = 0.0, MuOByPb = 0.0;  // cp/psi
+};
+/// p and pb apart: the slopes of oil whose bubble point does not follow its pressure. `here` are the
+/// properties at (p, pb).
+OilSlopes oilSlopes(const FluidTables& tables, double p, double pb, const OilProperties& here);
+/// Along the saturated curve, p and pb together: all of it stands in the slopes by p.
+OilSlopes saturatedOilSlopes(const FluidTables& tables, double p, const OilProperties& here);
+/// Slopes of gasProperties by p.
+GasProperties gasSlopes(const FluidTables& tables, double p, const GasProperties& here);
 
 }  // namespace kvr

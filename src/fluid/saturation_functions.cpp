@@ -117,6 +117,71 @@ RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg) {
     return result;
 }
 
+namespace {
+
+constexpr double TouchesLimit = 1e-12;  // past the limit of a relative permeability: rounding only
+
+/// Slope of a column inside a segment, 0 where the relative permeability is clipped.
+double relPermSlopeAt(const Column& column, const AxisSearch& search, const AxisPlace& place) {
+    const double slope = (column[place.low + 1] - column[place.low]) * search.inverseStep[place.low];
+    const double value = columnAt(column, place);
+    return value < 0.0 || (value == 0.0 && slope < 0.0) ? 0.0 : slope;
+}
+
+/// Slopes of stoneOil by the water and gas saturations, from the two-phase values and their slopes.
+struct StoneSlopes {
+    double krw, krow, krg, krog;  // slopes
+};
+void stoneOilSlopes(double c, double inverseC, const RelPerms& kr, double krow, double krog,
+                    const StoneSlopes& slope, RelPermSlopes& result) {
+    const double unclipped = c * ((krow * inverseC + kr.w) * (krog * inverseC + kr.g) - kr.w - kr.g);
+    if (unclipped < 0.0 || unclipped > 1.0 + TouchesLimit) return;
+    result.oBySw = c * ((slope.krow * inverseC + slope.krw) * (krog * inverseC + kr.g) - slope.krw);
+    result.oBySg = c * ((krow * inverseC + kr.w) * (slope.krog * inverseC + slope.krg) - slope.krg);
+}
+
+RelPermSlopes relPermSlopesSingle(const FluidTables& tables, double sw, double sg) {
+    const RelPerms here = relPermsSingle(tables, sw, sg);
+    const RelPerms bySw = relPermsSingle(tables, sw + SaturationStep, sg);
+    const RelPerms bySg = relPermsSingle(tables, sw, sg + SaturationStep);
+    RelPermSlopes slopes;
+    slopes.wBySw = (bySw.w - here.w) * PerSaturationStep;
+    slopes.gBySg = (bySg.g - here.g) * PerSaturationStep;
+    slopes.oBySw = (bySw.o - here.o) * PerSaturationStep;
+    slopes.oBySg = (bySg.o - here.o) * PerSaturationStep;
+    return slopes;
+}
+
+}  // namespace
+
+RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw, double sg) {
+    const AxisPlace water = waterPlace(table, sw);
+    RelPermSlopes slopes;
+    slopes.wBySw = relPermSlopeAt(table.Krw, table.SwSearch, water);
+    const double krowSlope = relPermSlopeAt(table.Krow, table.SwSearch, water);
+    if (!hasGas) {
+        slopes.oBySw = krowSlope;
+        return slopes;
+    }
+    const AxisPlace gas = gasPlace(table, sg);
+    slopes.gBySg = relPermSlopeAt(table.Krg, table.SgSearch, gas);
+    if (sw + sg >= 1.0 - table.ResidualSo || !(table.Krow.front() > 0.0)) return slopes;
+    RelPerms kr;
+    kr.w = relPermAt(table.Krw, water);
+    kr.g = relPermAt(table.Krg, gas);
+    const StoneSlopes slope{slopes.wBySw, krowSlope, slopes.gBySg,
+                            relPermSlopeAt(table.Krog, table.SgSearch, gas)};
+    stoneOilSlopes(table.Krow.front(), table.InverseOilAtConnate, kr, relPermAt(table.Krow, water),
+                   relPermAt(table.Krog, gas), slope, slopes);
+    return slopes;
+}
+
+RelPermSlopes relPermSlopesAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg) {
+    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0)
+        return relPermSlopesSingle(tables, sw, sg);
+    return relPermSlopes(regionTable(tables, region), tables.hasGas, sw, sg);
+}
+
 RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg) {
     if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0)
         return relPermsSingle(tables, sw, sg);

@@ -100,4 +100,16 @@ inline RelPerms relPerms(const SaturationTable& table, bool hasGas, double sw, d
     return result;
 }
 
+/// Slopes of relPermsAtCell: of krw by sw, of krg by sg, of kro by both.
+struct RelPermSlopes {
+    double wBySw = 0.0, gBySg = 0.0;
+    double oBySw = 0.0, oBySg = 0.0;
+};
+
+/// Slopes of relPerms by the segments of the tables, to the right at a row. Where a value is clipped its
+/// slope is 0; one that only touches the limit keeps the slope.
+RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw, double sg);
+/// The same by the set that the cell is flagged for, the region-free one by differences.
+RelPermSlopes relPermSlopesAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg);
+
 }  // namespace kvr

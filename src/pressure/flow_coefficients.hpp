@@ -11,7 +11,9 @@ namespace kvr {
 /// Potential difference of a phase over a connection, psi: positive when the phase flows from the
 /// neighbour into the cell.
 ///   Phi = (P_n - P_c) - (rho_c + rho_n)/2 * DepthDiff/144
-inline double phasePotential(double pCell, double pNeighbour, double rhoCell, double rhoNeighbour, double g) {
+template <class Number>
+Number phasePotential(const Number& pCell, const Number& pNeighbour, const Number& rhoCell,
+                      const Number& rhoNeighbour, double g) {
     return pNeighbour - pCell - 0.5 * (rhoCell + rhoNeighbour) * g;
 }
 

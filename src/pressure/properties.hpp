@@ -32,13 +32,29 @@ void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellSta
 PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
                      const ConservedAmounts& amounts);
 
+/// What a unit of pore volume holds, for numbers and for numbers with slopes.
+template <class Number>
+struct HeldFluid {
+    Number Sw, So, Sg;
+    Number Rs;
+    Number Bw, Bo, Bg;
+};
+/// Surface volumes of the three components, free and dissolved gas together.
+template <class Number>
+struct SurfaceVolumes {
+    Number water, oil, gas;
+};
+template <class Number>
+SurfaceVolumes<Number> surfaceVolumes(const HeldFluid<Number>& held) {
+    const Number oil = held.So / held.Bo;
+    return {held.Sw / held.Bw, oil, held.Sg / held.Bg + held.Rs * oil};
+}
+
 /// Surface amounts per pore volume that the state of a cell shows.
 inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {
-    ConservedAmounts shown;
-    shown.water = state.Sw[cell] / state.Bw[cell];
-    shown.oil = state.So[cell] / state.Bo[cell];
-    shown.gas = state.Sg[cell] / state.Bg[cell] + state.Rs[cell] * shown.oil;
-    return shown;
+    const auto shown = surfaceVolumes<double>({state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell],
+                                               state.Bw[cell], state.Bo[cell], state.Bg[cell]});
+    return {shown.water, shown.oil, shown.gas};
 }
 
 /// Amounts of every active cell as its state shows them, times its pore volume; 0 elsewhere.

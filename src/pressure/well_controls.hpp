@@ -34,6 +34,11 @@ void initialiseBottomHolePressures(const CellState& state, WellRecord& wells);
 /// and log at each switch.
 void releaseWellsFromLimit(const Console& console, WellRecord& wells);
 
+/// The well is held at its limit and gives more than its target there.
+bool exceedsTargetAtLimit(const Well& well);
+/// Back to the rate control, with its line; `well` is one of `wells`.
+void releaseWellFromLimit(const Console& console, Well& well, WellRecord& wells);
+
 /// After a rate update inside a pressure iteration: a rate well whose Bhp has passed its limit goes to
 /// "bhp" at the limit. One line at each switch. True when any well changed, so that the number of
 /// matrix rows did.

@@ -40,14 +40,20 @@ void initialiseBottomHolePressures(const CellState& state, WellRecord& wells) {
     }
 }
 
+bool exceedsTargetAtLimit(const Well& well) {
+    const bool heldAtLimit = well.WellControl == "bhp" && well.deckControl != "bhp" && !well.shut;
+    return heldAtLimit && std::abs(well.rateAtDeckControl) > std::abs(well.TargetRate);
+}
+
+void releaseWellFromLimit(const Console& console, Well& well, WellRecord& wells) {
+    well.WellControl = well.deckControl;
+    ++wells.RateWellCount;
+    tellSwitch(console, well, "bhp");
+}
+
 void releaseWellsFromLimit(const Console& console, WellRecord& wells) {
-    for (Well& well : wells.wells) {
-        const bool heldAtLimit = well.WellControl == "bhp" && well.deckControl != "bhp" && !well.shut;
-        if (!heldAtLimit || std::abs(well.rateAtDeckControl) <= std::abs(well.TargetRate)) continue;
-        well.WellControl = well.deckControl;
-        ++wells.RateWellCount;
-        tellSwitch(console, well, "bhp");
-    }
+    for (Well& well : wells.wells)
+        if (exceedsTargetAtLimit(well)) releaseWellFromLimit(console, well, wells);
 }
 
 bool switchWellsAtLimit(const Console& console, WellRecord& wells) {

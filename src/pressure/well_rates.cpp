@@ -104,17 +104,27 @@ double averagePressure(const GridModel& grid, const CellState& state, double unc
     return volume > 0.0 ? weighted / volume : unchanged;
 }
 
+ConnectionFluid<double> fluidAt(const CellState& state, CellId cell) {
+    return {state.LambdaW[cell], state.LambdaO[cell], state.LambdaG[cell], state.Bw[cell],
+            state.Bo[cell],      state.Bg[cell],      state.Rs[cell]};
+}
+
 /// Surface terms of an injector: the injected phase takes the total mobility of the cell.
 void injectorTerms(const FluidTables& tables, const CellState& state, double averagePressure,
                    const Well& well, CellId cell, ConnectionCoefficients& c) {
-    const bool atAverage = well.WellControl == "resv";
+    ConnectionFluid<double> fluid = fluidAt(state, cell);
+    if (well.WellControl == "resv") {
+        fluid.Bw = WaterFvf(tables, averagePressure);
+        fluid.Bo = OilFvf(tables, averagePressure, state.Pb[cell]);
+        fluid.Bg = GasFvf(tables, averagePressure);
+    }
+    const double surface = c.reservoir / injectedFactor(well, fluid);
     if (well.InjectFluid == "gas")
-        c.surfaceGas = c.reservoir / (atAverage ? GasFvf(tables, averagePressure) : state.Bg[cell]);
+        c.surfaceGas = surface;
     else if (well.InjectFluid == "oil")
-        c.surfaceOil =
-            c.reservoir / (atAverage ? OilFvf(tables, averagePressure, state.Pb[cell]) : state.Bo[cell]);
+        c.surfaceOil = surface;
     else
-        c.surfaceWater = c.reservoir / (atAverage ? WaterFvf(tables, averagePressure) : state.Bw[cell]);
+        c.surfaceWater = surface;
 }
 
 }  // namespace
@@ -153,9 +163,10 @@ ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const Flu
         injectorTerms(tables, state, averagePressure, well, cell, c);
         return c;
     }
-    c.surfaceOil = flow * state.LambdaO[cell] / state.Bo[cell];
-    c.surfaceWater = flow * state.LambdaW[cell] / state.Bw[cell];
-    c.surfaceGas = flow * state.LambdaG[cell] / state.Bg[cell] + state.Rs[cell] * c.surfaceOil;
+    const auto terms = producedTerms<double>(flow, fluidAt(state, cell));
+    c.surfaceOil = terms.oil;
+    c.surfaceWater = terms.water;
+    c.surfaceGas = terms.gas;
     return c;
 }
 

@@ -5,6 +5,7 @@
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
+#include "pressure/properties.hpp"
 #include "pressure/wells.hpp"
 
 #include <string_view>
@@ -40,6 +41,31 @@ struct ConnectionCoefficients {
     double surfaceWater = 0.0;  // stb/day/psi
     double surfaceGas = 0.0;    // surface barrels/day/psi, dissolved gas included for producers
 };
+/// What flows to a connection: mobilities 1/cp, factors and Rs of its cell, for numbers and for numbers with
+/// slopes.
+template <class Number>
+struct ConnectionFluid {
+    Number LambdaW, LambdaO, LambdaG;
+    Number Bw, Bo, Bg;
+    Number Rs;
+};
+template <class Number>
+Number totalMobility(const ConnectionFluid<Number>& fluid) {
+    return fluid.LambdaO + fluid.LambdaW + fluid.LambdaG;
+}
+/// Surface volumes a day and psi that a producing connection of WI * FlowUnit = flow takes.
+template <class Number>
+SurfaceVolumes<Number> producedTerms(double flow, const ConnectionFluid<Number>& fluid) {
+    const Number oil = flow * fluid.LambdaO / fluid.Bo;
+    return {flow * fluid.LambdaW / fluid.Bw, oil, flow * fluid.LambdaG / fluid.Bg + fluid.Rs * oil};
+}
+/// The factor of the injected phase, which takes the total mobility.
+template <class Number>
+const Number& injectedFactor(const Well& well, const ConnectionFluid<Number>& fluid) {
+    if (well.InjectFluid == "gas") return fluid.Bg;
+    return well.InjectFluid == "oil" ? fluid.Bo : fluid.Bw;
+}
+
 ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const FluidTables& tables,
                                               const CellState& state, double averagePressure,
                                               const Well& well, const WellConnection& connection);

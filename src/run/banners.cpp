@@ -67,6 +67,18 @@ void printLineNewton(const Console& console, const NewtonCounts& counts) {
     both(console, "{:<19}{:>12}{:>12}{:>12}", "Newton", counts.steps, counts.iterations, counts.halvings);
 }
 
+void printImplicitCounts(const Console& console, const ImplicitCounts& counts) {
+    struct Row {
+        const char* name;
+        long count;
+    };
+    const Row rows[] = {{"Implicit steps", counts.steps},
+                        {"Step cuts", counts.cuts},
+                        {"Newton iterations", counts.newtonIterations},
+                        {"Linear iterations", counts.linearIterations}};
+    for (const Row& row : rows) both(console, "{:<18}{:>11}", row.name, row.count);
+}
+
 void printEnd(const Console& console, float cpuSeconds) {
     const std::string stars(EndStars, '*');
     lineToLog(console, "");

@@ -2,6 +2,7 @@
 
 #include "base/console.hpp"
 #include "deck/schedule.hpp"
+#include "implicit/implicit_work.hpp"
 #include "run/clock.hpp"
 #include "run/stage_times.hpp"
 #include "streamline/line_newton.hpp"
@@ -22,6 +23,9 @@ void printStageTimes(const Console& console, const StageTimes& times);
 
 /// What the Newton loop of implicit lines took, behind the table of times; nothing where there were none.
 void printLineNewton(const Console& console, const NewtonCounts& counts);
+
+/// Steps, cuts and iterations of a fully implicit run, below the stages.
+void printImplicitCounts(const Console& console, const ImplicitCounts& counts);
 
 /// "END SIMULATION" and the processor seconds.
 void printEnd(const Console& console, float cpuSeconds);

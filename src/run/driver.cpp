@@ -2,6 +2,7 @@
 
 #include "base/stopwatch.hpp"
 #include "eclipse/output_stage.hpp"
+#include "implicit/fully_implicit.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/saturation_update.hpp"
@@ -23,7 +24,8 @@ namespace {
 void beginStep(Simulation& simulation) {
     RunClock& clock = simulation.clock;
     clock.iteration = 0;
-    clock.dt = nextStepLength(simulation.options, simulation.schedule, clock);
+    clock.dt = stepLengthAfterCuts(simulation.implicit.longestStep,
+                                   nextStepLength(simulation.options, simulation.schedule, clock));
     clock.stepCount += 1;
     printStepBanner(simulation.console, simulation.schedule, clock);
     if (!simulation.options.optimalTstep) return;
@@ -39,6 +41,10 @@ void beginStep(Simulation& simulation) {
 void pressureStage(bool solve, Simulation& simulation) {
     if (simulation.options.method == "EbFVM") return;
     const StageTimer timer(simulation.times.pressure);
+    if (simulation.options.method == "FIM") {
+        FullyImplicitStep(simulation);
+        return;
+    }
     // The velocity field is built at the end of the pressure step.
     PressureStep(simulation, simulation.clock.iteration, solve ? 1 : 0);
 }
@@ -146,6 +152,8 @@ void finishRun(Simulation& simulation) {
     finishEclipseFiles(simulation);
     printStageTimes(simulation.console, simulation.times);
     printLineNewton(simulation.console, simulation.lines.newton);
+    if (simulation.options.method == "FIM")
+        printImplicitCounts(simulation.console, simulation.implicit.counts);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);

@@ -7,6 +7,7 @@
 #include "eclipse/output_record.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
+#include "implicit/implicit_work.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
@@ -49,6 +50,7 @@ struct Simulation {
     PressureWork pressureWork;
     WellRecord wells;
     WellRecord timeLevelWells;
+    ImplicitWork implicit;
     VelocityField velocity;
 
     LaunchPlan launch;

@@ -6,6 +6,7 @@
 #include "deck/deck_reader.hpp"
 #include "eclipse/output_stage.hpp"
 #include "fluid/equilibrium.hpp"
+#include "implicit/fully_implicit.hpp"
 #include "model/conditioning.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
@@ -115,6 +116,7 @@ void startUp(Simulation& simulation) {
     allocateStreamlines(simulation);
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.velocity);
     conditionGeometry(simulation);
+    if (simulation.options.method == "FIM") AllocateFullyImplicit(simulation);
     startWellTables(simulation);
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);

@@ -19,7 +19,6 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.componentCount > 0; }, "compositional runs (COMPS)"},
     {[](const RunOptions& o) { return o.co2Model; }, "the CO2 solubility model (CO2MBM)"},
     {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},
-    {[](const RunOptions& o) { return o.method == "FIM"; }, "the fully implicit method (FDMETHOD FIM)"},
     {[](const RunOptions& o) { return o.traceFromRestart || o.useEclipseTrans; },
      "tracing from outside restart files (ECLTRACE, USEECLP, USEECLS, USEECLTR)"},
     {[](const RunOptions& o) { return o.eclipseToTecplot || o.eclipseToIx || o.ixExtract; },

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "implicit/cell_terms.hpp"
+#include "pressure/solvers/block_system.hpp"
+#include "pressure/wells.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace kvr {
+
+/// Two neighbours that exchange fluid.
+struct ImplicitConnection {
+    int first = 0, second = 0;  // rows, 0-based
+    int direction = 0;          // of the second cell as seen from the first
+    double trans = 0.0;         // rb cp/(day psi) * FlowUnit, one value for both sides
+    double g = 0.0;             // ft * in2/ft2: depth of the second cell below the first, over 144
+    ConnectionPlaces places;
+};
+
+/// How much work a run did.
+struct ImplicitCounts {
+    long steps = 0, cuts = 0;
+    long newtonIterations = 0;  // those of attempts that failed included
+    long linearIterations = 0;
+};
+
+/// Working records of the fully implicit method; sized at start-up, kept for the run.
+struct ImplicitWork {
+    std::vector<CellId> cellOfRow;  // active cells, rising
+    std::vector<int> rowOfCell;     // by CellId; -1 for an inactive cell
+    std::vector<ImplicitConnection> connections;
+
+    std::vector<ThirdUnknown> unknown;         // by row; all FreeGas without a gas phase
+    std::vector<std::uint8_t> switchesOfStep;  // by row: how often the third unknown changed in this attempt
+    std::vector<CellTerms<2>> twoPhase;        // by row; one of the two is in use
+    std::vector<CellTerms<3>> threePhase;
+
+    BlockSystem system;
+    BlockSolverMemoryPointer memory;
+    std::vector<double> solution;  // change of the unknowns, row by row
+    std::vector<double> bhpChange;
+
+    CellAmounts oldAmounts;  // surface volumes in the cells at the start of the step
+    CellAmounts nowAmounts;  // ... and at the present iterate
+    CellState saved;         // state and wells at the start of the step
+    WellRecord savedWells;
+    std::vector<std::uint8_t> returned;  // by well: went back from its limit within this attempt
+
+    double longestStep = 0.0;  // days; what the last failure allows the next step, 0: no bound
+    ImplicitCounts counts;
+};
+
+}  // namespace kvr

@@ -1,0 +1,160 @@
+#include "implicit/well_borders.hpp"
+
+#include "pressure/well_rates.hpp"
+
+#include <array>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double PastLimit = 1.0;  // psi past its limit for a well that cannot hold its rate
+
+/// Rates of one connection with their slopes: by the unknowns of the cell, and by the bottom-hole pressure.
+template <std::size_t N>
+struct ConnectionFlow {
+    std::array<Jet<N>, 3> rate{};   // by phase, surface volumes a day
+    std::array<double, 3> byBhp{};  // a day and psi
+    Jet<N> reservoir{};             // reservoir volume a day
+    double reservoirByBhp = 0.0;
+};
+
+template <std::size_t N>
+SurfaceVolumes<Jet<N>> termsOf(const Well& well, double flow, const ConnectionFluid<Jet<N>>& fluid) {
+    if (!isInjector(well)) return producedTerms(flow, fluid);
+    const Jet<N> injected = flow * totalMobility(fluid) / injectedFactor(well, fluid);
+    if (well.InjectFluid == "gas") return {{}, {}, injected};
+    if (well.InjectFluid == "oil") return {{}, injected, {}};
+    return {injected, {}, {}};
+}
+
+template <std::size_t N>
+ConnectionFlow<N> connectionFlow(double flowUnit, const Well& well, const WellConnection& connection,
+                                 double drawdown, const ConnectionFluid<Jet<N>>& fluid) {
+    const double flow = connection.ConnWI * flowUnit;
+    const SurfaceVolumes<Jet<N>> terms = termsOf(well, flow, fluid);
+    Jet<N> dp{drawdown, {}};
+    dp.slope[PressurePlace] = -1.0;
+    ConnectionFlow<N> result;
+    result.rate = {terms.water * dp, terms.oil * dp, terms.gas * dp};
+    result.byBhp = {terms.water.value, terms.oil.value, terms.gas.value};
+    const Jet<N> total = flow * totalMobility(fluid);
+    result.reservoir = total * dp;
+    result.reservoirByBhp = total.value;
+    return result;
+}
+
+template <std::size_t N>
+void addToCell(const ConnectionFlow<N>& flow, std::size_t row, std::size_t place, WellBorder& border,
+               BlockSystem& system) {
+    double* block = system.block(system.diagonal[row]).data();
+    for (std::size_t component = 0; component < N; ++component) {
+        system.rhs[row * N + component] += flow.rate[component].value;
+        border.columnBlocks[place * N + component] = -flow.byBhp[component];
+        for (std::size_t k = 0; k < N; ++k) block[component * N + k] -= flow.rate[component].slope[k];
+    }
+}
+
+template <std::size_t N>
+void addToWell(const ConnectionFlow<N>& flow, const ControlShares& share, std::size_t place,
+               WellBorder& border) {
+    for (std::size_t k = 0; k < N; ++k)
+        border.rowBlocks[place * N + k] =
+            share.water * flow.rate[WaterPhase].slope[k] + share.oil * flow.rate[OilPhase].slope[k] +
+            share.gas * flow.rate[GasPhase].slope[k] + share.reservoir * flow.reservoir.slope[k];
+    border.diagonal += share.water * flow.byBhp[WaterPhase] + share.oil * flow.byBhp[OilPhase] +
+                       share.gas * flow.byBhp[GasPhase] + share.reservoir * flow.reservoirByBhp;
+}
+
+bool hasRateRow(const Well& well) {
+    return !well.shut && isRateControlled(well);
+}
+
+/// The row of a well whose rate nothing moves, and of one that is held.
+void finishRow(const Well& well, WellBorder& border) {
+    if (hasRateRow(well) && border.diagonal != 0.0) {
+        border.rhs = well.TargetRate - controlledRate(well);
+        return;
+    }
+    const double past = isInjector(well) ? PastLimit : -PastLimit;
+    border.diagonal = 1.0;
+    border.rhs = hasRateRow(well) ? well.BhpLimit + past - well.Bhp : 0.0;
+    std::fill(border.rowBlocks.begin(), border.rowBlocks.end(), 0.0);
+}
+
+template <std::size_t N>
+void addWell(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
+             const CellState& state, double averagePressure, const Well& well, WellBorder& border,
+             ImplicitWork& work) {
+    const ControlShares share = hasRateRow(well) ? controlShares(well) : ControlShares{};
+    std::size_t place = 0;
+    for (const WellConnection& connection : well.connections) {
+        const int row = work.rowOfCell[static_cast<std::size_t>(connection.ConnCell)];
+        if (row < 0) continue;
+        const ConnectionCoefficients c =
+            connectionCoefficients(units, tables, state, averagePressure, well, connection);
+        if (c.reservoir > 0.0) {
+            const auto at = static_cast<std::size_t>(row);
+            const CellFluid<N> fluid =
+                cellFluid<N>(grid, tables, state, connection.ConnCell, work.unknown[at]);
+            const ConnectionFlow<N> flow =
+                connectionFlow(units.FlowUnit, well, connection, c.dp, fluid.mobile);
+            addToCell(flow, at, place, border, work.system);
+            addToWell(flow, share, place, border);
+        }
+        ++place;
+    }
+    finishRow(well, border);
+}
+
+}  // namespace
+
+void buildWellBorders(const WellRecord& wells, ImplicitWork& work) {
+    const auto size = static_cast<std::size_t>(work.system.blockSize);
+    work.system.wells.assign(wells.wells.size(), {});
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        WellBorder& border = work.system.wells[w];
+        for (const WellConnection& connection : wells.wells[w].connections) {
+            const int row = work.rowOfCell[static_cast<std::size_t>(connection.ConnCell)];
+            if (row >= 0) border.cells.push_back(row);
+        }
+        border.columnBlocks.assign(border.cells.size() * size, 0.0);
+        border.rowBlocks.assign(border.cells.size() * size, 0.0);
+    }
+    work.bhpChange.assign(wells.wells.size(), 0.0);
+    work.returned.assign(wells.wells.size(), 0);
+}
+
+ControlShares controlShares(const Well& well) {
+    struct Row {
+        const char* control;
+        ControlShares shares;
+    };
+    static constexpr Row Rows[] = {
+        {"orat", {0.0, 1.0, 0.0, 0.0}}, {"grat", {0.0, 0.0, 1.0, 0.0}}, {"lrat", {1.0, 1.0, 0.0, 0.0}},
+        {"resv", {0.0, 0.0, 0.0, 1.0}}, {"wrat", {1.0, 1.0, 1.0, 0.0}}, {"rate", {1.0, 1.0, 1.0, 0.0}},
+    };
+    for (const Row& row : Rows)
+        if (well.WellControl == row.control) return row.shares;
+    return {};
+}
+
+double controlledRate(const Well& well) {
+    const ControlShares share = controlShares(well);
+    return share.water * well.WellQw + share.oil * well.WellQo + share.gas * well.WellQg +
+           share.reservoir * well.reservoirRate;
+}
+
+void addWells(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
+              const CellState& state, double averagePressure, const WellRecord& wells, ImplicitWork& work) {
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        WellBorder& border = work.system.wells[w];
+        if (work.system.blockSize == 3)
+            addWell<3>(units, grid, tables, state, averagePressure, wells.wells[w], border, work);
+        else
+            addWell<2>(units, grid, tables, state, averagePressure, wells.wells[w], border, work);
+    }
+}
+
+}  // namespace kvr
