@@ -6,6 +6,7 @@
 #include "implicit/newton_update.hpp"
 #include "implicit/step_balance.hpp"
 #include "implicit/well_borders.hpp"
+#include "implicit/well_switching.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/well_controls.hpp"
@@ -49,23 +50,14 @@ void printIteration(const Console& console, int iteration, const NewtonChange& c
          number(change.DSg));
 }
 
-/// A well that has been put on its limit by an iterate on the way, and gives more than its target there.
-bool returnWells(Simulation& s) {
-    bool returned = false;
-    for (std::size_t w = 0; w < s.wells.wells.size(); ++w) {
-        Well& well = s.wells.wells[w];
-        if (s.implicit.returned[w] != 0 || !exceedsTargetAtLimit(well)) continue;
-        releaseWellFromLimit(s.console, well, s.wells);
-        s.implicit.returned[w] = 1;
-        returned = true;
-    }
-    return returned;
-}
-
-/// Wells that have left their range. False when a bottom-hole pressure cannot be held.
-bool watchWells(Simulation& s, bool& switched) {
-    switched = switchWellsAtLimit(s.console, s.wells);
-    return repairBottomHolePressures(s.console, s.state, s.wells);
+/// Wells that the iteration has taken out of their range, by what they would give at its end. False when a
+/// bottom-hole pressure cannot be held.
+bool updateWells(Simulation& s, bool& switched) {
+    clipToLimits(s.wells);
+    if (!repairBottomHolePressures(s.console, s.state, s.wells)) return false;
+    refresh(s);
+    switched = switchWells(s.console, s.wells, s.implicit);
+    return true;
 }
 
 bool changesAreSmall(const RunOptions& options, const NewtonChange& change) {
@@ -75,7 +67,6 @@ bool changesAreSmall(const RunOptions& options, const NewtonChange& change) {
 
 bool converged(const NewtonChange& change, bool wellSwitched, Simulation& s) {
     if (wellSwitched || !changesAreSmall(s.options, change)) return false;
-    if (returnWells(s)) return false;
     if (largestTargetError(s.wells) > LargestRateError) return false;
     return stepBalanceError(s.clock.dt, s.grid, s.state, s.wells, s.implicit.oldAmounts,
                             s.implicit.nowAmounts) <= LargestBalanceError;
@@ -95,9 +86,7 @@ bool iterate(int iteration, Simulation& s, NewtonChange& change, bool& wellSwitc
     change = applyNewtonStep(s.fluids, s.state, s.wells, work);
     printIteration(s.console, iteration, change);
     if (diverged(s.state, work.cellOfRow.front(), change)) return false;
-    if (!watchWells(s, wellSwitched)) return false;
-    refresh(s);
-    return true;
+    return updateWells(s, wellSwitched);
 }
 
 void buildVelocity(Simulation& s) {

@@ -123,7 +123,7 @@ void buildWellBorders(const WellRecord& wells, ImplicitWork& work) {
         border.rowBlocks.assign(border.cells.size() * size, 0.0);
     }
     work.bhpChange.assign(wells.wells.size(), 0.0);
-    work.returned.assign(wells.wells.size(), 0);
+    work.returns.assign(wells.wells.size(), 0);
 }
 
 ControlShares controlShares(const Well& well) {

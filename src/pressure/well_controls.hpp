@@ -36,7 +36,8 @@ void releaseWellsFromLimit(const Console& console, WellRecord& wells);
 
 /// The well is held at its limit and gives more than its target there.
 bool exceedsTargetAtLimit(const Well& well);
-/// Back to the rate control, with its line; `well` is one of `wells`.
+/// Onto its limit, and back to the rate control, each with its line; `well` is one of `wells`.
+void holdWellAtLimit(const Console& console, Well& well, WellRecord& wells);
 void releaseWellFromLimit(const Console& console, Well& well, WellRecord& wells);
 
 /// After a rate update inside a pressure iteration: a rate well whose Bhp has passed its limit goes to

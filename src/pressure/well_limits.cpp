@@ -56,14 +56,18 @@ void releaseWellsFromLimit(const Console& console, WellRecord& wells) {
         if (exceedsTargetAtLimit(well)) releaseWellFromLimit(console, well, wells);
 }
 
+void holdWellAtLimit(const Console& console, Well& well, WellRecord& wells) {
+    well.WellControl = "bhp";
+    well.Bhp = well.BhpLimit;
+    --wells.RateWellCount;
+    tellSwitch(console, well, well.deckControl);
+}
+
 bool switchWellsAtLimit(const Console& console, WellRecord& wells) {
     bool switched = false;
     for (Well& well : wells.wells) {
         if (well.shut || !isRateControlled(well) || !pastLimit(well)) continue;
-        well.WellControl = "bhp";
-        well.Bhp = well.BhpLimit;
-        --wells.RateWellCount;
-        tellSwitch(console, well, well.deckControl);
+        holdWellAtLimit(console, well, wells);
         switched = true;
     }
     return switched;

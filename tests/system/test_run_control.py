@@ -111,11 +111,11 @@ def test_a_typed_name_is_read_with_its_folder_and_header(tmp_path):
 
 
 def test_a_feature_that_is_not_built_is_refused_in_one_line(tmp_path):
-    section = kvr_run.options(method="FIM", lines=20)
+    section = kvr_run.options(lines=20, extra="CO2MBM\n")
     result = run(tmp_path, small_deck.deck(options=section))
     assert result.status == 1
-    assert "cannot do what the input asks for: the fully implicit method" in result.console
-    assert "cannot do what the input asks for: the fully implicit method" in result.log
+    assert "cannot do what the input asks for: the CO2 solubility model" in result.console
+    assert "cannot do what the input asks for: the CO2 solubility model" in result.log
 
 
 def test_the_same_run_twice_leaves_the_same_files(tmp_path):

@@ -5,7 +5,7 @@ import re
 from kvr_run import REPOSITORY
 
 SOURCE = REPOSITORY / "src"
-FLOOR = {"base": 0, "pressure/solvers": 0, "model": 1, "fluid": 2, "deck": 3, "pressure": 3, "streamline": 4,
+FLOOR = {"base": 0, "pressure/solvers": 0, "model": 1, "fluid": 2, "deck": 3, "pressure": 3, "streamline": 4, "implicit": 4,
          "report": 4, "eclipse": 4, "run": 5}
 # Records that have a few routines of their own; stages take the whole run.
 RECORDS = {"run/simulation.hpp", "run/clock.hpp", "run/output_streams.hpp", "run/output_table.hpp", "pressure/cell_state.hpp"}
