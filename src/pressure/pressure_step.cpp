@@ -273,6 +273,23 @@ void refreshOnly(int firstCall, Simulation& s) {
 
 }  // namespace
 
+void returnToStepStart(const CellState& start, Simulation& simulation) {
+    CellState& state = simulation.state;
+    PressureStage& stage = simulation.pressure;
+    state.Sw = start.Sw;
+    state.So = start.So;
+    state.Sg = start.Sg;
+    state.Rs = start.Rs;
+    state.Pb = start.Pb;
+    state.tracer = start.tracer;
+    if (simulation.fluids.hasGas)
+        setFlashAmounts(stage.timeLevelAmounts, simulation.timeLevel.PoreVolume, stage.flashAmounts);
+    updateInPlace(simulation);
+    // IMPES carries the amounts that saturations do not show; they belong to the restored ones now.
+    if (simulation.options.method == "IMPES")
+        measureCarried(simulation.grid, state, stage.timeLevelAmounts, stage.carried);
+}
+
 void PressureStep(Simulation& simulation, int firstCall, int doSolve) {
     if (doSolve == 0) {
         refreshOnly(firstCall, simulation);

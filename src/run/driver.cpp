@@ -4,7 +4,6 @@
 #include "eclipse/output_stage.hpp"
 #include "implicit/fully_implicit.hpp"
 #include "pressure/pressure_step.hpp"
-#include "pressure/properties.hpp"
 #include "pressure/saturation_update.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
@@ -49,22 +48,6 @@ void pressureStage(bool solve, Simulation& simulation) {
     PressureStep(simulation, simulation.clock.iteration, solve ? 1 : 0);
 }
 
-/// Transport of a repeated pass starts from the step's old level; only mobilities keep the new values.
-void restoreTransportStart(Simulation& simulation) {
-    const CellState& start = simulation.iterationStart;
-    CellState& state = simulation.state;
-    state.Sw = start.Sw;
-    state.So = start.So;
-    state.Sg = start.Sg;
-    state.Rs = start.Rs;
-    state.Pb = start.Pb;
-    state.tracer = start.tracer;
-    // IMPES carries the amounts that saturations do not show; they belong to the restored ones now.
-    if (simulation.options.method == "IMPES")
-        measureCarried(simulation.grid, state, simulation.pressure.timeLevelAmounts,
-                       simulation.pressure.carried);
-}
-
 /// Lines, then gravity and capillarity, then the cell properties; IMPES has its own transport in the last.
 void saturationSubstep(int substep, Simulation& simulation) {
     const RunOptions& options = simulation.options;
@@ -86,7 +69,7 @@ void saturationStage(Simulation& simulation) {
     if (method == "FIM" || method == "EbFVM") return;
     RunClock& clock = simulation.clock;
     const double wholeStep = clock.workDt;
-    if (clock.iteration > 0) restoreTransportStart(simulation);
+    if (clock.iteration > 0) returnToStepStart(simulation.iterationStart, simulation);
     clock.workDt = clock.dt / simulation.options.mapCount;
     for (int substep = 1; substep <= simulation.options.mapCount; ++substep) {
         saturationSubstep(substep, simulation);

@@ -2,6 +2,8 @@
 
 import re
 
+import pytest
+
 import kvr_run
 import small_deck
 from kvr_run import finished_normally, run
@@ -57,6 +59,33 @@ def test_global_iterations_repeat_the_solve_but_not_the_banner_or_the_calendar(t
     assert result.console.count("-- ERROR FOR GLOBAL ITERATION --") == 6
     dates = re.findall(r"Calender Time : year (\d+) Mon : (\d+) Day : (\d+)", result.log)
     assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 1, 31)]
+
+
+def test_a_step_cut_in_a_repeated_pass_moves_time_and_date_by_what_was_covered(tmp_path):
+    # With at most three pressure iterations the third pass of the second step is cut from 10 to 2 days.
+    section = kvr_run.options(lines=20, solver="DGESV").replace(
+        "TUNEKVR\n", "TUNEKVR\nOPTIONKVR\n1 0 0 0 0 0 0 2 /\n").replace("1e-4 30 30", "1e-4 4 30")
+    schedule = small_deck.SCHEDULE.replace("2*30", "4*10")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
+    passes = result.console.split("-- ERROR FOR GLOBAL ITERATION --")
+    assert ["TIME STEP SIZE IS DECREASED" in part for part in passes[:7]] == [False] * 5 + [True, False]
+    starts = [float(line[1]) for line in step_lines(result.console)]
+    assert starts == [0.0, 10.0, 12.0, 20.0, 30.0]
+    dates = re.findall(r"Calender Time : year (\d+) Mon : (\d+) Day : (\d+)", result.log)
+    assert [int(day) for _, _, day in dates] == [1, 11, 13, 21, 31]
+    table = result.table()
+    assert list(table["TIME"]) == [0.0, 10.0, 12.0, 20.0, 30.0, 40.0]
+    assert table["FWIT"][-1] == pytest.approx(40 * 50, rel=1e-6)
+
+
+def test_steps_are_shortened_by_the_pressure_change_of_the_step_before(tmp_path):
+    section = kvr_run.options(lines=20, solver="DGESV", extra="OPTTSTEP\n100 /\n")
+    result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
+    assert result.console.count("Optimal Pressure Control, Reduce Tstep:") >= 1
+    times = result.table()["TIME"]
+    assert times[1] == 30.0  # nothing is known of pressure changes before the first step
+    assert times[2] - times[1] < 30.0
+    assert times[-1] == 60.0
 
 
 def test_a_frontsim_deck_is_found_when_there_is_no_other(tmp_path):
