@@ -73,7 +73,11 @@ void putBricks(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
     if (nodes == ZoneNodes::Shared) return;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         const long long first = static_cast<long long>(CornersPerCell) * (cell - 1);
-        for (const int corner : BrickCorners) put(writer, fmt::format("{} ", first + corner));
+        for (const int corner : BrickCorners) {
+            const fmt::format_int node(first + corner);
+            put(writer, {node.data(), node.size()});
+            put(writer, " ");
+        }
         put(writer, "\n");
     }
 }
