@@ -23,6 +23,21 @@ TEST(NumberWriter, WritesGeneralFixedAndWholeNumbers) {
     std::fclose(writer.file);
 }
 
+TEST(NumberWriter, WritesWholeNumbersAsTheirGeneralForm) {
+    const double values[] = {0.0,   -0.0,          1.0,         -17.0,        999999999.0,  1e9,
+                             -1e9,  1e15,          123456789.0, 1234567890.0, 2147483648.0, 0.5,
+                             1e300, -2147483649.0, 8000.0,      -999999999.0};
+    for (const int digits : {1, 4, 8, 9, 12}) {
+        for (const double value : values) {
+            NumberWriter writer;
+            putNumber(writer, value, digits);
+            char expected[64];
+            std::snprintf(expected, sizeof expected, "%.*g", digits, value);
+            EXPECT_EQ(fmt::to_string(writer.buffer), expected) << digits << " digits";
+        }
+    }
+}
+
 TEST(NumberWriter, HandsLongTextOnInPieces) {
     NumberWriter writer;
     writer.file = std::tmpfile();
