@@ -16,6 +16,12 @@ inline constexpr double DefaultProducerBhp = 14.6;      // psia
 inline constexpr double DefaultInjectorBhp = 100000.0;  // psia
 
 /// Well data of one step. Merged by name while the deck is read: one element per well and step.
+/// What a well injects of one tracer.
+struct InjectedTracer {
+    std::string name;  // first four characters count
+    double concentration = 0.0;
+};
+
 /// Rates in internal volume a day (stb or surface barrels of gas), positive as the deck gives them.
 struct ScheduleWell {
     std::string name;  // up to 8 characters
@@ -54,8 +60,9 @@ struct ScheduleWell {
     double histInjBhp = 0.0;
     double histInjThp = 0.0;
 
-    double tracerConcentration = 0.0;
-    std::string injectionStream;  // WINJGAS: name of a WELLSTRE stream
+    double tracerConcentration = 0.0;             // of the last WTRACER row
+    std::vector<InjectedTracer> injectedTracers;  // of every tracer that WTRACER named
+    std::string injectionStream;                  // WINJGAS: name of a WELLSTRE stream
 };
 
 /// One COMPDAT or WELSPEC row.

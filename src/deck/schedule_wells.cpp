@@ -11,6 +11,17 @@ namespace kvr {
 
 namespace {
 
+/// A later row for a tracer replaces the earlier one.
+void injectTracer(const std::string& tracer, double concentration, ScheduleWell& well) {
+    well.tracerConcentration = concentration;
+    for (InjectedTracer& known : well.injectedTracers) {
+        if (known.name != tracer) continue;
+        known.concentration = concentration;
+        return;
+    }
+    well.injectedTracers.push_back({tracer, concentration});
+}
+
 constexpr std::size_t WellNameLength = 8;
 constexpr double NotGiven = -1.0;    // of an item that has a default of its own
 constexpr double MaxRate = 1e15;     // surface volume a day; more is a slip of the pen
@@ -376,7 +387,7 @@ void readWtracer(SectionReader& reader, ScheduleRecords& records) {
         double concentration = 0.0;
         readRow(reader, std::array<ListTarget, 3>{&name, &tracer, &concentration});
         forNamedWells(reader, presentStep(records), name,
-                      [&](ScheduleWell& well) { well.tracerConcentration = concentration; });
+                      [&](ScheduleWell& well) { injectTracer(tracer, concentration, well); });
     }
     announce(reader, "WTRACER");
 }

@@ -106,6 +106,7 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.LocI = source.headI;
     well.LocJ = source.headJ;
     well.tracerConcentration = source.tracerConcentration;
+    well.injectedTracers = source.injectedTracers;
     well.injectionStream = source.injectionStream;
     const bool shutStatus = isShutStatus(source.status);
     if (!source.hasControl || (shutStatus && trim(source.control).empty()))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "deck/schedule.hpp"
 
 #include <string>
 #include <vector>
@@ -36,10 +37,11 @@ struct Well {
     double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
     // Targets of every phase for reports, with the sign of TargetRate.
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
-    double Bhp = 0.0;       // psia
-    double BhpLimit = 0.0;  // psia
-    bool shut = false;      // status SHUT or STOP, or a rate target of 0
-    double tracerConcentration = 0.0;
+    double Bhp = 0.0;                             // psia
+    double BhpLimit = 0.0;                        // psia
+    bool shut = false;                            // status SHUT or STOP, or a rate target of 0
+    double tracerConcentration = 0.0;             // of the last WTRACER row
+    std::vector<InjectedTracer> injectedTracers;  // by name
     std::string injectionStream;
     std::vector<WellConnection> connections;
     double WellQo = 0.0, WellQw = 0.0, WellQg = 0.0;  // sums over connections

@@ -31,21 +31,23 @@ void moveTogether(const FluidTables& tables, bool keepEndPoints, double dt, Solv
     }
 }
 
-/// Water-borne tracers over dt on the water fluxes of the substep, upstream, in steps of their own limit.
+/// Water-borne tracers over dt on the water fluxes of the substep, upstream, in steps of their own limit. The
+/// water of a node goes evenly from its old to its new amount, so that none of a tracer is lost.
 void moveTracers(const ExplicitControl& control, double dt, SolverLine& line) {
     const std::vector<double>& flux = line.limitedFw;
+    const auto inflow = [&](std::size_t i) { return flux[i - 1] * line.nodes[i].inflowRate; };
+    const auto outflow = [&](std::size_t i) { return flux[i] * line.nodes[i].outflowRate; };
     double fastest = 0.0;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i)
-        if (line.nodes[i].Cw > LeastWaterCarrier)
-            fastest = std::max(fastest, flux[i - 1] * line.nodes[i].inverseDeltaTof / line.nodes[i].Cw);
+        if (line.nodes[i].Cw > LeastWaterCarrier) fastest = std::max(fastest, inflow(i) / line.nodes[i].Cw);
     const double own = std::max(control.cfl / (fastest + SpeedGuard), control.minimumStep);
     for (double left = dt; left > 0.0;) {
         const double h = std::min(own, left);
         left = h < left ? left - h : 0.0;
         for (std::size_t i = at(line.nodeCount); i >= 1; --i) {
-            if (line.nodes[i].Cw <= LeastWaterCarrier) continue;
-            const double courant =
-                std::min(1.0, h * flux[i - 1] * line.nodes[i].inverseDeltaTof / line.nodes[i].Cw);
+            const double carrier = line.nodes[i].Cw - left * (inflow(i) - outflow(i));
+            if (carrier <= LeastWaterCarrier) continue;
+            const double courant = std::min(1.0, h * inflow(i) / carrier);
             for (std::vector<double>& c : line.tracer) c[i] += courant * (c[i - 1] - c[i]);
         }
     }

@@ -75,6 +75,7 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
     }
     accumulate(result.contribution, s.fluids.hasGas, true, s.mapping);
     s.lines.substeps += result.substeps;
+    s.lines.newton += result.newton;
     ++s.lines.solvedLines;
 }
 

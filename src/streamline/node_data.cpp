@@ -3,13 +3,15 @@
 #include "fluid/black_oil.hpp"
 #include "streamline/fractional_flow.hpp"
 
+#include <algorithm>
 #include <string_view>
 
 namespace kvr {
 
 namespace {
 
-constexpr double LeastPorosity = 1e-12;  // below it the old amounts cannot be related to the cell
+constexpr std::size_t TracerLetters = 4;  // of a tracer's name that count
+constexpr double LeastPorosity = 1e-12;   // below it the old amounts cannot be related to the cell
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -82,9 +84,25 @@ std::string_view injectedFluid(const WellRecord& wells, int number) {
     return well != nullptr ? std::string_view(well->InjectFluid) : std::string_view();
 }
 
-double injectedTracer(const WellRecord& wells, int number) {
+std::string_view tracerWord(std::string_view name) {
+    return name.substr(0, TracerLetters);
+}
+
+/// Concentration of tracer t in what a well injects: by the row that names it; a row whose name stands for
+/// no tracer of the run stands for all of them.
+double injectedTracer(const WellRecord& wells, int number, const std::vector<std::string>& names,
+                      std::size_t t) {
     const Well* well = injectorOf(wells, number);
-    return well != nullptr ? well->tracerConcentration : 0.0;
+    if (well == nullptr) return 0.0;
+    double concentration = 0.0;
+    for (const InjectedTracer& row : well->injectedTracers) {
+        const auto known = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
+            return tracerWord(name) == tracerWord(row.name);
+        });
+        if (known == names.end() || at(static_cast<int>(known - names.begin())) == t)
+            concentration = row.concentration;
+    }
+    return concentration;
 }
 
 void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {
@@ -137,8 +155,9 @@ void loadInlet(const std::vector<NodeData>& nodes, const FluidTables& fluids, co
     FlowNode& inlet = line.nodes[0];
     loadPosition(fluids, node, inlet);
     line.startsInInjector = firstCellInjects;
-    for (std::vector<double>& concentration : line.tracer)
-        concentration[0] = firstCellInjects ? injectedTracer(wells, line.injector) : concentration[1];
+    for (std::size_t t = 0; t < line.tracer.size(); ++t)
+        line.tracer[t][0] = firstCellInjects ? injectedTracer(wells, line.injector, fluids.tracerNames, t)
+                                             : line.tracer[t][1];
     if (!firstCellInjects) return;
 
     const SaturationTable& table = regionTable(fluids, node.region);

@@ -234,6 +234,16 @@ TEST(InjectionStreams, AreKeptByName) {
     EXPECT_EQ(run.schedule.streams[0].moleFraction, (std::vector<double>{0.5, 0.5}));
 }
 
+TEST(Wtracer, KeepsTheLastConcentrationOfEachTracer) {
+    ScheduleBench run(TwoWells + "WTRACER\nP2 TR1 0.7 /\nP2 TR2 0.3 /\nP2 TR1 0.5 /\n/\n");
+    run.read();
+    const std::vector<InjectedTracer>& tracers = run.well(1).injectedTracers;
+    ASSERT_EQ(tracers.size(), 2U);
+    EXPECT_EQ(tracers[0].name, "TR1");
+    EXPECT_EQ(tracers[0].concentration, 0.5);
+    EXPECT_EQ(tracers[1].concentration, 0.3);
+}
+
 TEST(WellKeywordsDeathTest, StopOnALetterWhereANumberBelongs) {
     EXPECT_EXIT(
         {

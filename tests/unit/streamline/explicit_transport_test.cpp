@@ -251,5 +251,20 @@ TEST(AdvanceExplicit, CarriesATracerWithTheWater) {
     EXPECT_LT(line.tracer[0][9], 1.0);
 }
 
+TEST(AdvanceExplicit, LosesNoTracerWhereItTakesManyStepsOfItsOwn) {
+    // A tracer moves faster than the saturation front of a little water: several steps of its own in each
+    // substep, while the water amounts change.
+    const FluidTables tables = samples::plainFlood();
+    SolverLine line = samples::floodedLine(tables, std::vector<double>(60, 5.0));
+    line.tracer.assign(1, std::vector<double>(line.nodes.size(), 0.0));
+    line.tracer[0][0] = 2.0;
+    ExplicitControl control;
+    control.minimumStep = 1e-6;
+    advance(tables, control, 100.0, line);
+    double held = 0.0;
+    for (std::size_t i = 1; i <= 60; ++i) held += line.tracer[0][i] * line.nodes[i].Cw * 5.0;
+    EXPECT_NEAR(held, 2.0 * 100.0, 1e-9);
+}
+
 }  // namespace
 }  // namespace kvr

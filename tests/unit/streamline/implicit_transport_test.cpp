@@ -167,8 +167,8 @@ TEST(AdvanceImplicit, HalvesAStepThatDoesNotConvergeAndKeepsTheWater) {
     const FluidTables tables = samples::plainFlood();
     SolverLine line = samples::floodedLine(tables, std::vector<double>(20, 2.0));
     ImplicitControl control;
-    control.newton.maximumIterations = 2;
-    control.newton.tolerance = 1e-7;
+    control.newton.maximumIterations = 1;
+    control.newton.tolerance = 0.005;
     const NewtonCounts counts = advance(tables, control, 20.0, line);
     EXPECT_GT(counts.halvings, 0);
     EXPECT_NEAR(waterGained(line) + 20.0 * line.outletWater, 20.0, 1e-10);

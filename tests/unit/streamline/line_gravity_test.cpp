@@ -3,6 +3,7 @@
 #include "flow_samples.hpp"
 #include "line_samples.hpp"
 #include "streamline/explicit_transport.hpp"
+#include "streamline/implicit_transport.hpp"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,41 @@ TEST(AdvanceExplicit, FloodsADescendingLineFasterWithGravity) {
         return sum;
     };
     EXPECT_GT(centre(with.line), centre(without.line));
+}
+
+TEST(AdvanceImplicit, MeetsTheExplicitSolutionOnADescendingLineAndKeepsTheWater) {
+    Descent explicitly;
+    Descent implicit;
+    const auto held = [](const SolverLine& line) {
+        double sum = 0.0;
+        for (std::size_t i = 1; i <= 4; ++i) sum += line.nodes[i].Sw * line.DeltaTof[i];
+        return sum;
+    };
+    const double before = held(implicit.line);
+    ExplicitControl control;
+    control.cfl = 0.002;
+    control.minimumStep = 1e-4;
+    advanceTogether(explicitly.tables, control, 2.0, explicitly.line);
+    LineNewton newton;
+    setRates(implicit.line);
+    startOutlet(implicit.line);
+    beginNewton(false, newton, implicit.line);
+    for (int k = 0; k < 1000; ++k)
+        ASSERT_GT(newtonStep(implicit.tables, {}, 0.0, 0.002, newton, implicit.line), 0);
+    for (std::size_t i = 1; i <= 4; ++i)
+        EXPECT_NEAR(implicit.line.nodes[i].Sw, explicitly.line.nodes[i].Sw, 2e-3) << i;
+    EXPECT_NEAR(held(implicit.line) + implicit.line.outletWater, before + 2.0, 1e-10);
+}
+
+TEST(AdvanceImplicit, KeepsTheWaterOnADescendingLineAtLargeSteps) {
+    Descent d;
+    const double before = 5.0 * (0.6 + 0.4 + 0.2 + 0.2);
+    LineNewton newton;
+    NewtonCounts counts;
+    advanceImplicit(d.tables, {}, 10.0, newton, counts, d.line);
+    double held = 0.0;
+    for (std::size_t i = 1; i <= 4; ++i) held += d.line.nodes[i].Sw * 5.0;
+    EXPECT_NEAR(held - before, 10.0 * (1.0 - d.line.outletWater), 1e-9);
 }
 
 }  // namespace

@@ -88,6 +88,22 @@ TEST(LoadInlet, TakesTheCellAsItIsWhereNothingInjects) {
     EXPECT_EQ(inlet.line.nodes[0].Sg, 0.05);
 }
 
+TEST(LoadInlet, InjectsEachTracerByTheRowThatNamesIt) {
+    Inlet inlet("wat");
+    sizeSolverLine(1, 1.0, 2, inlet.line);
+    inlet.line.tracedNodeCount = inlet.line.nodeCount = 1;
+    inlet.line.tracedCell[1] = 1;
+    inlet.fluids.tracerNames = {"SEA", "RIVER"};
+    inlet.wells.wells[0].injectedTracers = {{"RIVE", 0.7}};
+    inlet.load(true);
+    EXPECT_EQ(inlet.line.tracer[0][0], 0.0);
+    EXPECT_EQ(inlet.line.tracer[1][0], 0.7);
+    inlet.wells.wells[0].injectedTracers = {{"ANY", 0.2}};  // names no tracer of the run: stands for all
+    inlet.load(true);
+    EXPECT_EQ(inlet.line.tracer[0][0], 0.2);
+    EXPECT_EQ(inlet.line.tracer[1][0], 0.2);
+}
+
 TEST(GatherNodeData, KeepsTheAmountsOfTheOldLevelPerPresentPoreVolume) {
     samples::Flow flow = samples::column(3, 1000.0, 50.0);
     const FluidTables fluids = samples::plainFlood();
