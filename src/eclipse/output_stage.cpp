@@ -4,9 +4,12 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/grid_file.hpp"
+#include "eclipse/grid_reader.hpp"
 #include "eclipse/init_file.hpp"
 #include "eclipse/line_files.hpp"
+#include "eclipse/outside_command.hpp"
 #include "eclipse/restart_file.hpp"
+#include "eclipse/restart_plots.hpp"
 #include "eclipse/rft_file.hpp"
 #include "eclipse/summary_files.hpp"
 #include "report/well_figures.hpp"
@@ -51,6 +54,14 @@ void reportEclipseFiles(Simulation& simulation) {
     addRftRecords(simulation.console, simulation.options, simulation.clock, simulation.grid, simulation.state,
                   simulation.wells, simulation.eclipse);
     writeStep(simulation);
+}
+
+void convertOutsideRun(Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
+    runOutsideCommand(simulation.console, options);
+    input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
+    input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
 }
 
 void finishEclipseFiles(Simulation& simulation) {

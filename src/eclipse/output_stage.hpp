@@ -12,6 +12,9 @@ void startEclipseFiles(Simulation& simulation);
 /// At a report time, unless the run traces from outside restarts: .RFT, .X and .S of the report step.
 void reportEclipseFiles(Simulation& simulation);
 
+/// Conversion mode: runs the outside simulator, takes its grid and turns its restarts into plot files.
+void convertOutsideRun(Simulation& simulation);
+
 /// At the end of the run: closes .RFT and, unless the run traces from outside restarts, leaves .ECLEND.
 void finishEclipseFiles(Simulation& simulation);
 

@@ -255,7 +255,7 @@ ReadResult read_header(RecordReader& reader, BlockHeader& header) {
         readClosingMarker(reader, marker, header.offset) == ReadResult::Error)
         return ReadResult::Error;
     const std::size_t letters = length - CountTagBytes;
-    header.keyword = text8({reinterpret_cast<const char*>(bytes.data()), letters});
+    header.keyword = reader.lastKeyword = text8({reinterpret_cast<const char*>(bytes.data()), letters});
     header.count = std::bit_cast<std::int32_t>(bitsAt(bytes.data() + letters, reader.order));
     std::memcpy(header.tag.data(), bytes.data() + letters + sizeof header.count, header.tag.size());
     return ReadResult::Ok;

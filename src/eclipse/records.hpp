@@ -177,6 +177,7 @@ struct RecordReader {
     bool eitherMarkerOrder = false;  // header lengths may be in the other byte order too
     std::uint64_t size = 0;          // bytes
     std::uint64_t position = 0;      // bytes read
+    Text8 lastKeyword{};             // of the last header read
     RecordFault fault;               // of the last call that gave ReadResult::Error
 };
 

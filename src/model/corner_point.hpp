@@ -19,6 +19,11 @@ void pointOnPillar(const float* pillar, double z, double& x, double& y);
 /// complete.
 void CALC_RESERVOIR_COORDINATE_FRMCOORD(GridModel& grid, double volumeFactor);
 
+/// Nodes from the corners that the cells hold, and from these centres, nominal sizes and TOPS; the same rule
+/// for shared nodes as above. What an outside grid file brings is corners.
+void nodesFromCorners(GridModel& grid);
+void sizesFromCorners(GridModel& grid);
+
 /// BulkVolume = DX*DY*DZ/volumeFactor, the first estimate, for every cell.
 void estimateVolumes(GridModel& grid, double volumeFactor);
 

@@ -45,6 +45,8 @@ struct GridModel {
     DirectionArray<double> CellCentre;        // (cell, 1..3) mean of the eight corners
     CellArray<double> DX, DY, DZ;             // nominal cell sizes
     CellArray<double> TOPS;                   // block input: depth of the cell's top
+    CellArray<double> PORV;                   // internal volume, at the reference pressure of PORO; as an
+                                              // outside run gives it, empty without one
     CellArray<double> BulkVolume;             // internal volume units (rb in field units)
     CellArray<double> PORO, NTG, PERMX, PERMY, PERMZ;
     CellArray<double> JFactor;  // capillary scale of the J-function, 1 when it is off

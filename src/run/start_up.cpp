@@ -57,6 +57,33 @@ void readInput(Simulation& simulation) {
     refuseUnbuiltFeatures(simulation.console, options);
 }
 
+void openAndRead(Simulation& simulation) {
+    resetCounters(simulation.clock);
+    openInput(simulation);
+    readInput(simulation);
+}
+
+void convertAndClose(Simulation& simulation) {
+    convertOutsideRun(simulation);
+    closeOutputs(simulation.outputs);
+    closeLog(simulation.outputs, simulation.console);
+}
+
+/// Conversion mode: the run ends here. A deck under the default name is read and converted a second time
+/// from the start on; required as it stands.
+[[noreturn]] void convertAndStop(Simulation& simulation) {
+    constexpr std::string_view DefaultHeader = "ECLIPSE";
+    convertAndClose(simulation);
+    if (simulation.options.headerName == DefaultHeader) {
+        const Console console = simulation.console;
+        simulation = Simulation{};
+        simulation.console = console;
+        openAndRead(simulation);
+        convertAndClose(simulation);
+    }
+    normalStop();
+}
+
 void initialiseState(Simulation& simulation) {
     prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
@@ -106,9 +133,8 @@ void rebuildWells(int entry, Simulation& simulation) {
 void startUp(Simulation& simulation) {
     printProgramBanner(simulation.console);
     flushDenormalsInAllThreads();
-    resetCounters(simulation.clock);
-    openInput(simulation);
-    readInput(simulation);
+    openAndRead(simulation);
+    if (simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
     const StageTimer timer(simulation.times.initialisation);
     initialiseState(simulation);

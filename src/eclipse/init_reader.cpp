@@ -1,0 +1,255 @@
+#include "eclipse/init_reader.hpp"
+
+#include "eclipse/cell_arrays.hpp"
+#include "eclipse/file_failure.hpp"
+#include "eclipse/file_names.hpp"
+#include "eclipse/init_file.hpp"
+#include "eclipse/keyword_loop.hpp"
+#include "model/grid_memory.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t LeastHeadSlots = 67;  // as far as the checks look
+
+struct PropertyRow {
+    std::string_view keyword;
+    std::string_view alternative;  // blank: none
+    CellArray<double> GridModel::*values;
+};
+constexpr PropertyRow Properties[] = {
+    {"DX      ", "", &GridModel::DX},
+    {"DY      ", "", &GridModel::DY},
+    {"DZ      ", "", &GridModel::DZ},
+    {"PERMX   ", "XPERM   ", &GridModel::PERMX},
+    {"PERMY   ", "YPERM   ", &GridModel::PERMY},
+    {"PERMZ   ", "ZPERM   ", &GridModel::PERMZ},
+    {"NTG     ", "", &GridModel::NTG},
+    {"PORO    ", "POROSITY", &GridModel::PORO},
+};
+
+struct TransRow {
+    std::string_view keyword;
+    std::string_view alternative;
+    int face;  // the high face along the axis
+};
+constexpr TransRow TransRows[] = {
+    {"TRANX   ", "XTRANS  ", 2}, {"TRANY   ", "YTRANS  ", 4}, {"TRANZ   ", "ZTRANS  ", 6}};
+
+constexpr std::array<std::string_view, 4> GridTypes = {
+    "        -> Corner Pint Grid Detected", "        -> Unstructured Grid Detected",
+    "        -> Hybrid Grid Detected", "        -> Block Centerd Grid Detected"};
+
+struct HeadCheck {
+    std::size_t slot;
+    std::int32_t expected;
+    std::string_view message;
+};
+
+std::int32_t slotOf(const std::vector<std::int32_t>& head, std::size_t slot) {
+    return head[slot - 1];
+}
+
+void checkHead(const Console& console, const RunOptions& options, const GridModel& grid,
+               const std::vector<std::int32_t>& head) {
+    const HeadCheck checks[] = {
+        {inte_head::Units, inte_head::FieldUnits,
+         " ERROR :: Reading Init file, Non Field unit is not surpported."},
+        {inte_head::NX, grid.NX, " ERROR :: Nx not match from INIT and KVR"},
+        {inte_head::NY, grid.NY, " ERROR :: Ny not match from INIT and KVR"},
+        {inte_head::NZ, grid.NZ, " ERROR :: Nz not match from INIT and KVR"},
+        {inte_head::ActiveCells, activeCount(grid), " ERROR :: ACTNUM not match from INIT and KVR"}};
+    for (const HeadCheck& check : checks)
+        if (slotOf(head, check.slot) != check.expected) lineToBoth(console, check.message);
+    const HeadCheck dates[] = {{inte_head::Day, options.startDay, ""},
+                               {inte_head::Month, options.startMonth, ""},
+                               {inte_head::Year, options.startYear, ""}};
+    for (const HeadCheck& check : dates) {
+        if (slotOf(head, check.slot) == check.expected) continue;
+        lineToLog(console, " ERROR :: Time not match from INIT and KVR");
+        lineToScreen(console, " ERROR :: Time not match from INIT and KVR");
+    }
+}
+
+void tellGridType(const Console& console, std::int32_t type) {
+    if (type >= 0 && type < static_cast<std::int32_t>(GridTypes.size()))
+        lineToBoth(console, GridTypes[static_cast<std::size_t>(type)]);
+}
+
+/// Whether the rest of the file has a PORV block of `cells` values.
+bool poreVolumesFollow(RecordReader& reader, std::uint64_t cells) {
+    BlockHeader header;
+    while (read_header(reader, header) == ReadResult::Ok) {
+        if (view(header.keyword) == "PORV    ") return static_cast<std::uint64_t>(header.count) == cells;
+        if (skip_block(reader, header) == ReadResult::Error) return false;
+    }
+    return false;
+}
+
+ReadResult createCells(RecordReader& reader, const BlockHeader& header, const std::vector<std::int32_t>& head,
+                       GridModel& grid) {
+    const int nx = slotOf(head, inte_head::NX), ny = slotOf(head, inte_head::NY),
+              nz = slotOf(head, inte_head::NZ);
+    if (checkGridSize(nx, ny, nz) != GridSize::Usable)
+        return rejectBlock(reader, header, "a grid of these dimensions cannot be held");
+    const auto cells =
+        static_cast<std::uint64_t>(nx) * static_cast<std::uint64_t>(ny) * static_cast<std::uint64_t>(nz);
+    if (!poreVolumesFollow(reader, cells))
+        return rejectBlock(reader, header, "the file has no pore volumes for a grid of these dimensions");
+    grid.NX = nx;
+    grid.NY = ny;
+    grid.NZ = nz;
+    if (!allocateGrid(grid)) return rejectBlock(reader, header, "there is no memory for so many cells");
+    return ReadResult::EndOfFile;
+}
+
+/// Hands out every value of a block with its cell: of all cells, or of the active ones.
+template <class Take>
+ReadResult spread(RecordReader& reader, const BlockHeader& header, const std::vector<float>& values,
+                  const GridModel& grid, Take take) {
+    const bool whole = values.size() == static_cast<std::size_t>(grid.NCELLS);
+    if (!whole && values.size() != static_cast<std::size_t>(activeCount(grid)))
+        return rejectBlock(reader, header, "one real value per cell or per active cell was expected");
+    ActiveWalk walk{grid};
+    for (std::size_t n = 0; n < values.size(); ++n)
+        take(whole ? static_cast<CellId>(n) + 1 : walk.next(), static_cast<double>(values[n]));
+    return ReadResult::Ok;
+}
+
+/// Puts a value from a file into its place. Gives the difference to what stood there, as far as it shows in
+/// the single precision of the file.
+double replace(double& held, double value) {
+    const double difference = std::abs(static_cast<double>(static_cast<float>(held)) - value);
+    held = value;
+    return difference;
+}
+
+double productPoreVolume(const GridModel& grid, CellId cell) {
+    return grid.PORO[cell] * grid.NTG[cell] * grid.BulkVolume[cell];
+}
+
+void rebuildPoreVolumes(GridModel& grid) {
+    grid.PORV.assign(grid.NCELLS, 0.0);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) grid.PORV[cell] = productPoreVolume(grid, cell);
+}
+
+/// What the run has had so far: nothing in cells that take no part.
+void holdPresentPoreVolumes(GridModel& grid) {
+    rebuildPoreVolumes(grid);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        if (grid.Active[cell] == 0) grid.PORV[cell] = 0.0;
+}
+
+bool names(const BlockHeader& header, std::string_view keyword, std::string_view alternative) {
+    return view(header.keyword) == keyword || view(header.keyword) == alternative;
+}
+
+struct InitTarget {
+    const UnitSystem& units;
+    GridModel& grid;
+    ConnectionTable& connections;
+    InitDifferences& differences;
+    bool poreVolumeSeen = false;
+};
+
+ReadResult takePoreVolumes(RecordReader& reader, const BlockHeader& header, const BlockData& data,
+                           InitTarget& target) {
+    target.poreVolumeSeen = true;
+    const double factor = CubicFeetPerBarrel / target.units.VolumeFactor;  // rb to internal volume
+    return spread(reader, header, data.reals, target.grid, [&](CellId cell, double value) {
+        target.differences.poreVolume += replace(target.grid.PORV[cell], value * factor);
+    });
+}
+
+/// Takes a block that the table of its kind names; false where no table does.
+bool takeNamed(RecordReader& reader, const BlockHeader& header, const BlockData& data, InitTarget& target,
+               ReadResult& result) {
+    for (const PropertyRow& row : Properties) {
+        if (!names(header, row.keyword, row.alternative)) continue;
+        result = spread(reader, header, data.reals, target.grid,
+                        [&](CellId cell, double value) { (target.grid.*row.values)[cell] = value; });
+        return true;
+    }
+    for (std::size_t axis = 0; axis < std::size(TransRows); ++axis) {
+        const TransRow& row = TransRows[axis];
+        if (!names(header, row.keyword, row.alternative)) continue;
+        result = spread(reader, header, data.reals, target.grid, [&](CellId cell, double value) {
+            target.differences.trans[axis] += replace(target.connections.Trans(cell, row.face), value);
+        });
+        return true;
+    }
+    if (view(header.keyword) != "PORV    ") return false;
+    result = takePoreVolumes(reader, header, data, target);
+    return true;
+}
+
+/// Slots 1, 3, 5 from the high faces of the neighbours there.
+void fillLowFaces(const GridModel& grid, ConnectionTable& connections) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int low = 1; low <= 5; low += 2) {
+            const CellId neighbour = connections.Neighbour(cell, low);
+            if (neighbour > 0) connections.Trans(cell, low) = connections.Trans(neighbour, low + 1);
+        }
+}
+
+void tellDifferences(const Console& console, const InitDifferences& differences) {
+    both(console, "Sum Trans Error : X direc = {}", number(differences.trans[0]));
+    both(console, "Sum Trans Error : Y direc = {}", number(differences.trans[1]));
+    both(console, "Sum Trans Error : Z direc = {}", number(differences.trans[2]));
+    both(console, "Sum Porev Error :         = {}", number(differences.poreVolume));
+}
+
+}  // namespace
+
+ReadResult readInitBlocks(const Console& console, const RunOptions& options, const UnitSystem& units,
+                          RecordReader& reader, GridModel& grid, ConnectionTable& connections,
+                          InitDifferences& differences) {
+    const bool fresh = grid.NCELLS == 0;
+    if (!fresh && grid.PORV.empty()) holdPresentPoreVolumes(grid);
+    InitTarget target{units, grid, connections, differences};
+    const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
+        if (view(header.keyword) == "INTEHEAD") {
+            if (data.integers.size() < LeastHeadSlots)
+                return rejectBlock(reader, header, "a longer list of integers was expected");
+            logEmployed(console, header);
+            if (fresh) return createCells(reader, header, data.integers, grid);
+            checkHead(console, options, grid, data.integers);
+            tellGridType(console, slotOf(data.integers, inte_head::GridType));
+            return ReadResult::Ok;
+        }
+        ReadResult taken = ReadResult::Ok;
+        if (fresh || !takeNamed(reader, header, data, target, taken))
+            logNeglected(console, header);
+        else
+            logEmployed(console, header);
+        return taken;
+    });
+    if (result == ReadResult::Error || fresh) return result;
+    fillLowFaces(grid, connections);
+    if (!target.poreVolumeSeen) rebuildPoreVolumes(grid);
+    return result;
+}
+
+void input_INIT_TRANS(const Console& console, const RunOptions& options, const UnitSystem& units,
+                      std::string_view header, GridModel& grid, ConnectionTable& connections) {
+    logReaderStart(console, " Function Callecd  : input_INIT_TRANS");
+    const std::string path = outsideFile(options, header, ".INIT");
+    const bool fresh = grid.NCELLS == 0;
+    InitDifferences differences;
+    RecordReader reader;
+    if (open_read(path, ByteOrder::Big, reader) != 0) {
+        both(console, " ECLIPSE .INIT File Not Found :: {}", path);
+        return;
+    }
+    if (readInitBlocks(console, options, units, reader, grid, connections, differences) == ReadResult::Error)
+        stopOnRecordFault(console, reader);
+    close(reader);
+    if (!fresh) tellDifferences(console, differences);
+    logReaderEnd(console, " Function End Normally: input_INIT_TRANS");
+}
+
+}  // namespace kvr

@@ -1,0 +1,197 @@
+#include "eclipse/summary_reader.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "eclipse/file_failure.hpp"
+#include "eclipse/file_names.hpp"
+#include "eclipse/keyword_loop.hpp"
+#include "eclipse/well_data_files.hpp"
+
+#include <map>
+
+namespace kvr {
+
+namespace {
+
+constexpr int LastStep = 9999;
+constexpr std::string_view TimeKeyword = "TIME    ";
+
+std::string nameOf(const Text8& text) {
+    return std::string(trim(view(text)));
+}
+
+[[noreturn]] void stopOnSummaryFault(const Console& console, const RecordReader& reader) {
+    lineToBoth(console, "ERROR: Summary file error( .SXXXX file )");
+    lineToBoth(console, "       File I/O Error, in Summary file");
+    both(console, "ERROR: File reading error, code = {}", reader.fault.status);
+    both(console, "       Reading error, Last Keyword was {}", view(reader.lastKeyword));
+    tellFaultPlace(console, reader);
+    hardStop(console);
+}
+
+bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec& spec) {
+    const std::string_view keyword = view(header.keyword);
+    if (keyword == "DIMENS  ") {
+        if (!data.integers.empty()) spec.vectorCount = data.integers.front();
+        return true;
+    }
+    if (keyword == "KEYWORDS") {
+        spec.keywords = data.texts;
+        return true;
+    }
+    if (keyword == "WGNAMES ") {
+        spec.wells = data.texts;
+        return true;
+    }
+    if (keyword == "NUMS    ") {
+        spec.numbers = data.integers;
+        return true;
+    }
+    return false;
+}
+
+/// Adds the vectors of one place in the specification to the plan.
+void planPlace(const Console& console, const SummarySpec& spec,
+               const std::vector<ResponseMnemonic>& mnemonics, int wellCount, std::size_t place,
+               std::map<int, int>& used, std::map<std::string, int>& connections, SummaryPlan& plan,
+               SummaryResponse& response) {
+    for (const ResponseMnemonic& mnemonic : mnemonics) {
+        if (view(spec.keywords[place]) != mnemonic.name) continue;
+        const std::string well = nameOf(spec.wells[place]);
+        if (mnemonic.id == response::CVFR) {
+            const int number = place < spec.numbers.size() ? spec.numbers[place] : 0;
+            plan.entries.push_back({place, response.connections.size(), true});
+            response.connections.push_back({well, number, ++connections[well], {}});
+        } else {
+            int& slots = used[mnemonic.id];
+            const bool ofField = mnemonic.id >= response::FPR && mnemonic.id <= response::FGIR;
+            if (slots >= (ofField ? 1 : wellCount)) continue;
+            ++slots;
+            plan.entries.push_back({place, response.vectors.size(), false});
+            response.vectors.push_back({mnemonic.id, slots, {}});
+            if (mnemonic.id == response::WOPR) response.wellNames.push_back(well);
+        }
+        log(console, " Key Found -> {} :: {}", mnemonic.name, view(spec.wells[place]));
+    }
+}
+
+void storeStep(const std::vector<float>& values, const SummaryPlan& plan, SummaryResponse& response) {
+    const auto valueAt = [&](std::size_t place) {
+        return place < values.size() ? static_cast<double>(values[place]) : 0.0;
+    };
+    response.time.push_back(valueAt(static_cast<std::size_t>(plan.time)));
+    for (const SummaryPlan::Entry& entry : plan.entries) {
+        const double value = valueAt(entry.place);
+        if (entry.isConnection)
+            response.connections[entry.target].values.push_back(value);
+        else
+            response.vectors[entry.target].values.push_back(value);
+    }
+}
+
+void openSpec(const Console& console, const RunOptions& options, std::string_view header,
+              RecordReader& reader) {
+    const std::string path = outsideFile(options, header, ".SMSPEC");
+    if (open_read(path, ByteOrder::Big, reader) == 0)
+        return lineToLog(console, " ECLIPSE .SMSPEC File Found. ");
+    lineToBoth(console, "ERROR: SMSPEC file is not given. Cannot Check .SXXXX file.");
+    lineToBoth(console, "       File I/O Error, in Summary file");
+    lineToBoth(console, path);
+    hardStop(console);
+}
+
+void readSteps(const Console& console, const RunOptions& options, std::string_view header,
+               const SummarySpec& spec, const SummaryPlan& plan, SummaryResponse& response) {
+    for (int step = response.firstStep;; ++step) {
+        if (step > LastStep)
+            return lineToBoth(console, "ERROR :: Time Step does not match with SMSPEC and SUMMARY file");
+        const std::string path = outsideFile(options, header, ".S", step);
+        RecordReader reader;
+        if (open_read(path, ByteOrder::Big, reader) != 0) return log(console, " Not Found -> {}", path);
+        log(console, " Start Reading -> {}", path);
+        StepFit fit = StepFit::Fits;
+        if (readSummaryStep(reader, spec, plan, response, fit) == ReadResult::Error)
+            stopOnSummaryFault(console, reader);
+        close(reader);
+        if (fit == StepFit::OtherLength)
+            return lineToBoth(console, "No. of Vectors not same in .smspec, .unsmry files");
+        log(console, " -> Finished Reading {}", path);
+    }
+}
+
+}  // namespace
+
+ReadResult readSummarySpec(const Console& console, RecordReader& reader, SummarySpec& spec) {
+    BlockHeader last;
+    const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
+        last = header;
+        const bool employed = takeSpecBlock(header, data, spec);
+        log(console, "{}{}",
+            employed ? " SMSPEC Key employd -> " : " SMSPEC Key ignored :  ", view(header.keyword));
+        return ReadResult::Ok;
+    });
+    if (result == ReadResult::Error) return result;
+    if (spec.keywords.size() != spec.wells.size())
+        return rejectBlock(reader, last, "KEYWORDS and WGNAMES are not equally long");
+    // Files of this program tell the number of vectors of one well; what KEYWORDS counts holds then.
+    spec.vectorCount = static_cast<std::int32_t>(spec.keywords.size());
+    lineToLog(console, " -> Finished Reading SMSPEC.");
+    return ReadResult::Ok;
+}
+
+SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
+                         SummaryResponse& response) {
+    const std::vector<ResponseMnemonic> mnemonics = responseMnemonics(componentCount);
+    std::map<int, int> used;
+    std::map<std::string, int> connections;
+    SummaryPlan plan;
+    for (std::size_t place = 0; place < spec.keywords.size(); ++place) {
+        if (view(spec.keywords[place]) == TimeKeyword)
+            plan.time = static_cast<int>(place);
+        else
+            planPlace(console, spec, mnemonics, wellCount, place, used, connections, plan, response);
+    }
+    return plan;
+}
+
+ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const SummaryPlan& plan,
+                           SummaryResponse& response, StepFit& fit) {
+    fit = StepFit::Fits;
+    std::vector<float> values;
+    const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
+        if (view(header.keyword) != "PARAMS  ") return ReadResult::Ok;
+        if (data.reals.size() != static_cast<std::size_t>(spec.vectorCount)) {
+            fit = StepFit::OtherLength;
+            return ReadResult::EndOfFile;
+        }
+        values = data.reals;
+        return ReadResult::Ok;
+    });
+    if (result == ReadResult::Ok && fit == StepFit::Fits) storeStep(values, plan, response);
+    return result;
+}
+
+void read_ECL_response(const Console& console, const RunOptions& options, const WellRecord& wells,
+                       std::string_view header, int firstStep, SummaryResponse& response) {
+    logReaderStart(console, " Function Called : read_ECL_response");
+    response = {};
+    response.firstStep = firstStep;
+    RecordReader reader;
+    openSpec(console, options, header, reader);
+    WellDataFiles files = openWellData(console, options);
+    SummarySpec spec;
+    if (readSummarySpec(console, reader, spec) == ReadResult::Error) stopOnSummaryFault(console, reader);
+    close(reader);
+    const SummaryPlan plan =
+        planResponse(console, spec, options.componentCount, static_cast<int>(wells.wells.size()), response);
+    writeWellDataHeads(options.componentCount, files);
+    if (plan.time < 0)
+        lineToBoth(console, "ERROR :: No TIME keyword was in the .SMSPEC file.");
+    else
+        readSteps(console, options, header, spec, plan, response);
+    writeWellDataRows(options.componentCount, wells, response, files);
+    closeWellData(files);
+    logReaderEnd(console, " Function Ends : read_ECL_response");
+}
+
+}  // namespace kvr

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "deck/options.hpp"
+#include "eclipse/records.hpp"
+#include "eclipse/well_response.hpp"
+#include "pressure/wells.hpp"
+
+#include <string_view>
+
+namespace kvr {
+
+/// Vectors of an outside summary, as its specification names them.
+struct SummarySpec {
+    std::int32_t vectorCount = 0;  // that of KEYWORDS where DIMENS tells another
+    std::vector<Text8> keywords;
+    std::vector<Text8> wells;
+    std::vector<std::int32_t> numbers;
+};
+
+/// Reads an open .SMSPEC file. KEYWORDS and WGNAMES must be equally long, else the reading fails.
+ReadResult readSummarySpec(const Console& console, RecordReader& reader, SummarySpec& spec);
+
+/// Which vector gives the time, which ones give a response: places in PARAMS, 0-based.
+struct SummaryPlan {
+    int time = -1;  // -1: none; the last TIME counts
+    struct Entry {
+        std::size_t place;
+        std::size_t target;  // in SummaryResponse::vectors, or ::connections
+        bool isConnection;
+    };
+    std::vector<Entry> entries;
+};
+
+/// Matches the vectors with the mnemonics; every mnemonic takes at most `wellCount` vectors, those of
+/// connections all.
+SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
+                         SummaryResponse& response);
+
+/// Whether the PARAMS of a step had the length that the specification gives.
+enum class StepFit { Fits, OtherLength };
+
+/// Reads an open .S file into a new step of the response; the last PARAMS of the file counts. A file without
+/// PARAMS gives a step of zeros.
+ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const SummaryPlan& plan,
+                           SummaryResponse& response, StepFit& fit);
+
+/// Reads .SMSPEC and the .S files from `firstStep` on that an outside run left in the working folder, and
+/// replaces WELL_CALCULATED.DATA there; with history controls WELL_OBSERVED.DATA too. `wells` are those of
+/// the run: they bound the vectors of a mnemonic, and injectors have no rows.
+void read_ECL_response(const Console& console, const RunOptions& options, const WellRecord& wells,
+                       std::string_view header, int firstStep, SummaryResponse& response);
+
+}  // namespace kvr
