@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/number_writer.hpp"
+#include "pressure/solvers/multigrid.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -31,6 +32,9 @@ struct CodeText {
 };
 
 constexpr CodeText MultigridCodes[] = {
+    {static_cast<int>(MultigridCode::SmallGrid),
+     "PRESSURES COULD NOT BE SOLVED DUE TO SMALL NO. OF GRID BLCOKS",
+     "YOU SHOULD CHOOSE DGESV FOR PRESSURE SOLVER."},
     {6, "PRESSURES COULD NOT BE SOLVED DUE TO MEMORY PROBLEM", "YOU SHOULD CHOOSE DIRECT MATRIX SOLVER."},
     {13, "DIAGONAL ELEMENT NOT STORED FIRST", ""},
     {14, "DIAGONAL ELEMENT MUST BE NEGATIVE", "CHANGE TO DGESV SOLVER"},
@@ -129,34 +133,18 @@ void tell(const Console& console, const std::vector<std::string>& lines) {
     hardStop(console);
 }
 
+/// The BiCG words' work arrays against what the method takes; false after the texts of a shortage.
+bool hasWorkSpace(const Console& console, const LinearSystem& system) {
+    const std::vector<std::string> lines = shortageTexts(bicgNeed(system), bicgAllocation(system));
+    tell(console, lines);
+    return lines.empty();
+}
+
 [[noreturn]] void stopMemory(const Console& console, SolverFamily family) {
     const bool iterative = family == SolverFamily::Multigrid || family == SolverFamily::BiCg;
     lineToBoth(console, iterative ? "Error :: Memory error for AMG Solver"
                                   : "Error :: Memory error for Direct Solver");
     hardStop(console);
-}
-
-/// What a failed solve does: stops the run, or marks the iteration.
-void answerFailure(const Console& console, const OutputStreams& outputs, double time, SolverFamily family,
-                   const LinearSystem& system, const SolveResult& result, int& it) {
-    switch (result.failure) {
-        case SolveFailure::None:
-            return;
-        case SolveFailure::Memory:
-            if (family == SolverFamily::Multigrid && result.code != 0)
-                tell(console, multigridTexts(result.code));
-            stopMemory(console, family);
-        case SolveFailure::Singular:
-            if (family == SolverFamily::Elimination) stopElimination(console, result);
-            stopDense(console, outputs, time, it, system);
-        case SolveFailure::BadMatrix:
-            tell(console, multigridTexts(result.code));
-            hardStop(console);
-        case SolveFailure::NotConverged:
-        case SolveFailure::NotANumber:
-            it = FailedIteration;
-            return;
-    }
 }
 
 SolveResult runRoute(const SolverRow& row, const LinearSystem& system, PressureSolver& solver) {
@@ -191,6 +179,56 @@ std::vector<std::string> multigridTexts(int code) {
     return lines;
 }
 
+void answerFailure(const Console& console, const OutputStreams& outputs, double time, std::string_view word,
+                   const LinearSystem& system, const SolveResult& result, int& it) {
+    const SolverFamily family = familyOf(word);
+    switch (result.failure) {
+        case SolveFailure::None:
+            return;
+        case SolveFailure::Memory:
+            if (family == SolverFamily::Multigrid && result.code != 0)
+                tell(console, multigridTexts(result.code));
+            stopMemory(console, family);
+        case SolveFailure::Singular:
+            if (family == SolverFamily::Elimination) stopElimination(console, result);
+            stopDense(console, outputs, time, it, system);
+        case SolveFailure::BadMatrix:
+            tell(console, multigridTexts(result.code));
+            hardStop(console);
+        case SolveFailure::NotConverged:
+        case SolveFailure::NotANumber:
+            it = FailedIteration;
+            return;
+    }
+}
+
+WorkSpace bicgNeed(const LinearSystem& system) {
+    const auto n = static_cast<std::int64_t>(system.size),
+               entries = static_cast<std::int64_t>(system.column.size());
+    // Strict triangles with their columns, row starts of both, a place per column; factors, inverse pivots
+    // and eight vectors.
+    return {entries - n + 2 * (n + 1) + n, entries + 8 * n};
+}
+
+WorkSpace bicgAllocation(const LinearSystem& system) {
+    const auto n = static_cast<std::int64_t>(system.size),
+               entries = static_cast<std::int64_t>(system.column.size());
+    return {3 * n + 100 + 5 * entries, 3 * n + 1000 + 10 * entries};
+}
+
+std::vector<std::string> shortageTexts(const WorkSpace& need, const WorkSpace& allocated) {
+    std::vector<std::string> lines;
+    if (need.integers > allocated.integers)
+        lines.push_back(
+            fmt::format("DSLUBC: INTEGER work array too short.  IWORK needs {}: have allocated {}.",
+                        need.integers, allocated.integers));
+    if (need.doubles > allocated.doubles)
+        lines.push_back(
+            fmt::format("DSLUBC: DOUBLE PRECISION work array too short.  RWORK needs {}: have allocated {}.",
+                        need.doubles, allocated.doubles));
+    return lines;
+}
+
 void solvePressure(const Console& console, const RunOptions& options, const OutputStreams& outputs,
                    double time, const LinearSystem& system, PressureSolver& solver, int& it) {
     const SolverRow* row = findSolver(options.pressureSolver);
@@ -201,12 +239,16 @@ void solvePressure(const Console& console, const RunOptions& options, const Outp
     if (options.outputPressureMatrix)
         dumpTriads(console, outputPath(outputs, outputName(OutputFile::PressureMatrix)), system);
     const SolverFamily family = familyOf(row->word);
+    if (family == SolverFamily::BiCg && !hasWorkSpace(console, system)) {
+        it = FailedIteration;
+        return;
+    }
     const SolveResult result = runRoute(*row, system, solver);
     if (family == SolverFamily::BiCg)
         appendInfo(console, outputPath(outputs, outputName(OutputFile::BicgstabInfo)), result, solver);
     if (family == SolverFamily::Multigrid && options.debugOutput)
         appendInfo(console, outputPath(outputs, outputName(OutputFile::AmgInfo)), result, solver);
-    answerFailure(console, outputs, time, family, system, result, it);
+    answerFailure(console, outputs, time, row->word, system, result, it);
 }
 
 void updatePressures(const GridModel& grid, const PressureMatrix& matrix, std::span<const double> solution,

@@ -8,7 +8,9 @@
 #include "pressure/wells.hpp"
 #include "run/output_streams.hpp"
 
+#include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,6 +24,22 @@ inline constexpr double LowestPressure = 15.0;
 
 /// Lines of a multigrid return code, "-- SECTION AMG --" first.
 std::vector<std::string> multigridTexts(int code);
+
+/// What the result of a solve with the solver word does: nothing, when it is good; stops the run with the
+/// texts of its failure; or sets `it` to 999.
+void answerFailure(const Console& console, const OutputStreams& outputs, double time, std::string_view word,
+                   const LinearSystem& system, const SolveResult& result, int& it);
+
+/// Work arrays of the BiCG words, in entries: what the method takes, and what the run sets aside for it.
+struct WorkSpace {
+    std::int64_t integers = 0;
+    std::int64_t doubles = 0;
+};
+WorkSpace bicgNeed(const LinearSystem& system);
+WorkSpace bicgAllocation(const LinearSystem& system);
+
+/// Lines of what is short; none when both arrays suffice.
+std::vector<std::string> shortageTexts(const WorkSpace& need, const WorkSpace& allocated);
 
 /// Solves the system by the route of options.pressureSolver into solver.solution. A word that is not on
 /// the list, a singular dense matrix (dgesl and dgesv write it to PMatrix_T_*.xls first), a matrix that

@@ -8,6 +8,7 @@ namespace kvr {
 
 /// Which check of the matrix failed; the codes that the callers' texts go by.
 enum class MultigridCode : int {
+    SmallGrid = -1,  // of ours: a model too small for the method; start-up takes the direct solver for those
     None = 0,
     Memory = 6,
     DiagonalNotFirst = 13,

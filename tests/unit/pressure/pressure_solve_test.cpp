@@ -1,6 +1,7 @@
 #include "pressure/pressure_solve.hpp"
 
 #include "pressure/pressure_matrix.hpp"
+#include "pressure/solvers/multigrid.hpp"
 #include "unit/pressure/small_run.hpp"
 #include "unit/quiet_console.hpp"
 #include "unit/scratch_folder.hpp"
@@ -31,6 +32,16 @@ LinearSystem systemOf(const std::vector<std::vector<double>>& rows, const std::v
     }
     system.patternStamp = 1;
     return system;
+}
+
+/// The text as a regular expression that means it to the letter.
+std::string asPattern(const std::string& text) {
+    std::string pattern;
+    for (const char c : text) {
+        if (c == '(' || c == ')' || c == '.') pattern += '\\';
+        pattern += c;
+    }
+    return pattern;
 }
 
 /// Solves in a scratch folder.
@@ -114,6 +125,128 @@ TEST(MultigridTexts, NameEveryReturnCode) {
               (Lines{head, "ERRORS OF THE AMG1R5-SYSTEM (SHOULD NOT OCCUR)", "TRANSPOSE A-ENTRY MISSING"}));
     EXPECT_EQ(multigridTexts(99).back(), "FACTORIZATION");
     EXPECT_EQ(multigridTexts(3), (Lines{head, "PRESSURES COULD NOT BE SOLVED WITH IERROR= 3"}));
+}
+
+TEST(MultigridTexts, TellASmallGrid) {
+    EXPECT_EQ(multigridTexts(static_cast<int>(MultigridCode::SmallGrid)),
+              (std::vector<std::string>{"-- SECTION AMG --",
+                                        "PRESSURES COULD NOT BE SOLVED DUE TO SMALL NO. OF GRID BLCOKS",
+                                        "YOU SHOULD CHOOSE DGESV FOR PRESSURE SOLVER."}));
+}
+
+TEST(SolvePressureDeathTest, StopsOnEveryReturnCodeOfTheMultigridWithItsTexts) {
+    Bench bench;
+    const LinearSystem system = systemOf({{2, 1}, {1, 3}}, {3, 5});
+    for (const int code : {-1, 3, 13, 14, 15, 16, 17, 18, 21, 22, 23, 24, 25, 26, 27, 28}) {
+        SolveResult result;
+        result.failure = SolveFailure::BadMatrix;
+        result.code = code;
+        std::string all;
+        for (const std::string& line : multigridTexts(code)) all += asPattern(line) + "\n";
+        for (const char* word : {"amg", "samg"}) {
+            EXPECT_EXIT(
+                answerFailure(consoleOnStandardError(), bench.outputs, 0.0, word, system, result, bench.it),
+                ::testing::ExitedWithCode(1), all);
+        }
+    }
+}
+
+TEST(SolvePressureDeathTest, StopsOnAMatrixThatTheMultigridRefuses) {
+    Bench bench;
+    bench.options.pressureSolver = "amg";
+    LinearSystem system = systemOf({{2, 1}, {1, -3}}, {3, 5});
+    EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                "-- SECTION AMG --\nDIAGONAL ELEMENT MUST BE NEGATIVE\nCHANGE TO DGESV SOLVER");
+    std::swap(system.column[0], system.column[1]);
+    EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                "-- SECTION AMG --\nDIAGONAL ELEMENT NOT STORED FIRST");
+    system.column[0] = 7;
+    EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                "-- SECTION AMG --\nPOINTER JA ERRONEOUS");
+    system.rowStart[1] = 5;
+    EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                "-- SECTION AMG --\nPOINTER IA ERRONEOUS");
+}
+
+TEST(SolvePressureDeathTest, StopsWhenTheMultigridRunsOutOfMemory) {
+    Bench bench;
+    SolveResult result;
+    result.failure = SolveFailure::Memory;
+    result.code = static_cast<int>(MultigridCode::Memory);
+    EXPECT_EXIT(answerFailure(consoleOnStandardError(), bench.outputs, 0.0, "amg", {}, result, bench.it),
+                ::testing::ExitedWithCode(1),
+                "-- SECTION AMG --\nPRESSURES COULD NOT BE SOLVED DUE TO MEMORY PROBLEM\n"
+                "YOU SHOULD CHOOSE DIRECT MATRIX SOLVER.\nError :: Memory error for AMG Solver");
+}
+
+TEST(SolvePressureDeathTest, StopsWhenADenseMatrixDoesNotFit) {
+    Bench bench;
+    LinearSystem system;
+    system.size = system.cellRows = 50000;  // its square is beyond the indices of LAPACK
+    system.rhs.assign(50000, 1.0);
+    for (int i = 0; i < system.size; ++i) {
+        system.rowStart.push_back(i);
+        system.column.push_back(i);
+        system.value.push_back(1.0);
+    }
+    system.rowStart.push_back(system.size);
+    for (const char* word : {"st", "dgesl", "dgesv"}) {
+        bench.options.pressureSolver = word;
+        EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                    "Error :: Memory error for Direct Solver");
+    }
+}
+
+TEST(SolvePressureDeathTest, StopsTheEliminationOfAnEmptySystemByItsParameters) {
+    Bench bench;
+    bench.options.pressureSolver = "st";
+    LinearSystem system;
+    system.rowStart = {0};
+    EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
+                "PARAMETER ERROR IN LINEAR_SOLVE\nLINEAR_SOLVE FAILED\n"
+                "IT IS HIGHLY PROBABLE THAT THE MATRIX IS SINGULAR.");
+}
+
+TEST(SolvePressure, FailsTheIterationWithoutConvergenceOrWithoutANumber) {
+    const Console quiet{nullptr, nullptr, nullptr};
+    for (const SolveFailure failure : {SolveFailure::NotConverged, SolveFailure::NotANumber}) {
+        for (const char* word : {"amg", "samg", "gmres", "cg", "bicg", "dgesv"}) {
+            Bench bench;
+            SolveResult result;
+            result.failure = failure;
+            answerFailure(quiet, bench.outputs, 0.0, word, {}, result, bench.it);
+            EXPECT_EQ(bench.it, FailedIteration);
+        }
+    }
+    for (const char* word : {"gmres", "cg", "bicg", "amg", "samg"}) {
+        Bench bench;
+        bench.options.pressureSolver = word;
+        bench.solve(systemOf({{2, 1}, {1, 3}}, {std::numeric_limits<double>::quiet_NaN(), 5}), quiet);
+        EXPECT_EQ(bench.it, FailedIteration);
+    }
+    for (const char* word :
+         {"gmres", "cg", "bicg"}) {  // no solution: 1000 iterations leave an error above 1e-7
+        Bench bench;
+        bench.options.pressureSolver = word;
+        bench.solve(systemOf({{1, 1}, {1, 1}}, {1, 2}), quiet);
+        EXPECT_EQ(bench.it, FailedIteration);
+    }
+}
+
+TEST(BicgWorkSpace, TellsWhatIsShort) {
+    EXPECT_TRUE(shortageTexts({10, 20}, {10, 20}).empty());
+    EXPECT_EQ(shortageTexts({11, 21}, {10, 20}),
+              (std::vector<std::string>{
+                  "DSLUBC: INTEGER work array too short.  IWORK needs 11: have allocated 10.",
+                  "DSLUBC: DOUBLE PRECISION work array too short.  RWORK needs 21: have allocated 20."}));
+}
+
+TEST(BicgWorkSpace, IsSetAsideByTheNumbersOfRowsAndEntries) {
+    const LinearSystem system = systemOf({{2, 1}, {1, 3}}, {3, 5});  // 2 rows, 4 entries
+    EXPECT_EQ(bicgAllocation(system).integers, 3 * 2 + 100 + 5 * 4);
+    EXPECT_EQ(bicgAllocation(system).doubles, 3 * 2 + 1000 + 10 * 4);
+    EXPECT_LE(bicgNeed(system).integers, bicgAllocation(system).integers);
+    EXPECT_LE(bicgNeed(system).doubles, bicgAllocation(system).doubles);
 }
 
 namespace {
