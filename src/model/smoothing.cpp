@@ -51,6 +51,9 @@ void smoothRock(const Console& console, const std::vector<ConditioningRow>& rows
     if (grid.smoothingApplied) return;
     grid.smoothingApplied = true;
     for (const ConditioningRow& row : rows) {
+        if (row.iterations > MostSmoothingPasses)
+            both(console, "WARNING :: SMTHPRM count {} is too large, {} is used", row.iterations,
+                 MostSmoothingPasses);
         if (CellArray<double> GridModel::*array = findRockArray(row.name); array != nullptr)
             smooth(grid, row.iterations, grid.*array);
         else

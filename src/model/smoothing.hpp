@@ -17,9 +17,10 @@ CellArray<double> GridModel::*findRockArray(std::string_view name);
 /// MostSmoothingPasses passes.
 void smooth(const GridModel& grid, int passes, CellArray<double>& values);
 
-inline constexpr int MostSmoothingPasses = 10000;
+inline constexpr int MostSmoothingPasses = 1000;  // beyond them a field is as flat as it gets
 
-/// Every row of the list in its order, once per run: repeated conditioning finds the smoothed rock.
+/// Every row of the list in its order, once per run: repeated conditioning finds the smoothed rock. A warning
+/// tells of rows with unknown properties and with too many passes.
 void smoothRock(const Console& console, const std::vector<ConditioningRow>& rows, GridModel& grid);
 
 }  // namespace kvr

@@ -46,6 +46,11 @@ TEST(Smoothing, OfNoPassesLeavesTheValues) {
     expectValues(smoothed(rockOnly(3, 1, 1), -5, {1, 2, 6}), {1, 2, 6});
 }
 
+TEST(Smoothing, EndsWhateverCountADeckGives) {
+    const GridModel grid = rockOnly(3, 1, 1);
+    EXPECT_EQ(smoothed(grid, 2000000000, {1, 2, 6}), smoothed(grid, MostSmoothingPasses, {1, 2, 6}));
+}
+
 TEST(Smoothing, LeavesAGridOfOneCell) {
     expectValues(smoothed(rockOnly(1, 1, 1), 7, {4.5}), {4.5});
 }
