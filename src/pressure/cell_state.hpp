@@ -41,10 +41,10 @@ struct PressureStage {
     double processorSeconds = 0.0;
 
     // Saturations are scaled to sum 1, so after a change of pressure they no longer show the whole amounts.
-    CellAmounts timeLevelAmounts;  // held at the time level; accumulation and IMPES transport start here
+    CellAmounts timeLevelAmounts;  // held at the time level; accumulation starts here
     CellAmounts flashAmounts;      // per pore volume: what the update between iterations flashes (with gas)
-    CellAmounts carried;  // amounts beyond those that the saturations show; IMPES hands them from step to
-                          // step, empty: none
+    CellAmounts carried;  // amounts beyond those that the saturations show; carriesAmounts tells which runs
+                          // hand them from step to step, empty: none
 };
 
 }  // namespace kvr

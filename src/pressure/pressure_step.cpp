@@ -115,9 +115,9 @@ void beginStep(Simulation& s) {
 void beginRepeatedPass(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     if (s.fluids.hasGas) {
-        CellAmounts shown;
-        measureAmounts(s.grid, s.state, shown);
-        setFlashAmounts(shown, s.state.PoreVolume, s.pressure.flashAmounts);
+        CellAmounts held;
+        measureWholeAmounts(s.grid, s.state, s.pressure.carried, held);
+        setFlashAmounts(held, s.state.PoreVolume, s.pressure.flashAmounts);
     }
     updateRates(s);
 }
@@ -258,7 +258,8 @@ void finishStep(Simulation& s) {
     PressureStage& stage = s.pressure;
     keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
     stage.largestDeltaP = largestMove(s.grid, s.timeLevel, s.state);
-    if (s.options.method == "IMPES") measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
+    if (carriesAmounts(s.options, s.fluids))
+        measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
     both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));
 }
 
@@ -285,8 +286,8 @@ void returnToStepStart(const CellState& start, Simulation& simulation) {
     if (simulation.fluids.hasGas)
         setFlashAmounts(stage.timeLevelAmounts, simulation.timeLevel.PoreVolume, stage.flashAmounts);
     updateInPlace(simulation);
-    // IMPES carries the amounts that saturations do not show; they belong to the restored ones now.
-    if (simulation.options.method == "IMPES")
+    // What is carried beyond the saturations belongs to the restored ones now.
+    if (carriesAmounts(simulation.options, simulation.fluids))
         measureCarried(simulation.grid, state, stage.timeLevelAmounts, stage.carried);
 }
 

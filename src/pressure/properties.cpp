@@ -4,6 +4,7 @@
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kvr {
@@ -157,9 +158,12 @@ void UpdateProperties(const Console& console, const RunOptions& options, const G
     }
 }
 
+void sizeAmounts(CellId count, CellAmounts& amounts) {
+    for (CellArray<double>* array : {&amounts.water, &amounts.oil, &amounts.gas}) array->assign(count, 0.0);
+}
+
 void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& amounts) {
-    for (CellArray<double>* array : {&amounts.water, &amounts.oil, &amounts.gas})
-        array->assign(grid.NCELLS, 0.0);
+    sizeAmounts(grid.NCELLS, amounts);
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
         const ConservedAmounts shown = shownAmounts(state, c);
@@ -177,6 +181,13 @@ void measureWholeAmounts(const GridModel& grid, const CellState& state, const Ce
         amounts.oil[c] += carried.oil[c];
         amounts.gas[c] += carried.gas[c];
     }
+}
+
+bool carriesAmounts(const RunOptions& options, const FluidTables& tables) {
+    if (options.method == "IMPES") return true;
+    const std::vector<std::string>& solvers = options.solverPhaseName;
+    return options.method == "streamline" && tables.hasGas && options.lineCompressibility &&
+           std::all_of(solvers.begin(), solvers.end(), [](const std::string& word) { return word == "mas"; });
 }
 
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,

@@ -57,6 +57,9 @@ inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {
     return {shown.water, shown.oil, shown.gas};
 }
 
+/// All 0, one for every cell.
+void sizeAmounts(CellId count, CellAmounts& amounts);
+
 /// Amounts of every active cell as its state shows them, times its pore volume; 0 elsewhere.
 void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& amounts);
 
@@ -64,8 +67,12 @@ void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& 
 void measureWholeAmounts(const GridModel& grid, const CellState& state, const CellAmounts& carried,
                          CellAmounts& amounts);
 
-/// carried = whole - shown by the state. In IMPES it has to follow every change of the saturations that is
-/// no flow: a driver that puts old saturations back calls it with timeLevelAmounts.
+/// Whether steps hand on what cells hold beyond their saturations: in IMPES, and in streamline runs with a
+/// gas phase whose lines are explicit and compressible. Other streamline runs map saturations.
+bool carriesAmounts(const RunOptions& options, const FluidTables& tables);
+
+/// carried = whole - shown by the state. Where amounts are carried it has to follow every change of the
+/// saturations that is no flow: a driver that puts old saturations back calls it with timeLevelAmounts.
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,
                     CellAmounts& carried);
 

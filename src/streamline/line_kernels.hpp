@@ -102,6 +102,7 @@ inline PhaseState stateOfAmounts(const FluidTables& tables, bool keepEndPoints, 
     return recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
 }
 
+/// The same with gas. A node that keeps its amounts keeps them whatever its state shows.
 inline void recoverThreePhase(const FluidTables& tables, bool keepEndPoints, const ConservedAmounts& loss,
                               const FlowNode& before, FlowNode& node) {
     const ConservedAmounts amounts{node.Cw - loss.water, node.Co - loss.oil, node.Cg - loss.gas};
@@ -114,6 +115,10 @@ inline void recoverThreePhase(const FluidTables& tables, bool keepEndPoints, con
     node.Cw = node.Sw * node.inverseBw;
     node.Co = node.So * node.inverseBo;
     node.Cg = node.Sg * node.inverseBg + node.Rs * node.Co;
+    if (!node.keepsAmounts || !std::isfinite(amounts.water + amounts.oil + amounts.gas)) return;
+    node.Cw = std::max(0.0, amounts.water);
+    node.Co = std::max(0.0, amounts.oil);
+    node.Cg = std::max(0.0, amounts.gas);
 }
 
 template <bool Gas>

@@ -14,6 +14,8 @@ struct LineStage {
     std::vector<LineWorker> workers;  // one a thread
     std::vector<LineResult> results;  // one a line of the block being worked
     CellLineLegs legs;                // sized where lines start from cells
+    FaceTransfer transfer;            // in runs that carry amounts
+    CellAmounts movedByWells;         // the same: sum of the rates of the mapping sub-steps so far
     OutletTable outlets;              // since the pressure step, over its mapping sub-steps
     long long substeps = 0;           // transport substeps of all lines of the run
     long long solvedLines = 0;

@@ -7,6 +7,7 @@
 #include "pressure/wells.hpp"
 #include "streamline/analytic_transport.hpp"
 #include "streamline/explicit_transport.hpp"
+#include "streamline/face_transfer.hpp"
 #include "streamline/implicit_transport.hpp"
 #include "streamline/launch_plan.hpp"
 #include "streamline/line_grid.hpp"
@@ -47,6 +48,7 @@ struct LineResult {
     int enteredCount = 0;
     std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line went into
     LineContribution contribution;
+    LinePassage passage;  // where nodes keep their amounts
     LineEnd end;
     int substeps = 0;
     LinePath path;  // where courses are wanted
@@ -64,8 +66,9 @@ struct LineField {
     double nodeFactor = 1.0, mergeFactor = 1.0;
     ExplicitControl control;
     ImplicitControl implicitControl;
-    double step = 0.0;     // days
-    double endTime = 0.0;  // simulated days at the end of the step
+    bool keepsAmounts = false;  // lines move whole amounts, which the cells take through their faces
+    double step = 0.0;          // days
+    double endTime = 0.0;       // simulated days at the end of the step
     bool fromInjector = true;
     bool keepPaths = false;  // lines keep their courses for the line files
     bool gravity = false;    // along-line gravity: the orthogonal projection leaves it to the lines

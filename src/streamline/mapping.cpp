@@ -100,6 +100,11 @@ void store(const PhaseState& mapped, CellId cell, CellState& state) {
     state.Pb[cell] = mapped.Pb;
 }
 
+void mapTracersOfCell(const MappingSums& sums, CellId cell, CellState& state) {
+    for (int t = 0; t < sums.tracer.width; ++t)
+        state.tracer.row(cell)[t] = sums.tracer.row(cell)[t] / sums.weight[cell];
+}
+
 void mapCell(const RunOptions& options, const FluidTables& fluids, const SaturationTable& table,
              const MappingSums& sums, CellId cell, CellState& state) {
     const bool hasGas = fluids.hasGas;
@@ -112,8 +117,7 @@ void mapCell(const RunOptions& options, const FluidTables& fluids, const Saturat
         limitBubblePoint(options, fluids, sums.bubblePointLimit[cell], mapped);
     }
     store(mapped, cell, state);
-    for (int t = 0; t < sums.tracer.width; ++t)
-        state.tracer.row(cell)[t] = sums.tracer.row(cell)[t] / sums.weight[cell];
+    mapTracersOfCell(sums, cell, state);
 }
 
 void limitUnvisited(const SaturationTable& table, CellId cell, CellState& state) {
@@ -188,6 +192,11 @@ void mapToCells(const RunOptions& options, const FluidTables& fluids, const Grid
         else if (options.keepIrreducibleSaturation)
             limitUnvisited(table, cell, state);
     }
+}
+
+void mapTracers(const GridModel& grid, const MappingSums& sums, CellState& state) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        if (grid.Active[cell] != 0 && sums.weight[cell] > 0.0) mapTracersOfCell(sums, cell, state);
 }
 
 void clearMapping(MappingSums& sums) {

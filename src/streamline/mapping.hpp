@@ -41,6 +41,9 @@ void accumulate(const LineContribution& contribution, bool hasGas, bool onlyMiss
 void mapToCells(const RunOptions& options, const FluidTables& fluids, const GridModel& grid,
                 const MappingSums& sums, CellState& state);
 
+/// The tracer concentrations alone.
+void mapTracers(const GridModel& grid, const MappingSums& sums, CellState& state);
+
 /// Zeroes the sums at the end of a step. The visited flags stay for the splitting stage.
 void clearMapping(MappingSums& sums);
 

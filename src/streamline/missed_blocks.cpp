@@ -69,10 +69,15 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
     keepPath(s.console, s.grid, result, s.eclipse.paths);
     if (!result.solved) return;
     const double crossing = result.record.NodeTof[at(result.record.nodeCount)];
+    double flow = s.launch.LineFlux;
     if (stage.only && crossing > 0.0) {
-        scaleWeights(fresh / crossing, result.contribution);
-        addLineEnd(s.wells, result.end, fresh / crossing, s.lines.outlets);
+        flow = fresh / crossing;
+        scaleWeights(flow, result.contribution);
+        addLineEnd(s.wells, result.end, flow, s.lines.outlets);
     }
+    if (s.lines.field.keepsAmounts)
+        addPassage(s.connections, result.contribution.cell, result.contribution.count, flow,
+                   s.mapping.visitedSnapshot, result.passage, s.lines.transfer);
     accumulate(result.contribution, s.fluids.hasGas, true, s.mapping);
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;

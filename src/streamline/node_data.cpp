@@ -1,6 +1,7 @@
 #include "streamline/node_data.hpp"
 
 #include "fluid/black_oil.hpp"
+#include "pressure/properties.hpp"
 #include "streamline/fractional_flow.hpp"
 
 #include <algorithm>
@@ -62,6 +63,7 @@ void loadPosition(const FluidTables& fluids, const NodeData& data, FlowNode& nod
     node.expansion = data.expansion;
     node.Rs = data.Rs;
     if (!fluids.hasGas) return;
+    node.keepsAmounts = data.keepsAmounts;
     node.pressure = data.pressure;
     node.bubblePoint = data.Pb;
     node.Sg = data.Sg;
@@ -113,8 +115,9 @@ void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {
 
 }  // namespace
 
-Storage storageOf(const RunOptions& options) {
+Storage storageOf(const RunOptions& options, const FluidTables& fluids) {
     if (!options.lineCompressibility) return Storage::Present;
+    if (carriesAmounts(options, fluids)) return Storage::Whole;
     return options.mapCount <= 1 && options.pressureUpdateFrequency <= 1 ? Storage::TimeLevel
                                                                          : Storage::Expanded;
 }
@@ -137,6 +140,18 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
             setStorage(timeLevel, cell, timeLevel.PoreFraction[cell] / state.PoreFraction[cell], node);
         else
             setStorage(state, cell, storage == Storage::Expanded ? 1.0 + node.expansion * step : 1.0, node);
+    }
+}
+
+void addCarriedAmounts(const CellState& state, const CellAmounts& carried, std::vector<NodeData>& nodes) {
+    for (std::size_t cell = 1; cell < nodes.size(); ++cell) nodes[cell].keepsAmounts = true;
+    for (CellId cell = 1; cell <= carried.water.count(); ++cell) {
+        if (!(state.PoreVolume[cell] > 0.0)) continue;
+        NodeData& node = nodes[at(cell)];
+        const double inverse = 1.0 / state.PoreVolume[cell];
+        node.Cw += carried.water[cell] * inverse;
+        node.Co += carried.oil[cell] * inverse;
+        node.Cg += carried.gas[cell] * inverse;
     }
 }
 

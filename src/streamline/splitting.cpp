@@ -3,6 +3,7 @@
 #include "base/stopwatch.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/properties.hpp"
 #include "streamline/splitting_flux.hpp"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ constexpr int ProgressInterval = 50;      // substeps between progress lines
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
     ConservedAmounts amount;  // surface volume per pore volume, kept through the stage
+    ConservedAmounts start;   // the amount when the stage began
     ConservedAmounts rate;    // of change, per day
     PhaseState phases;
     RecoveryFactors factors;
@@ -32,6 +34,8 @@ struct CellWork {
 struct SplittingStage {
     bool capillary = false;
     bool projection = false;
+    bool carries = false;      // amounts that saturations do not show are handed on
+    bool throughFlow = false;  // gas and oil against the total flow that transport has moved
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
@@ -86,6 +90,7 @@ void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) 
     work.amount.water = work.phases.Sw * shared.inverseBw;
     work.amount.oil = work.phases.So * shared.inverseBo;
     work.amount.gas = work.phases.Sg * shared.inverseBg + work.phases.Rs * work.amount.oil;
+    work.start = work.amount;
     refreshCell(simulation, cell, stage);
 }
 
@@ -111,6 +116,9 @@ SplittingStage beginStage(Simulation& simulation) {
     if (!stage.capillary && simulation.flatBedValue < FlatBedLimit) stage.firstFace = 5;
     stage.projection = options.orthogonalProjection && !simulation.mapping.CellVisited.empty() &&
                        simulation.velocity.CellFaceVelocity.width >= 6;
+    stage.carries = carriesAmounts(options, simulation.fluids) && !simulation.pressure.carried.water.empty();
+    // Lines that take gravity along themselves leave nothing of their flow to correct.
+    stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
@@ -138,6 +146,11 @@ double relativeRate(double saturation, double outflow) {
     return outflow / (saturation > MachineEpsilon ? std::min(saturation, 1.0) : 1.0);
 }
 
+/// Total flow out of a cell through a face.
+double outflow(const VelocityField& velocity, CellId cell, int face) {
+    return FaceSign[static_cast<std::size_t>(face) - 1] * velocity.CellFaceFlux(cell, face);
+}
+
 /// Rates of change of a cell from its own faces alone; every connection is worked from both sides, so that
 /// each cell writes only itself. Returns the largest relative rate of its phases.
 double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
@@ -154,8 +167,9 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
         if (project) t *= acrossVelocity(stage, cell, j, face);
+        const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
-                        hasGas, out);
+                        hasGas, through, out);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
     work.rate = {-out.amount.water / poreVolume, -out.amount.oil / poreVolume, -out.amount.gas / poreVolume};
@@ -209,6 +223,17 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     return dt;
 }
 
+/// Adds what the stage has brought into each cell.
+void addExchanged(const SplittingStage& stage, const CellArray<double>& poreVolume, CellAmounts& amounts) {
+    for (CellId cell = 1; cell <= poreVolume.count(); ++cell) {
+        const CellWork& work = stage.own[cell];
+        if (!work.working) continue;
+        amounts.water[cell] += poreVolume[cell] * (work.amount.water - work.start.water);
+        amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - work.start.oil);
+        amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - work.start.gas);
+    }
+}
+
 /// What is there but next to nothing is lifted to the smallest amount that counts.
 double liftTiny(double saturation) {
     return saturation > 0.0 && saturation < MachineEpsilon ? MachineEpsilon : saturation;
@@ -227,6 +252,17 @@ void writeBack(const SplittingStage& stage, Simulation& simulation) {
         state.Rs[cell] = work.phases.Rs;
         state.Pb[cell] = work.phases.Pb;
     }
+}
+
+/// The states into the cells; in a run that carries amounts also what these do not show of the amounts.
+void finishStage(const SplittingStage& stage, Simulation& simulation) {
+    if (!stage.carries) return writeBack(stage, simulation);
+    CellAmounts whole;
+    measureWholeAmounts(simulation.grid, simulation.state, simulation.pressure.carried, whole);
+    addExchanged(stage, simulation.state.PoreVolume, whole);
+    writeBack(stage, simulation);
+    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    measureCarried(simulation.grid, simulation.state, whole, simulation.pressure.carried);
 }
 
 }  // namespace
@@ -262,7 +298,7 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
                  steps, number(dt));
         }
     }
-    writeBack(stage, simulation);
+    finishStage(stage, simulation);
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
               std::uint8_t{0});
     both(console, "time elapsed Capillary&Gravity : {}", number(wallSeconds() - wallStart));

@@ -54,10 +54,72 @@ inline PairFlux counterCurrentFlux(double trans, const PairPhase& a, const PairP
     return flux;
 }
 
+/// Gas and oil over a face: what leaves cell i, and where each phase comes from.
+struct GasOilFlux {
+    double gas = 0.0, oil = 0.0;  // internal volume a day
+    bool gasFromI = true, oilFromI = true;
+};
+
+/// Flow of gas and oil under gravity and capillarity over a face through which both together flow at the
+/// rate `through` out of i, each phase upstream by its own flow (phase potential upstream after Brenier and
+/// Jaffre 1991):
+///   q_g = lg / (lg + lo) (through + T lo d),  q_o = through - q_g,  d = (rho_g - rho_o) dD + Pcog(i) -
+///   Pcog(j)
+/// The phase that d drives out of i, gas with d > 0, oil with d < 0, comes from i unless `through` overcomes
+/// it; the same from j for the other one. With through = 0 this is the counter-current exchange.
+inline GasOilFlux gasOilFlux(double trans, double through, double d, const PairPhase& gas,
+                             const PairPhase& oil) {
+    GasOilFlux flux;
+    if (d > 0.0) {
+        flux.gasFromI = through + trans * d * oil.lambdaJ > 0.0;
+        flux.oilFromI = through - trans * d * gas.lambdaI > 0.0;
+    } else {
+        flux.gasFromI = through + trans * d * oil.lambdaI > 0.0;
+        flux.oilFromI = through - trans * d * gas.lambdaJ > 0.0;
+    }
+    const double lg = flux.gasFromI ? gas.lambdaI : gas.lambdaJ;
+    const double lo = flux.oilFromI ? oil.lambdaI : oil.lambdaJ;
+    if (!(lg + lo > 0.0)) return flux;
+    flux.gas = lg / (lg + lo) * (through + trans * lo * d);
+    flux.oil = through - flux.gas;
+    return flux;
+}
+
+/// Gas that leaves i for its own sake. What only takes back gas that transport brought in may exceed what
+/// the cell shows as free, and limits no substep.
+inline double gasLeaving(double gas, double transported) {
+    return transported < 0.0 ? gas : gas - transported;
+}
+
+/// Adds what gravity and capillarity change in the flow of gas and oil out of i, where transport has moved
+/// both by mobilities alone with the total flow `through` out of i. Gas that transport carries against
+/// gravity into a cell without free gas dissolves there, so that no exchange of free phases could take it
+/// back; this does.
+inline void addThroughFlowExchange(const SplittingCell& i, const SplittingCell& j, double trans,
+                                   double through, const PairPhase& gas, const PairPhase& oil,
+                                   ExchangeRates& out) {
+    const SplittingCell& up = through > 0.0 ? i : j;
+    const double pair = up.lambdaO + up.lambdaG;
+    if (!(pair > 0.0)) return;
+    const double q = through * pair / (pair + up.lambdaW);
+    const GasOilFlux flux = gasOilFlux(trans, q, (gas.weight - oil.weight) + (i.pcog - j.pcog), gas, oil);
+    const double movedGas = q * up.lambdaG / pair;
+    const double movedOil = q - movedGas;
+    const SplittingCell& oilUp = flux.oilFromI ? i : j;
+    const double oilRate = flux.oil * oilUp.inverseBo;
+    const double movedOilRate = movedOil * up.inverseBo;
+    out.amount.oil += oilRate - movedOilRate;
+    out.amount.gas += flux.gas * (flux.gasFromI ? i : j).inverseBg - movedGas * up.inverseBg +
+                      oilUp.Rs * oilRate - up.Rs * movedOilRate;
+    out.volumeG += gasLeaving(flux.gas, movedGas);
+    out.volumeO += flux.oil - movedOil;
+}
+
 /// Adds what leaves cell i over one face to `out`. Water and oil, and with a gas phase gas and oil, exchange
 /// by pairs; oil takes its solution gas along. trans internal volume cp/(day psi), head = DepthDiff / 144.
+/// `through`: total flow out of i that transport has moved over the face, 0 where it does not matter.
 inline void addFaceExchange(const SplittingCell& i, const SplittingCell& j, double trans, double head,
-                            bool hasGas, ExchangeRates& out) {
+                            bool hasGas, double through, ExchangeRates& out) {
     const PairPhase oil{i.lambdaO, j.lambdaO, 0.5 * (i.rhoO + j.rhoO) * head};
     const PairPhase water{i.lambdaW, j.lambdaW, 0.5 * (i.rhoW + j.rhoW) * head};
     const PairFlux wo = counterCurrentFlux(trans, water, oil, j.pcow - i.pcow);
@@ -69,6 +131,11 @@ inline void addFaceExchange(const SplittingCell& i, const SplittingCell& j, doub
     out.volumeO -= wo.q;
     if (!hasGas) return;
     const PairPhase gas{i.lambdaG, j.lambdaG, 0.5 * (i.rhoG + j.rhoG) * head};
+    if (through != 0.0) {
+        out.amount.gas += oilUp.Rs * oilRate;
+        addThroughFlowExchange(i, j, trans, through, gas, oil, out);
+        return;
+    }
     const PairFlux go = counterCurrentFlux(trans, gas, oil, i.pcog - j.pcog);
     const SplittingCell& oilBackUp = go.bFromI ? i : j;
     const double oilBackRate = -go.q * oilBackUp.inverseBo;

@@ -4,6 +4,7 @@
 #include "base/stopwatch.hpp"
 #include "eclipse/line_files.hpp"
 #include "fluid/black_oil.hpp"
+#include "streamline/amounts_update.hpp"
 #include "streamline/cell_tags.hpp"
 #include "streamline/exit_flags.hpp"
 #include "streamline/launch.hpp"
@@ -91,8 +92,14 @@ void prepareFields(Simulation& s) {
     prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
     buildTraceField(s.options, s.grid, s.connections, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
                     s.lines.field.trace);
-    gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storageOf(s.options),
-                   s.clock.workDt, s.lines.field.nodes);
+    LineField& field = s.lines.field;
+    const Storage storage = storageOf(s.options, s.fluids);
+    gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storage, s.clock.workDt,
+                   field.nodes);
+    field.keepsAmounts = storage == Storage::Whole;
+    if (!field.keepsAmounts) return;
+    addCarriedAmounts(s.state, s.pressure.carried, field.nodes);
+    clearTransfer(s.grid.NCELLS, s.lines.transfer);
 }
 
 /// Takes over one line's result; called in line order.
@@ -106,6 +113,9 @@ void commitLine(int number, LineResult& result, Simulation& s) {
     if (!result.solved) return;
     ++s.launch.successfulLines;
     accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
+    if (s.lines.field.keepsAmounts)
+        addPassage(s.connections, result.contribution.cell, result.contribution.count, s.launch.LineFlux, {},
+                   result.passage, s.lines.transfer);
     addLineEnd(s.wells, result.end, s.launch.LineFlux, s.lines.outlets);
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
@@ -157,7 +167,11 @@ void sizeStage(Simulation& s) {
     for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);
     s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
     if (tracesMissedBlocks(s)) sizeLegs(nodes, s.lines.legs);
-    for (LineResult& result : s.lines.results) sizeResult(nodes, tracerCount(s.options), result);
+    const bool passes = storageOf(s.options, s.fluids) == Storage::Whole;
+    for (LineResult& result : s.lines.results) {
+        sizeResult(nodes, tracerCount(s.options), result);
+        if (passes) sizePassage(nodes, s.lines.workers.front().line.nodes.size(), result.passage);
+    }
     sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.state, s.mapping);
     s.exitFlags.ExitFacesForward.assign(s.grid.NCELLS, 0);
     s.exitFlags.ExitFacesBackward.assign(s.grid.NCELLS, 0);
@@ -195,8 +209,11 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
     if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation);
     writeLineStep(simulation.console, simulation.options, simulation.clock, simulation.launch.ActiveLines,
                   simulation.eclipse);
-    mapStep(simulation);
     setProducerRates(simulation.lines.outlets, simulation.wells);
+    if (simulation.lines.field.keepsAmounts)
+        advanceByFaceTransfer(substepNumber(simulation.clock, remainingToEnd), simulation);
+    else
+        mapStep(simulation);
     clearStep(simulation);
 }
 

@@ -141,15 +141,42 @@ TEST(GatherNodeData, KeepsTheAmountsOfTheOldLevelPerPresentPoreVolume) {
 }
 
 TEST(StorageOf, UsesTheOldLevelOnlyWhereItIsTheStartOfTheStep) {
+    const FluidTables fluids = samples::plainFlood();
     RunOptions options;
-    EXPECT_EQ(storageOf(options), Storage::TimeLevel);
+    EXPECT_EQ(storageOf(options, fluids), Storage::TimeLevel);
     options.mapCount = 3;
-    EXPECT_EQ(storageOf(options), Storage::Expanded);
+    EXPECT_EQ(storageOf(options, fluids), Storage::Expanded);
     options.mapCount = 1;
     options.pressureUpdateFrequency = 2;
-    EXPECT_EQ(storageOf(options), Storage::Expanded);
+    EXPECT_EQ(storageOf(options, fluids), Storage::Expanded);
     options.lineCompressibility = false;
-    EXPECT_EQ(storageOf(options), Storage::Present);
+    EXPECT_EQ(storageOf(options, fluids), Storage::Present);
+}
+
+TEST(StorageOf, KeepsWholeAmountsInRunsWithGasOnExplicitCompressibleLines) {
+    FluidTables fluids = samples::plainFlood();
+    fluids.hasGas = true;
+    RunOptions options;
+    options.method = "streamline";
+    EXPECT_EQ(storageOf(options, fluids), Storage::Whole);
+    options.solverPhaseName = {"mas", "imp"};
+    EXPECT_EQ(storageOf(options, fluids), Storage::TimeLevel);
+    options.solverPhaseName = {"mas"};
+    options.lineCompressibility = false;
+    EXPECT_EQ(storageOf(options, fluids), Storage::Present);
+}
+
+TEST(AddCarriedAmounts, PutsWhatACellHoldsBeyondItsSaturationsOnItsNodes) {
+    samples::Flow flow = samples::emptyFlow(2, 1, 1, 10.0, 10.0, 10.0);
+    flow.state.PoreVolume[1] = flow.state.PoreVolume[2] = 50.0;
+    std::vector<NodeData> nodes(3);
+    nodes[2].Cg = 7.0;
+    CellAmounts carried;
+    for (CellArray<double>* array : {&carried.water, &carried.oil, &carried.gas}) array->assign(2, 0.0);
+    carried.gas[2] = -100.0;
+    addCarriedAmounts(flow.state, carried, nodes);
+    EXPECT_DOUBLE_EQ(nodes[2].Cg, 5.0);
+    EXPECT_TRUE(nodes[2].keepsAmounts);
 }
 
 }  // namespace

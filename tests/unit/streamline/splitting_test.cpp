@@ -30,9 +30,10 @@ SplittingCell waterOilCell(double pcow) {
     return cell;
 }
 
-ExchangeRates exchange(const SplittingCell& i, const SplittingCell& j, double deeper, bool hasGas = false) {
+ExchangeRates exchange(const SplittingCell& i, const SplittingCell& j, double deeper, bool hasGas = false,
+                       double through = 0.0) {
     ExchangeRates out;
-    addFaceExchange(i, j, 1.0, headOf(deeper), hasGas, out);
+    addFaceExchange(i, j, 1.0, headOf(deeper), hasGas, through, out);
     return out;
 }
 
@@ -102,12 +103,83 @@ TEST(FaceExchange, IsTheSameNumberFromBothSides) {
             c = {draw(),        draw(),       draw(),       draw(), draw(), 62.0 + draw(),
                  40.0 + draw(), 9.0 + draw(), 1.0 + draw(), draw(), draw(), 100.0 * draw()};
         const double deeper = 40.0 * draw() - 20.0;
-        const ExchangeRates there = exchange(cells[0], cells[1], deeper, true);
-        const ExchangeRates back = exchange(cells[1], cells[0], -deeper, true);
+        const double through = n % 2 == 0 ? 0.0 : 4.0 * draw() - 2.0;
+        const ExchangeRates there = exchange(cells[0], cells[1], deeper, true, through);
+        const ExchangeRates back = exchange(cells[1], cells[0], -deeper, true, -through);
         ASSERT_EQ(there.amount.water, -back.amount.water);
         ASSERT_EQ(there.amount.oil, -back.amount.oil);
         ASSERT_EQ(there.amount.gas, -back.amount.gas);
     }
+}
+
+/// Gas and oil in a cell above one with oil alone, 20 ft apart: d = (10 - 50) 20 / 144 = -5.5555556 psi.
+struct GasAboveOil {
+    SplittingCell above, below;
+
+    GasAboveOil() {
+        for (SplittingCell* cell : {&above, &below}) {
+            cell->rhoG = 10.0;
+            cell->rhoO = 50.0;
+            cell->inverseBg = 100.0;
+            cell->inverseBo = 0.8;
+            cell->lambdaO = 0.5;
+        }
+        above.lambdaG = 1.5;
+        above.lambdaO = 0.5;
+        above.Rs = 150.0;
+        below.Rs = 120.0;
+    }
+};
+
+TEST(FaceExchange, TakesBackTheGasThatAWeakDownwardFlowCannotHaveCarried) {
+    // 2 rb/day down. Gas holds against it: 2 - 5.56 * 0.5 < 0, and below there is none, so all of it is oil
+    // from above. Transport has moved 1.5 of gas and 0.5 of oil.
+    const GasAboveOil cells;
+    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, 2.0);
+    EXPECT_NEAR(out.volumeG, -1.5, 1e-12);
+    EXPECT_NEAR(out.volumeO, 1.5, 1e-12);
+    EXPECT_NEAR(out.amount.oil, 0.8 * 1.5, 1e-12);
+    EXPECT_NEAR(out.amount.gas, -1.5 * 100.0 + 150.0 * 0.8 * 1.5, 1e-9);
+    // From below it is no gas of its own that leaves.
+    EXPECT_EQ(exchange(cells.below, cells.above, -20.0, true, -2.0).volumeG, 0.0);
+}
+
+TEST(FaceExchange, SlowsTheGasThatAStrongDownwardFlowCarries) {
+    // 10 rb/day down: both phases from above, gas 0.75 (10 - 0.5 * 5.5555556) instead of 7.5.
+    const GasAboveOil cells;
+    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, 10.0);
+    EXPECT_NEAR(out.volumeG, -0.75 * 0.5 * 40.0 * 20.0 / 144.0, 1e-12);
+    EXPECT_NEAR(out.volumeO, 0.75 * 0.5 * 40.0 * 20.0 / 144.0, 1e-12);
+}
+
+TEST(FaceExchange, LetsOilDrainAgainstAnUpwardFlow) {
+    // 2 rb/day up out of the lower cell: transport moved 2 of oil. Oil from above comes down against it,
+    // 5.5555556 * 1.5 > 2; gas from above would have to fall and does not flow, none comes from below:
+    // nothing but the through flow itself, now counted as oil from below.
+    const GasAboveOil cells;
+    const GasOilFlux flux = gasOilFlux(1.0, -2.0, -40.0 * 20.0 / 144.0, {1.5, 0.0, 0.0}, {0.5, 0.5, 0.0});
+    EXPECT_FALSE(flux.gasFromI);
+    EXPECT_FALSE(flux.oilFromI);
+    EXPECT_EQ(flux.gas, 0.0);
+    EXPECT_EQ(flux.oil, -2.0);
+    EXPECT_EQ(exchange(cells.above, cells.below, 20.0, true, -2.0).volumeG, 0.0);
+}
+
+TEST(FaceExchange, IsTheCounterCurrentOneForAVanishingThroughFlow) {
+    GasAboveOil cells;
+    cells.below.lambdaG = 0.7;
+    const ExchangeRates still = exchange(cells.above, cells.below, 20.0, true);
+    const ExchangeRates moved = exchange(cells.above, cells.below, 20.0, true, 1e-12);
+    EXPECT_NEAR(moved.volumeG, still.volumeG, 1e-11);
+    EXPECT_NEAR(moved.amount.oil, still.amount.oil, 1e-11);
+    EXPECT_NEAR(moved.amount.gas, still.amount.gas, 1e-9);
+}
+
+TEST(FaceExchange, LeavesAHorizontalFlowAsTransportMovedIt) {
+    const GasAboveOil cells;
+    const ExchangeRates out = exchange(cells.above, cells.below, 0.0, true, 3.0);
+    EXPECT_NEAR(out.amount.gas, 0.0, 1e-12);
+    EXPECT_NEAR(out.amount.oil, 0.0, 1e-12);
 }
 
 // --- the stage --------------------------------------------------------------------------------------
