@@ -144,9 +144,9 @@ void sizeSolverLine(int tracedNodes, double nodeFactor, int tracerCount, SolverL
          {&line.tracedTof, &line.tracedDeltaTof, &line.tracedStepLength, &line.tracedDepth})
         array->assign(traced, 0.0);
     for (std::vector<int>* array : {&line.groupMark, &line.tracedNode}) array->assign(size, 0);
-    for (std::vector<double>* array : {&line.Tof, &line.DeltaTof, &line.limitedFw, &line.limitedFo,
-                                       &line.limitedFg, &line.RhoW, &line.RhoO, &line.RhoG, &line.gravityFace,
-                                       &line.gravityW, &line.gravityO, &line.gravityG})
+    for (std::vector<double>* array :
+         {&line.Tof, &line.DeltaTof, &line.limitedFw, &line.limitedFo, &line.limitedFg, &line.RhoW,
+          &line.RhoO, &line.RhoG, &line.gravityFace, &line.gravityW, &line.gravityO, &line.gravityG})
         array->assign(size, 0.0);
     line.nodes.assign(size, {});
     line.tracer.assign(at(tracerCount), std::vector<double>(size, 0.0));
