@@ -155,6 +155,31 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "File Replaced : KVR_Run_EndSwat.out", "water saturation at the end: cell centres and values"},
     {OutputFile::RunPressure, 0, "KVR_Run_Pressure.out", OutputSwitch::View, "pressure          ",
      "File Replaced : KVR_Run_Pressure.out", "pressure at the end, psia, in the same form"},
+    {OutputFile::RunRateAllocation, 0, "KVR_Run_RateAllocation.out", OutputSwitch::View, "", "",
+     "rate that lines carry from each injector to each producer in the last step: running number, connection "
+     "number, rb/day"},
+    {OutputFile::LinePlots, 0, "Streamline_Time_*.plt", OutputSwitch::Lines, "SL_FRAME_PLOT", "",
+     "streamlines of a report time: the grid with water saturation, then a zone of points per line"},
+    {OutputFile::TauInjZone, 0, "KVR_Run_TauINJ.plt", OutputSwitch::TecplotView, "TOF-Inj         ", "",
+     "time of flight from the injector at the end of the run, days; 1e10 where no line comes"},
+    {OutputFile::TauPrdZone, 0, "KVR_Run_TauPRD.plt", OutputSwitch::TecplotView, "TOF-Prd         ", "",
+     "time of flight to the producer"},
+    {OutputFile::TauSumZone, 0, "KVR_Run_TauSUM.plt", OutputSwitch::TecplotView, "TOF-Sum         ", "",
+     "the sum of both"},
+    {OutputFile::PrdCxnZone, 0, "KVR_Run_PrdCxn.plt", OutputSwitch::TecplotView, "PrdCxn", "",
+     "number of the producer that a cell feeds, 0 for none"},
+    {OutputFile::InjCxnZone, 0, "KVR_Run_InjCxn.plt", OutputSwitch::TecplotView, "InjCxn", "",
+     "number of the injector that feeds a cell"},
+    {OutputFile::CxnCxnZone, 0, "KVR_Run_CxnCxn.plt", OutputSwitch::TecplotView, "CxnCxn", "",
+     "connection number of the pair"},
+    {OutputFile::TauInjList, 0, "KVR_Run_TauINJ.out", OutputSwitch::View, "", "",
+     "time of flight from the injector, one value per cell"},
+    {OutputFile::TauPrdList, 0, "KVR_Run_TauPRD.out", OutputSwitch::View, "", "",
+     "time of flight to the producer"},
+    {OutputFile::TauSumList, 0, "KVR_Run_TauSUM.out", OutputSwitch::View, "", "", "the sum of both"},
+    {OutputFile::PrdCxnList, 0, "KVR_Run_prdCxn.out", OutputSwitch::View, "", "",
+     "number of the producer, one value per cell"},
+    {OutputFile::InjCxnList, 0, "KVR_Run_InjCxn.out", OutputSwitch::View, "", "", "number of the injector"},
     {OutputFile::StaticLogKx, 0, "KVR_Tplot_Static_Logkx.plt", OutputSwitch::Tecplot, "Log_k<sub>x</sub>",
      "File Generated : Logkx.plt", "logarithm to base ten of the permeability along x"},
     {OutputFile::StaticLogKy, 0, "KVR_Tplot_Static_Logky.plt", OutputSwitch::Tecplot, "Log_k<sub>y</sub>",
@@ -259,6 +284,10 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.outputEclipse == "Yes";
         case OutputSwitch::EclipseLines:
             return options.outputEclipse == "Yes" && options.outputSln == "Yes";
+        case OutputSwitch::Lines:
+            return options.outputStreamline;
+        case OutputSwitch::TecplotView:
+            return options.outputPlt == "Yes" && options.outputKvrView == "Yes";
         case OutputSwitch::Smoothing:
             return options.parameterSmoothing;
         case OutputSwitch::Upscaling:

@@ -68,6 +68,19 @@ enum class OutputFile {
     RunSweepVolume = Count,
     RunEndSwat,
     RunPressure,
+    RunRateAllocation,
+    LinePlots,  // a pattern of names
+    TauInjZone,
+    TauPrdZone,
+    TauSumZone,
+    PrdCxnZone,
+    InjCxnZone,
+    CxnCxnZone,
+    TauInjList,
+    TauPrdList,
+    TauSumList,
+    PrdCxnList,
+    InjCxnList,
     StaticLogKx,
     StaticLogKy,
     StaticLogKz,
@@ -121,6 +134,8 @@ enum class OutputSwitch {
     ViewOrLines,       // OUTPUTKVR 8 or 4
     Eclipse,           // OUTPUTKVR 9
     EclipseLines,      // OUTPUTKVR 9 and 10
+    Lines,             // OUTPUTKVR 4
+    TecplotView,       // OUTPUTKVR 3 and 8
     Smoothing,         // SMTHPRM
     Upscaling,         // UPSCALE
     HistoryMatch,      // DOINV

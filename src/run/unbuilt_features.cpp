@@ -26,8 +26,6 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
     {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
      "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
-    {[](const RunOptions& o) { return o.outputStreamline || o.outputDiffusiveTof; },
-     "streamline plots (OUTPUTKVR 4 and 5)"},
     {[](const RunOptions& o) { return o.outputSensitivity; }, "sensitivity output (OPTIONKVR 4)"},
 };
 

@@ -7,8 +7,7 @@ namespace kvr {
 
 namespace {
 
-constexpr double LeastCrossing = 1e-12;  // crossing time that ends a leg
-constexpr double FluxGuard = 1e-10;      // rb/day, keeps the residence time of an idle completion finite
+constexpr double FluxGuard = 1e-10;  // rb/day, keeps the residence time of an idle completion finite
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -19,6 +18,7 @@ struct LegField {
     const TraceField& field;
     const CellArray<double>& poreVolume;
     const WellRecord& wells;
+    StandStill standStill;
 };
 
 /// Rate of the well's completion in the cell, the last one listed there, rb/day.
@@ -93,7 +93,7 @@ double traceLeg(const LegField& on, CellId start, bool withFlow, CellArray<std::
             n == 1
                 ? middle(cell)
                 : entryPoint(leg.NodeLocalPoint[at(n) - 1], leg.NodeExitFace[at(n) - 1], cell, on.field.flat);
-        current = crossNode(on.grid, on.field, {current, entry, withFlow, LeastCrossing}, n, leg);
+        current = crossNode(on.grid, on.field, {current, entry, withFlow, on.standStill}, n, leg);
         if (current != 0) continue;
         leg.nodeCount = n - 1;  // the unfinished node is dropped
         if (n == 1) standStill(leg);
@@ -193,8 +193,8 @@ bool hasInflow(const TraceCell& cell) {
 
 double traceThroughCell(const GridModel& grid, const TraceField& field, const CellArray<double>& poreVolume,
                         const WellRecord& wells, CellId cell, CellArray<std::uint8_t>& visited,
-                        CellLineLegs& legs, StreamlineRecord& record) {
-    const LegField on{grid, field, poreVolume, wells};
+                        const StandStill& standStill, CellLineLegs& legs, StreamlineRecord& record) {
+    const LegField on{grid, field, poreVolume, wells, standStill};
     if (!hasInflow(field.cells[at(cell)])) {
         record.nodeCount = record.enteredNodes = 0;
         record.injector = record.producer = 0;

@@ -17,6 +17,9 @@ struct CellLineLegs {
 
 void sizeLegs(int nodes, CellLineLegs& legs);
 
+/// Where legs of lines that carry transport stand still.
+inline constexpr StandStill LegStandStill{1e-12};
+
 /// Traces the line through the centre of `cell` both ways, with the flow to a cell tagged "prd" and against
 /// it to one tagged "inj", and joins the halves so that the record runs from the injector's end: the nodes
 /// are (back + forward - 1), the start cell stands once with the time of both halves. A well cell at an end
@@ -27,7 +30,7 @@ void sizeLegs(int nodes, CellLineLegs& legs);
 /// is the pore volume (rb) of those that were not marked before.
 double traceThroughCell(const GridModel& grid, const TraceField& field, const CellArray<double>& poreVolume,
                         const WellRecord& wells, CellId cell, CellArray<std::uint8_t>& visited,
-                        CellLineLegs& legs, StreamlineRecord& record);
+                        const StandStill& standStill, CellLineLegs& legs, StreamlineRecord& record);
 
 /// Some flow runs into the cell through its faces: not so in an injector's cell and in a dead one.
 bool hasInflow(const TraceCell& cell);

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "streamline/cell_line.hpp"
+#include "streamline/diagnostic_maps.hpp"
+#include "streamline/line_plot.hpp"
 #include "streamline/line_worker.hpp"
+#include "streamline/pair_table.hpp"
 
 #include <vector>
 
@@ -16,6 +19,9 @@ struct LineStage {
     CellLineLegs legs;                // sized where lines start from cells
     FaceTransfer transfer;            // in runs that carry amounts
     CellAmounts movedByWells;         // the same: sum of the rates of the mapping sub-steps so far
+    PairTable pairs;                  // of the present step
+    LinePlot plot;
+    DiagnosticMaps diagnostics;
     OutletTable outlets;              // since the pressure step, over its mapping sub-steps
     long long substeps = 0;           // transport substeps of all lines of the run
     long long solvedLines = 0;

@@ -61,6 +61,7 @@ LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& li
     end.water = line.outletWater;
     end.oil = line.outletOil;
     end.gas = line.outletGas;
+    end.waterFraction = line.outletWater * line.nodes[at(line.nodeCount)].Bw;
     return end;
 }
 

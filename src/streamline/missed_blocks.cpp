@@ -2,6 +2,7 @@
 
 #include "base/stopwatch.hpp"
 #include "streamline/cell_line.hpp"
+#include "streamline/line_output.hpp"
 #include "streamline/mapping.hpp"
 #include "streamline/producer_rates.hpp"
 
@@ -19,8 +20,9 @@ std::size_t at(int n) {
 }
 
 struct MissedStage {
-    CellId next = 1;            // first cell not looked at yet
-    int additional = 0;         // lines so far
+    CellId next = 1;     // first cell not looked at yet
+    int additional = 0;  // lines so far
+    int iterationsLeft = 0;
     bool only = false;          // mode "cel": no other lines
     std::vector<double> fresh;  // rb first entered by each line of the block
 };
@@ -41,7 +43,7 @@ int traceBlock(Simulation& s, MissedStage& stage) {
         result.solved = false;
         stage.fresh[at(count)] =
             traceThroughCell(s.grid, s.lines.field.trace, s.state.PoreVolume, s.wells, stage.next,
-                             s.mapping.CellVisited, s.lines.legs, result.record);
+                             s.mapping.CellVisited, LegStandStill, s.lines.legs, result.record);
         ++count;
     }
     return count;
@@ -67,6 +69,7 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
     ++s.launch.ActiveLines;
     ++stage.additional;
     keepPath(s.console, s.grid, result, s.eclipse.paths);
+    putMissedLine(result, stage.iterationsLeft, s);
     if (!result.solved) return;
     const double crossing = result.record.NodeTof[at(result.record.nodeCount)];
     double flow = s.launch.LineFlux;
@@ -90,7 +93,7 @@ bool tracesMissedBlocks(const Simulation& simulation) {
     return simulation.options.traceMissed == "Yes" || simulation.launch.LaunchMode == "cel";
 }
 
-void traceMissedBlocks(Simulation& simulation) {
+void traceMissedBlocks(Simulation& simulation, int iterationsLeft) {
     const double start = wallSeconds();
     lineToScreen(simulation.console, "-- Saturation calculation from missed blk --");
     const std::string mode = simulation.launch.LaunchMode;
@@ -99,6 +102,7 @@ void traceMissedBlocks(Simulation& simulation) {
     simulation.lines.field.fromInjector = true;
     simulation.mapping.visitedSnapshot = simulation.mapping.CellVisited;
     MissedStage stage;
+    stage.iterationsLeft = iterationsLeft;
     stage.only = mode == "cel";
     stage.fresh.assign(simulation.lines.results.size(), 0.0);
     while (const int count = traceBlock(simulation, stage)) {

@@ -15,6 +15,6 @@ bool tracesMissedBlocks(const Simulation& simulation);
 /// one flow each: a line stands for the flow that fills, in the time it takes from end to end, the pore
 /// volume that it was the first to enter. That flow weighs its end at the producer and its residence times
 /// in the mapping.
-void traceMissedBlocks(Simulation& simulation);
+void traceMissedBlocks(Simulation& simulation, int iterationsLeft);
 
 }  // namespace kvr

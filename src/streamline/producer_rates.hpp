@@ -18,6 +18,7 @@ struct LineEnd {
     int well = 0;  // 1-based, 0 for none
     CellId cell = 0;
     double water = 0.0, oil = 0.0, gas = 0.0;  // surface volume per reservoir volume
+    double waterFraction = 0.0;                // reservoir volume of water per reservoir volume
 };
 void addLineEnd(const WellRecord& wells, const LineEnd& end, double flow, OutletTable& outlets);
 

@@ -7,7 +7,9 @@
 #include "streamline/amounts_update.hpp"
 #include "streamline/cell_tags.hpp"
 #include "streamline/exit_flags.hpp"
+#include "streamline/flow_diagnostics.hpp"
 #include "streamline/launch.hpp"
+#include "streamline/line_output.hpp"
 #include "streamline/mapping.hpp"
 #include "streamline/missed_blocks.hpp"
 #include "streamline/producer_rates.hpp"
@@ -24,6 +26,7 @@ namespace {
 constexpr int LinesPerThread = 8;  // of one block: enough to even out long and short lines
 constexpr int ProgressParts = 10;  // "Calculation Finished" lines of a step, at most
 constexpr int LeastProgressStep = 5;
+constexpr double EndSlack = 1e-8;  // days to the end of the run that count as none
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -103,13 +106,14 @@ void prepareFields(Simulation& s) {
 }
 
 /// Takes over one line's result; called in line order.
-void commitLine(int number, LineResult& result, Simulation& s) {
+void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& s) {
     for (int n = 0; n < result.enteredCount; ++n) s.mapping.CellVisited[result.entered[at(n)]] = 1;
     if (number == s.launch.ActiveLines) {
         const int dropped = result.record.status == TraceStatus::ReachedWell ? 0 : 1;
         reportTracing(s.console, s.tags, number - dropped, s.mapping);
     }
     keepPath(s.console, s.grid, result, s.eclipse.paths);
+    putLaunchedLine(result, iterationsLeft, s);
     if (!result.solved) return;
     ++s.launch.successfulLines;
     accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
@@ -141,17 +145,24 @@ void workBlock(int first, int count, Simulation& s) {
 
 /// Every line is traced and solved, in blocks of lines at once; results are taken over in line order, so
 /// that they do not depend on the number of threads.
-void lineLoop(Simulation& s) {
+void lineLoop(int iterationsLeft, Simulation& s) {
     const auto block = static_cast<int>(s.lines.results.size());
     for (int first = 1; first <= s.launch.ActiveLines; first += block) {
         const int count = std::min(block, s.launch.ActiveLines - first + 1);
         workBlock(first, count, s);
-        for (int k = 0; k < count; ++k) commitLine(first + k, s.lines.results[at(k)], s);
+        for (int k = 0; k < count; ++k) commitLine(first + k, s.lines.results[at(k)], iterationsLeft, s);
     }
 }
 
 void printElapsed(const Console& console, double start) {
     both(console, "time elapsed transSL : {}", number(wallSeconds() - start));
+}
+
+/// Maps of the whole grid at the end of the run, and the rates by pair of every step.
+void viewStep(double remainingToEnd, Simulation& s) {
+    if (s.options.outputKvrView != "Yes") return;
+    if (remainingToEnd < EndSlack && !s.options.historyMatch) runDiagnostics(s);
+    writeRateAllocation(s);
 }
 
 void clearStep(Simulation& s) {
@@ -191,10 +202,12 @@ void allocateStreamlines(Simulation& simulation) {
     }
 }
 
-void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iteration*/, double remainingToEnd,
-                    double /*remainingToReport*/) {
+void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*/, double remainingToEnd,
+                    double remainingToReport) {
     if (simulation.wells.wells.empty()) return mapStep(simulation);
     const double start = wallSeconds();
+    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
+    openLineOutput(remainingToReport, simulation);
     prepareSolver(simulation, remainingToEnd);
     lineToScreen(simulation.console, "");
     lineToScreen(simulation.console, "-- Saturation calculation --");
@@ -204,9 +217,10 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
     clearVisited(simulation.mapping);
     if (substepNumber(simulation.clock, remainingToEnd) <= 1)
         clearOutlets(simulation.wells, simulation.lines.outlets);
-    lineLoop(simulation);
+    lineLoop(iterationsLeft, simulation);
     printElapsed(simulation.console, start);
-    if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation);
+    if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation, iterationsLeft);
+    viewStep(remainingToEnd, simulation);
     writeLineStep(simulation.console, simulation.options, simulation.clock, simulation.launch.ActiveLines,
                   simulation.eclipse);
     setProducerRates(simulation.lines.outlets, simulation.wells);
@@ -214,6 +228,7 @@ void StreamlineStep(Simulation& simulation, int /*iterationsLeft*/, int /*iterat
         advanceByFaceTransfer(substepNumber(simulation.clock, remainingToEnd), simulation);
     else
         mapStep(simulation);
+    closeLineOutput(simulation);
     clearStep(simulation);
 }
 

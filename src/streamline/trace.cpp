@@ -11,8 +11,7 @@ namespace {
 
 constexpr double FluxGuard = 1e-10;              // rb/day, keeps the residence time of a dead cell finite
 constexpr double LongestResidence = 1e20;        // days in the launching cell beyond which nothing is traced
-constexpr double LeastTimeOfFlight = 1e-10;      // days gained in a cell that end a line
-constexpr double LeastLaunchedCrossing = 1e-10;  // crossing time that ends a launched line
+constexpr StandStill LaunchedStandStill{1e-10};  // of launched lines
 constexpr double LongestCrossing = 1e21;         // crossing time that ends a line
 constexpr double MostNodes = 100'000'000.0;      // capacity limit of a node list
 constexpr int NodesPerSide3d = 16;
@@ -68,8 +67,8 @@ double boxStep(const TraceField& field, const CrossingInput& in, const Crossing&
     return distance(step, {});
 }
 
-bool endsLine(double gained, double crossingTime, double leastCrossing, CellId next, CellId cellCount) {
-    return std::abs(gained) <= LeastTimeOfFlight || crossingTime <= leastCrossing ||
+bool endsLine(double gained, double crossingTime, const StandStill& least, CellId next, CellId cellCount) {
+    return std::abs(gained) <= least.gained || crossingTime <= least.crossing ||
            crossingTime > LongestCrossing || next < 1 || next > cellCount;
 }
 
@@ -191,7 +190,7 @@ CellId crossNode(const GridModel& grid, const TraceField& field, const NodeStep&
     record.NodeTof[node] = record.NodeTof[node - 1] + cell.dayPerTime * crossing.time;
     const double gained = record.NodeTof[node] - record.NodeTof[node - 1];
     const bool ends =
-        n >= record.MaxNodes || endsLine(gained, crossing.time, step.leastCrossing, next, field.cellCount);
+        n >= record.MaxNodes || endsLine(gained, crossing.time, step.standStill, next, field.cellCount);
     return ends ? 0 : next;
 }
 
@@ -218,7 +217,7 @@ void traceLine(const GridModel& grid, const TraceField& field, const LineStart& 
             if (!endInWell(cell, fromInjector, n, record)) endInside(n, record);
             return;
         }
-        current = crossNode(grid, field, {current, entry, fromInjector, LeastLaunchedCrossing}, n, record);
+        current = crossNode(grid, field, {current, entry, fromInjector, LaunchedStandStill}, n, record);
         if (current == 0) return endInside(n, record);
     }
 }

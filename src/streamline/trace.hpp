@@ -53,12 +53,18 @@ void buildTraceField(const RunOptions& options, const GridModel& grid, const Con
 /// mid-height.
 std::array<double, 3> entryPoint(std::array<double, 3> point, int exitFace, const TraceCell& cell, bool flat);
 
+/// Up to where a line counts as standing still in a cell, which ends it; negative: nowhere.
+struct StandStill {
+    double crossing;        // crossing time, in the unit of the field
+    double gained = 1e-10;  // days
+};
+
 /// One cell to cross: with the flow, or against it.
 struct NodeStep {
     CellId cell;
     std::array<double, 3> entry;
     bool withFlow;
-    double leastCrossing;  // crossing time up to which a line counts as standing still
+    StandStill standStill;
 };
 
 /// Crosses a cell and writes node `n` of the record from node n - 1. Returns the cell behind the exit face,

@@ -21,7 +21,7 @@ struct CellLine {
         sizeRecord(nodes, record);
         visited.assign(flow.grid.NCELLS, 0);
         fresh = traceThroughCell(flow.grid, flow.field, flow.state.PoreVolume, flow.wells, cell, visited,
-                                 legs, record);
+                                 LegStandStill, legs, record);
     }
     [[nodiscard]] int marked() const {
         return std::accumulate(visited.slots.begin(), visited.slots.end(), 0);
@@ -121,7 +121,8 @@ TEST(CellLine, DropsNodesBeyondItsCapacityFromTheProducersEnd) {
     visited.assign(10, 0);
     sizeLegs(10, legs);
     sizeRecord(6, record);
-    traceThroughCell(flow.grid, flow.field, flow.state.PoreVolume, flow.wells, 5, visited, legs, record);
+    traceThroughCell(flow.grid, flow.field, flow.state.PoreVolume, flow.wells, 5, visited, LegStandStill,
+                     legs, record);
     EXPECT_EQ(record.nodeCount, 6);
     EXPECT_EQ(record.NodeCell[6], 6);
     EXPECT_EQ(record.status, TraceStatus::ReachedWell);
@@ -131,7 +132,7 @@ TEST(CellLine, CountsAPoreVolumeOnlyOnce) {
     const samples::Flow flow = samples::column(10, 500.0, 50.0);
     CellLine line(flow, 4);
     const double again = traceThroughCell(flow.grid, flow.field, flow.state.PoreVolume, flow.wells, 6,
-                                          line.visited, line.legs, line.record);
+                                          line.visited, LegStandStill, line.legs, line.record);
     EXPECT_EQ(again, 0.0);
 }
 

@@ -21,6 +21,7 @@ struct FloodRun {
         s.options.minCflStep = 0.01;
         s.options.requestedLines = lines;
         s.options.lineCompressibility = false;
+        s.options.outputKvrView = "No";
         s.grid = flow.grid;
         s.connections = flow.connections;
         s.velocity = flow.velocity;

@@ -119,7 +119,7 @@ TEST(MissedBlocks, PassOverDeadCells) {
     FloodRun run = missedRun(flow, 1);
     run.s.mapping.CellVisited.assign(400, 1);
     for (const CellId cell : {20, 40, 381}) run.s.mapping.CellVisited[cell] = 0;
-    traceMissedBlocks(run.s);
+    traceMissedBlocks(run.s, 0);
     EXPECT_EQ(spoken(run, "Additional Streamline"), 0);
 }
 
