@@ -15,7 +15,7 @@ namespace kvr {
 
 /// The plot of the lines of one report time, while it is open.
 struct LinePlot {
-    NumberWriter writer;  // its file is null while no plot is open
+    NumberWriter writer = NumberWriter();  // its file is null while no plot is open
 };
 
 inline bool isOpen(const LinePlot& plot) {
