@@ -176,6 +176,7 @@ void cutImplicitStep(Simulation& s) {
 }
 
 void FullyImplicitStep(Simulation& s) {
+    if (s.implicit.cellOfRow.empty()) return;  // nothing takes part in flow
     const double start = cpuSeconds();
     lineToBoth(s.console, "Solution by Fully Implicit Method !");
     beginImplicitStep(s);
