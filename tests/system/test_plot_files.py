@@ -29,15 +29,22 @@ SGOF
 /
 """
 ROW = re.compile(r"^\| `([^`]+)` \| ([^|]*) \| [^|]* \| [^|]* \| (?:`([^`]+)`)? *\|$", re.M)
-POSITIONS = {"2": 1, "3": 2, "6": 5, "8": 7}
+POSITIONS = {"2": 1, "3": 2, "4": 3, "6": 5, "8": 7}
 # What else a file needs beside its switch: tracers, a failing or another solver, lines that plot, implicit lines.
 ELSEWHERE = {"KVR_Tplot_Tracer.plt", "PMatrix_T_*_ite_*.xls", "SMatrix_T_*_dt_*_ite_*.xls", "KVR_BICGSTB_Info.out",
-             "KVR_Run_Streamline.out", "KVR_ECLMtricTemporaty.tmp", "KVR_ECLFieldTemporaty.tmp"}
+             "KVR_ECLMtricTemporaty.tmp", "KVR_ECLFieldTemporaty.tmp"}
 
 
 def listed_files():
     """Name, switch and log line of every row of the list of files."""
     return ROW.findall((REPOSITORY / "docs" / "files.md").read_text())
+
+
+def asked_for(of, switches):
+    """Whether the switches fill a file whose column says `of`: any of several, all where they go together."""
+    together = " with " in of or " and " in of
+    needed = re.findall(r"\d+|`\w+`", of)
+    return of == "-" or (bool(needed) and (all if together else any)(switch in switches for switch in needed))
 
 
 def flood(folder, switches, gas=False, extra="", cells=CELLS):
@@ -66,7 +73,7 @@ def filled(folder):
 
 
 @pytest.mark.parametrize("gas", [False, True])
-@pytest.mark.parametrize("switch", ["", "2", "3", "6", "8"])
+@pytest.mark.parametrize("switch", ["", "2", "3", "4", "6", "8", "38"])
 def test_every_file_is_written_under_its_own_switch_and_told_of(tmp_path, switch, gas):
     result = flood(tmp_path / "run", switch, gas)
     left = filled(result.folder)
@@ -74,7 +81,7 @@ def test_every_file_is_written_under_its_own_switch_and_told_of(tmp_path, switch
     for name, of, told in listed_files():
         if name in ELSEWHERE or "Unwritten" in of:
             continue
-        asked = of == "-" or (switch != "" and switch in re.split(r"[, ]+", of))
+        asked = asked_for(of, switch)
         if name in ("KVR_TPlot_sgas.plt", "KVR_TPlot_Rs.plt"):
             asked = asked and gas
         if of.strip() == "":
@@ -185,7 +192,7 @@ def load(folder, block):
 def test_a_plotting_library_reads_every_block_zone(tmp_path):
     result = flood(tmp_path / "run", "38", gas=True, extra="UPSCALE\nPERMX 5 4 3 /\n/\nSMTHPRM\nPORO 1 /\n/\n")
     paths = [path for path in sorted(result.folder.glob("*.plt")) if "DATAPACKING=BLOCK" in path.read_text()]
-    assert len(paths) == 5 + 10 + 7 + 1
+    assert len(paths) == 5 + 10 + 7 + 1 + 6, "maps, rock, upscaled and smoothed, diagnostics"
     for path in paths:
         zones = tecplot.read_zones(path)
         blocks = blocks_of(path)
