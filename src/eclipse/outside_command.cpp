@@ -8,7 +8,7 @@
 namespace kvr {
 
 std::string outsideCommand(const RunOptions& options) {
-    const std::string run =
+    std::string run =
         std::string(trim(options.simulatorCommand)) + " " + std::string(trim(options.headerName));
     if (options.linuxRun) return run;
     return "cd /d " + std::string(trim(options.workingFolder)) + " & " + run;
