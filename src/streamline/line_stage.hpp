@@ -22,8 +22,8 @@ struct LineStage {
     PairTable pairs;                  // of the present step
     LinePlot plot;
     DiagnosticMaps diagnostics;
-    OutletTable outlets;              // since the pressure step, over its mapping sub-steps
-    long long substeps = 0;           // transport substeps of all lines of the run
+    OutletTable outlets;     // since the pressure step, over its mapping sub-steps
+    long long substeps = 0;  // transport substeps of all lines of the run
     long long solvedLines = 0;
     NewtonCounts newton;  // of the implicit lines of the run
     LineDump dump;        // of their matrices
