@@ -36,6 +36,8 @@ struct PressureStage {
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
     bool stepCut = false;          // set by PressureStep: it shortened the step
     int hopelessSteps = 0;         // steps in a row that were cut to next to nothing
+    bool relPermsHeld = false;     // a step with gas has been cut: relative permeabilities of the time level
+                                   // stand over every pressure step from then on
     double largestDeltaP = 0.0;    // psi, largest |DeltaP| of the last converged step over the whole step
     CellArray<double> DeltaP;      // psi, last solver result of the cells
     double processorSeconds = 0.0;

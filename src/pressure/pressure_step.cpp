@@ -74,7 +74,8 @@ void buildVelocity(Simulation& s) {
 }
 
 void updateInPlace(Simulation& s) {
-    UpdateProperties(s.console, s.options, s.grid, s.fluids, s.pressure.flashAmounts, s.state);
+    UpdateProperties(s.console, s.options, s.grid, s.fluids, s.pressure.flashAmounts, s.state,
+                     s.pressure.relPermsHeld);
 }
 
 /// Amounts that the update between iterations flashes, per pore volume of the state that held them.
@@ -136,31 +137,53 @@ void assemble(bool firstIteration, Simulation& s) {
                matrix);
 }
 
-double appliedShare(const FluidTables& fluids, double DIFFP) {
-    return fluids.hasGas && DIFFP > LargestGasMove ? LargestGasMove / DIFFP : 1.0;
+/// psi that one iteration may move a cell by.
+double largestMove(const FluidTables& fluids) {
+    return fluids.hasGas ? LargestGasMove : DivergedDeltaP;
 }
 
 /// Moves pressures by the solution: in full and accelerated, or by a share of it.
 void moveBySolution(double DIFFP, Simulation& s, int& it) {
     PressureWork& work = s.pressureWork;
-    const double share = appliedShare(s.fluids, DIFFP);
-    if (share < 1.0) {
+    const double bound = largestMove(s.fluids);
+    if (DIFFP > bound) {
         resetHistory(work.history);
-        updatePressures(s.grid, work.matrix, work.solver.solution, share, s.state, s.wells, it);
+        updatePressures(s.grid, work.matrix, work.solver.solution, bound / DIFFP, s.state, s.wells, it);
         return;
     }
     // The first solution of a run with gas knows nothing of the flash yet: no measure of how later ones
     // change.
     const bool flashed = it > 0 || !s.fluids.hasGas;
-    const double bound = s.fluids.hasGas ? LargestGasMove : DivergedDeltaP;
     updatePressures(s.grid, work.matrix, acceleratedStep(work.solver.solution, bound, work.history), 1.0,
                     s.state, s.wells, it);
     if (!flashed) resetHistory(work.history);
 }
 
+/// Rate wells that the whole solution takes past their limit go there before any of it is applied: a target
+/// out of reach would pull the cells around it down with it, a bounded move at a time.
+bool switchWellsOutOfReach(Simulation& s) {
+    const std::vector<WellRow>& rows = s.pressureWork.matrix.wellRows;
+    std::vector<double> before;
+    for (const WellRow& row : rows) {
+        Well& well = s.wells.wells[row.well];
+        before.push_back(well.Bhp);
+        well.Bhp += s.pressureWork.solver.solution[static_cast<std::size_t>(row.row)];
+    }
+    const bool switched = switchWellsAtLimit(s.console, s.wells);
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        Well& well = s.wells.wells[rows[r].well];
+        if (isRateControlled(well)) well.Bhp = before[r];
+    }
+    return switched;
+}
+
 /// Moves pressures by the solution, then the wells that have left their range. True when a well has been
 /// switched, so that the equations have changed.
 bool applySolution(double DIFFP, Simulation& s, int& it) {
+    if (s.pressure.relPermsHeld && DIFFP > largestMove(s.fluids) && switchWellsOutOfReach(s)) {
+        resetHistory(s.pressureWork.history);
+        return true;
+    }
     const int before = it;
     moveBySolution(DIFFP, s, it);
     if (it != before) return false;
@@ -177,6 +200,15 @@ bool applySolution(double DIFFP, Simulation& s, int& it) {
     hardStop(console);
 }
 
+/// The flash of a closed cell knows nothing of what flows through it: where a well draws the pressure of its
+/// cell down it shows far more gas than stays there, the oil target asks for more and more of it, and the
+/// iteration runs away. A step that has been cut is the sign; from then on relative permeabilities stand.
+void holdRelPerms(const Console& console, PressureStage& stage) {
+    if (stage.relPermsHeld) return;
+    stage.relPermsHeld = true;
+    lineToBoth(console, "RELATIVE PERMEABILITIES ARE HELD OVER EACH PRESSURE STEP FROM HERE ON");
+}
+
 /// Back to the time level with a shorter step.
 void cutStep(Simulation& s) {
     s.state = s.timeLevel;
@@ -187,6 +219,7 @@ void cutStep(Simulation& s) {
     s.clock.dt *= CutFactor;
     s.pressure.stepCut = true;
     both(s.console, "TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
+    if (s.fluids.hasGas) holdRelPerms(s.console, s.pressure);
     if (s.clock.dt < VanishedStep) stopOnHopelessStep(s.console);
 }
 
@@ -239,7 +272,7 @@ void solveStep(Simulation& s) {
     both(s.console, "Iteration for pressure     : {}", it);
 }
 
-double largestMove(const GridModel& grid, const CellState& old, const CellState& now) {
+double largestChangeOfStep(const GridModel& grid, const CellState& old, const CellState& now) {
     double largest = 0.0;
     for (CellId c = 1; c <= grid.NCELLS; ++c)
         if (grid.Active[c] != 0) largest = std::max(largest, std::abs(now.Pressure[c] - old.Pressure[c]));
@@ -257,7 +290,7 @@ void finishStep(Simulation& s) {
     buildVelocity(s);
     PressureStage& stage = s.pressure;
     keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
-    stage.largestDeltaP = largestMove(s.grid, s.timeLevel, s.state);
+    stage.largestDeltaP = largestChangeOfStep(s.grid, s.timeLevel, s.state);
     if (carriesAmounts(s.options, s.fluids))
         measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
     both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));

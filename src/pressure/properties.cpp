@@ -142,7 +142,8 @@ void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellSta
 }
 
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
-                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state) {
+                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state,
+                      bool relPermsHeld) {
     const bool debug = options.debugOutput;  // its lines keep the order of the cells
     const bool keep = options.keepIrreducibleSaturation;
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells && !debug)
@@ -152,7 +153,7 @@ void UpdateProperties(const Console& console, const RunOptions& options, const G
             store(updatedState(tables, grid.SATNUM[c], keep, flashAmounts, c, state), c, state);
         bringRsIntoTable(console, debug, tables, c, state);
         pressureProperties(grid, tables, c, state);
-        if (changed) relativePermeabilities(grid, tables, c, state);
+        if (changed && !relPermsHeld) relativePermeabilities(grid, tables, c, state);
         mobilities(c, state);
         phasePressures(grid, tables, c, state);
     }

@@ -20,9 +20,10 @@ void refreshProperties(const GridModel& grid, const FluidTables& tables, CellSta
 /// bubble point is flashed anew at its pressure, always from `flashAmounts` (per pore volume) and never
 /// from the last iterate, so that no mass drifts with the number of iterations. Then the limits and
 /// scaling of saturations, Rs brought back into the table (a line to the log with the debug flag), and
-/// every property. flashAmounts may be empty without gas.
+/// every property; relative permeabilities only unless they are held. flashAmounts may be empty without gas.
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
-                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state);
+                      const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state,
+                      bool relPermsHeld = false);
 
 /// What a change of saturations alone asks for: relative permeabilities, mobilities, phase pressures.
 void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellState& state);

@@ -290,6 +290,7 @@ TEST(PressureStep, StartsAgainFromTheSavedLevelToTheLastBitAfterACut) {
     PressureStep(cut, 0, 1);
     ASSERT_TRUE(cut.pressure.stepCut);
     direct.clock.dt = cut.clock.dt;
+    direct.pressure.relPermsHeld = true;  // as the failed step has left it
     PressureStep(direct, 0, 1);
     ASSERT_FALSE(direct.pressure.stepCut);
     EXPECT_EQ(cut.state.Pressure.slots, direct.state.Pressure.slots);
@@ -297,6 +298,70 @@ TEST(PressureStep, StartsAgainFromTheSavedLevelToTheLastBitAfterACut) {
     EXPECT_EQ(cut.state.Rs.slots, direct.state.Rs.slots);
     EXPECT_EQ(cut.timeLevel.Pressure.slots, direct.timeLevel.Pressure.slots);
     EXPECT_EQ(cut.wells.wells[0].Bhp, direct.wells.wells[0].Bhp);
+}
+
+namespace {
+
+/// Two cells of live oil just above its bubble point, an oil producer in the first.
+void depletion(double target, Simulation& s) {
+    sample::makeRun(2, 1, 1, samples::lightOil(), s);
+    for (CellId c = 1; c <= 2; ++c) {
+        s.state.Pressure[c] = 3000.0;
+        s.state.Pb[c] = 2990.0;
+        s.state.Rs[c] = 163.0;
+    }
+    sample::addWell("prd", "orat", target, 1000.0, 1, s);
+    s.clock.dt = 10.0;
+}
+
+}  // namespace
+
+TEST(PressureStep, HoldsRelativePermeabilitiesFromTheFirstCutOnInARunWithGas) {
+    Simulation s;
+    QuietConsole quiet;
+    depletion(-400.0, s);
+    s.console = quiet.console;
+    s.options.MaxPressureIterations = 1;  // a step that cannot but be cut
+    PressureStep(s, 0, 1);
+    ASSERT_TRUE(s.pressure.stepCut);
+    EXPECT_TRUE(s.pressure.relPermsHeld);
+    EXPECT_EQ(count(quiet.screenText(), "RELATIVE PERMEABILITIES ARE HELD"), 1)
+        << "said once, not at every cut";
+
+    s.options.MaxPressureIterations = 30;
+    s.pressure.stepCut = false;
+    s.clock.dt = 10.0;
+    PressureStep(s, 0, 1);
+    EXPECT_FALSE(s.pressure.stepCut);
+    EXPECT_GT(s.state.Sg[1], 0.0);
+    EXPECT_EQ(s.state.KroCell[1], s.timeLevel.KroCell[1]);
+    EXPECT_EQ(s.state.KrgCell[1], s.timeLevel.KrgCell[1]);
+}
+
+TEST(PressureStep, HoldsNothingInARunWithoutGas) {
+    Simulation s;
+    flood(50.0, 2500.0, s);
+    s.options.MaxPressureIterations = 1;
+    PressureStep(s, 0, 1);
+    ASSERT_TRUE(s.pressure.stepCut);
+    EXPECT_FALSE(s.pressure.relPermsHeld);
+}
+
+TEST(PressureStep, SendsAWellToItsLimitBeforeATargetOutOfReachMovesTheCells) {
+    Simulation outOfReach, atLimit;
+    for (Simulation* s : {&outOfReach, &atLimit}) {
+        depletion(-1e7, *s);
+        s->pressure.relPermsHeld = true;
+    }
+    atLimit.wells.wells[0].WellControl = atLimit.wells.wells[0].deckControl = "bhp";
+    atLimit.wells.RateWellCount = 0;
+    PressureStep(outOfReach, 0, 1);
+    PressureStep(atLimit, 0, 1);
+    EXPECT_EQ(outOfReach.wells.wells[0].WellControl, "bhp");
+    EXPECT_EQ(outOfReach.wells.wells[0].Bhp, 1000.0);
+    EXPECT_FALSE(outOfReach.pressure.stepCut);
+    EXPECT_EQ(outOfReach.state.Pressure.slots, atLimit.state.Pressure.slots)
+        << "the solution with the target moved nothing";
 }
 
 TEST(PressureStep, OnlyRefreshesWhenNoSolveIsAsked) {

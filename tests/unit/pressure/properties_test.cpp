@@ -56,6 +56,22 @@ TEST(UpdateProperties, FreesTheGasThatALowerPressureCannotHold) {
     EXPECT_NEAR(shown.gas / shown.oil, cell.amounts.gas[1] / cell.amounts.oil[1], 1e-9);
 }
 
+TEST(UpdateProperties, LetsMobilitiesFollowTheViscositiesAloneWhileRelativePermeabilitiesAreHeld) {
+    OneCell cell(4014.7, 4014.7, 0.2, 0.8, 0.0);
+    const double kro = cell.s.state.KroCell[1], krg = cell.s.state.KrgCell[1];
+    cell.s.state.Pressure[1] = 3514.7;
+    UpdateProperties(cell.s.console, cell.s.options, cell.s.grid, cell.s.fluids, cell.amounts, cell.s.state,
+                     true);
+    const CellState& state = cell.s.state;
+    ASSERT_GT(state.Sg[1], 0.05) << "the flash itself goes on";
+    EXPECT_EQ(state.KroCell[1], kro);
+    EXPECT_EQ(state.KrgCell[1], krg);
+    EXPECT_EQ(state.LambdaO[1], kro / state.MuO[1]);
+    cell.update(3514.7);
+    refreshProperties(cell.s.grid, cell.s.fluids, cell.s.state);
+    EXPECT_LT(state.KroCell[1], kro);
+}
+
 TEST(UpdateProperties, DissolvesAllGasAboveTheNewBubblePoint) {
     OneCell cell(3500.0, 3500.0, 0.2, 0.79, 0.01);
     cell.update(4800.0);
