@@ -113,10 +113,13 @@ ConnectionFluid<double> fluidAt(const CellState& state, CellId cell) {
 void injectorTerms(const FluidTables& tables, const CellState& state, double averagePressure,
                    const Well& well, CellId cell, ConnectionCoefficients& c) {
     ConnectionFluid<double> fluid = fluidAt(state, cell);
-    if (well.WellControl == "resv") {
-        fluid.Bw = WaterFvf(tables, averagePressure);
-        fluid.Bo = OilFvf(tables, averagePressure, state.Pb[cell]);
-        fluid.Bg = GasFvf(tables, averagePressure);
+    if (well.WellControl == "resv") {  // only the injected phase need have a table
+        if (well.InjectFluid == "gas")
+            fluid.Bg = GasFvf(tables, averagePressure);
+        else if (well.InjectFluid == "oil")
+            fluid.Bo = OilFvf(tables, averagePressure, state.Pb[cell]);
+        else
+            fluid.Bw = WaterFvf(tables, averagePressure);
     }
     const double surface = c.reservoir / injectedFactor(well, fluid);
     if (well.InjectFluid == "gas")
