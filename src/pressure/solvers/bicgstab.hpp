@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/row_ranges.hpp"
 #include "pressure/solvers/krylov.hpp"
 #include "pressure/solvers/solver_table.hpp"
 #include "pressure/solvers/system_products.hpp"
@@ -14,17 +15,22 @@ namespace bicgstab_detail {
 /// p = r + beta (p - omega v)
 inline void advanceDirection(double beta, double omega, std::span<const double> r, std::span<const double> v,
                              std::span<double> p) {
-    for (std::size_t i = 0; i < p.size(); ++i) p[i] = r[i] + beta * (p[i] - omega * v[i]);
+    forRanges(cutRows(static_cast<int>(p.size()), ShortestVectorRange), [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i) p[i] = r[i] + beta * (p[i] - omega * v[i]);
+    });
 }
 
 /// y += a x; returns ||y||
 inline double addScaled(double a, std::span<const double> x, std::span<double> y) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < y.size(); ++i) {
-        y[i] += a * x[i];
-        sum += y[i] * y[i];
-    }
-    return std::sqrt(sum);
+    return std::sqrt(
+        sumOverRanges(cutRows(static_cast<int>(y.size()), ShortestVectorRange), [&](RowRange range) {
+            double sum = 0.0;
+            for (int i = range.first; i < range.end; ++i) {
+                y[i] += a * x[i];
+                sum += y[i] * y[i];
+            }
+            return sum;
+        }));
 }
 
 }  // namespace bicgstab_detail

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kvr {
 
@@ -63,38 +64,88 @@ bool reachesCoarse(int i, const StrengthGraph& graph, const std::vector<PointKin
     return false;
 }
 
-/// Rounds of the independent set: leaders become coarse until every row is decided.
+bool dependsOnCoarse(int i, const StrengthGraph& graph, const std::vector<PointKind>& kind) {
+    return std::any_of(graph.column.begin() + graph.start[i], graph.column.begin() + graph.start[i + 1],
+                       [&kind](int j) { return kind[j] == PointKind::Coarse; });
+}
+
+/// Marks the open rows for which holds(row); `kind` must not change meanwhile.
+template <class Property>
+void markOpen(const std::vector<int>& open, const Property& holds, std::vector<std::uint8_t>& mark) {
+    mark.resize(open.size());
+    forRanges(cutRows(static_cast<int>(open.size()), ShortestSetUpRange), [&](RowRange range) {
+        for (int o = range.first; o < range.end; ++o) mark[o] = holds(open[o]) ? 1 : 0;
+    });
+}
+
+void setMarked(const std::vector<int>& open, const std::vector<std::uint8_t>& mark, PointKind value,
+               std::vector<PointKind>& kind) {
+    for (std::size_t o = 0; o < open.size(); ++o) {
+        if (mark[o] != 0) kind[open[o]] = value;
+    }
+}
+
+/// Rounds of the independent set: leaders become coarse, rows that depend on them fine, until every row
+/// is decided.
 void electCoarse(const StrengthGraph& graph, const StrengthGraph& dependents,
                  const std::vector<double>& influence, std::vector<PointKind>& kind) {
-    std::vector<int> open, leaders;
+    std::vector<int> open;
+    std::vector<std::uint8_t> mark;
     for (int i = 0; i < static_cast<int>(kind.size()); ++i) {
         if (kind[i] == PointKind::Undecided) open.push_back(i);
     }
+    const auto decided = [&kind](int i) { return kind[i] != PointKind::Undecided; };
     while (!open.empty()) {
-        leaders.clear();
-        for (const int i : open) {
-            if (leads(i, graph, dependents, influence, kind)) leaders.push_back(i);
+        markOpen(
+            open, [&](int i) { return leads(i, graph, dependents, influence, kind); }, mark);
+        setMarked(open, mark, PointKind::Coarse, kind);
+        std::erase_if(open, decided);
+        markOpen(
+            open, [&](int i) { return dependsOnCoarse(i, graph, kind); }, mark);
+        setMarked(open, mark, PointKind::Fine, kind);
+        std::erase_if(open, decided);
+    }
+}
+
+/// Fine rows that depend on something but reach no coarse point become coarse, in row order.
+void rescueUnreached(const StrengthGraph& graph, std::vector<PointKind>& kind) {
+    const auto unreached = [&](int i) {
+        return kind[i] == PointKind::Fine && depends(graph, i) && !reachesCoarse(i, graph, kind);
+    };
+    const RowRanges ranges = cutRows(static_cast<int>(kind.size()), ShortestSetUpRange);
+    std::vector<std::vector<int>> found(static_cast<std::size_t>(ranges.count));
+#pragma omp parallel for schedule(static) if (ranges.count > 1)
+    for (int r = 0; r < ranges.count; ++r) {
+        for (int i = ranges[r].first; i < ranges[r].end; ++i) {
+            if (unreached(i)) found[r].push_back(i);
         }
-        for (const int i : leaders) makeCoarse(i, dependents, kind);
-        std::erase_if(open, [&kind](int i) { return kind[i] != PointKind::Undecided; });
+    }
+    for (const std::vector<int>& rows : found) {
+        for (const int i : rows) {
+            if (unreached(i)) kind[i] = PointKind::Coarse;
+        }
     }
 }
 
 }  // namespace
 
 StrengthGraph strongDependence(const SparseMatrix& matrix) {
-    StrengthGraph graph;
-    graph.start.reserve(static_cast<std::size_t>(matrix.rows) + 1);
-    graph.column.reserve(matrix.column.size());
-    graph.start.push_back(0);
-    for (int i = 0; i < matrix.rows; ++i) {
-        const double limit = strongLimit(matrix, i);
-        for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k) {
-            if (-matrix.value[k] >= limit) graph.column.push_back(matrix.column[k]);
+    const RowRanges ranges = cutRows(matrix.rows, ShortestSetUpRange);
+    std::vector<SparseRows> pieces(static_cast<std::size_t>(ranges.count));
+#pragma omp parallel for schedule(static) if (ranges.count > 1)
+    for (int r = 0; r < ranges.count; ++r) {
+        SparseRows piece;
+        for (int i = ranges[r].first; i < ranges[r].end; ++i) {
+            const double limit = strongLimit(matrix, i);
+            for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k) {
+                if (-matrix.value[k] >= limit) piece.column.push_back(matrix.column[k]);
+            }
+            closeRow(piece);
         }
-        graph.start.push_back(static_cast<int>(graph.column.size()));
+        pieces[r] = std::move(piece);
     }
-    return graph;
+    SparseMatrix rows = joined(ranges, matrix.columns, pieces);
+    return {std::move(rows.start), std::move(rows.column)};
 }
 
 StrengthGraph turnedRound(const StrengthGraph& graph) {
@@ -124,10 +175,7 @@ std::vector<PointKind> chooseCoarsePoints(const StrengthGraph& graph, int keptRo
     }
     for (int i = rows - keptRows; i < rows; ++i) makeCoarse(i, dependents, kind);
     electCoarse(graph, dependents, influence, kind);
-    for (int i = 0; i < rows; ++i) {
-        if (kind[i] == PointKind::Fine && depends(graph, i) && !reachesCoarse(i, graph, kind))
-            kind[i] = PointKind::Coarse;
-    }
+    rescueUnreached(graph, kind);
     return kind;
 }
 

@@ -23,8 +23,10 @@ void splitTriangles(const SparseMatrix& matrix, SweepMatrix& split);
 /// One level of the hierarchy with its work vectors.
 struct MultigridLevel {
     SweepMatrix matrix;
-    SparseMatrix interpolation;  // from the next coarser level; empty on the coarsest
-    std::vector<double> x, b;    // [rows]; unused on the finest level
+    SparseMatrix interpolation;    // from the next coarser level; empty on the coarsest
+    SparseMatrix restriction;      // its transposed
+    std::vector<double> residual;  // [rows]; unused on the coarsest level
+    std::vector<double> x, b;      // [rows]; unused on the finest level
 };
 
 struct Hierarchy {

@@ -1,5 +1,7 @@
 #include "pressure/solvers/galerkin.hpp"
 
+#include <utility>
+
 namespace kvr {
 
 namespace {
@@ -28,37 +30,52 @@ struct GatheredRow {
     }
 };
 
+/// What a thread needs for its rows.
+struct RowWork {
+    GatheredRow fine, coarse;
+};
+
+/// Row `row` of P' A P into work.coarse.
+void gatherRow(const SparseMatrix& matrix, const SparseMatrix& interpolation, const SparseMatrix& restriction,
+               int row, RowWork& work) {
+    work.fine.clear();
+    work.coarse.clear();
+    for (int r = restriction.start[row]; r < restriction.start[row + 1]; ++r) {
+        const int i = restriction.column[r];
+        const double weight = restriction.value[r];
+        for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
+            work.fine.add(matrix.column[k], weight * matrix.value[k]);
+    }
+    work.coarse.add(row, 0.0);  // the diagonal comes first
+    for (std::size_t f = 0; f < work.fine.column.size(); ++f) {
+        const int i = work.fine.column[f];
+        for (int k = interpolation.start[i]; k < interpolation.start[i + 1]; ++k)
+            work.coarse.add(interpolation.column[k], work.fine.value[f] * interpolation.value[k]);
+    }
+}
+
 }  // namespace
 
-SparseMatrix galerkinProduct(const SparseMatrix& matrix, const SparseMatrix& interpolation) {
-    const SparseMatrix restriction = transposed(interpolation);
-    SparseMatrix coarse;
-    coarse.rows = coarse.columns = interpolation.columns;
-    coarse.start.reserve(static_cast<std::size_t>(coarse.rows) + 1);
-    coarse.column.reserve(matrix.column.size());
-    coarse.value.reserve(matrix.value.size());
-    coarse.start.push_back(0);
-    GatheredRow fineRow(matrix.rows), coarseRow(coarse.columns);
-    for (int row = 0; row < coarse.rows; ++row) {
-        for (int r = restriction.start[row]; r < restriction.start[row + 1]; ++r) {
-            const int i = restriction.column[r];
-            const double weight = restriction.value[r];
-            for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
-                fineRow.add(matrix.column[k], weight * matrix.value[k]);
+SparseMatrix galerkinProduct(const SparseMatrix& matrix, const SparseMatrix& interpolation,
+                             const SparseMatrix& restriction) {
+    const RowRanges ranges = cutRows(interpolation.columns, ShortestSetUpRange);
+    std::vector<SparseRows> pieces(static_cast<std::size_t>(ranges.count));
+#pragma omp parallel if (ranges.count > 1)
+    {
+        RowWork work{GatheredRow(matrix.rows), GatheredRow(interpolation.columns)};
+#pragma omp for schedule(dynamic, 1)
+        for (int r = 0; r < ranges.count; ++r) {
+            SparseRows piece;
+            for (int row = ranges[r].first; row < ranges[r].end; ++row) {
+                gatherRow(matrix, interpolation, restriction, row, work);
+                piece.column.insert(piece.column.end(), work.coarse.column.begin(), work.coarse.column.end());
+                piece.value.insert(piece.value.end(), work.coarse.value.begin(), work.coarse.value.end());
+                closeRow(piece);
+            }
+            pieces[r] = std::move(piece);
         }
-        coarseRow.add(row, 0.0);  // the diagonal comes first
-        for (std::size_t f = 0; f < fineRow.column.size(); ++f) {
-            const int i = fineRow.column[f];
-            for (int k = interpolation.start[i]; k < interpolation.start[i + 1]; ++k)
-                coarseRow.add(interpolation.column[k], fineRow.value[f] * interpolation.value[k]);
-        }
-        coarse.column.insert(coarse.column.end(), coarseRow.column.begin(), coarseRow.column.end());
-        coarse.value.insert(coarse.value.end(), coarseRow.value.begin(), coarseRow.value.end());
-        coarse.start.push_back(static_cast<int>(coarse.column.size()));
-        fineRow.clear();
-        coarseRow.clear();
     }
-    return coarse;
+    return joined(ranges, interpolation.columns, pieces);
 }
 
 }  // namespace kvr

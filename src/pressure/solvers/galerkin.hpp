@@ -4,8 +4,10 @@
 
 namespace kvr {
 
-/// Coarse matrix P' A P, row by row: a coarse row gathers the rows of A that interpolate from it, then
-/// spreads what it gathered over the coarse points. Diagonal first in each row of the result.
-SparseMatrix galerkinProduct(const SparseMatrix& matrix, const SparseMatrix& interpolation);
+/// Coarse matrix P' A P with `restriction` the transposed P, row by row: a coarse row gathers the rows of A
+/// that interpolate from it, then spreads what it gathered over the coarse points. Diagonal first in each row
+/// of the result.
+SparseMatrix galerkinProduct(const SparseMatrix& matrix, const SparseMatrix& interpolation,
+                             const SparseMatrix& restriction);
 
 }  // namespace kvr

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kvr {
 
@@ -95,7 +96,7 @@ void truncate(std::vector<Weight>& weights) {
 }
 
 void appendRow(double denominator, std::span<const int> coarseNumber, RowScratch& scratch,
-               SparseMatrix& result) {
+               SparseRows& result) {
     for (const Weight& weight : scratch.weights) scratch.slot[weight.row] = -1;
     truncate(scratch.weights);
     for (const Weight& weight : scratch.weights) {
@@ -105,38 +106,49 @@ void appendRow(double denominator, std::span<const int> coarseNumber, RowScratch
     }
 }
 
+/// Row i of the interpolation.
+void interpolateRow(const SparseMatrix& matrix, const StrengthGraph& graph, std::span<const PointKind> kind,
+                    std::span<const int> coarseNumber, int i, RowScratch& scratch, SparseRows& result) {
+    if (kind[i] == PointKind::Coarse) {
+        result.column.push_back(coarseNumber[i]);
+        result.value.push_back(1.0);
+        return;
+    }
+    collectCoarse(i, graph, kind, scratch);
+    const double denominator = formWeights(matrix, i, kind, scratch);
+    if (denominator > 0.0) {
+        appendRow(denominator, coarseNumber, scratch, result);
+        return;
+    }
+    for (const Weight& weight : scratch.weights) scratch.slot[weight.row] = -1;
+}
+
 }  // namespace
 
 SparseMatrix extendedInterpolation(const SparseMatrix& matrix, const StrengthGraph& graph,
                                    std::span<const PointKind> kind) {
     const auto rows = static_cast<std::size_t>(matrix.rows);
-    SparseMatrix result;
-    result.rows = matrix.rows;
+    int coarsePoints = 0;
     std::vector<int> coarseNumber(rows, -1);
     for (std::size_t i = 0; i < rows; ++i) {
-        if (kind[i] == PointKind::Coarse) coarseNumber[i] = result.columns++;
+        if (kind[i] == PointKind::Coarse) coarseNumber[i] = coarsePoints++;
     }
-    RowScratch scratch{std::vector<int>(rows, -1), std::vector<int>(rows, -1), {}};
-    result.start.reserve(rows + 1);
-    result.column.reserve(rows * MaxWeights);
-    result.value.reserve(rows * MaxWeights);
-    result.start.push_back(0);
-    for (int i = 0; i < matrix.rows; ++i) {
-        if (kind[i] == PointKind::Coarse) {
-            result.column.push_back(coarseNumber[i]);
-            result.value.push_back(1.0);
-        } else {
-            collectCoarse(i, graph, kind, scratch);
-            const double denominator = formWeights(matrix, i, kind, scratch);
-            if (denominator <= 0.0) {
-                for (const Weight& weight : scratch.weights) scratch.slot[weight.row] = -1;
-            } else {
-                appendRow(denominator, coarseNumber, scratch, result);
+    const RowRanges ranges = cutRows(matrix.rows, ShortestSetUpRange);
+    std::vector<SparseRows> pieces(static_cast<std::size_t>(ranges.count));
+#pragma omp parallel if (ranges.count > 1)
+    {
+        RowScratch scratch{std::vector<int>(rows, -1), std::vector<int>(rows, -1), {}};
+#pragma omp for schedule(dynamic, 1)
+        for (int r = 0; r < ranges.count; ++r) {
+            SparseRows piece;
+            for (int i = ranges[r].first; i < ranges[r].end; ++i) {
+                interpolateRow(matrix, graph, kind, coarseNumber, i, scratch, piece);
+                closeRow(piece);
             }
+            pieces[r] = std::move(piece);
         }
-        result.start.push_back(static_cast<int>(result.column.size()));
     }
-    return result;
+    return joined(ranges, coarsePoints, pieces);
 }
 
 }  // namespace kvr

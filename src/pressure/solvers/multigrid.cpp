@@ -183,7 +183,10 @@ void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
         }
         level.interpolation = interpolationTo(matrix, wells);
         coarsest = level.interpolation.rows == 0;
-        if (!coarsest) matrix = galerkinProduct(matrix, level.interpolation);
+        if (coarsest) break;
+        level.residual.resize(static_cast<std::size_t>(matrix.rows));
+        level.restriction = transposed(level.interpolation);
+        matrix = galerkinProduct(matrix, level.interpolation, level.restriction);
     }
     factorCoarsest(matrix, hierarchy);
     hierarchy.operatorComplexity = entries / finestEntries;

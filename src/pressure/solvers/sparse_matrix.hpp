@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/row_ranges.hpp"
+
 #include <span>
 #include <vector>
 
@@ -15,6 +17,24 @@ struct SparseMatrix {
 
     [[nodiscard]] int entries() const { return start.empty() ? 0 : start.back(); }
 };
+
+/// Consecutive rows of a matrix under construction.
+struct SparseRows {
+    std::vector<int> end;  // of each row, in the two lists below
+    std::vector<int> column;
+    std::vector<double> value;  // may stay empty: a pattern
+};
+
+/// Ends the row in work.
+inline void closeRow(SparseRows& rows) {
+    rows.end.push_back(static_cast<int>(rows.column.size()));
+}
+
+/// Rows below which a piece of a matrix is not worth a thread's scratch.
+inline constexpr int ShortestSetUpRange = 1024;
+
+/// The rows of the ranges one after the other; the pieces are used up.
+SparseMatrix joined(const RowRanges& ranges, int columns, std::vector<SparseRows>& pieces);
 
 /// Rows and columns exchanged; rows of the result have their columns in rising order.
 SparseMatrix transposed(const SparseMatrix& matrix);

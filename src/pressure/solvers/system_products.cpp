@@ -1,5 +1,7 @@
 #include "pressure/solvers/system_products.hpp"
 
+#include "base/row_ranges.hpp"
+
 #include <algorithm>
 #include <cmath>
 
@@ -9,11 +11,13 @@ void multiply(const LinearSystem& system, std::span<const double> x, std::span<d
     const std::int64_t* start = system.rowStart.data();
     const int* column = system.column.data();
     const double* value = system.value.data();
-    for (int i = 0; i < system.size; ++i) {
-        double sum = 0.0;
-        for (std::int64_t k = start[i]; k < start[i + 1]; ++k) sum += value[k] * x[column[k]];
-        y[i] = sum;
-    }
+    forRanges(cutRows(system.size, ShortestVectorRange), [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i) {
+            double sum = 0.0;
+            for (std::int64_t k = start[i]; k < start[i + 1]; ++k) sum += value[k] * x[column[k]];
+            y[i] = sum;
+        }
+    });
 }
 
 void multiplyBoth(const LinearSystem& system, std::span<const double> x, std::span<double> y,
@@ -35,18 +39,22 @@ void multiplyBoth(const LinearSystem& system, std::span<const double> x, std::sp
 
 double formResidual(const LinearSystem& system, std::span<const double> x, std::span<double> r) {
     multiply(system, x, r);
-    double sum = 0.0;
-    for (int i = 0; i < system.size; ++i) {
-        r[i] = system.rhs[i] - r[i];
-        sum += r[i] * r[i];
-    }
-    return std::sqrt(sum);
+    return std::sqrt(sumOverRanges(cutRows(system.size, ShortestVectorRange), [&](RowRange range) {
+        double sum = 0.0;
+        for (int i = range.first; i < range.end; ++i) {
+            r[i] = system.rhs[i] - r[i];
+            sum += r[i] * r[i];
+        }
+        return sum;
+    }));
 }
 
 double dotProduct(std::span<const double> x, std::span<const double> y) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < x.size(); ++i) sum += x[i] * y[i];
-    return sum;
+    return sumOverRanges(cutRows(static_cast<int>(x.size()), ShortestVectorRange), [&](RowRange range) {
+        double sum = 0.0;
+        for (int i = range.first; i < range.end; ++i) sum += x[i] * y[i];
+        return sum;
+    });
 }
 
 double euclideanNorm(std::span<const double> x) {

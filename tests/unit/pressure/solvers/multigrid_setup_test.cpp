@@ -133,7 +133,7 @@ TEST(GalerkinProduct, AgreesWithTheFullTripleProduct) {
     const SparseMatrix matrix = asMatrix(system);
     const StrengthGraph graph = strongDependence(matrix);
     const SparseMatrix p = extendedInterpolation(matrix, graph, chooseCoarsePoints(graph, 0));
-    const SparseMatrix coarse = galerkinProduct(matrix, p);
+    const SparseMatrix coarse = galerkinProduct(matrix, p, transposed(p));
     const auto a = full(matrix), w = full(p), c = full(coarse);
     for (int r = 0; r < coarse.rows; ++r) {
         EXPECT_EQ(coarse.column[coarse.start[r]], r);
@@ -163,11 +163,13 @@ TEST(Cycle, OfTwoLevelsIsSmoothingCorrectionSmoothing) {
     hierarchy.levels.resize(2);
     const SparseMatrix fine{2, 2, {0, 2, 4}, {0, 1, 1, 0}, {3.0, -1.0, 2.0, -1.0}};
     const SparseMatrix p{2, 1, {0, 1, 2}, {0, 0}, {1.0, 0.5}};
-    const SparseMatrix coarse = galerkinProduct(fine, p);
+    const SparseMatrix coarse = galerkinProduct(fine, p, transposed(p));
     ASSERT_DOUBLE_EQ(coarse.value[0], 2.5);
     splitTriangles(fine, hierarchy.levels[0].matrix);
     splitTriangles(coarse, hierarchy.levels[1].matrix);
     hierarchy.levels[0].interpolation = p;
+    hierarchy.levels[0].restriction = transposed(p);
+    hierarchy.levels[0].residual.resize(static_cast<std::size_t>(fine.rows));
     hierarchy.levels[1].x.resize(1);
     hierarchy.levels[1].b.resize(1);
     const std::vector<double> b = {3.0, 5.0};
