@@ -32,7 +32,7 @@ inline RowRanges cutRows(int rows, int shortest, int most = RowRanges::Most) {
 }
 
 /// Rows below which a vector loop is done before threads have started.
-inline constexpr int ShortestVectorRange = 4096;
+inline constexpr int ShortestVectorRange = 16384;
 
 /// work(range) for the ranges of 0 .. rows - 1.
 template <class Work>

@@ -31,7 +31,7 @@ inline void closeRow(SparseRows& rows) {
 }
 
 /// Rows below which a piece of a matrix is not worth a thread's scratch.
-inline constexpr int ShortestSetUpRange = 1024;
+inline constexpr int ShortestSetUpRange = 4096;
 
 /// The rows of the ranges one after the other; the pieces are used up.
 SparseMatrix joined(const RowRanges& ranges, int columns, std::vector<SparseRows>& pieces);

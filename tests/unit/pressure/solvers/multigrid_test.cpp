@@ -7,6 +7,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <omp.h>
 
 namespace kvr {
 namespace {
@@ -54,6 +55,20 @@ TEST(Multigrid, TakesFewIterationsOnAHeterogeneousFieldWithWells) {
     SolverMemory memory;
     EXPECT_LE(solveWell(system, memory).iterations, 12);
     EXPECT_LT(memory.multigrid.hierarchy.operatorComplexity, 3.5);
+}
+
+TEST(Multigrid, GivesTheSameBitsForAnyNumberOfThreads) {
+    const LinearSystem system = fieldWithWells({60, 110, 8}, 2.0, {1.0, 4.0, 30.0});
+    const int before = omp_get_max_threads();
+    std::vector<std::vector<double>> solutions;
+    for (const int threads : {1, 2, 3, 8}) {
+        omp_set_num_threads(threads);
+        SolverMemory memory;
+        solutions.emplace_back(static_cast<std::size_t>(system.size), 0.0);
+        EXPECT_EQ(solveMultigrid(system, solutions.back(), memory).failure, SolveFailure::None);
+        EXPECT_EQ(solutions.back(), solutions.front()) << threads << " threads";
+    }
+    omp_set_num_threads(before);
 }
 
 TEST(Multigrid, TakesFewIterationsWhereCellsAreFlat) {
