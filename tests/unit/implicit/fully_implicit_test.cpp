@@ -100,6 +100,22 @@ TEST(FullyImplicitStep, FailsOnAPressureThatIsNoNumberAndHalvesTheStep) {
     EXPECT_EQ(quiet.logText(), text);
 }
 
+TEST(FullyImplicitStep, FailsAndSaysSoWhereTheSystemHasNoSolution) {
+    // Nothing gives way in a closed cell: no pressure makes room for what is injected.
+    QuietConsole quiet;
+    Simulation s;
+    makeImplicit(1, 1, 1, sample::waterAndOil(0.0), s);
+    s.console = quiet.console;
+    sample::addWell("inj", "rate", 10.0, 1e6, 1, s);
+    beginImplicitStep(s);
+    int iterations = 0;
+    EXPECT_FALSE(attemptImplicitStep(s, iterations));
+    EXPECT_EQ(iterations, 1);
+    const std::string text = quiet.screenText();
+    EXPECT_NE(text.find("ERROR OCCURS IN SOLVING PRESSURES.\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find(" ITE: "), std::string::npos) << text;
+}
+
 TEST(FullyImplicitStep, TakesAFailedStepAnewAtHalfItsLength) {
     QuietConsole quiet;
     Simulation s;

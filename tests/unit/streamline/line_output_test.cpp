@@ -1,6 +1,7 @@
 #include "flood_run.hpp"
 #include "unit/scratch_folder.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -168,6 +169,49 @@ TEST(LineOutput, PlotsTheLinesOfMissedCellsToo) {
     const auto points = static_cast<std::size_t>(std::stoi(geometry[7]));
     for (std::size_t n = 1; n <= points; ++n) EXPECT_EQ(numbersOf(geometry.at(7 + n)).size(), 2U);
     EXPECT_EQ(geometry.at(8 + points), geometry[6]);
+}
+
+std::size_t geometryRecords(const PlottedRun& plotted) {
+    const std::vector<std::string> lines = linesOf(plotted.file("KVR_Run_Streamline.out"));
+    return static_cast<std::size_t>(
+        std::count(lines.begin(), lines.end(), "GEOMETRY X=0, Y=0, T=LINE, C=WHITE, M=GRID"));
+}
+
+TEST(LineOutput, GivesTheGeometryOfMissedCellsOnlyWhereNoViewShowsThem) {
+    samples::Flow flow = samples::quarterFiveSpot(12, 300.0);
+    flow.options.traceMissed = "Yes";
+    PlottedRun plotted(flow, 2);
+    plotted.run.s.options.outputKvrView = "Yes";
+    plotted.report();
+    EXPECT_EQ(geometryRecords(plotted), 0U);
+}
+
+TEST(LineOutput, DrawsLinesThroughCellsWhereThereAreNoProducers) {
+    samples::Flow flow = samples::quarterFiveSpot(12, 300.0);
+    flow.options.traceMissed = "Yes";
+    flow.wells.wells.pop_back();
+    flow.tags.CellTag.assign(144, CellTagKind::Pop);
+    flow.tags.CellTag[1] = CellTagKind::Injector;
+    PlottedRun plotted(flow, 2);
+    plotted.report();
+    EXPECT_GT(geometryRecords(plotted), 0U);
+}
+
+TEST(LineOutput, DumpsTheMatricesOfImplicitLinesInDebugModeOnly) {
+    for (const bool debug : {false, true}) {
+        const samples::Flow flow = samples::column(4, 500.0, 50.0);
+        PlottedRun plotted(flow, 1);
+        Simulation& s = plotted.run.s;
+        s.options.solverPhaseName = {"imp"};
+        s.options.SaturationTolerance = 1e-4;
+        s.options.maxSaturationIterations = 30;
+        s.options.maxDt = 1e10;
+        s.options.outputSaturationMatrix = true;
+        s.options.debugOutput = debug;
+        plotted.report();
+        // The first step is a tenth of thirty days.
+        EXPECT_EQ(std::filesystem::exists(plotted.file("SMatrix_T_0_dt_3_ite_1.xls")), debug);
+    }
 }
 
 TEST(LineOutput, ListsTheRatesOfPairsEachStepAndTheMapsAtTheEnd) {

@@ -443,6 +443,25 @@ TEST(Splitting, ProjectsAwayTheFluxAlongTheStreamline) {
     EXPECT_EQ(box.water(1), 0.5);
 }
 
+TEST(Splitting, ProjectsEachAxisByItsOwnVelocity) {
+    // One pair of cells along each axis, 20 ft apart in depth: of a velocity (1, 2, 3) the squares are
+    // 1, 4 and 9 of 14.
+    const int counts[3][3] = {{2, 1, 1}, {1, 2, 1}, {1, 1, 2}};
+    const double left[3] = {13.0 / 14.0, 10.0 / 14.0, 5.0 / 14.0};
+    for (int axis = 0; axis < 3; ++axis) {
+        SplittingBox box(counts[axis][0], counts[axis][1], counts[axis][2]);
+        setSlope(box, 1.0, 2.0);
+        const int high = 2 * axis + 2;
+        box.simulation.connections.DepthDiff.assign(2, 6, 0.0);
+        box.simulation.connections.DepthDiff(1, high) = 20.0;
+        box.simulation.connections.DepthDiff(2, high - 1) = -20.0;
+        for (CellId cell = 1; cell <= 2; ++cell)
+            for (int face = 5; face <= 6; ++face) box.simulation.velocity.CellFaceVelocity(cell, face) = 3.0;
+        box.run(1.0);
+        EXPECT_NEAR((0.5 - box.water(1)) * 1000.0, left[axis] * 0.20666667, 1e-8) << axis;
+    }
+}
+
 TEST(Splitting, KeepsTheShareAcrossTheStreamline) {
     SplittingBox box(2, 1, 1);
     setSlope(box, 1.0, 2.0);  // 1 - 1/5 is left
