@@ -109,10 +109,6 @@ bool endsAtStart(const StreamlineRecord& leg) {
     return leg.nodeCount == 1 && leg.injector + leg.producer > 0;
 }
 
-int opposite(int face) {
-    return face % 2 == 1 ? face + 1 : face - 1;
-}
-
 /// Writes the joined line node by node.
 struct Joiner {
     const TraceField& field;
@@ -142,7 +138,7 @@ void addBack(const StreamlineRecord& back, Joiner& line) {
         if (!line.add(back.NodeCell[at(n)], duration(back, n), back.NodeStepLength[at(n)])) return;
         const int left = back.NodeExitFace[at(n) - 1];
         line.setEnd(entryPoint(back.NodeLocalPoint[at(n) - 1], left, cell, line.field.flat),
-                    back.NodePosition[at(n) - 1], opposite(left));
+                    back.NodePosition[at(n) - 1], oppositeFace(left));
     }
 }
 

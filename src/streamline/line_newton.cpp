@@ -205,6 +205,26 @@ bool differs(double tolerance, double dt, const Inflow<Gas>& inflow, const FlowN
     return most * dt * node.inflowRate > LeastInflowChange * tolerance;
 }
 
+/// Node i by its own balance with what flows in, and the fluxes that close it.
+template <bool Gas>
+void limitNode(const FluidTables& tables, const NewtonControl& control, double dt, const Fluxes<Gas>& inflow,
+               std::size_t i, LineNewton& newton, const SolverLine& line) {
+    NewtonWork<Gas>& work = workOf<Gas>(newton);
+    const FlowNode& node = line.nodes[i];
+    NodeBalance<Gas> balance{volumeFactors<Gas>(node), amountsOf<Gas>(newton.start[i]),
+                             dt * node.outflowRate};
+    const Fluxes<Gas> loss = gravityLoss<Gas>(work, line, dt, i);
+    for (std::size_t p = 0; p < loss.size(); ++p)
+        balance.held[p] += dt * node.inflowRate * inflow[p] - loss[p];
+    solveNode<Gas>(tables, control, balance, i, newton, line);
+    if (leavesBalance<Gas>(control.keepEndPoints, node, balance, work.unknowns[i])) {
+        work.closingFlux[i] = balancedFluxes<Gas>(balance, work.unknowns[i]);
+    } else {
+        evaluate<Gas>(tables, control.keepEndPoints, i, newton, line);
+        work.closingFlux[i] = work.iterateFlux[i];
+    }
+}
+
 /// Takes the linear updates, limited in flow order, and the fluxes that close the balances. Returns the
 /// largest change of an unknown.
 template <bool Gas>
@@ -228,18 +248,7 @@ double takeUpdates(const FluidTables& tables, const NewtonControl& control, doub
             u = changed<Gas>(control.keepEndPoints, node, work.unknowns[i - 1], u, update);
             work.closingFlux[i] = linear;
         } else {
-            NodeBalance<Gas> balance{volumeFactors<Gas>(node), amountsOf<Gas>(newton.start[i]),
-                                     dt * node.outflowRate};
-            const Fluxes<Gas> loss = gravityLoss<Gas>(work, line, dt, i);
-            for (std::size_t p = 0; p < loss.size(); ++p)
-                balance.held[p] += dt * node.inflowRate * inflow.actual[p] - loss[p];
-            solveNode<Gas>(tables, control, balance, i, newton, line);
-            if (leavesBalance<Gas>(control.keepEndPoints, node, balance, u)) {
-                work.closingFlux[i] = balancedFluxes<Gas>(balance, u);
-            } else {
-                evaluate<Gas>(tables, control.keepEndPoints, i, newton, line);
-                work.closingFlux[i] = work.iterateFlux[i];
-            }
+            limitNode<Gas>(tables, control, dt, inflow.actual, i, newton, line);
         }
         inflow = {linear, work.closingFlux[i]};
         change = std::max(change, sizeOfChange<Gas>(difference<Gas>(u, old)));

@@ -69,7 +69,7 @@ struct LineNewton {
 
 /// How Newton steps go.
 struct NewtonControl {
-    double tolerance = 1e-4;  // of the unknowns' change
+    double tolerance = 1e-4;  // of the unknowns' change, at most 0.005
     int maximumIterations = 30;
     bool keepEndPoints = false;
     LineRoute route = LineRoute::Forward;

@@ -1,19 +1,18 @@
 #include "streamline/missed_blocks.hpp"
 
+#include "base/constants.hpp"
 #include "base/stopwatch.hpp"
 #include "streamline/cell_line.hpp"
 #include "streamline/line_output.hpp"
+#include "streamline/line_threads.hpp"
 #include "streamline/mapping.hpp"
 #include "streamline/producer_rates.hpp"
-
-#include <limits>
-#include <omp.h>
 
 namespace kvr {
 
 namespace {
 
-constexpr double LeastMedium = std::numeric_limits<double>::epsilon();  // rb and md
+constexpr double LeastMedium = MachineEpsilon;  // rb and md
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -50,18 +49,11 @@ int traceBlock(Simulation& s, MissedStage& stage) {
 }
 
 void solveBlock(int count, Simulation& s) {
-    const auto work = [&s](int k, int thread) {
+    workLines(count, s.lines.workers, [&s](int k, LineWorker& worker) {
         LineResult& result = s.lines.results[at(k)];
         if (result.record.status == TraceStatus::ReachedWell)
-            solveLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.lines.workers[at(thread)], result);
-    };
-    const auto threads = static_cast<int>(s.lines.workers.size());
-    if (threads == 1 || count == 1) {
-        for (int k = 0; k < count; ++k) work(k, 0);
-        return;
-    }
-#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
-    for (int k = 0; k < count; ++k) work(k, omp_get_thread_num());
+            solveLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, worker, result);
+    });
 }
 
 /// Takes over one line's result; called in the order of the start cells.

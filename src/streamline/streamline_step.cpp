@@ -10,6 +10,7 @@
 #include "streamline/flow_diagnostics.hpp"
 #include "streamline/launch.hpp"
 #include "streamline/line_output.hpp"
+#include "streamline/line_threads.hpp"
 #include "streamline/mapping.hpp"
 #include "streamline/missed_blocks.hpp"
 #include "streamline/producer_rates.hpp"
@@ -130,17 +131,10 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
 
 /// Lines first..first + count - 1, worked by all threads.
 void workBlock(int first, int count, Simulation& s) {
-    const auto work = [&s, first](int k, int thread) {
+    workLines(count, s.lines.workers, [&s, first](int k, LineWorker& worker) {
         workLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.launch.starts[at(first + k) - 1],
-                 s.lines.workers[at(thread)], s.lines.results[at(k)]);
-    };
-    const auto threads = static_cast<int>(s.lines.workers.size());
-    if (threads == 1 || count == 1) {
-        for (int k = 0; k < count; ++k) work(k, 0);
-        return;
-    }
-#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
-    for (int k = 0; k < count; ++k) work(k, omp_get_thread_num());
+                 worker, s.lines.results[at(k)]);
+    });
 }
 
 /// Every line is traced and solved, in blocks of lines at once; results are taken over in line order, so

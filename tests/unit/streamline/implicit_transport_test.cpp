@@ -170,7 +170,10 @@ TEST(AdvanceImplicit, HalvesAStepThatDoesNotConvergeAndKeepsTheWater) {
     control.newton.maximumIterations = 1;
     control.newton.tolerance = 0.005;
     const NewtonCounts counts = advance(tables, control, 20.0, line);
-    EXPECT_GT(counts.halvings, 0);
+    // The first node gains dt/2 while its outflow hardly carries water: from a dt of 2 eight halvings bring
+    // that below 0.005, where one iteration is enough.
+    EXPECT_GE(counts.halvings, 8);
+    EXPECT_EQ(counts.iterations, counts.steps + counts.halvings);
     EXPECT_NEAR(waterGained(line) + 20.0 * line.outletWater, 20.0, 1e-10);
 }
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "streamline/line_worker.hpp"
+
+#include <omp.h>
+#include <vector>
+
+namespace kvr {
+
+/// Calls work(k, worker) for the lines k = 0..count - 1 of a block, on as many threads as there are workers.
+/// A thread has one worker, so that no two calls at once share one; their order is any.
+template <class Work>
+void workLines(int count, std::vector<LineWorker>& workers, const Work& work) {
+    const auto threads = static_cast<int>(workers.size());
+    if (threads == 1 || count == 1) {
+        for (int k = 0; k < count; ++k) work(k, workers.front());
+        return;
+    }
+#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
+    for (int k = 0; k < count; ++k) work(k, workers[static_cast<std::size_t>(omp_get_thread_num())]);
+}
+
+}  // namespace kvr
