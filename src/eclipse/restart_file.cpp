@@ -25,6 +25,22 @@ constexpr StateRow StateRows[] = {{"PRESSURE", &CellState::Pressure},
                                   {"SOIL", &CellState::So},
                                   {"SGAS", &CellState::Sg}};
 
+struct WellMapRow {
+    std::string_view keyword;
+    CellArray<int> DiagnosticMaps::*values;
+};
+constexpr WellMapRow WellMapRows[] = {{"PRDID", &DiagnosticMaps::producer},
+                                      {"INJID", &DiagnosticMaps::injector},
+                                      {"CXNID", &DiagnosticMaps::connection}};
+
+struct TimeMapRow {
+    std::string_view keyword;
+    CellArray<double> DiagnosticMaps::*values;
+};
+constexpr TimeMapRow TimeMapRows[] = {{"TOFI", &DiagnosticMaps::timeFromInjector},
+                                      {"TOFP", &DiagnosticMaps::timeToProducer},
+                                      {"TOFT", &DiagnosticMaps::timeSum}};
+
 HeadList<IntegerSlots> integerHead(const RunClock& clock, const GridModel& grid, CellId active) {
     constexpr std::int32_t NoIdentifier = -1;
     const HourMinute time = hourMinute(clock.time);
@@ -44,6 +60,18 @@ HeadList<IntegerSlots> integerHead(const RunClock& clock, const GridModel& grid,
     return head;
 }
 
+void writeMaps(RecordWriter& writer, const GridModel& grid, CellId active, const DiagnosticMaps& maps) {
+    if (maps.timeSum.empty()) return;
+    for (const WellMapRow& row : WellMapRows) {
+        ActiveWalk walk{grid};
+        write_keyword<std::int32_t>(writer, row.keyword, active,
+                                    [&](std::size_t) { return (maps.*row.values)[walk.next()]; });
+    }
+    for (const TimeMapRow& row : TimeMapRows)
+        writeActiveCells(writer, row.keyword, grid, active,
+                         [&](CellId cell) { return (maps.*row.values)[cell]; });
+}
+
 }  // namespace
 
 HourMinute hourMinute(double days) {
@@ -54,7 +82,7 @@ HourMinute hourMinute(double days) {
 }
 
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
-                      const GridModel& grid, const CellState& state) {
+                      const GridModel& grid, const CellState& state, const DiagnosticMaps& maps) {
     if (!writesEclipseFiles(options)) return;
     const CellId active = activeCount(grid);
     RecordWriter writer;
@@ -66,6 +94,7 @@ void writeRestartFile(const Console& console, const RunOptions& options, const R
     for (const StateRow& row : StateRows)
         writeActiveCells(writer, row.keyword, grid, active,
                          [&](CellId cell) { return (state.*row.values)[cell]; });
+    writeMaps(writer, grid, active, maps);
     closeOrStop(console, writer);
     tellGenerated(console, writer.path);
 }

@@ -5,6 +5,7 @@
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
 #include "run/clock.hpp"
+#include "streamline/diagnostic_maps.hpp"
 
 #include <cstdint>
 
@@ -18,9 +19,10 @@ struct HourMinute {
 };
 HourMinute hourMinute(double days);
 
-/// Replaces the .X file of the clock's report step: pressure (psia) and saturations of the active cells.
-/// Without the option it does nothing.
+/// Replaces the .X file of the clock's report step: pressure (psia) and saturations of the active cells,
+/// then, where there are any, the maps of wells and times of flight (days). Without the option it does
+/// nothing.
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
-                      const GridModel& grid, const CellState& state);
+                      const GridModel& grid, const CellState& state, const DiagnosticMaps& maps);
 
 }  // namespace kvr

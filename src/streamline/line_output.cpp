@@ -6,13 +6,10 @@ namespace {
 
 constexpr double ReportSlack = 1e-8;  // days to a report time that count as none
 
-bool isView(const RunOptions& options) {
-    return options.outputKvrView == "Yes";
-}
-
 /// Somebody looks at the pair table.
 bool tablesPairs(const RunOptions& o) {
-    return isView(o) || o.outputSensitivity || o.historyMatch || o.rateOptimization || o.equalArrival;
+    return isOn(o, OutputSwitch::View) || o.outputSensitivity || o.historyMatch || o.rateOptimization ||
+           o.equalArrival;
 }
 
 PlottedLine plotted(const LineResult& result, const Simulation& s) {
@@ -36,7 +33,7 @@ void openLineOutput(double remainingToReport, Simulation& simulation) {
     Simulation& s = simulation;
     if (remainingToReport >= ReportSlack) return;
     if (isOn(s.options, OutputSwitch::ViewOrLines)) restartLineGeometry(s.console, s.grid, s.outputs);
-    if (!s.options.outputStreamline) return;
+    if (!isOn(s.options, OutputSwitch::Lines)) return;
     openLinePlot(s.console, s.outputs, s.grid, s.state, s.clock.time + s.clock.dt, s.lines.plot);
 }
 
@@ -57,7 +54,7 @@ void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& sim
     plot(result, iterationsLeft, s);
     const bool oneSide = s.lines.pairs.injectors == 0 || s.lines.pairs.producers == 0;
     const bool shown = result.record.status == TraceStatus::ReachedWell || oneSide;
-    if (s.options.outputStreamline && shown && !isView(s.options))
+    if (isOn(s.options, OutputSwitch::Lines) && shown && !isOn(s.options, OutputSwitch::View))
         writeLineGeometry(s.grid, plotted(result, s), stream(s.outputs, OutputFile::RunStreamline));
 }
 

@@ -154,7 +154,8 @@ void printElapsed(const Console& console, double start) {
 
 /// Maps of the whole grid at the end of the run, and the rates by pair of every step.
 void viewStep(double remainingToEnd, Simulation& s) {
-    if (s.options.outputKvrView != "Yes") return;
+    s.lines.diagnostics = {};
+    if (!isOn(s.options, OutputSwitch::View)) return;
     if (remainingToEnd < EndSlack && !s.options.historyMatch) runDiagnostics(s);
     writeRateAllocation(s);
 }

@@ -1,4 +1,4 @@
-"""Strict reader of the block-format plot files: every count must be what the zone header says."""
+"""Strict readers of the plot files: every count must be what the zone header says."""
 
 import re
 
@@ -53,3 +53,33 @@ def read_zones(path):
         zones.append(Zone(title, time, (i - 1, j - 1, k - 1), numbers[:3 * nodes].reshape(3, nodes),
                           list(numbers[3 * nodes:].reshape(len(located), cells))))
     return zones
+
+
+FRAME_HEAD = ["TITLE=SL_FRAME_PLOT", "VARIABLES= X,Y,DEPTH,TOF,DFSV_TOF,S<sub>w</sub>,SNS,INDX_INJ,INDX_PRD,INDX_PERF"]
+LINE_HEAD = ["TITLE = STREAMLINE", "VARIABLES =X,Y,Z,TOF,TOF_DFIIUSIVE,SWAT,SNS,INJ,PRD,PERF"]
+LINE_ZONE = re.compile(r" ZONE I = (\d+) F=POINT")
+LINE_COLUMNS = 10
+
+
+def read_line_plot(path):
+    """The frame of a streamline plot and its lines, an array (points, 10) each; raises where anything is amiss."""
+    lines = path.read_text().splitlines()
+    at = lines.index(LINE_HEAD[0])
+    frame_path = path.with_suffix(".frame")
+    assert lines[:2] == FRAME_HEAD and lines[at + 1] == LINE_HEAD[1], path.name
+    frame_path.write_text("\n".join(lines[:at]) + "\n")
+    frame, = read_zones(frame_path)
+    frame_path.unlink()
+    assert len(frame.values) == LINE_COLUMNS - 3, path.name
+    zones = []
+    at += 2
+    while at < len(lines):
+        match = LINE_ZONE.fullmatch(lines[at])
+        assert match, f"{path.name}:{at + 1}: {lines[at][:60]}"
+        count = int(match.group(1))
+        assert count > 0 and at + count < len(lines), f"{path.name}:{at + 1}: the zone is not complete"
+        rows = [line.split() for line in lines[at + 1:at + 1 + count]]
+        assert all(len(row) == LINE_COLUMNS for row in rows), f"{path.name}:{at + 1}"
+        zones.append(numpy.array(rows, dtype=float))
+        at += 1 + count
+    return frame, zones

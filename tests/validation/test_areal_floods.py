@@ -3,6 +3,7 @@
 import numpy
 import pytest
 
+import kvr_run
 from curves import relative_difference, water_cut_difference
 from public_floods import REPORT_TIMES, flood, needs_public_decks, reference
 
@@ -62,3 +63,18 @@ def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(
     assert distance(thrice, "FOPT") <= distance(once, "FOPT")
     assert list(thrice["TIME"]) == list(once["TIME"])
     assert thrice["FWIT"][-1] == pytest.approx(once["FWIT"][-1], rel=1e-9)
+
+
+def test_pairs_share_the_reservoir_rates_of_the_wells(tmp_path):
+    text = kvr_run.public_deck("waterflood/FIVE1.DATA").replace("40*50", "6*500")
+    include = (kvr_run.PUBLIC_DECKS / "waterflood" / "FIVE1.INC").read_text()
+    result = kvr_run.finished_normally(kvr_run.run(tmp_path, text + kvr_run.options(lines=4000, plots=1),
+                                                   {"FIVE1.INC": include}))
+    head, names, *rows = result.read("KVR_TPlot_Well_Rate.plt").splitlines()
+    columns = names.replace("VARIABLES = ", "").replace(" ", "").split(",")
+    last = dict(zip(columns, map(float, rows[-1].split())))
+    produced = [last[name] for name in columns if name.startswith("WVPR_") and last[name] > 0.0]
+    pairs = numpy.array([[float(word) for word in row.split()] for row in result.read("KVR_Run_RateAllocation.out").splitlines()])
+    assert pairs[:, 0].tolist() == pairs[:, 1].tolist() == list(range(1, len(produced) + 1)), "one injector"
+    print("FIVE1: allocation over reservoir rate", pairs[:, 2] / produced)
+    numpy.testing.assert_allclose(pairs[:, 2], produced, rtol=0.01)

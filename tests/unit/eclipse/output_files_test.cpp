@@ -21,7 +21,8 @@ void writeInit(const SmallCase& c) {
     writeInitFile(c.run.console, c.run.options, c.run.units, c.run.grid, c.run.connections);
 }
 void writeRestart(const SmallCase& c) {
-    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state);
+    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state,
+                     c.run.lines.diagnostics);
 }
 void addRft(SmallCase& c) {
     addRftRecords(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state, c.run.wells,
@@ -257,6 +258,32 @@ TEST(RestartFile, HoldsTheStateOfTheActiveCells) {
     EXPECT_EQ(blocks[4].data.reals, (std::vector<float>{0.25F, 0.25F, 0.25F}));
     EXPECT_EQ(blocks[5].data.reals, (std::vector<float>{0.75F, 0.75F, 0.75F}));
     EXPECT_EQ(blocks[6].data.reals, (std::vector<float>{0, 0, 0.125F}));
+}
+
+TEST(RestartFile, HoldsTheMapsOfTheEndOfTheRunBehindTheState) {
+    SmallCase c(2, 2, 1);
+    c.run.grid.Active[1] = 0;
+    DiagnosticMaps& maps = c.run.lines.diagnostics;
+    for (CellArray<double>* times : {&maps.timeFromInjector, &maps.timeToProducer, &maps.timeSum})
+        times->assign(4, UnreachedTime);
+    for (CellArray<int>* wells : {&maps.injector, &maps.producer, &maps.connection}) wells->assign(4, 0);
+    maps.producer[2] = 3;
+    maps.injector[2] = 2;
+    maps.connection[2] = 6;
+    maps.timeFromInjector[2] = 12.5;
+    maps.timeToProducer[2] = 30.0;
+    maps.timeSum[2] = 42.5;
+    writeRestart(c);
+    const std::vector<ReadBlock> blocks = blocksOf(c.path(".X0001"));
+    EXPECT_EQ(keywordsOf(blocks),
+              (std::vector<std::string>{"INTEHEAD", "LOGIHEAD", "DOUBHEAD", "PRESSURE", "SWAT", "SOIL",
+                                        "SGAS", "PRDID", "INJID", "CXNID", "TOFI", "TOFP", "TOFT"}));
+    EXPECT_EQ(blockNamed(blocks, "PRDID").data.integers, (std::vector<std::int32_t>{3, 0, 0}));
+    EXPECT_EQ(blockNamed(blocks, "INJID").data.integers, (std::vector<std::int32_t>{2, 0, 0}));
+    EXPECT_EQ(blockNamed(blocks, "CXNID").data.integers, (std::vector<std::int32_t>{6, 0, 0}));
+    EXPECT_EQ(blockNamed(blocks, "TOFI").data.reals, (std::vector<float>{12.5F, 1e10F, 1e10F}));
+    EXPECT_EQ(blockNamed(blocks, "TOFP").data.reals, (std::vector<float>{30.0F, 1e10F, 1e10F}));
+    EXPECT_EQ(blockNamed(blocks, "TOFT").data.reals, (std::vector<float>{42.5F, 1e10F, 1e10F}));
 }
 
 TEST(HourAndMinute, AreThoseOfTheFractionOfTheDay) {

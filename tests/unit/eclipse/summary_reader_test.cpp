@@ -224,7 +224,7 @@ struct PlotCase : SmallCase {
         run.clock.time = 31.5;
         for (const int step : {1, 2}) {
             run.clock.reportIndex = step;
-            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state);
+            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
         }
     }
     void append(const std::string& extension, std::string_view keyword, const std::vector<float>& values) {
