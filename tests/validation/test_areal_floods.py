@@ -65,10 +65,10 @@ def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(
     assert thrice["FWIT"][-1] == pytest.approx(once["FWIT"][-1], rel=1e-9)
 
 
-def test_pairs_share_the_reservoir_rates_of_the_wells(tmp_path):
-    text = kvr_run.public_deck("waterflood/FIVE1.DATA").replace("40*50", "6*500")
+def test_pairs_share_the_reservoir_rates_of_the_producers_that_lines_start_from(tmp_path):
+    text = kvr_run.public_deck("waterflood/FIVE1.DATA").replace("40*50", "6*100")
     include = (kvr_run.PUBLIC_DECKS / "waterflood" / "FIVE1.INC").read_text()
-    result = kvr_run.finished_normally(kvr_run.run(tmp_path, text + kvr_run.options(lines=4000, plots=1),
+    result = kvr_run.finished_normally(kvr_run.run(tmp_path, text + kvr_run.options(lines=4000, plots=1, start="PRD"),
                                                    {"FIVE1.INC": include}))
     head, names, *rows = result.read("KVR_TPlot_Well_Rate.plt").splitlines()
     columns = names.replace("VARIABLES = ", "").replace(" ", "").split(",")
