@@ -1,23 +1,18 @@
 #pragma once
 
+#include "base/arrow_rules.hpp"
 #include "base/console.hpp"
 #include "eclipse/records.hpp"
 
-#include <string_view>
-
 namespace kvr {
 
-/// Row before the first log line of a reader, and behind its last one.
-inline constexpr std::string_view ReaderOpens = "------------------------------------------------------->";
-inline constexpr std::string_view ReaderCloses = "<------------------------------------------------------";
-
 inline void logReaderStart(const Console& console, std::string_view line) {
-    lineToLog(console, ReaderOpens);
+    lineToLog(console, OpeningArrow);
     lineToLog(console, line);
 }
 inline void logReaderEnd(const Console& console, std::string_view line) {
     lineToLog(console, line);
-    lineToLog(console, ReaderCloses);
+    lineToLog(console, ClosingArrow);
 }
 
 inline void logEmployed(const Console& console, const BlockHeader& header) {

@@ -1,18 +1,16 @@
 #include "report/block_zone.hpp"
 
-#include "base/number_writer.hpp"
+#include "base/number_lines.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <fmt/format.h>
-#include <span>
 
 namespace kvr {
 
 namespace {
 
-constexpr int NumbersPerLine = 8;
 constexpr int CornersPerCell = 8;
 constexpr double LeastPermeability = 1e-20;  // md; what a logarithm takes where there is no permeability
 constexpr int FirstValueVariable = 4;        // behind X, Y, Depth
@@ -20,29 +18,6 @@ constexpr int FirstValueVariable = 4;        // behind X, Y, Depth
 // Corners of a brick as its node list names them: around the top, then around the bottom. Ours run
 // row by row, so the third and fourth change places.
 constexpr std::array<int, CornersPerCell> BrickCorners = {1, 2, 4, 3, 5, 6, 8, 7};
-
-/// Ends each line after NumbersPerLine numbers; the last one is ended by `finish`.
-struct NumberLines {
-    NumberWriter& writer;
-    int onLine = 0;
-
-    void add(double value) {
-        putNumber(writer, value);
-        ++onLine;
-        put(writer, onLine == NumbersPerLine ? "\n" : " ");
-        if (onLine == NumbersPerLine) onLine = 0;
-    }
-    void finish() {
-        if (onLine > 0) put(writer, "\n");
-        onLine = 0;
-    }
-};
-
-void putColumn(NumberWriter& writer, std::span<const double> values) {
-    NumberLines lines{writer};
-    for (const double value : values) lines.add(value);
-    lines.finish();
-}
 
 void putZoneLine(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
     if (nodes == ZoneNodes::Shared)
@@ -56,7 +31,7 @@ void putZoneLine(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
 void putCoordinates(NumberWriter& writer, const GridModel& grid, ZoneNodes nodes) {
     if (nodes == ZoneNodes::Shared) {
         for (const std::vector<double>* axis : {&grid.NodeX, &grid.NodeY, &grid.NodeZ})
-            putColumn(writer, *axis);
+            putList(writer, *axis);
         return;
     }
     for (int axis = 0; axis < 3; ++axis) {

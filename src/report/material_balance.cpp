@@ -1,5 +1,6 @@
 #include "report/material_balance.hpp"
 
+#include "base/arrow_rules.hpp"
 #include "base/constants.hpp"
 #include "report/balance_table.hpp"
 
@@ -12,9 +13,6 @@ namespace {
 
 constexpr double Percent = 100.0;
 constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
-
-constexpr std::string_view OpeningArrow = "------------------------------------------------------->";
-constexpr std::string_view ClosingArrow = "<------------------------------------------------------";
 
 PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {
     return {sums.oil, sums.water, sums.freeGas + sums.dissolvedGas};

@@ -1,5 +1,6 @@
 #include "streamline/flow_diagnostics.hpp"
 
+#include "base/arrow_rules.hpp"
 #include "base/number_writer.hpp"
 #include "base/stopwatch.hpp"
 #include "report/block_zone.hpp"
@@ -15,8 +16,6 @@ namespace {
 constexpr StandStill Nowhere{-1.0, -1.0};  // lines that meet corners go on through them
 constexpr double LeastShare = 0.999;  // of the mean residence; even flow along an axis has exactly the mean
 constexpr CellId EveryCellBelow = 2602;  // grids of fewer cells start a line in every one
-constexpr std::string_view OpeningRule = "------------------------------------------------------->";
-constexpr std::string_view ClosingRule = "<------------------------------------------------------";
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -171,7 +170,7 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
 void runDiagnostics(Simulation& simulation) {
     Simulation& s = simulation;
     const double start = wallSeconds();
-    lineToScreen(s.console, OpeningRule);
+    lineToScreen(s.console, OpeningArrow);
     lineToScreen(s.console, "Streamline-Based Diagnostic Function is called...");
     TraceField own;
     const int lines = traceDiagnostics(s.grid, referenceField(s, own), s.state.PoreVolume, s.wells,
@@ -180,7 +179,7 @@ void runDiagnostics(Simulation& simulation) {
     writeLists(s);
     both(s.console, "Number of SLine traced : {}", lines);
     both(s.console, "time elapsed output TOF: {}", number(wallSeconds() - start));
-    lineToScreen(s.console, ClosingRule);
+    lineToScreen(s.console, ClosingArrow);
 }
 
 void writeRateAllocation(const Simulation& simulation) {

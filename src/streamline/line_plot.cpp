@@ -1,5 +1,6 @@
 #include "streamline/line_plot.hpp"
 
+#include "base/number_lines.hpp"
 #include "streamline/diffusive_time.hpp"
 #include "streamline/line_course.hpp"
 
@@ -9,8 +10,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int NumbersPerLine = 8;
-constexpr int PlotDigits = 9;
 constexpr std::string_view FrameVariables =
     "VARIABLES= X,Y,DEPTH,TOF,DFSV_TOF,S<sub>w</sub>,SNS,INDX_INJ,INDX_PRD,INDX_PERF\n";
 constexpr std::string_view FrameLocations =
@@ -25,25 +24,12 @@ std::size_t at(int n) {
     return static_cast<std::size_t>(n);
 }
 
-void putBlock(NumberWriter& writer, std::span<const double> values) {
-    int onLine = 0;
-    for (const double value : values) {
-        putNumber(writer, value, PlotDigits);
-        onLine = (onLine + 1) % NumbersPerLine;
-        put(writer, onLine == 0 ? "\n" : " ");
-    }
-    if (onLine != 0) put(writer, "\n");
-}
-
 /// Columns that only lines have.
 void putZeros(NumberWriter& writer, CellId cells, int columns) {
     for (int column = 0; column < columns; ++column) {
-        int onLine = 0;
-        for (CellId cell = 1; cell <= cells; ++cell) {
-            onLine = (onLine + 1) % NumbersPerLine;
-            put(writer, onLine == 0 ? "0\n" : "0 ");
-        }
-        if (onLine != 0) put(writer, "\n");
+        NumberLines lines{writer};
+        for (CellId cell = 1; cell <= cells; ++cell) lines.addZero();
+        lines.finish();
     }
 }
 
@@ -53,15 +39,15 @@ void putFrame(const GridModel& grid, const CellState& state, NumberWriter& write
     put(writer, fmt::format("Zone i = {}, j= {}, k= {},  DATAPACKING=BLOCK\n", grid.NX + 1, grid.NY + 1,
                             grid.NZ + 1));
     put(writer, FrameLocations);
-    for (const std::vector<double>* axis : {&grid.NodeX, &grid.NodeY, &grid.NodeZ}) putBlock(writer, *axis);
+    for (const std::vector<double>* axis : {&grid.NodeX, &grid.NodeY, &grid.NodeZ}) putList(writer, *axis);
     putZeros(writer, grid.NCELLS, ColumnsBeforeSw);
-    putBlock(writer, state.Sw.cells());
+    putList(writer, state.Sw.cells());
     putZeros(writer, grid.NCELLS, ColumnsBehindSw);
 }
 
 void putNext(NumberWriter& writer, double value) {
     put(writer, " ");
-    putNumber(writer, value, PlotDigits);
+    putNumber(writer, value);
 }
 
 /// Days that a pressure front takes through node m.

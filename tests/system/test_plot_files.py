@@ -194,6 +194,29 @@ def test_static_maps_show_the_rock_of_the_deck_and_the_transmissibility_of_the_b
     assert (along[:, :, -1] == 0.0).all()
 
 
+def restart_block(result, name, keyword, kind):
+    """The values of a block of one record of a binary file; None where there is none."""
+    raw = (result.folder / name).read_bytes()
+    at = raw.find(keyword.encode().ljust(8))
+    if at < 0:
+        return None
+    return numpy.frombuffer(raw, kind, CELLS[0] * CELLS[1] * CELLS[2], at + 16 + 8)
+
+
+@pytest.mark.parametrize("switches", [("9",), ("8", "9")])
+def test_the_last_restart_file_holds_the_maps_of_the_view(tmp_path, switches):
+    result = flood(tmp_path / "run", switches)
+    blocks = {"PRDID": "prdCxn", "INJID": "InjCxn", "CXNID": None, "TOFI": "TauINJ", "TOFP": "TauPRD", "TOFT": "TauSUM"}
+    for keyword, listed in blocks.items():
+        kind = ">f4" if keyword.startswith("TOF") else ">i4"
+        assert restart_block(result, "ECLIPSE.X0001", keyword, kind) is None
+        values = restart_block(result, "ECLIPSE.X0002", keyword, kind)
+        assert (values is not None) == ("8" in switches)
+        if values is not None:
+            expected = 1.0 if listed is None else numpy.loadtxt(result.folder / f"KVR_Run_{listed}.out")
+            numpy.testing.assert_allclose(values, expected, rtol=1e-6)
+
+
 # --- another program's reader ------------------------------------------------------------------------------
 
 
