@@ -20,7 +20,7 @@ SmallCase& bigCase() {
 void writeSet(const Simulation& run) {
     writeGridFile(run.console, run.options, run.grid);
     writeInitFile(run.console, run.options, run.units, run.grid, run.connections);
-    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state);
+    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
 }
 
 void writeBinarySet(benchmark::State& state) {
