@@ -40,7 +40,7 @@ void Output_ECLEND_Normal(const Console& console, const RunOptions& options) {
     for (const std::string_view kind : CountedKinds)
         std::fputs(fmt::format(" {:<20} {}\n", kind, 0).c_str(), file);
     std::fclose(file);
-    tellGenerated(console, path);
+    log(console, " File Generated : {}", path);
     lineToLog(console, " Function Ends Normally  : Output_ECLEND_Normal");
 }
 

@@ -110,12 +110,14 @@ bool holdsReals(const BlockHeader& header) {
 bool takeHead(const Console& console, const GridModel& grid, int step, const BlockHeader& header,
               const BlockData& data, RunClock& clock) {
     if (view(header.keyword) == "INTEHEAD") {
+        logEmployed(console, header);
         const bool other = data.integers.size() < inte_head::ActiveCells ||
                            data.integers[inte_head::ActiveCells - 1] != grid.NCELLS;
         if (other) lineToBoth(console, "Dimension does not match - Restart and Grid file");
         return true;
     }
     if (view(header.keyword) != "DOUBHEAD" || data.doubles.empty()) return false;
+    logEmployed(console, header);
     clock.time = data.doubles.front();
     screen(console, "STEP :: {} Time :: {}", step, number(clock.time));
     return true;
@@ -145,6 +147,7 @@ ReadResult plotRestartBlocks(const Console& console, const RunOptions& options, 
         const std::string_view keyword = view(header.keyword);
         for (const ZoneRow& row : Zones) {
             if (row.keyword != keyword) continue;
+            logEmployed(console, header);
             const std::string title =
                 row.title.empty() ? padded(keyword, keyword.size() + TitleGap) : std::string(row.title);
             addZone(options, grid, data.reals, clock.time, title, plots.files[row.file]);

@@ -14,6 +14,7 @@ namespace kvr {
 namespace {
 
 constexpr int LastStep = 9999;
+constexpr std::uint64_t MostSpecHeaders = 100000000, MostStepHeaders = 10000000;
 constexpr std::string_view TimeKeyword = "TIME    ";
 
 std::string nameOf(const Text8& text) {
@@ -123,13 +124,16 @@ void readSteps(const Console& console, const RunOptions& options, std::string_vi
 
 ReadResult readSummarySpec(const Console& console, RecordReader& reader, SummarySpec& spec) {
     BlockHeader last;
-    const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
-        last = header;
-        const bool employed = takeSpecBlock(header, data, spec);
-        log(console, "{}{}",
-            employed ? " SMSPEC Key employd -> " : " SMSPEC Key ignored :  ", view(header.keyword));
-        return ReadResult::Ok;
-    });
+    const ReadResult result = readBlocks(
+        reader,
+        [&](const BlockHeader& header, const BlockData& data) {
+            last = header;
+            const bool employed = takeSpecBlock(header, data, spec);
+            log(console, "{}{}",
+                employed ? " SMSPEC Key employd -> " : " SMSPEC Key ignored :  ", view(header.keyword));
+            return ReadResult::Ok;
+        },
+        MostSpecHeaders);
     if (result == ReadResult::Error) return result;
     if (spec.keywords.size() != spec.wells.size())
         return rejectBlock(reader, last, "KEYWORDS and WGNAMES are not equally long");
@@ -158,15 +162,18 @@ ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const 
                            SummaryResponse& response, StepFit& fit) {
     fit = StepFit::Fits;
     std::vector<float> values;
-    const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
-        if (view(header.keyword) != "PARAMS  ") return ReadResult::Ok;
-        if (data.reals.size() != static_cast<std::size_t>(spec.vectorCount)) {
-            fit = StepFit::OtherLength;
-            return ReadResult::EndOfFile;
-        }
-        values = data.reals;
-        return ReadResult::Ok;
-    });
+    const ReadResult result = readBlocks(
+        reader,
+        [&](const BlockHeader& header, const BlockData& data) {
+            if (view(header.keyword) != "PARAMS  ") return ReadResult::Ok;
+            if (data.reals.size() != static_cast<std::size_t>(spec.vectorCount)) {
+                fit = StepFit::OtherLength;
+                return ReadResult::EndOfFile;
+            }
+            values = data.reals;
+            return ReadResult::Ok;
+        },
+        MostStepHeaders);
     if (result == ReadResult::Ok && fit == StepFit::Fits) storeStep(values, plan, response);
     return result;
 }

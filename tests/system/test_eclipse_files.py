@@ -96,6 +96,22 @@ def test_restarts_hold_the_maps_of_their_reports(case):
         assert total == pytest.approx(1.0, abs=1e-6)
 
 
+MAPS = {"PRDID": "PrdCxn", "INJID": "InjCxn", "CXNID": "CxnCxn", "TOFI": "TauINJ", "TOFP": "TauPRD", "TOFT": "TauSUM"}
+UNREACHED = 1e10
+
+
+def test_the_last_restart_holds_the_maps_of_the_lines(case):
+    result, _ = case
+    for step in range(3):
+        names = [entry[0] for entry in ecl.EclFile(eclipse_file(result, f"X{step:04d}")).arrays]
+        assert names[-1] == "SGAS"
+    for keyword, name in MAPS.items():
+        plotted = last_zone(result, f"KVR_Run_{name}.plt")
+        assert array(result, "X0003", keyword) == pytest.approx(plotted, rel=1e-6), keyword
+    assert (array(result, "X0003", "TOFT") < UNREACHED).any()
+    assert (array(result, "X0003", "CXNID") > 0).any()
+
+
 def test_summaries_hold_the_rates_of_the_tables(case):
     result, _ = case
     table = result.table()

@@ -435,7 +435,7 @@ TEST(EndFile, CountsNoMessages) {
         EXPECT_EQ(word, kind);
         EXPECT_EQ(count, 0);
     }
-    EXPECT_EQ(quiet.logText(), "File Generated : " + c.path(".ECLEND") +
+    EXPECT_EQ(quiet.logText(), " File Generated : " + c.path(".ECLEND") +
                                    "\n Function Ends Normally  : Output_ECLEND_Normal\n");
 }
 

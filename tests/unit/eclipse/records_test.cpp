@@ -1,6 +1,7 @@
 #include "eclipse/records.hpp"
 
 #include "eclipse/file_failure.hpp"
+#include "eclipse/keyword_loop.hpp"
 #include "unit/eclipse/record_bytes.hpp"
 #include "unit/quiet_console.hpp"
 #include "unit/scratch_folder.hpp"
@@ -179,6 +180,23 @@ TEST(ReadHeader, AtTheEndOfTheFileIsNoError) {
     OpenedBytes file("");
     EXPECT_TRUE(at_end(file.reader));
     EXPECT_EQ(file.header(), ReadResult::EndOfFile);
+}
+
+TEST(KeywordLoop, ReadsNoMoreHeadersThanItMay) {
+    const std::string bytes =
+        headerOf("FIRST", 0, "INTE") + headerOf("SECOND", 0, "INTE") + headerOf("THIRD", 0, "INTE");
+    const auto keywords = [&](std::uint64_t most) {
+        OpenedBytes file(bytes);
+        std::string all;
+        const auto take = [&](const BlockHeader& header, const BlockData&) {
+            all += view(header.keyword);
+            return ReadResult::Ok;
+        };
+        EXPECT_EQ(readBlocks(file.reader, take, most), ReadResult::Ok);
+        return all;
+    };
+    EXPECT_EQ(keywords(2), "FIRST   SECOND  ");
+    EXPECT_EQ(keywords(4), "FIRST   SECOND  THIRD   ");
 }
 
 TEST(ReadHeader, SeesACountInTheWrongByteOrder) {
