@@ -61,9 +61,9 @@ struct GridModel {
     bool editRockApplied = false;             // EDIT rows on rock arrays have been applied in this run
     bool smoothingApplied = false;            // SMTHPRM rows have been applied in this run
     UpscaledRock upscaled;
-    bool cornerPointInput = false;            // COORD and ZCORN gave the geometry
-    bool blockInput = false;                  // DX.., DXV.. and TOPS gave it
-    bool coordAfterZcorn = false;             // geometry is to be rebuilt at the end of the section
+    bool cornerPointInput = false;  // COORD and ZCORN gave the geometry
+    bool blockInput = false;        // DX.., DXV.. and TOPS gave it
+    bool coordAfterZcorn = false;   // geometry is to be rebuilt at the end of the section
 };
 
 inline CellId cellIndex(const GridModel& grid, int i, int j, int k) {
