@@ -5,8 +5,9 @@
 #include "streamline/streamline_step.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
-#include <regex>
+#include <string>
 
 namespace kvr {
 namespace {
@@ -22,9 +23,15 @@ CellId visitedCells(const Simulation& s) {
 /// The number that a console line names behind `words`.
 int spoken(const FloodRun& run, const std::string& words) {
     const std::string text = run.quiet.screenText();
-    std::smatch found;
-    if (!std::regex_search(text, found, std::regex(words + " *: (\\d+)"))) return -1;
-    return std::stoi(found[1]);
+    for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1)) {
+        const std::size_t colon = text.find_first_not_of(' ', at + words.size());
+        if (colon == std::string::npos || text.compare(colon, 2, ": ") != 0) continue;
+        const char* digits = text.c_str() + colon + 2;
+        char* end = nullptr;
+        const long value = std::strtol(digits, &end, 10);
+        if (end != digits) return static_cast<int>(value);
+    }
+    return -1;
 }
 
 FloodRun missedRun(const samples::Flow& flow, int lines, const char* missed = "Yes",
