@@ -62,7 +62,8 @@ def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(
         assert distance(thrice, column) <= 0.25 * distance(once, column)
     assert distance(thrice, "FOPT") <= distance(once, "FOPT")
     assert list(thrice["TIME"]) == list(once["TIME"])
-    assert thrice["FWIT"][-1] == pytest.approx(once["FWIT"][-1], rel=1e-9)
+    # 400 stb/d, met to what the pressure iteration leaves open: totals count a step once, not every pass.
+    assert thrice["FWIT"][-1] == pytest.approx(400.0 * 2000.0, rel=1e-7)
 
 
 def test_pairs_share_the_reservoir_rates_of_the_producers_that_lines_start_from(tmp_path):
