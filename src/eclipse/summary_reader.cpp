@@ -51,7 +51,7 @@ bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec
     return false;
 }
 
-/// Adds the vectors of one place in the specification to the plan.
+/// Adds the vectors of one place in the summary index to the plan.
 void planPlace(const Console& console, const SummarySpec& spec,
                const std::vector<ResponseMnemonic>& mnemonics, int wellCount, std::size_t place,
                std::map<int, int>& used, std::map<std::string, int>& connections, SummaryPlan& plan,

@@ -10,7 +10,7 @@
 
 namespace kvr {
 
-/// Vectors of an outside summary, as its specification names them.
+/// Vectors of an outside summary, as its index (.SMSPEC) names them.
 struct SummarySpec {
     std::int32_t vectorCount = 0;  // that of KEYWORDS where DIMENS tells another
     std::vector<Text8> keywords;
@@ -37,7 +37,7 @@ struct SummaryPlan {
 SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
                          SummaryResponse& response);
 
-/// Whether the PARAMS of a step had the length that the specification gives.
+/// Whether the PARAMS of a step had the length that the index gives.
 enum class StepFit { Fits, OtherLength };
 
 /// Reads an open .S file into a new step of the response; the last PARAMS of the file counts. A file without

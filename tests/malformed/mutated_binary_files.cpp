@@ -231,7 +231,7 @@ const ReaderRow Readers[] = {
          return readInitBlocks(Silent, run.options, run.units, reader, run.grid, run.connections,
                                differences);
      }},
-    {"summary specification",
+    {"summary index",
      [](Bench&, RecordReader& reader) {
          SummarySpec spec;
          SummaryResponse response;

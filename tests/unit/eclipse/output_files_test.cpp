@@ -392,7 +392,7 @@ TEST(BinaryOutput, BeginsWithTheFilesOfTimeZeroAndGoesOnWithReportOne) {
                                         "CASE.SLNSPEC", "CASE.SMSPEC", "CASE.X0000", "CASE.X0001"}));
 }
 
-TEST(BinaryOutput, OfATracedRunIsTheLineSpecificationOnly) {
+TEST(BinaryOutput, OfATracedRunIsTheLineIndexOnly) {
     SmallCase c(2, 1, 1);
     c.run.options.outputSln = "Yes";
     c.run.options.traceFromRestart = true;
@@ -402,7 +402,7 @@ TEST(BinaryOutput, OfATracedRunIsTheLineSpecificationOnly) {
     EXPECT_EQ(filesOf(c), std::vector<std::string>{"CASE.SLNSPEC"});
 }
 
-TEST(BinaryOutput, WithoutWellsHasNoSpecificationAndEmptySummaries) {
+TEST(BinaryOutput, WithoutWellsHasNoIndexAndEmptySummaries) {
     SmallCase c(2, 1, 1);
     startEclipseFiles(c.run);
     EXPECT_FALSE(std::filesystem::exists(c.path(".SMSPEC")));

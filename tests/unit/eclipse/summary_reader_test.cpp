@@ -113,7 +113,7 @@ TEST(SummarySeries, EndsAtTheFirstMissingStep) {
     EXPECT_TRUE(holds(c.quiet.logText(), " Not Found -> " + c.path(".S0015") + "\n"));
 }
 
-/// A specification of one vector per name and well, and one step of values.
+/// An index of one vector per name and well, and one step of values.
 void writeForeign(const ResponseCase& c, const std::vector<std::pair<std::string, std::string>>& vectors,
                   std::size_t values, std::int32_t dimension) {
     const auto count = static_cast<std::int32_t>(vectors.size());
@@ -179,7 +179,7 @@ TEST(ForeignSummary, OfAnotherLengthEndsTheReading) {
     EXPECT_TRUE(c.response.time.empty());
 }
 
-TEST(ForeignSummary, WithoutItsSpecificationStops) {
+TEST(ForeignSummary, WithoutItsIndexStops) {
     ResponseCase c;
     c.run.console = consoleOnStandardError();
     EXPECT_EXIT(c.read(1), testing::ExitedWithCode(1),
