@@ -59,7 +59,7 @@ CellArray<double> byCell(const GridModel& grid, const std::vector<float>& values
 
 void addZone(const RunOptions& options, const GridModel& grid, const std::vector<float>& values, double time,
              std::string_view title, std::FILE* file) {
-    const ZoneNodes nodes = options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    const ZoneNodes nodes = zoneNodes(options);
     writeBlockZone(file, grid, nodes, byCell(grid, values), time, title);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "deck/options.hpp"
 #include "model/grid.hpp"
 
 #include <cstdio>
@@ -13,6 +14,11 @@ namespace kvr {
 /// PerCell: every cell has its own eight corners, so that faults show; a zone of NCELLS separate bricks
 /// (FEBRICK, 8 NCELLS nodes, then the node list of each brick).
 enum class ZoneNodes { Shared, PerCell };
+
+/// The nodes that the options ask for.
+inline ZoneNodes zoneNodes(const RunOptions& options) {
+    return options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+}
 
 /// What a zone shows of a cell.
 using CellValue = std::function<double(CellId)>;

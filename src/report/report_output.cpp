@@ -37,7 +37,7 @@ constexpr FieldRow SliceRows[] = {
 };
 
 void addZones(const Simulation& run) {
-    const ZoneNodes nodes = run.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    const ZoneNodes nodes = zoneNodes(run.options);
     lineToBoth(run.console, rowOf(OutputFile::TPlotPoil).told);
     for (const FieldRow& row : ZoneRows) {
         if (row.ofGas && !run.options.hasGas) continue;

@@ -29,7 +29,7 @@ constexpr ZoneRow ZoneRows[] = {
 };
 
 void writeZones(const Simulation& run) {
-    const ZoneNodes nodes = run.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    const ZoneNodes nodes = zoneNodes(run.options);
     for (const ZoneRow& row : ZoneRows) {
         const OutputRow& file = rowOf(row.file);
         std::FILE* stream = openBeside(run.console, run.outputs, row.file);

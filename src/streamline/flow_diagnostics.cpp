@@ -96,7 +96,7 @@ constexpr WellListRow WellLists[] = {{OutputFile::PrdCxnList, &DiagnosticMaps::p
                                      {OutputFile::InjCxnList, &DiagnosticMaps::injector}};
 
 void writeZoneFile(const Simulation& s, OutputFile file, const CellValue& value) {
-    const ZoneNodes nodes = s.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    const ZoneNodes nodes = zoneNodes(s.options);
     std::FILE* stream = openBeside(s.console, s.outputs, file);
     writeBlockZone(stream, s.grid, nodes, value, s.clock.time, rowOf(file).title);
     std::fclose(stream);
