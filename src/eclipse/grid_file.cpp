@@ -3,7 +3,7 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "eclipse/output_switch.hpp"
+#include "run/output_table.hpp"
 
 namespace kvr {
 
@@ -81,7 +81,7 @@ void writeGeometry(const GridModel& grid, RecordWriter& writer) {
 }  // namespace
 
 void writeGridFile(const Console& console, const RunOptions& options, const GridModel& grid) {
-    if (!writesEclipseFiles(options)) return;
+    if (!isOn(options, OutputSwitch::Eclipse)) return;
     RecordWriter writer;
     openOrStop(console, runFile(options, ".EGRID"), writer);
     HeadList<HeadSlots> head = fileHead(options);

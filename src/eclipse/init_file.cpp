@@ -3,7 +3,7 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "eclipse/output_switch.hpp"
+#include "run/output_table.hpp"
 
 #include <algorithm>
 
@@ -79,7 +79,7 @@ double writtenPoreVolume(const UnitSystem& units, const GridModel& grid, CellId 
 
 void writeInitFile(const Console& console, const RunOptions& options, const UnitSystem& units,
                    const GridModel& grid, const ConnectionTable& connections) {
-    if (!writesEclipseFiles(options)) return;
+    if (!isOn(options, OutputSwitch::Eclipse)) return;
     const CellId active = activeCount(grid);
     const InitSource source{grid, connections};
     RecordWriter writer;

@@ -3,8 +3,8 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "eclipse/output_switch.hpp"
 #include "eclipse/restart_file.hpp"
+#include "run/output_table.hpp"
 
 #include <algorithm>
 #include <limits>
@@ -77,7 +77,7 @@ void writeCourses(std::size_t wellCount, LinePaths& paths, RecordWriter& writer)
 
 void writeLineSpec(const Console& console, const RunOptions& options, const GridModel& grid,
                    const std::vector<std::string>& wellNames, LinePaths& paths) {
-    if (!writesLineFiles(options)) return;
+    if (!isOn(options, OutputSwitch::EclipseLines)) return;
     const std::array<double, 6> extent = extentOf(grid);
     const auto names = static_cast<std::int32_t>(wellNames.size()) + 1;
     RecordWriter writer;
@@ -103,7 +103,7 @@ void writeLineSpec(const Console& console, const RunOptions& options, const Grid
 void writeLineStep(const Console& console, const RunOptions& options, const RunClock& clock, int tracedLines,
                    EclipseOutput& output) {
     output.tracedLines = tracedLines;
-    if (!writesLineFiles(options)) return;
+    if (!isOn(options, OutputSwitch::EclipseLines)) return;
     const std::array<std::int32_t, 10> head = lineHead(clock);
     RecordWriter writer;
     openOrStop(console, runFile(options, ".SLN", clock.reportIndex), writer);

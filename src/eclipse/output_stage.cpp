@@ -26,7 +26,7 @@ ScheduleStep entryInForce(const Simulation& run) {
 
 void writeStep(Simulation& run) {
     writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
-    if (run.options.outputEclipse != "Yes") return;
+    if (!isOn(run.options, OutputSwitch::Eclipse)) return;
     writeSummaryStep(run.console, run.options, run.clock,
                      summaryFigures(run.units, run.clock, entryInForce(run), run.wells, run.eclipse.wellCount,
                                     run.eclipse.totals));

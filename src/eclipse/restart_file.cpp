@@ -4,7 +4,7 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
-#include "eclipse/output_switch.hpp"
+#include "run/output_table.hpp"
 
 #include <cmath>
 
@@ -83,7 +83,7 @@ HourMinute hourMinute(double days) {
 
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
                       const GridModel& grid, const CellState& state, const DiagnosticMaps& maps) {
-    if (!writesEclipseFiles(options)) return;
+    if (!isOn(options, OutputSwitch::Eclipse)) return;
     const CellId active = activeCount(grid);
     RecordWriter writer;
     openOrStop(console, runFile(options, ".X", clock.reportIndex), writer);

@@ -3,7 +3,7 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "eclipse/output_switch.hpp"
+#include "run/output_table.hpp"
 
 #include <vector>
 
@@ -69,7 +69,7 @@ void addRftRecords(const Console& console, const RunOptions& options, const RunC
                    const GridModel& grid, const CellState& state, const WellRecord& wells,
                    EclipseOutput& output) {
     if (output.rft.file == nullptr) openOrStop(console, runFile(options, ".RFT"), output.rft);
-    if (!writesEclipseFiles(options)) return;
+    if (!isOn(options, OutputSwitch::Eclipse)) return;
     for (const Well& well : wells.wells) addWell(clock, {grid, state}, well, output.rft);
     std::fflush(output.rft.file);
     if (output.rftNamed) return;

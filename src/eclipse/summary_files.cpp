@@ -3,7 +3,7 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "eclipse/output_switch.hpp"
+#include "run/output_table.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -55,7 +55,7 @@ void addToTotals(std::size_t well, double dt, SummaryFigures& figures, SummaryTo
 
 void writeSummarySpec(const Console& console, const RunOptions& options, const GridModel& grid,
                       const std::vector<std::string>& wellNames) {
-    if (!writesEclipseFiles(options) || wellNames.empty()) return;
+    if (!isOn(options, OutputSwitch::Eclipse) || wellNames.empty()) return;
     const auto& vectors = summaryVectors();
     const std::size_t wells = wellNames.size();
     const auto entries = static_cast<std::int32_t>(vectors.size() * wells);
@@ -99,7 +99,7 @@ std::vector<SummaryFigures> summaryFigures(const UnitSystem& units, const RunClo
 
 void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
                       const std::vector<SummaryFigures>& figures) {
-    if (!writesEclipseFiles(options)) return;
+    if (!isOn(options, OutputSwitch::Eclipse)) return;
     const auto& vectors = summaryVectors();
     const std::size_t wells = figures.size();
     const auto zero = [](std::size_t) { return 0; };

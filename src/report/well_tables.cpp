@@ -52,7 +52,8 @@ void reportWells(Simulation& simulation) {
 void startWellTables(Simulation& simulation) {
     const std::vector<std::string> names = runWellNames(simulation.schedule, simulation.wells);
     if (isOn(simulation.options, OutputSwitch::Tecplot)) {
-        putSinkSourceHead(names, simulation.options.componentCount, simulation.options.outputEclipse == "Yes",
+        putSinkSourceHead(names, simulation.options.componentCount,
+                          isOn(simulation.options, OutputSwitch::Eclipse),
                           stream(simulation.outputs, OutputFile::TPlotWellRate));
         putWellPropertyHead(names, stream(simulation.outputs, OutputFile::TPlotWellBlk));
     }

@@ -30,6 +30,8 @@ TEST(OutputSwitch, IsOnByItsOwnOptionOnly) {
     const Case cases[] = {
         {OutputSwitch::Excel, [](RunOptions& o) { o.outputXls = "Yes"; }},
         {OutputSwitch::Tecplot, [](RunOptions& o) { o.outputPlt = "Yes"; }},
+        {OutputSwitch::Lines, [](RunOptions& o) { o.outputStreamline = true; }},
+        {OutputSwitch::Eclipse, [](RunOptions& o) { o.outputEclipse = "Yes"; }},
         {OutputSwitch::View, [](RunOptions& o) { o.outputKvrView = "Yes"; }},
         {OutputSwitch::PressureMatrix, [](RunOptions& o) { o.outputPressureMatrix = true; }},
         {OutputSwitch::SaturationMatrix, [](RunOptions& o) { o.outputSaturationMatrix = true; }},
@@ -45,6 +47,21 @@ TEST(OutputSwitch, IsOnByItsOwnOptionOnly) {
         EXPECT_TRUE(isOn(options, OutputSwitch::Always));
         EXPECT_FALSE(isOn(options, OutputSwitch::Unwritten));
     }
+}
+
+TEST(OutputSwitch, OfTwoOptionsTakesBothOrEither) {
+    for (const bool first : {false, true})
+        for (const bool second : {false, true}) {
+            RunOptions options;
+            options.outputKvrView = first ? "Yes" : "No";
+            options.outputStreamline = second;
+            options.outputPlt = second ? "Yes" : "No";
+            options.outputEclipse = first ? "Yes" : "No";
+            options.outputSln = second ? "Yes" : "No";
+            EXPECT_EQ(isOn(options, OutputSwitch::ViewOrLines), first || second);
+            EXPECT_EQ(isOn(options, OutputSwitch::TecplotView), first && second);
+            EXPECT_EQ(isOn(options, OutputSwitch::EclipseLines), first && second);
+        }
 }
 
 }  // namespace
