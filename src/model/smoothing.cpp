@@ -2,6 +2,7 @@
 
 #include "base/text.hpp"
 #include "model/neighbours.hpp"
+#include "model/rock_properties.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -9,15 +10,6 @@
 namespace kvr {
 
 namespace {
-
-struct RockArray {
-    std::string_view name;
-    CellArray<double> GridModel::*array;
-};
-constexpr RockArray RockArrays[] = {{"PORO", &GridModel::PORO},
-                                    {"PERMX", &GridModel::PERMX},
-                                    {"PERMY", &GridModel::PERMY},
-                                    {"PERMZ", &GridModel::PERMZ}};
 
 double meanAround(const GridModel& grid, const CellArray<double>& values, CellId cell) {
     double sum = values[cell];
@@ -32,12 +24,6 @@ double meanAround(const GridModel& grid, const CellArray<double>& values, CellId
 }
 
 }  // namespace
-
-CellArray<double> GridModel::*findRockArray(std::string_view name) {
-    for (const RockArray& row : RockArrays)
-        if (row.name == trim(name)) return row.array;
-    return nullptr;
-}
 
 void smooth(const GridModel& grid, int passes, CellArray<double>& values) {
     CellArray<double> before = values;
@@ -54,8 +40,8 @@ void smoothRock(const Console& console, const std::vector<ConditioningRow>& rows
         if (row.iterations > MostSmoothingPasses)
             both(console, "WARNING :: SMTHPRM count {} is too large, {} is used", row.iterations,
                  MostSmoothingPasses);
-        if (CellArray<double> GridModel::*array = findRockArray(row.name); array != nullptr)
-            smooth(grid, row.iterations, grid.*array);
+        if (const RockProperty* property = findRockProperty(row.name); property != nullptr)
+            smooth(grid, row.iterations, grid.*property->array);
         else
             both(console, " {}-> not surpported", padded(row.name, 8));
     }

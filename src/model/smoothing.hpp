@@ -8,9 +8,6 @@
 
 namespace kvr {
 
-/// The rock array that a row of SMTHPRM or UPSCALE names: PORO, PERMX, PERMY or PERMZ; nullptr otherwise.
-CellArray<double> GridModel::*findRockArray(std::string_view name);
-
 /// `passes` times every value becomes the mean of itself and its neighbours in the full table of 26
 /// directions, all from the values of the pass before. A neighbour that stands in several rows of the table
 /// counts as often; inactive cells take part; outside the box there is nobody. At most

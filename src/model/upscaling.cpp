@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
+#include "model/rock_properties.hpp"
 #include "model/window_flow.hpp"
 
 #include <algorithm>
@@ -9,23 +10,6 @@
 namespace kvr {
 
 namespace {
-
-struct UpscaledProperty {
-    std::string_view name;
-    CellArray<double> UpscaledRock::*array;
-    int axis;  // of a permeability; NoAxis for porosity
-};
-constexpr int NoAxis = -1;
-constexpr UpscaledProperty Properties[] = {{"PORO", &UpscaledRock::PORO, NoAxis},
-                                           {"PERMX", &UpscaledRock::PERMX, 0},
-                                           {"PERMY", &UpscaledRock::PERMY, 1},
-                                           {"PERMZ", &UpscaledRock::PERMZ, 2}};
-
-const UpscaledProperty* findProperty(std::string_view name) {
-    for (const UpscaledProperty& property : Properties)
-        if (property.name == trim(name)) return &property;
-    return nullptr;
-}
 
 template <class Visit>
 void forCells(const GridModel& grid, const Window& window, const Visit& visit) {
@@ -75,16 +59,16 @@ void checkWindow(const Console& console, const std::array<int, 3>& size) {
     hardStop(console);
 }
 
-void upscale(const Console& console, const UpscaledProperty& property, const ConditioningRow& row,
+void upscale(const Console& console, const RockProperty& property, const ConditioningRow& row,
              GridModel& grid) {
     const std::array<int, 3> size = windowSize(grid, row);
-    CellArray<double>& result = grid.upscaled.*property.array;
-    if (property.axis != NoAxis) checkWindow(console, size);
+    CellArray<double>& result = grid.upscaled.*property.upscaled;
+    if (property.axis != RockProperty::NoAxis) checkWindow(console, size);
     int number = 0;
     forWindows(grid, size, [&](const Window& window) {
         ++number;
         double value = 0.0;
-        if (property.axis == NoAxis) {
+        if (property.axis == RockProperty::NoAxis) {
             value = meanPorosity(grid, window);
         } else {
             both(console, "Upscaled Grid dir: {} GridID: {}", property.axis + 1, number);
@@ -99,7 +83,7 @@ void upscale(const Console& console, const UpscaledProperty& property, const Con
 void upscaleRock(const Console& console, const std::vector<ConditioningRow>& rows, GridModel& grid) {
     grid.upscaled = {grid.PORO, grid.PERMX, grid.PERMY, grid.PERMZ};
     for (const ConditioningRow& row : rows) {
-        if (const UpscaledProperty* property = findProperty(row.name); property != nullptr)
+        if (const RockProperty* property = findRockProperty(row.name); property != nullptr)
             upscale(console, *property, row, grid);
         else
             both(console, " {}-> not surpported", padded(row.name, 8));

@@ -2,6 +2,7 @@
 
 #include "base/number_writer.hpp"
 #include "base/text.hpp"
+#include "model/rock_properties.hpp"
 #include "report/block_zone.hpp"
 
 #include <algorithm>
@@ -16,35 +17,34 @@ constexpr std::string_view UpscaledTitle = " PowerLawUpscale ";
 constexpr std::string_view UpscaledVariable = ",Perm";
 
 struct SmoothedRow {
-    std::string_view name;
+    RockProperty property;
     OutputFile file;
-    CellArray<double> GridModel::*array;
 };
-constexpr SmoothedRow SmoothedRows[] = {{"PERMX", OutputFile::SmoothedKx, &GridModel::PERMX},
-                                        {"PERMY", OutputFile::SmoothedKy, &GridModel::PERMY},
-                                        {"PERMZ", OutputFile::SmoothedKz, &GridModel::PERMZ},
-                                        {"PORO", OutputFile::SmoothedPoro, &GridModel::PORO}};
+constexpr SmoothedRow SmoothedRows[] = {{RockPERMX, OutputFile::SmoothedKx},
+                                        {RockPERMY, OutputFile::SmoothedKy},
+                                        {RockPERMZ, OutputFile::SmoothedKz},
+                                        {RockPORO, OutputFile::SmoothedPoro}};
 
 struct PermeabilityRow {
-    std::string_view keyword;
+    RockProperty property;
     OutputFile map, logarithm;
-    CellArray<double> UpscaledRock::*array;
 };
 constexpr PermeabilityRow PermeabilityRows[] = {
-    {"PERMX", OutputFile::UpscaledPermX, OutputFile::UpscaledPermXLog, &UpscaledRock::PERMX},
-    {"PERMY", OutputFile::UpscaledPermY, OutputFile::UpscaledPermYLog, &UpscaledRock::PERMY},
-    {"PERMZ", OutputFile::UpscaledPermZ, OutputFile::UpscaledPermZLog, &UpscaledRock::PERMZ},
+    {RockPERMX, OutputFile::UpscaledPermX, OutputFile::UpscaledPermXLog},
+    {RockPERMY, OutputFile::UpscaledPermY, OutputFile::UpscaledPermYLog},
+    {RockPERMZ, OutputFile::UpscaledPermZ, OutputFile::UpscaledPermZLog},
 };
 
 void writeSmoothed(const Simulation& run) {
-    const ZoneNodes nodes = run.options.cornerPointHiRes ? ZoneNodes::PerCell : ZoneNodes::Shared;
+    const ZoneNodes nodes = zoneNodes(run.options);
     const std::vector<ConditioningRow>& asked = run.options.smoothingRows;
     for (const SmoothedRow& row : SmoothedRows) {
         if (std::none_of(asked.begin(), asked.end(),
-                         [&row](const ConditioningRow& r) { return trim(r.name) == row.name; }))
+                         [&row](const ConditioningRow& r) { return trim(r.name) == row.property.name; }))
             continue;
         std::FILE* file = openBeside(run.console, run.outputs, row.file);
-        writeBlockZone(file, run.grid, nodes, run.grid.*row.array, run.clock.time, rowOf(row.file).title);
+        writeBlockZone(file, run.grid, nodes, run.grid.*row.property.array, run.clock.time,
+                       rowOf(row.file).title);
         std::fclose(file);
     }
 }
@@ -76,14 +76,14 @@ void writePorosity(const Simulation& run) {
 
 void writePermeabilities(const Simulation& run) {
     for (const PermeabilityRow& row : PermeabilityRows) {
-        const CellArray<double>& values = run.grid.upscaled.*row.array;
+        const CellArray<double>& values = run.grid.upscaled.*row.property.upscaled;
         writeMap(run, row.map, [&](CellId cell) { return values[cell]; });
         writeMap(run, row.logarithm, [&](CellId cell) { return plottedLog10(values[cell]); });
     }
     NumberWriter writer;
     writer.file = openBeside(run.console, run.outputs, OutputFile::UpscaledPermData);
     for (const PermeabilityRow& row : PermeabilityRows)
-        putKeyword(writer, row.keyword, run.grid.upscaled.*row.array);
+        putKeyword(writer, row.property.name, run.grid.upscaled.*row.property.upscaled);
     flush(writer);
     std::fclose(writer.file);
 }
