@@ -241,7 +241,8 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::EclipseInit, 0, "*.INIT", OutputSwitch::Eclipse, "", "File Generated : *.INIT",
      "static properties"},
     {OutputFile::EclipseRestart, 0, "*.X[0-9]*", OutputSwitch::Eclipse, "", "File Generated : *.X0000",
-     "pressure and saturations of a report"},
+     "pressure and saturations of a report; in the last of a streamline run with 8 also the wells and the "
+     "times of flight of the diagnostics (`PRDID`, `INJID`, `CXNID`, `TOFI`, `TOFP`, `TOFT`)"},
     {OutputFile::EclipseSummarySpec, 0, "*.SMSPEC", OutputSwitch::Eclipse, "", "File Generated : *.SMSPEC",
      "names and units of the summary vectors; not without wells"},
     {OutputFile::EclipseSummary, 0, "*.S[0-9]*", OutputSwitch::Eclipse, "", "File Generated : *.S0000",
