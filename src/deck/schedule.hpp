@@ -15,13 +15,13 @@ struct DeckPlace {
 inline constexpr double DefaultProducerBhp = 14.6;      // psia
 inline constexpr double DefaultInjectorBhp = 100000.0;  // psia
 
-/// Well data of one step. Merged by name while the deck is read: one element per well and step.
 /// What a well injects of one tracer.
 struct InjectedTracer {
     std::string name;  // first four characters count
     double concentration = 0.0;
 };
 
+/// Well data of one step. Merged by name while the deck is read: one element per well and step.
 /// Rates in internal volume a day (stb or surface barrels of gas), positive as the deck gives them.
 struct ScheduleWell {
     std::string name;  // up to 8 characters
