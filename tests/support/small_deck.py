@@ -61,8 +61,8 @@ SWAT
 25*0.2 /
 """
 
-SCHEDULE = """SCHEDULE
-WELSPECS
+# An injector of water in the first cell, a producer where its I and J say.
+WELLS = """WELSPECS
 'INJ' 'G' 1 1 5010 'WATER' /
 'PROD' 'G' 5 5 5010 'OIL' /
 /
@@ -76,7 +76,10 @@ WCONPROD
 WCONINJE
 'INJ' 'WATER' 'OPEN' 'RATE' 50 1* 9000 /
 /
-TSTEP
+"""
+
+SCHEDULE = f"""SCHEDULE
+{WELLS}TSTEP
 2*30 /
 END
 """

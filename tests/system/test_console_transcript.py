@@ -8,6 +8,7 @@ import pathlib
 import re
 
 import kvr_run
+import small_deck
 
 TRANSCRIPT = pathlib.Path(__file__).with_name("console_transcript.txt")
 
@@ -82,21 +83,7 @@ FOPR
 SCHEDULE
 RPTSCHED
 1 /
-WELSPECS
-'INJ' 'G' 1 1 5010 'WATER' /
-'PROD' 'G' 10 1 5010 'OIL' /
-/
-COMPDAT
-'INJ' 1 1 1 1 'OPEN' 2* 0.5 /
-'PROD' 10 1 1 1 'OPEN' 2* 0.5 /
-/
-WCONPROD
-'PROD' 'OPEN' 'BHP' 5* 2000 /
-/
-WCONINJE
-'INJ' 'WATER' 'OPEN' 'RATE' 50 1* 9000 /
-/
-TSTEP
+""" + small_deck.WELLS.replace("5 5", "10 1") + """TSTEP
 10 20 /
 WCONINJE
 'INJ' 'WATER' 'OPEN' 'RATE' 80 1* 9000 /
