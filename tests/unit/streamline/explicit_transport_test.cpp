@@ -9,12 +9,8 @@
 namespace kvr {
 namespace {
 
-double waterGained(const SolverLine& line) {
-    double sum = 0.0;
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(line.nodeCount); ++i)
-        sum += (line.nodes[i].Sw - 0.2) * line.DeltaTof[i];
-    return sum;
-}
+using samples::plainFraction;
+using samples::waterGained;
 
 void advance(const FluidTables& tables, const ExplicitControl& control, double step, SolverLine& line) {
     ExplicitScratch scratch;
@@ -37,22 +33,11 @@ TEST(AdvanceExplicit, IsPlainUpstreamTransportOnEvenNodes) {
 
 /// The same loop written out plainly, from arrays of saturations, for any residence times.
 std::vector<double> plainTwin(const std::vector<double>& deltaTof, double step, double cfl, double floor) {
-    const auto flow = [](double s) {
-        const double x[] = {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
-        const double w[] = {0.0, 0.01, 0.04, 0.09, 0.18, 0.3, 0.45};
-        const double o[] = {1.0, 0.7, 0.45, 0.25, 0.1, 0.02, 0.0};
-        int k = 0;
-        while (k < 5 && s >= x[k + 1]) ++k;
-        const double share = (s - x[k]) / (x[k + 1] - x[k]);
-        const double lw = std::max(0.0, w[k] + share * (w[k + 1] - w[k])) / 0.5;
-        const double lo = std::max(0.0, o[k] + share * (o[k + 1] - o[k])) / 2.0;
-        return lw / (lw + lo);
-    };
     std::vector<double> s(deltaTof.size() + 1, 0.2);
     s[0] = 0.8;
     for (double t = 0.0; t < step;) {
         std::vector<double> f(s.size());
-        for (std::size_t i = 0; i < s.size(); ++i) f[i] = flow(s[i]);
+        for (std::size_t i = 0; i < s.size(); ++i) f[i] = plainFraction(s[i]);
         double speed = 0.0;
         for (std::size_t i = 1; i < s.size(); ++i)
             if (std::abs(s[i] - s[i - 1]) > 1e-6)

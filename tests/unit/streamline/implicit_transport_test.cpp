@@ -10,12 +10,8 @@
 namespace kvr {
 namespace {
 
-double waterGained(const SolverLine& line) {
-    double sum = 0.0;
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(line.nodeCount); ++i)
-        sum += (line.nodes[i].Sw - 0.2) * line.DeltaTof[i];
-    return sum;
-}
+using samples::plainFraction;
+using samples::waterGained;
 
 /// One Newton step of dt on a line that begins a run of steps here.
 int oneStep(const FluidTables& tables, const NewtonControl& control, double dt, SolverLine& line) {
@@ -106,17 +102,6 @@ TEST(AdvanceImplicit, ConservesWaterOnUnevenNodesWithALooseTolerance) {
 
 /// Backward Euler written out plainly: every node's balance by bisection, in flow order.
 std::vector<double> bisectedTwin(const std::vector<double>& deltaTof, double step, double dt, double growth) {
-    const auto flow = [](double s) {
-        const double x[] = {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
-        const double w[] = {0.0, 0.01, 0.04, 0.09, 0.18, 0.3, 0.45};
-        const double o[] = {1.0, 0.7, 0.45, 0.25, 0.1, 0.02, 0.0};
-        int k = 0;
-        while (k < 5 && s >= x[k + 1]) ++k;
-        const double share = (s - x[k]) / (x[k + 1] - x[k]);
-        const double lw = std::max(0.0, w[k] + share * (w[k + 1] - w[k])) / 0.5;
-        const double lo = std::max(0.0, o[k] + share * (o[k + 1] - o[k])) / 2.0;
-        return lw / (lw + lo);
-    };
     std::vector<double> s(deltaTof.size() + 1, 0.2);
     s[0] = 0.8;
     for (double t = 0.0; t < step;) {
@@ -127,7 +112,8 @@ std::vector<double> bisectedTwin(const std::vector<double>& deltaTof, double ste
             double high = 1.0;
             for (int k = 0; k < 60; ++k) {
                 const double middle = 0.5 * (low + high);
-                const double balance = middle - s[i] + h / deltaTof[i - 1] * (flow(middle) - flow(s[i - 1]));
+                const double balance =
+                    middle - s[i] + h / deltaTof[i - 1] * (plainFraction(middle) - plainFraction(s[i - 1]));
                 (balance < 0.0 ? low : high) = middle;
             }
             s[i] = 0.5 * (low + high);

@@ -5,6 +5,7 @@
 #include "streamline/line_grid.hpp"
 #include "streamline/solver_line.hpp"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,19 @@ inline FluidTables plainFlood() {
     return tables;
 }
 
+/// Fraction of water that flows in a `plainFlood`, written out plainly.
+inline double plainFraction(double sw) {
+    const double x[] = {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
+    const double w[] = {0.0, 0.01, 0.04, 0.09, 0.18, 0.3, 0.45};
+    const double o[] = {1.0, 0.7, 0.45, 0.25, 0.1, 0.02, 0.0};
+    int k = 0;
+    while (k < 5 && sw >= x[k + 1]) ++k;
+    const double share = (sw - x[k]) / (x[k + 1] - x[k]);
+    const double lw = std::max(0.0, w[k] + share * (w[k + 1] - w[k])) / 0.5;
+    const double lo = std::max(0.0, o[k] + share * (o[k + 1] - o[k])) / 2.0;
+    return lw / (lw + lo);
+}
+
 /// A line of the given residence times, flooded with water from position 0 at Sw 0.8, oil at connate water
 /// elsewhere; `tables` is a `plainFlood` that outlives it.
 inline SolverLine floodedLine(const FluidTables& tables, const std::vector<double>& deltaTof) {
@@ -61,6 +75,14 @@ inline SolverLine floodedLine(const FluidTables& tables, const std::vector<doubl
         setAmounts(false, line.nodes[i]);
     }
     return line;
+}
+
+/// Water above connate along a line, as a residence time.
+inline double waterGained(const SolverLine& line) {
+    double sum = 0.0;
+    for (std::size_t i = 1; i <= static_cast<std::size_t>(line.nodeCount); ++i)
+        sum += (line.nodes[i].Sw - 0.2) * line.DeltaTof[i];
+    return sum;
 }
 
 }  // namespace kvr::samples
