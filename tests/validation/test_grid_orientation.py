@@ -62,14 +62,14 @@ def breakthroughs(tmp_path_factory):
     return five, nine
 
 
-def test_nine_points_lessen_the_effect_of_the_grid_on_breakthrough(breakthroughs):
+def test_nine_points_take_away_two_fifths_of_the_effect_of_the_grid_on_breakthrough(breakthroughs):
     five, nine = breakthroughs
     assert five[0] > 1.1 * five[1]  # the effect is there: flow along the axes comes first
-    assert abs(nine[0] - nine[1]) < abs(five[0] - five[1])
+    assert abs(nine[0] - nine[1]) <= 0.6 * abs(five[0] - five[1])
 
 
 @pytest.mark.xfail(strict=True, reason="diagonals get two fifths of a face where a fourth would be even, so that the "
-                   "effect turns round: measured in docs/validation.md")
+                   "effect turns round: half of it is left at any mobility ratio, see docs/validation.md")
 def test_nine_points_halve_the_effect_of_the_grid_on_breakthrough(breakthroughs):
     five, nine = breakthroughs
     assert abs(nine[0] - nine[1]) <= 0.5 * abs(five[0] - five[1])
