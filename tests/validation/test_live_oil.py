@@ -84,3 +84,30 @@ def test_water_injection_into_live_oil_follows_the_reference(tmp_path):
     print(f"LIVEWAT: pressure {100 * pressure:.1f} %, cumulative oil {100 * oil:.1f} %")
     assert pressure <= 0.04
     assert oil <= 0.04
+
+
+def long_steps(folder, repetitions, longest=100.0):
+    """The flood with steps of 100 days and as many mappings in each as there are steps of ten days."""
+    text = kvr_run.public_deck("waterflood/LIVEWAT.DATA")
+    assert "65*30.4167" in text
+    section = kvr_run.options(lines=400, mappings=round(longest / 10.0), extra=f"OPTIONKVR\n1 0 0 0 0 0 0 {repetitions} /\n"
+                              f"MAXDT\n{longest:g} /\n")
+    return kvr_run.finished_normally(kvr_run.run(folder, text.replace("65*30.4167", "20*100") + section)).table()
+
+
+def test_repeated_long_steps_bring_the_pressure_of_the_injector_to_that_of_short_ones(tmp_path_factory):
+    short = long_steps(tmp_path_factory.mktemp("short"), 0, longest=10.0)
+    once, twice, thrice = (long_steps(tmp_path_factory.mktemp("long"), repetitions) for repetitions in (0, 1, 2))
+
+    def distance(table, column):
+        expected = numpy.interp(table["TIME"], short["TIME"], short[column])
+        return numpy.abs(table[column][1:] / expected[1:] - 1.0).mean()
+
+    for column in ("WBHP:INJ", "FPR", "FOPT"):
+        seen = ", ".join(f"{100 * distance(table, column):.3f} %" for table in (once, twice, thrice))
+        print(f"LIVEWAT {column}: {seen} with no, one and two repetitions")
+    for table in (twice, thrice):
+        assert distance(table, "WBHP:INJ") <= 0.5 * distance(once, "WBHP:INJ")
+        assert distance(table, "FPR") <= 5e-4  # as close as without: what the lines of another step change
+        assert distance(table, "FOPT") <= 2e-3
+        assert list(table["TIME"]) == list(once["TIME"])
