@@ -7,6 +7,7 @@
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/well_controls.hpp"
 #include "pressure/well_rates.hpp"
@@ -243,6 +244,7 @@ Verdict judge(const Simulation& s, int it, double DIFFP, bool wellSwitched) {
 Verdict iterate(Simulation& s, int& it) {
     PressureWork& work = s.pressureWork;
     assemble(it == 0, s);
+    if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
     solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
     const LargestChange largest = largestChange(work.solver.solution, s.grid.NCELLS);
     bool switched = false;

@@ -38,8 +38,7 @@ double takeStep(double alpha, std::span<double> x, KrylovVectors& work) {
 KrylovOutcome bicg(const LinearSystem& system, const IncompleteFactors& factors, const KrylovLimits& limits,
                    std::span<double> x, KrylovVectors& work) {
     KrylovOutcome outcome;
-    const double size = euclideanNorm(system.rhs);
-    const double scale = size > 0.0 ? 1.0 / size : 1.0;
+    const double scale = 1.0 / rightSideSize(system);
     outcome.residual = formResidual(system, x, work.r) * scale;
     std::copy(work.r.begin(), work.r.end(), work.rt.begin());
     std::fill(work.p.begin(), work.p.end(), 0.0);

@@ -37,15 +37,14 @@ inline double addScaled(double a, std::span<const double> x, std::span<double> y
 
 /// BiCGSTAB (van der Vorst 1992) with right preconditioning, so that the residual of the recurrence is
 /// the one of the system; starts from the x given. precondition(r, z) writes z = M^-1 r. Stops at
-/// ||r|| / ||b|| <= tolerance, at a breakdown, at the iteration limit or without progress. A System has a
-/// right side `rhs` and the products `multiply` and `formResidual`.
+/// ||r|| <= tolerance * rightSideSize, at a breakdown, at the iteration limit or without progress. A System
+/// has a right side `rhs` and the functions `multiply`, `formResidual` and `rightSideSize`.
 template <class System, class Preconditioner>
 KrylovOutcome bicgstab(const System& system, const KrylovLimits& limits, std::span<double> x,
                        KrylovVectors& work, const Preconditioner& precondition) {
     using bicgstab_detail::addScaled;
     KrylovOutcome outcome;
-    const double size = euclideanNorm(system.rhs);
-    const double scale = size > 0.0 ? 1.0 / size : 1.0;
+    const double scale = 1.0 / rightSideSize(system);
     std::vector<double>&r = work.r, &shadow = work.rt, &p = work.p, &v = work.q, &t = work.qt;
     outcome.residual = formResidual(system, x, r) * scale;
     std::copy(r.begin(), r.end(), shadow.begin());

@@ -24,9 +24,7 @@ BlockOperator<N> operatorOf(const BlockSystem& system, const ScaledBlocks& scale
 template <int N>
 void judge(const BlockOperator<N>& blocks, std::span<const double> x, KrylovVectors& work,
            SolveResult& result) {
-    const double residual = formResidual<N>(blocks, x, work.r);
-    const double size = euclideanNorm(blocks.rhs);
-    result.residual = size > 0.0 ? residual / size : residual;
+    result.residual = formResidual<N>(blocks, x, work.r) / rightSideSize<N>(blocks);
 }
 
 /// BiCGSTAB from the x given, started again where the residual of the recurrence has parted from the true

@@ -18,7 +18,7 @@ struct KrylovVectors {
 };
 
 struct KrylovLimits {
-    double tolerance = 0.0;  // of ||r|| / ||b||
+    double tolerance = 0.0;  // of ||r|| over the right-side size
     int iterations = 0;
     /// Iterations without halving the best residual after which to give up.
     int patience = std::numeric_limits<int>::max();
@@ -26,7 +26,7 @@ struct KrylovLimits {
 
 struct KrylovOutcome {
     int iterations = 0;
-    double residual = 0.0;  // ||r|| / ||b|| of the recurrence at the end
+    double residual = 0.0;  // the same of the recurrence at the end
 };
 
 /// Watches a residual history for the end of progress.

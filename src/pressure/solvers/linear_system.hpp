@@ -17,6 +17,7 @@ struct LinearSystem {
     std::vector<int> column;             // 0-based
     std::vector<double> value;
     std::vector<double> rhs;         // [size]
+    double reference = 0.0;          // ||b|| of the first iteration of the step, 0 if this is the first
     std::uint64_t patternStamp = 0;  // changes whenever the pattern does
 };
 
@@ -32,7 +33,7 @@ enum class SolveFailure {
 
 struct SolveResult {
     int iterations = 0;
-    double residual = 0.0;  // |b - A x| / |b|, true residual
+    double residual = 0.0;  // true residual |b - A x| over the right-side size of the system
     SolveFailure failure = SolveFailure::None;
     int code = 0;  // multigrid return code of a BadMatrix or Memory failure
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pressure/solvers/block_system.hpp"
+#include "pressure/solvers/system_products.hpp"
 
 #include <span>
 #include <vector>
@@ -45,6 +46,13 @@ struct BlockOperator {
 /// y = A x, wells included.
 template <int N>
 void multiply(const BlockOperator<N>& system, std::span<const double> x, std::span<double> y);
+
+/// What residuals are measured against: ||b||, 1 if it is 0.
+template <int N>
+double rightSideSize(const BlockOperator<N>& system) {
+    const double size = euclideanNorm(system.rhs);
+    return size > 0.0 ? size : 1.0;
+}
 
 /// r = b - A x; returns ||r||, the Euclidean norm.
 template <int N>

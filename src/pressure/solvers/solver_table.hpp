@@ -17,7 +17,7 @@ using SolverMemoryPointer = std::unique_ptr<SolverMemory, SolverMemoryDeleter>;
 SolverMemoryPointer makeSolverMemory();
 
 /// Limits of the iterative routes.
-inline constexpr double SolverTolerance = 1e-9;  // ||r|| / ||b||
+inline constexpr double SolverTolerance = 1e-9;  // ||r|| over the right-side size
 inline constexpr int SolverIterations = 1000;
 
 /// One route: solves system for `solution` (which enters as 0).

@@ -61,13 +61,16 @@ double euclideanNorm(std::span<const double> x) {
     return std::sqrt(dotProduct(x, x));
 }
 
+double rightSideSize(const LinearSystem& system) {
+    const double size = std::max(euclideanNorm(system.rhs), system.reference);
+    return size > 0.0 ? size : 1.0;
+}
+
 SolveResult judgeSolution(const LinearSystem& system, std::span<const double> solution, int iterations,
                           std::span<double> scratch) {
     SolveResult result;
     result.iterations = iterations;
-    const double residual = formResidual(system, solution, scratch);
-    const double size = euclideanNorm(system.rhs);
-    result.residual = size > 0.0 ? residual / size : residual;
+    result.residual = formResidual(system, solution, scratch) / rightSideSize(system);
     if (!std::isfinite(result.residual)) result.failure = SolveFailure::NotANumber;
     return result;
 }

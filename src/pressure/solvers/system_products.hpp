@@ -16,11 +16,16 @@ void multiplyBoth(const LinearSystem& system, std::span<const double> x, std::sp
 /// r = b - A x; returns ||r||, the Euclidean norm.
 double formResidual(const LinearSystem& system, std::span<const double> x, std::span<double> r);
 
+/// What residuals are measured against: the larger of ||b|| and the system's reference, 1 if both are 0.
+/// Iterations of a step share the reference of its first one, so that later ones, whose right side has
+/// shrunk by decades already, are not solved more finely than it was.
+double rightSideSize(const LinearSystem& system);
+
 double dotProduct(std::span<const double> x, std::span<const double> y);
 double euclideanNorm(std::span<const double> x);
 
-/// The result of a finished solve: ||b - A x|| / ||b|| of the solution as it stands (the plain norm when
-/// b is zero), and NotANumber when the solution is not finite. `scratch` takes the residual vector.
+/// The result of a finished solve: ||b - A x|| of the solution as it stands over the right-side size, and
+/// NotANumber when the solution is not finite. `scratch` takes the residual vector.
 SolveResult judgeSolution(const LinearSystem& system, std::span<const double> solution, int iterations,
                           std::span<double> scratch);
 

@@ -147,5 +147,26 @@ TEST(SolverTable, ServesBothLapackWordsByOneRoute) {
     EXPECT_EQ(findSolver("dgesl")->route, findSolver("dgesv")->route);
 }
 
+TEST(SolverRoutes, MeasureResidualsAgainstTheReferenceOfTheStepWhereTheRightSideIsSmaller) {
+    const std::vector<double> ones(396, 1.0);
+    LinearSystem system = boxSystem({12, 11, 3}, ones, {1.0, 2.0, 5.0}, 1e-3);
+    test::randomRhs(system, 11);
+    const double size =
+        std::sqrt(std::inner_product(system.rhs.begin(), system.rhs.end(), system.rhs.begin(), 0.0));
+    for (const char* word : {"amg", "bicg"}) {
+        int before = std::numeric_limits<int>::max();
+        for (const double larger : {0.5, 1e4}) {
+            system.reference = larger * size;
+            const Solved solved = solveWith(word, system);
+            EXPECT_EQ(solved.result.failure, SolveFailure::None);
+            const double share = std::max(1.0, larger);
+            EXPECT_LE(test::trueResidual(system, solved.x), 1.01 * SolverTolerance * share) << word;
+            EXPECT_NEAR(solved.result.residual * share, test::trueResidual(system, solved.x), 1e-12) << word;
+            EXPECT_LT(solved.result.iterations, before) << word;
+            before = solved.result.iterations;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace kvr
