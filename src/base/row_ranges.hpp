@@ -41,6 +41,13 @@ void forRanges(const RowRanges& ranges, const Work& work) {
     for (int r = 0; r < ranges.count; ++r) work(ranges[r]);
 }
 
+/// work(r) for the numbers of the ranges.
+template <class Work>
+void forRangeNumbers(const RowRanges& ranges, const Work& work) {
+#pragma omp parallel for schedule(static) if (ranges.count > 1)
+    for (int r = 0; r < ranges.count; ++r) work(r);
+}
+
 /// Sum of term(range) over the ranges, added in their order.
 template <class Term>
 double sumOverRanges(const RowRanges& ranges, const Term& term) {

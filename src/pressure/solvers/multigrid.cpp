@@ -3,6 +3,7 @@
 #include "pressure/solvers/bicgstab.hpp"
 #include "pressure/solvers/galerkin.hpp"
 #include "pressure/solvers/interpolation.hpp"
+#include "pressure/solvers/row_order.hpp"
 #include "pressure/solvers/solver_memory.hpp"
 
 #include <algorithm>
@@ -47,17 +48,38 @@ void formRowScale(const LinearSystem& system, std::vector<double>& scale) {
     }
 }
 
-/// The system as the finest matrix, well rows scaled.
-SparseMatrix finestMatrix(const LinearSystem& system, const std::vector<double>& rowScale) {
+/// Row of the finest level for each row of the system.
+std::vector<int> placesOf(const std::vector<int>& order) {
+    std::vector<int> place(order.size());
+    for (std::size_t i = 0; i < order.size(); ++i) place[order[i]] = static_cast<int>(i);
+    return place;
+}
+
+/// The system as the finest matrix, rows in the given order, well rows scaled.
+SparseMatrix finestMatrix(const LinearSystem& system, const std::vector<double>& rowScale,
+                          const std::vector<int>& order) {
+    const std::vector<int> place = placesOf(order);
     SparseMatrix matrix;
     matrix.rows = matrix.columns = system.size;
-    matrix.start.assign(system.rowStart.begin(), system.rowStart.end());
-    matrix.column = system.column;
-    matrix.value = system.value;
-    for (int i = system.cellRows; i < system.size; ++i) {
-        for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
-            matrix.value[k] *= rowScale[i - system.cellRows];
+    matrix.start.resize(order.size() + 1);
+    matrix.start[0] = 0;
+    for (int i = 0; i < system.size; ++i) {
+        const std::int64_t* start = &system.rowStart[order[i]];
+        matrix.start[i + 1] = matrix.start[i] + static_cast<int>(start[1] - start[0]);
     }
+    matrix.column.resize(system.column.size());
+    matrix.value.resize(system.value.size());
+    forRanges(cutRows(system.size, ShortestVectorRange), [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i) {
+            const int row = order[i];
+            const double scale = row < system.cellRows ? 1.0 : rowScale[row - system.cellRows];
+            std::int64_t from = system.rowStart[row];
+            for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k, ++from) {
+                matrix.column[k] = place[system.column[from]];
+                matrix.value[k] = scale * system.value[from];
+            }
+        }
+    });
     return matrix;
 }
 
@@ -79,8 +101,7 @@ void factorCoarsest(const SparseMatrix& matrix, Hierarchy& hierarchy) {
 SparseMatrix interpolationTo(const SparseMatrix& matrix, int wells) {
     if (matrix.rows <= CoarsestRows + wells) return {};
     const StrengthGraph graph = strongDependence(matrix);
-    const int kept = wells * KeptWellShare < matrix.rows ? wells : 0;
-    SparseMatrix interpolation = extendedInterpolation(matrix, graph, chooseCoarsePoints(graph, kept));
+    SparseMatrix interpolation = extendedInterpolation(matrix, graph, chooseCoarsePoints(graph, wells));
     const bool gains =
         interpolation.columns > 0 && interpolation.columns < CoarseningHalt * interpolation.rows;
     return gains ? interpolation : SparseMatrix{};
@@ -165,26 +186,24 @@ MultigridCode checkRows(const LinearSystem& system) {
 }
 
 void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
-    const int wells = system.size - system.cellRows;
+    int wells = system.size - system.cellRows;  // rows at the end that stay coarse
     formRowScale(system, memory.rowScale);
     memory.scaled.resize(static_cast<std::size_t>(system.size));
     Hierarchy& hierarchy = memory.hierarchy;
     hierarchy.levels.clear();
-    SparseMatrix matrix = finestMatrix(system, memory.rowScale);
+    if (!samePattern(memory.key, system)) hierarchy.order = sweepOrder(system);
+    SparseMatrix matrix = finestMatrix(system, memory.rowScale, hierarchy.order);
     const double finestEntries = matrix.entries();
     double entries = 0.0;
     for (bool coarsest = false; !coarsest;) {
         MultigridLevel& level = hierarchy.levels.emplace_back();
         entries += matrix.entries();
-        splitTriangles(matrix, level.matrix);
-        if (hierarchy.levels.size() > 1) {
-            level.x.resize(static_cast<std::size_t>(matrix.rows));
-            level.b.resize(static_cast<std::size_t>(matrix.rows));
-        }
+        splitForSweeps(matrix, wells, level.matrix);
+        sizeVectors(level);
+        if (wells * KeptWellShare >= matrix.rows) wells = 0;
         level.interpolation = interpolationTo(matrix, wells);
         coarsest = level.interpolation.rows == 0;
         if (coarsest) break;
-        level.residual.resize(static_cast<std::size_t>(matrix.rows));
         level.restriction = transposed(level.interpolation);
         matrix = galerkinProduct(matrix, level.interpolation, level.restriction);
     }
@@ -196,7 +215,9 @@ void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
 
 void refreshFinest(const LinearSystem& system, MultigridMemory& memory) {
     formRowScale(system, memory.rowScale);
-    splitTriangles(finestMatrix(system, memory.rowScale), memory.hierarchy.levels.front().matrix);
+    Hierarchy& hierarchy = memory.hierarchy;
+    splitForSweeps(finestMatrix(system, memory.rowScale, hierarchy.order), system.size - system.cellRows,
+                   hierarchy.levels.front().matrix);
 }
 
 SolveResult solveMultigrid(const LinearSystem& system, std::span<double> solution, SolverMemory& memory) {

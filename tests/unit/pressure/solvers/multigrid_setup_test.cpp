@@ -165,18 +165,32 @@ TEST(Cycle, OfTwoLevelsIsSmoothingCorrectionSmoothing) {
     const SparseMatrix p{2, 1, {0, 1, 2}, {0, 0}, {1.0, 0.5}};
     const SparseMatrix coarse = galerkinProduct(fine, p, transposed(p));
     ASSERT_DOUBLE_EQ(coarse.value[0], 2.5);
-    splitTriangles(fine, hierarchy.levels[0].matrix);
-    splitTriangles(coarse, hierarchy.levels[1].matrix);
+    splitForSweeps(fine, 0, hierarchy.levels[0].matrix);
+    splitForSweeps(coarse, 0, hierarchy.levels[1].matrix);
     hierarchy.levels[0].interpolation = p;
     hierarchy.levels[0].restriction = transposed(p);
-    hierarchy.levels[0].residual.resize(static_cast<std::size_t>(fine.rows));
-    hierarchy.levels[1].x.resize(1);
-    hierarchy.levels[1].b.resize(1);
+    for (MultigridLevel& level : hierarchy.levels) sizeVectors(level);
+    hierarchy.order = {0, 1};
     const std::vector<double> b = {3.0, 5.0};
     std::vector<double> x(2);
     applyCycle(hierarchy, b, x);
     EXPECT_NEAR(x[0], 2.2, 1e-14);
     EXPECT_NEAR(x[1], 3.6, 1e-14);
+}
+
+TEST(Cycle, NumbersItsVectorsAsTheSystemDoes) {
+    // One level, swept: with the two rows exchanged inside, each still answers its own right side.
+    Hierarchy hierarchy;
+    hierarchy.levels.resize(1);
+    const SparseMatrix diagonal{2, 2, {0, 1, 2}, {0, 1}, {4.0, 8.0}};
+    splitForSweeps(diagonal, 0, hierarchy.levels[0].matrix);
+    sizeVectors(hierarchy.levels[0]);
+    hierarchy.order = {1, 0};
+    const std::vector<double> b = {16.0, 4.0};
+    std::vector<double> x(2);
+    applyCycle(hierarchy, b, x);
+    EXPECT_DOUBLE_EQ(x[0], 2.0);
+    EXPECT_DOUBLE_EQ(x[1], 1.0);
 }
 
 }  // namespace
