@@ -1,0 +1,151 @@
+"""Building, decks and measurements of bench/run. A measurement is a dictionary of figures by name: user, wall
+(s), megabytes, rate (million/s), and of a whole run the elapsed seconds of its stages and its cells."""
+
+import json
+import lzma
+import os
+import pathlib
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = ROOT / "build" / "bench"
+
+sys.path.insert(0, str(ROOT / "tests" / "support"))
+import kvr_run  # noqa: E402
+
+PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading"]
+
+# One documented choice of lines a case; the option section stands behind END.
+CHOICES = {"FIVE1": {"lines": 500, "nodes": "REG"}, "FIVE5": {"lines": 8000, "nodes": "REG"},
+           "FIVE85": {"lines": 30000, "nodes": "REG"}, "LIVEWAT": {"lines": 400, "nodes": "REG"}}
+
+# Rows of the program's closing table of stages.
+STAGES = {"Deck reading": "deck", "Initialisation": "start", "Pressure": "pressure", "Streamlines": "lines",
+          "Gravity and Pc": "splitting", "Reports": "reports"}
+
+
+def build():
+    configure = ["cmake", "-S", ROOT, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DKVR_BENCH=ON"]
+    for command in (configure, ["cmake", "--build", BUILD, "--target", *PROGRAMS]):
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        if done.returncode != 0:
+            sys.exit(done.stdout[-4000:])
+
+
+def placed(decks, name, scratch, options=True):
+    """The deck `name` in a folder of its own name, with its option section."""
+    folder = pathlib.Path(scratch) / name
+    folder.mkdir()
+    text = (decks / f"{name}.DATA").read_text()
+    (folder / "ECLIPSE.DATA").write_text(text + (kvr_run.options(**CHOICES[name]) if options else ""))
+    plain, packed = decks / f"{name}.INC", decks / f"{name}.INC.xz"
+    if plain.exists():
+        shutil.copyfile(plain, folder / plain.name)
+    elif packed.exists():
+        (folder / plain.name).write_bytes(lzma.decompress(packed.read_bytes()))
+    return folder
+
+
+def medians(measurements):
+    return {key: statistics.median(one[key] for one in measurements) for key in measurements[0]}
+
+
+# --- micro benchmarks --------------------------------------------------------------------------------
+
+def google(program, arguments, repeats):
+    """Medians of a Google Benchmark program, rows by their names."""
+    done = subprocess.run([BUILD / "bench" / program, *arguments, "--benchmark_format=json",
+                           f"--benchmark_repetitions={repeats}", "--benchmark_report_aggregates_only=true"],
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True, errors="replace",
+                          check=True)
+    # What the library itself prints on the way stands before the report.
+    report = json.loads(done.stdout[done.stdout.index('{\n  "context"'):])
+    seconds = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+    rows = {}
+    for row in report["benchmarks"]:
+        if repeats > 1 and row.get("aggregate_name") != "median":
+            continue
+        figures = {"user": row["cpu_time"] * seconds[row["time_unit"]]}
+        if "million/s" in row:
+            figures["rate"] = row["million/s"]
+        rows[row["run_name"]] = figures
+    return rows
+
+
+def deck_reading(folder, repeats):
+    runs = []
+    for _ in range(repeats):
+        done = subprocess.run([BUILD / "bench" / "bench_deck_reading"], cwd=folder, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, text=True, check=True)
+        found = dict(re.findall(r"(\S+)=(\S+)", done.stdout.splitlines()[-1]))
+        runs.append({"user": float(found["seconds"]), "megabytes": float(found["peak_MB"]),
+                     "overFilled": float(found["peak/filled"]), "cells": int(found["cells"])})
+    return medians(runs)
+
+
+def multigrid(folders):
+    """Lines of the solver comparison."""
+    done = subprocess.run([BUILD / "bench" / "bench_multigrid", *folders], stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, text=True, errors="replace", check=True)
+    return [line for line in done.stdout.splitlines() if " kvr  " in line or " peer " in line]
+
+
+# --- whole runs --------------------------------------------------------------------------------------
+
+# Runs in a process of its own, so that its children's resource use is that of one command.
+MEASURE = """
+import json, resource, subprocess, sys, time
+start = time.monotonic()
+status = subprocess.run(sys.argv[1:], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                        stderr=subprocess.DEVNULL).returncode
+use = resource.getrusage(resource.RUSAGE_CHILDREN)
+print(json.dumps({"user": use.ru_utime, "wall": time.monotonic() - start,
+                  "megabytes": use.ru_maxrss * 1024 / 1e6, "status": status}))
+"""
+
+
+def measure(command, folder, threads):
+    """User CPU and wall seconds and largest resident megabytes of one run."""
+    done = subprocess.run([sys.executable, "-c", MEASURE, *map(str, command)], cwd=folder, text=True, check=True,
+                          env=dict(os.environ, OMP_NUM_THREADS=str(threads)), stdout=subprocess.PIPE)
+    figures = json.loads(done.stdout.splitlines()[-1])
+    if figures.pop("status") != 0:
+        sys.exit(f"{command[0]} failed in {folder}")
+    return figures
+
+
+def stage_seconds(log):
+    """Elapsed seconds by stage from the closing table of a run's log."""
+    found = {}
+    for label, name in STAGES.items():
+        rows = re.findall(rf"^{label}\s+([0-9.]+)\s+[0-9.]+\s*$", log, re.MULTILINE)
+        found[name] = float(rows[-1])
+    return found
+
+
+def cells_of(deck):
+    sizes = re.search(r"^DIMENS\s+(\d+)\s+(\d+)\s+(\d+)", deck, re.MULTILINE)
+    return int(sizes[1]) * int(sizes[2]) * int(sizes[3])
+
+
+def whole_run(decks, name, threads, repeats):
+    runs = []
+    for _ in range(repeats):
+        with tempfile.TemporaryDirectory() as scratch:
+            folder = placed(decks, name, scratch)
+            figures = measure([BUILD / "kvr"], folder, threads)
+            log = (folder / "KVR_dbg.out").read_text(errors="replace")
+            figures["cells"] = cells_of((folder / "ECLIPSE.DATA").read_text())
+            runs.append(figures | stage_seconds(log))
+    return medians(runs)
+
+
+def peer_run(decks, name):
+    with tempfile.TemporaryDirectory() as scratch:
+        folder = placed(decks, name, scratch, options=False)
+        return measure(["flow", "ECLIPSE.DATA", f"--output-dir={folder}"], folder, 1)

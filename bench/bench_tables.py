@@ -1,0 +1,118 @@
+"""Tables of bench/run, for the console or as markdown."""
+
+import datetime
+import platform
+import subprocess
+
+import bench_cases
+
+STAGE_ROWS = {"lines": "line stage", "pressure": "pressure stage", "wall": "whole run"}
+
+
+def run_name(name, threads):
+    return f"{name}, {threads} thread{'s' if threads > 1 else ''}"
+
+
+def peer_name(name):
+    return f"{name}, peer"
+
+
+def print_table(head, rows, markdown):
+    """First column to the left, the others to the right."""
+    cells = [head] + rows
+    widths = [max(len(row[k]) for row in cells) for k in range(len(head))]
+
+    def laid(row):
+        texts = [row[0].ljust(widths[0])] + [text.rjust(width) for text, width in zip(row[1:], widths[1:])]
+        return "| " + " | ".join(texts) + " |" if markdown else "  ".join(texts)
+
+    print(laid(head))
+    if markdown:
+        print("|" + "|".join("---" if k == 0 else "---:" for k in range(len(head))) + "|")
+    for row in rows:
+        print(laid(row))
+    print()
+
+
+def print_lines(lines, markdown):
+    print("\n".join(["```"] * markdown + lines + ["```"] * markdown) + "\n")
+
+
+def first_line(command):
+    try:
+        done = subprocess.run(command, cwd=bench_cases.ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, check=True)
+    except (OSError, subprocess.CalledProcessError):
+        return "-"
+    return done.stdout.splitlines()[0] if done.stdout else "-"
+
+
+def processor():
+    with open("/proc/cpuinfo", encoding="ascii", errors="replace") as info:
+        names = [line.split(":", 1)[1].strip() for line in info if line.startswith("model name")]
+    return f"{len(names)} x {names[0]}" if names else platform.machine()
+
+
+def print_machine(markdown):
+    rows = [["date", datetime.date.today().isoformat()], ["machine", processor()],
+            ["compiler", first_line(["c++", "--version"])],
+            ["commit", first_line(["git", "describe", "--always", "--dirty"])],
+            ["peer simulator", first_line(["flow", "--version"])],
+            ["peer multigrid", first_line(["dpkg-query", "-W", "-f", "${Package} ${Version}", "libhypre-dev"])]]
+    print_table(["", ""], rows, markdown)
+
+
+def figure(row, key, decimals):
+    return f"{row[key]:.{decimals}f}" if key in row else ""
+
+
+def bytes_per_cell(row):
+    return f"{row['megabytes'] * 1e6 / row['cells']:.0f}" if "cells" in row and "megabytes" in row else ""
+
+
+def print_rows(rows, baseline, markdown):
+    if not rows:
+        return
+    table = []
+    for name, row in rows.items():
+        before = baseline.get(name, {}).get("user")
+        table.append([name, figure(row, "user", 3), figure(row, "wall", 2), figure(row, "megabytes", 0),
+                      bytes_per_cell(row), figure(row, "rate", 1),
+                      f"{row['user'] / before:.2f}" if before else "-"])
+    print_table(["case", "user s", "wall s", "MB", "bytes/cell", "million/s", "against baseline"], table, markdown)
+
+
+def speed_ups(name, rows):
+    one, two = rows.get(run_name(name, 1)), rows.get(run_name(name, 2))
+    if not one or not two:
+        return []
+    return [[f"{name}: two threads, {label}", f"{one[key] / two[key]:.2f}"] for key, label in STAGE_ROWS.items()
+            if two[key] > 0.0]
+
+
+def peer_ratio(name, rows):
+    own, peer = rows.get(run_name(name, 1)), rows.get(peer_name(name))
+    return [[f"{name}: user seconds of the peer over ours", f"{peer['user'] / own['user']:.1f}"]] if own and peer else []
+
+
+def growth(rows):
+    small, large = rows.get(run_name("FIVE5", 1)), rows.get(run_name("FIVE85", 1))
+    if not small or not large:
+        return []
+    return [["user seconds of FIVE85 over FIVE5", f"{large['user'] / small['user']:.1f}"],
+            ["cells of FIVE85 over FIVE5", f"{large['cells'] / small['cells']:.1f}"]]
+
+
+def reading(name, rows):
+    row = rows.get(f"deck reading/{name}")
+    return [[f"{name}: peak of deck reading over its arrays", f"{row['overFilled']:.2f}"]] if row else []
+
+
+def print_ratios(rows, markdown):
+    table = []
+    for name in bench_cases.CHOICES:
+        for ratios in (speed_ups, peer_ratio, reading):
+            table += ratios(name, rows)
+    table += growth(rows)
+    if table:
+        print_table(["ratio", ""], table, markdown)
