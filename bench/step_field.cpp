@@ -19,7 +19,7 @@ void launchAndBuildField(Simulation& s) {
     placeLines(s.grid, s.wells, {s.options.gridDimensionality, s.options.cornerPointTracing}, s.launch);
     s.lines.field.fromInjector = s.launch.LaunchMode != "prd";
     prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
-    buildTraceField(s.options, s.grid, s.connections, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
+    buildTraceField(s.options, s.grid, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
                     s.lines.field.trace);
 }
 

@@ -202,4 +202,11 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
         initialiseByArrays(grid, tables, initial, options, state);
 }
 
+void releaseInitialArrays(InitialConditions& initial) {
+    for (CellArray<double>* values : {&initial.initialPressure, &initial.initialSwat, &initial.initialSgas,
+                                      &initial.initialSoil, &initial.initialRs})
+        *values = {};
+    initial.initialZ = {};
+}
+
 }  // namespace kvr

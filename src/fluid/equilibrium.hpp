@@ -18,4 +18,7 @@ namespace kvr {
 void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
                         const InitialConditions& initial, RunOptions& options, CellState& state);
 
+/// Gives back the arrays by cell, which no later stage reads.
+void releaseInitialArrays(InitialConditions& initial);
+
 }  // namespace kvr

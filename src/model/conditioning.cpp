@@ -187,6 +187,14 @@ void prepareRock(const RunOptions& options, GridModel& grid) {
     scaleJFunction(options, grid);
 }
 
+void releaseConditioning(bool keepAreas, ConnectionTable& connections) {
+    connections.HalfTrans = {};
+    connections.HarmonicPerm = {};
+    connections.ConnLength = {};
+    connections.SumArea = {};
+    if (!keepAreas) connections.ConnArea = {};
+}
+
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections) {
     const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : FaceCount;

@@ -16,6 +16,10 @@ namespace kvr {
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections);
 
+/// Gives back what no run reads behind the conditioning: half transmissibilities, harmonic permeabilities,
+/// lengths and sums of areas; the areas too where no velocities are needed.
+void releaseConditioning(bool keepAreas, ConnectionTable& connections);
+
 /// The first step of the conditioning, which the initial state needs as well: cells without rock are shut,
 /// and capillary scales of the J-function are formed (1 without it). Repeatable.
 void prepareRock(const RunOptions& options, GridModel& grid);

@@ -10,10 +10,12 @@ namespace kvr {
 /// 7..26 only with NINEPOIN.
 struct ConnectionTable {
     int NDIR = 6;
-    DirectionArray<CellId> Neighbour;     // 0 where there is none
-    DirectionArray<double> Trans;         // rb cp/(day psi); the two sides of a face may differ
+    DirectionArray<CellId> Neighbour;  // 0 where there is none
+    DirectionArray<double> Trans;      // rb cp/(day psi); the two sides of a face may differ
+    DirectionArray<double> DepthDiff;  // ft, neighbour's centre minus the cell's
+
+    // Of the conditioning, given back behind it; the areas stay where velocities are needed.
     DirectionArray<double> HalfTrans;     // rb cp/(day psi)
-    DirectionArray<double> DepthDiff;     // ft, neighbour's centre minus the cell's
     DirectionArray<double> HarmonicPerm;  // md * DarcyConstant
     DirectionArray<double> ConnArea;      // ft2
     DirectionArray<double> ConnLength;    // ft

@@ -2,6 +2,15 @@
 
 namespace kvr {
 
+namespace {
+
+constexpr CellArray<double> CellState::*KeptArrays[] = {
+    &CellState::Pressure,     &CellState::Sw,         &CellState::So, &CellState::Sg,
+    &CellState::Rs,           &CellState::Pb,         &CellState::Bo, &CellState::Bw,
+    &CellState::PoreFraction, &CellState::PoreVolume, &CellState::Bg};
+
+}  // namespace
+
 void allocateCellState(CellId count, int tracerCount, CellState& state) {
     for (CellArray<double>* array :
          {&state.Pressure, &state.Sw, &state.So, &state.Sg, &state.Rs, &state.Pb, &state.PoreFraction,
@@ -11,6 +20,17 @@ void allocateCellState(CellId count, int tracerCount, CellState& state) {
     for (CellArray<double>* array : {&state.Bo, &state.Bw, &state.Bg, &state.MuO, &state.MuW, &state.MuG})
         array->assign(count, 1.0);
     state.tracer.assign(count, tracerCount, 0.0);
+}
+
+void keepLevel(bool hasGas, const CellState& state, CellState& level) {
+    for (const auto array : KeptArrays) level.*array = state.*array;
+    if (hasGas) level.PressureG = state.PressureG;
+    level.tracer = state.tracer;
+}
+
+void returnToLevel(const CellState& level, CellState& state) {
+    for (const auto array : KeptArrays) state.*array = level.*array;
+    state.tracer = level.tracer;
 }
 
 }  // namespace kvr

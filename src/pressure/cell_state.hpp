@@ -25,6 +25,14 @@ struct CellState {
 /// Sizes every array for `count` cells, all values 0 (formation factors and viscosities 1).
 void allocateCellState(CellId count, int tracerCount, CellState& state);
 
+/// Keeps of a state what an old time level is read for and what the rest follows from: pressure, saturations,
+/// Rs, bubble points, pore space, formation factors, tracers, and the gas pressure of runs with gas. The
+/// other arrays of `level` are left empty.
+void keepLevel(bool hasGas, const CellState& state, CellState& level);
+
+/// Puts a kept level back. What it does not hold stands as it is: refreshProperties makes it anew.
+void returnToLevel(const CellState& level, CellState& state);
+
 /// Surface amounts that the cells hold, internal volume units (or the same per pore volume where said).
 struct CellAmounts {
     CellArray<double> water, oil;

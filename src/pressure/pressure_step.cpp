@@ -93,7 +93,7 @@ void setFlashAmounts(const CellAmounts& held, const CellArray<double>& poreVolum
 /// The level from which the step starts: state, amounts, wells.
 void saveTimeLevel(Simulation& s) {
     PressureStage& stage = s.pressure;
-    s.timeLevel = s.state;
+    keepLevel(s.fluids.hasGas, s.state, s.timeLevel);
     if (s.clock.time <= 0.0) stage.carried = {};  // a run starts with what its saturations show
     measureWholeAmounts(s.grid, s.state, stage.carried, stage.timeLevelAmounts);
     if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
@@ -212,7 +212,8 @@ void holdRelPerms(const Console& console, PressureStage& stage) {
 
 /// Back to the time level with a shorter step.
 void cutStep(Simulation& s) {
-    s.state = s.timeLevel;
+    returnToLevel(s.timeLevel, s.state);
+    refreshProperties(s.grid, s.fluids, s.state);  // as it made those of the level
     s.wells = s.timeLevelWells;
     if (s.fluids.hasGas)
         setFlashAmounts(s.pressure.timeLevelAmounts, s.timeLevel.PoreVolume, s.pressure.flashAmounts);

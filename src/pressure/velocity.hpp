@@ -11,11 +11,21 @@
 
 namespace kvr {
 
-/// Sizes the velocity field; "Error :: Allocation of velocity, flow and its gradient" and a stop when
-/// memory is short.
-void AllocateVelocity(const Console& console, CellId count, VelocityField& velocity);
+/// Tracing in boxes and the orthogonal projection need velocities beside fluxes.
+bool needsFaceVelocity(const RunOptions& options);
 
-/// Phase fluxes, total flux, velocity and gradients from the phase pressures.
+/// Sizes the velocity field, with velocities where they are asked for; "Error :: Allocation of velocity, flow
+/// and its gradient" and a stop when memory is short.
+void AllocateVelocity(const Console& console, CellId count, bool faceVelocity, VelocityField& velocity);
+
+/// Fluxes of the phases through one face of a cell, rb/day.
+struct PhaseFlux {
+    double oil = 0.0, water = 0.0, gas = 0.0;
+};
+PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
+                               CellId cell, int face);
+
+/// Total flux from the phase pressures, and velocity where the field has room for it.
 void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
                                const ConnectionTable& connections, const CellState& state,
                                VelocityField& velocity);

@@ -91,6 +91,7 @@ void initialiseState(Simulation& simulation) {
                        simulation.options, simulation.state);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
+    releaseInitialArrays(simulation.initial);
     lineToBoth(simulation.console, "SUCCESSFULLY INITIALIZED.");
 }
 
@@ -117,6 +118,7 @@ void conditionGeometry(Simulation& simulation) {
     CALCTRANS_STATICGEOPART(simulation.console, simulation.options, simulation.units, simulation.grid,
                             simulation.connections);
     writeConditionedRock(simulation);
+    releaseConditioning(needsFaceVelocity(simulation.options), simulation.connections);
     // Volumes and J-factors are final only now.
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     deriveFromWells(simulation);
@@ -140,7 +142,8 @@ void startUp(Simulation& simulation) {
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
     allocateStreamlines(simulation);
-    AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.velocity);
+    AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
+                     simulation.velocity);
     conditionGeometry(simulation);
     if (simulation.options.method == "FIM") AllocateFullyImplicit(simulation);
     startWellTables(simulation);

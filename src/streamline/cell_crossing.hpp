@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -38,39 +39,50 @@ inline double timeToFace(double a, double v, double vf, double d) {
     return std::abs(a) >= UniformLimit ? std::log(vf / v) / a : d / std::abs(v);
 }
 
-/// Earliest exit through a flagged face; of equal times the lowest face number wins. The point stays
-/// FaceClearance off the faces, except that it lies exactly on the exit face.
-inline Crossing crossCell(const CrossingInput& in) {
-    Crossing out;
-    for (int face = 1; face <= 6; ++face) {
-        if ((in.exitFlags & (1U << (face - 1))) == 0) continue;
-        const auto axis = static_cast<std::size_t>(face - 1) / 2;
-        const double d = face % 2 == 1 ? in.entry[axis] : in.length[axis] - in.entry[axis];
-        const double t =
-            timeToFace(in.gradient[axis], in.velocity[axis], in.face[static_cast<std::size_t>(face) - 1], d);
+/// Finds the earliest exit through a flagged face; of equal times the lowest face number wins. On an axis
+/// the flow can only reach the face that it runs towards.
+inline void findExit(const CrossingInput& in, Crossing& out) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double v = in.velocity[axis];
+        const std::size_t side = v > 0.0 ? 1 : 0;
+        const std::size_t face = 2 * axis + side;
+        const double d = side == 1 ? in.length[axis] - in.entry[axis] : in.entry[axis];
+        if ((in.exitFlags >> face & 1U) == 0) continue;
+        const double t = timeToFace(in.gradient[axis], v, in.face[face], d);
         if (t < out.time) {
             out.time = t;
-            out.exitFace = face;
+            out.exitFace = static_cast<int>(face) + 1;
         }
     }
+}
+
+/// The way along an axis in a time that does not end at its face.
+inline double displacementAlong(double a, double v, double time) {
+    return std::abs(a) < UniformLimit ? time * v : (std::exp(a * time) - 1.0) * v / a;
+}
+
+/// Crosses a cell to its earliest exit; see findExit. The point stays FaceClearance off the faces, except
+/// that it lies exactly on the exit face.
+inline Crossing crossCell(const CrossingInput& in) {
+    Crossing out;
+    findExit(in, out);
     if (out.exitFace == 0) return out;
     for (const double a : in.gradient)
         if (a * out.time > LargestExponent) {
             out.exitFace = 0;
             return out;
         }
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        const double a = in.gradient[axis];
-        const double v = in.velocity[axis];
-        out.displacement[axis] =
-            std::abs(a) < UniformLimit ? out.time * v : (std::exp(a * out.time) - 1.0) * v / a;
-        double x = in.entry[axis] + out.displacement[axis];
-        if (in.length[axis] - x < FaceClearance) x = in.length[axis] - FaceClearance;
-        if (x < FaceClearance) x = FaceClearance;
-        out.point[axis] = x;
-    }
     const auto exitAxis = static_cast<std::size_t>(out.exitFace - 1) / 2;
-    out.point[exitAxis] = out.exitFace % 2 == 0 ? in.length[exitAxis] : 0.0;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        if (axis == exitAxis) {
+            out.point[axis] = out.exitFace % 2 == 0 ? in.length[axis] : 0.0;
+            out.displacement[axis] = out.point[axis] - in.entry[axis];
+            continue;
+        }
+        out.displacement[axis] = displacementAlong(in.gradient[axis], in.velocity[axis], out.time);
+        const double x = in.entry[axis] + out.displacement[axis];
+        out.point[axis] = std::max(std::min(x, in.length[axis] - FaceClearance), FaceClearance);
+    }
     return out;
 }
 

@@ -30,8 +30,9 @@ double completionRate(const WellRecord& wells, int well, CellId cell) {
     return rate;
 }
 
-std::array<double, 3> middle(const TraceCell& cell) {
-    return {0.5 * cell.length[0], 0.5 * cell.length[1], 0.5 * cell.length[2]};
+std::array<double, 3> middle(const TraceField& field, CellId cell) {
+    const std::array<double, 3> length = cellLength(field, cell);
+    return {0.5 * length[0], 0.5 * length[1], 0.5 * length[2]};
 }
 
 /// The well cell that closes a leg as node n; the well itself says which end of the line it is.
@@ -42,7 +43,7 @@ void endLeg(const LegField& on, CellId cell, int n, StreamlineRecord& leg) {
     leg.NodeTof[at(n)] = leg.NodeTof[at(n) - 1] + on.poreVolume[cell] / (rate + FluxGuard);
     leg.NodeStepLength[at(n)] = 0.0;
     leg.NodeExitFace[at(n)] = 0;
-    leg.NodeLocalPoint[at(n)] = middle(packed);
+    leg.NodeLocalPoint[at(n)] = middle(on.field, cell);
     leg.NodePosition[at(n)] = cellPoint(on.grid, cell, {0.5, 0.5, 0.5});
     if (packed.lastWell < 1) return;
     const bool injects = isInjector(on.wells.wells[at(packed.lastWell) - 1]);
@@ -53,7 +54,7 @@ void startLeg(const LegField& on, CellId cell, StreamlineRecord& leg) {
     leg.injector = leg.producer = 0;
     leg.NodeCell[0] = cell;
     leg.NodeTof[0] = 0.0;
-    leg.NodeLocalPoint[0] = middle(on.field.cells[at(cell)]);
+    leg.NodeLocalPoint[0] = middle(on.field, cell);
     if (on.field.referenceCube) leg.NodePosition[0] = cellPoint(on.grid, cell, {0.5, 0.5, 0.5});
 }
 
@@ -89,10 +90,9 @@ double traceLeg(const LegField& on, CellId start, bool withFlow, CellArray<std::
             endLeg(on, current, n, leg);
             return fresh;
         }
-        const std::array<double, 3> entry =
-            n == 1
-                ? middle(cell)
-                : entryPoint(leg.NodeLocalPoint[at(n) - 1], leg.NodeExitFace[at(n) - 1], cell, on.field.flat);
+        const std::array<double, 3> entry = n == 1 ? middle(on.field, current)
+                                                   : entryPoint(on.field, leg.NodeLocalPoint[at(n) - 1],
+                                                                leg.NodeExitFace[at(n) - 1], current);
         current = crossNode(on.grid, on.field, {current, entry, withFlow, on.standStill}, n, leg);
         if (current != 0) continue;
         leg.nodeCount = n - 1;  // the unfinished node is dropped
@@ -134,10 +134,10 @@ struct Joiner {
 /// Nodes of the back leg in the direction of flow: each ends where the leg had entered its cell.
 void addBack(const StreamlineRecord& back, Joiner& line) {
     for (int n = back.nodeCount; n >= 2; --n) {
-        const TraceCell& cell = line.field.cells[at(back.NodeCell[at(n)])];
-        if (!line.add(back.NodeCell[at(n)], duration(back, n), back.NodeStepLength[at(n)])) return;
+        const CellId cell = back.NodeCell[at(n)];
+        if (!line.add(cell, duration(back, n), back.NodeStepLength[at(n)])) return;
         const int left = back.NodeExitFace[at(n) - 1];
-        line.setEnd(entryPoint(back.NodeLocalPoint[at(n) - 1], left, cell, line.field.flat),
+        line.setEnd(entryPoint(line.field, back.NodeLocalPoint[at(n) - 1], left, cell),
                     back.NodePosition[at(n) - 1], oppositeFace(left));
     }
 }

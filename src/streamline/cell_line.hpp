@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/wells.hpp"
 #include "streamline/streamline_record.hpp"

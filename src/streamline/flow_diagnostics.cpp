@@ -133,7 +133,7 @@ const TraceField& referenceField(const Simulation& s, TraceField& own) {
     if (s.lines.field.trace.referenceCube) return s.lines.field.trace;
     RunOptions options = s.options;
     options.cornerPointTracing = true;
-    buildTraceField(options, s.grid, s.connections, s.state, s.velocity, s.wells, s.tags, s.exitFlags, own);
+    buildTraceField(options, s.grid, s.state, s.velocity, s.wells, s.tags, s.exitFlags, own);
     return own;
 }
 

@@ -94,7 +94,7 @@ void printMethod(const Simulation& s) {
 
 void prepareFields(Simulation& s) {
     prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
-    buildTraceField(s.options, s.grid, s.connections, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
+    buildTraceField(s.options, s.grid, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
                     s.lines.field.trace);
     LineField& field = s.lines.field;
     const Storage storage = storageOf(s.options, s.fluids);
@@ -160,7 +160,10 @@ void viewStep(double remainingToEnd, Simulation& s) {
     writeRateAllocation(s);
 }
 
+/// The packed cells of the step make room for what the splitting and the pressure solver need.
 void clearStep(Simulation& s) {
+    releaseTraceField(s.lines.field.trace);
+    s.lines.field.nodes = {};
     clearMapping(s.mapping);
     clearLaunch(s.launch);
 }

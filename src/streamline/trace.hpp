@@ -2,7 +2,6 @@
 
 #include "base/console.hpp"
 #include "deck/options.hpp"
-#include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/cell_state.hpp"
 #include "pressure/velocity_field.hpp"
@@ -16,17 +15,21 @@
 
 namespace kvr {
 
-/// What tracing needs of one cell, side by side in memory: a line touches cells in no order.
-struct TraceCell {
-    std::array<double, 6> face;      // velocity at faces 1..6, positive toward increasing index
-    std::array<double, 3> gradient;  // of each velocity along its own axis
-    std::array<double, 3> length;    // 1 in the reference cube, ft in the box
-    double dayPerTime;      // days in one unit of crossing time: pore volume (cube), porosity NTG (box)
-    double completionTime;  // days, pore volume over the sum of the six fluxes: residence in a well cell
-    std::array<CellId, 6> neighbour;
-    int lastWell;  // last well completed here, 0 for none
+/// What tracing needs of one cell in one line of the processor's cache: a line touches cells in no order.
+struct alignas(64) TraceCell {
+    std::array<double, 6> face;  // velocity at faces 1..6, positive toward increasing index
+    double dayPerTime;           // days in one unit of crossing time: pore volume (cube), porosity NTG (box)
+    int lastWell;                // last well completed here, 0 for none
     std::uint8_t exitForward, exitBackward;
     CellTagKind tag;
+};
+static_assert(sizeof(TraceCell) == 64);
+
+/// What only the box family needs beside it; the reference cube has sides of 1.
+struct BoxCell {
+    std::array<double, 3> length;    // ft
+    std::array<double, 3> gradient;  // of each velocity along its own axis
+    double completionTime;           // see completionTime
 };
 
 /// The frozen field of one step, as tracing reads it.
@@ -35,7 +38,9 @@ struct TraceField {
     bool flat = false;      // one layer: points stay at mid-cell along z
     bool flatStep = false;  // box family, one layer, corner-point depths: see traceLine on step lengths
     CellId cellCount = 0;
-    std::vector<TraceCell> cells;  // by CellId, [0] unused
+    std::array<CellId, 6> stride{};  // from a cell to its neighbour behind faces 1..6, where it has one
+    std::vector<TraceCell> cells;    // by CellId, [0] unused
+    std::vector<BoxCell> boxes;      // the same, of the box family only
 };
 
 /// Node capacity of a line: Nx on a row of cells, 16 or 8 times the longest side, times the node factor
@@ -45,13 +50,23 @@ int maxNodes(const RunOptions& options, const GridModel& grid);
 void sizeRecord(int nodes, StreamlineRecord& record);
 
 /// Gathers the packed cells once per step.
-void buildTraceField(const RunOptions& options, const GridModel& grid, const ConnectionTable& connections,
-                     const CellState& state, const VelocityField& velocity, const WellRecord& wells,
-                     const CellTags& tags, const ExitFlags& flags, TraceField& field);
+void buildTraceField(const RunOptions& options, const GridModel& grid, const CellState& state,
+                     const VelocityField& velocity, const WellRecord& wells, const CellTags& tags,
+                     const ExitFlags& flags, TraceField& field);
+
+/// Forgets the cells, and the memory that they take between the steps.
+void releaseTraceField(TraceField& field);
+
+/// Sides of a cell, in which its points are given.
+std::array<double, 3> cellLength(const TraceField& field, CellId cell);
+
+/// Residence in a well cell, days: pore volume over the sum of the sizes of the six fluxes.
+double completionTime(const TraceField& field, CellId cell);
 
 /// Where a line that left its last cell through `exitFace` at `point` enters `cell`; on one layer at
 /// mid-height.
-std::array<double, 3> entryPoint(std::array<double, 3> point, int exitFace, const TraceCell& cell, bool flat);
+std::array<double, 3> entryPoint(const TraceField& field, std::array<double, 3> point, int exitFace,
+                                 CellId cell);
 
 /// Up to where a line counts as standing still in a cell, which ends it; negative: nowhere.
 struct StandStill {

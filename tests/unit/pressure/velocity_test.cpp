@@ -37,8 +37,9 @@ TEST(FaceFlux, IsPositiveTowardsIncreasingIndexOnBothSidesOfAFace) {
     build(s);
     EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), -80.0, 1e-10);
     EXPECT_NEAR(s.velocity.CellFaceFlux(2, 1), -80.0, 1e-10);
-    EXPECT_NEAR(s.velocity.FaceFluxO(1, 2), -80.0, 1e-10);
-    EXPECT_EQ(s.velocity.FaceFluxW(1, 2), 0.0);
+    const PhaseFlux phases = phaseFluxThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2);
+    EXPECT_NEAR(phases.oil, -80.0, 1e-10);
+    EXPECT_EQ(phases.water, 0.0);
 }
 
 TEST(FaceFlux, IsZeroOnBoundaryFaces) {
@@ -71,7 +72,8 @@ TEST(FaceFlux, IsZeroInAHydrostaticColumn) {
     sample::hydrostaticColumn(3000.0, s);
     refreshProperties(s.grid, s.fluids, s.state);
     build(s);
-    for (CellId c = 1; c <= 4; ++c) EXPECT_NEAR(s.velocity.FaceFluxO(c, 6), 0.0, 1e-10);
+    for (CellId c = 1; c <= 4; ++c)
+        EXPECT_NEAR(phaseFluxThroughFace(s.units.FlowUnit, s.connections, s.state, c, 6).oil, 0.0, 1e-10);
 }
 
 TEST(FaceVelocity, OfFiveHundredBarrelsThroughFiveHundredSquareFeet) {
@@ -82,8 +84,8 @@ TEST(FaceVelocity, OfFiveHundredBarrelsThroughFiveHundredSquareFeet) {
     build(s);
     EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 500.0, 1e-9);
     EXPECT_NEAR(s.velocity.CellFaceVelocity(1, 2), 5.614583, 1e-10);
-    EXPECT_NEAR(s.velocity.CellFluxGradient(1, 1), 500.0, 1e-9);
-    EXPECT_NEAR(s.velocity.CellVelocityGradient(1, 1), 5.614583 / 100.0, 1e-12);
+    EXPECT_NEAR(fluxGradient(s.velocity, 1, 1), 500.0, 1e-9);
+    EXPECT_NEAR(velocityGradient(s.velocity, 1, 1, s.grid.DX[1]), 5.614583 / 100.0, 1e-12);
 }
 
 TEST(FaceVelocity, OfABoxGridLeavesNetToGrossToTheTracing) {
@@ -93,6 +95,26 @@ TEST(FaceVelocity, OfABoxGridLeavesNetToGrossToTheTracing) {
     s.connections.ConnArea(1, 2) = 500.0;  // 100 * 20 * 0.25
     build(s);
     EXPECT_NEAR(s.velocity.CellFaceVelocity(1, 2), 5.614583 * 500.0 / 2000.0, 1e-10);
+}
+
+TEST(FaceVelocity, IsLeftOutWhereTheFieldHasNoRoomForIt) {
+    Simulation s;
+    pair(3000.0, 2375.0, s);
+    s.velocity = {};
+    AllocateVelocity(s.console, s.grid.NCELLS, false, s.velocity);
+    build(s);
+    EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 500.0, 1e-9);
+    EXPECT_TRUE(s.velocity.CellFaceVelocity.slots.empty());
+}
+
+TEST(FaceVelocity, IsNeededByTheBoxTracingAndTheOrthogonalProjection) {
+    RunOptions options;
+    EXPECT_FALSE(needsFaceVelocity(options));
+    options.orthogonalProjection = true;
+    EXPECT_TRUE(needsFaceVelocity(options));
+    options.orthogonalProjection = false;
+    options.cornerPointTracing = false;
+    EXPECT_TRUE(needsFaceVelocity(options));
 }
 
 TEST(WellVelocity, IsTheReservoirRateAtTheConvergedPressures) {

@@ -54,8 +54,6 @@ inline Flow emptyFlow(int nx, int ny, int nz, double dx, double dy, double dz) {
     }
     flow.velocity.CellFaceFlux.assign(count, 6, 0.0);
     flow.velocity.CellFaceVelocity.assign(count, 6, 0.0);
-    flow.velocity.CellFluxGradient.assign(count, 3, 0.0);
-    flow.velocity.CellVelocityGradient.assign(count, 3, 0.0);
     flow.tags.CellTag.assign(count, CellTagKind::Pop);
     return flow;
 }
@@ -76,7 +74,7 @@ inline void addWell(Flow& flow, const std::string& name, const std::string& kind
     flow.wells.wells.push_back(well);
 }
 
-/// Gradients and box velocities that go with CellFaceFlux.
+/// Box velocities that go with CellFaceFlux.
 inline void completeVelocity(Flow& flow) {
     for (CellId cell = 1; cell <= flow.grid.NCELLS; ++cell) {
         const double size[3] = {flow.grid.DX[cell], flow.grid.DY[cell], flow.grid.DZ[cell]};
@@ -85,12 +83,6 @@ inline void completeVelocity(Flow& flow) {
             for (int face = 2 * axis - 1; face <= 2 * axis; ++face)
                 flow.velocity.CellFaceVelocity(cell, face) =
                     flow.velocity.CellFaceFlux(cell, face) * CubicFeetPerBarrel / area;
-            flow.velocity.CellFluxGradient(cell, axis) =
-                flow.velocity.CellFaceFlux(cell, 2 * axis) - flow.velocity.CellFaceFlux(cell, 2 * axis - 1);
-            flow.velocity.CellVelocityGradient(cell, axis) =
-                (flow.velocity.CellFaceVelocity(cell, 2 * axis) -
-                 flow.velocity.CellFaceVelocity(cell, 2 * axis - 1)) /
-                size[axis - 1];
         }
     }
 }
@@ -165,8 +157,8 @@ inline void prepareTracing(Flow& flow) {
     completeVelocity(flow);
     rebuildCellTags(flow.grid.NCELLS, flow.wells, flow.tags);
     prepareExitFlags(quiet.console, flow.connections, flow.velocity, flow.flags);
-    buildTraceField(flow.options, flow.grid, flow.connections, flow.state, flow.velocity, flow.wells,
-                    flow.tags, flow.flags, flow.field);
+    buildTraceField(flow.options, flow.grid, flow.state, flow.velocity, flow.wells, flow.tags, flow.flags,
+                    flow.field);
     sizeRecord(maxNodes(flow.options, flow.grid), flow.record);
 }
 
