@@ -35,8 +35,8 @@ void copyBoxRow(const SectionReader& reader, const ArithmeticRow& row) {
 
 void checkBox(const SectionReader& reader, const GridModel& grid, const CellBox& box) {
     if (boxFits(grid, box)) return;
-    both(*reader.sinks->console, "ERROR :: BOX OUTSIDE THE GRID: {} {} {} {} {} {} IN {} {} {}", box.i1,
-         box.i2, box.j1, box.j2, box.k1, box.k2, grid.NX, grid.NY, grid.NZ);
+    both(consoleOf(reader), "ERROR :: BOX OUTSIDE THE GRID: {} {} {} {} {} {} IN {} {} {}", box.i1, box.i2,
+         box.j1, box.j2, box.k1, box.k2, grid.NX, grid.NY, grid.NZ);
     stopAtPlace(reader);
 }
 

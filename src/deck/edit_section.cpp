@@ -11,7 +11,7 @@ namespace kvr {
 namespace {
 
 void sayGridKeyword(SectionReader& reader, GridModel&) {
-    lineToBoth(*reader.sinks->console, "Grid keyword found.. read here as grid section");
+    lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
 }
 
 /// Kept, not applied: every word, since only conditioning knows which of them act.
@@ -37,7 +37,7 @@ constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",
 void readEditSection(SectionReader& reader, GridModel& grid) {
     checkDimensionsKnown(reader, grid);
     dispatchSection<GridModel>(reader, grid, Keywords, Texts);
-    lineToBoth(*reader.sinks->console, "-> Finished Reading EDIT. Move to Next Section");
+    lineToBoth(consoleOf(reader), "-> Finished Reading EDIT. Move to Next Section");
 }
 
 }  // namespace kvr

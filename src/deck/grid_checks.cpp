@@ -40,7 +40,7 @@ bool noneAbove(const CellArray<double>& array, double least) {
 }
 
 [[noreturn]] void stop(SectionReader& reader, std::string_view keyword, std::string_view message) {
-    lineToBoth(*reader.sinks->console, message);
+    lineToBoth(consoleOf(reader), message);
     reader.keyword = keyword;
     stopAtPlace(reader);
 }
@@ -75,12 +75,12 @@ void checkTops(SectionReader& reader, const GridModel& grid) {
 
 void checkDimensionsKnown(const SectionReader& reader, const GridModel& grid) {
     if (grid.NCELLS > 0) return;
-    lineToBoth(*reader.sinks->console, "ERROR :: DIMENS NOT SPECIFIED");
+    lineToBoth(consoleOf(reader), "ERROR :: DIMENS NOT SPECIFIED");
     stopAtPlace(reader);
 }
 
 void settleActivity(const SectionReader& reader, GridModel& grid) {
-    const Console& console = *reader.sinks->console;
+    const Console& console = consoleOf(reader);
     const int noRock = switchOff(grid, [&](CellId cell) {
         return !(grid.PORO[cell] >= MachineEpsilon) || !(grid.NTG[cell] >= MachineEpsilon);
     });

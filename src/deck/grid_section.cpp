@@ -19,10 +19,6 @@ namespace kvr {
 
 namespace {
 
-const Console& consoleOf(const SectionReader& reader) {
-    return *reader.sinks->console;
-}
-
 void sayGridKeyword(SectionReader& reader, GridRecords&) {
     lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
 }

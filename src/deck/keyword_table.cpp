@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t KeywordLineWidth = 100;  // characters of a line that the keyword test sees
 
 void warnOfLimit(const SectionReader& reader) {
-    both(*reader.sinks->console, "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED",
+    both(consoleOf(reader), "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED",
          MaxKeywordLines);
     tellPlace(reader);
 }
@@ -49,7 +49,7 @@ bool skippedTitle(SectionReader& reader, const KeywordLine& found) {
 }
 
 DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts) {
-    const Console& console = *reader.sinks->console;
+    const Console& console = consoleOf(reader);
     reader.keyword = "INCLUDE";
     skipCommentLines(reader);
     announce(reader, "INCLUDE");

@@ -122,7 +122,7 @@ void readIncludeFile(SectionReader& reader, Records& records, std::span<const Ke
     dispatchSection(inner, records, table, texts);
     reader.keywordCount = inner.keywordCount;
     reader.outputMetric = inner.outputMetric;
-    lineToBoth(*reader.sinks->console, texts.finished);
+    lineToBoth(consoleOf(reader), texts.finished);
 }
 
 template <class Records>

@@ -18,22 +18,22 @@ constexpr std::string_view ConversionCommand = "ecl2ix";
 void announceSwitch(SectionReader& reader, bool& flag, std::string_view message) {
     announce(reader, reader.keyword);
     flag = true;
-    lineToBoth(*reader.sinks->console, message);
+    lineToBoth(consoleOf(reader), message);
 }
 
 void stopIfMissing(const SectionReader& reader, const std::string& path, std::string_view message) {
     std::error_code ignored;
     if (std::filesystem::is_regular_file(path, ignored)) return;
-    both(*reader.sinks->console, "{}", message);
-    lineToBoth(*reader.sinks->console, path);
+    both(consoleOf(reader), "{}", message);
+    lineToBoth(consoleOf(reader), path);
     stopAtPlace(reader);
 }
 
 [[noreturn]] void stopOnCopyFailure(const SectionReader& reader, const std::string& path) {
     const int status = errno;
-    lineToBoth(*reader.sinks->console, "ERROR: INCLUDE File Open Error");
-    both(*reader.sinks->console, "File I/O Error, {}", status);
-    lineToBoth(*reader.sinks->console, path);
+    lineToBoth(consoleOf(reader), "ERROR: INCLUDE File Open Error");
+    both(consoleOf(reader), "File I/O Error, {}", status);
+    lineToBoth(consoleOf(reader), path);
     stopAtPlace(reader);
 }
 
@@ -53,7 +53,7 @@ std::string linesToCopy(const SectionReader& reader, const std::string& path) {
 void setRestartTracing(SectionReader& reader, RunOptions& options) {
     constexpr int EclipseForm = 1;
     announceSwitch(reader, options.traceFromRestart, "TRACING FROM ECLIPSE");
-    lineToBoth(*reader.sinks->console, "JUST TRACING STREAMLINE FROM RST");
+    lineToBoth(consoleOf(reader), "JUST TRACING STREAMLINE FROM RST");
     options.inputMode = EclipseForm;
 }
 

@@ -40,7 +40,7 @@ void readInversion(SectionReader& reader, RunOptions& options) {
     options.gaussNewton = upperInitialOf(solver) == 'G';
     options.hmIterationLimit =
         within(options.hmIterationLimit, 1, MaxMatchIterations, DefaultMatchIterations);
-    lineToBoth(*reader.sinks->console, "Run Inversion Make sure that :");
+    lineToBoth(consoleOf(reader), "Run Inversion Make sure that :");
     tellValue(reader, "Is Amplitude matching ? ::", yesNo(options.amplitudeMatching));
     tellValue(reader, "Use Gauss Newton Method ? ::", yesNo(options.gaussNewton));
     tellValue(reader, "Total Iteration for HM ::", options.hmIterationLimit);

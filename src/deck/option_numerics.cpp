@@ -75,7 +75,7 @@ void readCflPair(SectionReader& reader, double& number, double& minimumStep) {
 void readFdMethod(SectionReader& reader, RunOptions& options) {
     options.method = choose(Methods, upperInitialOf(readWord(reader)), "");
     if (!options.method.empty()) return;
-    lineToBoth(*reader.sinks->console, "WARNING :: FDMETHOD IS INCORRECT OR NOT SPECIFIED");
+    lineToBoth(consoleOf(reader), "WARNING :: FDMETHOD IS INCORRECT OR NOT SPECIFIED");
     options.method = "EbFVM";
 }
 
@@ -146,7 +146,7 @@ void readCflGravity(SectionReader& reader, RunOptions& options) {
 void readMaxDt(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.maxDt};
     readRecord(reader, targets);
-    lineToBoth(*reader.sinks->console, "Max Dt Specidied : Max Dt for Pressure and Saturation step");
+    lineToBoth(consoleOf(reader), "Max Dt Specidied : Max Dt for Pressure and Saturation step");
 }
 
 void readOptimalTstep(SectionReader& reader, RunOptions& options) {

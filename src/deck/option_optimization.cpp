@@ -32,7 +32,7 @@ void setWaterfloodDefaults(RunOptions& options) {
 void setOptimize(SectionReader& reader, RunOptions& options) {
     announce(reader, reader.keyword);
     options.rateOptimization = true;
-    lineToBoth(*reader.sinks->console, "Waterflood Optimization Activated");
+    lineToBoth(consoleOf(reader), "Waterflood Optimization Activated");
 }
 
 void readWaterfloodNumbers(SectionReader& reader, RunOptions& options) {
@@ -44,8 +44,7 @@ void readWaterfloodNumbers(SectionReader& reader, RunOptions& options) {
     readRecord(reader, targets);
     // On purpose the check looks at what has been read so far: in front of OPTIMIZE it does not fire.
     if (options.rateOptimization && options.optimizationMinFlux < MachineEpsilon) {
-        lineToBoth(*reader.sinks->console,
-                   "ERROR : Option 7 should not be zero at WFOOPT. Provide constraint");
+        lineToBoth(consoleOf(reader), "ERROR : Option 7 should not be zero at WFOOPT. Provide constraint");
         stopAtPlace(reader);
     }
 }
@@ -54,7 +53,7 @@ void setEqualArrival(SectionReader& reader, RunOptions& options) {
     announce(reader, reader.keyword);
     options.equalArrival = true;
     options.rateOptimization = false;
-    lineToBoth(*reader.sinks->console, AlHutaliText);
+    lineToBoth(consoleOf(reader), AlHutaliText);
 }
 
 void setNpvOptimization(SectionReader& reader, RunOptions& options) {
@@ -63,7 +62,7 @@ void setNpvOptimization(SectionReader& reader, RunOptions& options) {
     options.rateOptimization = true;
     options.equalArrival = false;
     options.equalizeWafs = false;
-    lineToBoth(*reader.sinks->console, AlHutaliText);
+    lineToBoth(consoleOf(reader), AlHutaliText);
 }
 
 void readNpvPrice(SectionReader& reader, RunOptions& options) {
@@ -71,7 +70,7 @@ void readNpvPrice(SectionReader& reader, RunOptions& options) {
     const PhasePrices& production = options.productionPrice;
     // Injected oil and gas cost what they earn when produced; water costs at both ends, so its sign stays.
     options.injectionPrice = {-production.oil, production.water, -production.gas};
-    both(*reader.sinks->console, "Price of OIL,WATER and GAS, $/bbl,$/bbl and $/Mscf {} {} {}",
+    both(consoleOf(reader), "Price of OIL,WATER and GAS, $/bbl,$/bbl and $/Mscf {} {} {}",
          number(production.oil), number(production.water), number(production.gas));
 }
 
@@ -93,13 +92,13 @@ void setEqualizeWafs(SectionReader& reader, RunOptions& options) {
     options.rateOptimization = true;
     options.equalArrival = false;
     options.equalizeWafs = true;
-    lineToBoth(*reader.sinks->console, "Waterflood Optimization Activated - Thieles Method");
+    lineToBoth(consoleOf(reader), "Waterflood Optimization Activated - Thieles Method");
 }
 
 void setMinimumMiscibility(SectionReader& reader, RunOptions& options) {
     announce(reader, reader.keyword);
     options.minimumMiscibility = true;
-    lineToBoth(*reader.sinks->console, "Flow Optimizatio : Missibility Pressure option Activated");
+    lineToBoth(consoleOf(reader), "Flow Optimizatio : Missibility Pressure option Activated");
 }
 
 }  // namespace kvr

@@ -32,7 +32,7 @@ char upperInitialOf(std::string_view word) {
 }
 
 void tellValue(const SectionReader& reader, std::string_view text, std::string_view value) {
-    both(*reader.sinks->console, "{} {}", text, value);
+    both(consoleOf(reader), "{} {}", text, value);
 }
 
 void tellValue(const SectionReader& reader, std::string_view text, double value) {
@@ -40,7 +40,7 @@ void tellValue(const SectionReader& reader, std::string_view text, double value)
 }
 
 void tellValue(const SectionReader& reader, std::string_view text, int value) {
-    both(*reader.sinks->console, "{} {}", text, value);
+    both(consoleOf(reader), "{} {}", text, value);
 }
 
 std::string_view yesNo(bool on) {

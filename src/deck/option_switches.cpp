@@ -111,7 +111,7 @@ void readUpscaling(SectionReader& reader, RunOptions& options) {
         checkRead(reader, rows.last);
         cutToWidth(row.name);
         options.upscaleRows.push_back(row);
-        both(*reader.sinks->console, "UPSCALE : {} By WindowSize {} {} {}", row.name, window[0], window[1],
+        both(consoleOf(reader), "UPSCALE : {} By WindowSize {} {} {}", row.name, window[0], window[1],
              window[2]);
     }
 }
@@ -128,7 +128,7 @@ void readSmoothing(SectionReader& reader, RunOptions& options) {
         checkRead(reader, rows.last);
         cutToWidth(row.name);
         options.smoothingRows.push_back(row);
-        both(*reader.sinks->console, "Smoothing Parameter : {} By {}", row.name, row.iterations);
+        both(consoleOf(reader), "Smoothing Parameter : {} By {}", row.name, row.iterations);
     }
 }
 
@@ -137,7 +137,7 @@ void setCo2Model(SectionReader& reader, RunOptions& options) {
     options.co2Model = true;
     options.tracerActive = true;
     options.tracerCount = 1;
-    lineToBoth(*reader.sinks->console, "Black Oil CO2 Sequestration Option By M.Blunt Model");
+    lineToBoth(consoleOf(reader), "Black Oil CO2 Sequestration Option By M.Blunt Model");
 }
 
 }  // namespace kvr

@@ -36,7 +36,7 @@ void endCopiedTable(SectionReader& reader) {
 
 void requireRows(const SectionReader& reader, std::size_t rows) {
     if (rows >= LeastTableRows) return;
-    both(*reader.sinks->console, "ERROR :: INSUFFICIENT {} TABLE", reader.keyword);
+    both(consoleOf(reader), "ERROR :: INSUFFICIENT {} TABLE", reader.keyword);
     stopAtPlace(reader);
 }
 
@@ -324,7 +324,7 @@ constexpr IncludeTexts PropsIncludeTexts{"ERROR: INCLUDE File Open Error at PROP
 }  // namespace
 
 void readProps(SectionReader& reader, PropsRecords& records) {
-    const Console& console = *reader.sinks->console;
+    const Console& console = consoleOf(reader);
     if (records.options.maxRockTables > MaxRegions) {
         both(console, "ERROR :: MORE THAN {} SATURATION TABLES", MaxRegions);
         stopAtPlace(reader);

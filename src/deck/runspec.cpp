@@ -23,10 +23,6 @@ constexpr int MaxTableCount = 10000;  // tables of one kind
 constexpr std::string_view TracerText =
     "-> Tracer Option Activated, Make Sure That Other Data are Assigned. ";
 
-const Console& consoleOf(const SectionReader& reader) {
-    return *reader.sinks->console;
-}
-
 void startSection(SectionReader& reader, RunspecRecords&) {
     lineToBoth(consoleOf(reader), "READING - RUNSPEC SECTION");
 }

@@ -1,6 +1,7 @@
 #include "deck/schedule_section.hpp"
 
 #include "deck/keyword_table.hpp"
+#include "deck/schedule_streams.hpp"
 #include "deck/schedule_times.hpp"
 #include "deck/schedule_wells.hpp"
 
@@ -38,7 +39,7 @@ constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at SCHEDULE section
 void readScheduleSection(SectionReader& reader, ScheduleRecords& records) {
     openScheduleStep(records.schedule);
     dispatchSection<ScheduleRecords>(reader, records, Keywords, Texts);
-    lineToBoth(*reader.sinks->console, "-> Finished Reading SCHEDULE. Move to Next Section");
+    lineToBoth(consoleOf(reader), "-> Finished Reading SCHEDULE. Move to Next Section");
 }
 
 }  // namespace kvr

@@ -19,10 +19,6 @@ constexpr double MaxStepLength = 1e9;              // days; more is a slip of th
 constexpr int LongestMonth = 31;                   // days
 constexpr int LastYear = 9999;
 
-const Console& consoleOf(const SectionReader& reader) {
-    return *reader.sinks->console;
-}
-
 double timeReached(const Schedule& schedule) {
     return schedule.stepEnd.empty() ? 0.0 : schedule.stepEnd.back();
 }

@@ -1,105 +1,18 @@
 #include "deck/schedule_wells.hpp"
 
 #include "base/text.hpp"
+#include "deck/well_rows.hpp"
 #include "fluid/black_oil.hpp"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace kvr {
 
 namespace {
 
-/// A later row for a tracer replaces the earlier one.
-void injectTracer(const std::string& tracer, double concentration, ScheduleWell& well) {
-    well.tracerConcentration = concentration;
-    for (InjectedTracer& known : well.injectedTracers) {
-        if (known.name != tracer) continue;
-        known.concentration = concentration;
-        return;
-    }
-    well.injectedTracers.push_back({tracer, concentration});
-}
-
-constexpr std::size_t WellNameLength = 8;
-constexpr double NotGiven = -1.0;    // of an item that has a default of its own
-constexpr double MaxRate = 1e15;     // surface volume a day; more is a slip of the pen
-constexpr double MaxPressure = 1e9;  // psia
+constexpr double NotGiven = -1.0;  // of an item that has a default of its own
 constexpr std::size_t MinTableRows = 2;
-
-const Console& consoleOf(const SectionReader& reader) {
-    return *reader.sinks->console;
-}
-
-ScheduleStep& presentStep(ScheduleRecords& records) {
-    return records.schedule.steps.back();
-}
-
-std::string wellName(const std::string& text) {
-    return std::string(trim(trim(text).substr(0, WellNameLength)));
-}
-
-DeckPlace placeOf(const SectionReader& reader) {
-    return {reader.cursor->fileName, reader.cursor->lineNumber};
-}
-
-ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
-    const auto found = std::find_if(step.wells.begin(), step.wells.end(),
-                                    [&name](const ScheduleWell& well) { return well.name == name; });
-    return found == step.wells.end() ? nullptr : &*found;
-}
-
-/// Calls `change` for every known well that the name stands for.
-template <class Change>
-void forNamedWells(const SectionReader& reader, ScheduleStep& step, const std::string& text,
-                   const Change& change) {
-    const std::string name(trim(text));
-    bool found = false;
-    if (name.ends_with('*')) {
-        const std::string letters = name.substr(0, name.size() - 1);
-        for (ScheduleWell& well : step.wells) {
-            if (!well.name.starts_with(letters)) continue;
-            found = true;
-            change(well);
-        }
-    } else if (ScheduleWell* well = findWell(step, wellName(name)); well != nullptr) {
-        found = true;
-        change(*well);
-    }
-    if (found) return;
-    both(consoleOf(reader), "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
-    tellPlace(reader);
-}
-
-/// Reads one row; the targets keep their values where the row defaults them.
-template <std::size_t Count>
-void readRow(SectionReader& reader, const std::array<ListTarget, Count>& targets) {
-    checkRead(reader, readList(*reader.cursor, targets));
-}
-
-void warnOfItem(const SectionReader& reader, std::string_view item, double value, double replacement) {
-    both(consoleOf(reader), "WARNING :: {} {} IS OUT OF RANGE, SET TO {}", item, number(value),
-         number(replacement));
-    tellPlace(reader);
-}
-
-/// A rate in internal units.
-double rateFrom(const SectionReader& reader, double deckRate, double factor) {
-    const double rate = deckRate * factor;
-    if (rate >= 0.0 && rate <= MaxRate) return rate;
-    warnOfItem(reader, "RATE", deckRate, 0.0);
-    return 0.0;
-}
-
-/// A bottom-hole pressure in psia; 0 and less count as not given.
-double pressureFrom(const SectionReader& reader, double deckPressure, double fallBack) {
-    if (deckPressure <= 0.0) return fallBack;
-    const double pressure = deckPressure * reader.units->pressure;
-    if (pressure <= MaxPressure) return pressure;
-    warnOfItem(reader, "PRESSURE", deckPressure, fallBack);
-    return fallBack;
-}
 
 double injectionFactor(const UnitSystem& units, const std::string& fluid) {
     return toUpper(trim(fluid)).starts_with('G') ? units.gasRate : units.liquidRate;
@@ -379,46 +292,6 @@ void readWconinjh(SectionReader& reader, ScheduleRecords& records) {
     }
     announce(reader, "WCONINJH");
     tellCount(reader, "-> Num of Injector =", step.injectorCount);
-}
-
-void readWtracer(SectionReader& reader, ScheduleRecords& records) {
-    while (nextRow(reader)) {
-        std::string name, tracer;
-        double concentration = 0.0;
-        readRow(reader, std::array<ListTarget, 3>{&name, &tracer, &concentration});
-        forNamedWells(reader, presentStep(records), name,
-                      [&](ScheduleWell& well) { injectTracer(tracer, concentration, well); });
-    }
-    announce(reader, "WTRACER");
-}
-
-void readWellstre(SectionReader& reader, ScheduleRecords& records) {
-    std::vector<InjectionStream>& streams = records.schedule.streams;
-    while (nextRow(reader)) {
-        InjectionStream row;
-        row.moleFraction.assign(static_cast<std::size_t>(std::max(0, records.options.componentCount)), 0.0);
-        std::vector<ListTarget> targets = {&row.name};
-        for (double& fraction : row.moleFraction) targets.emplace_back(&fraction);
-        checkRead(reader, readList(*reader.cursor, targets));
-        row.name = wellName(row.name);
-        const auto known = std::find_if(streams.begin(), streams.end(),
-                                        [&row](const InjectionStream& s) { return s.name == row.name; });
-        if (known != streams.end())
-            *known = row;
-        else
-            streams.push_back(row);
-    }
-    announce(reader, "WELLSTRE");
-}
-
-void readWinjgas(SectionReader& reader, ScheduleRecords& records) {
-    while (nextRow(reader)) {
-        std::string name, fluid, stream;
-        readRow(reader, std::array<ListTarget, 3>{&name, &fluid, &stream});
-        forNamedWells(reader, presentStep(records), name,
-                      [&](ScheduleWell& well) { well.injectionStream = wellName(stream); });
-    }
-    announce(reader, "WINJGAS");
 }
 
 }  // namespace kvr

@@ -17,9 +17,6 @@ void readWconprod(SectionReader& reader, ScheduleRecords& records);
 void readWconinje(SectionReader& reader, ScheduleRecords& records);
 void readWconhist(SectionReader& reader, ScheduleRecords& records);
 void readWconinjh(SectionReader& reader, ScheduleRecords& records);
-void readWtracer(SectionReader& reader, ScheduleRecords& records);
-void readWellstre(SectionReader& reader, ScheduleRecords& records);
-void readWinjgas(SectionReader& reader, ScheduleRecords& records);
 
 /// Reservoir volume rate of observed surface rates, rb/day, at pressure p:
 ///   Bw(p) qw + Bo(p) qo + Bg(p) qg - (qo / Bo(p)) Bg(p) Rs(p)

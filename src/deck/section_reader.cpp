@@ -61,7 +61,7 @@ int consumeWhile(SectionReader& reader, const Test& counts) {
 }
 
 void printReadError(const SectionReader& reader, ListError error) {
-    const Console& console = *reader.sinks->console;
+    const Console& console = consoleOf(reader);
     both(console, "ERROR: File reading error, code = {}", static_cast<int>(error));
     both(console, "Reading error, in {} {}", reader.errorName,
          reader.insideInclude ? "INCLUDE file" : "Section");
@@ -77,9 +77,9 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     const bool tooFew = !end.endOfFile && static_cast<std::size_t>(end.count) < size;
     if (!tooFew && end.surplus == 0) return;
     printReadError(reader, tooFew ? ListError::TooFew : ListError::TooMany);
-    both(*reader.sinks->console, "{}: {} values, {} given", placeText(reader, reader.cursor->lineNumber),
-         size, end.count + end.surplus);
-    hardStop(*reader.sinks->console);
+    both(consoleOf(reader), "{}: {} values, {} given", placeText(reader, reader.cursor->lineNumber), size,
+         end.count + end.surplus);
+    hardStop(consoleOf(reader));
 }
 
 }  // namespace
@@ -93,7 +93,7 @@ std::string keywordOf(std::string_view line) {
 }
 
 void echoLine(const SectionReader& reader, std::string_view line) {
-    lineToLog(*reader.sinks->console, line);
+    lineToLog(consoleOf(reader), line);
     copyLine(reader, line);
 }
 
@@ -106,7 +106,7 @@ void skipCommentLines(SectionReader& reader) {
     std::string_view line;
     for (int n = 0; n < MaxCommentLines; ++n) {
         if (!nextLine(*reader.cursor, line)) {
-            lineToBoth(*reader.sinks->console, EndOfFileText);
+            lineToBoth(consoleOf(reader), EndOfFileText);
             return;
         }
         if (!isCommentLine(line)) {
@@ -171,12 +171,12 @@ bool nextLineIsLoneWord(const SectionReader& reader) {
 }
 
 void announce(const SectionReader& reader, std::string_view text) {
-    both(*reader.sinks->console, "READ -> {}", text);
+    both(consoleOf(reader), "READ -> {}", text);
 }
 
 void reportNotSupported(SectionReader& reader, std::string_view line) {
     line = trimLeft(line);
-    both(*reader.sinks->console, " {} -> not surpported  ", padded(line, KeywordWidth));
+    both(consoleOf(reader), " {} -> not surpported  ", padded(line, KeywordWidth));
     if (line.empty() || !isLetter(line.front())) return;
     const std::string name(firstWord(line));
     auto& skipped = reader.sinks->skipped;
@@ -190,7 +190,7 @@ void reportNotSupported(SectionReader& reader, std::string_view line) {
 }
 
 void checkRead(const SectionReader& reader, const ListEnd& end) {
-    const Console& console = *reader.sinks->console;
+    const Console& console = consoleOf(reader);
     if (end.error != ListError::None) {
         printReadError(reader, end.error);
         both(console, "{}: \"{}\"", placeText(reader, end.errorLine), end.errorText);
@@ -203,12 +203,12 @@ void checkRead(const SectionReader& reader, const ListEnd& end) {
 }
 
 void tellPlace(const SectionReader& reader) {
-    lineToBoth(*reader.sinks->console, placeText(reader, reader.cursor->lineNumber));
+    lineToBoth(consoleOf(reader), placeText(reader, reader.cursor->lineNumber));
 }
 
 void stopAtPlace(const SectionReader& reader) {
     tellPlace(reader);
-    hardStop(*reader.sinks->console);
+    hardStop(consoleOf(reader));
 }
 
 void neglectKeyword(SectionReader& reader) {

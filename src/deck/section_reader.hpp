@@ -43,6 +43,10 @@ struct SectionReader {
     std::string keyword;  // the keyword whose data are being read, for messages
 };
 
+inline const Console& consoleOf(const SectionReader& reader) {
+    return *reader.sinks->console;
+}
+
 /// Section words end a section, wherever they are met. `word` is 8 characters as `keywordOf` makes it.
 bool isSectionWord(std::string_view word);
 

@@ -10,10 +10,6 @@ namespace kvr {
 
 namespace {
 
-const Console& consoleOf(const SectionReader& reader) {
-    return *reader.sinks->console;
-}
-
 void readEquil(SectionReader& reader, SolutionRecords& records) {
     announce(reader, reader.keyword);
     lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
