@@ -65,7 +65,10 @@ void applyCycle(Hierarchy& hierarchy, std::span<const double> b, std::span<doubl
     const std::size_t last = levels.size() - 1;
     const RowRanges rows = cutRows(static_cast<int>(b.size()), ShortestVectorRange);
     forRanges(rows, [&](RowRange range) {
-        for (int i = range.first; i < range.end; ++i) levels.front().b[i] = b[hierarchy.order[i]];
+        for (int i = range.first; i < range.end; ++i) {
+            const int row = hierarchy.order[i];
+            levels.front().b[i] = hierarchy.rowScale[row] * b[row];
+        }
     });
     for (std::size_t l = 0; l < last; ++l) {
         sweepForwardFromZero(levels[l].matrix, levels[l].b, levels[l].x);

@@ -21,6 +21,7 @@ struct MultigridLevel {
 struct Hierarchy {
     std::vector<MultigridLevel> levels;  // finest first
     std::vector<int> order;              // row of the system for each row of the finest level
+    std::vector<double> rowScale;        // scale of each row of the system on the finest level
     DenseStorage coarsest;               // LU factors of the coarsest matrix when it is small enough
     bool coarsestFactored = false;
     double operatorComplexity = 0.0;  // stored entries of all levels over those of the finest
@@ -30,8 +31,8 @@ struct Hierarchy {
 void sizeVectors(MultigridLevel& level);
 
 /// One V-cycle x = M^-1 b from the zero vector: forward Gauss-Seidel going down, backward going up, a
-/// direct solve on the coarsest level (sweeps where that is too large to factor). x and b are numbered as the
-/// rows of the system are.
+/// direct solve on the coarsest level (sweeps where that is too large to factor). x and b are numbered and
+/// scaled as the rows of the system are.
 void applyCycle(Hierarchy& hierarchy, std::span<const double> b, std::span<double> x);
 
 }  // namespace kvr

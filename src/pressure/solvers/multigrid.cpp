@@ -4,6 +4,7 @@
 #include "pressure/solvers/galerkin.hpp"
 #include "pressure/solvers/interpolation.hpp"
 #include "pressure/solvers/row_order.hpp"
+#include "pressure/solvers/row_scale.hpp"
 #include "pressure/solvers/solver_memory.hpp"
 
 #include <algorithm>
@@ -27,25 +28,11 @@ constexpr int ExtraIterations = 3;       // tolerated beyond those of a fresh hi
 constexpr int SmallSystem = 3000;        // rows up to which a dense factorisation is the last resort
 constexpr std::size_t MaxEntries = std::numeric_limits<int>::max() / 8;  // 32-bit pointers on all levels
 
-/// Scale of each well row: its column's size over its own, so that the scaled matrix is near symmetric
-/// whatever units the row has.
-void formRowScale(const LinearSystem& system, std::vector<double>& scale) {
-    const int wells = system.size - system.cellRows;
-    std::vector<double> columnSum(static_cast<std::size_t>(wells), 0.0);
-    for (int i = 0; i < system.cellRows; ++i) {
-        for (std::int64_t k = system.rowStart[i]; k < system.rowStart[i + 1]; ++k) {
-            const int j = system.column[k] - system.cellRows;
-            if (j >= 0) columnSum[j] += std::abs(system.value[k]);
-        }
-    }
-    scale.assign(static_cast<std::size_t>(wells), 1.0);
-    for (int w = 0; w < wells; ++w) {
-        double rowSum = 0.0;
-        const std::int64_t first = system.rowStart[system.cellRows + w];
-        for (std::int64_t k = first + 1; k < system.rowStart[system.cellRows + w + 1]; ++k)
-            rowSum += std::abs(system.value[k]);
-        if (rowSum > 0.0 && columnSum[w] > 0.0) scale[w] = columnSum[w] / rowSum;
-    }
+/// Scale of every row: the wells' for the system's present values, the balance as it was set up.
+void formRowScale(const LinearSystem& system, MultigridMemory& memory) {
+    std::vector<double>& scale = memory.hierarchy.rowScale;
+    scale = memory.balance;
+    for (int i = system.cellRows; i < system.size; ++i) scale[i] *= memory.wellScale[i - system.cellRows];
 }
 
 /// Row of the finest level for each row of the system.
@@ -55,9 +42,9 @@ std::vector<int> placesOf(const std::vector<int>& order) {
     return place;
 }
 
-/// The system as the finest matrix, rows in the given order, well rows scaled.
-SparseMatrix finestMatrix(const LinearSystem& system, const std::vector<double>& rowScale,
-                          const std::vector<int>& order) {
+/// The system as the finest matrix, rows in the order of the hierarchy and scaled.
+SparseMatrix finestMatrix(const LinearSystem& system, const Hierarchy& hierarchy) {
+    const std::vector<int>& order = hierarchy.order;
     const std::vector<int> place = placesOf(order);
     SparseMatrix matrix;
     matrix.rows = matrix.columns = system.size;
@@ -72,7 +59,7 @@ SparseMatrix finestMatrix(const LinearSystem& system, const std::vector<double>&
     forRanges(cutRows(system.size, ShortestVectorRange), [&](RowRange range) {
         for (int i = range.first; i < range.end; ++i) {
             const int row = order[i];
-            const double scale = row < system.cellRows ? 1.0 : rowScale[row - system.cellRows];
+            const double scale = hierarchy.rowScale[row];
             std::int64_t from = system.rowStart[row];
             for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k, ++from) {
                 matrix.column[k] = place[system.column[from]];
@@ -113,10 +100,7 @@ void runCycles(const LinearSystem& system, int iterationLimit, std::span<double>
                SolverMemory& memory, SolveResult& result) {
     MultigridMemory& grid = memory.multigrid;
     const auto precondition = [&](std::span<const double> r, std::span<double> z) {
-        std::copy(r.begin(), r.end(), grid.scaled.begin());
-        for (int i = system.cellRows; i < system.size; ++i)
-            grid.scaled[i] *= grid.rowScale[i - system.cellRows];
-        applyCycle(grid.hierarchy, grid.scaled, z);
+        applyCycle(grid.hierarchy, r, z);
     };
     int left = iterationLimit;
     for (int start = 0; start < Starts && left > 0 && result.residual > SolverTolerance; ++start) {
@@ -187,12 +171,13 @@ MultigridCode checkRows(const LinearSystem& system) {
 
 void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
     int wells = system.size - system.cellRows;  // rows at the end that stay coarse
-    formRowScale(system, memory.rowScale);
-    memory.scaled.resize(static_cast<std::size_t>(system.size));
+    formWellScale(system, memory.wellScale);
+    balanceRows(system, memory.wellScale, memory.balance);
+    formRowScale(system, memory);
     Hierarchy& hierarchy = memory.hierarchy;
     hierarchy.levels.clear();
     if (!samePattern(memory.key, system)) hierarchy.order = sweepOrder(system);
-    SparseMatrix matrix = finestMatrix(system, memory.rowScale, hierarchy.order);
+    SparseMatrix matrix = finestMatrix(system, hierarchy);
     const double finestEntries = matrix.entries();
     double entries = 0.0;
     for (bool coarsest = false; !coarsest;) {
@@ -214,9 +199,10 @@ void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
 }
 
 void refreshFinest(const LinearSystem& system, MultigridMemory& memory) {
-    formRowScale(system, memory.rowScale);
+    formWellScale(system, memory.wellScale);
+    formRowScale(system, memory);
     Hierarchy& hierarchy = memory.hierarchy;
-    splitForSweeps(finestMatrix(system, memory.rowScale, hierarchy.order), system.size - system.cellRows,
+    splitForSweeps(finestMatrix(system, hierarchy), system.size - system.cellRows,
                    hierarchy.levels.front().matrix);
 }
 

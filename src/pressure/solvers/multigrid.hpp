@@ -21,10 +21,10 @@ enum class MultigridCode : int {
 struct MultigridMemory {
     PatternKey key;
     Hierarchy hierarchy;
-    std::vector<double> rowScale;  // [wells] scale of the rows behind the cells
-    std::vector<double> scaled;    // [size] residual in that scale
-    int freshIterations = 0;       // of the first solve behind the set-up
-    bool worn = true;              // the next solve sets up anew
+    std::vector<double> wellScale;  // [wells] of the rows behind the cells
+    std::vector<double> balance;    // [size] factors of the rows at the set-up
+    int freshIterations = 0;        // of the first solve behind the set-up
+    bool worn = true;               // the next solve sets up anew
 };
 
 /// Checks the rows: pointers rising, columns in range, diagonal first and positive.
@@ -38,7 +38,8 @@ void refreshFinest(const LinearSystem& system, MultigridMemory& memory);
 
 /// Route of `amg` and `samg`: one V-cycle of algebraic multigrid (Ruge and Stueben 1987) preconditions
 /// BiCGSTAB. Rate wells stay on the coarse levels as points of their own; their rows are scaled to the
-/// size of their columns, which makes up for surface units. The hierarchy is kept while the pattern
+/// size of their columns, which makes up for surface units, and all rows so that columns sum as rows do. The
+/// hierarchy is kept while the pattern
 /// stands and built again once solves take clearly more iterations than behind its set-up. A solve that
 /// comes to a halt goes on with ILU(0)-BiCGSTAB and, if small, ends with the dense factorisation. Failures:
 /// BadMatrix with a MultigridCode, Memory, NotConverged, NotANumber.

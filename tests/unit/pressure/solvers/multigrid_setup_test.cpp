@@ -171,6 +171,7 @@ TEST(Cycle, OfTwoLevelsIsSmoothingCorrectionSmoothing) {
     hierarchy.levels[0].restriction = transposed(p);
     for (MultigridLevel& level : hierarchy.levels) sizeVectors(level);
     hierarchy.order = {0, 1};
+    hierarchy.rowScale = {1.0, 1.0};
     const std::vector<double> b = {3.0, 5.0};
     std::vector<double> x(2);
     applyCycle(hierarchy, b, x);
@@ -179,13 +180,15 @@ TEST(Cycle, OfTwoLevelsIsSmoothingCorrectionSmoothing) {
 }
 
 TEST(Cycle, NumbersItsVectorsAsTheSystemDoes) {
-    // One level, swept: with the two rows exchanged inside, each still answers its own right side.
+    // One level, swept: with the two rows exchanged inside, each still answers its own right side. The
+    // matrix inside is that of the scaled rows: 2 * 4 and 8.
     Hierarchy hierarchy;
     hierarchy.levels.resize(1);
-    const SparseMatrix diagonal{2, 2, {0, 1, 2}, {0, 1}, {4.0, 8.0}};
+    const SparseMatrix diagonal{2, 2, {0, 1, 2}, {0, 1}, {8.0, 8.0}};
     splitForSweeps(diagonal, 0, hierarchy.levels[0].matrix);
     sizeVectors(hierarchy.levels[0]);
     hierarchy.order = {1, 0};
+    hierarchy.rowScale = {1.0, 2.0};
     const std::vector<double> b = {16.0, 4.0};
     std::vector<double> x(2);
     applyCycle(hierarchy, b, x);
