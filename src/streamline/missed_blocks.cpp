@@ -18,12 +18,20 @@ std::size_t at(int n) {
     return static_cast<std::size_t>(n);
 }
 
+/// Lines traced but not solved yet.
+struct TracedBlock {
+    int count = 0;
+    std::vector<StreamlineRecord> records;
+    std::vector<double> fresh;  // rb first entered by each line
+};
+
 struct MissedStage {
     CellId next = 1;     // first cell not looked at yet
     int additional = 0;  // lines so far
     int iterationsLeft = 0;
     bool only = false;          // mode "cel": no other lines
     std::vector<double> fresh;  // rb first entered by each line of the block
+    TracedBlock ahead;          // the block behind it
 };
 
 bool needsLine(const Simulation& s, CellId cell) {
@@ -32,28 +40,46 @@ bool needsLine(const Simulation& s, CellId cell) {
 }
 
 /// Traces lines until the block is full or the cells are through; where a line starts depends on where the
-/// ones before it went. Returns the number of lines.
-int traceBlock(Simulation& s, MissedStage& stage) {
-    int count = 0;
-    const auto room = static_cast<int>(s.lines.results.size());
-    for (; stage.next <= s.grid.NCELLS && count < room; ++stage.next) {
+/// ones before it went.
+void traceAhead(Simulation& s, MissedStage& stage) {
+    TracedBlock& block = stage.ahead;
+    block.count = 0;
+    const auto room = static_cast<int>(block.records.size());
+    for (; stage.next <= s.grid.NCELLS && block.count < room; ++stage.next) {
         if (!needsLine(s, stage.next)) continue;
-        LineResult& result = s.lines.results[at(count)];
-        result.solved = false;
-        stage.fresh[at(count)] =
-            traceThroughCell(s.grid, s.lines.field.trace, s.state.PoreVolume, s.wells, stage.next,
-                             s.mapping.CellVisited, LegStandStill, s.lines.legs, result.record);
-        ++count;
+        block.fresh[at(block.count)] = traceThroughCell(
+            s.grid, s.lines.field.trace, s.state.PoreVolume, s.wells, stage.next, s.mapping.CellVisited,
+            LegStandStill, s.lines.legs, block.records[at(block.count)]);
+        ++block.count;
     }
-    return count;
 }
 
-void solveBlock(int count, Simulation& s) {
-    workLines(count, s.lines.workers, [&s](int k, LineWorker& worker) {
+/// The block traced ahead becomes the one that is worked. Returns the number of its lines.
+int takeTracedBlock(MissedStage& stage, std::vector<LineResult>& results) {
+    for (int k = 0; k < stage.ahead.count; ++k) {
+        results[at(k)].solved = false;
+        std::swap(results[at(k)].record, stage.ahead.records[at(k)]);
+    }
+    stage.fresh.swap(stage.ahead.fresh);
+    return stage.ahead.count;
+}
+
+/// Solves the lines of a block while one of the threads traces the next block.
+void solveBlock(int count, Simulation& s, MissedStage& stage) {
+    const auto solve = [&s](int k, LineWorker& worker) {
         LineResult& result = s.lines.results[at(k)];
         if (result.record.status == TraceStatus::ReachedWell)
             solveLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, worker, result);
-    });
+    };
+    workLines(count, s.lines.workers, solve, [&s, &stage] { traceAhead(s, stage); });
+}
+
+void sizeStage(const LineStage& lines, MissedStage& stage) {
+    const std::size_t room = lines.results.size();
+    stage.fresh.assign(room, 0.0);
+    stage.ahead.fresh.assign(room, 0.0);
+    stage.ahead.records.resize(room);
+    for (StreamlineRecord& record : stage.ahead.records) sizeRecord(lines.nodeCapacity, record);
 }
 
 /// Takes over one line's result; called in the order of the start cells.
@@ -96,9 +122,10 @@ void traceMissedBlocks(Simulation& simulation, int iterationsLeft) {
     MissedStage stage;
     stage.iterationsLeft = iterationsLeft;
     stage.only = mode == "cel";
-    stage.fresh.assign(simulation.lines.results.size(), 0.0);
-    while (const int count = traceBlock(simulation, stage)) {
-        solveBlock(count, simulation);
+    sizeStage(simulation.lines, stage);
+    traceAhead(simulation, stage);
+    while (const int count = takeTracedBlock(stage, simulation.lines.results)) {
+        solveBlock(count, simulation, stage);
         for (int k = 0; k < count; ++k)
             commitMissed(simulation.lines.results[at(k)], stage.fresh[at(k)], stage, simulation);
     }

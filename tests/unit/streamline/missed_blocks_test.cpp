@@ -35,11 +35,22 @@ int spoken(const FloodRun& run, const std::string& words) {
 }
 
 FloodRun missedRun(const samples::Flow& flow, int lines, const char* missed = "Yes",
-                   const char* mode = "inj") {
+                   const char* mode = "inj", int threads = 1) {
     samples::Flow asked = flow;
     asked.options.traceMissed = missed;
     asked.options.streamlineStart = mode;
-    return {asked, lines, 30.0};
+    return {asked, lines, 30.0, threads};
+}
+
+TEST(MissedBlocks, AreSweptToTheSameBitsByAnyNumberOfThreads) {
+    FloodRun alone = missedRun(samples::quarterFiveSpot(20, 300.0), 3);
+    alone.advance(2);
+    for (const int threads : {2, 3, 8}) {
+        FloodRun run = missedRun(samples::quarterFiveSpot(20, 300.0), 3, "Yes", "inj", threads);
+        run.advance(2);
+        for (CellId cell = 1; cell <= 400; ++cell) EXPECT_EQ(run.s.state.Sw[cell], alone.s.state.Sw[cell]);
+        EXPECT_EQ(spoken(run, "Additional Streamline"), spoken(alone, "Additional Streamline"));
+    }
 }
 
 TEST(MissedBlocks, AreAllReachedFromFewLaunchedLines) {
