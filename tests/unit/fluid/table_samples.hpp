@@ -32,6 +32,20 @@ inline void fillOdehPvt(FluidTables& tables) {
     tables.rockCompressibility = 3e-6;
 }
 
+/// Water, dead oil and gas whose factors are 1 at any pressure, of 0.5, 2 and 1 cp; no regions yet.
+inline FluidTables constantFluids() {
+    FluidTables tables;
+    tables.OilPressure = tables.GasPressure = {10.0, 100000.0};
+    tables.OilFvf = tables.GasFvf = {1.0, 1.0};
+    tables.OilViscosity = {2.0, 2.0};
+    tables.GasViscosity = {1.0, 1.0};
+    tables.referencePressureWater = 3000.0;
+    tables.waterFvf = 1.0;
+    tables.waterViscosity = 0.5;
+    tables.rockReferencePressure = 3000.0;
+    return tables;
+}
+
 /// One region of four rows each.
 inline SaturationTable fourRowRegion() {
     SaturationTable table;

@@ -17,21 +17,10 @@ namespace kvr::sample {
 /// Water and dead oil of constant factors, viscosities 0.5 and 2 cp; rock of the given compressibility
 /// about 3000 psia.
 inline FluidTables waterAndOil(double rockCompressibility) {
-    FluidTables tables;
-    tables.OilPressure = {1000.0, 5000.0};
-    tables.OilFvf = {1.0, 1.0};
-    tables.OilViscosity = {2.0, 2.0};
-    tables.GasPressure = {10.0, 100000.0};
-    tables.GasFvf = {1.0, 1.0};
-    tables.GasViscosity = {1.0, 1.0};
+    FluidTables tables = samples::constantFluids();
     tables.oilDensity = 50.0;
     tables.waterDensity = 62.4;
     tables.gasDensity = 0.11;
-    tables.referencePressureWater = 3000.0;
-    tables.waterFvf = 1.0;
-    tables.waterCompressibility = 0.0;
-    tables.waterViscosity = 0.5;
-    tables.rockReferencePressure = 3000.0;
     tables.rockCompressibility = rockCompressibility;
     tables.regions.push_back(samples::fourRowRegion());
     finishTables(tables);

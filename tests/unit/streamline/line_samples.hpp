@@ -1,9 +1,9 @@
 #pragma once
 
-#include "fluid/table_checks.hpp"
 #include "streamline/fractional_flow.hpp"
 #include "streamline/line_grid.hpp"
 #include "streamline/solver_line.hpp"
+#include "unit/fluid/table_samples.hpp"
 
 #include <algorithm>
 #include <string>
@@ -13,17 +13,7 @@ namespace kvr::samples {
 
 /// Two phases without volume change: Swc 0.2, Sor 0.2, water 0.5 cp, oil 2 cp, all B 1.
 inline FluidTables plainFlood() {
-    FluidTables tables;
-    tables.OilPressure = {10.0, 100000.0};
-    tables.OilFvf = {1.0, 1.0};
-    tables.OilViscosity = {2.0, 2.0};
-    tables.GasPressure = {10.0, 100000.0};
-    tables.GasFvf = {1.0, 1.0};
-    tables.GasViscosity = {1.0, 1.0};
-    tables.referencePressureWater = 3000.0;
-    tables.waterFvf = 1.0;
-    tables.waterViscosity = 0.5;
-    tables.rockReferencePressure = 3000.0;
+    FluidTables tables = constantFluids();
     SaturationTable region;
     region.SwAxis = {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8};
     region.Krw = {0.0, 0.01, 0.04, 0.09, 0.18, 0.3, 0.45};
