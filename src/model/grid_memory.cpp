@@ -9,9 +9,9 @@ namespace kvr {
 
 namespace {
 
-/// Bytes that all records of a black-oil run take per cell, from below: corners, connections, three time
-/// levels, velocities.
-constexpr double LeastBytesPerCell = 1500.0;
+/// Bytes that all records of a black-oil run take per cell, from below: corners, connections, two time
+/// levels, velocities, matrix, lines. See "Memory of a run" in docs/code-map.md.
+constexpr double LeastBytesPerCell = 1000.0;
 
 double machineMemory() {
     const long pages = sysconf(_SC_PHYS_PAGES);

@@ -99,6 +99,10 @@ void resetHistory(IterationHistory& history) {
     history.open = false;
 }
 
+void releaseHistory(IterationHistory& history) {
+    history = IterationHistory();
+}
+
 std::span<const double> acceleratedStep(std::span<const double> solution, double largestMove,
                                         IterationHistory& history) {
     const double size = largest(solution);

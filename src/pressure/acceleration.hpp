@@ -22,6 +22,9 @@ struct IterationHistory {
 /// Forgets the past: the equations have changed, or a step was not made in full.
 void resetHistory(IterationHistory& history);
 
+/// The same, and gives its vectors back.
+void releaseHistory(IterationHistory& history);
+
 /// Step of a fixed-point iteration from its solution f: Anderson acceleration (Anderson 1965; Walker and
 /// Ni 2011) over at most AccelerationDepth earlier steps s_j with changes of solution d_j,
 ///   s = f - sum g_j (s_j + d_j),   g minimising |f - sum g_j d_j|.

@@ -99,11 +99,19 @@ void appendWellRow(const Well& well, WellRow& row, LinearSystem& system) {
     }
 }
 
-void sizeArrays(const GridModel& grid, const ConnectionTable& connections, PressureMatrix& matrix) {
+void sizeCoefficients(const GridModel& grid, const ConnectionTable& connections, PressureMatrix& matrix) {
     matrix.MatDiag.assign(grid.NCELLS, 0.0);
     matrix.MatRhs.assign(grid.NCELLS, 0.0);
     matrix.MatOff.assign(grid.NCELLS, connections.NDIR, 0.0);
-    matrix.offPlace.assign(grid.NCELLS, connections.NDIR, 0);
+}
+
+/// Entries of all rows, at most: diagonals, neighbours, and each cell of a rate well in its own row and in
+/// the well's.
+std::size_t mostEntries(const ConnectionTable& connections, const std::vector<WellColumn>& columns,
+                        const LinearSystem& system) {
+    const std::vector<CellId>& all = connections.Neighbour.slots;
+    const auto neighbours = std::count_if(all.begin(), all.end(), [](CellId n) { return n > 0; });
+    return static_cast<std::size_t>(system.size) + static_cast<std::size_t>(neighbours) + 2 * columns.size();
 }
 
 /// Row of one rate well. Its coefficients are surface rates; scaled to the reservoir volume of its
@@ -162,15 +170,19 @@ void buildPattern(const GridModel& grid, const ConnectionTable& connections, con
                   PressureMatrix& matrix) {
     LinearSystem& system = matrix.system;
     std::vector<int> key = keyOf(wells);
-    if (system.cellRows == grid.NCELLS && matrix.MatOff.width == connections.NDIR &&
-        system.patternStamp != 0 && key == matrix.patternKey)
+    if (system.cellRows == grid.NCELLS && matrix.offPlace.width == connections.NDIR &&
+        system.patternStamp != 0 && key == matrix.patternKey) {
+        if (matrix.MatDiag.empty()) sizeCoefficients(grid, connections, matrix);
         return;
+    }
     matrix.patternKey = std::move(key);
-    sizeArrays(grid, connections, matrix);
+    sizeCoefficients(grid, connections, matrix);
+    matrix.offPlace.assign(grid.NCELLS, connections.NDIR, 0);
     const std::vector<WellColumn> columns = collectWellRows(wells, grid.NCELLS, matrix.wellRows);
     system.cellRows = grid.NCELLS;
     system.size = grid.NCELLS + static_cast<int>(matrix.wellRows.size());
     system.column.clear();
+    system.column.reserve(mostEntries(connections, columns, system));
     system.rowStart.assign(1, 0);
     system.rowStart.reserve(static_cast<std::size_t>(system.size) + 1);
     std::size_t next = 0;
@@ -186,6 +198,12 @@ void buildPattern(const GridModel& grid, const ConnectionTable& connections, con
     system.value.assign(system.column.size(), 0.0);
     system.rhs.assign(static_cast<std::size_t>(system.size), 0.0);
     ++system.patternStamp;
+}
+
+void releaseCoefficients(PressureMatrix& matrix) {
+    matrix.MatDiag = {};
+    matrix.MatRhs = {};
+    matrix.MatOff = {};
 }
 
 void addWellTerms(const UnitSystem& units, const FluidTables& tables, const CellState& state,

@@ -28,4 +28,7 @@ void fillSystem(const UnitSystem& units, const GridModel& grid, const Connection
                 const FluidTables& tables, const CellState& state, double averagePressure,
                 const WellRecord& wells, PressureMatrix& matrix);
 
+/// Gives back the coefficients, which stand in the system by now; buildPattern makes room for the next ones.
+void releaseCoefficients(PressureMatrix& matrix);
+
 }  // namespace kvr

@@ -296,6 +296,8 @@ void finishStep(Simulation& s) {
     stage.largestDeltaP = largestChangeOfStep(s.grid, s.timeLevel, s.state);
     if (carriesAmounts(s.options, s.fluids))
         measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
+    releaseHistory(s.pressureWork.history);
+    releaseCoefficients(s.pressureWork.matrix);
     both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));
 }
 

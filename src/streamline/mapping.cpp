@@ -156,13 +156,16 @@ void scaleWeights(double flow, LineContribution& contribution) {
     for (int n = 1; n <= contribution.count; ++n) contribution.weight[at(n)] *= flow;
 }
 
-void sizeMapping(CellId cellCount, int tracerCount, const CellState& state, MappingSums& sums) {
-    for (CellArray<double>* values : {&sums.weight, &sums.water, &sums.oil, &sums.gas, &sums.bubblePoint})
-        values->assign(cellCount, 0.0);
+void sizeMapping(CellId cellCount, int tracerCount, bool hasGas, const CellState& state, MappingSums& sums) {
+    for (CellArray<double>* values : {&sums.weight, &sums.water, &sums.oil}) values->assign(cellCount, 0.0);
+    if (hasGas) {
+        sums.gas.assign(cellCount, 0.0);
+        sums.bubblePoint.assign(cellCount, 0.0);
+        sums.bubblePointLimit = state.Pb;
+    }
     sums.tracer.assign(cellCount, tracerCount, 0.0);
     sums.CellVisited.assign(cellCount, 0);
     sums.visitedSnapshot.assign(cellCount, 0);
-    sums.bubblePointLimit = state.Pb;
 }
 
 void accumulate(const LineContribution& contribution, bool hasGas, bool onlyMissed, MappingSums& sums) {

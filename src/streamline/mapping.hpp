@@ -28,8 +28,8 @@ void takeContribution(const SolverLine& line, bool hasGas, LineContribution& con
 void scaleWeights(double flow, LineContribution& contribution);
 
 /// Sizes the sums for a run, all zero. The bubble-point limits of the cells are those of `state`, the
-/// initial one.
-void sizeMapping(CellId cellCount, int tracerCount, const CellState& state, MappingSums& sums);
+/// initial one; sums of gas and bubble points are made in runs with gas only.
+void sizeMapping(CellId cellCount, int tracerCount, bool hasGas, const CellState& state, MappingSums& sums);
 
 /// Adds a line. A line of the missed-block stage passes `onlyMissed`: cells of the visited snapshot take
 /// nothing from it.

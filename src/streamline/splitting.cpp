@@ -21,10 +21,9 @@ constexpr int ProgressInterval = 50;      // substeps between progress lines
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
     ConservedAmounts amount;  // surface volume per pore volume, kept through the stage
-    ConservedAmounts start;   // the amount when the stage began
     ConservedAmounts rate;    // of change, per day
     PhaseState phases;
-    RecoveryFactors factors;
+    double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
     double saturatedRs = 0.0;  // at the pressure of the cell
     bool working = false;      // active, with pore volume
@@ -39,6 +38,7 @@ struct SplittingStage {
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
+    CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
     DirectionArray<double> meanVelocity;  // (cell, axis 1..3) ft/day, with projection only
 };
 
@@ -73,24 +73,24 @@ void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) 
     if (!work.working) return;
     const OilProperties oil = usableOilProperties(tables, state.Pressure[cell], state.Pb[cell]);
     work.phases = {state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell], state.Pb[cell]};
-    work.factors = {state.Pressure[cell], state.Bw[cell], oil.Bo, state.Bg[cell]};
+    work.Bo = oil.Bo;
     if (tables.hasGas) work.saturatedRs = SolutionRs(tables, state.Pressure[cell]);
     work.inverseMuW = reciprocal(state.MuW[cell]);
     work.inverseMuO = reciprocal(oil.MuO);
     work.inverseMuG = reciprocal(state.MuG[cell]);
     SplittingCell& shared = stage.shared[cell];
-    shared.inverseBw = reciprocal(work.factors.Bw);
-    shared.inverseBo = reciprocal(work.factors.Bo);
-    shared.inverseBg = reciprocal(work.factors.Bg);
+    shared.inverseBw = reciprocal(state.Bw[cell]);
+    shared.inverseBo = reciprocal(work.Bo);
+    shared.inverseBg = reciprocal(state.Bg[cell]);
     if (simulation.options.lineGravity) {
         shared.rhoW = state.RhoW[cell];
-        shared.rhoO = oilDensityAt(tables, work.phases.Rs, work.factors.Bo);
+        shared.rhoO = oilDensityAt(tables, work.phases.Rs, work.Bo);
         shared.rhoG = state.RhoG[cell];
     }
     work.amount.water = work.phases.Sw * shared.inverseBw;
     work.amount.oil = work.phases.So * shared.inverseBo;
     work.amount.gas = work.phases.Sg * shared.inverseBg + work.phases.Rs * work.amount.oil;
-    work.start = work.amount;
+    if (stage.carries) stage.start[cell] = work.amount;
     refreshCell(simulation, cell, stage);
 }
 
@@ -121,6 +121,7 @@ SplittingStage beginStage(Simulation& simulation) {
     stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
+    if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
 #pragma omp parallel for schedule(static) if (count >= ParallelCells)
     for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
@@ -187,11 +188,13 @@ PhaseState recoverCell(const Simulation& simulation, CellId cell, const CellWork
     const FluidTables& tables = simulation.fluids;
     const int region = simulation.grid.SATNUM[cell];
     const bool keepEndPoints = simulation.options.keepIrreducibleSaturation;
+    const CellState& held = simulation.state;
+    const RecoveryFactors factors{held.Pressure[cell], held.Bw[cell], work.Bo, held.Bg[cell]};
     if (tables.hasGas) {
-        return recoverState(tables, regionTable(tables, region), keepEndPoints, work.factors,
-                            work.saturatedRs, work.amount);
+        return recoverState(tables, regionTable(tables, region), keepEndPoints, factors, work.saturatedRs,
+                            work.amount);
     }
-    PhaseState state = recoverState(tables, region, keepEndPoints, work.factors, work.amount);
+    PhaseState state = recoverState(tables, region, keepEndPoints, factors, work.amount);
     state.Rs = work.phases.Rs;
     state.Pb = work.phases.Pb;
     return state;
@@ -228,9 +231,10 @@ void addExchanged(const SplittingStage& stage, const CellArray<double>& poreVolu
     for (CellId cell = 1; cell <= poreVolume.count(); ++cell) {
         const CellWork& work = stage.own[cell];
         if (!work.working) continue;
-        amounts.water[cell] += poreVolume[cell] * (work.amount.water - work.start.water);
-        amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - work.start.oil);
-        amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - work.start.gas);
+        const ConservedAmounts& start = stage.start[cell];
+        amounts.water[cell] += poreVolume[cell] * (work.amount.water - start.water);
+        amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - start.oil);
+        amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - start.gas);
     }
 }
 

@@ -163,7 +163,7 @@ void viewStep(double remainingToEnd, Simulation& s) {
 /// The packed cells of the step make room for what the splitting and the pressure solver need.
 void clearStep(Simulation& s) {
     releaseTraceField(s.lines.field.trace);
-    s.lines.field.nodes = {};
+    std::vector<NodeData>().swap(s.lines.field.nodes);
     clearMapping(s.mapping);
     clearLaunch(s.launch);
 }
@@ -181,7 +181,7 @@ void sizeStage(Simulation& s) {
         sizeResult(nodes, tracerCount(s.options), result);
         if (passes) sizePassage(nodes, s.lines.workers.front().line.nodes.size(), result.passage);
     }
-    sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.state, s.mapping);
+    sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.fluids.hasGas, s.state, s.mapping);
     s.exitFlags.ExitFacesForward.assign(s.grid.NCELLS, 0);
     s.exitFlags.ExitFacesBackward.assign(s.grid.NCELLS, 0);
     if (s.tags.CellTag.empty()) s.tags.CellTag.assign(s.grid.NCELLS, CellTagKind::Pop);

@@ -232,8 +232,8 @@ void buildTraceField(const RunOptions& options, const GridModel& grid, const Cel
 }
 
 void releaseTraceField(TraceField& field) {
-    field.cells = {};
-    field.boxes = {};
+    std::vector<TraceCell>().swap(field.cells);
+    std::vector<BoxCell>().swap(field.boxes);
 }
 
 std::array<double, 3> cellLength(const TraceField& field, CellId cell) {

@@ -21,6 +21,20 @@ TEST(Activity, AnInactiveEndShutsTheConnectionInBothFormulas) {
     }
 }
 
+TEST(ReleaseConditioning, LeavesWhatARunReads) {
+    auto [out, t] = condition(uniformBlocks(3, 1, 1, 100, 50, 10), false);
+    const double trans = t.Trans(1, 2), area = t.ConnArea(1, 2);
+    releaseConditioning(true, t);
+    EXPECT_EQ(t.Trans(1, 2), trans);
+    EXPECT_EQ(t.Neighbour(1, 2), 2);
+    EXPECT_EQ(t.DepthDiff(1, 2), 0.0);
+    EXPECT_EQ(t.ConnArea(1, 2), area);
+    for (const auto* released : {&t.HalfTrans, &t.HarmonicPerm, &t.ConnLength})
+        EXPECT_EQ(released->slots.capacity(), 0U);
+    releaseConditioning(false, t);
+    EXPECT_EQ(t.ConnArea.slots.capacity(), 0U);
+}
+
 TEST(NetToGross, OfZeroShutsEveryConnectionOfTheLayer) {
     GridModel grid = uniformBlocks(2, 1, 2, 100, 50, 10);
     setCells(grid.NTG, {0, 0});

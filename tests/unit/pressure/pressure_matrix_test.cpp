@@ -68,6 +68,18 @@ TEST(PressureEquation, MovesTwoCellsTowardsTheirMean) {
     EXPECT_NEAR(dP[1], 49.140049, 1e-6);
 }
 
+TEST(PressureMatrix, IsTheSameAgainAfterItsCoefficientsWereReleased) {
+    TwoCells cells;
+    cells.assemble();
+    const LinearSystem before = cells.matrix.system;
+    releaseCoefficients(cells.matrix);
+    EXPECT_EQ(cells.matrix.MatOff.slots.capacity(), 0U);
+    cells.assemble();
+    EXPECT_EQ(cells.matrix.system.patternStamp, before.patternStamp);
+    EXPECT_EQ(cells.matrix.system.value, before.value);
+    EXPECT_EQ(cells.matrix.system.rhs, before.rhs);
+}
+
 TEST(PressureMatrix, HasNegativeDiagonalsAndPositiveNeighboursAndIsPassedReversed) {
     TwoCells cells;
     cells.assemble();

@@ -28,7 +28,7 @@ struct Row {
             s.velocity.CellFaceFlux(c, 2) = s.velocity.CellFaceFlux(c + 1, 1) = 50.0;
         sample::addWell("inj", "rate", 50.0, 1e5, 1, s);
         s.wells.wells[0].connections[0].ConnQg = 900.0;
-        sizeMapping(3, 0, s.state, s.mapping);
+        sizeMapping(3, 0, true, s.state, s.mapping);
         clearTransfer(3, s.lines.transfer);
         s.clock.workDt = 10.0;
     }

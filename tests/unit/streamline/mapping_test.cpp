@@ -27,7 +27,7 @@ struct Cells {
             flow.state.So[cell] = 0.7;
             flow.state.Sg[cell] = 0.05;
         }
-        sizeMapping(3, 0, flow.state, sums);
+        sizeMapping(3, 0, true, flow.state, sums);
     }
     void add(CellId cell, double weight, double sw, double so, double sg, double pb,
              bool onlyMissed = false) {

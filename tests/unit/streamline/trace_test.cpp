@@ -97,6 +97,32 @@ TEST(TraceLine, RunsTheSamePathBackward) {
     }
 }
 
+TEST(TraceLine, PutsItsNodesWhereTheEightCornersOfTheirCellsDo) {
+    Flow flow = samples::emptyFlow(4, 4, 3, 100.0, 100.0, 20.0);
+    samples::addWell(flow, "I", "inj", 1, 100.0);
+    samples::addWell(flow, "P", "prd", flow.grid.NCELLS, -100.0);
+    samples::solveFlow(flow);
+    samples::prepareTracing(flow);
+    for (std::size_t k = 24; k < flow.grid.xyz_3d.size(); ++k)  // no two faces of a cell parallel
+        flow.grid.xyz_3d[k] += static_cast<float>(k % 7) - 3.0F;
+    for (const int face : {2, 4, 6}) {
+        std::array<double, 3> point{0.3, 0.6, 0.2};
+        point[static_cast<std::size_t>(face) / 2 - 1] = 1.0;
+        trace(flow, startAt(1, face, point), true);
+        ASSERT_GT(flow.record.nodeCount, 3);
+        for (std::size_t n = 1; n < static_cast<std::size_t>(flow.record.nodeCount); ++n)
+            EXPECT_EQ(flow.record.NodePosition[n],
+                      cellPoint(flow.grid, flow.record.NodeCell[n], flow.record.NodeLocalPoint[n]));
+    }
+}
+
+TEST(TraceField, IsEmptyOnceReleased) {
+    Flow flow = quarterFiveSpot(3, 50.0);
+    releaseTraceField(flow.field);
+    EXPECT_EQ(flow.field.cells.capacity(), 0U);
+    EXPECT_EQ(flow.field.boxes.capacity(), 0U);
+}
+
 TEST(TraceLine, GivesTheSameTimesInTheCubeAndInTheBox) {
     Flow cube = quarterFiveSpot(20, 500.0);
     Flow box = cube;
