@@ -131,21 +131,31 @@ void rescueUnreached(const StrengthGraph& graph, std::vector<PointKind>& kind) {
 
 StrengthGraph strongDependence(const SparseMatrix& matrix) {
     const RowRanges ranges = cutRows(matrix.rows, ShortestSetUpRange);
-    std::vector<SparseRows> pieces(static_cast<std::size_t>(ranges.count));
-#pragma omp parallel for schedule(static) if (ranges.count > 1)
-    for (int r = 0; r < ranges.count; ++r) {
-        SparseRows piece;
-        for (int i = ranges[r].first; i < ranges[r].end; ++i) {
-            const double limit = strongLimit(matrix, i);
-            for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k) {
-                if (-matrix.value[k] >= limit) piece.column.push_back(matrix.column[k]);
-            }
-            closeRow(piece);
+    const auto size = static_cast<std::size_t>(matrix.rows);
+    StrengthGraph graph;
+    std::vector<double> limit(size);
+    graph.start.resize(size + 1);
+    graph.start[0] = 0;
+    forRanges(ranges, [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i) {
+            limit[i] = strongLimit(matrix, i);
+            int count = 0;
+            for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k)
+                count += -matrix.value[k] >= limit[i] ? 1 : 0;
+            graph.start[i + 1] = count;
         }
-        pieces[r] = std::move(piece);
-    }
-    SparseMatrix rows = joined(ranges, matrix.columns, pieces);
-    return {std::move(rows.start), std::move(rows.column)};
+    });
+    for (int i = 0; i < matrix.rows; ++i) graph.start[i + 1] += graph.start[i];
+    graph.column.resize(static_cast<std::size_t>(graph.start[matrix.rows]));
+    forRanges(ranges, [&](RowRange range) {
+        int place = graph.start[range.first];
+        for (int i = range.first; i < range.end; ++i) {
+            for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k) {
+                if (-matrix.value[k] >= limit[i]) graph.column[place++] = matrix.column[k];
+            }
+        }
+    });
+    return graph;
 }
 
 StrengthGraph turnedRound(const StrengthGraph& graph) {

@@ -6,27 +6,50 @@ namespace kvr {
 
 namespace {
 
-/// A sparse row under construction: values by place, places by column.
+constexpr int EntriesExpected = 24;  // of a coarse row; more only costs a reallocation
+
+/// A sparse row under construction: values by place, places by column. Whether a column is new cannot be
+/// foretold, so that adding has no branch on it: places beyond the last hold 0.
 struct GatheredRow {
     std::vector<int> place;  // [columns] -1 where the column is not in the row
     std::vector<int> column;
     std::vector<double> value;
+    int count = 0;
 
     explicit GatheredRow(int columns) : place(static_cast<std::size_t>(columns), -1) {}
 
-    void add(int j, double a) {
-        if (place[j] < 0) {
-            place[j] = static_cast<int>(column.size());
-            column.push_back(j);
-            value.push_back(a);
-        } else {
-            value[place[j]] += a;
+    /// Adds factor times the entries first .. end - 1 of a matrix.
+    void add(const SparseMatrix& matrix, int first, int end, double factor) {
+        const auto needed = static_cast<std::size_t>(count) + static_cast<std::size_t>(end - first) + 1;
+        if (value.size() < needed) {
+            column.resize(2 * needed);
+            value.resize(2 * needed, 0.0);
+        }
+        for (int k = first; k < end; ++k) {
+            const int j = matrix.column[k];
+            const int known = place[j];
+            const int at = known < 0 ? count : known;
+            count += known < 0 ? 1 : 0;
+            place[j] = at;
+            column[at] = j;
+            value[at] += factor * matrix.value[k];
         }
     }
+    void startWith(int j) {
+        if (value.empty()) {
+            column.resize(1);
+            value.resize(1, 0.0);
+        }
+        place[j] = 0;
+        column[0] = j;
+        count = 1;
+    }
     void clear() {
-        for (const int j : column) place[j] = -1;
-        column.clear();
-        value.clear();
+        for (int p = 0; p < count; ++p) {
+            place[column[p]] = -1;
+            value[p] = 0.0;
+        }
+        count = 0;
     }
 };
 
@@ -42,16 +65,20 @@ void gatherRow(const SparseMatrix& matrix, const SparseMatrix& interpolation, co
     work.coarse.clear();
     for (int r = restriction.start[row]; r < restriction.start[row + 1]; ++r) {
         const int i = restriction.column[r];
-        const double weight = restriction.value[r];
-        for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
-            work.fine.add(matrix.column[k], weight * matrix.value[k]);
+        work.fine.add(matrix, matrix.start[i], matrix.start[i + 1], restriction.value[r]);
     }
-    work.coarse.add(row, 0.0);  // the diagonal comes first
-    for (std::size_t f = 0; f < work.fine.column.size(); ++f) {
+    work.coarse.startWith(row);  // the diagonal comes first
+    for (int f = 0; f < work.fine.count; ++f) {
         const int i = work.fine.column[f];
-        for (int k = interpolation.start[i]; k < interpolation.start[i + 1]; ++k)
-            work.coarse.add(interpolation.column[k], work.fine.value[f] * interpolation.value[k]);
+        work.coarse.add(interpolation, interpolation.start[i], interpolation.start[i + 1],
+                        work.fine.value[f]);
     }
+}
+
+void appendRow(const GatheredRow& row, SparseRows& rows) {
+    rows.column.insert(rows.column.end(), row.column.begin(), row.column.begin() + row.count);
+    rows.value.insert(rows.value.end(), row.value.begin(), row.value.begin() + row.count);
+    closeRow(rows);
 }
 
 }  // namespace
@@ -66,11 +93,10 @@ SparseMatrix galerkinProduct(const SparseMatrix& matrix, const SparseMatrix& int
 #pragma omp for schedule(dynamic, 1)
         for (int r = 0; r < ranges.count; ++r) {
             SparseRows piece;
+            reserveRows(ranges[r], EntriesExpected, piece);
             for (int row = ranges[r].first; row < ranges[r].end; ++row) {
                 gatherRow(matrix, interpolation, restriction, row, work);
-                piece.column.insert(piece.column.end(), work.coarse.column.begin(), work.coarse.column.end());
-                piece.value.insert(piece.value.end(), work.coarse.value.begin(), work.coarse.value.end());
-                closeRow(piece);
+                appendRow(work.coarse, piece);
             }
             pieces[r] = std::move(piece);
         }

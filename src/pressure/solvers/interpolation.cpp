@@ -1,6 +1,7 @@
 #include "pressure/solvers/interpolation.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -13,12 +14,51 @@ struct Weight {
     double value = 0.0;
 };
 
+/// A coupling of a fine neighbour that counts, by the slot of its column.
+struct Passed {
+    int slot = 0;
+    double value = 0.0;
+};
+
 /// Working arrays of one interpolation: what a row needs, addressed by row numbers of the level.
 struct RowScratch {
     std::vector<int> slot;        // [rows] place of a coarse point in `weights`, -1 outside
     std::vector<int> strongMark;  // [rows] last row that depends strongly on this one
-    std::vector<Weight> weights;  // of the row in work
+    std::vector<Weight> weights;  // of the row in work; its own diagonal behind the coarse points
+    std::vector<Passed> passed;   // [longest row] couplings of the neighbour in work
+
+    RowScratch(std::size_t rows, std::size_t longestRow)
+        : slot(rows, -1), strongMark(rows, -1), passed(longestRow) {}
 };
+
+int longestRow(const SparseMatrix& matrix) {
+    int longest = 0;
+    for (int i = 0; i < matrix.rows; ++i) longest = std::max(longest, matrix.start[i + 1] - matrix.start[i]);
+    return longest;
+}
+
+/// The strong couplings to coarse points only.
+StrengthGraph strongCoarse(const StrengthGraph& graph, std::span<const PointKind> kind) {
+    const int rows = static_cast<int>(graph.start.size()) - 1;
+    StrengthGraph coarse;
+    coarse.start.resize(graph.start.size());
+    coarse.start[0] = 0;
+    const auto isCoarse = [&kind](int j) { return kind[j] == PointKind::Coarse; };
+    const RowRanges ranges = cutRows(rows, ShortestSetUpRange);
+    forRanges(ranges, [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i)
+            coarse.start[i + 1] = static_cast<int>(std::count_if(
+                graph.column.begin() + graph.start[i], graph.column.begin() + graph.start[i + 1], isCoarse));
+    });
+    for (int i = 0; i < rows; ++i) coarse.start[i + 1] += coarse.start[i];
+    coarse.column.resize(static_cast<std::size_t>(coarse.start[rows]));
+    forRanges(ranges, [&](RowRange range) {
+        std::copy_if(graph.column.begin() + graph.start[range.first],
+                     graph.column.begin() + graph.start[range.end],
+                     coarse.column.begin() + coarse.start[range.first], isCoarse);
+    });
+    return coarse;
+}
 
 void collect(int j, RowScratch& scratch) {
     if (scratch.slot[j] >= 0) return;
@@ -26,45 +66,49 @@ void collect(int j, RowScratch& scratch) {
     scratch.weights.push_back({j, 0.0});
 }
 
-/// The coarse points within strong distance two of row i, and the marks of its strong neighbours.
-void collectCoarse(int i, const StrengthGraph& graph, std::span<const PointKind> kind, RowScratch& scratch) {
+void collectAll(int i, const StrengthGraph& coarse, RowScratch& scratch) {
+    for (int k = coarse.start[i]; k < coarse.start[i + 1]; ++k) collect(coarse.column[k], scratch);
+}
+
+/// The coarse points within strong distance two of row i, then row i itself; marks its strong neighbours.
+void collectCoarse(int i, const StrengthGraph& graph, const StrengthGraph& coarse,
+                   std::span<const PointKind> kind, RowScratch& scratch) {
     scratch.weights.clear();
+    collectAll(i, coarse, scratch);
     for (int k = graph.start[i]; k < graph.start[i + 1]; ++k) {
         const int j = graph.column[k];
         scratch.strongMark[j] = i;
-        if (kind[j] == PointKind::Coarse) {
-            collect(j, scratch);
-            continue;
-        }
-        for (int m = graph.start[j]; m < graph.start[j + 1]; ++m) {
-            if (kind[graph.column[m]] == PointKind::Coarse) collect(graph.column[m], scratch);
-        }
+        if (kind[j] != PointKind::Coarse) collectAll(j, coarse, scratch);
     }
+    collect(i, scratch);
 }
 
-/// Distributes the coupling a_ik of a strong fine neighbour over the coarse points and row i itself;
-/// returns what falls on the diagonal of row i.
-double distribute(const SparseMatrix& matrix, int i, int k, double coupling, RowScratch& scratch) {
-    double sum = 0.0, back = 0.0;
-    for (int m = matrix.start[k] + 1; m < matrix.start[k + 1]; ++m) {
-        const int l = matrix.column[m];
-        const double a = matrix.value[m];
-        if (a >= 0.0 || (l != i && scratch.slot[l] < 0)) continue;
-        sum += a;
-        if (l == i) back += a;
-    }
-    if (sum == 0.0) return coupling;
-    const double share = coupling / sum;
+/// Distributes the coupling a_ik of a strong fine neighbour over the coarse points and row i itself; all of
+/// it falls on row i where the neighbour reaches none of them.
+void distribute(const SparseMatrix& matrix, int k, double coupling, RowScratch& scratch) {
+    double sum = 0.0;
+    int count = 0;
     for (int m = matrix.start[k] + 1; m < matrix.start[k + 1]; ++m) {
         const int slot = scratch.slot[matrix.column[m]];
-        if (slot >= 0 && matrix.value[m] < 0.0) scratch.weights[slot].value += share * matrix.value[m];
+        const double a = matrix.value[m];
+        const bool counts = slot >= 0 && a < 0.0;
+        scratch.passed[count] = {slot, a};
+        count += counts ? 1 : 0;
+        sum += counts ? a : 0.0;
     }
-    return share * back;
+    if (sum == 0.0) {
+        scratch.weights.back().value += coupling;
+        return;
+    }
+    const double share = coupling / sum;
+    for (int p = 0; p < count; ++p)
+        scratch.weights[scratch.passed[p].slot].value += share * scratch.passed[p].value;
 }
 
-/// Numerators of the weights of row i into the scratch; returns the denominator.
-double formWeights(const SparseMatrix& matrix, int i, std::span<const PointKind> kind, RowScratch& scratch) {
-    double diagonal = matrix.value[matrix.start[i]];
+/// Numerators of the weights of row i into the scratch, the denominator behind them.
+void formWeights(const SparseMatrix& matrix, int i, std::span<const PointKind> kind, RowScratch& scratch) {
+    double& diagonal = scratch.weights.back().value;
+    diagonal = matrix.value[matrix.start[i]];
     for (int m = matrix.start[i] + 1; m < matrix.start[i + 1]; ++m) {
         const int j = matrix.column[m];
         const double a = matrix.value[m];
@@ -72,32 +116,41 @@ double formWeights(const SparseMatrix& matrix, int i, std::span<const PointKind>
         if (a < 0.0 && scratch.slot[j] >= 0)
             scratch.weights[scratch.slot[j]].value += a;
         else if (strong && kind[j] != PointKind::Coarse)
-            diagonal += distribute(matrix, i, j, a, scratch);
+            distribute(matrix, j, a, scratch);
         else
             diagonal += a;
     }
-    return diagonal;
 }
 
-/// Keeps the largest weights; the rest is put on them in proportion, so that the sum stays.
+bool weighsMore(const Weight& a, const Weight& b) {
+    const double sizeA = std::abs(a.value), sizeB = std::abs(b.value);
+    return sizeA > sizeB || (sizeA == sizeB && a.row < b.row);
+}
+
+/// Keeps the largest weights, largest first; the rest is put on them in proportion, so that the sum stays.
 void truncate(std::vector<Weight>& weights) {
     if (weights.size() <= MaxWeights) return;
-    double all = 0.0, kept = 0.0;
-    for (const Weight& weight : weights) all += weight.value;
-    std::nth_element(weights.begin(), weights.begin() + MaxWeights, weights.end(),
-                     [](const Weight& a, const Weight& b) {
-                         const double sizeA = std::abs(a.value), sizeB = std::abs(b.value);
-                         return sizeA > sizeB || (sizeA == sizeB && a.row < b.row);
-                     });
-    weights.resize(MaxWeights);
-    for (const Weight& weight : weights) kept += weight.value;
-    if (kept == 0.0) return;
-    for (Weight& weight : weights) weight.value *= all / kept;
+    double all = 0.0, sum = 0.0;
+    std::array<Weight, MaxWeights> kept;
+    std::size_t count = 0;
+    for (const Weight& weight : weights) {
+        all += weight.value;
+        if (count == MaxWeights && !weighsMore(weight, kept.back())) continue;
+        std::size_t place = count < MaxWeights ? count++ : MaxWeights - 1;
+        for (; place > 0 && weighsMore(weight, kept[place - 1]); --place) kept[place] = kept[place - 1];
+        kept[place] = weight;
+    }
+    weights.assign(kept.begin(), kept.end());
+    for (const Weight& weight : weights) sum += weight.value;
+    if (sum == 0.0) return;
+    for (Weight& weight : weights) weight.value *= all / sum;
 }
 
-void appendRow(double denominator, std::span<const int> coarseNumber, RowScratch& scratch,
-               SparseRows& result) {
+void appendRow(std::span<const int> coarseNumber, RowScratch& scratch, SparseRows& result) {
     for (const Weight& weight : scratch.weights) scratch.slot[weight.row] = -1;
+    const double denominator = scratch.weights.back().value;
+    scratch.weights.pop_back();
+    if (!(denominator > 0.0)) return;
     truncate(scratch.weights);
     for (const Weight& weight : scratch.weights) {
         if (weight.value == 0.0) continue;
@@ -107,20 +160,18 @@ void appendRow(double denominator, std::span<const int> coarseNumber, RowScratch
 }
 
 /// Row i of the interpolation.
-void interpolateRow(const SparseMatrix& matrix, const StrengthGraph& graph, std::span<const PointKind> kind,
-                    std::span<const int> coarseNumber, int i, RowScratch& scratch, SparseRows& result) {
+void interpolateRow(const SparseMatrix& matrix, const StrengthGraph& graph, const StrengthGraph& coarse,
+                    std::span<const PointKind> kind, std::span<const int> coarseNumber, int i,
+                    RowScratch& scratch, SparseRows& result) {
     if (kind[i] == PointKind::Coarse) {
         result.column.push_back(coarseNumber[i]);
         result.value.push_back(1.0);
         return;
     }
-    collectCoarse(i, graph, kind, scratch);
-    const double denominator = formWeights(matrix, i, kind, scratch);
-    if (denominator > 0.0) {
-        appendRow(denominator, coarseNumber, scratch, result);
-        return;
-    }
-    for (const Weight& weight : scratch.weights) scratch.slot[weight.row] = -1;
+    if (graph.start[i] == graph.start[i + 1]) return;
+    collectCoarse(i, graph, coarse, kind, scratch);
+    formWeights(matrix, i, kind, scratch);
+    appendRow(coarseNumber, scratch, result);
 }
 
 }  // namespace
@@ -133,16 +184,19 @@ SparseMatrix extendedInterpolation(const SparseMatrix& matrix, const StrengthGra
     for (std::size_t i = 0; i < rows; ++i) {
         if (kind[i] == PointKind::Coarse) coarseNumber[i] = coarsePoints++;
     }
+    const StrengthGraph coarse = strongCoarse(graph, kind);
+    const auto longest = static_cast<std::size_t>(longestRow(matrix));
     const RowRanges ranges = cutRows(matrix.rows, ShortestSetUpRange);
     std::vector<SparseRows> pieces(static_cast<std::size_t>(ranges.count));
 #pragma omp parallel if (ranges.count > 1)
     {
-        RowScratch scratch{std::vector<int>(rows, -1), std::vector<int>(rows, -1), {}};
+        RowScratch scratch(rows, longest);
 #pragma omp for schedule(dynamic, 1)
         for (int r = 0; r < ranges.count; ++r) {
             SparseRows piece;
+            reserveRows(ranges[r], MaxWeights, piece);
             for (int i = ranges[r].first; i < ranges[r].end; ++i) {
-                interpolateRow(matrix, graph, kind, coarseNumber, i, scratch, piece);
+                interpolateRow(matrix, graph, coarse, kind, coarseNumber, i, scratch, piece);
                 closeRow(piece);
             }
             pieces[r] = std::move(piece);

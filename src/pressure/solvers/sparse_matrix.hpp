@@ -30,6 +30,14 @@ inline void closeRow(SparseRows& rows) {
     rows.end.push_back(static_cast<int>(rows.column.size()));
 }
 
+/// Room for the rows of a range with so many entries each.
+inline void reserveRows(RowRange range, int entries, SparseRows& rows) {
+    const auto count = static_cast<std::size_t>(range.end - range.first);
+    rows.end.reserve(count);
+    rows.column.reserve(count * static_cast<std::size_t>(entries));
+    rows.value.reserve(count * static_cast<std::size_t>(entries));
+}
+
 /// Rows below which a piece of a matrix is not worth a thread's scratch.
 inline constexpr int ShortestSetUpRange = 4096;
 
