@@ -34,8 +34,8 @@ int spoken(const FloodRun& run, const std::string& words) {
     return -1;
 }
 
-FloodRun missedRun(const samples::Flow& flow, int lines, const char* missed = "Yes",
-                   const char* mode = "inj", int threads = 1) {
+FloodRun missedRun(const samples::Flow& flow, int lines, const char* missed = "Yes", const char* mode = "inj",
+                   int threads = 1) {
     samples::Flow asked = flow;
     asked.options.traceMissed = missed;
     asked.options.streamlineStart = mode;
