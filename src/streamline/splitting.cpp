@@ -20,13 +20,14 @@ constexpr int ProgressInterval = 50;      // substeps between progress lines
 
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
-    ConservedAmounts amount;  // surface volume per pore volume, kept through the stage
-    ConservedAmounts rate;    // of change, per day
+    ConservedAmounts rate;     // of change, per day
+    double largestRate = 0.0;  // relative, of its phases, 1/day
+    bool working = false;      // active, with pore volume
+    ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
     PhaseState phases;
     double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
     double saturatedRs = 0.0;  // at the pressure of the cell
-    bool working = false;      // active, with pore volume
 };
 
 /// Arrays and switches of one call of the stage.
@@ -38,6 +39,7 @@ struct SplittingStage {
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
+    CellArray<std::uint8_t> moved;        // what neighbours see has changed in the last substep
     CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
     DirectionArray<double> meanVelocity;  // (cell, axis 1..3) ft/day, with projection only
 };
@@ -121,6 +123,7 @@ SplittingStage beginStage(Simulation& simulation) {
     stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
+    stage.moved.assign(count, 1);
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
 #pragma omp parallel for schedule(static) if (count >= ParallelCells)
@@ -152,6 +155,15 @@ double outflow(const VelocityField& velocity, CellId cell, int face) {
     return FaceSign[static_cast<std::size_t>(face) - 1] * velocity.CellFaceFlux(cell, face);
 }
 
+/// The cell or one across a working face has another state than at the last substep. Most of a field is
+/// unswept or at rest, and its rates stand.
+bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour) {
+    bool any = stage.moved[cell] != 0;
+    for (int face = stage.firstFace; face <= 6; ++face)
+        any = any || (neighbour[face - 1] > 0 && stage.moved[neighbour[face - 1]] != 0);
+    return any;
+}
+
 /// Rates of change of a cell from its own faces alone; every connection is worked from both sides, so that
 /// each cell writes only itself. Returns the largest relative rate of its phases.
 double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
@@ -160,6 +172,7 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
     const bool hasGas = simulation.fluids.hasGas;
     const bool project = stage.projection && simulation.mapping.CellVisited[cell] != 0;
     const CellId* neighbour = simulation.connections.Neighbour.row(cell);
+    if (!sawMotion(stage, cell, neighbour)) return work.largestRate;
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
@@ -174,9 +187,10 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
     work.rate = {-out.amount.water / poreVolume, -out.amount.oil / poreVolume, -out.amount.gas / poreVolume};
-    return std::max({relativeRate(work.phases.Sw, out.volumeW / poreVolume),
-                     relativeRate(work.phases.So, out.volumeO / poreVolume),
-                     relativeRate(work.phases.Sg, out.volumeG / poreVolume)});
+    work.largestRate = std::max({relativeRate(work.phases.Sw, out.volumeW / poreVolume),
+                                 relativeRate(work.phases.So, out.volumeO / poreVolume),
+                                 relativeRate(work.phases.Sg, out.volumeG / poreVolume)});
+    return work.largestRate;
 }
 
 bool unchanged(const ConservedAmounts& rate) {
@@ -204,6 +218,7 @@ PhaseState recoverCell(const Simulation& simulation, CellId cell, const CellWork
 /// one whose recovery is not a number.
 void advanceCell(const Simulation& simulation, CellId cell, double dt, SplittingStage& stage) {
     CellWork& work = stage.own[cell];
+    stage.moved[cell] = 0;
     if (!work.working || unchanged(work.rate)) return;
     work.amount.water += dt * work.rate.water;
     work.amount.oil += dt * work.rate.oil;
@@ -211,6 +226,7 @@ void advanceCell(const Simulation& simulation, CellId cell, double dt, Splitting
     const PhaseState next = recoverCell(simulation, cell, work);
     if (!std::isfinite(next.Sw + next.So + next.Sg)) return;
     work.phases = next;
+    stage.moved[cell] = 1;
     refreshCell(simulation, cell, stage);
 }
 
