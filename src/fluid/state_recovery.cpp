@@ -46,6 +46,14 @@ PhaseState recoverState(const FluidTables& tables, int region, bool keepEndPoint
 
 PhaseState recoverState(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
                         const RecoveryFactors& factors, double saturatedRs, const ConservedAmounts& amounts) {
+    PhaseState state = recoverButBubblePoint(tables, table, keepEndPoints, factors, saturatedRs, amounts);
+    completeBubblePoint(tables, factors.pressure, state.Rs, state.Pb);
+    return state;
+}
+
+PhaseState recoverButBubblePoint(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
+                                 const RecoveryFactors& factors, double saturatedRs,
+                                 const ConservedAmounts& amounts) {
     const double oil = notNegative(amounts.oil);
     const double gas = notNegative(amounts.gas);
     PhaseState state;
@@ -62,10 +70,14 @@ PhaseState recoverState(const FluidTables& tables, const SaturationTable& table,
     } else {
         state.Sg = 0.0;
         state.Rs = gas / oil;
-        state.Pb = std::min(factors.pressure, BubblePoint(tables, state.Rs));
+        state.Pb = OpenBubblePoint;
     }
     limitSaturations(table, keepEndPoints, state);
     return state;
+}
+
+void completeBubblePoint(const FluidTables& tables, double pressure, double rs, double& pb) {
+    if (pb == OpenBubblePoint) pb = std::min(pressure, BubblePoint(tables, rs));
 }
 
 void limitSaturations(const SaturationTable& table, bool keepEndPoints, PhaseState& state) {

@@ -35,6 +35,15 @@ PhaseState recoverState(const FluidTables& tables, int region, bool keepEndPoint
 PhaseState recoverState(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
                         const RecoveryFactors& factors, double saturatedRs, const ConservedAmounts& amounts);
 
+/// The same with gas, but for the table search of an undersaturated state: its bubble point is left at
+/// OpenBubblePoint, and completeBubblePoint sets it from its Rs. Transport takes many substeps, of which only
+/// the last one is asked for it.
+inline constexpr double OpenBubblePoint = -1.0;  // psia
+PhaseState recoverButBubblePoint(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
+                                 const RecoveryFactors& factors, double saturatedRs,
+                                 const ConservedAmounts& amounts);
+void completeBubblePoint(const FluidTables& tables, double pressure, double rs, double& pb);
+
 /// The limits and the scaling alone. A sum of nothing is left as it is.
 void limitSaturations(const SaturationTable& table, bool keepEndPoints, PhaseState& state);
 

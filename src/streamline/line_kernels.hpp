@@ -102,11 +102,21 @@ inline PhaseState stateOfAmounts(const FluidTables& tables, bool keepEndPoints, 
     return recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
 }
 
-/// The same with gas. A node that keeps its amounts keeps them whatever its state shows.
+/// The same but for the bubble point, see recoverButBubblePoint.
+inline PhaseState openStateOfAmounts(const FluidTables& tables, bool keepEndPoints, const FlowNode& node,
+                                     const ConservedAmounts& amounts) {
+    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
+    return recoverButBubblePoint(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+}
+
+/// The same with gas. A node that keeps its amounts keeps them whatever its state shows. `Open`: without the
+/// bubble point.
+template <bool Open = false>
 inline void recoverThreePhase(const FluidTables& tables, bool keepEndPoints, const ConservedAmounts& loss,
                               const FlowNode& before, FlowNode& node) {
     const ConservedAmounts amounts{node.Cw - loss.water, node.Co - loss.oil, node.Cg - loss.gas};
-    const PhaseState state = stateOfAmounts(tables, keepEndPoints, node, amounts);
+    const PhaseState state = Open ? openStateOfAmounts(tables, keepEndPoints, node, amounts)
+                                  : stateOfAmounts(tables, keepEndPoints, node, amounts);
     node.Sw = std::isnan(state.Sw) ? before.Sw : state.Sw;
     node.So = std::isnan(state.So) ? before.So : state.So;
     node.Sg = std::isnan(state.Sg) ? before.Sg : state.Sg;

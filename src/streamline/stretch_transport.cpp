@@ -144,7 +144,7 @@ Motion moveWithGas(const FluidTables& tables, const ExplicitControl& control, do
                                     node.outflowRate * out.Fg - node.inflowRate * in.Fg};
         in = out;
         const NodeFlow old = flowAt<true>(node);
-        recoverThreePhase(tables, control.keepEndPoints, loss, nodes[i - 1], node);
+        recoverThreePhase<true>(tables, control.keepEndPoints, loss, nodes[i - 1], node);
         setFluxes<true>(node);
         const NodeFlow here = flowAt<true>(node);
         motion.speed = raisedSpeed<true>(motion.speed, before, here, node.inverseDeltaTof);
@@ -230,6 +230,9 @@ void advanceStretch(const FluidTables& tables, const ExplicitControl& control, d
         first = false;
         t = end;
     } while (t < step);
+    if constexpr (Gas)
+        for (std::size_t i = a; i <= b; ++i)
+            completeBubblePoint(tables, nodes[i].pressure, nodes[i].Rs, nodes[i].bubblePoint);
 }
 
 template <bool Gas>

@@ -81,6 +81,22 @@ TEST(RecoverState, IsTheSameWithTheSaturatedRsLookedUpBefore) {
     EXPECT_EQ(a.Pb, b.Pb);
 }
 
+TEST(RecoverButBubblePoint, LeavesOnlyTheSearchOfAnUndersaturatedStateOpen) {
+    const FluidTables tables = straightOil();
+    const auto open = [&](const ConservedAmounts& amounts) {
+        return recoverButBubblePoint(tables, tables.regions[0], false, Factors, 100.0, amounts);
+    };
+    PhaseState dissolved = open({0.3, 0.4, 30.0});
+    EXPECT_EQ(dissolved.Pb, OpenBubblePoint);
+    EXPECT_NEAR(dissolved.Rs, 75.0, 1e-12);
+    completeBubblePoint(tables, Factors.pressure, dissolved.Rs, dissolved.Pb);
+    EXPECT_NEAR(dissolved.Pb, 750.0, 1e-10);
+    PhaseState saturated = open({0.3, 0.4, 60.0});
+    completeBubblePoint(tables, Factors.pressure, saturated.Rs, saturated.Pb);
+    EXPECT_EQ(saturated.Pb, 1000.0);
+    EXPECT_EQ(open({0.3, -1e-3, 60.0}).Pb, 0.0);
+}
+
 TEST(LimitSaturations, ClampsAndScalesToOne) {
     const SaturationTable table = straightOil().regions.front();
     PhaseState state;
