@@ -88,11 +88,11 @@ def deck_reading(folder, repeats):
     return medians(runs)
 
 
-def multigrid(folders):
+def multigrid(folders, large):
     """Lines of the solver comparison."""
-    done = subprocess.run([BUILD / "bench" / "bench_multigrid", *folders], stdin=subprocess.DEVNULL,
+    done = subprocess.run([BUILD / "bench" / "bench_multigrid", *(["--large"] if large else []), *folders], stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, text=True, errors="replace", check=True)
-    return [line for line in done.stdout.splitlines() if " kvr  " in line or " peer " in line]
+    return [line for line in done.stdout.splitlines() if " kvr " in line or " peer " in line]
 
 
 # --- whole runs --------------------------------------------------------------------------------------

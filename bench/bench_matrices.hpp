@@ -16,7 +16,7 @@ struct NamedSystem {
 NamedSystem assembledSystem(const std::string& folder);
 
 /// Variants of a layered field with five wells, 66 thousand cells each: lognormal, strongly anisotropic,
-/// homogeneous, one-sided multipliers; and the lognormal one with 1.1 million cells.
-std::vector<NamedSystem> generatedSystems();
+/// homogeneous, one-sided multipliers; on request those with 1.1 million cells too.
+std::vector<NamedSystem> generatedSystems(bool large);
 
 }  // namespace kvr::bench

@@ -1,5 +1,6 @@
 #include "peer_multigrid.hpp"
 
+#include "resident_size.hpp"
 #include "unit/pressure/solvers/generated_systems.hpp"
 
 #include <HYPRE.h>
@@ -78,7 +79,10 @@ HYPRE_Solver makePreconditioner() {
     return amg;
 }
 
-void solveOnce(PeerSystem& peer, PeerTiming& timing) {
+/// Set-up and solve; returns its wall time in s.
+double solveOnce(PeerSystem& peer, PeerTiming& timing) {
+    const double before = residentMegabytes();
+    const auto start = std::chrono::steady_clock::now();
     HYPRE_Solver amg = makePreconditioner(), krylov = nullptr;
     HYPRE_ParCSRBiCGSTABCreate(MPI_COMM_SELF, &krylov);
     HYPRE_BiCGSTABSetTol(krylov, Tolerance);
@@ -91,8 +95,11 @@ void solveOnce(PeerSystem& peer, PeerTiming& timing) {
     HYPRE_Int iterations = 0;
     HYPRE_BiCGSTABGetNumIterations(krylov, &iterations);
     timing.iterations = static_cast<int>(iterations);
+    const auto finish = std::chrono::steady_clock::now();
+    timing.megabytes = residentMegabytes() - before;
     HYPRE_ParCSRBiCGSTABDestroy(krylov);
     HYPRE_BoomerAMGDestroy(amg);
+    return std::chrono::duration<double>(finish - start).count();
 }
 
 double residualOf(const LinearSystem& system, const PeerSystem& peer) {
@@ -116,11 +123,7 @@ PeerTiming timePeer(const LinearSystem& system, int repeats) {
     PeerTiming timing;
     timing.available = true;
     std::vector<double> seconds;
-    for (int k = 0; k < repeats; ++k) {
-        const auto start = std::chrono::steady_clock::now();
-        solveOnce(peer, timing);
-        seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    }
+    for (int k = 0; k < repeats; ++k) seconds.push_back(solveOnce(peer, timing));
     std::sort(seconds.begin(), seconds.end());
     timing.seconds = seconds[seconds.size() / 2];
     timing.residual = residualOf(system, peer);

@@ -8,7 +8,8 @@ struct PeerTiming {
     bool available = false;  // false where the peer library is not installed
     double seconds = 0.0;    // set-up and solve, median
     int iterations = 0;
-    double residual = 0.0;  // true residual, |b - A x| / |b|
+    double residual = 0.0;   // true residual, |b - A x| / |b|
+    double megabytes = 0.0;  // growth of the resident size by set-up and solve
 };
 
 /// BoomerAMG (HMIS coarsening, extended+i interpolation with 4 weights, threshold 0.25) with BiCGSTAB.

@@ -50,7 +50,7 @@ void bicgIterations(benchmark::State& state) {
     constexpr int Iterations = 20;
     const LinearSystem system = benchmarkSystem(Boxes[state.range(0)]);
     SolverMemory memory;
-    memory.vectors.resize(system.size);
+    memory.vectors.resizeBoth(system.size);
     factorIncomplete(system, memory.factors);
     std::vector<double> x(static_cast<std::size_t>(system.size));
     for (auto _ : state) {

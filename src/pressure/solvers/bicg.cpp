@@ -62,7 +62,7 @@ KrylovOutcome bicg(const LinearSystem& system, const IncompleteFactors& factors,
 }
 
 SolveResult solveBicg(const LinearSystem& system, std::span<double> solution, SolverMemory& memory) {
-    memory.vectors.resize(system.size);
+    memory.vectors.resizeBoth(system.size);
     factorIncomplete(system, memory.factors);
     SolveResult result = judgeSolution(system, solution, 0, memory.vectors.r);
     int left = SolverIterations;

@@ -64,12 +64,12 @@ KrylovOutcome bicgstab(const System& system, const KrylovLimits& limits, std::sp
         outcome.residual = addScaled(-alpha, v, r) * scale;
         addScaled(alpha, work.z, x);
         if (!(outcome.residual > limits.tolerance)) break;
-        precondition(std::span<const double>(r), std::span<double>(work.zt));
-        multiply(system, work.zt, t);
+        precondition(std::span<const double>(r), std::span<double>(work.z));
+        multiply(system, work.z, t);
         omega = dotProduct(t, r) / dotProduct(t, t);
         if (!std::isfinite(omega) || omega == 0.0) break;
         outcome.residual = addScaled(-omega, t, r) * scale;
-        addScaled(omega, work.zt, x);
+        addScaled(omega, work.z, x);
         if (!std::isfinite(outcome.residual) || watch.stalled(outcome.residual, limits.patience)) break;
     }
     return outcome;

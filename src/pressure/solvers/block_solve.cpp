@@ -84,7 +84,7 @@ template <int N>
 SolveResult solveScaled(const BlockSystem& system, const BlockSolveLimits& limits, std::span<double> x,
                         BlockSolverMemory& memory) {
     const BlockOperator<N> blocks = operatorOf<N>(system, memory.scaled);
-    memory.vectors.resize(system.rows * N);
+    memory.vectors.resizeBoth(system.rows * N);
     std::fill(x.begin(), x.end(), 0.0);
     SolveResult result;
     result.residual = euclideanNorm(blocks.rhs) > 0.0 ? 1.0 : 0.0;
@@ -163,7 +163,7 @@ SolveResult solveDensely(const BlockSystem& system, std::span<double> x, BlockSo
 
 /// ||r|| / ||b|| of x in the scaled system.
 double scaledResidual(const BlockSystem& system, std::span<const double> x, BlockSolverMemory& memory) {
-    memory.vectors.resize(static_cast<int>(x.size()));
+    memory.vectors.resizeBoth(static_cast<int>(x.size()));
     SolveResult result;
     if (system.blockSize == 2) {
         judge<2>(operatorOf<2>(system, memory.scaled), x, memory.vectors, result);

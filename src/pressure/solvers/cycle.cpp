@@ -6,8 +6,8 @@ namespace kvr {
 
 namespace {
 
-constexpr int CoarsestSweeps = 10;  // symmetric sweeps where the coarsest matrix is not factored
-constexpr int ShortestTransferRange = 4096;
+constexpr int CoarsestSweeps = 10;           // symmetric sweeps where the coarsest matrix is not factored
+constexpr int ShortestTransferRange = 8192;  // rows
 
 /// y_i = sum of row i of the matrix times x.
 void multiplyRows(const SparseMatrix& matrix, RowRange range, const double* x, double* y) {

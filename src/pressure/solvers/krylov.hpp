@@ -9,11 +9,18 @@ namespace kvr {
 struct KrylovVectors {
     std::vector<double> r, rt;  // residual and shadow residual
     std::vector<double> p, pt;  // search directions
-    std::vector<double> q, qt;  // A p, A' pt
+    std::vector<double> q, qt;  // A p, A' pt; BiCGSTAB: v, t
     std::vector<double> z, zt;  // preconditioned vectors
 
+    /// For BiCGSTAB, which has one search direction and one preconditioned vector at a time.
     void resize(int size) {
-        for (std::vector<double>* v : {&r, &rt, &p, &pt, &q, &qt, &z, &zt}) v->resize(size);
+        for (std::vector<double>* v : {&r, &rt, &p, &q, &qt, &z}) v->resize(size);
+    }
+    /// For biconjugate gradients.
+    void resizeBoth(int size) {
+        resize(size);
+        pt.resize(size);
+        zt.resize(size);
     }
 };
 

@@ -28,11 +28,21 @@ constexpr int ExtraIterations = 3;       // tolerated beyond those of a fresh hi
 constexpr int SmallSystem = 3000;        // rows up to which a dense factorisation is the last resort
 constexpr std::size_t MaxEntries = std::numeric_limits<int>::max() / 8;  // 32-bit pointers on all levels
 
-/// Scale of every row: the wells' for the system's present values, the balance as it was set up.
-void formRowScale(const LinearSystem& system, MultigridMemory& memory) {
+/// Scale of every row: the wells' own, and the balance of rows against columns.
+void setUpRowScale(const LinearSystem& system, MultigridMemory& memory) {
     std::vector<double>& scale = memory.hierarchy.rowScale;
-    scale = memory.balance;
-    for (int i = system.cellRows; i < system.size; ++i) scale[i] *= memory.wellScale[i - system.cellRows];
+    formWellScale(system, memory.wellScale);
+    balanceRows(system, memory.wellScale, scale);
+    memory.wellBalance.assign(scale.begin() + system.cellRows, scale.end());
+    for (std::size_t w = 0; w < memory.wellScale.size(); ++w)
+        scale[system.cellRows + w] *= memory.wellScale[w];
+}
+
+/// The wells' scale for the system's present values; the balance stays.
+void refreshRowScale(const LinearSystem& system, MultigridMemory& memory) {
+    formWellScale(system, memory.wellScale);
+    for (std::size_t w = 0; w < memory.wellScale.size(); ++w)
+        memory.hierarchy.rowScale[system.cellRows + w] = memory.wellBalance[w] * memory.wellScale[w];
 }
 
 /// Row of the finest level for each row of the system.
@@ -171,9 +181,7 @@ MultigridCode checkRows(const LinearSystem& system) {
 
 void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
     int wells = system.size - system.cellRows;  // rows at the end that stay coarse
-    formWellScale(system, memory.wellScale);
-    balanceRows(system, memory.wellScale, memory.balance);
-    formRowScale(system, memory);
+    setUpRowScale(system, memory);
     Hierarchy& hierarchy = memory.hierarchy;
     hierarchy.levels.clear();
     if (!samePattern(memory.key, system)) hierarchy.order = sweepOrder(system);
@@ -199,8 +207,7 @@ void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
 }
 
 void refreshFinest(const LinearSystem& system, MultigridMemory& memory) {
-    formWellScale(system, memory.wellScale);
-    formRowScale(system, memory);
+    refreshRowScale(system, memory);
     Hierarchy& hierarchy = memory.hierarchy;
     splitForSweeps(finestMatrix(system, hierarchy), system.size - system.cellRows,
                    hierarchy.levels.front().matrix);

@@ -21,10 +21,10 @@ enum class MultigridCode : int {
 struct MultigridMemory {
     PatternKey key;
     Hierarchy hierarchy;
-    std::vector<double> wellScale;  // [wells] of the rows behind the cells
-    std::vector<double> balance;    // [size] factors of the rows at the set-up
-    int freshIterations = 0;        // of the first solve behind the set-up
-    bool worn = true;               // the next solve sets up anew
+    std::vector<double> wellScale;    // [wells] of the rows behind the cells
+    std::vector<double> wellBalance;  // [wells] their balance at the set-up
+    int freshIterations = 0;          // of the first solve behind the set-up
+    bool worn = true;                 // the next solve sets up anew
 };
 
 /// Checks the rows: pointers rising, columns in range, diagonal first and positive.

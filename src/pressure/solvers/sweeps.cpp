@@ -7,7 +7,7 @@ namespace kvr {
 namespace {
 
 constexpr int MostSweepRanges = 8;        // swept side by side
-constexpr int ShortestSweepRange = 1024;  // rows below which a range is not worth a thread
+constexpr int ShortestSweepRange = 4096;  // rows below which a range is not worth a thread
 
 /// b less row i of the triangle times x.
 double reduced(const Triangle& t, int i, double b, const double* x) {

@@ -86,13 +86,13 @@ TEST(Sweeps, CutAMatrixIntoRangesByItsSizeAlone) {
     EXPECT_EQ(split.ranges.count, 1);
     EXPECT_EQ(split.tail, 200);
     EXPECT_TRUE(split.border.row.empty());
-    splitForSweeps(sampleOf({20, 30, 20}).matrix, 5, split);
+    splitForSweeps(sampleOf({40, 50, 20}).matrix, 5, split);
     EXPECT_EQ(split.ranges.count, 8);
     EXPECT_FALSE(split.border.row.empty());
 }
 
 TEST(Sweeps, ForwardFollowTheDefinition) {
-    const Sample s = sampleOf({20, 30, 20});
+    const Sample s = sampleOf({40, 50, 20});
     SweepMatrix split;
     splitForSweeps(s.matrix, s.wells, split);
     std::vector<double> x = someVector(s.matrix.rows), twin = x, b = s.b;
@@ -103,7 +103,7 @@ TEST(Sweeps, ForwardFollowTheDefinition) {
 }
 
 TEST(Sweeps, BackwardFollowTheDefinitionWithTheWellsFirst) {
-    const Sample s = sampleOf({20, 30, 20});
+    const Sample s = sampleOf({40, 50, 20});
     SweepMatrix split;
     splitForSweeps(s.matrix, s.wells, split);
     std::vector<double> x = someVector(s.matrix.rows), twin = x, b = s.b;
@@ -114,7 +114,7 @@ TEST(Sweeps, BackwardFollowTheDefinitionWithTheWellsFirst) {
 }
 
 TEST(Sweeps, FromZeroAreForwardSweepsFromAZeroVector) {
-    const Sample s = sampleOf({20, 30, 20});
+    const Sample s = sampleOf({40, 50, 20});
     SweepMatrix split;
     splitForSweeps(s.matrix, s.wells, split);
     std::vector<double> x(s.b.size(), 0.0), fromZero(s.b.size(), 7.0), b = s.b;
@@ -124,7 +124,7 @@ TEST(Sweeps, FromZeroAreForwardSweepsFromAZeroVector) {
 }
 
 TEST(Sweeps, LeaveTheResidualOfTheMatrixBehind) {
-    const Sample s = sampleOf({20, 30, 20});
+    const Sample s = sampleOf({40, 50, 20});
     SweepMatrix split;
     splitForSweeps(s.matrix, s.wells, split);
     std::vector<double> x(s.b.size()), r(s.b.size());
@@ -136,7 +136,7 @@ TEST(Sweeps, LeaveTheResidualOfTheMatrixBehind) {
 }
 
 TEST(Sweeps, LeaveASolutionWhereItIs) {
-    const Sample s = sampleOf({20, 30, 20});
+    const Sample s = sampleOf({40, 50, 20});
     SweepMatrix split;
     splitForSweeps(s.matrix, s.wells, split);
     const std::vector<double> solution = someVector(s.matrix.rows);
@@ -150,7 +150,7 @@ TEST(Sweeps, LeaveASolutionWhereItIs) {
 
 TEST(Sweeps, ConvergeOnAMatrixOfManyRanges) {
     // Symmetric and with a positive diagonal: the error falls in the norm of the matrix.
-    const Sample s = sampleOf({20, 30, 20}, false);
+    const Sample s = sampleOf({40, 50, 20}, false);
     SweepMatrix split;
     splitForSweeps(s.matrix, 0, split);
     std::vector<double> x = someVector(s.matrix.rows);
