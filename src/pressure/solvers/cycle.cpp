@@ -1,6 +1,7 @@
 #include "pressure/solvers/cycle.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace kvr {
 
@@ -10,11 +11,11 @@ constexpr int CoarsestSweeps = 10;           // symmetric sweeps where the coars
 constexpr int ShortestTransferRange = 8192;  // rows
 
 /// y_i = sum of row i of the matrix times x.
-void multiplyRows(const SparseMatrix& matrix, RowRange range, const double* x, double* y) {
+void multiplyRows(const Transfer& matrix, RowRange range, const double* x, double* y) {
     for (int i = range.first; i < range.end; ++i) {
         double sum = 0.0;
         for (int k = matrix.start[i]; k < matrix.start[i + 1]; ++k)
-            sum += matrix.value[k] * x[matrix.column[k]];
+            sum += static_cast<double>(matrix.weight[k]) * x[matrix.column[k]];
         y[i] = sum;
     }
 }
@@ -25,13 +26,13 @@ void restrictResidual(const MultigridLevel& level, std::vector<double>& coarse) 
     });
 }
 
-void addInterpolated(const SparseMatrix& interpolation, const std::vector<double>& coarse,
+void addInterpolated(const Transfer& interpolation, const std::vector<double>& coarse,
                      std::vector<double>& x) {
     forRanges(cutRows(interpolation.rows, ShortestTransferRange), [&](RowRange range) {
         for (int i = range.first; i < range.end; ++i) {
             double sum = x[i];
             for (int k = interpolation.start[i]; k < interpolation.start[i + 1]; ++k)
-                sum += interpolation.value[k] * coarse[interpolation.column[k]];
+                sum += static_cast<double>(interpolation.weight[k]) * coarse[interpolation.column[k]];
             x[i] = sum;
         }
     });
@@ -54,6 +55,22 @@ void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level) {
 }
 
 }  // namespace
+
+void roundWeights(SparseMatrix& interpolation) {
+    for (double& weight : interpolation.value) weight = static_cast<double>(static_cast<float>(weight));
+}
+
+Transfer transferOf(SparseMatrix& matrix) {
+    Transfer transfer;
+    transfer.rows = matrix.rows;
+    transfer.start = std::move(matrix.start);
+    transfer.column = std::move(matrix.column);
+    transfer.weight.resize(matrix.value.size());
+    std::transform(matrix.value.begin(), matrix.value.end(), transfer.weight.begin(),
+                   [](double weight) { return static_cast<float>(weight); });
+    matrix = {};
+    return transfer;
+}
 
 void sizeVectors(MultigridLevel& level) {
     for (std::vector<double>* v : {&level.residual, &level.x, &level.b})

@@ -9,11 +9,26 @@
 
 namespace kvr {
 
+/// Weights between two levels in single precision. The coarse matrix is formed from the weights as they are
+/// stored here: the cycle then stays a Galerkin one, and the rounding does not show in it.
+struct Transfer {
+    int rows = 0;
+    std::vector<int> start;  // [rows + 1]
+    std::vector<int> column;
+    std::vector<float> weight;
+};
+
+/// Rounds the weights of an interpolation to what a Transfer holds.
+void roundWeights(SparseMatrix& interpolation);
+
+/// The weights of a matrix, which is used up; they must be rounded already.
+Transfer transferOf(SparseMatrix& matrix);
+
 /// One level of the hierarchy with its work vectors, [rows] each.
 struct MultigridLevel {
     SweepMatrix matrix;
-    SparseMatrix interpolation;  // from the next coarser level; empty on the coarsest
-    SparseMatrix restriction;    // its transposed
+    Transfer interpolation;  // from the next coarser level; empty on the coarsest
+    Transfer restriction;    // its transposed
     std::vector<double> residual;
     std::vector<double> x, b;
 };

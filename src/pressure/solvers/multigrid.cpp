@@ -99,6 +99,7 @@ SparseMatrix interpolationTo(const SparseMatrix& matrix, int wells) {
     if (matrix.rows <= CoarsestRows + wells) return {};
     const StrengthGraph graph = strongDependence(matrix);
     SparseMatrix interpolation = extendedInterpolation(matrix, graph, chooseCoarsePoints(graph, wells));
+    roundWeights(interpolation);
     const bool gains =
         interpolation.columns > 0 && interpolation.columns < CoarseningHalt * interpolation.rows;
     return gains ? interpolation : SparseMatrix{};
@@ -194,11 +195,13 @@ void setUpHierarchy(const LinearSystem& system, MultigridMemory& memory) {
         splitForSweeps(matrix, wells, level.matrix);
         sizeVectors(level);
         if (wells * KeptWellShare >= matrix.rows) wells = 0;
-        level.interpolation = interpolationTo(matrix, wells);
-        coarsest = level.interpolation.rows == 0;
+        SparseMatrix interpolation = interpolationTo(matrix, wells);
+        coarsest = interpolation.rows == 0;
         if (coarsest) break;
-        level.restriction = transposed(level.interpolation);
-        matrix = galerkinProduct(matrix, level.interpolation, level.restriction);
+        SparseMatrix restriction = transposed(interpolation);
+        matrix = galerkinProduct(matrix, interpolation, restriction);
+        level.interpolation = transferOf(interpolation);
+        level.restriction = transferOf(restriction);
     }
     factorCoarsest(matrix, hierarchy);
     hierarchy.operatorComplexity = entries / finestEntries;

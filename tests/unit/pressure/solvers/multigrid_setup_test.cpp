@@ -147,6 +147,19 @@ TEST(GalerkinProduct, AgreesWithTheFullTripleProduct) {
     }
 }
 
+TEST(Transfer, HoldsTheRoundedWeightsExactly) {
+    SparseMatrix matrix{2, 2, {0, 2, 3}, {1, 0, 1}, {1.0 / 3.0, 0.7, 0.5}};
+    roundWeights(matrix);
+    const SparseMatrix rounded = matrix;
+    EXPECT_NEAR(rounded.value[0], 1.0 / 3.0, 2e-8);
+    const Transfer transfer = transferOf(matrix);
+    EXPECT_EQ(transfer.rows, 2);
+    EXPECT_EQ(transfer.start, rounded.start);
+    EXPECT_EQ(transfer.column, rounded.column);
+    for (std::size_t k = 0; k < rounded.value.size(); ++k)
+        EXPECT_EQ(static_cast<double>(transfer.weight[k]), rounded.value[k]);
+}
+
 TEST(Transposition, ExchangesRowsAndColumns) {
     const SparseMatrix matrix = boxMatrix({5, 4, 2}, 1.0, 0.1);
     const auto a = full(matrix), t = full(transposed(matrix));
@@ -167,8 +180,9 @@ TEST(Cycle, OfTwoLevelsIsSmoothingCorrectionSmoothing) {
     ASSERT_DOUBLE_EQ(coarse.value[0], 2.5);
     splitForSweeps(fine, 0, hierarchy.levels[0].matrix);
     splitForSweeps(coarse, 0, hierarchy.levels[1].matrix);
-    hierarchy.levels[0].interpolation = p;
-    hierarchy.levels[0].restriction = transposed(p);
+    SparseMatrix down = p, up = transposed(p);
+    hierarchy.levels[0].interpolation = transferOf(down);
+    hierarchy.levels[0].restriction = transferOf(up);
     for (MultigridLevel& level : hierarchy.levels) sizeVectors(level);
     hierarchy.order = {0, 1};
     hierarchy.rowScale = {1.0, 1.0};
