@@ -122,12 +122,30 @@ void runCycles(const LinearSystem& system, int iterationLimit, std::span<double>
     }
 }
 
+/// Iterations that a reduction to the tolerance is worth at the pace of the last fresh hierarchy.
+int usualIterations(const MultigridMemory& grid, double residual) {
+    const double decades = std::log10(std::max(residual / SolverTolerance, 1.0));
+    return static_cast<int>(std::ceil(grid.freshPace * decades)) + ExtraIterations;
+}
+
+/// Sets up and solves on from the solution as it stands; takes the pace.
+void solveAfresh(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
+                 SolveResult& result) {
+    MultigridMemory& grid = memory.multigrid;
+    setUpHierarchy(system, grid);
+    const int before = result.iterations;
+    const double start = result.residual;
+    runCycles(system, MaxCycleIterations, solution, memory, result);
+    grid.freshPace = (result.iterations - before) / std::max(1.0, std::log10(start / result.residual));
+    grid.worn = !(result.residual <= SolverTolerance);
+}
+
 /// Solves with the kept hierarchy, or with a new one when there is none or it has worn out.
 void solveByCycles(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
                    SolveResult& result) {
     MultigridMemory& grid = memory.multigrid;
     if (!grid.worn && samePattern(grid.key, system)) {
-        const int usual = grid.freshIterations + ExtraIterations;
+        const int usual = usualIterations(grid, result.residual);
         refreshFinest(system, grid);
         runCycles(system, 2 * usual, solution, memory, result);
         grid.worn = result.iterations > usual;
@@ -135,13 +153,9 @@ void solveByCycles(const LinearSystem& system, std::span<double> solution, Solve
     }
     if (!(result.residual <= 1.0)) {
         std::fill(solution.begin(), solution.end(), 0.0);
-        result.residual = 1.0;
+        result = judgeSolution(system, solution, result.iterations, memory.vectors.r);
     }
-    setUpHierarchy(system, grid);
-    const int before = result.iterations;
-    runCycles(system, MaxCycleIterations, solution, memory, result);
-    grid.freshIterations = result.iterations - before;
-    grid.worn = !(result.residual <= SolverTolerance);
+    solveAfresh(system, solution, memory, result);
 }
 
 void resortToDense(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,

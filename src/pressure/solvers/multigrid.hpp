@@ -23,7 +23,7 @@ struct MultigridMemory {
     Hierarchy hierarchy;
     std::vector<double> wellScale;    // [wells] of the rows behind the cells
     std::vector<double> wellBalance;  // [wells] their balance at the set-up
-    int freshIterations = 0;          // of the first solve behind the set-up
+    double freshPace = 0.0;           // iterations per decade of the first solve behind the set-up
     bool worn = true;                 // the next solve sets up anew
 };
 
