@@ -1,6 +1,7 @@
 #include "pressure/solvers/cycle.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace kvr {
@@ -8,6 +9,8 @@ namespace kvr {
 namespace {
 
 constexpr int CoarsestSweeps = 10;           // symmetric sweeps where the coarsest matrix is not factored
+constexpr double WeightGrid = 2097152.0;     // 2^21: multiples of its inverse below 8 are floats
+constexpr double LargestOnGrid = 4.0;        // of a weight, so that a correction leaves it below 8
 constexpr int ShortestTransferRange = 8192;  // rows
 
 /// y_i = sum of row i of the matrix times x.
@@ -38,6 +41,27 @@ void addInterpolated(const Transfer& interpolation, const std::vector<double>& c
     });
 }
 
+double onGrid(double weight) {
+    return std::nearbyint(weight * WeightGrid) / WeightGrid;
+}
+
+/// Rounds the weights of a row; what their sum loses goes to the largest.
+void roundRow(std::span<double> weights) {
+    if (weights.empty()) return;
+    double sum = 0.0, rounded = 0.0;
+    double* largest = weights.data();
+    for (double& weight : weights) {
+        sum += weight;
+        if (std::abs(weight) > std::abs(*largest)) largest = &weight;
+    }
+    const bool fits = std::abs(*largest) < LargestOnGrid;
+    for (double& weight : weights) {
+        weight = fits ? onGrid(weight) : static_cast<double>(static_cast<float>(weight));
+        rounded += weight;
+    }
+    if (fits) *largest += onGrid(sum) - rounded;
+}
+
 void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level) {
     if (hierarchy.coarsestFactored) {
         level.x = level.b;
@@ -57,7 +81,11 @@ void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level) {
 }  // namespace
 
 void roundWeights(SparseMatrix& interpolation) {
-    for (double& weight : interpolation.value) weight = static_cast<double>(static_cast<float>(weight));
+    forRanges(cutRows(interpolation.rows, ShortestVectorRange), [&](RowRange range) {
+        for (int i = range.first; i < range.end; ++i)
+            roundRow({&interpolation.value[interpolation.start[i]],
+                      static_cast<std::size_t>(interpolation.start[i + 1] - interpolation.start[i])});
+    });
 }
 
 Transfer transferOf(SparseMatrix& matrix) {

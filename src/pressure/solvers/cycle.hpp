@@ -18,7 +18,9 @@ struct Transfer {
     std::vector<float> weight;
 };
 
-/// Rounds the weights of an interpolation to what a Transfer holds.
+/// Rounds the weights of an interpolation to what a Transfer holds, to multiples of 2^-21, and keeps the sum
+/// of each row to that grid: rows that interpolate a constant exactly still do, without which a closed box
+/// with hardly any storage would not converge.
 void roundWeights(SparseMatrix& interpolation);
 
 /// The weights of a matrix, which is used up; they must be rounded already.
