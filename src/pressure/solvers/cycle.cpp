@@ -23,9 +23,10 @@ void multiplyRows(const Transfer& matrix, RowRange range, const double* x, doubl
     }
 }
 
-void restrictResidual(const MultigridLevel& level, std::vector<double>& coarse) {
+void restrictResidual(const MultigridLevel& level, std::span<const double> residual,
+                      std::vector<double>& coarse) {
     forRanges(cutRows(level.restriction.rows, ShortestTransferRange), [&](RowRange range) {
-        multiplyRows(level.restriction, range, level.residual.data(), coarse.data());
+        multiplyRows(level.restriction, range, residual.data(), coarse.data());
     });
 }
 
@@ -62,18 +63,17 @@ void roundRow(std::span<double> weights) {
     if (fits) *largest += onGrid(sum) - rounded;
 }
 
-void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level) {
+void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level, std::span<double> scratch) {
     if (hierarchy.coarsestFactored) {
         level.x = level.b;
         solveFactored(level.matrix.rows, hierarchy.coarsest.matrix, hierarchy.coarsest.pivot, level.x);
         return;
     }
-    std::vector<double>& scratch = level.residual;
     std::fill(level.x.begin(), level.x.end(), 0.0);
     for (int sweep = 0; sweep < CoarsestSweeps; ++sweep) {
-        scratch = level.b;
+        std::copy(level.b.begin(), level.b.end(), scratch.begin());
         sweepForward(level.matrix, scratch, level.x);
-        scratch = level.b;
+        std::copy(level.b.begin(), level.b.end(), scratch.begin());
         sweepBackward(level.matrix, scratch, level.x);
     }
 }
@@ -101,7 +101,7 @@ Transfer transferOf(SparseMatrix& matrix) {
 }
 
 void sizeVectors(MultigridLevel& level) {
-    for (std::vector<double>* v : {&level.residual, &level.x, &level.b})
+    for (std::vector<double>* v : {&level.x, &level.b})
         v->resize(static_cast<std::size_t>(level.matrix.rows));
 }
 
@@ -117,10 +117,10 @@ void applyCycle(Hierarchy& hierarchy, std::span<const double> b, std::span<doubl
     });
     for (std::size_t l = 0; l < last; ++l) {
         sweepForwardFromZero(levels[l].matrix, levels[l].b, levels[l].x);
-        formSweptResidual(levels[l].matrix, levels[l].x, levels[l].residual);
-        restrictResidual(levels[l], levels[l + 1].b);
+        formSweptResidual(levels[l].matrix, levels[l].x, x);
+        restrictResidual(levels[l], x, levels[l + 1].b);
     }
-    solveCoarsest(hierarchy, levels[last]);
+    solveCoarsest(hierarchy, levels[last], x);
     for (std::size_t l = last; l-- > 0;) {
         addInterpolated(levels[l].interpolation, levels[l + 1].x, levels[l].x);
         sweepBackward(levels[l].matrix, levels[l].b, levels[l].x);

@@ -31,7 +31,6 @@ struct MultigridLevel {
     SweepMatrix matrix;
     Transfer interpolation;  // from the next coarser level; empty on the coarsest
     Transfer restriction;    // its transposed
-    std::vector<double> residual;
     std::vector<double> x, b;
 };
 
@@ -49,7 +48,7 @@ void sizeVectors(MultigridLevel& level);
 
 /// One V-cycle x = M^-1 b from the zero vector: forward Gauss-Seidel going down, backward going up, a
 /// direct solve on the coarsest level (sweeps where that is too large to factor). x and b are numbered and
-/// scaled as the rows of the system are.
+/// scaled as the rows of the system are; residuals of all levels stand in x meanwhile.
 void applyCycle(Hierarchy& hierarchy, std::span<const double> b, std::span<double> x);
 
 }  // namespace kvr
