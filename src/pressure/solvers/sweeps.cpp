@@ -9,17 +9,24 @@ namespace {
 constexpr int MostSweepRanges = 8;        // swept side by side
 constexpr int ShortestSweepRange = 4096;  // rows below which a range is not worth a thread
 
-/// b less row i of the triangle times x.
-double reduced(const Triangle& t, int i, double b, const double* x) {
-    const int* column = t.column.data();
-    const double* value = t.value.data();
-    const int end = t.start[i + 1];
-    for (int k = t.start[i]; k < end; ++k) b -= value[k] * x[column[k]];
+/// b less the entries first..end - 1 times x.
+double reduced(const Couplings& c, int first, int end, double b, const double* x) {
+    const int* column = c.column.data();
+    const float* value = c.value.data();
+    for (int k = first; k < end; ++k) b -= static_cast<double>(value[k]) * x[column[k]];
     return b;
 }
 
+double withoutLower(const Couplings& c, int i, double b, const double* x) {
+    return reduced(c, c.start[i], c.middle[i], b, x);
+}
+
+double withoutUpper(const Couplings& c, int i, double b, const double* x) {
+    return reduced(c, c.middle[i], c.start[i + 1], b, x);
+}
+
 void relax(const SweepMatrix& a, int i, const double* b, double* x) {
-    x[i] = reduced(a.upper, i, reduced(a.lower, i, b[i], x), x) * a.inverseDiagonal[i];
+    x[i] = reduced(a.inner, a.inner.start[i], a.inner.start[i + 1], b[i], x) * a.inverseDiagonal[i];
 }
 
 /// What a residual b - A x with the sweep's diagonal lacks in the k-th border row.
@@ -66,32 +73,34 @@ BorderCount countRange(const SparseMatrix& matrix, int r, SweepMatrix& split) {
             else
                 lower += j < i ? 1 : 0;
         }
-        split.lower.start[i + 1] = lower;
-        split.upper.start[i + 1] = matrix.start[i + 1] - matrix.start[i] - 1 - lower - across;
+        split.inner.middle[i] = lower;
+        split.inner.start[i + 1] = matrix.start[i + 1] - matrix.start[i] - 1 - across;
         border.entries += across;
         border.rows += across > 0 ? 1 : 0;
     }
     return border;
 }
 
-void sizeTriangle(Triangle& triangle) {
-    for (std::size_t i = 1; i < triangle.start.size(); ++i) triangle.start[i] += triangle.start[i - 1];
-    triangle.column.resize(static_cast<std::size_t>(triangle.start.back()));
-    triangle.value.resize(triangle.column.size());
+/// Counts become places.
+void sizeCouplings(Couplings& c) {
+    for (std::size_t i = 0; i < c.middle.size(); ++i) {
+        c.middle[i] += c.start[i];
+        c.start[i + 1] += c.start[i];
+    }
+    c.column.resize(static_cast<std::size_t>(c.start.back()));
+    c.value.resize(c.column.size());
 }
 
 /// Row starts and sizes of the parts; `entryStart` gets each range's first border entry.
 void layOut(const SparseMatrix& matrix, SweepMatrix& split, std::vector<int>& entryStart) {
-    const auto size = static_cast<std::size_t>(matrix.rows) + 1;
-    split.lower.start.resize(size);
-    split.upper.start.resize(size);
-    split.lower.start[0] = split.upper.start[0] = 0;
+    split.inner.start.resize(static_cast<std::size_t>(matrix.rows) + 1);
+    split.inner.middle.resize(static_cast<std::size_t>(matrix.rows));
+    split.inner.start[0] = 0;
     const int count = split.ranges.count;
     std::vector<BorderCount> found(static_cast<std::size_t>(count));
     forRangeNumbers(split.ranges, [&](int r) { found[r] = countRange(matrix, r, split); });
     countRange(matrix, count, split);
-    sizeTriangle(split.lower);
-    sizeTriangle(split.upper);
+    sizeCouplings(split.inner);
     split.border.rangeStart.assign(1, 0);
     entryStart.assign(1, 0);
     for (const BorderCount& border : found) {
@@ -108,42 +117,52 @@ void layOut(const SparseMatrix& matrix, SweepMatrix& split, std::vector<int>& en
 
 /// Where the next entries of a range go.
 struct Places {
-    int lower = 0, upper = 0, borderRow = 0, border = 0;
+    int borderRow = 0, border = 0;
 };
 
-/// Copies row i to its parts; returns the absolute sum of its couplings across borders.
-double copyRow(const SparseMatrix& matrix, int i, RowRange range, bool cut, SweepMatrix& split, Places& to) {
-    double across = 0.0;
+/// What a row's couplings leave for its diagonal.
+struct RowRest {
+    double across = 0.0;   // absolute sum of the couplings across borders
+    double rounded = 0.0;  // what the others lose by rounding
+};
+
+/// An entry at its place; returns what rounding takes from it.
+double putEntry(int column, double value, int place, Couplings& couplings) {
+    const auto rounded = static_cast<float>(value);
+    couplings.column[place] = column;
+    couplings.value[place] = rounded;
+    return value - static_cast<double>(rounded);
+}
+
+/// Copies row i to its parts.
+RowRest copyRow(const SparseMatrix& matrix, int i, RowRange range, bool cut, SweepMatrix& split, Places& to) {
+    RowRest rest;
+    int lower = split.inner.start[i], upper = split.inner.middle[i];
     for (int k = matrix.start[i] + 1; k < matrix.start[i + 1]; ++k) {
         const int j = matrix.column[k];
         const double value = matrix.value[k];
         if (cut && crosses(split, range, j)) {
             split.border.column[to.border] = j;
             split.border.value[to.border++] = value;
-            across += std::abs(value);
-        } else if (j < i) {
-            split.lower.column[to.lower] = j;
-            split.lower.value[to.lower++] = value;
+            rest.across += std::abs(value);
         } else {
-            split.upper.column[to.upper] = j;
-            split.upper.value[to.upper++] = value;
+            rest.rounded += putEntry(j, value, j < i ? lower++ : upper++, split.inner);
         }
     }
-    return across;
+    return rest;
 }
 
 void copyRange(const SparseMatrix& matrix, int r, int firstBorderEntry, SweepMatrix& split) {
     const RowRange range = rowsOf(split, r);
     if (range.first >= range.end) return;
     const bool cut = r < split.ranges.count && split.ranges.count > 1;
-    Places to{split.lower.start[range.first], split.upper.start[range.first], split.border.rangeStart[r],
-              firstBorderEntry};
+    Places to{split.border.rangeStart[r], firstBorderEntry};
     for (int i = range.first; i < range.end; ++i) {
         const int before = to.border;
-        const double across = copyRow(matrix, i, range, cut, split, to);
-        double diagonal = matrix.value[matrix.start[i]];
+        const RowRest rest = copyRow(matrix, i, range, cut, split, to);
+        double diagonal = matrix.value[matrix.start[i]] + rest.rounded;
         if (to.border > before) {
-            const double surplus = BorderShare * across;
+            const double surplus = BorderShare * rest.across;
             diagonal += surplus;
             split.border.row[to.borderRow] = i;
             split.border.start[to.borderRow] = before;
@@ -169,7 +188,7 @@ void splitForSweeps(const SparseMatrix& matrix, int tailRows, SweepMatrix& split
 void sweepForwardFromZero(const SweepMatrix& a, std::span<const double> b, std::span<double> x) {
     const auto sweep = [&](RowRange range) {
         for (int i = range.first; i < range.end; ++i)
-            x[i] = reduced(a.lower, i, b[i], x.data()) * a.inverseDiagonal[i];
+            x[i] = withoutLower(a.inner, i, b[i], x.data()) * a.inverseDiagonal[i];
     };
     forRanges(a.ranges, sweep);
     sweep({a.tail, a.rows});
@@ -178,7 +197,7 @@ void sweepForwardFromZero(const SweepMatrix& a, std::span<const double> b, std::
 void formSweptResidual(const SweepMatrix& a, std::span<const double> x, std::span<double> r) {
     const BorderRows& border = a.border;
     const auto form = [&](RowRange range) {
-        for (int i = range.first; i < range.end; ++i) r[i] = reduced(a.upper, i, 0.0, x.data());
+        for (int i = range.first; i < range.end; ++i) r[i] = withoutUpper(a.inner, i, 0.0, x.data());
     };
     forRangeNumbers(a.ranges, [&](int n) {
         form(a.ranges[n]);

@@ -8,11 +8,14 @@
 
 namespace kvr {
 
-/// Entries of a matrix in compressed rows without its diagonal.
-struct Triangle {
-    std::vector<int> start;  // [rows + 1]
+/// What rows see of their own range and of the tail, in compressed rows without the diagonal, the strict
+/// lower part of each row before the upper one. Single precision: sweeps move more entries than anything else
+/// in a run.
+struct Couplings {
+    std::vector<int> start;   // [rows + 1]
+    std::vector<int> middle;  // [rows] first entry of the upper part
     std::vector<int> column;
-    std::vector<double> value;
+    std::vector<float> value;
 };
 
 /// Couplings across the borders of ranges, of the rows that have any.
@@ -28,14 +31,15 @@ struct BorderRows {
 /// A matrix as Gauss-Seidel sweeps want it. The rows before `tail` are cut into a number of ranges that
 /// depends on their number alone and are swept side by side, each with the values that the others had before
 /// the sweep; the rows behind (rate wells, coupled to cells of many ranges) follow one by one in a forward
-/// sweep and precede in a backward one. Strict triangles of what a row sees of its own range and of the tail
-/// stand apart, the couplings across borders too. A row with such couplings has BorderShare of their absolute
-/// sum added to its diagonal, which keeps the sweep convergent (Baker, Falgout, Kolev and Yang 2011).
+/// sweep and precede in a backward one. Couplings across borders stand apart. A row with such couplings has
+/// BorderShare of their absolute sum added to its diagonal, which keeps the sweep convergent (Baker, Falgout,
+/// Kolev and Yang 2011). What the rounding of the triangles takes from a row's sum goes to its diagonal: the
+/// sum is the storage of the cell, which may be far below the rounding of a coupling.
 struct SweepMatrix {
     int rows = 0;
     int tail = 0;  // first row behind the ranges
     RowRanges ranges;
-    Triangle lower, upper;
+    Couplings inner;
     BorderRows border;
     std::vector<double> inverseDiagonal;  // [rows]
 };

@@ -182,10 +182,10 @@ TEST(Multigrid, KeepsTheHierarchyWhileThePatternStands) {
     LinearSystem system = fieldWithWells({40, 40, 4}, 1.0, {1.0, 1.0, 1.0});
     SolverMemory memory;
     const SolveResult fresh = solveWell(system, memory);
-    const double* coarse = memory.multigrid.hierarchy.levels[1].matrix.lower.value.data();
+    const float* coarse = memory.multigrid.hierarchy.levels[1].matrix.inner.value.data();
     for (double& value : system.value) value *= 1.5;
     const SolveResult kept = solveWell(system, memory);
-    EXPECT_EQ(memory.multigrid.hierarchy.levels[1].matrix.lower.value.data(), coarse);
+    EXPECT_EQ(memory.multigrid.hierarchy.levels[1].matrix.inner.value.data(), coarse);
     EXPECT_LE(kept.iterations, fresh.iterations + 3);
 }
 
