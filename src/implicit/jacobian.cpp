@@ -1,6 +1,7 @@
 #include "implicit/jacobian.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
 

@@ -1,6 +1,7 @@
 #include "pressure/accumulation.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/properties.hpp"
 

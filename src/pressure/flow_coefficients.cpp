@@ -1,6 +1,7 @@
 #include "pressure/flow_coefficients.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "pressure/properties.hpp"
 
 namespace kvr {

@@ -1,6 +1,7 @@
 #include "pressure/pressure_matrix.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "pressure/well_rates.hpp"
 
 #include <algorithm>
@@ -222,6 +223,7 @@ void fillSystem(const UnitSystem& units, const GridModel& grid, const Connection
                 const WellRecord& wells, PressureMatrix& matrix) {
     LinearSystem& system = matrix.system;
     std::fill(system.value.begin(), system.value.end(), 0.0);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) fillCellRow(grid, connections, cell, matrix);
     for (const WellRow& row : matrix.wellRows)
         fillWellRow(units, tables, state, averagePressure, wells.wells[row.well], row, system);

@@ -1,6 +1,7 @@
 #include "pressure/properties.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 

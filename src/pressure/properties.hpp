@@ -77,7 +77,4 @@ bool carriesAmounts(const RunOptions& options, const FluidTables& tables);
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,
                     CellAmounts& carried);
 
-/// From this many cells on loops over cells are shared among threads; below it waking them costs more.
-inline constexpr CellId ParallelCells = 50000;
-
 }  // namespace kvr

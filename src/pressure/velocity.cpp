@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/hard_stop.hpp"
+#include "base/threads.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/well_rates.hpp"

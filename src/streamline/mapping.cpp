@@ -1,6 +1,7 @@
 #include "streamline/mapping.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/state_recovery.hpp"
 #include "streamline/line_grid.hpp"
@@ -187,6 +188,7 @@ void accumulate(const LineContribution& contribution, bool hasGas, bool onlyMiss
 
 void mapToCells(const RunOptions& options, const FluidTables& fluids, const GridModel& grid,
                 const MappingSums& sums, CellState& state) {
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
         const SaturationTable& table = regionTable(fluids, grid.SATNUM[cell]);

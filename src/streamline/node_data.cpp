@@ -1,5 +1,6 @@
 #include "streamline/node_data.hpp"
 
+#include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/properties.hpp"
 #include "streamline/fractional_flow.hpp"
@@ -126,6 +127,7 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
                     const CellState& timeLevel, const VelocityField& velocity, const WellRecord& wells,
                     Storage storage, double step, std::vector<NodeData>& nodes) {
     nodes.resize(at(grid.NCELLS) + 1);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         NodeData& node = nodes[at(cell)];
         node = presentState(fluids, grid, state, cell);
@@ -133,6 +135,7 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
             node.expansion = netOutflow(velocity.CellFaceFlux.row(cell)) / state.PoreVolume[cell];
     }
     clearWellCells(wells, nodes);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         NodeData& node = nodes[at(cell)];
         const bool old = storage == Storage::TimeLevel && state.PoreFraction[cell] > LeastPorosity;

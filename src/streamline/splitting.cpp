@@ -1,6 +1,7 @@
 #include "streamline/splitting.hpp"
 
 #include "base/stopwatch.hpp"
+#include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "pressure/properties.hpp"
@@ -15,7 +16,6 @@ namespace {
 
 constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
-constexpr CellId ParallelCells = 1000;    // a smaller model is done before threads have started
 constexpr int ProgressInterval = 50;      // substeps between progress lines
 
 /// Of one cell, beside what its neighbours see.
@@ -99,7 +99,7 @@ void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) 
 void loadVelocities(const Simulation& simulation, SplittingStage& stage) {
     const CellId count = simulation.grid.NCELLS;
     stage.meanVelocity.assign(count, 3, 0.0);
-#pragma omp parallel for schedule(static) if (count >= ParallelCells)
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) {
         const double* face = simulation.velocity.CellFaceVelocity.row(cell);
         for (int axis = 0; axis < 3; ++axis)
@@ -126,7 +126,7 @@ SplittingStage beginStage(Simulation& simulation) {
     stage.moved.assign(count, 1);
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
-#pragma omp parallel for schedule(static) if (count >= ParallelCells)
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
     return stage;
 }
@@ -234,10 +234,10 @@ void advanceCell(const Simulation& simulation, CellId cell, double dt, Splitting
 double substep(const Simulation& simulation, double left, SplittingStage& stage) {
     const CellId count = simulation.grid.NCELLS;
     double rate = 0.0;
-#pragma omp parallel for schedule(static) if (count >= ParallelCells) reduction(max : rate)
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells) reduction(max : rate)
     for (CellId cell = 1; cell <= count; ++cell) rate = std::max(rate, formRates(simulation, cell, stage));
     const double dt = splittingSubstep(simulation.options, rate, left);
-#pragma omp parallel for schedule(static) if (count >= ParallelCells)
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
     return dt;
 }
@@ -262,7 +262,7 @@ double liftTiny(double saturation) {
 void writeBack(const SplittingStage& stage, Simulation& simulation) {
     CellState& state = simulation.state;
     const CellId count = simulation.grid.NCELLS;
-#pragma omp parallel for schedule(static) if (count >= ParallelCells)
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) {
         const CellWork& work = stage.own[cell];
         if (!work.working) continue;

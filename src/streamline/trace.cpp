@@ -1,5 +1,6 @@
 #include "streamline/trace.hpp"
 
+#include "base/threads.hpp"
 #include "model/neighbours.hpp"
 #include "streamline/cell_crossing.hpp"
 
@@ -15,7 +16,6 @@ constexpr double LongestResidence = 1e20;        // days in the launching cell b
 constexpr StandStill LaunchedStandStill{1e-10};  // of launched lines
 constexpr double LongestCrossing = 1e21;         // crossing time that ends a line
 constexpr double MostNodes = 100'000'000.0;      // capacity limit of a node list
-constexpr CellId ParallelCells = 1000;           // a smaller field is packed before threads have started
 constexpr int NodesPerSide3d = 16;
 constexpr int NodesPerSide2d = 8;
 
@@ -216,7 +216,7 @@ void buildTraceField(const RunOptions& options, const GridModel& grid, const Cel
     field.stride = {-1, 1, -grid.NX, grid.NX, -layer, layer};
     field.cells.resize(static_cast<std::size_t>(grid.NCELLS) + 1);
     field.boxes.resize(field.referenceCube ? 0 : field.cells.size());
-#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         TraceCell& packed = field.cells[static_cast<std::size_t>(cell)];
         packed = packedCell(field.referenceCube, grid, state, velocity, cell);
