@@ -10,6 +10,13 @@
 
 namespace kvr {
 
+/// Lines from missed cells that are traced but not solved yet.
+struct TracedBlock {
+    int count = 0;
+    std::vector<StreamlineRecord> records;
+    std::vector<double> fresh;  // rb first entered by each line
+};
+
 /// Memory of the streamline stage: sized once, reused by every step.
 struct LineStage {
     int nodeCapacity = 0;  // traced nodes a line may have
@@ -17,6 +24,7 @@ struct LineStage {
     std::vector<LineWorker> workers;  // one a thread
     std::vector<LineResult> results;  // one a line of the block being worked
     CellLineLegs legs;                // sized where lines start from cells
+    TracedBlock ahead;                // the same
     FaceTransfer transfer;            // in runs that carry amounts
     CellAmounts movedByWells;         // the same: sum of the rates of the mapping sub-steps so far
     PairTable pairs;                  // of the present step

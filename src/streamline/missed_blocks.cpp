@@ -18,20 +18,12 @@ std::size_t at(int n) {
     return static_cast<std::size_t>(n);
 }
 
-/// Lines traced but not solved yet.
-struct TracedBlock {
-    int count = 0;
-    std::vector<StreamlineRecord> records;
-    std::vector<double> fresh;  // rb first entered by each line
-};
-
 struct MissedStage {
     CellId next = 1;     // first cell not looked at yet
     int additional = 0;  // lines so far
     int iterationsLeft = 0;
     bool only = false;          // mode "cel": no other lines
     std::vector<double> fresh;  // rb first entered by each line of the block
-    TracedBlock ahead;          // the block behind it
 };
 
 bool needsLine(const Simulation& s, CellId cell) {
@@ -42,7 +34,7 @@ bool needsLine(const Simulation& s, CellId cell) {
 /// Traces lines until the block is full or the cells are through; where a line starts depends on where the
 /// ones before it went.
 void traceAhead(Simulation& s, MissedStage& stage) {
-    TracedBlock& block = stage.ahead;
+    TracedBlock& block = s.lines.ahead;
     block.count = 0;
     const auto room = static_cast<int>(block.records.size());
     for (; stage.next <= s.grid.NCELLS && block.count < room; ++stage.next) {
@@ -55,13 +47,13 @@ void traceAhead(Simulation& s, MissedStage& stage) {
 }
 
 /// The block traced ahead becomes the one that is worked. Returns the number of its lines.
-int takeTracedBlock(MissedStage& stage, std::vector<LineResult>& results) {
-    for (int k = 0; k < stage.ahead.count; ++k) {
-        results[at(k)].solved = false;
-        std::swap(results[at(k)].record, stage.ahead.records[at(k)]);
+int takeTracedBlock(LineStage& lines, MissedStage& stage) {
+    for (int k = 0; k < lines.ahead.count; ++k) {
+        lines.results[at(k)].solved = false;
+        std::swap(lines.results[at(k)].record, lines.ahead.records[at(k)]);
     }
-    stage.fresh.swap(stage.ahead.fresh);
-    return stage.ahead.count;
+    stage.fresh.swap(lines.ahead.fresh);
+    return lines.ahead.count;
 }
 
 /// Solves the lines of a block while one of the threads traces the next block.
@@ -72,14 +64,6 @@ void solveBlock(int count, Simulation& s, MissedStage& stage) {
             solveLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, worker, result);
     };
     workLines(count, s.lines.workers, solve, [&s, &stage] { traceAhead(s, stage); });
-}
-
-void sizeStage(const LineStage& lines, MissedStage& stage) {
-    const std::size_t room = lines.results.size();
-    stage.fresh.assign(room, 0.0);
-    stage.ahead.fresh.assign(room, 0.0);
-    stage.ahead.records.resize(room);
-    for (StreamlineRecord& record : stage.ahead.records) sizeRecord(lines.nodeCapacity, record);
 }
 
 /// Takes over one line's result; called in the order of the start cells.
@@ -107,6 +91,13 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
 
 }  // namespace
 
+void sizeMissedBlocks(LineStage& lines) {
+    sizeLegs(lines.nodeCapacity, lines.legs);
+    lines.ahead.fresh.assign(lines.results.size(), 0.0);
+    lines.ahead.records.resize(lines.results.size());
+    for (StreamlineRecord& record : lines.ahead.records) sizeRecord(lines.nodeCapacity, record);
+}
+
 bool tracesMissedBlocks(const Simulation& simulation) {
     return simulation.options.traceMissed == "Yes" || simulation.launch.LaunchMode == "cel";
 }
@@ -122,9 +113,9 @@ void traceMissedBlocks(Simulation& simulation, int iterationsLeft) {
     MissedStage stage;
     stage.iterationsLeft = iterationsLeft;
     stage.only = mode == "cel";
-    sizeStage(simulation.lines, stage);
+    stage.fresh.assign(simulation.lines.results.size(), 0.0);
     traceAhead(simulation, stage);
-    while (const int count = takeTracedBlock(stage, simulation.lines.results)) {
+    while (const int count = takeTracedBlock(simulation.lines, stage)) {
         solveBlock(count, simulation, stage);
         for (int k = 0; k < count; ++k)
             commitMissed(simulation.lines.results[at(k)], stage.fresh[at(k)], stage, simulation);

@@ -8,6 +8,9 @@ namespace kvr {
 /// are all there are.
 bool tracesMissedBlocks(const Simulation& simulation);
 
+/// Memory for the lines of such a step; behind nodeCapacity and results.
+void sizeMissedBlocks(LineStage& lines);
+
 /// Starts a line in every active cell with pore volume and permeability that no line of the step has
 /// entered yet, in cell order, solves it where it joins two wells, and adds it to the mapping of the cells
 /// outside the visited snapshot. LaunchMode is "inj" meanwhile, since every line runs from its injector.

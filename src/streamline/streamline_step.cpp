@@ -24,8 +24,8 @@ namespace kvr {
 
 namespace {
 
-constexpr int LinesPerThread = 8;  // of one block: enough to even out long and short lines
-constexpr int ProgressParts = 10;  // "Calculation Finished" lines of a step, at most
+constexpr int LinesPerThread = 32;  // of one block: enough to even out long and short lines
+constexpr int ProgressParts = 10;   // "Calculation Finished" lines of a step, at most
 constexpr int LeastProgressStep = 5;
 constexpr double EndSlack = 1e-8;  // days to the end of the run that count as none
 
@@ -175,7 +175,7 @@ void sizeStage(Simulation& s) {
     s.lines.workers.resize(threads);
     for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);
     s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
-    if (tracesMissedBlocks(s)) sizeLegs(nodes, s.lines.legs);
+    if (tracesMissedBlocks(s)) sizeMissedBlocks(s.lines);
     const bool passes = storageOf(s.options, s.fluids) == Storage::Whole;
     for (LineResult& result : s.lines.results) {
         sizeResult(nodes, tracerCount(s.options), result);
