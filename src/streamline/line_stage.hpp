@@ -23,6 +23,7 @@ struct LineStage {
     LineField field;
     std::vector<LineWorker> workers;  // one a thread
     std::vector<LineResult> results;  // one a line of the block being worked
+    std::vector<LineResult> worked;   // the block before, being taken over
     CellLineLegs legs;                // sized where lines start from cells
     TracedBlock ahead;                // the same
     FaceTransfer transfer;            // in runs that carry amounts

@@ -27,10 +27,4 @@ void workLines(int count, std::vector<LineWorker>& workers, const Work& work, co
     }
 }
 
-/// The same with nothing beside the lines.
-template <class Work>
-void workLines(int count, std::vector<LineWorker>& workers, const Work& work) {
-    workLines(count, workers, work, [] {});
-}
-
 }  // namespace kvr

@@ -129,23 +129,34 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
         both(s.console, " Calculation Finished : {}", number);
 }
 
-/// Lines first..first + count - 1, worked by all threads.
-void workBlock(int first, int count, Simulation& s) {
-    workLines(count, s.lines.workers, [&s, first](int k, LineWorker& worker) {
-        workLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.launch.starts[at(first + k) - 1],
-                 worker, s.lines.results[at(k)]);
-    });
+/// Lines that have been worked and wait to be taken over.
+struct WorkedLines {
+    int first = 1;
+    int count = 0;
+};
+
+void commitBlock(const WorkedLines& worked, int iterationsLeft, Simulation& s) {
+    for (int k = 0; k < worked.count; ++k)
+        commitLine(worked.first + k, s.lines.worked[at(k)], iterationsLeft, s);
 }
 
-/// Every line is traced and solved, in blocks of lines at once; results are taken over in line order, so
-/// that they do not depend on the number of threads.
+/// Every line is traced and solved, in blocks of lines at once, while one of the threads takes over the
+/// results of the block before. They are taken over in line order, so that they do not depend on the number
+/// of threads.
 void lineLoop(int iterationsLeft, Simulation& s) {
     const auto block = static_cast<int>(s.lines.results.size());
+    WorkedLines worked;
     for (int first = 1; first <= s.launch.ActiveLines; first += block) {
         const int count = std::min(block, s.launch.ActiveLines - first + 1);
-        workBlock(first, count, s);
-        for (int k = 0; k < count; ++k) commitLine(first + k, s.lines.results[at(k)], iterationsLeft, s);
+        const auto work = [&s, first](int k, LineWorker& worker) {
+            workLine(s.grid, s.fluids, s.state, s.wells, s.lines.field, s.launch.starts[at(first + k) - 1],
+                     worker, s.lines.results[at(k)]);
+        };
+        workLines(count, s.lines.workers, work, [&] { commitBlock(worked, iterationsLeft, s); });
+        s.lines.results.swap(s.lines.worked);
+        worked = {first, count};
     }
+    commitBlock(worked, iterationsLeft, s);
 }
 
 void printElapsed(const Console& console, double start) {
@@ -177,10 +188,12 @@ void sizeStage(Simulation& s) {
     s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
     if (tracesMissedBlocks(s)) sizeMissedBlocks(s.lines);
     const bool passes = storageOf(s.options, s.fluids) == Storage::Whole;
-    for (LineResult& result : s.lines.results) {
-        sizeResult(nodes, tracerCount(s.options), result);
-        if (passes) sizePassage(nodes, s.lines.workers.front().line.nodes.size(), result.passage);
-    }
+    s.lines.worked.resize(s.lines.results.size());
+    for (std::vector<LineResult>* block : {&s.lines.results, &s.lines.worked})
+        for (LineResult& result : *block) {
+            sizeResult(nodes, tracerCount(s.options), result);
+            if (passes) sizePassage(nodes, s.lines.workers.front().line.nodes.size(), result.passage);
+        }
     sizeMapping(s.grid.NCELLS, tracerCount(s.options), s.fluids.hasGas, s.state, s.mapping);
     s.exitFlags.ExitFacesForward.assign(s.grid.NCELLS, 0);
     s.exitFlags.ExitFacesBackward.assign(s.grid.NCELLS, 0);
