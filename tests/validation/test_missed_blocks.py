@@ -34,7 +34,8 @@ def test_few_lines_or_none_with_lines_through_the_missed_cells_give_the_flood_of
 
 
 def test_five_layers_with_most_cells_missed_by_the_launched_lines_follow_the_reference(tmp_path):
-    result = flood(tmp_path, "FIVE5", lines=2000, missed="Yes", **REGULAR)
+    # With as many nodes as traced ones the balance error is 0.8 to 1.0 %; docs/validation.md has both.
+    result = flood(tmp_path, "FIVE5", lines=2000, missed="Yes", nodes="REG", factor=0.6)
     table = result.table()
     curve = reference("FIVE5_dt10")
     mean, largest = water_cut_difference(table, curve, REPORT_TIMES)
