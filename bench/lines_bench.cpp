@@ -6,12 +6,12 @@
 /// Every folder holds an ECLIPSE.DATA. Rows are called by the folder's name. Counters: cell crossings, and
 /// updates of one node by one substep, per second of one core.
 #include "step_field.hpp"
-#include "streamline/explicit_transport.hpp"
-#include "streamline/flow_diagnostics.hpp"
-#include "streamline/line_grid.hpp"
+#include "streamline/diagnostics/flow_diagnostics.hpp"
 #include "streamline/line_worker.hpp"
-#include "streamline/node_data.hpp"
-#include "streamline/trace.hpp"
+#include "streamline/tracing/trace.hpp"
+#include "streamline/transport/explicit_transport.hpp"
+#include "streamline/transport/line_grid.hpp"
+#include "streamline/transport/node_data.hpp"
 
 #include <benchmark/benchmark.h>
 #include <vector>

@@ -2,9 +2,9 @@
 
 #include "pressure/pressure_step.hpp"
 #include "run/start_up.hpp"
-#include "streamline/exit_flags.hpp"
-#include "streamline/launch.hpp"
-#include "streamline/trace.hpp"
+#include "streamline/tracing/exit_flags.hpp"
+#include "streamline/tracing/launch.hpp"
+#include "streamline/tracing/trace.hpp"
 
 #include <filesystem>
 

@@ -2,15 +2,15 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
-#include "deck/finalise_options.hpp"
-#include "deck/grid_section.hpp"
-#include "deck/keyword_table.hpp"
-#include "deck/option_section.hpp"
-#include "deck/props.hpp"
-#include "deck/runspec.hpp"
-#include "deck/schedule_section.hpp"
-#include "deck/solution.hpp"
-#include "pressure/well_controls.hpp"
+#include "deck/options/finalise_options.hpp"
+#include "deck/options/option_section.hpp"
+#include "deck/reading/keyword_table.hpp"
+#include "deck/sections/grid_section.hpp"
+#include "deck/sections/props.hpp"
+#include "deck/sections/runspec.hpp"
+#include "deck/sections/schedule_section.hpp"
+#include "deck/sections/solution.hpp"
+#include "pressure/wells/well_controls.hpp"
 
 #include <algorithm>
 #include <array>

@@ -4,8 +4,8 @@
 #include "deck/options.hpp"
 #include "eclipse/output_record.hpp"
 #include "model/grid.hpp"
-#include "run/clock.hpp"
-#include "streamline/line_path.hpp"
+#include "run/records/clock.hpp"
+#include "streamline/diagnostics/line_path.hpp"
 
 #include <string>
 #include <vector>

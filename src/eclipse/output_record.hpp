@@ -1,7 +1,7 @@
 #pragma once
 
 #include "eclipse/records.hpp"
-#include "streamline/line_path.hpp"
+#include "streamline/diagnostics/line_path.hpp"
 
 #include <vector>
 

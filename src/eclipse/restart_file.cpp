@@ -4,7 +4,7 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
-#include "run/output_table.hpp"
+#include "run/records/output_table.hpp"
 
 #include <cmath>
 

@@ -3,9 +3,9 @@
 #include "base/console.hpp"
 #include "deck/options.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "run/clock.hpp"
-#include "streamline/diagnostic_maps.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "run/records/clock.hpp"
+#include "streamline/diagnostics/diagnostic_maps.hpp"
 
 #include <cstdint>
 

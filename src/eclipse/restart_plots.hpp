@@ -4,7 +4,7 @@
 #include "deck/options.hpp"
 #include "eclipse/records.hpp"
 #include "model/grid.hpp"
-#include "run/clock.hpp"
+#include "run/records/clock.hpp"
 
 #include <array>
 #include <cstdio>

@@ -3,7 +3,7 @@
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
-#include "run/output_table.hpp"
+#include "run/records/output_table.hpp"
 
 #include <vector>
 

@@ -4,9 +4,9 @@
 #include "deck/options.hpp"
 #include "eclipse/output_record.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/wells.hpp"
-#include "run/clock.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/wells/wells.hpp"
+#include "run/records/clock.hpp"
 
 namespace kvr {
 

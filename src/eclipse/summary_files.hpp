@@ -7,8 +7,8 @@
 #include "eclipse/output_record.hpp"
 #include "eclipse/summary_vectors.hpp"
 #include "model/grid.hpp"
-#include "pressure/wells.hpp"
-#include "run/clock.hpp"
+#include "pressure/wells/wells.hpp"
+#include "run/records/clock.hpp"
 
 #include <string>
 #include <vector>

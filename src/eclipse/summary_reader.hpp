@@ -4,7 +4,7 @@
 #include "deck/options.hpp"
 #include "eclipse/records.hpp"
 #include "eclipse/well_response.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/wells/wells.hpp"
 
 #include <string_view>
 

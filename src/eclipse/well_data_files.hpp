@@ -3,7 +3,7 @@
 #include "base/console.hpp"
 #include "deck/options.hpp"
 #include "eclipse/well_response.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/wells/wells.hpp"
 
 #include <cstdio>
 

@@ -5,7 +5,7 @@
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
+#include "pressure/records/cell_state.hpp"
 
 namespace kvr {
 

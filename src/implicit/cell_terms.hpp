@@ -3,8 +3,8 @@
 #include "fluid/tables.hpp"
 #include "implicit/jet.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <array>
 #include <cstdint>

@@ -9,8 +9,8 @@
 #include "implicit/well_switching.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
-#include "pressure/well_controls.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <cmath>
 

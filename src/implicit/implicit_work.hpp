@@ -2,7 +2,7 @@
 
 #include "implicit/cell_terms.hpp"
 #include "pressure/solvers/block_system.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/wells/wells.hpp"
 
 #include <cstdint>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "implicit/well_borders.hpp"
 
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <array>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "implicit/well_switching.hpp"
 
-#include "pressure/well_controls.hpp"
+#include "pressure/wells/well_controls.hpp"
 
 #include <cmath>
 

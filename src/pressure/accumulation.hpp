@@ -2,8 +2,8 @@
 
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
 #include "pressure/pressure_matrix.hpp"
+#include "pressure/records/cell_state.hpp"
 
 namespace kvr {
 

@@ -3,8 +3,8 @@
 #include "base/units.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
 #include "pressure/pressure_matrix.hpp"
+#include "pressure/records/cell_state.hpp"
 
 namespace kvr {
 

@@ -2,7 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/threads.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -4,9 +4,9 @@
 #include "fluid/tables.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/pressure_work.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/pressure_work.hpp"
+#include "pressure/wells/wells.hpp"
 
 namespace kvr {
 

@@ -3,10 +3,10 @@
 #include "base/console.hpp"
 #include "deck/options.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/pressure_work.hpp"
-#include "pressure/wells.hpp"
-#include "run/output_streams.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/pressure_work.hpp"
+#include "pressure/wells/wells.hpp"
+#include "run/records/output_streams.hpp"
 
 #include <cstdint>
 #include <span>

@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/stopwatch.hpp"
+#include "pressure/acceleration.hpp"
 #include "pressure/accumulation.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/pressure_matrix.hpp"
@@ -9,8 +10,8 @@
 #include "pressure/properties.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
-#include "pressure/well_controls.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/simulation.hpp"
+#include "run/records/simulation.hpp"
 
 namespace kvr {
 

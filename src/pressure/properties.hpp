@@ -5,7 +5,8 @@
 #include "fluid/state_recovery.hpp"
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/surface_volumes.hpp"
 
 namespace kvr {
 
@@ -32,24 +33,6 @@ void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellSta
 /// oil dissolves at p is free, and the oil factor is that of the resulting bubble point.
 PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
                      const ConservedAmounts& amounts);
-
-/// What a unit of pore volume holds, for numbers and for numbers with slopes.
-template <class Number>
-struct HeldFluid {
-    Number Sw, So, Sg;
-    Number Rs;
-    Number Bw, Bo, Bg;
-};
-/// Surface volumes of the three components, free and dissolved gas together.
-template <class Number>
-struct SurfaceVolumes {
-    Number water, oil, gas;
-};
-template <class Number>
-SurfaceVolumes<Number> surfaceVolumes(const HeldFluid<Number>& held) {
-    const Number oil = held.So / held.Bo;
-    return {held.Sw / held.Bw, oil, held.Sg / held.Bg + held.Rs * oil};
-}
 
 /// Surface amounts per pore volume that the state of a cell shows.
 inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {

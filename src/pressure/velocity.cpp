@@ -5,7 +5,7 @@
 #include "base/threads.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <new>
 

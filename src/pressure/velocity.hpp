@@ -5,9 +5,9 @@
 #include "deck/options.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/velocity_field.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/velocity_field.hpp"
+#include "pressure/wells/wells.hpp"
 
 namespace kvr {
 

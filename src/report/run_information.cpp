@@ -1,6 +1,6 @@
 #include "report/run_information.hpp"
 
-#include "deck/option_echo.hpp"
+#include "deck/options/option_echo.hpp"
 #include "fluid/table_print.hpp"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 #include "base/console.hpp"
 #include "deck/schedule.hpp"
 #include "implicit/implicit_work.hpp"
-#include "run/clock.hpp"
-#include "run/stage_times.hpp"
-#include "streamline/line_newton.hpp"
+#include "run/records/clock.hpp"
+#include "run/records/stage_times.hpp"
+#include "streamline/transport/line_newton.hpp"
 
 namespace kvr {
 

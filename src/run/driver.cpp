@@ -12,7 +12,7 @@
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
 #include "run/time_stepping.hpp"
-#include "streamline/splitting.hpp"
+#include "streamline/splitting/splitting.hpp"
 #include "streamline/streamline_step.hpp"
 
 namespace kvr {

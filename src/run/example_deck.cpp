@@ -1,6 +1,6 @@
 #include "run/example_deck.hpp"
 
-#include "run/output_streams.hpp"
+#include "run/records/output_streams.hpp"
 
 #include <string_view>
 

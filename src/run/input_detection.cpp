@@ -2,7 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
-#include "deck/deck_cursor.hpp"
+#include "deck/reading/deck_cursor.hpp"
 #include "run/example_deck.hpp"
 
 #include <array>

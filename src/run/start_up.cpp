@@ -10,8 +10,8 @@
 #include "model/conditioning.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
-#include "pressure/well_controls.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_rates.hpp"
 #include "report/conditioned_rock.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
@@ -21,8 +21,8 @@
 #include "run/banners.hpp"
 #include "run/input_detection.hpp"
 #include "run/unbuilt_features.hpp"
-#include "streamline/cell_tags.hpp"
 #include "streamline/streamline_step.hpp"
+#include "streamline/tracing/cell_tags.hpp"
 
 namespace kvr {
 

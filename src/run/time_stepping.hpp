@@ -2,7 +2,7 @@
 
 #include "deck/options.hpp"
 #include "deck/schedule.hpp"
-#include "run/clock.hpp"
+#include "run/records/clock.hpp"
 
 namespace kvr {
 

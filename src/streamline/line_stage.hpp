@@ -1,10 +1,10 @@
 #pragma once
 
-#include "streamline/cell_line.hpp"
-#include "streamline/diagnostic_maps.hpp"
-#include "streamline/line_plot.hpp"
+#include "streamline/diagnostics/diagnostic_maps.hpp"
+#include "streamline/diagnostics/line_plot.hpp"
+#include "streamline/diagnostics/pair_table.hpp"
 #include "streamline/line_worker.hpp"
-#include "streamline/pair_table.hpp"
+#include "streamline/tracing/cell_line.hpp"
 
 #include <vector>
 

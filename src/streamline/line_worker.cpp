@@ -1,6 +1,6 @@
 #include "streamline/line_worker.hpp"
 
-#include "streamline/line_gravity.hpp"
+#include "streamline/transport/line_gravity.hpp"
 
 #include <algorithm>
 #include <utility>

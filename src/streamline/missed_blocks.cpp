@@ -2,11 +2,11 @@
 
 #include "base/constants.hpp"
 #include "base/stopwatch.hpp"
-#include "streamline/cell_line.hpp"
-#include "streamline/line_output.hpp"
+#include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
-#include "streamline/mapping.hpp"
-#include "streamline/producer_rates.hpp"
+#include "streamline/mapping/mapping.hpp"
+#include "streamline/mapping/producer_rates.hpp"
+#include "streamline/tracing/cell_line.hpp"
 
 namespace kvr {
 

@@ -4,16 +4,16 @@
 #include "base/stopwatch.hpp"
 #include "eclipse/line_files.hpp"
 #include "fluid/black_oil.hpp"
-#include "streamline/amounts_update.hpp"
-#include "streamline/cell_tags.hpp"
-#include "streamline/exit_flags.hpp"
-#include "streamline/flow_diagnostics.hpp"
-#include "streamline/launch.hpp"
-#include "streamline/line_output.hpp"
+#include "streamline/diagnostics/flow_diagnostics.hpp"
+#include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
-#include "streamline/mapping.hpp"
+#include "streamline/mapping/amounts_update.hpp"
+#include "streamline/mapping/mapping.hpp"
+#include "streamline/mapping/producer_rates.hpp"
 #include "streamline/missed_blocks.hpp"
-#include "streamline/producer_rates.hpp"
+#include "streamline/tracing/cell_tags.hpp"
+#include "streamline/tracing/exit_flags.hpp"
+#include "streamline/tracing/launch.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -111,7 +111,7 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
     for (int n = 0; n < result.enteredCount; ++n) s.mapping.CellVisited[result.entered[at(n)]] = 1;
     if (number == s.launch.ActiveLines) {
         const int dropped = result.record.status == TraceStatus::ReachedWell ? 0 : 1;
-        reportTracing(s.console, s.tags, number - dropped, s.mapping);
+        reportTracing(s.console, s.tags, number - dropped, s.mapping.CellVisited);
     }
     keepPath(s.console, s.grid, result, s.eclipse.paths);
     putLaunchedLine(result, iterationsLeft, s);

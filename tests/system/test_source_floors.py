@@ -1,44 +1,88 @@
-"""Includes go down only: from a folder to folders below it, or to records, which stand under everything."""
+"""Includes go down only: from a folder to folders below it, inside a folder from a room to the rooms before it."""
 
 import re
+
+import pytest
 
 from kvr_run import REPOSITORY
 
 SOURCE = REPOSITORY / "src"
-FLOOR = {"base": 0, "pressure/solvers": 0, "model": 1, "fluid": 2, "deck": 3, "pressure": 3, "streamline": 4, "implicit": 4,
-         "report": 4, "eclipse": 4, "run": 5}
-# Records that have a few routines of their own; stages take the whole run.
-RECORDS = {"run/simulation.hpp", "run/clock.hpp", "run/output_streams.hpp", "run/output_table.hpp", "pressure/cell_state.hpp"}
+# Folders from the ground up; those of one floor may use each other.
+FLOORS = [{"base", "pressure/solvers"}, {"model"}, {"fluid"}, {"deck", "pressure"},
+          {"streamline", "implicit", "report", "eclipse"}, {"run"}]
+FLOOR = {folder: n for n, folders in enumerate(FLOORS) for folder in folders}
+# Rooms of a folder in order. The folder's own files stand on top of them.
+ROOMS = {
+    "deck": ["reading", "sections", "options"],
+    "pressure": ["solvers", "records", "wells"],
+    "streamline": ["tracing", "transport", "mapping", "splitting", "diagnostics"],
+    "run": ["records"],
+}
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 
+def files():
+    """Every file of the source with the headers that it includes."""
+    return {str(path.relative_to(SOURCE)): INCLUDE.findall(path.read_text()) for path in sorted(SOURCE.rglob("*.[ch]pp"))}
+
+
+def place(name):
+    """Folder and room of a file; the room is empty for a folder's own files."""
+    parts = name.split("/")
+    return parts[0], "/".join(parts[1:-1])
+
+
+def floor(name):
+    folder, room = place(name)
+    return FLOOR.get(f"{folder}/{room}", FLOOR.get(folder))
+
+
+def order(name):
+    folder, room = place(name)
+    return (ROOMS.get(folder, []) + [""]).index(room)
+
+
 def is_record(header):
-    return header in RECORDS or not (SOURCE / header).with_suffix(".cpp").exists()
+    """Records stand under everything: headers without a source, and the rooms of records."""
+    return place(header)[1] == "records" or not (SOURCE / header).with_suffix(".cpp").exists()
 
 
-def folder_of(path):
-    return path.rsplit("/", 1)[0]
+def test_every_file_stands_on_a_floor_and_in_a_room():
+    for name in files():
+        assert floor(name) is not None, name
+        assert place(name)[1] in [*ROOMS.get(place(name)[0], []), ""], name
 
 
 def test_no_file_includes_a_higher_floor():
-    wrong = []
-    for path in sorted(SOURCE.rglob("*.[ch]pp")):
-        name = str(path.relative_to(SOURCE))
-        for header in INCLUDE.findall(path.read_text()):
-            if FLOOR[folder_of(header)] > FLOOR[folder_of(name)] and not is_record(header):
-                wrong.append(f"{name} includes {header}")
+    wrong = [f"{name} includes {header}" for name, headers in files().items() for header in headers
+             if floor(header) > floor(name) and not is_record(header)]
+    assert wrong == []
+
+
+@pytest.mark.parametrize("folder", ROOMS)
+def test_no_room_includes_a_later_one(folder):
+    """The records that a folder keeps for all its rooms stand beside them."""
+    wrong = [f"{name} includes {header}" for name, headers in files().items() for header in headers
+             if place(name)[0] == place(header)[0] == folder and order(header) > order(name)
+             and not (place(header)[1] == "" and is_record(header))]
+    assert wrong == []
+
+
+def test_records_stand_on_records_and_the_ground_floor():
+    wrong = [f"{name} includes {header}" for name, headers in files().items() if place(name)[1] == "records"
+             for header in headers if not is_record(header) and floor(header) > 0]
     assert wrong == []
 
 
 def test_the_ground_floor_stands_on_nothing():
-    for folder in ("base", "pressure/solvers"):
-        for path in (SOURCE / folder).glob("*.[ch]pp"):
-            for header in INCLUDE.findall(path.read_text()):
-                assert folder_of(header) in (folder, "base"), f"{path.name} includes {header}"
+    for name, headers in files().items():
+        if floor(name) == 0:
+            for header in headers:
+                assert place(header) in (place(name), ("base", "")), f"{name} includes {header}"
 
 
 def test_no_headers_include_each_other_in_a_ring():
-    headers = {str(path.relative_to(SOURCE)): INCLUDE.findall(path.read_text()) for path in SOURCE.rglob("*.hpp")}
+    headers = {name: included for name, included in files().items() if name.endswith(".hpp")}
     done = set()
 
     def walk(header, above):

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "deck/section_reader.hpp"
+#include "deck/reading/section_reader.hpp"
 
 #include <cstdio>
 #include <string>

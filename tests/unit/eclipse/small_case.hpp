@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/conditioning.hpp"
-#include "run/simulation.hpp"
+#include "run/records/simulation.hpp"
 #include "unit/model/small_grids.hpp"
 #include "unit/scratch_folder.hpp"
 

@@ -4,7 +4,7 @@
 #include "implicit/jacobian.hpp"
 #include "implicit/newton_update.hpp"
 #include "implicit/well_borders.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_rates.hpp"
 #include "unit/pressure/small_run.hpp"
 
 #include <cmath>

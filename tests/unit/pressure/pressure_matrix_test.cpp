@@ -2,7 +2,7 @@
 
 #include "pressure/accumulation.hpp"
 #include "pressure/flow_coefficients.hpp"
-#include "pressure/well_rates.hpp"
+#include "pressure/wells/well_rates.hpp"
 #include "unit/pressure/dense_twin.hpp"
 #include "unit/pressure/small_run.hpp"
 #include "unit/pressure/well_samples.hpp"

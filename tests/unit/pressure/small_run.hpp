@@ -4,8 +4,8 @@
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
-#include "pressure/well_controls.hpp"
-#include "run/simulation.hpp"
+#include "pressure/wells/well_controls.hpp"
+#include "run/records/simulation.hpp"
 #include "unit/fluid/table_samples.hpp"
 #include "unit/model/small_grids.hpp"
 

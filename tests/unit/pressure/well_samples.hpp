@@ -2,8 +2,8 @@
 
 #include "model/connections.hpp"
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
-#include "pressure/wells.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/wells/wells.hpp"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/grid.hpp"
-#include "pressure/cell_state.hpp"
+#include "pressure/records/cell_state.hpp"
 
 namespace kvr {
 

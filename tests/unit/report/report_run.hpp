@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/simulation.hpp"
+#include "run/records/simulation.hpp"
 #include "unit/report/box_model.hpp"
 #include "unit/report/plot_file_parser.hpp"
 #include "unit/scratch_folder.hpp"

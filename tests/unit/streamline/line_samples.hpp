@@ -1,8 +1,8 @@
 #pragma once
 
-#include "streamline/fractional_flow.hpp"
-#include "streamline/line_grid.hpp"
-#include "streamline/solver_line.hpp"
+#include "streamline/transport/fractional_flow.hpp"
+#include "streamline/transport/line_grid.hpp"
+#include "streamline/transport/solver_line.hpp"
 #include "unit/fluid/table_samples.hpp"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "streamline/missed_blocks.hpp"
 
 #include "flood_run.hpp"
-#include "streamline/mapping.hpp"
+#include "streamline/mapping/mapping.hpp"
 #include "streamline/streamline_step.hpp"
 
 #include <algorithm>

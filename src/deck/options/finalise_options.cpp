@@ -1,0 +1,112 @@
+#include "deck/options/finalise_options.hpp"
+
+#include "deck/options/option_echo.hpp"
+
+#include <limits>
+
+namespace kvr {
+
+namespace {
+
+constexpr int AnalyticRelPermPoints = 200;
+constexpr int AnalyticSolutionPoints = 100;
+constexpr double CellsPerLine = 5.0;  // of the default streamline count, wells taken as layers of cells
+constexpr int LinesPerLayer = 10;     // of a model with one row along y
+
+constexpr double LargestCfl = 100000.0;
+constexpr double SmallestSetting = 1e-10;  // below: the step or the criterion was not given
+
+/// The default number of streamlines. At least 1, also where the formula of a tiny grid gives 0.
+int defaultLineCount(const GridModel& grid, std::size_t wellCount) {
+    if (grid.NY == 1 && grid.NZ == 1) return 1;
+    if (grid.NY == 1) return grid.NZ * LinesPerLayer;
+    const double count =
+        static_cast<double>(grid.NX) * static_cast<double>(wellCount) * grid.NY * grid.NZ / CellsPerLine;
+    if (count >= std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
+    return count < 1.0 ? 1 : static_cast<int>(count);
+}
+
+void setLineCount(const Console& console, const GridModel& grid, const Schedule& schedule,
+                  RunOptions& options) {
+    if (options.requestedLines >= 1) return;
+    const std::size_t wellCount = schedule.steps.empty() ? 0 : schedule.steps.front().wells.size();
+    options.requestedLines = defaultLineCount(grid, wellCount);
+    both(console, "WARNING :: Num of Streamline was 0. Use Default :: {}", options.requestedLines);
+}
+
+/// One test of the fall-backs: the value in force when it fails, and the two lines that say so.
+template <class T>
+struct FallBack {
+    T RunOptions::*field;
+    bool (*good)(T);
+    std::string_view warning;
+    std::string_view reset;
+    T value;
+};
+
+constexpr bool isCfl(double value) {
+    return value > 0.0 && value <= LargestCfl;
+}
+constexpr bool isStep(double value) {
+    return value > SmallestSetting;
+}
+constexpr bool isCriterion(double value) {
+    return value >= SmallestSetting;
+}
+constexpr bool isCount(int value) {
+    return value >= 1;
+}
+
+constexpr FallBack<double> StepFallBacks[] = {
+    {&RunOptions::maxDt, isStep,  // a shorter step would not move the clock
+     "WARNING :: Maximum Constraint Tstep is less than zero", "Reset for 1.E10", 1e10},
+    {&RunOptions::cfl, isCfl, "WARNING :: Courant Num was not given or too small", "Reset for 0.8", 0.8},
+    {&RunOptions::cflGravity, isCfl, "WARNING :: Courant Num for gravity was not given or too small",
+     "Reset for 0.8", 0.8},
+    {&RunOptions::minCflStep, isStep, "WARNING :: Min Tstep for Expl SLine was not given or too small",
+     "Reset for 1.d-2", 0.01},
+    {&RunOptions::minCflgStep, isStep, "WARNING :: Min Tstep for Gravity flow was not given or too small",
+     "Reset for 1.d-2", 0.01},
+};
+
+constexpr FallBack<int> IterationFallBacks[] = {
+    {&RunOptions::MaxPressureIterations, isCount, "WARNING :: Max iter for pres was not given or zero",
+     "We use default value, 30", 30},
+    {&RunOptions::maxSaturationIterations, isCount,
+     "WARNING :: Max iter for sat implicit was not given or zero", "We use default value, 30", 30},
+};
+
+constexpr FallBack<double> CriterionFallBacks[] = {
+    {&RunOptions::PressureTolerance, isCriterion,
+     "WARNING :: Conv criteria for Press was not given or too small", "We use default value, 1.d-2", 0.01},
+    {&RunOptions::SaturationTolerance, isCriterion,
+     "WARNING :: Conv criteria for Sat was not given or too small", "We use default value, 1.d-4", 0.0001},
+};
+
+template <class T, std::size_t N>
+void applyFallBacks(const Console& console, const FallBack<T> (&rows)[N], RunOptions& options) {
+    for (const FallBack<T>& row : rows) {
+        if (row.good(options.*row.field)) continue;
+        lineToBoth(console, row.warning);
+        lineToBoth(console, row.reset);
+        options.*row.field = row.value;
+    }
+}
+
+}  // namespace
+
+void finaliseOptions(const Console& console, const GridModel& grid, const FluidTables& tables,
+                     const Schedule& schedule, RunOptions& options) {
+    options.analyticRelPermPoints = AnalyticRelPermPoints;
+    options.analyticSolutionPoints = AnalyticSolutionPoints;
+    setLineCount(console, grid, schedule, options);
+    // An implicit line has no use for the upwind word: the field names its solver instead.
+    if (options.solverPhaseName.front() == "imp")
+        for (std::string& name : options.upwindName) name = options.saturationSolver;
+    applyFallBacks(console, StepFallBacks, options);
+    applyFallBacks(console, IterationFallBacks, options);
+    applyFallBacks(console, CriterionFallBacks, options);
+    echoOptions(console, options, tables);
+}
+
+}  // namespace kvr

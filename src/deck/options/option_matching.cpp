@@ -1,0 +1,130 @@
+#include "base/constants.hpp"
+#include "deck/options/option_handlers.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+constexpr int DefaultMatchIterations = 30;
+constexpr int MaxMatchIterations = 999999;
+constexpr double DefaultMaxParameter = 5000.0;
+constexpr double DefaultMinParameter = 0.0001;
+constexpr int MaxAverages = 10000;
+constexpr int DefaultWctAverages = 2;
+constexpr int DefaultBhpAverages = 5;
+constexpr double DefaultMisfit = 10.0;
+constexpr int MinLsqrIterations = 5;
+constexpr int MaxLsqrIterations = 10000;
+constexpr int DefaultLsqrIterations = 400;
+
+void zeroIfTiny(double& value) {
+    if (!(value >= MachineEpsilon)) value = 0.0;
+}
+
+/// Clamped to 0..1; a NaN becomes 0.
+double unitRange(double value) {
+    return value > 0.0 ? std::min(value, 1.0) : 0.0;
+}
+
+}  // namespace
+
+void readInversion(SectionReader& reader, RunOptions& options) {
+    std::string misfit;
+    std::string solver;
+    const std::array<ListTarget, 3> targets = {&misfit, &solver, &options.hmIterationLimit};
+    readRecord(reader, targets);
+    options.historyMatch = true;
+    options.amplitudeMatching = upperInitialOf(misfit) == 'A';
+    options.gaussNewton = upperInitialOf(solver) == 'G';
+    options.hmIterationLimit =
+        within(options.hmIterationLimit, 1, MaxMatchIterations, DefaultMatchIterations);
+    lineToBoth(consoleOf(reader), "Run Inversion Make sure that :");
+    tellValue(reader, "Is Amplitude matching ? ::", yesNo(options.amplitudeMatching));
+    tellValue(reader, "Use Gauss Newton Method ? ::", yesNo(options.gaussNewton));
+    tellValue(reader, "Total Iteration for HM ::", options.hmIterationLimit);
+}
+
+void readPressureMatch(SectionReader& reader, RunOptions& options) {
+    std::string kind;
+    int flag = 0;
+    const std::array<ListTarget, 3> targets = {&options.bhpGlobalIterations, &kind, &flag};
+    readRecord(reader, targets);
+    options.localGlobalPressureMatch = upperInitialOf(kind) == 'A';
+    if (options.bhpGlobalIterations < 0) options.bhpGlobalIterations = 0;
+    if (options.bhpGlobalIterations > options.hmIterationLimit)
+        options.bhpGlobalIterations = options.hmIterationLimit - 1;
+    if (flag == 1) options.bhpMatchFlag = false;
+}
+
+void readSensitivityWeights(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 2> targets = {&options.sensitivityTimeWeightWct,
+                                               &options.sensitivityTimeWeightBhp};
+    readRecord(reader, targets);
+    options.sensitivityTimeWeightWct = unitRange(options.sensitivityTimeWeightWct);
+    options.sensitivityTimeWeightBhp = unitRange(options.sensitivityTimeWeightBhp);
+}
+
+void readInversionLimits(SectionReader& reader, RunOptions& options) {
+    const std::array<double*, 5> limits = {&options.globalWctLimit, &options.gridWctLimit,
+                                           &options.lnkLimitWct, &options.lnkLimitBhp, &options.lnkLimit};
+    std::array<ListTarget, 5> targets{};
+    std::copy(limits.begin(), limits.end(), targets.begin());
+    readRecord(reader, targets);
+    for (double* limit : limits) zeroIfTiny(*limit);
+}
+
+void readObjectiveWeights(SectionReader& reader, RunOptions& options) {
+    beginRecord(reader, "OBJNV");
+    const std::array<ListTarget, 2> targets = {&options.objectiveWeightWct, &options.objectiveWeightBhp};
+    checkRead(reader, readList(*reader.cursor, targets));
+    options.objectiveWeightWct = within(options.objectiveWeightWct, 0.0, LargestSetting, 1.0);
+    options.objectiveWeightBhp = within(options.objectiveWeightBhp, 0.0, LargestSetting, 1.0);
+}
+
+void readMaxParameter(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 1> targets = {&options.maxParameter};
+    readRecord(reader, targets);
+    options.maxParameter = within(options.maxParameter, MachineEpsilon, LargestSetting, DefaultMaxParameter);
+}
+
+void readMinParameter(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 1> targets = {&options.minParameter};
+    readRecord(reader, targets);
+    options.minParameter = within(options.minParameter, 0.0, LargestSetting, DefaultMinParameter);
+}
+
+void readSensitivityAverages(SectionReader& reader, RunOptions& options) {
+    beginRecord(reader, "MINPARAM");
+    const std::array<ListTarget, 2> targets = {&options.smoothingWct, &options.smoothingBhp};
+    checkRead(reader, readList(*reader.cursor, targets));
+    options.smoothingWct = within(options.smoothingWct, 0, MaxAverages, DefaultWctAverages);
+    options.smoothingBhp = within(options.smoothingBhp, 0, MaxAverages, DefaultBhpAverages);
+}
+
+void readMisfitCriteria(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 2> targets = {&options.misfitCriterionWct, &options.misfitCriterionBhp};
+    readRecord(reader, targets);
+    options.misfitCriterionWct = within(options.misfitCriterionWct, 0.0, LargestSetting, DefaultMisfit);
+    options.misfitCriterionBhp = within(options.misfitCriterionBhp, 0.0, LargestSetting, DefaultMisfit);
+}
+
+void readWellGridUpdate(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 1> targets = {&options.updateWellGrid};
+    readRecord(reader, targets);
+    options.updateWellGrid = within(options.updateWellGrid, 0.0, LargestSetting, 0.0);
+}
+
+void readLsqr(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 4> targets = {&options.lsqrIterations, &options.lsqrNorm,
+                                               &options.lsqrSmoothHorizontal, &options.lsqrSmoothVertical};
+    readRecord(reader, targets);
+    options.lsqrIterations =
+        within(options.lsqrIterations, MinLsqrIterations, MaxLsqrIterations, DefaultLsqrIterations);
+    options.lsqrNorm = unitRange(options.lsqrNorm);
+    options.lsqrSmoothHorizontal = unitRange(options.lsqrSmoothHorizontal);
+    options.lsqrSmoothVertical = unitRange(options.lsqrSmoothVertical);
+}
+
+}  // namespace kvr

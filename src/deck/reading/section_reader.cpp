@@ -1,0 +1,260 @@
+#include "deck/reading/section_reader.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "deck/reading/unit_copies.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t KeywordWidth = 8;
+constexpr int MaxCommentLines = 1000;   // skipped before a keyword's data
+constexpr int MaxSkippedLines = 10000;  // dropped behind an unknown keyword
+constexpr int MaxCountedLines = 1000;   // of countLinesToSlash
+constexpr std::string_view UnitCopyRequest = "-- ConvertUnitCommandKVR";
+constexpr std::string_view EndOfFileText = "FILE I/O -> END OF FILE..";
+
+constexpr std::array<std::string_view, 11> SectionWords = {"GRID    ", "EDIT    ", "PROPS   ", "REGIONS ",
+                                                           "REGION  ", "RUNSPEC ", "SOLUTION", "SUMMARY ",
+                                                           "SCHEDULE", "TUNEKVR ", "END     "};
+
+bool isLetter(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
+
+/// The next line without moving the cursor; false at the end of the file.
+bool peekLine(const SectionReader& reader, std::string_view& line) {
+    const std::string_view text = reader.cursor->text;
+    if (reader.cursor->position >= text.size()) return false;
+    line = text.substr(reader.cursor->position);
+    line = trimLeft(line.substr(0, line.find('\n')));
+    return true;
+}
+
+/// One comment of RUNSPEC is more than a comment, also among the lines that an unknown keyword drops.
+void noteUnitCopyRequest(SectionReader& reader, std::string_view line) {
+    if (reader.section == "RUNSPEC" && trimLeft(line).starts_with(UnitCopyRequest)) {
+        reader.outputMetric = true;
+    }
+}
+
+/// Reads on while `counts` holds for a line, counting; the first other line is stepped back onto.
+template <class Test>
+int consumeWhile(SectionReader& reader, const Test& counts) {
+    std::string_view line;
+    int count = 0;
+    while (nextLine(*reader.cursor, line)) {
+        if (isCommentLine(line)) {
+            takeComment(reader, line);
+        } else if (!counts(line)) {
+            stepBack(*reader.cursor);
+            break;
+        }
+        ++count;
+    }
+    return count;
+}
+
+void printReadError(const SectionReader& reader, ListError error) {
+    const Console& console = consoleOf(reader);
+    both(console, "ERROR: File reading error, code = {}", static_cast<int>(error));
+    both(console, "Reading error, in {} {}", reader.errorName,
+         reader.insideInclude ? "INCLUDE file" : "Section");
+}
+
+std::string placeText(const SectionReader& reader, int line) {
+    return fmt::format("File {}, line {}, keyword {}", reader.cursor->fileName, line, reader.keyword);
+}
+
+/// An array must be given whole.
+void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t size) {
+    checkRead(reader, end);
+    const bool tooFew = !end.endOfFile && static_cast<std::size_t>(end.count) < size;
+    if (!tooFew && end.surplus == 0) return;
+    printReadError(reader, tooFew ? ListError::TooFew : ListError::TooMany);
+    both(consoleOf(reader), "{}: {} values, {} given", placeText(reader, reader.cursor->lineNumber), size,
+         end.count + end.surplus);
+    hardStop(consoleOf(reader));
+}
+
+}  // namespace
+
+bool isSectionWord(std::string_view word) {
+    return std::find(SectionWords.begin(), SectionWords.end(), word) != SectionWords.end();
+}
+
+std::string keywordOf(std::string_view line) {
+    return padded(firstWord(trimLeft(line)), KeywordWidth);
+}
+
+void echoLine(const SectionReader& reader, std::string_view line) {
+    lineToLog(consoleOf(reader), line);
+    copyLine(reader, line);
+}
+
+void takeComment(SectionReader& reader, std::string_view line) {
+    echoLine(reader, line);
+    noteUnitCopyRequest(reader, line);
+}
+
+void skipCommentLines(SectionReader& reader) {
+    std::string_view line;
+    for (int n = 0; n < MaxCommentLines; ++n) {
+        if (!nextLine(*reader.cursor, line)) {
+            lineToBoth(consoleOf(reader), EndOfFileText);
+            return;
+        }
+        if (!isCommentLine(line)) {
+            stepBack(*reader.cursor);
+            return;
+        }
+        takeComment(reader, line);
+    }
+}
+
+void skipKeywordData(SectionReader& reader) {
+    std::string_view line;
+    for (int n = 0; n < MaxSkippedLines && nextLine(*reader.cursor, line); ++n) {
+        if (!isCommentLine(line) && line.find_first_of("/*") == std::string_view::npos) {
+            stepBack(*reader.cursor);
+            return;
+        }
+        noteUnitCopyRequest(reader, line);
+        if (n > 0) echoLine(reader, line);
+    }
+}
+
+int countLinesToSlash(SectionReader& reader) {
+    std::string_view line;
+    int count = 0;
+    while (count < MaxCountedLines && nextLine(*reader.cursor, line)) {
+        echoLine(reader, line);
+        if (isSlashLine(line)) {
+            stepBack(*reader.cursor);
+            break;
+        }
+        ++count;
+    }
+    return count;
+}
+
+int consumeSlashLines(SectionReader& reader) {
+    return consumeWhile(reader, isSlashLine);
+}
+
+int consumeLinesWithSlash(SectionReader& reader) {
+    return consumeWhile(reader,
+                        [](std::string_view line) { return line.find('/') != std::string_view::npos; });
+}
+
+int findLast(std::string_view text, std::string_view pattern) {
+    const std::string sought = toUpper(trim(pattern));
+    const std::size_t found = sought.empty() ? std::string::npos : toUpper(text).rfind(sought);
+    return found == std::string::npos ? 0 : static_cast<int>(found) + 1;
+}
+
+bool nextLineIsKeyword(const SectionReader& reader) {
+    std::string_view line;
+    return !peekLine(reader, line) || (!line.empty() && isLetter(line.front()));
+}
+
+bool nextLineIsLoneWord(const SectionReader& reader) {
+    std::string_view line;
+    if (!peekLine(reader, line)) return true;
+    if (line.empty() || !isLetter(line.front())) return false;
+    return isSectionWord(keywordOf(line)) || isCommentLine(line.substr(firstWord(line).size()));
+}
+
+void announce(const SectionReader& reader, std::string_view text) {
+    both(consoleOf(reader), "READ -> {}", text);
+}
+
+void reportNotSupported(SectionReader& reader, std::string_view line) {
+    line = trimLeft(line);
+    both(consoleOf(reader), " {} -> not surpported  ", padded(line, KeywordWidth));
+    if (line.empty() || !isLetter(line.front())) return;
+    const std::string name(firstWord(line));
+    auto& skipped = reader.sinks->skipped;
+    const auto known = std::find_if(skipped.begin(), skipped.end(),
+                                    [&name](const SkippedKeyword& row) { return row.name == name; });
+    if (known != skipped.end()) {
+        ++known->count;
+    } else {
+        skipped.push_back({name, reader.cursor->fileName, reader.cursor->lineNumber, 1});
+    }
+}
+
+void checkRead(const SectionReader& reader, const ListEnd& end) {
+    const Console& console = consoleOf(reader);
+    if (end.error != ListError::None) {
+        printReadError(reader, end.error);
+        both(console, "{}: \"{}\"", placeText(reader, end.errorLine), end.errorText);
+        hardStop(console);
+    }
+    if (end.endOfFile) {
+        lineToBoth(console, EndOfFileText);
+        tellPlace(reader);
+    }
+}
+
+void tellPlace(const SectionReader& reader) {
+    lineToBoth(consoleOf(reader), placeText(reader, reader.cursor->lineNumber));
+}
+
+void stopAtPlace(const SectionReader& reader) {
+    tellPlace(reader);
+    hardStop(consoleOf(reader));
+}
+
+void neglectKeyword(SectionReader& reader) {
+    announce(reader, reader.keyword + ", is neglected");
+    skipKeywordData(reader);
+}
+
+void readCellArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
+    checkWhole(reader, readDoubles(*reader.cursor, values, factor), values.size());
+    copyArray(reader, values, factor, copyFactor);
+}
+
+void readCellArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
+    checkWhole(reader, readFloats(*reader.cursor, values, factor), values.size());
+    copyArray(reader, values, factor, copyFactor);
+}
+
+void readCellArray(SectionReader& reader, std::span<int> values) {
+    checkWhole(reader, readIntegers(*reader.cursor, values), values.size());
+    copyArray(reader, values);
+}
+
+bool nextTableRow(SectionReader& reader, RowLoop& loop) {
+    const auto keywordIsNext = [&] {
+        return loop.start == RowStart::Number ? nextLineIsKeyword(reader) : nextLineIsLoneWord(reader);
+    };
+    if (loop.rows == 0) {
+        skipCommentLines(reader);
+        if (consumeSlashLines(reader) > 0 || keywordIsNext()) return false;
+        ++loop.rows;
+        return true;
+    }
+    if (loop.last.endOfFile) return false;
+    if (loop.rows == 1 && loop.last.slash) loop.slash = RowSlash::EndsRow;
+    if (loop.last.slash && loop.slash == RowSlash::EndsTable) return false;
+    if (consumeSlashLines(reader) > 0 || keywordIsNext()) return false;
+    ++loop.rows;
+    return true;
+}
+
+bool nextRow(SectionReader& reader, RowStart start) {
+    skipCommentLines(reader);
+    std::string_view line;
+    if (!peekLine(reader, line)) return false;
+    if (isSlashLine(line)) return !nextLine(*reader.cursor, line);
+    return start == RowStart::Number ? !nextLineIsKeyword(reader) : !nextLineIsLoneWord(reader);
+}
+
+}  // namespace kvr

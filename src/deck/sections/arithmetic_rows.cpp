@@ -1,0 +1,80 @@
+#include "deck/sections/arithmetic_rows.hpp"
+
+#include "base/text.hpp"
+#include "deck/reading/unit_copies.hpp"
+#include "model/array_arithmetic.hpp"
+#include "model/cell_box.hpp"
+
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t NameWidth = 8;
+
+std::string nameOf(const std::string& text) {
+    return std::string(trim(std::string_view(text).substr(0, NameWidth)));
+}
+
+void copyBoxRow(const SectionReader& reader, const ArithmeticRow& row) {
+    const EqualsArray* known = reader.keyword == "EQUALS" ? findEqualsArray(row.name) : nullptr;
+    const double factor = known != nullptr && known->isLength ? reader.units->copyLength : 1.0;
+    const CellBox& b = row.box;
+    copyRow(reader, {{0.0, 1.0, row.name},
+                     {row.value, factor, {}},
+                     {static_cast<double>(b.i1), 1.0, {}},
+                     {static_cast<double>(b.i2), 1.0, {}},
+                     {static_cast<double>(b.j1), 1.0, {}},
+                     {static_cast<double>(b.j2), 1.0, {}},
+                     {static_cast<double>(b.k1), 1.0, {}},
+                     {static_cast<double>(b.k2), 1.0, {}}});
+}
+
+}  // namespace
+
+void checkBox(const SectionReader& reader, const GridModel& grid, const CellBox& box) {
+    if (boxFits(grid, box)) return;
+    both(consoleOf(reader), "ERROR :: BOX OUTSIDE THE GRID: {} {} {} {} {} {} IN {} {} {}", box.i1, box.i2,
+         box.j1, box.j2, box.k1, box.k2, grid.NX, grid.NY, grid.NZ);
+    stopAtPlace(reader);
+}
+
+void checkRoom(const SectionReader& reader, const std::vector<ArithmeticRow>& list) {
+    if (list.size() < MaxArithmeticRows) return;
+    ListEnd full;
+    full.error = ListError::TooManyRows;
+    full.errorLine = reader.cursor->lineNumber + 1;
+    full.errorText = fmt::format("more than {} rows", MaxArithmeticRows);
+    checkRead(reader, full);
+}
+
+void endCopiedList(const SectionReader& reader) {
+    if (reader.outputMetric) copyLine(reader, "/");
+}
+
+ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end) {
+    ArithmeticRow row;
+    CellBox& box = row.box;
+    const std::array<ListTarget, 8> targets = {&row.name, &row.value, &box.i1, &box.i2,
+                                               &box.j1,   &box.j2,    &box.k1, &box.k2};
+    end = readList(*reader.cursor, targets);
+    checkRead(reader, end);
+    row.name = nameOf(row.name);
+    checkBox(reader, grid, box);
+    copyBoxRow(reader, row);
+    return row;
+}
+
+ArithmeticRow readCopyRow(SectionReader& reader, ListEnd& end) {
+    ArithmeticRow row;
+    const std::array<ListTarget, 2> targets = {&row.name, &row.secondName};
+    end = readList(*reader.cursor, targets);
+    checkRead(reader, end);
+    row.name = nameOf(row.name);
+    row.secondName = nameOf(row.secondName);
+    copyRow(reader, {{0.0, 1.0, row.name}, {0.0, 1.0, row.secondName}});
+    return row;
+}
+
+}  // namespace kvr

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "deck/reading/section_reader.hpp"
+#include "model/grid.hpp"
+
+#include <vector>
+
+namespace kvr {
+
+/// Rows that each list of array arithmetic holds; one more stops the run.
+inline constexpr std::size_t MaxArithmeticRows = 500;
+
+/// A box outside the grid or with its limits the wrong way round stops with the place.
+void checkBox(const SectionReader& reader, const GridModel& grid, const CellBox& box);
+
+/// Rows of name, value and box: EQUALS and both kinds of MULTIPLY. `keep(row)` is called for each row, whose
+/// box has been checked and whose value is the deck's. Stops on the row beyond MaxArithmeticRows of `list`.
+template <class Keep>
+void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector<ArithmeticRow>& list,
+                 const Keep& keep);
+
+/// One row each, the cursor in front of it. Text is cut to 8 characters.
+ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end);
+ArithmeticRow readCopyRow(SectionReader& reader, ListEnd& end);
+
+/// The slash that closes a list of rows in the unit copies.
+void endCopiedList(const SectionReader& reader);
+
+/// Stops when the list holds no further row.
+void checkRoom(const SectionReader& reader, const std::vector<ArithmeticRow>& list);
+
+template <class Keep>
+void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector<ArithmeticRow>& list,
+                 const Keep& keep) {
+    RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
+    while (nextTableRow(reader, rows)) {
+        checkRoom(reader, list);
+        keep(readBoxRow(reader, grid, rows.last));
+    }
+}
+
+}  // namespace kvr

@@ -1,0 +1,43 @@
+#include "deck/reading/keyword_table.hpp"
+#include "deck/reading/unit_copies.hpp"
+#include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_checks.hpp"
+#include "deck/sections/grid_section.hpp"
+
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+void sayGridKeyword(SectionReader& reader, GridModel&) {
+    lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
+}
+
+/// Kept, not applied: every word, since only conditioning knows which of them act.
+void readMultiply(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    readBoxRows(reader, grid, grid.editRows,
+                [&](ArithmeticRow row) { grid.editRows.push_back(std::move(row)); });
+    endCopiedList(reader);
+}
+
+constexpr std::array Keywords = {
+    KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
+    KeywordRow<GridModel>{"MULTIPLY", readMultiply,
+                          "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
+};
+
+constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",
+                             "File I/O Error, in EDIT Section", "INCLUDE FILE FINISHED, EDIT SECTION"};
+
+}  // namespace
+
+void readEditSection(SectionReader& reader, GridModel& grid) {
+    checkDimensionsKnown(reader, grid);
+    dispatchSection<GridModel>(reader, grid, Keywords, Texts);
+    lineToBoth(consoleOf(reader), "-> Finished Reading EDIT. Move to Next Section");
+}
+
+}  // namespace kvr

@@ -1,0 +1,303 @@
+#include "deck/sections/grid_section.hpp"
+
+#include "base/hard_stop.hpp"
+#include "deck/reading/keyword_table.hpp"
+#include "deck/reading/unit_copies.hpp"
+#include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_checks.hpp"
+#include "model/array_arithmetic.hpp"
+#include "model/block_grid.hpp"
+#include "model/corner_point.hpp"
+#include "model/multipliers.hpp"
+
+#include <array>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace kvr {
+
+namespace {
+
+void sayGridKeyword(SectionReader& reader, GridRecords&) {
+    lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
+}
+
+void beginArray(SectionReader& reader) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+}
+
+// --- arrays of one value per cell ------------------------------------------------------------------
+
+template <CellArray<double> GridModel::*Array>
+void readRock(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    readCellArray(reader, (records.grid.*Array).cells());
+}
+
+template <CellArray<double> GridModel::*Array>
+void readSize(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    readCellArray(reader, (records.grid.*Array).cells(), reader.units->length, reader.units->copyLength);
+    records.grid.blockInput = true;
+}
+
+/// Cell sizes along x also turn the corner formula off.
+void readDx(SectionReader& reader, GridRecords& records) {
+    readSize<&GridModel::DX>(reader, records);
+    records.options.useNewtran = false;
+}
+
+void readActnum(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    std::vector<int> flags(static_cast<std::size_t>(records.grid.NCELLS), 1);
+    readCellArray(reader, std::span<int>(flags));
+    for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell)
+        records.grid.Active[cell] = flags[static_cast<std::size_t>(cell) - 1] != 0 ? 1 : 0;
+}
+
+// --- sizes by axis ---------------------------------------------------------------------------------
+
+/// One size per position of an axis, copied to every cell of that plane.
+void readAxis(SectionReader& reader, GridModel& grid, CellArray<double>& sizes,
+              const CellArray<int>& position, int count) {
+    beginArray(reader);
+    std::vector<double> axis(static_cast<std::size_t>(count), 0.0);
+    readCellArray(reader, std::span<double>(axis), reader.units->length, reader.units->copyLength);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        sizes[cell] = axis[static_cast<std::size_t>(position[cell]) - 1];
+    grid.blockInput = true;
+}
+
+void readDxv(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    readAxis(reader, grid, grid.DX, grid.CellI, grid.NX);
+}
+
+void readDyv(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    readAxis(reader, grid, grid.DY, grid.CellJ, grid.NY);
+}
+
+void readDzv(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    readAxis(reader, grid, grid.DZ, grid.CellK, grid.NZ);
+}
+
+// --- tops ------------------------------------------------------------------------------------------
+
+/// Values of the first layer, or of all cells: only the first layer is used, so that the second reading of
+/// the keyword's data settles whatever else the first one found.
+void readSurface(SectionReader& reader, GridModel& grid) {
+    lineToBoth(consoleOf(reader), "-> Only NX*NY Data Will be Extracted");
+    skipCommentLines(reader);
+    const std::size_t layer = static_cast<std::size_t>(grid.NX) * static_cast<std::size_t>(grid.NY);
+    const std::span<double> tops = grid.TOPS.cells();
+    const UnitSystem& units = *reader.units;
+    DeckCursor& cursor = *reader.cursor;
+    const auto before = std::tuple(cursor.position, cursor.previousLine, cursor.lineNumber);
+    const ListEnd end = readDoubles(cursor, tops, units.length);
+    if (end.error == ListError::None && end.surplus == 0 && static_cast<std::size_t>(end.count) >= layer) {
+        copyArray(reader, std::span<const double>(tops.first(layer)), units.length, units.copyLength);
+        return;
+    }
+    std::tie(cursor.position, cursor.previousLine, cursor.lineNumber) = before;
+    readCellArray(reader, tops.first(layer), units.length, units.copyLength);
+}
+
+void readTops(SectionReader& reader, GridRecords& records) {
+    announce(reader, reader.keyword);
+    readSurface(reader, records.grid);
+}
+
+void readDepthz(SectionReader& reader, GridRecords& records) {
+    announce(reader, "DEPTHZ as TOPS");
+    readSurface(reader, records.grid);
+}
+
+// --- corner point ----------------------------------------------------------------------------------
+
+void readMapaxes(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    checkRead(reader, readDoubles(*reader.cursor, records.grid.mapAxes));
+}
+
+void readCoord(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    beginArray(reader);
+    constexpr std::size_t PillarValues = 6;
+    grid.COORD.assign(
+        PillarValues * static_cast<std::size_t>(grid.NX + 1) * static_cast<std::size_t>(grid.NY + 1), 0.0F);
+    readCellArray(reader, std::span<float>(grid.COORD), reader.units->length, reader.units->copyLength);
+    grid.coordAfterZcorn = !grid.ZCORN.empty();
+}
+
+void buildFromCorners(const SectionReader& reader, GridModel& grid) {
+    CALC_RESERVOIR_COORDINATE_FRMCOORD(grid, reader.units->VolumeFactor);
+    grid.cornerPointInput = true;
+    grid.coordAfterZcorn = false;
+}
+
+void readZcorn(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    beginArray(reader);
+    grid.ZCORN.assign(8 * static_cast<std::size_t>(grid.NCELLS), 0.0F);
+    readCellArray(reader, std::span<float>(grid.ZCORN), reader.units->length, reader.units->copyLength);
+    if (!grid.COORD.empty()) buildFromCorners(reader, grid);
+}
+
+// --- J-function ------------------------------------------------------------------------------------
+
+void readJfunc(SectionReader& reader, GridRecords& records) {
+    RunOptions& options = records.options;
+    beginArray(reader);
+    std::string word;
+    const std::array<ListTarget, 2> targets = {&word, &options.surfaceTension};
+    checkRead(reader, readList(*reader.cursor, targets));
+    options.useJFunction = true;
+    const Console& console = consoleOf(reader);
+    lineToBoth(console, "NOTE :: J-FUCNTION GIVEN, USE ONLY 2nd PARAM, USE DEFAULT FOR ELSE");
+    both(console, ":: SURFACE TENTION = {}", number(options.surfaceTension));
+    lineToBoth(console, "     :: (Will be multiplied by 4.61678)");
+    copyKeyword(reader);
+    copyRow(reader, {{0.0, 1.0, word}, {options.surfaceTension, 1.0, {}}});
+}
+
+// --- array arithmetic ------------------------------------------------------------------------------
+
+void readEquals(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    readBoxRows(reader, grid, grid.equalsRows, [&](ArithmeticRow row) {
+        both(consoleOf(reader), "EQUALS  : {} {}", row.name, number(row.value));
+        const EqualsArray* array = findEqualsArray(row.name);
+        const MultiplierKeyword* multiplier = findMultiplier(row.name);
+        if (array == nullptr && (multiplier == nullptr || multiplier->target != MultiplierTarget::Trans))
+            reportNotSupported(reader, row.name);
+        if (array != nullptr && array->isLength) row.value *= reader.units->length;
+        if (array != nullptr && array->isBlockSize) {
+            grid.blockInput = true;
+            records.options.useNewtran = false;
+        }
+        grid.equalsRows.push_back(std::move(row));
+    });
+    endCopiedList(reader);
+}
+
+void readCopy(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
+    while (nextTableRow(reader, rows)) {
+        checkRoom(reader, grid.copyRows);
+        ArithmeticRow row = readCopyRow(reader, rows.last);
+        both(consoleOf(reader), "COPY : {} -> {}", row.name, row.secondName);
+        for (const std::string& name : {row.name, row.secondName})
+            if (findCopyArray(name) == nullptr) reportNotSupported(reader, name);
+        grid.copyRows.push_back(std::move(row));
+    }
+    endCopiedList(reader);
+}
+
+void readMultiply(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
+        both(consoleOf(reader), "MULTIPLY : {} By {}", row.name, number(row.value));
+        if (findMultiplier(row.name) == nullptr) reportNotSupported(reader, row.name);
+        grid.multiplyRows.push_back(std::move(row));
+    });
+    endCopiedList(reader);
+}
+
+using Row = KeywordRow<GridRecords>;
+
+constexpr std::array Keywords = {
+    Row{"GRID", sayGridKeyword, "the section word"},
+    Row{"MAPAXES", readMapaxes, "six map coordinates, kept for streamline files"},
+    Row{"COORD", readCoord, "pillars, six values each"},
+    Row{"ZCORN", readZcorn, "depths of the corners, eight per cell; the geometry is built from them"},
+    Row{"DX", readDx, "cell sizes along x, one per cell; turns the corner formula off"},
+    Row{"DY", readSize<&GridModel::DY>, "cell sizes along y, one per cell"},
+    Row{"DZ", readSize<&GridModel::DZ>, "cell sizes along z, one per cell"},
+    Row{"DXV", readDxv, "cell sizes along x, one per column"},
+    Row{"DYV", readDyv, "cell sizes along y, one per row"},
+    Row{"DZV", readDzv, "cell sizes along z, one per layer"},
+    Row{"TOPS", readTops, "depths of the tops of the first layer; values of lower layers are not used"},
+    Row{"DEPTHZ", readDepthz, "as TOPS"},
+    Row{"PORO", readRock<&GridModel::PORO>, "porosity, one value per cell"},
+    Row{"PERMX", readRock<&GridModel::PERMX>, "permeability along x in md, one value per cell"},
+    Row{"PERMY", readRock<&GridModel::PERMY>, "permeability along y in md, one value per cell"},
+    Row{"PERMZ", readRock<&GridModel::PERMZ>, "permeability along z in md, one value per cell"},
+    Row{"NTG", readRock<&GridModel::NTG>, "net-to-gross ratio, one value per cell"},
+    Row{"ACTNUM", readActnum, "1 active, 0 inactive, one value per cell"},
+    Row{"JFUNC", readJfunc, "J-function: a word and the surface tension"},
+    Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},
+    Row{"MULTIPLY", readMultiply, "multiplies PERMX, PERMY, PERMZ, PORV, MULTX, MULTY, MULTZ over a box"},
+    Row{"EQUALS", readEquals, "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS over a box"},
+    Row{"RPTGRID", neglect<GridRecords>, "neglected"},
+};
+
+constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at GRID section",
+                             "File I/O Error, in GRID Section", "INCLUDE FILE FINISHED, GRID SECTION"};
+
+// --- end of the section ----------------------------------------------------------------------------
+
+/// Corner-point input stands, with its formula, whatever block sizes came beside it.
+void completeGeometry(const SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    const bool corners = !grid.COORD.empty() && !grid.ZCORN.empty();
+    if (corners) {
+        if (grid.coordAfterZcorn || grid.blockInput) buildFromCorners(reader, grid);
+        if (grid.blockInput) records.options.useNewtran = true;
+        grid.blockInput = false;
+        return;
+    }
+    if (!grid.blockInput) return;
+    const Console& console = consoleOf(reader);
+    lineToBoth(console, "-> Calculating Geometry...");
+    fillTopsBelow(grid);
+    buildBlockGrid(grid, reader.units->VolumeFactor);
+    lineToBoth(console, "-> Geometry Generated successfully.");
+}
+
+void leaveCornerPointDeck(const SectionReader& reader, const GridModel& grid) {
+    const int status =
+        writeCornerPointDeck(grid, reader.units->length, reader.workingFolder + CornerPointDeckName);
+    if (status == 0) return;
+    const Console& console = consoleOf(reader);
+    lineToBoth(console, "ERROR: File Open Error");
+    lineToBoth(console, "ERROR: File handling Error");
+    both(console, "ERROR: File handling error, code = {}", status);
+    lineToBoth(console, "Cannot create file for output. Check Directry path.");
+    hardStop(console);
+}
+
+void warnOfUnusedCopies(const SectionReader& reader, const GridModel& grid) {
+    if (grid.copyRows.size() <= AppliedCopyRows) return;
+    both(consoleOf(reader), "WARNING :: {} COPY ROWS, ONLY THE FIRST {} ARE APPLIED", grid.copyRows.size(),
+         AppliedCopyRows);
+}
+
+}  // namespace
+
+void readGridSection(SectionReader& reader, GridRecords& records) {
+    GridModel& grid = records.grid;
+    checkDimensionsKnown(reader, grid);
+    const ArithmeticStart start = arithmeticRowsSoFar(grid);
+    dispatchSection<GridRecords>(reader, records, Keywords, Texts);
+    lineToBoth(consoleOf(reader), "-> Finished Reading GRID. Move to Next Section");
+
+    applyArithmetic(grid, start);
+    warnOfUnusedCopies(reader, grid);
+    completeGeometry(reader, records);
+    settleActivity(reader, grid);
+    checkGridArrays(reader, grid);
+    if (grid.blockInput) leaveCornerPointDeck(reader, grid);
+}
+
+}  // namespace kvr

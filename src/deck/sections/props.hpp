@@ -1,0 +1,18 @@
+#pragma once
+
+#include "deck/options.hpp"
+#include "deck/reading/section_reader.hpp"
+#include "fluid/tables.hpp"
+
+namespace kvr {
+
+/// What PROPS reads and writes.
+struct PropsRecords {
+    const RunOptions& options;
+    FluidTables& tables;
+};
+
+/// Reads the section and finishes the tables.
+void readProps(SectionReader& reader, PropsRecords& records);
+
+}  // namespace kvr

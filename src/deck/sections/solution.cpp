@@ -1,0 +1,222 @@
+#include "deck/sections/solution.hpp"
+
+#include "deck/reading/keyword_table.hpp"
+#include "deck/reading/unit_copies.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+void readEquil(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
+    skipCommentLines(reader);
+    std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
+    checkRead(reader, readDoubles(*reader.cursor, items));
+    InitialConditions& initial = records.initial;
+    const UnitSystem& units = *reader.units;
+    initial.datumDepth = items[0] * units.length;
+    initial.datumPressure = items[1] * units.pressure;
+    initial.wocDepth = items[2] * units.length;
+    initial.gocDepth = items[4] * units.length;
+    initial.equilibrationMode = true;
+    copyKeyword(reader);
+    copyRow(reader, {{items[0], units.copyLength},
+                     {items[1], units.copyPressure},
+                     {items[2], units.copyLength},
+                     {items[3], units.copyPressure},
+                     {items[4], units.copyLength}});
+}
+
+/// A whole array of the initial state; given behind EQUIL it takes EQUIL's place.
+void readStateArray(SectionReader& reader, SolutionRecords& records, std::string_view text,
+                    CellArray<double>& values, bool& given, double factor = 1.0, double copyFactor = 1.0) {
+    announce(reader, text);
+    skipCommentLines(reader);
+    values.assign(records.grid.NCELLS, 0.0);
+    readCellArray(reader, values.cells(), factor, copyFactor);
+    given = true;
+    records.initial.equilibrationMode = false;
+}
+
+void readPressure(SectionReader& reader, SolutionRecords& records) {
+    readStateArray(reader, records, "FIELD PRESSURE by MANUAL", records.initial.initialPressure,
+                   records.initial.pressureGiven, reader.units->pressure, reader.units->copyPressure);
+}
+
+void readSwat(SectionReader& reader, SolutionRecords& records) {
+    readStateArray(reader, records, "FIELD WATER SATURATION by MANUAL", records.initial.initialSwat,
+                   records.initial.swatGiven);
+}
+
+void readSgas(SectionReader& reader, SolutionRecords& records) {
+    readStateArray(reader, records, "FIELD GAS SATURATION by MANUAL", records.initial.initialSgas,
+                   records.initial.sgasGiven);
+}
+
+void readSoil(SectionReader& reader, SolutionRecords& records) {
+    readStateArray(reader, records, "FIELD OIL SATURATION by MANUAL", records.initial.initialSoil,
+                   records.initial.soilGiven);
+}
+
+void readRs(SectionReader& reader, SolutionRecords& records) {
+    readStateArray(reader, records, "FIELD Solution GOR by MANUAL", records.initial.initialRs,
+                   records.initial.rsGiven, reader.units->gasRatio);
+}
+
+void readRsvd(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, "FIELD Solution GOR by Depth Table");
+    InitialConditions& initial = records.initial;
+    initial.rsTableDepth.clear();
+    initial.rsTableRs.clear();
+    copyKeyword(reader);
+    const UnitSystem& units = *reader.units;
+    RowLoop rows{RowSlash::EndsTable, RowStart::Number};
+    while (nextTableRow(reader, rows)) {
+        std::array<double, 2> row{};
+        rows.last = readDoubles(*reader.cursor, row);
+        checkRead(reader, rows.last);
+        if (rows.last.count == 0) continue;
+        initial.rsTableDepth.push_back(row[0] * units.length);
+        initial.rsTableRs.push_back(row[1] * units.gasRatio);
+        copyRow(reader, {{row[0], units.copyLength}, {row[1]}});
+    }
+}
+
+bool hasComponents(SectionReader& reader, const SolutionRecords& records) {
+    if (records.options.componentCount > 0) return true;
+    skipKeywordData(reader);
+    return false;
+}
+
+void readNei(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, "FIELD Composition");
+    skipCommentLines(reader);
+    if (!hasComponents(reader, records)) return;
+    const int components = records.options.componentCount;
+    std::vector<double> composition(static_cast<std::size_t>(components), 0.0);
+    readCellArray(reader, composition);
+    DirectionArray<double>& initialZ = records.initial.initialZ;
+    initialZ.assign(records.grid.NCELLS, components, 0.0);
+    for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
+        std::copy(composition.begin(), composition.end(), initialZ.row(cell));
+    }
+}
+
+void readZmf(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, "FIELD Composition, each grid block");
+    skipCommentLines(reader);
+    if (!hasComponents(reader, records)) return;
+    DirectionArray<double>& initialZ = records.initial.initialZ;
+    initialZ.assign(records.grid.NCELLS, records.options.componentCount, 0.0);
+    const auto cellZero = static_cast<std::size_t>(initialZ.width);  // values of the unused slot
+    readCellArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
+}
+
+void readRestart(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    std::string name;  // the header name of the run stands for it
+    const std::array<ListTarget, 2> targets = {&name, &records.options.restartStep};
+    checkRead(reader, readList(*reader.cursor, targets));
+}
+
+using Row = KeywordRow<SolutionRecords>;
+constexpr std::array Keywords = {
+    Row{"RPTSOL", neglect<SolutionRecords>, "neglected"},
+    Row{"RPTRST", neglectRestartReports<SolutionRecords>, "neglected"},
+    Row{"EQUIL", readEquil, "datum depth and pressure, WOC depth, Pc there, GOC depth"},
+    Row{"PRESSURE", readPressure, "initial pressure, one value per cell"},
+    Row{"SWAT", readSwat, "initial water saturation, one value per cell"},
+    Row{"SGAS", readSgas, "initial gas saturation, one value per cell"},
+    Row{"SOIL", readSoil, "initial oil saturation, one value per cell"},
+    Row{"RSVD", readRsvd, "rows of depth and solution gas ratio"},
+    Row{"RS", readRs, "initial solution gas ratio, one value per cell"},
+    Row{"NEI", readNei, "initial composition, the same in all cells"},
+    Row{"ZMF", readZmf, "initial composition, one per cell"},
+    Row{"RESTART", readRestart, "name and step of a restart"},
+};
+// RUNSPEC is the required text of this section.
+constexpr IncludeTexts Texts{"ERROR: File handling error, code =", "Include file missing, RUNSPEC section",
+                             "INCLUDE FILE FINISHED, SOLUTION SECTION", true};
+
+bool belowResidual(const SolutionRecords& records, CellId cell) {
+    const auto region = static_cast<std::size_t>(records.grid.SATNUM[cell]) - 1;
+    if (region >= records.tables.regions.size()) return false;
+    const SaturationTable& table = records.tables.regions[region];
+    const InitialConditions& initial = records.initial;
+    const double sw = initial.initialSwat[cell];
+    const double so = initial.soilGiven ? initial.initialSoil[cell] : 1.0 - sw - initial.initialSgas[cell];
+    return (initial.swatGiven && sw < table.ConnateSw) || so < table.ResidualSo;
+}
+
+void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
+    for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
+        if (records.grid.Active[cell] == 0) continue;
+        if (belowResidual(records, cell)) {
+            both(consoleOf(reader), " WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
+        }
+        if (records.initial.initialPressure[cell] == 0.0) {
+            both(consoleOf(reader), "WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell);
+        }
+    }
+}
+
+struct RegionRecords {
+    GridModel& grid;
+};
+
+void readSatnum(SectionReader& reader, RegionRecords& records) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    readCellArray(reader, records.grid.SATNUM.cells());
+}
+
+constexpr std::array RegionKeywords = {
+    KeywordRow<RegionRecords>{"SATNUM", readSatnum, "saturation table number, one per cell"},
+};
+// GRID is the required text of this section.
+constexpr IncludeTexts RegionTexts{"ERROR: INCLUDE File Open Error at GRID section",
+                                   "File I/O Error, in GRID Section",
+                                   "INCLUDE FILE FINISHED, REGIONS SECTION"};
+
+}  // namespace
+
+void sizeInitialArrays(const GridModel& grid, InitialConditions& initial) {
+    for (CellArray<double>* values : {&initial.initialPressure, &initial.initialSwat, &initial.initialSgas,
+                                      &initial.initialSoil, &initial.initialRs}) {
+        if (values->count() != grid.NCELLS) values->assign(grid.NCELLS, 0.0);
+    }
+}
+
+void readSolution(SectionReader& reader, SolutionRecords& records) {
+    dispatchSection<SolutionRecords>(reader, records, Keywords, Texts);
+    lineToBoth(consoleOf(reader), "-> Finished Reading SOLUTION. Move to Next Section");
+    if (records.initial.rsTableDepth.empty()) {
+        lineToBoth(consoleOf(reader),
+                   "No RS-Depth(RSVD) Table - Table is assumed inside the code while not used");
+    }
+    if (records.initial.equilibrationMode) return;
+    checkArrays(reader, records);
+}
+
+void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid) {
+    RegionRecords records{grid};
+    dispatchSection<RegionRecords>(reader, records, RegionKeywords, RegionTexts);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.SATNUM[cell] >= 1 && grid.SATNUM[cell] <= options.maxRockTables) continue;
+        both(consoleOf(reader), "WARNING :: SATNUM, GRID {} IS OUT OF RANGE. SET AS 1 ", cell);
+        grid.SATNUM[cell] = 1;
+    }
+}
+
+void readSummary(SectionReader& reader) {
+    struct NoRecords {
+    } nothing;
+    dispatchSection<NoRecords>(reader, nothing, {}, NoInclude);
+}
+
+}  // namespace kvr

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/text.hpp"
+#include "deck/sections/schedule_section.hpp"
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace kvr {
+
+// What the well keywords share: the row as read, the wells that its name stands for, and its values in
+// internal units.
+
+/// The step that rows are read into.
+ScheduleStep& presentStep(ScheduleRecords& records);
+
+/// A name of a well, group or stream: without blanks around it, the first eight characters.
+std::string wellName(const std::string& text);
+
+/// The well of the step with just this name; null where there is none.
+ScheduleWell* findWell(ScheduleStep& step, const std::string& name);
+
+/// Where the reader stands.
+DeckPlace placeOf(const SectionReader& reader);
+
+/// Tells of a row whose name stands for no well.
+void tellUnknownWell(const SectionReader& reader, const std::string& name);
+
+/// Calls `change` for every known well that the name stands for.
+template <class Change>
+void forNamedWells(const SectionReader& reader, ScheduleStep& step, const std::string& text,
+                   const Change& change) {
+    const std::string name(trim(text));
+    bool found = false;
+    if (name.ends_with('*')) {
+        const std::string letters = name.substr(0, name.size() - 1);
+        for (ScheduleWell& well : step.wells) {
+            if (!well.name.starts_with(letters)) continue;
+            found = true;
+            change(well);
+        }
+    } else if (ScheduleWell* well = findWell(step, wellName(name)); well != nullptr) {
+        found = true;
+        change(*well);
+    }
+    if (!found) tellUnknownWell(reader, name);
+}
+
+/// Reads one row; the targets keep their values where the row defaults them.
+template <std::size_t Count>
+void readRow(SectionReader& reader, const std::array<ListTarget, Count>& targets) {
+    checkRead(reader, readList(*reader.cursor, targets));
+}
+
+/// A rate in internal units; one that is negative or beyond belief is told of and becomes 0.
+double rateFrom(const SectionReader& reader, double deckRate, double factor);
+
+/// A bottom-hole pressure in psia; 0 and less count as not given, one beyond belief is told of: both become
+/// `fallBack`.
+double pressureFrom(const SectionReader& reader, double deckPressure, double fallBack);
+
+}  // namespace kvr

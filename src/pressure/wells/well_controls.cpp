@@ -1,0 +1,268 @@
+#include "pressure/wells/well_controls.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "pressure/wells/well_index.hpp"
+#include "pressure/wells/well_listing.hpp"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t ControlLetters = 2;  // of a control word that are compared
+
+struct ControlWord {
+    std::string_view letters;  // upper case
+    std::string_view control;
+};
+constexpr ControlWord ProducerControls[] = {{"OR", "orat"}, {"WR", "wrat"}, {"GR", "grat"},
+                                            {"LR", "lrat"}, {"RE", "resv"}, {"BH", "bhp"}};
+constexpr ControlWord InjectorControls[] = {{"RA", "rate"}, {"BH", "bhp"}};
+constexpr ControlWord InjectedFluids[] = {{"O", "oil"}, {"W", "wat"}, {"G", "gas"}};
+
+/// The lower-case word of the row whose letters begin `word`; blank when none does.
+std::string matchWord(std::span<const ControlWord> rows, std::string_view word, std::size_t letters) {
+    const std::string start = toUpper(trim(word).substr(0, letters));
+    for (const ControlWord& row : rows)
+        if (start == row.letters) return std::string(row.control);
+    return {};
+}
+
+bool isShutStatus(std::string_view status) {
+    const std::string letters = toUpper(trim(status).substr(0, ControlLetters));
+    return letters == "SH" || letters == "ST";
+}
+
+[[noreturn]] void stopAtControl(const Console& console, const ScheduleWell& source,
+                                std::string_view screenText, std::string_view logText) {
+    lineToScreen(console, screenText);
+    lineToLog(console, logText);
+    both(console, "Well {}: control '{}', fluid '{}'; introduced in {}, line {}", source.name, source.control,
+         source.injType, source.place.fileName, source.place.lineNumber);
+    hardStop(console);
+}
+
+[[noreturn]] void stopAtLocation(const Console& console, const std::string& name, const DeckPlace& place) {
+    lineToBoth(console, "ERROR :: Invailed Well Input Data (Location)");
+    both(console, "Well {}: {}, line {}", name, place.fileName, place.lineNumber);
+    hardStop(console);
+}
+
+double producerTarget(const Well& well) {
+    if (well.deckControl == "orat") return well.targetOil;
+    if (well.deckControl == "wrat") return well.targetWater;
+    if (well.deckControl == "grat") return well.targetGas;
+    if (well.deckControl == "lrat") return well.targetLiquid;
+    if (well.deckControl == "resv") return well.targetResv;
+    return 0.0;
+}
+
+void assignProducer(const Console& console, const ScheduleWell& source, Well& well) {
+    well.WellKind = "prd";
+    well.deckControl = matchWord(ProducerControls, source.control, ControlLetters);
+    if (well.deckControl.empty())
+        stopAtControl(console, source, "Invalid producer control type", "INVALID PRODUCER CONTROL TYPE.");
+    well.targetOil = -source.prodOil;
+    well.targetWater = -source.prodWater;
+    well.targetGas = -source.prodGas;
+    well.targetLiquid = -source.prodLiquid;
+    well.targetResv = -source.prodResv;
+    well.TargetRate = producerTarget(well);
+    well.BhpLimit = source.prodBhp > 0.0 ? source.prodBhp : DefaultProducerBhp;
+}
+
+void assignInjector(const Console& console, const ScheduleWell& source, Well& well) {
+    well.WellKind = "inj";
+    well.deckControl = matchWord(InjectorControls, source.control, ControlLetters);
+    well.InjectFluid = matchWord(InjectedFluids, source.injType, 1);
+    if (well.deckControl.empty() || well.InjectFluid.empty())
+        stopAtControl(console, source, "Invalid injector control type", "INVALID INJECTOR CONTROL TYPE.");
+    if (well.InjectFluid == "oil") well.targetOil = source.injRate;
+    if (well.InjectFluid == "wat") well.targetWater = source.injRate;
+    if (well.InjectFluid == "gas") well.targetGas = source.injRate;
+    well.targetResv = source.injResv;
+    well.TargetRate = well.deckControl == "rate" ? source.injRate : 0.0;
+    well.BhpLimit = source.injBhp > 0.0 ? source.injBhp : DefaultInjectorBhp;
+}
+
+/// A well that no control keyword has named, or that is shut without a control: on the list, no flow.
+void assignIdle(const ScheduleWell& source, Well& well) {
+    well.WellKind = source.isInjector ? "inj" : "prd";
+    well.deckControl = source.isInjector ? "rate" : "orat";
+    if (source.isInjector) well.InjectFluid = matchWord(InjectedFluids, source.injType, 1);
+    if (source.isInjector && well.InjectFluid.empty()) well.InjectFluid = "wat";
+    well.BhpLimit = source.isInjector ? source.injBhp : source.prodBhp;
+    well.shut = true;
+}
+
+Well assignControl(const Console& console, const ScheduleWell& source) {
+    Well well;
+    well.WellName = source.name;
+    well.LocI = source.headI;
+    well.LocJ = source.headJ;
+    well.tracerConcentration = source.tracerConcentration;
+    well.injectedTracers = source.injectedTracers;
+    well.injectionStream = source.injectionStream;
+    const bool shutStatus = isShutStatus(source.status);
+    if (!source.hasControl || (shutStatus && trim(source.control).empty()))
+        assignIdle(source, well);
+    else if (source.isInjector)
+        assignInjector(console, source, well);
+    else
+        assignProducer(console, source, well);
+    well.WellControl = well.deckControl;
+    well.shut = well.shut || shutStatus || (isRateControlled(well) && well.TargetRate == 0.0);
+    if (!isRateControlled(well)) well.Bhp = well.BhpLimit;
+    return well;
+}
+
+// --- completions -----------------------------------------------------------------------------------
+
+/// Connections while the rows of a step are gone through: a later row for a cell replaces the earlier.
+struct OpenCompletion {
+    WellConnection connection;
+    bool open = true;
+};
+struct WellCompletions {
+    std::vector<OpenCompletion> list;
+    std::unordered_map<CellId, std::size_t> placeOfCell;
+};
+
+bool insideGrid(const GridModel& grid, int i, int j) {
+    return i >= 1 && i <= grid.NX && j >= 1 && j <= grid.NY;
+}
+
+WellConnection connectionOfRow(const ScheduleCompletion& row, CellId cell) {
+    WellConnection connection;
+    connection.ConnCell = cell;
+    connection.ConnDirection = row.direction;
+    connection.WellRadius = 0.5 * row.diameter;
+    connection.Skin = static_cast<double>(row.skin);
+    connection.ConnFactor = row.transFactor;
+    return connection;
+}
+
+void addCell(const ScheduleCompletion& row, CellId cell, WellCompletions& completions) {
+    const OpenCompletion completion{connectionOfRow(row, cell), !isShutStatus(row.status)};
+    const auto [place, isNew] = completions.placeOfCell.try_emplace(cell, completions.list.size());
+    if (isNew)
+        completions.list.push_back(completion);
+    else
+        completions.list[place->second] = completion;
+}
+
+/// Checks one row and adds its cells to the well's list, in the order in which the row runs.
+void addRow(const Console& console, const GridModel& grid, const ScheduleCompletion& row, Well& well,
+            WellCompletions& completions) {
+    const int i = row.i > 0 ? row.i : well.LocI;
+    const int j = row.j > 0 ? row.j : well.LocJ;
+    const int top = std::min(row.k1, row.k2);
+    const int bottom = std::max(row.k1, row.k2);
+    const bool valid = row.i >= 0 && row.j >= 0 && insideGrid(grid, i, j) && top >= 1 && bottom <= grid.NZ;
+    if (!valid || !(row.diameter > 0.0)) stopAtLocation(console, well.WellName, row.place);
+    if (completions.list.empty()) {
+        well.WellRadius = 0.5 * row.diameter;
+        well.Skin = static_cast<double>(row.skin);
+        well.ConnFactor = row.transFactor;
+        well.TopK = top;
+        well.BottomK = bottom;
+    }
+    well.TopK = std::min(well.TopK, top);
+    well.BottomK = std::max(well.BottomK, bottom);
+    const int step = row.k1 <= row.k2 ? 1 : -1;
+    for (int k = row.k1;; k += step) {
+        addCell(row, cellIndex(grid, i, j, k), completions);
+        if (k == row.k2) break;
+    }
+}
+
+void keepOpenCompletions(WellCompletions& completions, Well& well) {
+    for (OpenCompletion& completion : completions.list) {
+        if (!completion.open) continue;
+        well.connections.push_back(completion.connection);
+        well.connections.back().completion = static_cast<int>(well.connections.size());
+    }
+    well.shut = well.shut || well.connections.empty();
+}
+
+void assignCompletions(const Console& console, const GridModel& grid, const ScheduleStep& step,
+                       WellRecord& wells) {
+    std::unordered_map<std::string_view, std::size_t> wellOfName;
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) wellOfName.emplace(wells.wells[w].WellName, w);
+    std::vector<WellCompletions> completions(wells.wells.size());
+    for (const ScheduleCompletion& row : step.completions) {
+        const auto found = wellOfName.find(row.wellName);
+        if (found == wellOfName.end()) continue;
+        addRow(console, grid, row, wells.wells[found->second], completions[found->second]);
+    }
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        if (!insideGrid(grid, wells.wells[w].LocI, wells.wells[w].LocJ))
+            stopAtLocation(console, wells.wells[w].WellName, step.wells[w].place);
+        keepOpenCompletions(completions[w], wells.wells[w]);
+    }
+}
+
+// --- the rest of the table ---------------------------------------------------------------------------
+
+/// Rate wells that were open before start from the bottom-hole pressure that they had.
+void carryBottomHolePressures(const WellRecord& before, WellRecord& wells) {
+    std::unordered_map<std::string_view, const Well*> old;
+    for (const Well& well : before.wells) old.emplace(well.WellName, &well);
+    for (Well& well : wells.wells) {
+        const auto found = old.find(well.WellName);
+        if (found == old.end() || !isRateControlled(well)) continue;
+        if (!found->second->shut && found->second->WellKind == well.WellKind) well.Bhp = found->second->Bhp;
+    }
+}
+
+void warnOfConnectionsWithoutFlow(const Console& console, const WellRecord& wells) {
+    for (const Well& well : wells.wells)
+        for (const WellConnection& connection : well.connections)
+            if (connection.ConnWI <= 0.0)
+                both(console, "WARNING :: Well {} has no flow through cell {}", well.WellName,
+                     connection.ConnCell);
+}
+
+bool phaseIsPresent(const RunOptions& options, std::string_view fluid) {
+    if (fluid == "gas") return options.hasGas;
+    return fluid == "oil" ? options.hasOil : options.hasWater;
+}
+
+void warnOfAbsentPhases(const Console& console, const RunOptions& options, const WellRecord& wells) {
+    for (const Well& well : wells.wells)
+        if (isInjector(well) && !well.shut && !phaseIsPresent(options, well.InjectFluid))
+            both(console, "WARNING :: Well {} injects {}, which is not a phase of this run", well.WellName,
+                 well.InjectFluid);
+}
+
+int countRateWells(const WellRecord& wells) {
+    return static_cast<int>(std::count_if(wells.wells.begin(), wells.wells.end(), isRateControlled));
+}
+
+}  // namespace
+
+void AssignWells(int stepIndex, const Console& console, const RunOptions& options, const UnitSystem& units,
+                 const Schedule& schedule, const GridModel& grid, WellRecord& wells) {
+    WellRecord assigned;
+    if (stepIndex >= 1 && static_cast<std::size_t>(stepIndex) <= schedule.steps.size()) {
+        const ScheduleStep& step = schedule.steps[static_cast<std::size_t>(stepIndex) - 1];
+        for (const ScheduleWell& source : step.wells)
+            assigned.wells.push_back(assignControl(console, source));
+        assignCompletions(console, grid, step, assigned);
+    }
+    if (stepIndex > 1) carryBottomHolePressures(wells, assigned);
+    assigned.RateWellCount = countRateWells(assigned);
+    computeWellIndices(grid, assigned);
+    wells = std::move(assigned);
+    listWellControls(console, units, wells);
+    listConnections(console, grid, wells);
+    warnOfConnectionsWithoutFlow(console, wells);
+    warnOfAbsentPhases(console, options, wells);
+}
+
+}  // namespace kvr

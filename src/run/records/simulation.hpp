@@ -1,0 +1,67 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "deck/options.hpp"
+#include "deck/schedule.hpp"
+#include "eclipse/output_record.hpp"
+#include "fluid/initial_conditions.hpp"
+#include "fluid/tables.hpp"
+#include "implicit/implicit_work.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/pressure_work.hpp"
+#include "pressure/records/velocity_field.hpp"
+#include "pressure/wells/wells.hpp"
+#include "report/balance_record.hpp"
+#include "run/records/clock.hpp"
+#include "run/records/output_streams.hpp"
+#include "run/records/stage_times.hpp"
+#include "streamline/line_stage.hpp"
+#include "streamline/mapping/mapping_sums.hpp"
+#include "streamline/tracing/launch_plan.hpp"
+#include "streamline/tracing/streamline_record.hpp"
+
+namespace kvr {
+
+/// The records of one run. Made in main and handed down by reference: only the driver and the stages
+/// directly under it see it whole; everything below takes the records it needs.
+struct Simulation {
+    Console console;
+    OutputStreams outputs;
+    UnitSystem units;
+    RunOptions options;
+    Schedule schedule;
+    RunClock clock;
+    StageTimes times;
+    StatusLine status;       // what the console shows while it is a terminal
+    double loopStart = 0.0;  // s, wall clock at the start of the time loop
+
+    GridModel grid;
+    ConnectionTable connections;
+    FluidTables fluids;
+    InitialConditions initial;
+
+    CellState state;           // present
+    CellState timeLevel;       // start of the pressure step, for accumulation and step cuts
+    CellState iterationStart;  // old level of a step with global iterations
+    PressureStage pressure;
+    PressureWork pressureWork;
+    WellRecord wells;
+    WellRecord timeLevelWells;
+    ImplicitWork implicit;
+    VelocityField velocity;
+
+    LaunchPlan launch;
+    CellTags tags;
+    ExitFlags exitFlags;
+    MappingSums mapping;
+    LineStage lines;
+    double flatBedValue = -1.0;  // ft; largest lateral depth difference, kept for the run; negative: unset
+
+    BalanceRecord balance;
+    EclipseOutput eclipse;
+};
+
+}  // namespace kvr

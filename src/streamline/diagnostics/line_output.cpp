@@ -1,0 +1,65 @@
+#include "streamline/diagnostics/line_output.hpp"
+
+namespace kvr {
+
+namespace {
+
+constexpr double ReportSlack = 1e-8;  // days to a report time that count as none
+
+/// Somebody looks at the pair table.
+bool tablesPairs(const RunOptions& o) {
+    return isOn(o, OutputSwitch::View) || o.outputSensitivity || o.historyMatch || o.rateOptimization ||
+           o.equalArrival;
+}
+
+PlottedLine plotted(const LineResult& result, const Simulation& s) {
+    const PairTable& pairs = s.lines.pairs;
+    PlottedLine line{result.record, !s.lines.field.fromInjector, {}};
+    if (result.solved) line.Sw = result.contribution.Sw;
+    line.injector = injectorIndex(s.wells, pairs, result.record.injector);
+    line.producer = producerIndex(s.wells, pairs, result.record.producer);
+    line.connection = connectionNumber(pairs, line.injector, line.producer);
+    return line;
+}
+
+void plot(const LineResult& result, int iterationsLeft, Simulation& s) {
+    if (!isOpen(s.lines.plot) || iterationsLeft >= 1) return;
+    writePlotLine(s.options, s.grid, s.fluids, s.state, plotted(result, s), s.lines.plot);
+}
+
+}  // namespace
+
+void openLineOutput(double remainingToReport, Simulation& simulation) {
+    Simulation& s = simulation;
+    if (remainingToReport >= ReportSlack) return;
+    if (isOn(s.options, OutputSwitch::ViewOrLines)) restartLineGeometry(s.console, s.grid, s.outputs);
+    if (!isOn(s.options, OutputSwitch::Lines)) return;
+    openLinePlot(s.console, s.outputs, s.grid, s.state, s.clock.time + s.clock.dt, s.lines.plot);
+}
+
+void putLaunchedLine(const LineResult& result, int iterationsLeft, Simulation& simulation) {
+    Simulation& s = simulation;
+    const StreamlineRecord& record = result.record;
+    if (record.status == TraceStatus::Rejected) return;
+    if (record.status == TraceStatus::ReachedWell && tablesPairs(s.options)) {
+        addToPair(s.wells, {record.injector, record.producer, s.launch.LineFlux, result.end.waterFraction},
+                  s.lines.pairs);
+        keepFastest(s.wells, s.grid, record, !s.lines.field.fromInjector, s.lines.pairs);
+    }
+    plot(result, iterationsLeft, s);
+}
+
+void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& simulation) {
+    Simulation& s = simulation;
+    plot(result, iterationsLeft, s);
+    const bool oneSide = s.lines.pairs.injectors == 0 || s.lines.pairs.producers == 0;
+    const bool shown = result.record.status == TraceStatus::ReachedWell || oneSide;
+    if (isOn(s.options, OutputSwitch::Lines) && shown && !isOn(s.options, OutputSwitch::View))
+        writeLineGeometry(s.grid, plotted(result, s), stream(s.outputs, OutputFile::RunStreamline));
+}
+
+void closeLineOutput(Simulation& simulation) {
+    closeLinePlot(simulation.lines.plot);
+}
+
+}  // namespace kvr

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+#include "model/connections.hpp"
+#include "streamline/transport/node_data.hpp"
+#include "streamline/transport/solver_line.hpp"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kvr {
+
+/// What one line moves from each traced node to the next over a step, surface volume per unit of the flow of
+/// the line: [n] from node n to node n + 1.
+struct LinePassage {
+    std::vector<double> water, oil, gas;
+    std::vector<double> solver;  // work: the same between solver nodes
+};
+
+void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage);
+
+/// Passage of an advanced line of `step` days whose nodes kept their amounts, from what every node has
+/// gained since its cell's `nodes` were loaded: with P(i) the integral of F(i) over the step
+///   P(0) = F(0) step,  P(i) = (P(i-1) inflowRate(i) - (C(i) - C_start(i))) / outflowRate(i)
+/// so that source terms and clamped amounts are in it. A regridded line takes P linear in time of flight
+/// between solver nodes.
+void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLine& line,
+                 LinePassage& passage);
+
+/// Flow of the lines through the face between a cell and its neighbour on the high side of axis 1..3, and
+/// surface amounts that they took through it over the step; positive toward the neighbour.
+struct FaceTransfer {
+    DirectionArray<double> flow, water, oil, gas;
+};
+
+void clearTransfer(CellId cells, FaceTransfer& transfer);
+
+/// Adds a line of `cells` [1..count] that stands for `flow`. Steps between two cells that are both set in
+/// `covered` (empty: none is) are left out.
+void addPassage(const ConnectionTable& connections, std::span<const CellId> cells, int count, double flow,
+                const CellArray<std::uint8_t>& covered, const LinePassage& passage, FaceTransfer& transfer);
+
+/// The face of a cell in the transfer: its low neighbour holds the low faces. cell 0 where there is none.
+struct TransferFace {
+    CellId cell = 0;
+    int axis = 1;
+};
+TransferFace transferFace(const ConnectionTable& connections, CellId cell, int face);
+
+}  // namespace kvr

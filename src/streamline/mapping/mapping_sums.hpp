@@ -1,0 +1,18 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <cstdint>
+
+namespace kvr {
+
+/// Sums of the mapping, cleared at the end of each streamline step. Weight is residence time, days.
+struct MappingSums {
+    CellArray<double> weight, water, oil, gas, bubblePoint;
+    DirectionArray<double> tracer;
+    CellArray<double> bubblePointLimit;  // psia, initial bubble points
+    CellArray<std::uint8_t> CellVisited;
+    CellArray<std::uint8_t> visitedSnapshot;  // CellVisited when the missed-block stage starts
+};
+
+}  // namespace kvr

@@ -1,0 +1,327 @@
+#include "streamline/splitting/splitting.hpp"
+
+#include "base/stopwatch.hpp"
+#include "base/threads.hpp"
+#include "fluid/black_oil.hpp"
+#include "fluid/saturation_functions.hpp"
+#include "pressure/properties.hpp"
+#include "streamline/splitting/splitting_flux.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double LargestSubstep = 100.0;  // days
+constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
+constexpr int ProgressInterval = 50;      // substeps between progress lines
+
+/// Of one cell, beside what its neighbours see.
+struct CellWork {
+    ConservedAmounts rate;     // of change, per day
+    double largestRate = 0.0;  // relative, of its phases, 1/day
+    bool working = false;      // active, with pore volume
+    ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
+    PhaseState phases;
+    double Bo = 1.0;
+    double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
+    double saturatedRs = 0.0;  // at the pressure of the cell
+};
+
+/// Arrays and switches of one call of the stage.
+struct SplittingStage {
+    bool capillary = false;
+    bool projection = false;
+    bool carries = false;      // amounts that saturations do not show are handed on
+    bool throughFlow = false;  // gas and oil against the total flow that transport has moved
+    int firstFace = 1;
+    CellArray<SplittingCell> shared;
+    CellArray<CellWork> own;
+    CellArray<std::uint8_t> moved;        // what neighbours see has changed in the last substep
+    CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
+    DirectionArray<double> meanVelocity;  // (cell, axis 1..3) ft/day, with projection only
+};
+
+double reciprocal(double factor) {
+    return factor > 0.0 ? 1.0 / factor : 0.0;
+}
+
+/// Mobilities, capillary pressures and Rs of a cell at its saturations.
+void refreshCell(const Simulation& simulation, CellId cell, SplittingStage& stage) {
+    const FluidTables& tables = simulation.fluids;
+    const int region = simulation.grid.SATNUM[cell];
+    const CellWork& work = stage.own[cell];
+    SplittingCell& shared = stage.shared[cell];
+    const RelPerms kr = relPermsAtCell(tables, cell, region, work.phases.Sw, work.phases.Sg);
+    shared.lambdaW = kr.w * work.inverseMuW;
+    shared.lambdaO = kr.o * work.inverseMuO;
+    shared.lambdaG = tables.hasGas ? kr.g * work.inverseMuG : 0.0;
+    shared.Rs = work.phases.Rs;
+    if (!stage.capillary) return;
+    const double scale = simulation.grid.JFactor[cell];
+    shared.pcow = scale * PcowFn(tables, work.phases.Sw, region);
+    if (tables.hasGas) shared.pcog = scale * PcogFn(tables, work.phases.Sg, region);
+}
+
+/// Everything of a cell at the start of the stage. Oil properties are looked up at the bubble point that
+/// transport has left; the others depend on pressure alone and stand in the state.
+void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) {
+    const CellState& state = simulation.state;
+    const FluidTables& tables = simulation.fluids;
+    CellWork& work = stage.own[cell];
+    work.working = simulation.grid.Active[cell] != 0 && state.PoreVolume[cell] > MachineEpsilon;
+    if (!work.working) return;
+    const OilProperties oil = usableOilProperties(tables, state.Pressure[cell], state.Pb[cell]);
+    work.phases = {state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell], state.Pb[cell]};
+    work.Bo = oil.Bo;
+    if (tables.hasGas) work.saturatedRs = SolutionRs(tables, state.Pressure[cell]);
+    work.inverseMuW = reciprocal(state.MuW[cell]);
+    work.inverseMuO = reciprocal(oil.MuO);
+    work.inverseMuG = reciprocal(state.MuG[cell]);
+    SplittingCell& shared = stage.shared[cell];
+    shared.inverseBw = reciprocal(state.Bw[cell]);
+    shared.inverseBo = reciprocal(work.Bo);
+    shared.inverseBg = reciprocal(state.Bg[cell]);
+    if (simulation.options.lineGravity) {
+        shared.rhoW = state.RhoW[cell];
+        shared.rhoO = oilDensityAt(tables, work.phases.Rs, work.Bo);
+        shared.rhoG = state.RhoG[cell];
+    }
+    work.amount.water = work.phases.Sw * shared.inverseBw;
+    work.amount.oil = work.phases.So * shared.inverseBo;
+    work.amount.gas = work.phases.Sg * shared.inverseBg + work.phases.Rs * work.amount.oil;
+    if (stage.carries) stage.start[cell] = work.amount;
+    refreshCell(simulation, cell, stage);
+}
+
+void loadVelocities(const Simulation& simulation, SplittingStage& stage) {
+    const CellId count = simulation.grid.NCELLS;
+    stage.meanVelocity.assign(count, 3, 0.0);
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell) {
+        const double* face = simulation.velocity.CellFaceVelocity.row(cell);
+        for (int axis = 0; axis < 3; ++axis)
+            stage.meanVelocity.row(cell)[axis] = 0.5 * (face[2 * axis] + face[2 * axis + 1]);
+    }
+}
+
+SplittingStage beginStage(Simulation& simulation) {
+    SplittingStage stage;
+    const RunOptions& options = simulation.options;
+    const CellId count = simulation.grid.NCELLS;
+    stage.capillary = options.lineCapillary && (simulation.fluids.PcowSpan > CapillarySpanLimit ||
+                                                simulation.fluids.PcogSpan > CapillarySpanLimit);
+    if (simulation.flatBedValue < 0.0)
+        simulation.flatBedValue = largestLateralDepthDifference(simulation.grid, simulation.connections);
+    if (!stage.capillary && simulation.flatBedValue < FlatBedLimit) stage.firstFace = 5;
+    stage.projection = options.orthogonalProjection && !simulation.mapping.CellVisited.empty() &&
+                       simulation.velocity.CellFaceVelocity.width >= 6;
+    stage.carries = carriesAmounts(options, simulation.fluids) && !simulation.pressure.carried.water.empty();
+    // Lines that take gravity along themselves leave nothing of their flow to correct.
+    stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
+    stage.shared.assign(count, {});
+    stage.own.assign(count, {});
+    stage.moved.assign(count, 1);
+    if (stage.carries) stage.start.assign(count, {});
+    if (stage.projection) loadVelocities(simulation, stage);
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
+    return stage;
+}
+
+/// Share of the exchange over a face that is left when the part along the velocity is taken out: 1 minus
+/// the squared direction cosine of the mean velocity of the two cells on the axis of the face.
+double acrossVelocity(const SplittingStage& stage, CellId i, CellId j, int face) {
+    double square[3];
+    double sum = 0.0;
+    for (int axis = 0; axis < 3; ++axis) {
+        const double v = 0.5 * (stage.meanVelocity.row(i)[axis] + stage.meanVelocity.row(j)[axis]);
+        square[axis] = v * v;
+        sum += square[axis];
+    }
+    return sum >= MachineEpsilon ? 1.0 - square[(face - 1) / 2] / sum : 1.0;
+}
+
+/// Rate at which a saturation changes; of a phase that is lost, per what is there.
+double relativeRate(double saturation, double outflow) {
+    if (outflow <= 0.0) return -outflow;
+    return outflow / (saturation > MachineEpsilon ? std::min(saturation, 1.0) : 1.0);
+}
+
+/// Total flow out of a cell through a face.
+double outflow(const VelocityField& velocity, CellId cell, int face) {
+    return FaceSign[static_cast<std::size_t>(face) - 1] * velocity.CellFaceFlux(cell, face);
+}
+
+/// The cell or one across a working face has another state than at the last substep. Most of a field is
+/// unswept or at rest, and its rates stand.
+bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour) {
+    bool any = stage.moved[cell] != 0;
+    for (int face = stage.firstFace; face <= 6; ++face)
+        any = any || (neighbour[face - 1] > 0 && stage.moved[neighbour[face - 1]] != 0);
+    return any;
+}
+
+/// Rates of change of a cell from its own faces alone; every connection is worked from both sides, so that
+/// each cell writes only itself. Returns the largest relative rate of its phases.
+double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
+    CellWork& work = stage.own[cell];
+    if (!work.working) return 0.0;
+    const bool hasGas = simulation.fluids.hasGas;
+    const bool project = stage.projection && simulation.mapping.CellVisited[cell] != 0;
+    const CellId* neighbour = simulation.connections.Neighbour.row(cell);
+    if (!sawMotion(stage, cell, neighbour)) return work.largestRate;
+    const double* trans = simulation.connections.Trans.row(cell);
+    const double* depth = simulation.connections.DepthDiff.row(cell);
+    ExchangeRates out;
+    for (int face = stage.firstFace; face <= 6; ++face) {
+        const CellId j = neighbour[face - 1];
+        if (j <= 0 || !stage.own[j].working) continue;
+        double t = trans[face - 1] * simulation.units.FlowUnit;
+        if (project) t *= acrossVelocity(stage, cell, j, face);
+        const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
+        addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
+                        hasGas, through, out);
+    }
+    const double poreVolume = simulation.state.PoreVolume[cell];
+    work.rate = {-out.amount.water / poreVolume, -out.amount.oil / poreVolume, -out.amount.gas / poreVolume};
+    work.largestRate = std::max({relativeRate(work.phases.Sw, out.volumeW / poreVolume),
+                                 relativeRate(work.phases.So, out.volumeO / poreVolume),
+                                 relativeRate(work.phases.Sg, out.volumeG / poreVolume)});
+    return work.largestRate;
+}
+
+bool unchanged(const ConservedAmounts& rate) {
+    return rate.water == 0.0 && rate.oil == 0.0 && rate.gas == 0.0;
+}
+
+/// The state from the amounts; without a gas phase Rs and bubble point stand.
+PhaseState recoverCell(const Simulation& simulation, CellId cell, const CellWork& work) {
+    const FluidTables& tables = simulation.fluids;
+    const int region = simulation.grid.SATNUM[cell];
+    const bool keepEndPoints = simulation.options.keepIrreducibleSaturation;
+    const CellState& held = simulation.state;
+    const RecoveryFactors factors{held.Pressure[cell], held.Bw[cell], work.Bo, held.Bg[cell]};
+    if (tables.hasGas) {
+        return recoverState(tables, regionTable(tables, region), keepEndPoints, factors, work.saturatedRs,
+                            work.amount);
+    }
+    PhaseState state = recoverState(tables, region, keepEndPoints, factors, work.amount);
+    state.Rs = work.phases.Rs;
+    state.Pb = work.phases.Pb;
+    return state;
+}
+
+/// Advances the amounts of a cell and recovers its state; a cell without exchange stays as it is, as does
+/// one whose recovery is not a number.
+void advanceCell(const Simulation& simulation, CellId cell, double dt, SplittingStage& stage) {
+    CellWork& work = stage.own[cell];
+    stage.moved[cell] = 0;
+    if (!work.working || unchanged(work.rate)) return;
+    work.amount.water += dt * work.rate.water;
+    work.amount.oil += dt * work.rate.oil;
+    work.amount.gas += dt * work.rate.gas;
+    const PhaseState next = recoverCell(simulation, cell, work);
+    if (!std::isfinite(next.Sw + next.So + next.Sg)) return;
+    work.phases = next;
+    stage.moved[cell] = 1;
+    refreshCell(simulation, cell, stage);
+}
+
+/// One substep of at most `left` days; returns its length.
+double substep(const Simulation& simulation, double left, SplittingStage& stage) {
+    const CellId count = simulation.grid.NCELLS;
+    double rate = 0.0;
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells) reduction(max : rate)
+    for (CellId cell = 1; cell <= count; ++cell) rate = std::max(rate, formRates(simulation, cell, stage));
+    const double dt = splittingSubstep(simulation.options, rate, left);
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
+    return dt;
+}
+
+/// Adds what the stage has brought into each cell.
+void addExchanged(const SplittingStage& stage, const CellArray<double>& poreVolume, CellAmounts& amounts) {
+    for (CellId cell = 1; cell <= poreVolume.count(); ++cell) {
+        const CellWork& work = stage.own[cell];
+        if (!work.working) continue;
+        const ConservedAmounts& start = stage.start[cell];
+        amounts.water[cell] += poreVolume[cell] * (work.amount.water - start.water);
+        amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - start.oil);
+        amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - start.gas);
+    }
+}
+
+/// What is there but next to nothing is lifted to the smallest amount that counts.
+double liftTiny(double saturation) {
+    return saturation > 0.0 && saturation < MachineEpsilon ? MachineEpsilon : saturation;
+}
+
+void writeBack(const SplittingStage& stage, Simulation& simulation) {
+    CellState& state = simulation.state;
+    const CellId count = simulation.grid.NCELLS;
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell) {
+        const CellWork& work = stage.own[cell];
+        if (!work.working) continue;
+        state.Sw[cell] = liftTiny(work.phases.Sw);
+        state.So[cell] = liftTiny(work.phases.So);
+        state.Sg[cell] = liftTiny(work.phases.Sg);
+        state.Rs[cell] = work.phases.Rs;
+        state.Pb[cell] = work.phases.Pb;
+    }
+}
+
+/// The states into the cells; in a run that carries amounts also what these do not show of the amounts.
+void finishStage(const SplittingStage& stage, Simulation& simulation) {
+    if (!stage.carries) return writeBack(stage, simulation);
+    CellAmounts whole;
+    measureWholeAmounts(simulation.grid, simulation.state, simulation.pressure.carried, whole);
+    addExchanged(stage, simulation.state.PoreVolume, whole);
+    writeBack(stage, simulation);
+    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    measureCarried(simulation.grid, simulation.state, whole, simulation.pressure.carried);
+}
+
+}  // namespace
+
+double splittingSubstep(const RunOptions& options, double rate, double left) {
+    double dt = rate > 0.0 ? options.cflGravity / rate : LargestSubstep;
+    dt = std::max(dt, options.minCflgStep);
+    return std::min({dt, LargestSubstep, left});
+}
+
+double largestLateralDepthDifference(const GridModel& grid, const ConnectionTable& connections) {
+    constexpr int LateralFaces = 4;
+    double largest = 0.0;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        for (int face = 1; face <= LateralFaces; ++face)
+            largest = std::max(largest, std::abs(connections.DepthDiff(cell, face)));
+    }
+    return largest;
+}
+
+void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
+    const Console& console = simulation.console;
+    const double wallStart = wallSeconds();
+    lineToBoth(console, "-- Saturation Calculation: Grv&Pc By Osplit --");
+    SplittingStage stage = beginStage(simulation);
+    const double total = simulation.clock.workDt;
+    int steps = 0;
+    for (double left = total; left > 0.0;) {
+        const double dt = substep(simulation, left, stage);
+        left = dt < left ? left - dt : 0.0;
+        if (++steps % ProgressInterval == 0) {
+            both(console, " Pc_Grv Finished -> {}% ITE {} STEP {}", number(100.0 * (total - left) / total, 6),
+                 steps, number(dt));
+        }
+    }
+    finishStage(stage, simulation);
+    std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
+              std::uint8_t{0});
+    both(console, "time elapsed Capillary&Gravity : {}", number(wallSeconds() - wallStart));
+}
+
+}  // namespace kvr

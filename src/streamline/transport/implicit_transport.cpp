@@ -1,0 +1,110 @@
+#include "streamline/transport/implicit_transport.hpp"
+
+#include "streamline/transport/explicit_transport.hpp"
+#include "streamline/transport/line_gravity.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+constexpr double FirstShare = 0.1;  // of the step
+constexpr int FewIterations = 4;    // fewer let the step grow
+constexpr double Growth = 1.15;
+constexpr double Cut = 0.5;                   // of a step that did not converge
+constexpr double ExplicitShare = 0.1;         // of the time left, above which a substep is worth taking
+constexpr double LeastSaturationStep = 1e-8;  // difference that carries a wave speed in the hybrid
+
+/// Newton steps from `elapsed` to the end of the step, the first of `dt` days.
+void march(const FluidTables& tables, const ImplicitControl& control, double elapsed, double step, double dt,
+           LineNewton& newton, NewtonCounts& counts, SolverLine& line) {
+    beginNewton(tables.hasGas, newton, line);
+    while (elapsed < step) {
+        const double left = step - elapsed;
+        dt = std::min(dt, left);
+        const int iterations = newtonStep(tables, control.newton, elapsed, dt, newton, line);
+        if (iterations == 0) {
+            counts.iterations += control.newton.maximumIterations;
+            counts.halvings += 1;
+            dt *= Cut;
+            continue;
+        }
+        counts.iterations += iterations;
+        counts.steps += 1;
+        ++line.substeps;
+        elapsed = dt >= left ? step : elapsed + dt;
+        dt = nextImplicitStep(dt, iterations);
+    }
+}
+
+double saturationStep(const FlowNode& a, const FlowNode& b) {
+    return std::max({std::abs(a.Sw - b.Sw), std::abs(a.So - b.So), std::abs(a.Sg - b.Sg)});
+}
+
+/// Largest wave speed, 1/day; positions that hardly differ in saturation carry none.
+double hybridSpeed(bool hasGas, const SolverLine& line) {
+    double speed = 0.0;
+    for (std::size_t i = 1; i <= static_cast<std::size_t>(line.nodeCount); ++i) {
+        const FlowNode& before = line.nodes[i - 1];
+        const FlowNode& here = line.nodes[i];
+        if (saturationStep(before, here) <= LeastSaturationStep) continue;
+        speed =
+            hasGas
+                ? raisedSpeed<true>(speed, flowAt<true>(before), flowAt<true>(here), here.inverseDeltaTof)
+                : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
+    }
+    return speed;
+}
+
+}  // namespace
+
+ImplicitControl implicitControl(const RunOptions& options) {
+    ImplicitControl control;
+    control.newton.tolerance = options.SaturationTolerance;
+    control.newton.maximumIterations = options.maxSaturationIterations;
+    control.newton.keepEndPoints = options.keepIrreducibleSaturation;
+    control.newton.route = lineRouteOf(options.saturationSolver);
+    control.maximumStep = options.maxDt;
+    return control;
+}
+
+double firstImplicitStep(const ImplicitControl& control, double step) {
+    return std::min(control.maximumStep, FirstShare * step);
+}
+
+double nextImplicitStep(double dt, int iterations) {
+    return iterations < FewIterations ? dt * Growth : dt;
+}
+
+void advanceImplicit(const FluidTables& tables, const ImplicitControl& control, double step,
+                     LineNewton& newton, NewtonCounts& counts, SolverLine& line) {
+    setRates(line);
+    startOutlet(line);
+    march(tables, control, 0.0, step, firstImplicitStep(control, step), newton, counts, line);
+    meanOutlet(step, line);
+}
+
+void advanceHybrid(const FluidTables& tables, const ExplicitControl& explicitly,
+                   const ImplicitControl& implicitly, double step, LineNewton& newton, NewtonCounts& counts,
+                   SolverLine& line) {
+    setRates(line);
+    startOutlet(line);
+    double elapsed = 0.0;
+    while (elapsed < step) {
+        const double left = step - elapsed;
+        evaluateFluxes(tables.hasGas, elapsed == 0.0 ? 0 : 1, line.nodeCount, line);
+        if (line.hasGravity) setGravitySources(tables.hasGas, line);
+        const double dt = explicitly.cfl / (hybridSpeed(tables.hasGas, line) + SpeedGuard);
+        if (!(dt > ExplicitShare * left)) break;
+        limitFluxes("SPU", tables.hasGas, dt, line);
+        takeSubstep(tables, explicitly, std::min(dt, left), line);
+        elapsed = dt >= left ? step : elapsed + dt;
+    }
+    if (elapsed < step)
+        march(tables, implicitly, elapsed, step, std::min(implicitly.maximumStep, step - elapsed), newton,
+              counts, line);
+    meanOutlet(step, line);
+}
+
+}  // namespace kvr

@@ -1,0 +1,214 @@
+#include "streamline/transport/line_matrix.hpp"
+
+#include "pressure/solvers/dense.hpp"
+#include "pressure/solvers/lapack.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <utility>
+
+namespace kvr {
+
+namespace {
+
+constexpr int LargestFull = 4000;                // rows of a full matrix, 128 MB
+constexpr std::string_view SparseWord = "bicg";  // takes matrices without symmetry
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+/// Divisions first: they do not wait for each other, the substitution behind them does.
+bool forwardScalar(LineMatrix& matrix) {
+    const std::size_t count = at(matrix.nodes);
+    double* const rhs = matrix.rhs.data();
+    double* const lower = matrix.lower.data();
+    const double* const diagonal = matrix.diagonal.data();
+    bool good = true;
+    for (std::size_t n = 0; n < count; ++n) {
+        good = good && std::abs(diagonal[n]) > 0.0;
+        const double inverse = 1.0 / diagonal[n];
+        rhs[n] *= inverse;
+        lower[n] *= inverse;
+    }
+    for (std::size_t n = 1; n < count; ++n) rhs[n] -= lower[n] * rhs[n - 1];
+    return good;
+}
+
+bool forwardBlocks(LineMatrix& matrix) {
+    const int m = matrix.unknowns;
+    const std::size_t size = at(m * m);
+    for (std::size_t n = 0; n < at(matrix.nodes); ++n) {
+        double* b = &matrix.rhs[n * at(m)];
+        for (int r = 0; r < m && n > 0; ++r)
+            for (int c = 0; c < m; ++c) b[r] -= matrix.lower[n * size + at(r * m + c)] * b[c - m];
+        std::array<double, 9> block{};
+        std::copy_n(&matrix.diagonal[n * size], size, block.begin());
+        if (!solveBlock(m, block, b)) return false;
+    }
+    return true;
+}
+
+bool solveForward(LineMatrix& matrix) {
+    return matrix.unknowns == 1 ? forwardScalar(matrix) : forwardBlocks(matrix);
+}
+
+/// Calls visit(row, column, value) for every stored entry.
+template <class Visit>
+void forEntries(const LineMatrix& matrix, Visit visit) {
+    const int m = matrix.unknowns;
+    for (int n = 0; n < matrix.nodes; ++n) {
+        const int from = n > 0 ? -1 : 0;
+        const int to = !matrix.upstreamOnly && n + 1 < matrix.nodes ? 1 : 0;
+        for (int r = 0; r < m; ++r)
+            for (int offset = from; offset <= to; ++offset)
+                for (int c = 0; c < m; ++c) {
+                    const int row = n * m + r;
+                    const int column = (n + offset) * m + c;
+                    visit(row, column, entryAt(matrix, row, column));
+                }
+    }
+}
+
+bool solveBanded(LineMatrix& matrix) {
+    const int size = matrix.nodes * matrix.unknowns;
+    const int below = 2 * matrix.unknowns - 1;
+    const int above = matrix.upstreamOnly ? matrix.unknowns - 1 : below;
+    const int height = 2 * below + above + 1;  // the factors fill `below` more rows on top
+    matrix.full.assign(at(height) * at(size), 0.0);
+    matrix.pivot.assign(at(size), 0);
+    forEntries(matrix, [&](int row, int column, double value) {
+        matrix.full[at(column) * at(height) + at(below + above + row - column)] = value;
+    });
+    int info = 0;
+    dgbtrf_(&size, &size, &below, &above, matrix.full.data(), &height, matrix.pivot.data(), &info);
+    if (info != 0) return false;
+    const int one = 1;
+    dgbtrs_("N", &size, &below, &above, &one, matrix.full.data(), &height, matrix.pivot.data(),
+            matrix.rhs.data(), &size, &info);
+    return info == 0;
+}
+
+bool solveFull(LineMatrix& matrix) {
+    const int size = matrix.nodes * matrix.unknowns;
+    if (size > LargestFull) return solveBanded(matrix);
+    matrix.full.assign(at(size) * at(size), 0.0);
+    forEntries(matrix, [&](int row, int column, double value) {
+        matrix.full[at(column) * at(size) + at(row)] = value;
+    });
+    matrix.pivot.assign(at(size), 0);
+    if (factorDense(size, matrix.full, matrix.pivot) != DenseStatus::Solved) return false;
+    solveFactored(size, matrix.full, matrix.pivot, std::span<double>(matrix.rhs).first(at(size)));
+    return true;
+}
+
+/// Compressed rows with the diagonal first.
+void gatherRows(LineMatrix& matrix) {
+    LinearSystem& system = matrix.sparse;
+    system.size = system.cellRows = matrix.nodes * matrix.unknowns;
+    system.patternStamp += 1;
+    system.rowStart.assign(1, 0);
+    system.column.clear();
+    system.value.clear();
+    int row = 0;
+    const auto close = [&] { system.rowStart.push_back(static_cast<std::int64_t>(system.column.size())); };
+    const auto put = [&](int column) {
+        system.column.push_back(column);
+        system.value.push_back(entryAt(matrix, row, column));
+    };
+    put(0);
+    forEntries(matrix, [&](int r, int column, double) {
+        if (r != row) {
+            close();
+            row = r;
+            put(row);
+        }
+        if (column != row) put(column);
+    });
+    close();
+    system.rhs.assign(matrix.rhs.begin(), matrix.rhs.begin() + system.size);
+}
+
+bool solveSparse(LineMatrix& matrix) {
+    gatherRows(matrix);
+    if (matrix.memory == nullptr) matrix.memory = makeSolverMemory();
+    matrix.solution.assign(at(matrix.sparse.size), 0.0);
+    const SolveResult result = findSolver(SparseWord)->route(matrix.sparse, matrix.solution, *matrix.memory);
+    if (result.failure != SolveFailure::None) return false;
+    std::copy(matrix.solution.begin(), matrix.solution.end(), matrix.rhs.begin());
+    return true;
+}
+
+}  // namespace
+
+LineRoute lineRouteOf(std::string_view word) {
+    if (word == "dgesv") return LineRoute::Dense;
+    return word == "amg" ? LineRoute::Sparse : LineRoute::Forward;
+}
+
+void sizeLineMatrix(int unknowns, int nodes, LineMatrix& matrix) {
+    matrix.unknowns = unknowns;
+    matrix.nodes = nodes;
+    const std::size_t blocks = at(nodes) * at(unknowns * unknowns);
+    if (matrix.diagonal.size() < blocks)
+        for (std::vector<double>* values : {&matrix.lower, &matrix.diagonal, &matrix.upper})
+            values->resize(blocks);
+    if (matrix.rhs.size() < at(nodes) * at(unknowns)) matrix.rhs.resize(at(nodes) * at(unknowns));
+}
+
+double entryAt(const LineMatrix& matrix, int row, int column) {
+    const int m = matrix.unknowns;
+    const int node = row / m;
+    const std::size_t place = at(node * m * m + (row % m) * m + column % m);
+    switch (column / m - node) {
+        case -1:
+            return matrix.lower[place];
+        case 0:
+            return matrix.diagonal[place];
+        case 1:
+            return matrix.upstreamOnly ? 0.0 : matrix.upper[place];
+        default:
+            return 0.0;
+    }
+}
+
+bool solveBlock(int m, std::array<double, 9>& a, double* b) {
+    for (int k = 0; k < m; ++k) {
+        int best = k;
+        for (int r = k + 1; r < m; ++r)
+            if (std::abs(a[at(r * m + k)]) > std::abs(a[at(best * m + k)])) best = r;
+        if (!(std::abs(a[at(best * m + k)]) > 0.0)) return false;
+        if (best != k) {
+            for (int c = 0; c < m; ++c) std::swap(a[at(best * m + c)], a[at(k * m + c)]);
+            std::swap(b[best], b[k]);
+        }
+        for (int r = k + 1; r < m; ++r) {
+            const double factor = a[at(r * m + k)] / a[at(k * m + k)];
+            for (int c = k + 1; c < m; ++c) a[at(r * m + c)] -= factor * a[at(k * m + c)];
+            b[r] -= factor * b[k];
+        }
+    }
+    for (int r = m - 1; r >= 0; --r) {
+        for (int c = r + 1; c < m; ++c) b[r] -= a[at(r * m + c)] * b[c];
+        b[r] /= a[at(r * m + r)];
+    }
+    return true;
+}
+
+bool solveLineMatrix(LineRoute route, LineMatrix& matrix) {
+    if (matrix.nodes < 1) return true;
+    switch (route) {
+        case LineRoute::Forward:
+            return matrix.upstreamOnly ? solveForward(matrix) : solveBanded(matrix);
+        case LineRoute::Banded:
+            return solveBanded(matrix);
+        case LineRoute::Dense:
+            return solveFull(matrix);
+        case LineRoute::Sparse:
+            return solveSparse(matrix);
+    }
+    return false;
+}
+
+}  // namespace kvr

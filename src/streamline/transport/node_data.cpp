@@ -1,0 +1,195 @@
+#include "streamline/transport/node_data.hpp"
+
+#include "base/threads.hpp"
+#include "fluid/black_oil.hpp"
+#include "pressure/properties.hpp"
+#include "streamline/transport/fractional_flow.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t TracerLetters = 4;  // of a tracer's name that count
+constexpr double LeastPorosity = 1e-12;   // below it the old amounts cannot be related to the cell
+
+std::size_t at(int n) {
+    return static_cast<std::size_t>(n);
+}
+
+NodeData presentState(const FluidTables& fluids, const GridModel& grid, const CellState& state, CellId cell) {
+    NodeData node;
+    node.Sw = state.Sw[cell];
+    node.So = state.So[cell];
+    node.Sg = state.Sg[cell];
+    node.Rs = state.Rs[cell];
+    node.Pb = state.Pb[cell];
+    node.pressure = state.Pressure[cell];
+    node.Bw = state.Bw[cell];
+    node.Bo = state.Bo[cell];
+    node.Bg = state.Bg[cell];
+    node.MuW = state.MuW[cell];
+    node.MuO = state.MuO[cell];
+    node.MuG = state.MuG[cell];
+    node.region = grid.SATNUM[cell];
+    if (fluids.hasGas) node.saturatedRs = SolutionRs(fluids, node.pressure);
+    return node;
+}
+
+/// Amounts of a state times `ratio`.
+void setStorage(const CellState& state, CellId cell, double ratio, NodeData& node) {
+    node.Cw = ratio * state.Sw[cell] / state.Bw[cell];
+    node.Co = ratio * state.So[cell] / state.Bo[cell];
+    node.Cg = ratio * state.Sg[cell] / state.Bg[cell] + state.Rs[cell] * node.Co;
+}
+
+double netOutflow(const double* flux) {
+    return flux[1] - flux[0] + flux[3] - flux[2] + flux[5] - flux[4];
+}
+
+void loadPosition(const FluidTables& fluids, const NodeData& data, FlowNode& node) {
+    node.table = &regionTable(fluids, data.region);
+    node.Sw = data.Sw;
+    node.So = data.So;
+    node.Bw = data.Bw;
+    node.Bo = data.Bo;
+    node.inverseBw = 1.0 / data.Bw;
+    node.inverseBo = 1.0 / data.Bo;
+    node.inverseMuW = 1.0 / data.MuW;
+    node.inverseMuO = 1.0 / data.MuO;
+    node.Cw = data.Cw;
+    node.Co = data.Co;
+    node.expansion = data.expansion;
+    node.Rs = data.Rs;
+    if (!fluids.hasGas) return;
+    node.keepsAmounts = data.keepsAmounts;
+    node.pressure = data.pressure;
+    node.bubblePoint = data.Pb;
+    node.Sg = data.Sg;
+    node.saturatedRs = data.saturatedRs;
+    node.Bg = data.Bg;
+    node.inverseBg = 1.0 / data.Bg;
+    node.inverseMuG = 1.0 / data.MuG;
+    node.Cg = data.Cg;
+}
+
+/// The injector at the line's start, null where there is none.
+const Well* injectorOf(const WellRecord& wells, int number) {
+    if (number < 1 || at(number) > wells.wells.size()) return nullptr;
+    const Well& well = wells.wells[at(number) - 1];
+    return isInjector(well) ? &well : nullptr;
+}
+
+std::string_view injectedFluid(const WellRecord& wells, int number) {
+    const Well* well = injectorOf(wells, number);
+    return well != nullptr ? std::string_view(well->InjectFluid) : std::string_view();
+}
+
+std::string_view tracerWord(std::string_view name) {
+    return name.substr(0, TracerLetters);
+}
+
+/// Concentration of tracer t in what a well injects: by the row that names it; a row whose name stands for
+/// no tracer of the run stands for all of them.
+double injectedTracer(const WellRecord& wells, int number, const std::vector<std::string>& names,
+                      std::size_t t) {
+    const Well* well = injectorOf(wells, number);
+    if (well == nullptr) return 0.0;
+    double concentration = 0.0;
+    for (const InjectedTracer& row : well->injectedTracers) {
+        const auto known = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
+            return tracerWord(name) == tracerWord(row.name);
+        });
+        if (known == names.end() || at(static_cast<int>(known - names.begin())) == t)
+            concentration = row.concentration;
+    }
+    return concentration;
+}
+
+void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {
+    for (const Well& well : wells.wells)
+        for (const WellConnection& connection : well.connections)
+            nodes[at(connection.ConnCell)].expansion = 0.0;
+}
+
+}  // namespace
+
+Storage storageOf(const RunOptions& options, const FluidTables& fluids) {
+    if (!options.lineCompressibility) return Storage::Present;
+    if (carriesAmounts(options, fluids)) return Storage::Whole;
+    return options.mapCount <= 1 && options.pressureUpdateFrequency <= 1 ? Storage::TimeLevel
+                                                                         : Storage::Expanded;
+}
+
+void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const CellState& state,
+                    const CellState& timeLevel, const VelocityField& velocity, const WellRecord& wells,
+                    Storage storage, double step, std::vector<NodeData>& nodes) {
+    nodes.resize(at(grid.NCELLS) + 1);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        NodeData& node = nodes[at(cell)];
+        node = presentState(fluids, grid, state, cell);
+        if (storage != Storage::Present && state.PoreVolume[cell] > 0.0)
+            node.expansion = netOutflow(velocity.CellFaceFlux.row(cell)) / state.PoreVolume[cell];
+    }
+    clearWellCells(wells, nodes);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        NodeData& node = nodes[at(cell)];
+        const bool old = storage == Storage::TimeLevel && state.PoreFraction[cell] > LeastPorosity;
+        if (old)
+            setStorage(timeLevel, cell, timeLevel.PoreFraction[cell] / state.PoreFraction[cell], node);
+        else
+            setStorage(state, cell, storage == Storage::Expanded ? 1.0 + node.expansion * step : 1.0, node);
+    }
+}
+
+void addCarriedAmounts(const CellState& state, const CellAmounts& carried, std::vector<NodeData>& nodes) {
+    for (std::size_t cell = 1; cell < nodes.size(); ++cell) nodes[cell].keepsAmounts = true;
+    for (CellId cell = 1; cell <= carried.water.count(); ++cell) {
+        if (!(state.PoreVolume[cell] > 0.0)) continue;
+        NodeData& node = nodes[at(cell)];
+        const double inverse = 1.0 / state.PoreVolume[cell];
+        node.Cw += carried.water[cell] * inverse;
+        node.Co += carried.oil[cell] * inverse;
+        node.Cg += carried.gas[cell] * inverse;
+    }
+}
+
+void loadNodes(const std::vector<NodeData>& nodes, const FluidTables& fluids,
+               const DirectionArray<double>& tracers, SolverLine& line) {
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+        const CellId cell = line.tracedCell[at(line.tracedNode[i])];
+        loadPosition(fluids, nodes[at(cell)], line.nodes[i]);
+        for (std::size_t t = 0; t < line.tracer.size(); ++t) line.tracer[t][i] = tracers.row(cell)[t];
+    }
+}
+
+void loadInlet(const std::vector<NodeData>& nodes, const FluidTables& fluids, const WellRecord& wells,
+               bool firstCellInjects, SolverLine& line) {
+    const NodeData& node = nodes[at(line.tracedCell[1])];
+    FlowNode& inlet = line.nodes[0];
+    loadPosition(fluids, node, inlet);
+    line.startsInInjector = firstCellInjects;
+    for (std::size_t t = 0; t < line.tracer.size(); ++t)
+        line.tracer[t][0] = firstCellInjects ? injectedTracer(wells, line.injector, fluids.tracerNames, t)
+                                             : line.tracer[t][1];
+    if (!firstCellInjects) return;
+
+    const SaturationTable& table = regionTable(fluids, node.region);
+    inlet.So = table.ResidualSo;
+    inlet.Sw = table.ConnateSw;
+    inlet.Sg = table.CriticalSg;
+    const std::string_view fluid = injectedFluid(wells, line.injector);
+    if (fluid == "oil") {
+        inlet.So = 1.0 - table.ConnateSw - table.CriticalSg;
+        inlet.Rs = 0.0;
+    }
+    if (fluid == "wat") inlet.Sw = 1.0 - table.ResidualSo - table.CriticalSg;
+    if (fluid == "gas") inlet.Sg = 1.0 - table.ResidualSo - table.ConnateSw;
+    setAmounts(fluids.hasGas, inlet);
+}
+
+}  // namespace kvr

@@ -1,0 +1,114 @@
+#include "streamline/mapping/face_transfer.hpp"
+
+#include "streamline/transport/explicit_transport.hpp"
+#include "unit/streamline/flow_samples.hpp"
+#include "unit/streamline/line_samples.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+/// Three cells in a row crossed by one line of residence times 10, 20 and 40 days; node i is cell i.
+struct RowLine {
+    FluidTables fluids = samples::plainFlood();
+    SolverLine line = samples::floodedLine(fluids, {10.0, 20.0, 40.0});
+    std::vector<NodeData> nodes = std::vector<NodeData>(4);
+    LinePassage passage;
+
+    RowLine() {
+        for (int n = 1; n <= 3; ++n) {
+            const auto i = static_cast<std::size_t>(n);
+            line.tracedCell[i] = n;
+            nodes[i].Cw = line.nodes[i].Cw;
+            nodes[i].Co = line.nodes[i].Co;
+        }
+        sizePassage(3, line.nodes.size(), passage);
+    }
+};
+
+TEST(LinePassage, IsWhatCameInLessWhatTheNodesHaveGained) {
+    RowLine row;
+    ExplicitControl control;
+    ExplicitScratch scratch;
+    advanceExplicit(row.fluids, control, 15.0, scratch, row.line);
+    takePassage(row.nodes, 15.0, row.line, row.passage);
+    // The inlet lets in water alone, 1 a day; volumes are kept.
+    EXPECT_DOUBLE_EQ(row.passage.water[0], 15.0);
+    double gained = 0.0;
+    for (std::size_t n = 1; n <= 3; ++n) {
+        gained += row.line.DeltaTof[n] * (row.line.nodes[n].Sw - 0.2);
+        EXPECT_NEAR(row.passage.water[n], 15.0 - gained, 1e-10);
+        EXPECT_NEAR(row.passage.oil[n], gained, 1e-10);
+    }
+    EXPECT_NEAR(row.passage.water[3], 15.0 * row.line.outletWater, 1e-10);
+    EXPECT_NEAR(row.passage.oil[3], 15.0 * row.line.outletOil, 1e-10);
+}
+
+TEST(LinePassage, CountsWhatAnExpandingCellLetsOut) {
+    RowLine row;
+    row.line.nodeCount = row.line.tracedNodeCount = 1;
+    FlowNode& node = row.line.nodes[1];
+    row.line.nodes[0].Fo = 0.5;
+    node.inflowRate = 0.1;
+    node.outflowRate = 0.125;  // 1 / 10 days and an expansion of 0.025 a day
+    node.Co = row.nodes[1].Co - 0.3;
+    takePassage(row.nodes, 2.0, row.line, row.passage);
+    EXPECT_NEAR(row.passage.oil[1], (0.5 * 2.0 * 0.1 + 0.3) / 0.125, 1e-12);
+}
+
+TEST(LinePassage, IsLinearInTimeOfFlightOnARegriddedLine) {
+    RowLine row;
+    layNodes(NodeControl::Regular, 1.0, 1.0, row.line);  // three nodes of 70/3 days
+    for (std::size_t i = 1; i <= 3; ++i) {
+        row.line.nodes[i].inflowRate = row.line.nodes[i].outflowRate = 3.0 / 70.0;
+        const auto cell =
+            static_cast<std::size_t>(row.line.tracedCell[static_cast<std::size_t>(row.line.tracedNode[i])]);
+        row.line.nodes[i].Cw = row.nodes[cell].Cw + 0.03;
+    }
+    row.line.nodes[0].Fw = 1.0;
+    takePassage(row.nodes, 5.0, row.line, row.passage);
+    for (const int n : {1, 2, 3}) {
+        const double tof = row.line.tracedTof[static_cast<std::size_t>(n)];
+        EXPECT_NEAR(row.passage.water[static_cast<std::size_t>(n)], 5.0 - 0.03 * tof, 1e-12);
+    }
+}
+
+TEST(FaceTransfer, HoldsALineOnTheLowSideOfEachFaceWithTheSignOfTheIndex) {
+    const samples::Flow flow = samples::emptyFlow(2, 2, 1, 10.0, 10.0, 10.0);
+    LinePassage passage;
+    sizePassage(3, 4, passage);
+    passage.oil = {9.0, 0.5, 0.25, 9.0, 9.0};
+    passage.gas = {9.0, 60.0, 20.0, 9.0, 9.0};
+    FaceTransfer transfer;
+    clearTransfer(4, transfer);
+    const std::vector<CellId> cells{0, 3, 4, 2};  // up along x, then down along y
+    addPassage(flow.connections, cells, 3, 100.0, {}, passage, transfer);
+    addPassage(flow.connections, cells, 3, 100.0, {}, passage, transfer);
+    EXPECT_DOUBLE_EQ(transfer.flow(3, 1), 200.0);
+    EXPECT_DOUBLE_EQ(transfer.oil(3, 1), 100.0);
+    EXPECT_DOUBLE_EQ(transfer.gas(3, 1), 12000.0);
+    EXPECT_DOUBLE_EQ(transfer.flow(2, 2), -200.0);
+    EXPECT_DOUBLE_EQ(transfer.gas(2, 2), -4000.0);
+    EXPECT_EQ(transferFace(flow.connections, 4, 1).cell, 3);
+    EXPECT_EQ(transferFace(flow.connections, 4, 3).cell, 2);
+    EXPECT_EQ(transferFace(flow.connections, 4, 3).axis, 2);
+    EXPECT_EQ(transferFace(flow.connections, 1, 1).cell, 0);
+}
+
+TEST(FaceTransfer, TakesNoLineBetweenTwoCoveredCells) {
+    const samples::Flow flow = samples::emptyFlow(3, 1, 1, 10.0, 10.0, 10.0);
+    LinePassage passage;
+    sizePassage(3, 4, passage);
+    FaceTransfer transfer;
+    clearTransfer(3, transfer);
+    CellArray<std::uint8_t> covered;
+    covered.assign(3, 0);
+    covered[1] = covered[2] = 1;
+    addPassage(flow.connections, std::vector<CellId>{0, 1, 2, 3}, 3, 10.0, covered, passage, transfer);
+    EXPECT_EQ(transfer.flow(1, 1), 0.0);
+    EXPECT_EQ(transfer.flow(2, 1), 10.0);
+}
+
+}  // namespace
+}  // namespace kvr

@@ -1,0 +1,131 @@
+#include "streamline/transport/line_gravity.hpp"
+
+#include "streamline/transport/explicit_transport.hpp"
+#include "streamline/transport/implicit_transport.hpp"
+#include "unit/streamline/flow_samples.hpp"
+#include "unit/streamline/line_samples.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+/// Four nodes of 10 ft going straight down, porosity 0.2, 100 md, water over oil.
+struct Descent {
+    FluidTables tables = samples::plainFlood();
+    samples::Flow flow = samples::emptyFlow(4, 1, 1, 10.0, 10.0, 10.0);
+    SolverLine line = samples::floodedLine(tables, {5.0, 5.0, 5.0, 5.0});
+
+    Descent() {
+        for (CellId cell = 1; cell <= 4; ++cell) {
+            flow.state.RhoW[cell] = 64.0;
+            flow.state.RhoO[cell] = 50.0;
+        }
+        for (std::size_t n = 1; n <= 4; ++n) {
+            line.tracedCell[n] = static_cast<CellId>(n);
+            line.tracedStepLength[n] = 10.0;
+            line.tracedDepth[n] = 10.0 * static_cast<double>(n);
+        }
+        loadLineGravity(flow.grid, flow.state, line);
+        line.hasGravity = true;
+        set(1, 0.6);
+        set(2, 0.4);
+    }
+    void set(std::size_t i, double sw) {
+        line.nodes[i].Sw = sw;
+        line.nodes[i].So = 1.0 - sw;
+        setAmounts(false, line.nodes[i]);
+    }
+};
+
+TEST(SetGravitySources, SendsTheHeavierPhaseDownTheLine) {
+    Descent d;
+    setGravitySources(d.tables.hasGas, d.line);
+    // Node 1 to 2: water from above at Sw .6 (.18/.5), oil from below at Sw .4 (.45/2);
+    // 0.00112771 * 5.614583 / 144 * 100 md * 14 lb/ft3, over 0.2 * 10 ft.
+    const double lw = 0.36, lo = 0.225;
+    const double q = 0.00112771 * 5.614583 / 144.0 * 100.0 * 14.0 * lw * lo / (lw + lo);
+    EXPECT_NEAR(d.line.gravityW[1], q / 2.0, 1e-12);
+    EXPECT_NEAR(d.line.gravityO[1], -q / 2.0, 1e-12);
+    EXPECT_GT(d.line.gravityW[1], 0.0);
+}
+
+TEST(SetGravitySources, GivesToOneNodeWhatItTakesFromAnother) {
+    Descent d;
+    setGravitySources(d.tables.hasGas, d.line);
+    double water = 0.0;
+    double oil = 0.0;
+    for (std::size_t i = 1; i <= 4; ++i) {
+        water += d.line.gravityW[i] * d.line.DeltaTof[i];
+        oil += d.line.gravityO[i] * d.line.DeltaTof[i];
+        EXPECT_NEAR(d.line.gravityW[i] + d.line.gravityO[i], 0.0, 1e-15);
+    }
+    EXPECT_NEAR(water, 0.0, 1e-15);
+    EXPECT_NEAR(oil, 0.0, 1e-15);
+}
+
+TEST(SetGravitySources, AreNoneOnALevelLineAndAtTheEndPoints) {
+    Descent level;
+    for (std::size_t n = 1; n <= 4; ++n) level.line.tracedDepth[n] = 0.0;
+    loadLineGravity(level.flow.grid, level.flow.state, level.line);
+    setGravitySources(level.tables.hasGas, level.line);
+    for (std::size_t i = 1; i <= 4; ++i) EXPECT_EQ(level.line.gravityW[i], 0.0);
+    Descent dry;
+    dry.set(1, 0.2);
+    dry.set(2, 0.2);
+    setGravitySources(dry.tables.hasGas, dry.line);
+    for (std::size_t i = 1; i <= 4; ++i) EXPECT_EQ(dry.line.gravityW[i], 0.0);
+}
+
+TEST(AdvanceExplicit, FloodsADescendingLineFasterWithGravity) {
+    Descent with;
+    Descent without;
+    without.line.hasGravity = false;
+    ExplicitScratch scratch;
+    advanceExplicit(with.tables, {}, 3.0, scratch, with.line);
+    advanceExplicit(without.tables, {}, 3.0, scratch, without.line);
+    const auto centre = [](const SolverLine& line) {
+        double sum = 0.0;
+        for (std::size_t i = 1; i <= 4; ++i) sum += static_cast<double>(i) * line.nodes[i].Sw;
+        return sum;
+    };
+    EXPECT_GT(centre(with.line), centre(without.line));
+}
+
+TEST(AdvanceImplicit, MeetsTheExplicitSolutionOnADescendingLineAndKeepsTheWater) {
+    Descent explicitly;
+    Descent implicit;
+    const auto held = [](const SolverLine& line) {
+        double sum = 0.0;
+        for (std::size_t i = 1; i <= 4; ++i) sum += line.nodes[i].Sw * line.DeltaTof[i];
+        return sum;
+    };
+    const double before = held(implicit.line);
+    ExplicitControl control;
+    control.cfl = 0.002;
+    control.minimumStep = 1e-4;
+    advanceTogether(explicitly.tables, control, 2.0, explicitly.line);
+    LineNewton newton;
+    setRates(implicit.line);
+    startOutlet(implicit.line);
+    beginNewton(false, newton, implicit.line);
+    for (int k = 0; k < 1000; ++k)
+        ASSERT_GT(newtonStep(implicit.tables, {}, 0.0, 0.002, newton, implicit.line), 0);
+    for (std::size_t i = 1; i <= 4; ++i)
+        EXPECT_NEAR(implicit.line.nodes[i].Sw, explicitly.line.nodes[i].Sw, 2e-3) << i;
+    EXPECT_NEAR(held(implicit.line) + implicit.line.outletWater, before + 2.0, 1e-10);
+}
+
+TEST(AdvanceImplicit, KeepsTheWaterOnADescendingLineAtLargeSteps) {
+    Descent d;
+    const double before = 5.0 * (0.6 + 0.4 + 0.2 + 0.2);
+    LineNewton newton;
+    NewtonCounts counts;
+    advanceImplicit(d.tables, {}, 10.0, newton, counts, d.line);
+    double held = 0.0;
+    for (std::size_t i = 1; i <= 4; ++i) held += d.line.nodes[i].Sw * 5.0;
+    EXPECT_NEAR(held - before, 10.0 * (1.0 - d.line.outletWater), 1e-9);
+}
+
+}  // namespace
+}  // namespace kvr
