@@ -12,4 +12,8 @@ namespace kvr {
 /// An early end that is not a failure: the same closing of files, exit status 0, no waiting.
 [[noreturn]] void normalStop();
 
+/// Statuses of files that messages have words of their own for; any other is an errno.
+inline constexpr int OpenErrorStatus = -1;  // there is no such file
+inline constexpr int HandlingErrorStatus = -2;
+
 }  // namespace kvr

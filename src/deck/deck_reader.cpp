@@ -24,9 +24,6 @@ namespace {
 constexpr int FirstPassLines = 10000;  // lines tested by the dispatcher, at most
 constexpr int SecondPassLines = 1000;
 constexpr std::size_t DispatcherLineWidth = 2048;
-constexpr int OpenErrorStatus = -1;  // there is no such file
-constexpr int HandlingErrorStatus = -2;
-
 /// The deck being read and the run that it fills.
 struct DeckReading {
     Simulation& run;

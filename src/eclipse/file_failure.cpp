@@ -8,9 +8,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int OpenErrorStatus = -1;
-constexpr int HandlingErrorStatus = -2;
-
 void tellStatus(const Console& console, int status, std::string_view lastLine) {
     if (status == OpenErrorStatus) return lineToBoth(console, "ERROR: File Open Error");
     if (status == HandlingErrorStatus) return lineToBoth(console, "ERROR: File handling Error");
@@ -46,6 +43,13 @@ void stopOnRecordFault(const Console& console, const RecordReader& reader, std::
 void openOrStop(const Console& console, const std::string& path, RecordWriter& writer) {
     const int status = open_write(path, writer);
     if (status != 0) stopOnFileStatus(console, status, path);
+}
+
+std::FILE* replaceTextOrStop(const Console& console, const std::string& path) {
+    errno = 0;
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) stopOnFileStatus(console, errno, path);
+    return file;
 }
 
 void closeOrStop(const Console& console, RecordWriter& writer) {

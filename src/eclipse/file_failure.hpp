@@ -3,6 +3,7 @@
 #include "base/console.hpp"
 #include "eclipse/records.hpp"
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,8 @@ void tellFaultPlace(const Console& console, const RecordReader& reader);
 
 /// Opens a file for writing or stops.
 void openOrStop(const Console& console, const std::string& path, RecordWriter& writer);
+/// Opens a text file in place of any old one or stops; the caller closes it.
+std::FILE* replaceTextOrStop(const Console& console, const std::string& path);
 /// Closes a written file; stops when it did not reach the disk whole.
 void closeOrStop(const Console& console, RecordWriter& writer);
 

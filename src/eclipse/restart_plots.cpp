@@ -10,7 +10,6 @@
 #include "report/block_zone.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 
 namespace kvr {
@@ -36,13 +35,6 @@ constexpr ZoneRow Zones[] = {{"PRESSURE", 0, "p<sub>o</sub>"}, {"SOIL    ", 1, "
                              {"VOIL    ", Else, ""},           {"VGAS    ", Else, ""},
                              {"VWAT    ", Else, ""},           {"FLOOILI+", Else, ""},
                              {"FLOWATI+", Else, ""},           {"FLOGASI+", Else, ""}};
-
-std::FILE* replaceFile(const Console& console, const std::string& path) {
-    errno = 0;
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (file == nullptr) stopOnFileStatus(console, errno, path);
-    return file;
-}
 
 /// Values of a block by cell.
 CellArray<double> byCell(const GridModel& grid, const std::vector<float>& values) {
@@ -87,10 +79,10 @@ void writeOwnFiles(const Console& console, const RunOptions& options, const Grid
     const std::size_t gap = keyword.starts_with("AJGFN") ? MultiplierTitleGap : TitleGap;
     const std::string word = fileWord(keyword);
     both(console, "Data -> {}", keyword);
-    std::FILE* plot = replaceFile(console, fmt::format("{}_{:04d}{}.PLT", plots.base, step, word));
+    std::FILE* plot = replaceTextOrStop(console, fmt::format("{}_{:04d}{}.PLT", plots.base, step, word));
     addZone(options, grid, values, time, padded(keyword, keyword.size() + gap), plot);
     std::fclose(plot);
-    std::FILE* text = replaceFile(
+    std::FILE* text = replaceTextOrStop(
         console, fmt::format("{}_{}_STEP_{:04d}_TIME_{}.ECLTXT", plots.base, word, step, wholeTime(time)));
     NumberWriter writer;
     writer.file = text;
@@ -129,7 +121,7 @@ RestartPlots openRestartPlots(const Console& console, const RunOptions& options,
     RestartPlots plots;
     plots.base = outsideFile(options, header, "");
     for (std::size_t n = 0; n < PlotNames.size(); ++n)
-        plots.files[n] = replaceFile(console, plots.base + std::string(PlotNames[n]));
+        plots.files[n] = replaceTextOrStop(console, plots.base + std::string(PlotNames[n]));
     return plots;
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 
 namespace kvr {
 
@@ -20,10 +19,8 @@ constexpr std::array<int, 6> CalculatedIds = {response::WOPR, response::WWPR, re
 constexpr std::array<int, 6> ObservedIds = {response::WOPRH, response::WWPRH, response::WGPRH,
                                             response::WBHPH, response::WWCTH, response::WGORH};
 
-std::FILE* replaceFile(const Console& console, const std::string& path) {
-    errno = 0;
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (file == nullptr) stopOnFileStatus(console, errno, path);
+std::FILE* createFile(const Console& console, const std::string& path) {
+    std::FILE* file = replaceTextOrStop(console, path);
     log(console, " File Created -> {}", path);
     return file;
 }
@@ -76,9 +73,9 @@ std::vector<int> withComponents(const std::array<int, 6>& ids, int componentCoun
 
 WellDataFiles openWellData(const Console& console, const RunOptions& options) {
     WellDataFiles files;
-    files.calculated = replaceFile(console, options.workingFolder + "WELL_CALCULATED.DATA");
+    files.calculated = createFile(console, options.workingFolder + "WELL_CALCULATED.DATA");
     if (options.useHistoryControls)
-        files.observed = replaceFile(console, options.workingFolder + "WELL_OBSERVED.DATA");
+        files.observed = createFile(console, options.workingFolder + "WELL_OBSERVED.DATA");
     return files;
 }
 

@@ -19,6 +19,7 @@
 #include "report/static_plots.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
+#include "run/erase_script.hpp"
 #include "run/input_detection.hpp"
 #include "run/unbuilt_features.hpp"
 #include "streamline/streamline_step.hpp"
@@ -43,6 +44,7 @@ void resetCounters(RunClock& clock) {
 void openInput(Simulation& simulation) {
     detectInput(simulation.console, simulation.options);
     simulation.times.cpuAtStart = static_cast<float>(cpuSeconds());
+    writeEraseScript(simulation.console, simulation.options.workingFolder);
     openOutputs(simulation.options.workingFolder, simulation.outputs, simulation.console);
 }
 

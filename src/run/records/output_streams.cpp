@@ -1,7 +1,6 @@
 #include "run/records/output_streams.hpp"
 
 #include "base/hard_stop.hpp"
-#include "run/records/erase_script.hpp"
 
 #include <array>
 #include <cerrno>
@@ -24,9 +23,6 @@ constexpr HeadRow Heads[] = {
      "TIME\tPVI\tMBE_O %\tMBE_W %\tMBE_G %\tPCT %\tMassbyCompoent ->     \tComponents ->     \n"},
     {OutputFile::DebugLog, "BLACKOIL   KVR   LAST UPDATE :   **/**/2012\n"},
 };
-
-constexpr int OpenErrorStatus = -1;
-constexpr int HandlingErrorStatus = -2;
 
 [[noreturn]] void stopOnOpenFailure(const Console& console, const std::string& path, int status) {
     if (status == OpenErrorStatus)
@@ -86,7 +82,6 @@ std::FILE* openBeside(const Console& console, const OutputStreams& outputs, Outp
 void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console) {
     outputs.folder = folder;
     outputs.streams.assign(FileCount, nullptr);
-    writeEraseScript(console, outputPath(outputs, outputName(OutputFile::EraseScript)));
     for (std::size_t n = 0; n < FileCount; ++n)
         outputs.streams[n] =
             openForReplace(console, outputPath(outputs, outputName(static_cast<OutputFile>(n))));

@@ -24,7 +24,7 @@ std::FILE* openForReplace(const Console& console, const std::string& path);
 /// The same behind what the file holds.
 std::FILE* openForAppend(const Console& console, const std::string& path);
 
-/// Writes 0EraseData.bat, opens the whole set with replace, writes the fixed heads of the tables, and
+/// Opens the whole set with replace, writes the fixed heads of the tables, and
 /// hands the log to the console.
 void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console);
 

@@ -3,20 +3,11 @@
 #include "unit/quiet_console.hpp"
 #include "unit/scratch_folder.hpp"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
-#include <vector>
 
 namespace kvr {
 namespace {
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
 
 /// The set opened in a scratch folder, closed when the test ends.
 struct OpenSet {
@@ -38,29 +29,9 @@ int countFiles(const std::string& folder, const std::string& prefix) {
     return count;
 }
 
-TEST(EraseScript, StartsWithEchoOffAndKeepsItsDoubledWord) {
-    OpenSet set;
-    const std::vector<std::string> lines = linesOf(set.folder.read("0EraseData.bat"));
-    ASSERT_FALSE(lines.empty());
-    EXPECT_EQ(lines.front(), "@echo off");
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "del del HM_ITE_0*"), 1);
-}
-
-TEST(EraseScript, HasOneDelLinePerNameAndEveryNameOnce) {
-    OpenSet set;
-    std::vector<std::string> lines = linesOf(set.folder.read("0EraseData.bat"));
-    lines.erase(lines.begin());
-    for (const std::string& line : lines) EXPECT_EQ(line.rfind("del ", 0), 0U) << line;
-    EXPECT_EQ(std::set<std::string>(lines.begin(), lines.end()).size(), lines.size());
-    for (const char* line :
-         {"del KVR_Run_RateAllocation.dat", "del tau.dat", "del dummy4.dat", "del HM_ITE_0*",
-          "del Grid_Prs.xls", "del *.SMSPEC", "del *.FRSSPEC", "del *.PRT"})
-        EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
-}
-
 TEST(OpenOutputs, LeavesTheWholeFixedSetInTheFolder) {
     OpenSet set;
-    EXPECT_EQ(countFiles(set.folder.path, ""), static_cast<int>(OutputFile::Count) + 1);
+    EXPECT_EQ(countFiles(set.folder.path, ""), static_cast<int>(OutputFile::Count));
     EXPECT_EQ(countFiles(set.folder.path, "KVR_TPlot_PcGFlo_"), 9);
     for (const char* name : {"BHP", "CMP", "GOR", "GPR", "OPR", "WCT", "WPR"})
         for (const char* twin : {".out", "_Abs.out"}) {
@@ -116,7 +87,7 @@ TEST(OpenOutputs, StopsAtTheFirstFileOfAFolderThatCannotBeWritten) {
         },
         testing::ExitedWithCode(1),
         "ERROR: File handling error, code = 2\nCannot create file for output. Check Directry path.\n"
-        "/nonexistent/folder/0EraseData.bat");
+        "/nonexistent/folder/KVR_TPlot_poil.plt");
 }
 
 TEST(ReplaceOutput, EmptiesOneFileAndKeepsItsStream) {

@@ -1,4 +1,4 @@
-#include "run/records/erase_script.hpp"
+#include "run/erase_script.hpp"
 
 #include "run/records/output_streams.hpp"
 
@@ -91,8 +91,8 @@ constexpr std::string_view ErasedNames[] = {
 
 }  // namespace
 
-void writeEraseScript(const Console& console, const std::string& path) {
-    std::FILE* file = openForReplace(console, path);
+void writeEraseScript(const Console& console, const std::string& folder) {
+    std::FILE* file = openForReplace(console, folder + std::string(outputName(OutputFile::EraseScript)));
     std::fputs("@echo off\n", file);
     for (const std::string_view name : ErasedNames)
         std::fprintf(file, "del %.*s\n", static_cast<int>(name.size()), name.data());

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "base/console.hpp"
+
+#include <string>
+
+namespace kvr {
+
+/// Writes 0EraseData.bat, which deletes what a run leaves behind: "@echo off", then one "del" line per
+/// result name. `folder` is joined directly to the name; stops with the open-failure texts when the file
+/// cannot be written.
+void writeEraseScript(const Console& console, const std::string& folder);
+
+}  // namespace kvr

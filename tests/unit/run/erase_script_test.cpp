@@ -1,0 +1,52 @@
+#include "run/erase_script.hpp"
+
+#include "unit/quiet_console.hpp"
+#include "unit/scratch_folder.hpp"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+#include <sstream>
+#include <vector>
+
+namespace kvr {
+namespace {
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+TEST(EraseScript, StartsWithEchoOffAndKeepsItsDoubledWord) {
+    ScratchFolder folder;
+    writeEraseScript(Console{nullptr, nullptr, nullptr}, folder.path);
+    const std::vector<std::string> lines = linesOf(folder.read("0EraseData.bat"));
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.front(), "@echo off");
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "del del HM_ITE_0*"), 1);
+}
+
+TEST(EraseScript, HasOneDelLinePerNameAndEveryNameOnce) {
+    ScratchFolder folder;
+    writeEraseScript(Console{nullptr, nullptr, nullptr}, folder.path);
+    std::vector<std::string> lines = linesOf(folder.read("0EraseData.bat"));
+    lines.erase(lines.begin());
+    for (const std::string& line : lines) EXPECT_EQ(line.rfind("del ", 0), 0U) << line;
+    EXPECT_EQ(std::set<std::string>(lines.begin(), lines.end()).size(), lines.size());
+    for (const char* line :
+         {"del KVR_Run_RateAllocation.dat", "del tau.dat", "del dummy4.dat", "del HM_ITE_0*",
+          "del Grid_Prs.xls", "del *.SMSPEC", "del *.FRSSPEC", "del *.PRT"})
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
+}
+
+TEST(EraseScript, StopsInAFolderThatCannotBeWritten) {
+    EXPECT_EXIT(writeEraseScript(consoleOnStandardError(), "/nonexistent/folder/"),
+                testing::ExitedWithCode(1),
+                "ERROR: File handling error, code = 2\nCannot create file for output. Check Directry path.\n"
+                "/nonexistent/folder/0EraseData.bat");
+}
+
+}  // namespace
+}  // namespace kvr
