@@ -51,9 +51,4 @@ std::string padded(std::string_view text, std::size_t width) {
     return result;
 }
 
-bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
-}
-
 }  // namespace kvr

@@ -15,7 +15,5 @@ std::string toUpper(std::string_view text);
 std::string toLower(std::string_view text);
 /// `text` cut or padded with blanks to `width` characters.
 std::string padded(std::string_view text, std::size_t width);
-/// The same text whatever the case of its letters.
-bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace kvr

@@ -179,11 +179,6 @@ double OilFvfSlope(const FluidTables& tables, double p, double pb) {
     return (ahead - OilFvf(tables, p, pb)) * PerPressureStep;
 }
 
-double OilViscositySlope(const FluidTables& tables, double p, double pb) {
-    const double ahead = OilViscosity(tables, p + PressureStep, bubblePointAhead(tables, p, pb));
-    return (ahead - OilViscosity(tables, p, pb)) * PerPressureStep;
-}
-
 double SolutionRsSlope(const FluidTables& tables, double pb) {
     return (SolutionRs(tables, pb + PressureStep) - SolutionRs(tables, pb)) * PerPressureStep;
 }
@@ -194,14 +189,6 @@ double WaterFvfSlope(const FluidTables& tables, double p) {
 
 double WaterViscositySlope(const FluidTables& tables, double p) {
     return (WaterViscosity(tables, p + PressureStep) - WaterViscosity(tables, p)) * PerPressureStep;
-}
-
-double GasFvfSlope(const FluidTables& tables, double p) {
-    return (GasFvf(tables, p + PressureStep) - GasFvf(tables, p)) * PerPressureStep;
-}
-
-double GasViscositySlope(const FluidTables& tables, double p) {
-    return (GasViscosity(tables, p + PressureStep) - GasViscosity(tables, p)) * PerPressureStep;
 }
 
 double PoreFactorSlope(const FluidTables& tables, double p) {

@@ -58,15 +58,12 @@ Number gasDensityAt(const FluidTables& tables, const Number& bg) {
     return tables.gasDensity / bg;
 }
 
-/// One-sided differences of the functions above, step 0.0001 psi. The oil slopes move p alone, or p and pb
+/// One-sided differences of the functions above, step 0.0001 psi. The slope of oil moves p alone, or p and pb
 /// together for live oil at its bubble point (the slope along the saturated curve).
 double OilFvfSlope(const FluidTables& tables, double p, double pb);
-double OilViscositySlope(const FluidTables& tables, double p, double pb);
 double SolutionRsSlope(const FluidTables& tables, double pb);
 double WaterFvfSlope(const FluidTables& tables, double p);
 double WaterViscositySlope(const FluidTables& tables, double p);
-double GasFvfSlope(const FluidTables& tables, double p);
-double GasViscositySlope(const FluidTables& tables, double p);
 double PoreFactorSlope(const FluidTables& tables, double p);
 
 /// Slopes of usableOilProperties by the same differences, both properties with one walk each.

@@ -15,7 +15,6 @@ namespace {
 constexpr std::size_t KeywordWidth = 8;
 constexpr int MaxCommentLines = 1000;   // skipped before a keyword's data
 constexpr int MaxSkippedLines = 10000;  // dropped behind an unknown keyword
-constexpr int MaxCountedLines = 1000;   // of countLinesToSlash
 constexpr std::string_view UnitCopyRequest = "-- ConvertUnitCommandKVR";
 constexpr std::string_view EndOfFileText = "FILE I/O -> END OF FILE..";
 
@@ -41,23 +40,6 @@ void noteUnitCopyRequest(SectionReader& reader, std::string_view line) {
     if (reader.section == "RUNSPEC" && trimLeft(line).starts_with(UnitCopyRequest)) {
         reader.outputMetric = true;
     }
-}
-
-/// Reads on while `counts` holds for a line, counting; the first other line is stepped back onto.
-template <class Test>
-int consumeWhile(SectionReader& reader, const Test& counts) {
-    std::string_view line;
-    int count = 0;
-    while (nextLine(*reader.cursor, line)) {
-        if (isCommentLine(line)) {
-            takeComment(reader, line);
-        } else if (!counts(line)) {
-            stepBack(*reader.cursor);
-            break;
-        }
-        ++count;
-    }
-    return count;
 }
 
 void printReadError(const SectionReader& reader, ListError error) {
@@ -129,33 +111,19 @@ void skipKeywordData(SectionReader& reader) {
     }
 }
 
-int countLinesToSlash(SectionReader& reader) {
+int consumeSlashLines(SectionReader& reader) {
     std::string_view line;
     int count = 0;
-    while (count < MaxCountedLines && nextLine(*reader.cursor, line)) {
-        echoLine(reader, line);
-        if (isSlashLine(line)) {
+    while (nextLine(*reader.cursor, line)) {
+        if (isCommentLine(line)) {
+            takeComment(reader, line);
+        } else if (!isSlashLine(line)) {
             stepBack(*reader.cursor);
             break;
         }
         ++count;
     }
     return count;
-}
-
-int consumeSlashLines(SectionReader& reader) {
-    return consumeWhile(reader, isSlashLine);
-}
-
-int consumeLinesWithSlash(SectionReader& reader) {
-    return consumeWhile(reader,
-                        [](std::string_view line) { return line.find('/') != std::string_view::npos; });
-}
-
-int findLast(std::string_view text, std::string_view pattern) {
-    const std::string sought = toUpper(trim(pattern));
-    const std::size_t found = sought.empty() ? std::string::npos : toUpper(text).rfind(sought);
-    return found == std::string::npos ? 0 : static_cast<int>(found) + 1;
 }
 
 bool nextLineIsKeyword(const SectionReader& reader) {

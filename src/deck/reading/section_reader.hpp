@@ -65,14 +65,8 @@ void takeComment(SectionReader& reader, std::string_view line);
 void skipCommentLines(SectionReader& reader);
 /// Drops lines while each is a comment or blank or holds a slash or an asterisk. At most 10000.
 void skipKeywordData(SectionReader& reader);
-/// Lines before the next slash-first line; the cursor stays on that line, so that the next read returns it.
-int countLinesToSlash(SectionReader& reader);
 /// Counts comment, blank and slash-first lines up to the next data line.
 int consumeSlashLines(SectionReader& reader);
-/// The same where the test is a slash anywhere in the line.
-int consumeLinesWithSlash(SectionReader& reader);
-/// 1-based position of the last case-insensitive match of the blank-trimmed pattern, 0 if none.
-int findLast(std::string_view text, std::string_view pattern);
 /// The next line starts with a letter that is not quoted (the next keyword), or the file has ended.
 /// The cursor does not move.
 bool nextLineIsKeyword(const SectionReader& reader);

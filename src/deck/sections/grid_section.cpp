@@ -135,7 +135,6 @@ void readCoord(SectionReader& reader, GridRecords& records) {
 
 void buildFromCorners(const SectionReader& reader, GridModel& grid) {
     CALC_RESERVOIR_COORDINATE_FRMCOORD(grid, reader.units->VolumeFactor);
-    grid.cornerPointInput = true;
     grid.coordAfterZcorn = false;
 }
 

