@@ -99,11 +99,7 @@ void finishCell(const FluidTables& tables, bool keepEndPoints, int region, doubl
 
 void storeCell(const PhaseState& from, double pressure, CellId cell, CellState& state) {
     state.Pressure[cell] = pressure;
-    state.Sw[cell] = from.Sw;
-    state.So[cell] = from.So;
-    state.Sg[cell] = from.Sg;
-    state.Rs[cell] = from.Rs;
-    state.Pb[cell] = from.Pb;
+    storePhases(from, cell, state);
 }
 
 void initialiseByDepth(const Console& console, const GridModel& grid, const FluidTables& tables,

@@ -1,15 +1,9 @@
 #pragma once
 
+#include "fluid/phase_state.hpp"
 #include "fluid/tables.hpp"
 
 namespace kvr {
-
-/// Saturations of a cell or node with its solution gas.
-struct PhaseState {
-    double Sw = 0.0, So = 0.0, Sg = 0.0;
-    double Rs = 0.0;
-    double Pb = 0.0;  // psia
-};
 
 /// Conserved amounts, surface volume per pore volume.
 struct ConservedAmounts {

@@ -34,13 +34,20 @@ double storageTerm(double poreNew, double poreOld, double rock, double fluid, do
     return (poreNew * rock / bOld + fluid * poreOld / bNew) * saturation;
 }
 
+struct LiquidTerms {
+    double oil, water;
+};
+
+LiquidTerms liquidTerms(const CellCompressibility& comp, const CellState& old, const CellState& now,
+                        CellId c) {
+    const double poreNew = now.PoreFraction[c], poreOld = old.PoreFraction[c];
+    return {storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressO, old.Bo[c], now.Bo[c], now.So[c]),
+            storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressW, old.Bw[c], now.Bw[c], now.Sw[c])};
+}
+
 Storage twoPhaseStorage(bool linear, double bulk, double dt, const CellCompressibility& comp,
                         const CellState& old, const CellAmounts& amounts, const CellState& now, CellId c) {
-    const double poreNew = now.PoreFraction[c], poreOld = old.PoreFraction[c];
-    const double TO =
-        storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressO, old.Bo[c], now.Bo[c], now.So[c]);
-    const double TW =
-        storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressW, old.Bw[c], now.Bw[c], now.Sw[c]);
+    const auto [TO, TW] = liquidTerms(comp, old, now, c);
     Storage storage;
     storage.perPsi = (TO * now.Bo[c] + TW * now.Bw[c]) * bulk / dt;
     if (linear) {
@@ -58,10 +65,7 @@ Storage twoPhaseStorage(bool linear, double bulk, double dt, const CellCompressi
 Storage threePhaseStorage(bool linear, double bulk, double dt, const CellCompressibility& comp,
                           const CellState& old, const CellAmounts& amounts, const CellState& now, CellId c) {
     const double poreNew = now.PoreFraction[c], poreOld = old.PoreFraction[c];
-    const double TO =
-        storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressO, old.Bo[c], now.Bo[c], now.So[c]);
-    const double TW =
-        storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressW, old.Bw[c], now.Bw[c], now.Sw[c]);
+    const auto [TO, TW] = liquidTerms(comp, old, now, c);
     const double dissolved = now.Rs[c] * TO + poreNew * now.So[c] / now.Bo[c] * comp.rsSlope;
     const double TG =
         storageTerm(poreNew, poreOld, comp.CompressR, comp.CompressG, old.Bg[c], now.Bg[c], now.Sg[c]) +

@@ -74,18 +74,10 @@ void bringRsIntoTable(const Console& console, bool debug, const FluidTables& tab
     state.Pb[c] = BubblePoint(tables, limit);
 }
 
-PhaseState stateOfCell(const CellState& state, CellId c) {
-    return {state.Sw[c], state.So[c], state.Sg[c], state.Rs[c], state.Pb[c]};
-}
-
 /// Stores a state; true when a saturation has changed, so that relative permeabilities must follow.
 bool store(const PhaseState& found, CellId c, CellState& state) {
     const bool changed = found.Sw != state.Sw[c] || found.So != state.So[c] || found.Sg != state.Sg[c];
-    state.Sw[c] = found.Sw;
-    state.So[c] = found.So;
-    state.Sg[c] = found.Sg;
-    state.Rs[c] = found.Rs;
-    state.Pb[c] = found.Pb;
+    storePhases(found, c, state);
     return changed;
 }
 
@@ -100,7 +92,7 @@ void withoutGas(PhaseState& state) {
 
 PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoints, const CellAmounts& amounts,
                         CellId c, const CellState& state) {
-    PhaseState found = stateOfCell(state, c);
+    PhaseState found = phasesOf(state, c);
     const double p = state.Pressure[c];
     if (tables.hasGas && (found.Sg > MachineEpsilon || found.Pb > p))
         return flashCell(tables, region, keepEndPoints, p,

@@ -46,11 +46,25 @@ void putBlockLine(NumberWriter& table, std::size_t number, const Well& well, con
                    line.injection, line.bhp, line.cut);
 }
 
-/// Calls `row(well, figures)` for every producer.
-template <class Row>
-void forProducers(const StepFigures& figures, const WellRecord& wells, const Row& row) {
-    for (std::size_t w = 0; w < wells.wells.size(); ++w)
-        if (!isInjector(wells.wells[w])) row(wells.wells[w], figures.wells[w]);
+/// A row for every producer: time, name, and what `values` makes of its figures; the names of the columns
+/// before the first row of a file.
+template <class Values>
+void addProducerRows(const StepFigures& figures, const WellRecord& wells,
+                     std::initializer_list<std::string_view> columns, const Values& values, std::FILE* file) {
+    NumberWriter table;
+    table.file = file;
+    if (isEmptyFile(file)) {
+        for (const std::string_view name : columns) putHeading(table, name);
+        put(table, "\n");
+    }
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        if (isInjector(wells.wells[w])) continue;
+        putColumn(table, figures.time);
+        putHeading(table, withoutBlanks(wells.wells[w].WellName));
+        for (const double value : values(figures.wells[w])) putColumn(table, value);
+        put(table, "\n");
+    }
+    flush(table);
 }
 
 }  // namespace
@@ -104,36 +118,18 @@ void addWellRows(const StepFigures& figures, const WellRecord& wells, std::FILE*
 }
 
 void addProductionRows(const StepFigures& figures, const WellRecord& wells, std::FILE* file) {
-    NumberWriter table;
-    table.file = file;
-    if (isEmptyFile(file)) {
-        for (const std::string_view name : {"TIME", "NAME", "WOPR", "WWPR", "WGPR"}) putHeading(table, name);
-        put(table, "\n");
-    }
-    forProducers(figures, wells, [&](const Well& well, const WellFigures& f) {
-        putColumn(table, figures.time);
-        putHeading(table, withoutBlanks(well.WellName));
-        for (const double rate : {f.production.oil, f.production.water, f.production.gas})
-            putColumn(table, rate);
-        put(table, "\n");
-    });
-    flush(table);
+    addProducerRows(
+        figures, wells, {"TIME", "NAME", "WOPR", "WWPR", "WGPR"},
+        [](const WellFigures& f) {
+            return std::array<double, 3>{f.production.oil, f.production.water, f.production.gas};
+        },
+        file);
 }
 
 void addWaterCutRows(const StepFigures& figures, const WellRecord& wells, std::FILE* file) {
-    NumberWriter table;
-    table.file = file;
-    if (isEmptyFile(file)) {
-        for (const std::string_view name : {"TIME", "NAME", "WWCT"}) putHeading(table, name);
-        put(table, "\n");
-    }
-    forProducers(figures, wells, [&](const Well& well, const WellFigures& f) {
-        putColumn(table, figures.time);
-        putHeading(table, withoutBlanks(well.WellName));
-        putColumn(table, waterCut(f.production));
-        put(table, "\n");
-    });
-    flush(table);
+    addProducerRows(
+        figures, wells, {"TIME", "NAME", "WWCT"},
+        [](const WellFigures& f) { return std::array<double, 1>{waterCut(f.production)}; }, file);
 }
 
 }  // namespace kvr

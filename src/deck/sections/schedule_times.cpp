@@ -76,6 +76,15 @@ double dateOfRow(SectionReader& reader, const RunClock& clock, RowLoop& rows) {
     return daysBetween(clock.day, clock.month, clock.year, day, monthOfWord(month), year);
 }
 
+/// The one time that a keyword gives, days; 0 where it gives none.
+double readTime(SectionReader& reader, std::string_view keyword) {
+    announce(reader, keyword);
+    skipCommentLines(reader);
+    std::array<double, 1> time = {0.0};
+    checkRead(reader, readDoubles(*reader.cursor, time));
+    return time[0];
+}
+
 }  // namespace
 
 void openScheduleStep(Schedule& schedule) {
@@ -135,25 +144,19 @@ void readDates(SectionReader& reader, ScheduleRecords& records) {
 }
 
 void readWnext(SectionReader& reader, ScheduleRecords& records) {
-    announce(reader, "WNEXT");
-    skipCommentLines(reader);
-    std::array<double, 1> time = {0.0};
-    checkRead(reader, readDoubles(*reader.cursor, time));
-    const std::array<double, 1> lengths = {lengthTo(time[0], timeReached(records.schedule))};
+    const std::array<double, 1> lengths = {
+        lengthTo(readTime(reader, "WNEXT"), timeReached(records.schedule))};
     takeLengths(reader, records, lengths);
 }
 
 void readSimend(SectionReader& reader, ScheduleRecords& records) {
-    announce(reader, "SIMEND");
-    skipCommentLines(reader);
-    std::array<double, 1> time = {0.0};
-    checkRead(reader, readDoubles(*reader.cursor, time));
-    if (time[0] > 0.0 && time[0] <= MaxStepLength) {
-        records.schedule.endTime = time[0];
+    const double time = readTime(reader, "SIMEND");
+    if (time > 0.0 && time <= MaxStepLength) {
+        records.schedule.endTime = time;
         records.schedule.endTimeGiven = true;
         return;
     }
-    both(consoleOf(reader), "WARNING :: END TIME {} IS OUT OF RANGE, NOT USED", number(time[0]));
+    both(consoleOf(reader), "WARNING :: END TIME {} IS OUT OF RANGE, NOT USED", number(time));
     tellPlace(reader);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "fluid/phase_state.hpp"
 
 namespace kvr {
 
@@ -21,6 +22,18 @@ struct CellState {
     CellArray<double> PressureW, PressureG;       // psia
     DirectionArray<double> tracer;                // (cell, tracer) concentration; width 0 without tracers
 };
+
+/// The saturations of a cell with its solution gas, and their way back.
+inline PhaseState phasesOf(const CellState& state, CellId cell) {
+    return {state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell], state.Pb[cell]};
+}
+inline void storePhases(const PhaseState& phases, CellId cell, CellState& state) {
+    state.Sw[cell] = phases.Sw;
+    state.So[cell] = phases.So;
+    state.Sg[cell] = phases.Sg;
+    state.Rs[cell] = phases.Rs;
+    state.Pb[cell] = phases.Pb;
+}
 
 /// Sizes every array for `count` cells, all values 0 (formation factors and viscosities 1).
 void allocateCellState(CellId count, int tracerCount, CellState& state);
