@@ -27,6 +27,12 @@ inline constexpr double GasRatioFactor = 0.005614583;
 /// lb/ft3 * ft to psi.
 inline constexpr double SquareInchesPerSquareFoot = 144.0;
 
+/// Metres in a foot, exact.
+inline constexpr double MetresPerFoot = 0.3048;
+
+/// A fraction as it is shown.
+inline constexpr double Percent = 100.0;
+
 /// days; two times closer than this are the same time.
 inline constexpr double TimeTolerance = 1e-10;
 

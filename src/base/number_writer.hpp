@@ -6,6 +6,8 @@
 
 namespace kvr {
 
+inline constexpr int RoundTripDigits = 17;  // a number written with them reads back to the same bits
+
 /// Gathers text in memory and hands it to a stream in large pieces. Whatever was put in is in the
 /// stream after `flush`; a writer that goes out of scope unflushed loses its text.
 struct NumberWriter {

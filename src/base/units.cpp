@@ -1,5 +1,7 @@
 #include "base/units.hpp"
 
+#include "base/constants.hpp"
+
 namespace kvr {
 
 namespace {
@@ -11,7 +13,6 @@ constexpr double CubicFeetPerCubicMetre = 35.314667;
 constexpr double BarrelsPerCubicMetre = 6.289811;
 constexpr double BarPerPsi = 0.06894757;
 constexpr double KgPerM3PerLbPerFt3 = 16.01846;
-constexpr double MetresPerFoot = 0.3048;
 
 }  // namespace
 

@@ -25,11 +25,7 @@ void placeBlock(GridModel& grid, CellId cell, const CellExtent& extent) {
         float* point = cornerOf(grid, cell, n);
         for (int r = 0; r < 3; ++r)
             point[r] = static_cast<float>(offset[r] == 0 ? extent.low[r] : extent.high[r]);
-        const std::size_t node = nodeIndex(grid, grid.CellI[cell] + offset[0], grid.CellJ[cell] + offset[1],
-                                           grid.CellK[cell] + offset[2]);
-        grid.NodeX[node] = static_cast<double>(point[0]);
-        grid.NodeY[node] = static_cast<double>(point[1]);
-        grid.NodeZ[node] = static_cast<double>(point[2]);
+        placeNode(grid, cell, n);
     }
     const Vector3 centre = meanOfCorners(cornerOf(grid, cell, 1));
     for (int r = 1; r <= 3; ++r) grid.CellCentre(cell, r) = centre[r - 1];

@@ -40,14 +40,13 @@ void storeConnection(const GridModel& grid, ConnectionTable& connections, CellId
     connections.ConnArea(cell, d) = connection.area;
     connections.ConnLength(cell, d) = connection.length;
     connections.HarmonicPerm(cell, d) = connection.harmonicPerm;
-    connections.SumArea[cell] += connection.area;
     if (grid.Active[n] != 0) connections.Trans(cell, d) = connection.trans;
 }
 
 void storeHalfTrans(const GridModel& grid, ConnectionTable& connections, CellId cell) {
     const double sizes[3] = {grid.DX[cell], grid.DY[cell], grid.DZ[cell]};
     const double permeability[3] = {grid.PERMX[cell], grid.PERMY[cell], grid.PERMZ[cell]};
-    for (int d = 1; d <= 6; ++d) {
+    for (int d = 1; d <= FaceCount; ++d) {
         const CellId n = connections.Neighbour(cell, d);
         const int axis = (d - 1) / 2;
         if ((n != 0 && grid.Active[n] == 0) || sizes[axis] <= 0.0) continue;
@@ -80,7 +79,7 @@ BoxConnection boxConnection(const GridModel& grid, CellId i, CellId j, int axis,
 void connectByBoxFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
-        for (int d = 1; d <= 6; ++d) storeConnection(grid, connections, cell, d);
+        for (int d = 1; d <= FaceCount; ++d) storeConnection(grid, connections, cell, d);
         storeHalfTrans(grid, connections, cell);
         grid.BulkVolume[cell] = grid.DX[cell] * grid.DY[cell] * grid.DZ[cell] / volumeFactor;
     }

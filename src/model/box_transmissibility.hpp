@@ -24,8 +24,8 @@ struct BoxConnection {
 /// Cells without extent along the axis give a connection of zeros.
 BoxConnection boxConnection(const GridModel& grid, CellId i, CellId j, int axis, double depthDiff);
 
-/// Fills columns 1..6 of DepthDiff, ConnArea, ConnLength, HarmonicPerm, Trans and HalfTrans, and SumArea, of
-/// every active cell; HalfTrans = k A/(0.5 D) * DarcyConstant with the cell's own cross-section A and size D,
+/// Fills columns 1..6 of DepthDiff, ConnArea, ConnLength, HarmonicPerm, Trans and HalfTrans of every
+/// active cell; HalfTrans = k A/(0.5 D) * DarcyConstant with the cell's own cross-section A and size D,
 /// without NTG, also on faces without a neighbour. Trans and HalfTrans are 0 on a connection with an inactive
 /// end. Sets BulkVolume = DX*DY*DZ/volumeFactor of active cells.
 void connectByBoxFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor);

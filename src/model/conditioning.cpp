@@ -21,7 +21,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int FaceCount = 6;
 constexpr double TinyRock = 1e-20;            // porosity or net-to-gross at or below this is no rock
 constexpr double LeastJPermeability = 1e-10;  // md; at or below this the J-function has no scale
 constexpr float JUnitFactor = 4.61678F;       // sqrt(1/md)*dyn/cm to psi, in single precision as required
@@ -33,7 +32,6 @@ void sizeTables(CellId cells, int width, ConnectionTable& connections) {
          {&connections.Trans, &connections.HalfTrans, &connections.DepthDiff, &connections.HarmonicPerm,
           &connections.ConnArea, &connections.ConnLength})
         column->assign(cells, width, 0.0);
-    connections.SumArea.assign(cells, 0.0);
 }
 
 void allocateConnections(const Console& console, CellId cells, int width, ConnectionTable& connections) {
@@ -191,7 +189,6 @@ void releaseConditioning(bool keepAreas, ConnectionTable& connections) {
     connections.HalfTrans = {};
     connections.HarmonicPerm = {};
     connections.ConnLength = {};
-    connections.SumArea = {};
     if (!keepAreas) connections.ConnArea = {};
 }
 

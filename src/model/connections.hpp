@@ -6,10 +6,13 @@
 
 namespace kvr {
 
+inline constexpr int FaceCount = 6;  // low x .. high z; directions beyond them only with NINEPOIN
+inline constexpr int AxisCount = 3;
+
 /// Connections of each cell by (CellId, direction), directions 1..6 the faces low x .. high z,
 /// 7..26 only with NINEPOIN.
 struct ConnectionTable {
-    int NDIR = 6;
+    int NDIR = FaceCount;
     DirectionArray<CellId> Neighbour;  // 0 where there is none
     DirectionArray<double> Trans;      // rb cp/(day psi); the two sides of a face may differ
     DirectionArray<double> DepthDiff;  // ft, neighbour's centre minus the cell's
@@ -19,7 +22,6 @@ struct ConnectionTable {
     DirectionArray<double> HarmonicPerm;  // md * DarcyConstant
     DirectionArray<double> ConnArea;      // ft2
     DirectionArray<double> ConnLength;    // ft
-    CellArray<double> SumArea;            // ft2, sum of ConnArea over the six faces
 };
 
 /// Sign of the outward normal of face 1..6, at [face - 1].

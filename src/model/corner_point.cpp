@@ -13,17 +13,6 @@ const float* pillarOf(const GridModel& grid, int i, int j) {
     return grid.COORD.data() + record * 6;
 }
 
-/// The node at a corner takes the corner's place.
-void setNode(GridModel& grid, CellId cell, int corner) {
-    const auto& offset = CornerOffset[corner - 1];
-    const float* point = cornerOf(grid, cell, corner);
-    const std::size_t node = nodeIndex(grid, grid.CellI[cell] + offset[0], grid.CellJ[cell] + offset[1],
-                                       grid.CellK[cell] + offset[2]);
-    grid.NodeX[node] = static_cast<double>(point[0]);
-    grid.NodeY[node] = static_cast<double>(point[1]);
-    grid.NodeZ[node] = static_cast<double>(point[2]);
-}
-
 void placeCorner(GridModel& grid, CellId cell, int corner) {
     const auto& offset = CornerOffset[corner - 1];
     const int i = grid.CellI[cell];
@@ -37,7 +26,7 @@ void placeCorner(GridModel& grid, CellId cell, int corner) {
     point[0] = static_cast<float>(x);
     point[1] = static_cast<float>(y);
     point[2] = static_cast<float>(z);
-    setNode(grid, cell, corner);
+    placeNode(grid, cell, corner);
 }
 
 void deriveCentreAndSizes(GridModel& grid, CellId cell) {
@@ -86,7 +75,7 @@ void CALC_RESERVOIR_COORDINATE_FRMCOORD(GridModel& grid, double volumeFactor) {
 
 void nodesFromCorners(GridModel& grid) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
-        for (int corner = 1; corner <= 8; ++corner) setNode(grid, cell, corner);
+        for (int corner = 1; corner <= 8; ++corner) placeNode(grid, cell, corner);
 }
 
 void sizesFromCorners(GridModel& grid) {

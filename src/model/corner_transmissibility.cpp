@@ -37,7 +37,6 @@ void storeHalf(const GridModel& grid, ConnectionTable& connections, CellId cell,
 
     connections.DepthDiff(cell, d) = grid.CellCentre(n, 3) - grid.CellCentre(cell, 3);
     connections.ConnArea(cell, d) = area;
-    connections.SumArea[cell] += area;
     connections.ConnLength(cell, d) = li + lj;
     connections.HarmonicPerm(cell, d) = (li + lj) / (lj / kj + li / ki) * DarcyConstant;
 
@@ -47,7 +46,7 @@ void storeHalf(const GridModel& grid, ConnectionTable& connections, CellId cell,
 }
 
 void joinHalves(ConnectionTable& connections, CellId cell) {
-    for (int d = 1; d <= 6; ++d) {
+    for (int d = 1; d <= FaceCount; ++d) {
         const CellId n = connections.Neighbour(cell, d);
         if (n == 0) continue;
         const double own = connections.HalfTrans(cell, d);
@@ -75,7 +74,7 @@ void connectByCornerFormula(GridModel& grid, ConnectionTable& connections, doubl
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
         grid.BulkVolume[cell] = integratedVolume(cornerOf(grid, cell, 1)) / volumeFactor;
-        for (int d = 1; d <= 6; ++d) storeHalf(grid, connections, cell, d);
+        for (int d = 1; d <= FaceCount; ++d) storeHalf(grid, connections, cell, d);
     }
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         if (grid.Active[cell] != 0) joinHalves(connections, cell);

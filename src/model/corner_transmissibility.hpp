@@ -15,7 +15,7 @@ bool isDisplaced(const GridModel& grid, CellId cell, CellId neighbour, int face)
 
 /// Corner formula (each cell's half from its centre to its own face). Integrates BulkVolume of every active
 /// cell, then fills columns 1..6 for each of its neighbours, (dx, dy, dz) being `centreToFace`:
-///   ConnArea   projected area of the cell's face; SumArea its sum
+///   ConnArea   projected area of the cell's face
 ///   ConnLength = L_i + L_j,  L = sqrt(dx^2 + eps + dy^2 + dz^2)
 ///   HarmonicPerm = ConnLength/(L_j/k_j + L_i/k_i) * DarcyConstant
 ///   HalfTrans  = d_axis ConnArea k_i/(dx^2 + dy^2 + dz^2) * DarcyConstant, 0 when displaced

@@ -61,9 +61,8 @@ struct GridModel {
     bool editRockApplied = false;             // EDIT rows on rock arrays have been applied in this run
     bool smoothingApplied = false;            // SMTHPRM rows have been applied in this run
     UpscaledRock upscaled;
-    bool cornerPointInput = false;  // COORD and ZCORN gave the geometry
-    bool blockInput = false;        // DX.., DXV.. and TOPS gave it
-    bool coordAfterZcorn = false;   // geometry is to be rebuilt at the end of the section
+    bool blockInput = false;       // DX.., DXV.. and TOPS gave the geometry
+    bool coordAfterZcorn = false;  // geometry is to be rebuilt at the end of the section
 };
 
 inline CellId cellIndex(const GridModel& grid, int i, int j, int k) {
@@ -83,6 +82,23 @@ inline const float* cornerOf(const GridModel& grid, CellId cell, int n) {
 }
 inline float* cornerOf(GridModel& grid, CellId cell, int n) {
     return grid.xyz_3d.data() + static_cast<std::size_t>(cell) * 24 + static_cast<std::size_t>(n - 1) * 3;
+}
+
+/// The node at a corner (1..8) of a cell takes the corner's place.
+inline void placeNode(GridModel& grid, CellId cell, int corner) {
+    const auto& offset = CornerOffset[static_cast<std::size_t>(corner) - 1];
+    const float* point = cornerOf(grid, cell, corner);
+    const std::size_t node = nodeIndex(grid, grid.CellI[cell] + offset[0], grid.CellJ[cell] + offset[1],
+                                       grid.CellK[cell] + offset[2]);
+    grid.NodeX[node] = static_cast<double>(point[0]);
+    grid.NodeY[node] = static_cast<double>(point[1]);
+    grid.NodeZ[node] = static_cast<double>(point[2]);
+}
+
+/// x, y, z of a cell's centre.
+inline std::array<double, 3> centreOf(const GridModel& grid, CellId cell) {
+    const double* centre = grid.CellCentre.row(cell);
+    return {centre[0], centre[1], centre[2]};
 }
 
 }  // namespace kvr

@@ -16,7 +16,6 @@ namespace {
 /// Kind of a solver word: which texts and files go with it.
 enum class SolverFamily { Elimination, DenseLu, Multigrid, BiCg };
 
-constexpr int DumpDigits = 17;  // a dumped matrix reads back to the same bits
 constexpr int InfoDigits = 6;
 
 SolverFamily familyOf(std::string_view word) {
@@ -66,12 +65,12 @@ void dumpTriads(const Console& console, const std::string& path, const LinearSys
             put(writer, " ");
             putNumber(writer, system.column[k] + 1);
             put(writer, " ");
-            putNumber(writer, system.value[k], DumpDigits);
+            putNumber(writer, system.value[k], RoundTripDigits);
             put(writer, "\n");
         }
     }
     for (const double value : system.rhs) {
-        putNumber(writer, value, DumpDigits);
+        putNumber(writer, value, RoundTripDigits);
         put(writer, "\n");
     }
     flush(writer);
@@ -89,10 +88,10 @@ void dumpFullRows(const Console& console, const std::string& path, const LinearS
              k < static_cast<std::size_t>(system.rowStart[r + 1]); ++k)
             full[static_cast<std::size_t>(system.column[k])] += system.value[k];
         for (const double value : full) {
-            putNumber(writer, value, DumpDigits);
+            putNumber(writer, value, RoundTripDigits);
             put(writer, "\t");
         }
-        putNumber(writer, system.rhs[r], DumpDigits);
+        putNumber(writer, system.rhs[r], RoundTripDigits);
         put(writer, "\n");
     }
     flush(writer);

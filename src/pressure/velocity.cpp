@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "base/hard_stop.hpp"
 #include "base/threads.hpp"
+#include "model/connections.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/wells/well_rates.hpp"
@@ -12,8 +13,6 @@
 namespace kvr {
 
 namespace {
-
-constexpr int Faces = 6;
 
 /// Area of a lateral face without net-to-gross. The box tracing multiplies the time in a cell by its
 /// net-to-gross, so the area of a box connection, which holds it as well, would count it twice.
@@ -32,7 +31,7 @@ double flowArea(bool boxGrid, const GridModel& grid, const ConnectionTable& conn
 
 void velocityOfCell(bool boxGrid, double volumeFactor, const GridModel& grid,
                     const ConnectionTable& connections, CellId c, VelocityField& velocity) {
-    for (int d = 1; d <= Faces; ++d) {
+    for (int d = 1; d <= FaceCount; ++d) {
         const double area = flowArea(boxGrid, grid, connections, c, d);
         velocity.CellFaceVelocity(c, d) =
             area > 0.0 ? velocity.CellFaceFlux(c, d) * volumeFactor / area : 0.0;
@@ -47,8 +46,8 @@ bool needsFaceVelocity(const RunOptions& options) {
 
 void AllocateVelocity(const Console& console, CellId count, bool faceVelocity, VelocityField& velocity) {
     try {
-        velocity.CellFaceFlux.assign(count, Faces, 0.0);
-        if (faceVelocity) velocity.CellFaceVelocity.assign(count, Faces, 0.0);
+        velocity.CellFaceFlux.assign(count, FaceCount, 0.0);
+        if (faceVelocity) velocity.CellFaceVelocity.assign(count, FaceCount, 0.0);
     } catch (const std::bad_alloc&) {
         lineToBoth(console, "Error :: Allocation of velocity, flow and its gradient");
         hardStop(console);
@@ -77,7 +76,7 @@ void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& unit
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
-        for (int d = 1; d <= Faces; ++d) {
+        for (int d = 1; d <= FaceCount; ++d) {
             const PhaseFlux flux = phaseFluxThroughFace(units.FlowUnit, connections, state, c, d);
             velocity.CellFaceFlux(c, d) = flux.oil + flux.water + flux.gas;
         }

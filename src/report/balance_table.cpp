@@ -10,7 +10,6 @@ namespace kvr {
 namespace {
 
 constexpr int ColumnWidth = 16;
-constexpr double Percent = 100.0;
 
 /// A row with what its figures are made of.
 struct Tabulated {

@@ -11,7 +11,6 @@ namespace kvr {
 
 namespace {
 
-constexpr double Percent = 100.0;
 constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
 
 PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {

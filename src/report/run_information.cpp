@@ -1,5 +1,6 @@
 #include "report/run_information.hpp"
 
+#include "base/constants.hpp"
 #include "deck/options/option_echo.hpp"
 #include "fluid/table_print.hpp"
 
@@ -10,7 +11,6 @@ namespace kvr {
 
 namespace {
 
-constexpr double MetresPerFoot = 0.3048;
 constexpr double KilopascalsPerPsi = 6.894757;
 constexpr std::size_t RuleLength = 60;
 constexpr std::string_view IterationHead = " Iteration   Traveltime RMS error   Total RMS error";

@@ -1,5 +1,6 @@
 #include "run/status_line.hpp"
 
+#include "base/constants.hpp"
 #include "base/stopwatch.hpp"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace kvr {
 namespace {
 
 constexpr std::size_t UsualWidth = 80;  // columns of a terminal that does not tell
-constexpr double Percent = 100.0;
 constexpr long SecondsPerMinute = 60;
 constexpr long SecondsPerHour = 3600;
 constexpr double LongestTime = 1e8;  // s; longer than any run, and safe to cut to whole seconds

@@ -1,5 +1,6 @@
 #include "streamline/line_worker.hpp"
 
+#include "base/index.hpp"
 #include "streamline/transport/line_gravity.hpp"
 
 #include <algorithm>
@@ -8,10 +9,6 @@
 namespace kvr {
 
 namespace {
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 void takeTrace(LineResult& result) {
     const StreamlineRecord& record = result.record;

@@ -1,6 +1,7 @@
 #include "streamline/missed_blocks.hpp"
 
 #include "base/constants.hpp"
+#include "base/index.hpp"
 #include "base/stopwatch.hpp"
 #include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
@@ -13,10 +14,6 @@ namespace kvr {
 namespace {
 
 constexpr double LeastMedium = MachineEpsilon;  // rb and md
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 struct MissedStage {
     CellId next = 1;     // first cell not looked at yet

@@ -1,6 +1,7 @@
 #include "streamline/diagnostics/flow_diagnostics.hpp"
 
 #include "base/arrow_rules.hpp"
+#include "base/index.hpp"
 #include "base/number_writer.hpp"
 #include "base/stopwatch.hpp"
 #include "report/block_zone.hpp"
@@ -16,10 +17,6 @@ namespace {
 constexpr StandStill Nowhere{-1.0, -1.0};  // lines that meet corners go on through them
 constexpr double LeastShare = 0.999;  // of the mean residence; even flow along an axis has exactly the mean
 constexpr CellId EveryCellBelow = 2602;  // grids of fewer cells start a line in every one
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Numbers that a line gives its cells.
 struct CellPair {

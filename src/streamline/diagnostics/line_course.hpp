@@ -34,10 +34,7 @@ inline double courseTime(const LineCourse& course, int m) {
 /// Where node m ends downstream, ft; the two ends of the line stand at the centres of their cells.
 inline std::array<double, 3> coursePoint(const GridModel& grid, const LineCourse& course, int m) {
     const std::size_t n = recordNode(course, m);
-    if (m <= 1 || m >= course.record.nodeCount) {
-        const double* centre = grid.CellCentre.row(course.record.NodeCell[n]);
-        return {centre[0], centre[1], centre[2]};
-    }
+    if (m <= 1 || m >= course.record.nodeCount) return centreOf(grid, course.record.NodeCell[n]);
     return course.record.NodePosition[course.againstFlow ? n - 1 : n];
 }
 

@@ -1,6 +1,7 @@
 #include "streamline/diagnostics/line_path.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/index.hpp"
 
 #include <algorithm>
 #include <new>
@@ -11,21 +12,12 @@ namespace {
 
 using Point = std::array<double, 3>;
 
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
-
-Point cellCentre(const GridModel& grid, CellId cell) {
-    const double* centre = grid.CellCentre.row(cell);
-    return {centre[0], centre[1], centre[2]};
-}
-
 /// Where node n stands, n in the order of tracing.
 Point positionOf(const GridModel& grid, const StreamlineRecord& record, bool referenceCube, int n) {
     const bool inLaunchingWell = n == 0;
     const bool inFarWell = n == record.nodeCount && record.status == TraceStatus::ReachedWell;
     if (inLaunchingWell || inFarWell || !referenceCube)
-        return cellCentre(grid, record.NodeCell[at(std::max(1, n))]);
+        return centreOf(grid, record.NodeCell[at(std::max(1, n))]);
     return record.NodePosition[at(n)];
 }
 
@@ -57,7 +49,7 @@ void takePath(const GridModel& grid, const StreamlineRecord& record, bool fromIn
 
 void takeEmptyPath(const GridModel& grid, const StreamlineRecord& record, LinePath& path) {
     sizePath(0, path);
-    path.point[0] = cellCentre(grid, record.NodeCell[1]);
+    path.point[0] = centreOf(grid, record.NodeCell[1]);
     path.time[0] = 0.0;
     path.begin = record.injector;
     path.end = record.producer;

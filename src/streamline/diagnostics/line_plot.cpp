@@ -1,5 +1,6 @@
 #include "streamline/diagnostics/line_plot.hpp"
 
+#include "base/index.hpp"
 #include "base/number_lines.hpp"
 #include "streamline/diagnostics/diffusive_time.hpp"
 #include "streamline/diagnostics/line_course.hpp"
@@ -19,10 +20,6 @@ constexpr std::string_view LineHead =
     "TITLE = STREAMLINE\nVARIABLES =X,Y,Z,TOF,TOF_DFIIUSIVE,SWAT,SNS,INJ,PRD,PERF\n";
 constexpr int ColumnsBeforeSw = 2;  // of the frame: TOF, DFSV_TOF
 constexpr int ColumnsBehindSw = 4;  // SNS and the three indices
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Columns that only lines have.
 void putZeros(NumberWriter& writer, CellId cells, int columns) {

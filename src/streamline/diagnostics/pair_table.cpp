@@ -1,5 +1,6 @@
 #include "streamline/diagnostics/pair_table.hpp"
 
+#include "base/index.hpp"
 #include "streamline/diagnostics/line_course.hpp"
 
 #include <limits>
@@ -9,10 +10,6 @@ namespace kvr {
 namespace {
 
 constexpr double NoTime = std::numeric_limits<double>::epsilon();  // days; below it no line is kept yet
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 int indexAmong(const WellRecord& wells, const PairTable& table, int well, bool injectors) {
     if (well < 1 || at(well) > wells.wells.size() || at(well) > table.indexOfWell.size()) return 0;

@@ -1,17 +1,13 @@
 #include "streamline/mapping/face_transfer.hpp"
 
+#include "base/index.hpp"
+#include "model/connections.hpp"
+
 #include <algorithm>
 
 namespace kvr {
 
 namespace {
-
-constexpr int Faces = 6;
-constexpr int Axes = 3;
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Amount and flux of one phase, by member of the node and of the data of its cell.
 struct Phase {
@@ -51,7 +47,7 @@ void passBetweenTracedNodes(const SolverLine& line, const std::vector<double>& s
 /// The face of `from` behind which `to` lies, 0 if it is no neighbour.
 int faceTowards(const ConnectionTable& connections, CellId from, CellId to) {
     const CellId* neighbour = connections.Neighbour.row(from);
-    for (int face = 1; face <= Faces; ++face)
+    for (int face = 1; face <= FaceCount; ++face)
         if (neighbour[face - 1] == to) return face;
     return 0;
 }
@@ -83,7 +79,7 @@ void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLi
 
 void clearTransfer(CellId cells, FaceTransfer& transfer) {
     for (DirectionArray<double>* array : {&transfer.flow, &transfer.water, &transfer.oil, &transfer.gas})
-        array->assign(cells, Axes, 0.0);
+        array->assign(cells, AxisCount, 0.0);
 }
 
 void addPassage(const ConnectionTable& connections, std::span<const CellId> cells, int count, double flow,

@@ -1,6 +1,7 @@
 #include "streamline/mapping/mapping.hpp"
 
 #include "base/constants.hpp"
+#include "base/index.hpp"
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/state_recovery.hpp"
@@ -14,10 +15,6 @@ namespace kvr {
 namespace {
 
 constexpr double BubblePointSlack = 1e-8;  // psi, excess over a limit that is left alone
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Bubble point and Rs of a cell with free gas, without oil, or below saturation.
 void setSolutionGas(const FluidTables& fluids, double pressure, double oldPb, PhaseState& state) {
@@ -93,14 +90,6 @@ PhaseState meanOf(const MappingSums& sums, CellId cell, bool hasGas, const CellS
     return state;
 }
 
-void store(const PhaseState& mapped, CellId cell, CellState& state) {
-    state.Sw[cell] = mapped.Sw;
-    state.So[cell] = mapped.So;
-    state.Sg[cell] = mapped.Sg;
-    state.Rs[cell] = mapped.Rs;
-    state.Pb[cell] = mapped.Pb;
-}
-
 void mapTracersOfCell(const MappingSums& sums, CellId cell, CellState& state) {
     for (int t = 0; t < sums.tracer.width; ++t)
         state.tracer.row(cell)[t] = sums.tracer.row(cell)[t] / sums.weight[cell];
@@ -117,14 +106,14 @@ void mapCell(const RunOptions& options, const FluidTables& fluids, const Saturat
         limitSolutionGas(fluids, state.Pressure[cell], mapped);
         limitBubblePoint(options, fluids, sums.bubblePointLimit[cell], mapped);
     }
-    store(mapped, cell, state);
+    storePhases(mapped, cell, state);
     mapTracersOfCell(sums, cell, state);
 }
 
 void limitUnvisited(const SaturationTable& table, CellId cell, CellState& state) {
-    PhaseState kept{state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell], state.Pb[cell]};
+    PhaseState kept = phasesOf(state, cell);
     limitAndScale(table, true, kept);
-    store(kept, cell, state);
+    storePhases(kept, cell, state);
 }
 
 }  // namespace

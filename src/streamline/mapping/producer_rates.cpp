@@ -1,14 +1,12 @@
 #include "streamline/mapping/producer_rates.hpp"
 
+#include "base/index.hpp"
+
 #include <algorithm>
 
 namespace kvr {
 
 namespace {
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 void sumConnections(Well& well) {
     well.WellQo = well.WellQw = well.WellQg = 0.0;

@@ -159,7 +159,7 @@ double outflow(const VelocityField& velocity, CellId cell, int face) {
 /// unswept or at rest, and its rates stand.
 bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour) {
     bool any = stage.moved[cell] != 0;
-    for (int face = stage.firstFace; face <= 6; ++face)
+    for (int face = stage.firstFace; face <= FaceCount; ++face)
         any = any || (neighbour[face - 1] > 0 && stage.moved[neighbour[face - 1]] != 0);
     return any;
 }
@@ -176,7 +176,7 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
-    for (int face = stage.firstFace; face <= 6; ++face) {
+    for (int face = stage.firstFace; face <= FaceCount; ++face) {
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;

@@ -1,17 +1,13 @@
 #include "streamline/tracing/cell_line.hpp"
 
+#include "base/index.hpp"
+
 #include <algorithm>
 #include <cmath>
 
 namespace kvr {
 
 namespace {
-
-constexpr double FluxGuard = 1e-10;  // rb/day, keeps the residence time of an idle completion finite
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 struct LegField {
     const GridModel& grid;

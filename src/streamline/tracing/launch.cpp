@@ -43,7 +43,7 @@ SideRates sideRates(const WellRecord& wells) {
 std::array<double, 6> launchFluxes(const ConnectionTable& connections, const VelocityField& velocity,
                                    const CellTags& tags, CellId cell) {
     std::array<double, 6> fluxes{};
-    for (int face = 1; face <= 6; ++face) {
+    for (int face = 1; face <= FaceCount; ++face) {
         const CellId neighbour = connections.Neighbour(cell, face);
         if (neighbour > 0 && tags.CellTag[neighbour] != CellTagKind::Pop) continue;
         fluxes[static_cast<std::size_t>(face) - 1] = std::abs(velocity.CellFaceFlux(cell, face));
@@ -192,7 +192,7 @@ void placeOnCompletion(const GridModel& grid, const PlacementRule& rule, const F
                        LineStart start, LaunchPlan& plan) {
     const RegularRow* regular = regularRow(rule.dimensionality);
     const std::array<double, 3> length = lengthsOf(grid, start.cell, rule.referenceCube);
-    for (int face = 1; face <= 6; ++face) {
+    for (int face = 1; face <= FaceCount; ++face) {
         const int n = counts[static_cast<std::size_t>(face) - 1];
         start.face = face;
         for (int i = 1; i <= n; ++i) {

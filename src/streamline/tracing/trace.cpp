@@ -11,7 +11,6 @@ namespace kvr {
 
 namespace {
 
-constexpr double FluxGuard = 1e-10;              // rb/day, keeps the residence time of a dead cell finite
 constexpr double LongestResidence = 1e20;        // days in the launching cell beyond which nothing is traced
 constexpr StandStill LaunchedStandStill{1e-10};  // of launched lines
 constexpr double LongestCrossing = 1e21;         // crossing time that ends a line

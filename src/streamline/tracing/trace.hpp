@@ -15,6 +15,9 @@
 
 namespace kvr {
 
+/// rb/day; keeps the residence time of a dead cell and of an idle completion finite.
+inline constexpr double FluxGuard = 1e-10;
+
 /// What tracing needs of one cell in one line of the processor's cache: a line touches cells in no order.
 struct alignas(64) TraceCell {
     std::array<double, 6> face;  // velocity at faces 1..6, positive toward increasing index

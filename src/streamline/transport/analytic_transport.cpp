@@ -1,6 +1,7 @@
 #include "streamline/transport/analytic_transport.hpp"
 
 #include "base/constants.hpp"
+#include "base/index.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "streamline/transport/fractional_flow.hpp"
@@ -13,10 +14,6 @@ namespace {
 
 constexpr double SlopeStep = 1e-6;  // of the one-sided slope at connate water
 constexpr double PerSlopeStep = 1e6;
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 double saturationAt(const AnalyticProfile& profile, double connate, double position) {
     if (profile.position.empty() || position > profile.position.front()) return connate;

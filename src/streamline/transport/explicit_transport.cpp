@@ -1,5 +1,6 @@
 #include "streamline/transport/explicit_transport.hpp"
 
+#include "base/index.hpp"
 #include "streamline/transport/line_gravity.hpp"
 #include "streamline/transport/line_kernels.hpp"
 
@@ -8,10 +9,6 @@ namespace kvr {
 namespace {
 
 constexpr double LeastWaterCarrier = 1e-12;  // water amount below which a tracer has nothing to move in
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 template <bool Gas>
 void moveTogether(const FluidTables& tables, bool keepEndPoints, double dt, SolverLine& line) {

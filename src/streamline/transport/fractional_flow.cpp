@@ -1,5 +1,6 @@
 #include "streamline/transport/fractional_flow.hpp"
 
+#include "base/index.hpp"
 #include "streamline/transport/line_kernels.hpp"
 
 #include <cmath>
@@ -7,10 +8,6 @@
 namespace kvr {
 
 namespace {
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 double signOf(double value) {
     if (value > 0.0) return 1.0;
@@ -47,14 +44,8 @@ void setAmounts(bool hasGas, FlowNode& node) {
 
 double largestWaveSpeed(bool hasGas, const SolverLine& line) {
     double speed = 0.0;
-    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        const FlowNode& before = line.nodes[i - 1];
-        const FlowNode& here = line.nodes[i];
-        speed =
-            hasGas
-                ? raisedSpeed<true>(speed, flowAt<true>(before), flowAt<true>(here), here.inverseDeltaTof)
-                : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
-    }
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i)
+        speed = raisedSpeed(hasGas, speed, line.nodes[i - 1], line.nodes[i]);
     return speed;
 }
 

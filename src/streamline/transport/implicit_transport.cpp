@@ -49,10 +49,7 @@ double hybridSpeed(bool hasGas, const SolverLine& line) {
         const FlowNode& before = line.nodes[i - 1];
         const FlowNode& here = line.nodes[i];
         if (saturationStep(before, here) <= LeastSaturationStep) continue;
-        speed =
-            hasGas
-                ? raisedSpeed<true>(speed, flowAt<true>(before), flowAt<true>(here), here.inverseDeltaTof)
-                : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
+        speed = raisedSpeed(hasGas, speed, before, here);
     }
     return speed;
 }

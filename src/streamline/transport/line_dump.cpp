@@ -6,11 +6,7 @@
 
 namespace kvr {
 
-namespace {
-
-constexpr int DumpDigits = 17;  // a dumped matrix reads back to the same bits
-
-}  // namespace
+namespace {}  // namespace
 
 void dumpLineMatrix(const LineDump& dump, double elapsed, double dt, int iteration,
                     const LineMatrix& matrix) {
@@ -21,10 +17,10 @@ void dumpLineMatrix(const LineDump& dump, double elapsed, double dt, int iterati
     const int rows = matrix.nodes * matrix.unknowns;
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < rows; ++column) {
-            putNumber(writer, entryAt(matrix, row, column), DumpDigits);
+            putNumber(writer, entryAt(matrix, row, column), RoundTripDigits);
             put(writer, "\t");
         }
-        putNumber(writer, matrix.rhs[static_cast<std::size_t>(row)], DumpDigits);
+        putNumber(writer, matrix.rhs[static_cast<std::size_t>(row)], RoundTripDigits);
         put(writer, "\n");
     }
     flush(writer);

@@ -1,6 +1,7 @@
 #include "streamline/transport/line_gravity.hpp"
 
 #include "base/constants.hpp"
+#include "base/index.hpp"
 #include "fluid/saturation_functions.hpp"
 
 #include <algorithm>
@@ -14,10 +15,6 @@ constexpr double LeastLength = 1e-10;    // ft; a shorter node exchanges nothing
 constexpr double LeastMobility = 1e-10;  // 1/cp, of a pair that can pass each other
 constexpr double FeetPerDay =
     DarcyConstant * CubicFeetPerBarrel / SquareInchesPerSquareFoot;  // of md lb/ft3 / cp
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Length along the line and depth at the end of a solver node.
 struct Place {

@@ -1,5 +1,7 @@
 #include "streamline/transport/line_grid.hpp"
 
+#include "base/index.hpp"
+
 #include <algorithm>
 #include <cmath>
 
@@ -10,16 +12,7 @@ namespace {
 constexpr int RegularMark = 2;
 constexpr double AutoShare = 0.5;  // of the first node's residence time, times the merge factor
 
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
-
 using Point = std::array<double, 3>;
-
-Point cellCentre(const GridModel& grid, CellId cell) {
-    const double* centre = grid.CellCentre.row(cell);
-    return {centre[0], centre[1], centre[2]};
-}
 
 double distance(const Point& a, const Point& b) {
     return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
@@ -29,7 +22,7 @@ double distance(const Point& a, const Point& b) {
 /// keeps no positions and takes cell centres throughout.
 double depthOf(const GridModel& grid, const StreamlineRecord& record, bool referenceCube, int n) {
     const bool end = n <= 1 || n >= record.nodeCount;
-    if (end || !referenceCube) return cellCentre(grid, record.NodeCell[at(n)])[2];
+    if (end || !referenceCube) return centreOf(grid, record.NodeCell[at(n)])[2];
     return record.NodePosition[at(n)][2];
 }
 
@@ -38,8 +31,8 @@ double stepOf(const GridModel& grid, const StreamlineRecord& record, bool refere
     const int last = record.nodeCount;
     if (n == 1) return 0.0;
     if (!referenceCube || (n > 2 && n < last)) return record.NodeStepLength[at(n)];
-    const Point from = n == 2 ? cellCentre(grid, record.NodeCell[1]) : record.NodePosition[at(n) - 1];
-    const Point to = n == last ? cellCentre(grid, record.NodeCell[at(last)]) : record.NodePosition[at(n)];
+    const Point from = n == 2 ? centreOf(grid, record.NodeCell[1]) : record.NodePosition[at(n) - 1];
+    const Point to = n == last ? centreOf(grid, record.NodeCell[at(last)]) : record.NodePosition[at(n)];
     return distance(from, to);
 }
 

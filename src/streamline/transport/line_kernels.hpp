@@ -45,6 +45,12 @@ inline double raisedSpeed(double speed, const NodeFlow& before, const NodeFlow& 
     return speed;
 }
 
+inline double raisedSpeed(bool hasGas, double speed, const FlowNode& before, const FlowNode& here) {
+    return hasGas
+               ? raisedSpeed<true>(speed, flowAt<true>(before), flowAt<true>(here), here.inverseDeltaTof)
+               : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
+}
+
 /// Phase fluxes per unit of total flow.
 struct PhaseFluxes {
     double w = 0.0, o = 0.0, g = 0.0;

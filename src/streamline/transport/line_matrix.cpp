@@ -1,5 +1,6 @@
 #include "streamline/transport/line_matrix.hpp"
 
+#include "base/index.hpp"
 #include "pressure/solvers/dense.hpp"
 #include "pressure/solvers/lapack.hpp"
 
@@ -14,10 +15,6 @@ namespace {
 
 constexpr int LargestFull = 4000;                // rows of a full matrix, 128 MB
 constexpr std::string_view SparseWord = "bicg";  // takes matrices without symmetry
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Divisions first: they do not wait for each other, the substitution behind them does.
 bool forwardScalar(LineMatrix& matrix) {

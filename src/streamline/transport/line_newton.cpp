@@ -1,5 +1,6 @@
 #include "streamline/transport/line_newton.hpp"
 
+#include "base/index.hpp"
 #include "streamline/transport/explicit_control.hpp"
 #include "streamline/transport/newton_node.hpp"
 
@@ -14,10 +15,6 @@ constexpr int NodeIterations = 60;          // halvings included
 constexpr double NodeTolerance = 0.5;       // of the tolerance of the line
 constexpr double FrozenShare = 0.1;         // of the tolerance: so close, slopes are not worked out anew
 constexpr double LeastInflowChange = 0.01;  // of the tolerance: less leaves the linear update standing
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 template <bool Gas>
 NewtonWork<Gas>& workOf(LineNewton& newton) {

@@ -1,5 +1,6 @@
 #include "streamline/transport/node_data.hpp"
 
+#include "base/index.hpp"
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/properties.hpp"
@@ -14,10 +15,6 @@ namespace {
 
 constexpr std::size_t TracerLetters = 4;  // of a tracer's name that count
 constexpr double LeastPorosity = 1e-12;   // below it the old amounts cannot be related to the cell
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 NodeData presentState(const FluidTables& fluids, const GridModel& grid, const CellState& state, CellId cell) {
     NodeData node;
@@ -172,7 +169,6 @@ void loadInlet(const std::vector<NodeData>& nodes, const FluidTables& fluids, co
     const NodeData& node = nodes[at(line.tracedCell[1])];
     FlowNode& inlet = line.nodes[0];
     loadPosition(fluids, node, inlet);
-    line.startsInInjector = firstCellInjects;
     for (std::size_t t = 0; t < line.tracer.size(); ++t)
         line.tracer[t][0] = firstCellInjects ? injectedTracer(wells, line.injector, fluids.tracerNames, t)
                                              : line.tracer[t][1];

@@ -32,7 +32,6 @@ struct SolverLine {
     int tracedNodeCount = 0;  // M, nodes of the traced line
     int injector = 0;         // 1-based wells at the two ends, 0 for none
     int producer = 0;
-    bool startsInInjector = false;
     bool hasGravity = false;  // the gravity sources are in use
     bool regridded = false;   // a group mark is not 0: the solution goes back through the remap
 

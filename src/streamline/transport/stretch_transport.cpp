@@ -1,5 +1,6 @@
 #include "streamline/transport/stretch_transport.hpp"
 
+#include "base/index.hpp"
 #include "streamline/transport/phase_pair.hpp"
 
 #include <cmath>
@@ -12,10 +13,6 @@ constexpr double EvenRatio = 4.0;     // of residence times, up to which a line 
 constexpr double QuietChange = 1e-4;  // amount that a quiet stretch may move by in one substep
 constexpr double NoLimit = 1e30;      // days
 constexpr double SubstepStart = 1.5;  // work of a substep beside its nodes, in nodes; measured
-
-std::size_t at(int n) {
-    return static_cast<std::size_t>(n);
-}
 
 /// Work over a step: substeps go with 1/least, each costs its start and its nodes.
 double costOf(const Stretch& stretch) {

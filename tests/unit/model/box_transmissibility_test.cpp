@@ -21,8 +21,6 @@ TEST(BoxFormula, GivesAreaLengthAndDipOfEachLateralConnection) {
     EXPECT_TRUE(close(t.ConnLength(2, 2), 150.0));
     EXPECT_TRUE(close(t.HarmonicPerm(2, 2) / C, 66.6666666667));
     EXPECT_TRUE(close(t.Trans(2, 2), 0.2506022222));
-    EXPECT_TRUE(close(t.SumArea[2], 1000.0));
-    EXPECT_TRUE(close(t.SumArea[1], 500.0));
 }
 
 TEST(BoxFormula, TakesHalfTransWithoutNetToGross) {
