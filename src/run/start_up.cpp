@@ -147,7 +147,11 @@ void startUp(Simulation& simulation) {
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
                      simulation.velocity);
     conditionGeometry(simulation);
-    if (simulation.options.method == "FIM") AllocateFullyImplicit(simulation);
+    if (simulation.options.method == "FIM") {
+        simulation.options.globalIterations =
+            0;  // its step has nothing to repeat: each pass would be a further step
+        AllocateFullyImplicit(simulation);
+    }
     startWellTables(simulation);
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);

@@ -61,6 +61,18 @@ def test_global_iterations_repeat_the_solve_but_not_the_banner_or_the_calendar(t
     assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 1, 31)]
 
 
+def test_the_fully_implicit_method_takes_each_step_once_whatever_the_global_iterations(tmp_path):
+    section = kvr_run.options(method="FIM", solver="DGESV")
+    for name in ("once", "asked"):
+        (tmp_path / name).mkdir()
+    once = finished_normally(run(tmp_path / "once", small_deck.deck(options=section)))
+    section = section.replace("TUNEKVR\n", "TUNEKVR\nOPTIONKVR\n1 0 0 0 0 0 0 2 /\n")
+    asked = finished_normally(run(tmp_path / "asked", small_deck.deck(options=section)))
+    assert asked.console.count("Solution by Fully Implicit Method !") == 2
+    assert "ERROR FOR GLOBAL ITERATION" not in asked.console
+    assert (asked.table()["FOPT"] == once.table()["FOPT"]).all()
+
+
 def test_a_step_cut_in_a_repeated_pass_moves_time_and_date_by_what_was_covered(tmp_path):
     # With at most three pressure iterations the third pass of the second step is cut from 10 to 2 days.
     section = kvr_run.options(lines=20, solver="DGESV").replace(
