@@ -1,5 +1,6 @@
 #include "run/driver.hpp"
 
+#include "base/constants.hpp"
 #include "base/stopwatch.hpp"
 #include "eclipse/output_stage.hpp"
 #include "implicit/fully_implicit.hpp"
@@ -19,21 +20,24 @@ namespace kvr {
 
 namespace {
 
-/// Chooses the step and announces it; the calendar date of the banner is that of the step's start.
-void beginStep(Simulation& simulation) {
+/// Chooses the step and announces it; the calendar date of the banner is that of the step's start. False
+/// where the next entry of the schedule is reached already. A step that cuts have left short is none of
+/// these, however short it is: passed over, it would never grow again.
+bool beginStep(Simulation& simulation) {
     RunClock& clock = simulation.clock;
     clock.iteration = 0;
-    clock.dt = stepLengthAfterCuts(simulation.implicit.longestStep,
-                                   nextStepLength(simulation.options, simulation.schedule, clock));
+    const double ahead = nextStepLength(simulation.options, simulation.schedule, clock);
+    clock.dt = stepLengthAfterCuts(simulation.implicit.longestStep, ahead);
     clock.stepCount += 1;
     printStepBanner(simulation.console, simulation.schedule, clock);
-    if (!simulation.options.optimalTstep) return;
+    if (!simulation.options.optimalTstep) return ahead > TimeTolerance;
     const double limited =
         pressureLimitedStep(clock.dt, simulation.pressure.largestDeltaP, simulation.options.tstepControl);
     if (limited < clock.dt) {
         clock.dt = limited;
         both(simulation.console, "Optimal Pressure Control, Reduce Tstep: {}", number(clock.dt));
     }
+    return ahead > TimeTolerance;
 }
 
 /// The EbFVM word has no pressure stage of its own: its runs stand still.
@@ -149,9 +153,9 @@ void runSimulation(Simulation& simulation) {
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
-        beginStep(simulation);
+        const bool timeAhead = beginStep(simulation);
         const bool solve = pressureIsUpdated(simulation.options, clock);
-        if (clock.dt > TimeTolerance)
+        if (timeAhead)
             advanceStep(solve, simulation);
         else
             clock.workDt = clock.dt;
