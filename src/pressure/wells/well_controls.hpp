@@ -10,6 +10,8 @@
 #include "pressure/records/cell_state.hpp"
 #include "pressure/wells/wells.hpp"
 
+#include <string>
+
 namespace kvr {
 
 /// Turns schedule step `stepIndex` (1-based) into the flat well arrays, checks controls and locations
@@ -39,6 +41,9 @@ bool exceedsTargetAtLimit(const Well& well);
 /// Onto its limit, and back to the rate control, each with its line; `well` is one of `wells`.
 void holdWellAtLimit(const Console& console, Well& well, WellRecord& wells);
 void releaseWellFromLimit(const Console& console, Well& well, WellRecord& wells);
+
+/// The line of a switch, `from` the control that the well has left.
+void tellSwitch(const Console& console, const Well& well, const std::string& from);
 
 /// After a rate update inside a pressure iteration: a rate well whose Bhp has passed its limit goes to
 /// "bhp" at the limit. One line at each switch. True when any well changed, so that the number of

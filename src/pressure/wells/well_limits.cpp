@@ -11,11 +11,6 @@ namespace {
 
 constexpr double ResetDrawdown = 500.0;  // psi between the cells and a bottom-hole pressure put anew
 
-void tellSwitch(const Console& console, const Well& well, const std::string& from) {
-    both(console, " WELL CONTROL :: {} : {} -> {}, BHP limit {} PSIA", well.WellName, from, well.WellControl,
-         number(well.BhpLimit));
-}
-
 bool pastLimit(const Well& well) {
     return isInjector(well) ? well.Bhp > well.BhpLimit : well.Bhp < well.BhpLimit;
 }
@@ -30,6 +25,11 @@ double resetValue(const CellState& state, const Well& well) {
 }
 
 }  // namespace
+
+void tellSwitch(const Console& console, const Well& well, const std::string& from) {
+    both(console, " WELL CONTROL :: {} : {} -> {}, BHP limit {} PSIA", well.WellName, from, well.WellControl,
+         number(well.BhpLimit));
+}
 
 void initialiseBottomHolePressures(const CellState& state, WellRecord& wells) {
     for (Well& well : wells.wells) {

@@ -155,12 +155,19 @@ double reservoirCoefficient(const UnitSystem& units, const CellState& state,
 ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const FluidTables& tables,
                                               const CellState& state, double averagePressure,
                                               const Well& well, const WellConnection& connection) {
-    ConnectionCoefficients c;
     const double dp = drawdown(state, well, connection);
-    if (!flowsAt(well, dp)) return c;
+    if (!flowsAt(well, dp)) return {};
+    ConnectionCoefficients c = openCoefficients(units, tables, state, averagePressure, well, connection);
+    c.dp = dp;
+    return c;
+}
+
+ConnectionCoefficients openCoefficients(const UnitSystem& units, const FluidTables& tables,
+                                        const CellState& state, double averagePressure, const Well& well,
+                                        const WellConnection& connection) {
+    ConnectionCoefficients c;
     const CellId cell = connection.ConnCell;
     const double flow = connection.ConnWI * units.FlowUnit;
-    c.dp = dp;
     c.reservoir = reservoirCoefficient(units, state, connection);
     if (isInjector(well)) {
         injectorTerms(tables, state, averagePressure, well, cell, c);

@@ -69,6 +69,10 @@ const Number& injectedFactor(const Well& well, const ConnectionFluid<Number>& fl
 ConnectionCoefficients connectionCoefficients(const UnitSystem& units, const FluidTables& tables,
                                               const CellState& state, double averagePressure,
                                               const Well& well, const WellConnection& connection);
+/// The same whichever way the connection would flow, with dp 0.
+ConnectionCoefficients openCoefficients(const UnitSystem& units, const FluidTables& tables,
+                                        const CellState& state, double averagePressure, const Well& well,
+                                        const WellConnection& connection);
 
 /// What a connection adds to the row of its rate well, per psi: the sum of the surface terms, or the
 /// reservoir term under "resv".
