@@ -13,6 +13,7 @@
 #include "pressure/wells/well_rates.hpp"
 
 #include <cmath>
+#include <limits>
 
 namespace kvr {
 
@@ -22,13 +23,17 @@ constexpr double CutFactor = 0.5;             // of the step length when an atte
 constexpr double GrowthFactor = 2.0;          // of the step length that cuts have left, from step to step
 constexpr double DivergedDp = 10000.0;        // psi; a change of this size fails the attempt
 constexpr double VanishedStep = 1e-30;        // days; V/dt has lost its meaning, halving on would never end
-constexpr double LargestBalanceError = 1e-9;  // of a step, over what is in place
-constexpr double LargestRateError = 1e-6;     // relative, of a rate well
+constexpr double LargestBalanceError = 1e-9;  // of a step, as stepBalanceError has it
 constexpr double UsableResidual = 0.1;        // of a linear solve that stopped early: still a direction to go
 
-void refresh(Simulation& s) {
+/// Properties and wells that go with the pressures and saturations of the cells. True when a well has changed
+/// its control.
+bool refresh(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
+    const bool switched =
+        settleWells(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, s.implicit);
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
+    return switched;
 }
 
 bool solve(Simulation& s) {
@@ -50,16 +55,6 @@ void printIteration(const Console& console, int iteration, const NewtonChange& c
          number(change.DSg));
 }
 
-/// Wells that the iteration has taken out of their range, by what they would give at its end. False when a
-/// bottom-hole pressure cannot be held.
-bool updateWells(Simulation& s, bool& switched) {
-    clipToLimits(s.wells);
-    if (!repairBottomHolePressures(s.console, s.state, s.wells)) return false;
-    refresh(s);
-    switched = switchWells(s.console, s.wells, s.implicit);
-    return true;
-}
-
 bool changesAreSmall(const RunOptions& options, const NewtonChange& change) {
     return change.Dp < options.PressureTolerance && change.DSw < options.SaturationTolerance &&
            change.DSg < options.SaturationTolerance && change.DRs < options.SaturationTolerance;
@@ -67,7 +62,7 @@ bool changesAreSmall(const RunOptions& options, const NewtonChange& change) {
 
 bool converged(const NewtonChange& change, bool wellSwitched, Simulation& s) {
     if (wellSwitched || !changesAreSmall(s.options, change)) return false;
-    if (largestTargetError(s.wells) > LargestRateError) return false;
+    if (releaseHeldWells(s.wells, s.implicit) || !wellsObey(s.wells)) return false;
     return stepBalanceError(s.clock.dt, s.grid, s.state, s.wells, s.implicit.oldAmounts,
                             s.implicit.nowAmounts) <= LargestBalanceError;
 }
@@ -86,7 +81,8 @@ bool iterate(int iteration, Simulation& s, NewtonChange& change, bool& wellSwitc
     change = applyNewtonStep(s.fluids, s.state, s.wells, work);
     printIteration(s.console, iteration, change);
     if (diverged(s.state, work.cellOfRow.front(), change)) return false;
-    return updateWells(s, wellSwitched);
+    wellSwitched = refresh(s);
+    return true;
 }
 
 void buildVelocity(Simulation& s) {
@@ -112,15 +108,24 @@ void setLongestStep(bool cut, double dt, double& longest) {
 }
 
 void finishStep(int iterations, bool cut, Simulation& s) {
+    tellSwitches(s.console, s.implicit.savedWells, s.wells);
     both(s.console, " T-STEP SIZE  --> {}", number(s.clock.dt));
     lineToBoth(s.console, "PRESSURES and SATURATIONS ARE SOLVED SUCCESSFULLY !");
     both(s.console, " NUMBER OF ITERATIONS --> {}", iterations);
     buildVelocity(s);
     keepChanges(s);
+    s.pressure.carried = CellAmounts{};  // the saturations show all that the cells hold now
     s.implicit.counts.steps += 1;
     s.pressure.stepCut = cut;
     setLongestStep(cut, s.clock.dt, s.implicit.longestStep);
     both(s.console, " Reservoir average pressure : {} PSIA", number(s.pressure.AveragePressure));
+}
+
+/// The first cell whose pressure no iteration could move, 0 if there is none.
+CellId cellWithoutPressure(const Simulation& s) {
+    for (const CellId c : s.implicit.cellOfRow)
+        if (!(s.state.Pressure[c] > 0.0)) return c;
+    return 0;
 }
 
 }  // namespace
@@ -140,17 +145,14 @@ void beginImplicitStep(Simulation& s) {
     setConnectionTrans(s.units, s.connections, work);
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
-    measureAmounts(s.grid, s.state, work.oldAmounts);
+    measureWholeAmounts(s.grid, s.state, s.pressure.carried, work.oldAmounts);
     // Heads are those of the start: their densities hang on the mobilities of every cell of the bore.
     WellHead(s.grid, s.connections, s.state, s.wells);
-    releaseWellsFromLimit(s.console, s.wells);
-    UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
     work.saved = s.state;
     work.savedWells = s.wells;
 }
 
 bool attemptImplicitStep(Simulation& s, int& iterations) {
-    clearBottomHoleResets(s.wells);
     buildWellBorders(s.wells, s.implicit);
     chooseUnknowns(s.fluids, s.state, s.implicit);
     refresh(s);
@@ -170,24 +172,36 @@ void cutImplicitStep(Simulation& s) {
     s.clock.dt *= CutFactor;
     s.implicit.counts.cuts += 1;
     both(s.console, " TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
-    if (s.clock.dt >= VanishedStep) return;
-    lineToBoth(s.console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
-    hardStop(s.console);
+}
+
+bool tryFullyImplicitStep(Simulation& s, int mostCuts) {
+    if (s.implicit.memory == nullptr) AllocateFullyImplicit(s);
+    if (s.implicit.cellOfRow.empty()) return true;  // nothing takes part in flow
+    if (cellWithoutPressure(s) != 0) return false;
+    const double start = cpuSeconds(), dt = s.clock.dt;
+    lineToBoth(s.console, "Solution by Fully Implicit Method !");
+    const WellRecord wellsBefore = s.wells;
+    beginImplicitStep(s);
+    int iterations = 0, cuts = 0;
+    while (!attemptImplicitStep(s, iterations)) {
+        cutImplicitStep(s);
+        if (++cuts <= mostCuts && s.clock.dt >= VanishedStep) continue;
+        s.wells = wellsBefore;
+        s.clock.dt = dt;
+        return false;
+    }
+    finishStep(iterations, cuts > 0, s);
+    s.pressure.processorSeconds = cpuSeconds() - start;
+    return true;
 }
 
 void FullyImplicitStep(Simulation& s) {
-    if (s.implicit.cellOfRow.empty()) return;  // nothing takes part in flow
-    const double start = cpuSeconds();
-    lineToBoth(s.console, "Solution by Fully Implicit Method !");
-    beginImplicitStep(s);
-    int iterations = 0;
-    bool cut = false;
-    while (!attemptImplicitStep(s, iterations)) {
-        cutImplicitStep(s);
-        cut = true;
-    }
-    finishStep(iterations, cut, s);
-    s.pressure.processorSeconds = cpuSeconds() - start;
+    if (tryFullyImplicitStep(s, std::numeric_limits<int>::max())) return;
+    if (const CellId cell = cellWithoutPressure(s); cell != 0)
+        both(s.console, "ERROR :: FULLY IMPLICIT METHOD NEEDS PRESSURES ABOVE 0, GRID {}", cell);
+    else
+        lineToBoth(s.console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
+    hardStop(s.console);
 }
 
 }  // namespace kvr

@@ -45,7 +45,7 @@ struct ImplicitWork {
     CellAmounts nowAmounts;  // ... and at the present iterate
     CellState saved;         // state and wells at the start of the step
     WellRecord savedWells;
-    std::vector<std::uint8_t> returns;  // by well: how often it left its limit within this attempt
+    std::vector<std::uint8_t> switchesOfWell;  // by well: changes of control within this attempt
 
     double longestStep = 0.0;  // days; what the last failure allows the next step, 0: no bound
     ImplicitCounts counts;

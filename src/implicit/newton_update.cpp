@@ -13,6 +13,7 @@ namespace {
 constexpr double LargestSaturationMove = 0.2;  // of one iteration
 constexpr double LargestPressureFactor = 2.0;  // of one iteration
 constexpr double SmallestOil = 1e-6;           // saturation; less oil dissolves no gas worth an unknown
+constexpr double RoundedOil = 1e-13;           // saturation; less is what rounding leaves of 1 - Sw - Sg
 constexpr double LeastShareOfRs = 0.5;         // of the saturated Rs that a cell losing its gas may fall to
 constexpr int FreeSwitches = 3;                // of one cell and attempt, without overshoot asked
 constexpr double OvershootPerSwitch = 1e-4;    // relative, for each further one
@@ -123,7 +124,8 @@ void store(const FluidTables& tables, const CellMove& move, ThirdUnknown unknown
     state.Pressure[c] = move.p;
     state.Sw[c] = move.Sw;
     state.Sg[c] = move.Sg;
-    state.So[c] = 1.0 - move.Sw - move.Sg;
+    const double rest = 1.0 - move.Sw - move.Sg;
+    state.So[c] = std::abs(rest) < RoundedOil ? 0.0 : rest;
     if (!tables.hasGas) return;
     state.Rs[c] = move.Rs;
     state.Pb[c] = unknown == ThirdUnknown::FreeGas ? move.p : BubblePoint(tables, move.Rs);

@@ -1,6 +1,7 @@
 #include "implicit/well_borders.hpp"
 
 #include "pressure/wells/well_rates.hpp"
+#include "pressure/wells/well_target.hpp"
 
 #include <array>
 #include <cmath>
@@ -8,8 +9,6 @@
 namespace kvr {
 
 namespace {
-
-constexpr double PastLimit = 1.0;  // psi past its limit for a well that cannot hold its rate
 
 /// Rates of one connection with their slopes: by the unknowns of the cell, and by the bottom-hole pressure.
 template <std::size_t N>
@@ -74,12 +73,11 @@ bool hasRateRow(const Well& well) {
 /// The row of a well whose rate nothing moves, and of one that is held.
 void finishRow(const Well& well, WellBorder& border) {
     if (hasRateRow(well) && border.diagonal != 0.0) {
-        border.rhs = well.TargetRate - controlledRate(well);
+        border.rhs = well.TargetRate - controlledRate(well, well.WellControl);
         return;
     }
-    const double past = isInjector(well) ? PastLimit : -PastLimit;
     border.diagonal = 1.0;
-    border.rhs = hasRateRow(well) ? well.BhpLimit + past - well.Bhp : 0.0;
+    border.rhs = 0.0;
     std::fill(border.rowBlocks.begin(), border.rowBlocks.end(), 0.0);
 }
 
@@ -87,7 +85,7 @@ template <std::size_t N>
 void addWell(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
              const CellState& state, double averagePressure, const Well& well, WellBorder& border,
              ImplicitWork& work) {
-    const ControlShares share = hasRateRow(well) ? controlShares(well) : ControlShares{};
+    const ControlShares share = hasRateRow(well) ? controlShares(well.WellControl) : ControlShares{};
     std::size_t place = 0;
     for (const WellConnection& connection : well.connections) {
         const int row = work.rowOfCell[static_cast<std::size_t>(connection.ConnCell)];
@@ -123,27 +121,7 @@ void buildWellBorders(const WellRecord& wells, ImplicitWork& work) {
         border.rowBlocks.assign(border.cells.size() * size, 0.0);
     }
     work.bhpChange.assign(wells.wells.size(), 0.0);
-    work.returns.assign(wells.wells.size(), 0);
-}
-
-ControlShares controlShares(const Well& well) {
-    struct Row {
-        const char* control;
-        ControlShares shares;
-    };
-    static constexpr Row Rows[] = {
-        {"orat", {0.0, 1.0, 0.0, 0.0}}, {"grat", {0.0, 0.0, 1.0, 0.0}}, {"lrat", {1.0, 1.0, 0.0, 0.0}},
-        {"resv", {0.0, 0.0, 0.0, 1.0}}, {"wrat", {1.0, 1.0, 1.0, 0.0}}, {"rate", {1.0, 1.0, 1.0, 0.0}},
-    };
-    for (const Row& row : Rows)
-        if (well.WellControl == row.control) return row.shares;
-    return {};
-}
-
-double controlledRate(const Well& well) {
-    const ControlShares share = controlShares(well);
-    return share.water * well.WellQw + share.oil * well.WellQo + share.gas * well.WellQg +
-           share.reservoir * well.reservoirRate;
+    work.switchesOfWell.assign(wells.wells.size(), 0);
 }
 
 void addWells(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,

@@ -221,6 +221,11 @@ def test_a_run_whose_steps_are_cut_to_nothing_again_and_again_stops(tmp_path):
              props=small_deck.PROPS.replace("800  1.02 2.99", "800  -1 2.99"))
 
 
+def test_a_fully_implicit_run_that_starts_without_pressure_stops(tmp_path):
+    stops_on(tmp_path, "ERROR :: FULLY IMPLICIT METHOD NEEDS PRESSURES ABOVE 0, GRID 1",
+             solution=small_deck.without_keyword(small_deck.SOLUTION, "PRESSURE"), options=kvr_run.options(method="FIM"))
+
+
 def test_a_longest_step_too_short_to_move_the_clock_is_reset(tmp_path):
     options = kvr_run.options(lines=20, solver="DGESV", extra="MAXDT\n1e-300 /\n")
     result = kvr_run.finished_normally(run(tmp_path, small_deck.deck(options=options), timeout=TIMEOUT))

@@ -133,13 +133,104 @@ TEST(FullyImplicitStep, TakesAFailedStepAnewAtHalfItsLength) {
     EXPECT_NE(quiet.screenText().find(" T-STEP SIZE  --> 0.25\n"), std::string::npos);
 }
 
+namespace {
+
+/// Nothing gives way in its one cell, so that no step succeeds.
+void makeHopeless(Simulation& s) {
+    makeImplicit(1, 1, 1, sample::waterAndOil(0.0), s);
+    sample::addWell("inj", "rate", 10.0, 1e6, 1, s);
+}
+
+}  // namespace
+
 TEST(FullyImplicitStep, StopsWhenTheStepHasVanished) {
     Simulation s;
-    makeImplicit(1, 1, 1, sample::waterAndOil(1e-6), s);
+    makeHopeless(s);
     s.console = consoleOnStandardError();
     s.clock.dt = 1e-30;
-    beginImplicitStep(s);
-    EXPECT_EXIT(cutImplicitStep(s), testing::ExitedWithCode(1), "TIME STEP HAS VANISHED");
+    EXPECT_EXIT(FullyImplicitStep(s), testing::ExitedWithCode(1), "TIME STEP HAS VANISHED");
+}
+
+TEST(FullyImplicitStep, StopsWhereACellHasNoPressure) {
+    Simulation s;
+    makeImplicit(3, 1, 1, sample::waterAndOil(1e-6), s);
+    s.console = consoleOnStandardError();
+    s.state.Pressure[2] = 0.0;
+    EXPECT_EXIT(FullyImplicitStep(s), testing::ExitedWithCode(1), "NEEDS PRESSURES ABOVE 0, GRID 2");
+}
+
+TEST(TryFullyImplicitStep, PutsEverythingBackWhereItGivesUp) {
+    Simulation s;
+    makeHopeless(s);
+    s.clock.dt = 8.0;
+    s.wells.wells[0].Bhp = 3500.0;
+    EXPECT_FALSE(tryFullyImplicitStep(s, 3));
+    EXPECT_EQ(s.implicit.counts.cuts, 4);
+    EXPECT_EQ(s.clock.dt, 8.0);
+    EXPECT_EQ(s.state.Pressure[1], 3000.0);
+    EXPECT_EQ(s.state.Sw[1], 0.2);
+    EXPECT_EQ(s.wells.wells[0].Bhp, 3500.0);
+    EXPECT_EQ(s.wells.wells[0].WellControl, "rate");
+}
+
+TEST(TryFullyImplicitStep, NeedsNoMemoryMadeBefore) {
+    Simulation s;
+    sample::makeRun(3, 1, 1, sample::waterAndOil(1e-6), s);
+    s.options.SaturationTolerance = 1e-4;
+    EXPECT_TRUE(tryFullyImplicitStep(s, 0));
+    EXPECT_EQ(s.implicit.cellOfRow.size(), 3U);
+}
+
+TEST(TryFullyImplicitStep, TakesOverWhatIsCarriedBeyondTheSaturations) {
+    // A thousandth of the pores more than the saturations show: rock of 1e-6 1/psi makes room for it.
+    constexpr double compressibility = 1e-6;
+    Simulation s;
+    makeImplicit(1, 1, 1, sample::waterAndOil(compressibility), s);
+    s.options.PressureTolerance = 1e-6;
+    const double pores = 100.0 * 100.0 * 20.0 / 5.614583 * 0.2;
+    sizeAmounts(1, s.pressure.carried);
+    s.pressure.carried.water[1] = 0.001 * pores;
+    EXPECT_TRUE(tryFullyImplicitStep(s, 0));
+    const double rise = (std::sqrt(1.0 + 2.0 * 0.001) - 1.0) / compressibility;
+    EXPECT_NEAR(s.state.Pressure[1] - 3000.0, rise, 1e-6 * rise);
+    EXPECT_NEAR(s.state.Sw[1] * s.state.PoreVolume[1], 0.201 * pores, 1e-8 * pores);
+    EXPECT_TRUE(s.pressure.carried.water.empty());
+}
+
+TEST(FullyImplicitStep, LetsAProducerStandWhoseCellIsPastItsLimitAndOpensItLater) {
+    Simulation s;
+    makeImplicit(3, 1, 1, sample::waterAndOil(1e-4), s);
+    sample::addWell("inj", "rate", 100.0, 9000.0, 1, s);
+    sample::addWell("prd", "lrat", -20.0, 3100.0, 3, s);
+    const Well& producer = s.wells.wells[1];
+    FullyImplicitStep(s);
+    EXPECT_EQ(s.implicit.counts.cuts, 0);
+    EXPECT_EQ(producer.WellControl, "bhp");
+    EXPECT_EQ(producer.WellQo, 0.0);
+    double highest = 0.0;
+    for (int step = 0; step < 40; ++step) {
+        FullyImplicitStep(s);
+        highest = std::max(highest, std::abs(producer.WellQo + producer.WellQw));
+    }
+    EXPECT_EQ(producer.WellControl, "lrat");
+    EXPECT_NEAR(highest, 20.0, 20.0 * 1e-6);
+    EXPECT_EQ(s.implicit.counts.cuts, 0);
+}
+
+TEST(StepBalanceError, IsOfThePoresWhereAComponentIsHardlyThere) {
+    Simulation s;
+    makeImplicit(1, 1, 1, sample::waterAndOil(1e-6), s);
+    const double pores = 100.0 * 100.0 * 20.0 / 5.614583 * 0.2;
+    s.state.Sw[1] = 1.0;
+    s.state.So[1] = 0.0;
+    refreshProperties(s.grid, s.fluids, s.state);
+    CellAmounts old, now;
+    measureAmounts(s.grid, s.state, old);
+    old.oil[1] = 1e-9 * pores;  // lost: all of the oil, and a millionth of a thousandth of the pores
+    EXPECT_NEAR(stepBalanceError(1.0, s.grid, s.state, s.wells, old, now), 1e-6, 1e-10);
+    old.oil[1] = 0.0;
+    old.water[1] = (1.0 - 1e-5) * pores;
+    EXPECT_NEAR(stepBalanceError(1.0, s.grid, s.state, s.wells, old, now), 1e-5, 1e-9);
 }
 
 TEST(FullyImplicitStep, SaysWhatItDoesInItsOwnWords) {

@@ -1,6 +1,5 @@
 #include "implicit/well_switching.hpp"
 
-#include "implicit/well_borders.hpp"
 #include "unit/pressure/well_samples.hpp"
 #include "unit/quiet_console.hpp"
 
@@ -10,87 +9,146 @@ using namespace kvr;
 
 namespace {
 
+/// One well in a cell of oil at 3000 psia, 1 stb/day/psi, target 100 stb/day.
 struct Bench {
-    explicit Bench(const std::string& kind, const std::string& control) {
+    explicit Bench(const std::string& kind, const std::string& control) : state(sample::state(1)) {
         wells.wells.push_back(sample::well(kind, control, 1));
-        wells.RateWellCount = 1;
-        work.returns.assign(1, 0);
+        wells.RateWellCount = control == "bhp" ? 0 : 1;
+        work.switchesOfWell.assign(1, 0);
         well().TargetRate = kind == "inj" ? 100.0 : -100.0;
         well().BhpLimit = kind == "inj" ? 5000.0 : 1000.0;
+        well().Bhp = 2222.0;
     }
     Well& well() { return wells.wells[0]; }
-    bool update(double bhp, double rate) {
-        well().Bhp = bhp;
-        clipToLimits(wells);
-        well().rateAtDeckControl = rate;
-        return switchWells(quiet.console, wells, work);
+    bool settle(double cellPressure, double mobility = 1.0) {
+        state.Pressure[1] = cellPressure;
+        state.LambdaO[1] = mobility;
+        return settleWells(units, tables, state, cellPressure, wells, work);
     }
 
-    QuietConsole quiet;
+    UnitSystem units;
+    FluidTables tables;
+    CellState state;
     WellRecord wells;
     ImplicitWork work;
 };
 
 }  // namespace
 
-TEST(WellSwitching, HoldsAProducerThatGivesTooLittleAtItsLimit) {
-    Bench bench("prd", "orat");
-    EXPECT_TRUE(bench.update(400.0, -60.0));
-    EXPECT_EQ(bench.well().WellControl, "bhp");
-    EXPECT_EQ(bench.well().Bhp, 1000.0);
-    EXPECT_EQ(bench.wells.RateWellCount, 0);
-    EXPECT_EQ(bench.quiet.screenText(), " WELL CONTROL :: PROD : orat -> bhp, BHP limit 1000 PSIA\n");
+TEST(SettleWells, GiveARateWellThePressureOfItsTarget) {
+    Bench producer("prd", "orat");
+    EXPECT_FALSE(producer.settle(3000.0));
+    EXPECT_DOUBLE_EQ(producer.well().Bhp, 2900.0);
+    Bench injector("inj", "rate");
+    EXPECT_FALSE(injector.settle(3000.0));
+    EXPECT_DOUBLE_EQ(injector.well().Bhp, 3100.0);
 }
 
-TEST(WellSwitching, KeepsTheRateOfAWellThatAnIterateTookTooFar) {
+TEST(SettleWells, HoldAWellAtItsLimitThatLeavesTooLittle) {
+    Bench producer("prd", "orat");
+    EXPECT_TRUE(producer.settle(1060.0));
+    EXPECT_EQ(producer.well().WellControl, "bhp");
+    EXPECT_EQ(producer.well().Bhp, 1000.0);
+    EXPECT_EQ(producer.wells.RateWellCount, 0);
+    Bench injector("inj", "rate");
+    EXPECT_TRUE(injector.settle(4950.0));
+    EXPECT_EQ(injector.well().WellControl, "bhp");
+    EXPECT_EQ(injector.well().Bhp, 5000.0);
+}
+
+TEST(SettleWells, HoldAWellAtItsLimitWhoseCellIsPastIt) {
     Bench bench("prd", "orat");
-    EXPECT_FALSE(bench.update(-2000.0, -300.0));
+    EXPECT_TRUE(bench.settle(900.0));
+    EXPECT_EQ(bench.well().WellControl, "bhp");
+    EXPECT_EQ(bench.well().Bhp, 1000.0);
+    EXPECT_TRUE(bench.settle(1200.0));
     EXPECT_EQ(bench.well().WellControl, "orat");
+    EXPECT_DOUBLE_EQ(bench.well().Bhp, 1100.0);
+    EXPECT_EQ(bench.wells.RateWellCount, 1);
+}
+
+TEST(SettleWells, HoldAWellAtItsLimitThatNoPressureWouldMove) {
+    Bench bench("prd", "orat");
+    EXPECT_TRUE(bench.settle(3000.0, 0.0));
+    EXPECT_EQ(bench.well().WellControl, "bhp");
     EXPECT_EQ(bench.well().Bhp, 1000.0);
 }
 
-TEST(WellSwitching, HoldsAnInjectorAtItsUpperLimit) {
-    Bench bench("inj", "rate");
-    EXPECT_FALSE(bench.update(4999.0, 60.0));
-    EXPECT_TRUE(bench.update(6000.0, 60.0));
-    EXPECT_EQ(bench.well().WellControl, "bhp");
-    EXPECT_EQ(bench.well().Bhp, 5000.0);
-}
-
-TEST(WellSwitching, ReturnsAWellFourTimesInAnAttemptAndNoMore) {
+TEST(SettleWells, LeaveItWhereItIsWithinRoundingOfBoth) {
     Bench bench("prd", "orat");
-    for (int n = 0; n < 4; ++n) {
-        EXPECT_TRUE(bench.update(900.0, -60.0));
-        EXPECT_TRUE(bench.update(1000.0, -150.0));
-        EXPECT_EQ(bench.well().WellControl, "orat");
-    }
-    EXPECT_TRUE(bench.update(900.0, -60.0));
-    EXPECT_FALSE(bench.update(1000.0, -150.0));
+    EXPECT_FALSE(bench.settle(1100.0 - 1e-6));
+    EXPECT_EQ(bench.well().Bhp, 1000.0) << "a ten-millionth of a psi past it: clipped";
+    EXPECT_TRUE(bench.settle(1099.0));
+    EXPECT_FALSE(bench.settle(1100.0 + 1e-6));
     EXPECT_EQ(bench.well().WellControl, "bhp");
 }
 
-TEST(WellSwitching, LeavesWellsThatTheDeckHoldsAtAPressureAndShutOnes) {
+TEST(SettleWells, HoldAWellThatKeepsChangingAtItsLimitUntilTheCellsStand) {
+    Bench bench("prd", "orat");
+    for (int n = 0; n < 3; ++n) {
+        EXPECT_TRUE(bench.settle(1050.0));
+        EXPECT_TRUE(bench.settle(1200.0));
+    }
+    EXPECT_TRUE(bench.settle(1200.0)) << "six changes were free";
+    EXPECT_EQ(bench.well().WellControl, "bhp");
+    EXPECT_FALSE(bench.settle(1300.0));
+    bench.well().WellQo = -300.0;
+    EXPECT_TRUE(releaseHeldWells(bench.wells, bench.work));
+    EXPECT_TRUE(bench.settle(1300.0));
+    EXPECT_DOUBLE_EQ(bench.well().Bhp, 1200.0);
+    EXPECT_FALSE(bench.settle(1050.0)) << "for the rest of the attempt";
+    EXPECT_DOUBLE_EQ(bench.well().Bhp, 950.0);
+    bench.well().WellQo = -100.0;
+    EXPECT_FALSE(wellsObey(bench.wells));
+}
+
+TEST(SettleWells, StayHeldWhereTheLimitIsRight) {
+    Bench bench("prd", "orat");
+    for (int n = 0; n < 3; ++n) {
+        bench.settle(1050.0);
+        bench.settle(1200.0);
+    }
+    bench.settle(1050.0);
+    bench.well().WellQo = -50.0;
+    EXPECT_FALSE(releaseHeldWells(bench.wells, bench.work));
+    EXPECT_TRUE(wellsObey(bench.wells));
+}
+
+TEST(SettleWells, LeaveWellsThatTheDeckHoldsAtAPressureAndShutOnes) {
     Bench bench("prd", "bhp");
-    bench.wells.RateWellCount = 0;
-    EXPECT_FALSE(bench.update(1000.0, 0.0));
+    EXPECT_FALSE(bench.settle(3000.0));
+    EXPECT_EQ(bench.well().Bhp, 2222.0);
     Bench shut("prd", "orat");
     shut.well().shut = true;
-    EXPECT_FALSE(shut.update(500.0, 0.0));
-    EXPECT_EQ(shut.well().Bhp, 500.0);
+    EXPECT_FALSE(shut.settle(3000.0));
+    EXPECT_EQ(shut.well().Bhp, 2222.0);
 }
 
-TEST(ControlShares, NameTheRatesThatAControlHolds) {
+TEST(WellsObey, WhenRateWellsGiveTheirTargetAndHeldOnesNoMore) {
     struct Case {
         const char* control;
-        double rate;
+        double rate, bhp;
+        bool obeys;
     };
-    for (const Case& c : {Case{"orat", 2.0}, Case{"grat", 40.0}, Case{"lrat", 3.0}, Case{"wrat", 43.0},
-                          Case{"rate", 43.0}, Case{"resv", 500.0}, Case{"bhp", 0.0}}) {
-        Well well = sample::well("prd", c.control, 1);
-        well.WellQw = 1.0;
-        well.WellQo = 2.0;
-        well.WellQg = 40.0;
-        well.reservoirRate = 500.0;
-        EXPECT_EQ(controlledRate(well), c.rate) << c.control;
+    for (const Case& c : {Case{"orat", -100.0, 1500.0, true}, Case{"orat", -100.00005, 1500.0, true},
+                          Case{"orat", -100.01, 1500.0, false}, Case{"orat", -99.99, 1500.0, false},
+                          Case{"orat", -100.0, 999.0, false}, Case{"bhp", -40.0, 1000.0, true},
+                          Case{"bhp", -100.01, 1000.0, false}}) {
+        Bench bench("prd", "orat");
+        bench.well().WellControl = c.control;
+        bench.well().WellQo = c.rate;
+        bench.well().Bhp = c.bhp;
+        EXPECT_EQ(wellsObey(bench.wells), c.obeys) << c.control << ' ' << c.rate << ' ' << c.bhp;
     }
+}
+
+TEST(TellSwitches, WritesALineForEachWellThatEndsOnAnotherControl) {
+    Bench bench("prd", "orat");
+    const WellRecord before = bench.wells;
+    QuietConsole quiet;
+    tellSwitches(quiet.console, before, bench.wells);
+    EXPECT_EQ(quiet.screenText(), "");
+    bench.settle(900.0);
+    tellSwitches(quiet.console, before, bench.wells);
+    EXPECT_EQ(quiet.screenText(), " WELL CONTROL :: PROD : orat -> bhp, BHP limit 1000 PSIA\n");
 }
