@@ -208,9 +208,10 @@ inline const std::string& solverPhase(const RunOptions& options, int index) {
     return options.solverPhaseName[static_cast<std::size_t>(std::clamp(index, 1, last) - 1)];
 }
 
-/// The analytical solver has no wells in the sense of the reports: no net inflow, no recovery.
+/// The analytical solver of lines has no wells in the sense of the reports: no net inflow, no recovery.
+/// Methods without lines have, whatever the word.
 inline bool isAnalyticalPhase(const RunOptions& options, int index) {
-    return solverPhase(options, index) == "btf";
+    return options.method == "streamline" && solverPhase(options, index) == "btf";
 }
 
 inline bool isDualPorosity(const RunOptions& options) {

@@ -154,6 +154,17 @@ TEST(AdvanceBalance, KeepsNoNetInflowForTheAnalyticalSolver) {
     EXPECT_EQ(test.run.balance.wells[0].produced.oil, 60.0);
 }
 
+TEST(AdvanceBalance, CountsTheWellsOfAMethodWithoutLinesWhateverTheLineSolver) {
+    for (const char* method : {"FIM", "IMPES"}) {
+        BalanceRun test;
+        test.run.options.method = method;
+        test.run.options.solverPhaseName = {"btf"};
+        test.addWell("prd", -6.0, 0.0, 0.0, 0.0);
+        test.step(10.0);
+        EXPECT_EQ(test.run.balance.netInflow.oil, -60.0) << method;
+    }
+}
+
 TEST(AdvanceBalance, ValuesProductionAndInjectionAtTheirPrices) {
     BalanceRun test;
     test.run.options.productionPrice = {50.0, -1.0, 2.0};
