@@ -2,6 +2,7 @@
 
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "implicit/residual_ramp.hpp"
 
 namespace kvr {
 
@@ -59,7 +60,10 @@ void setHeld(const FluidTables& tables, const CellState& s, CellId c, ThirdUnkno
 template <std::size_t N>
 void setMobilities(const FluidTables& tables, int region, const CellState& s, CellId c, const OilJets<N>& oil,
                    const GasProperties& gasSlope, const Jet<N>& p, CellFluid<N>& fluid) {
-    const RelPermSlopes kr = relPermSlopesAtCell(tables, c, region, s.Sw[c], s.Sg[c]);
+    RelPermSlopes kr = relPermSlopesAtCell(tables, c, region, s.Sw[c], s.Sg[c]);
+    if constexpr (N == 3)
+        kr = rampedSlopes(kr, rampShare(regionTable(tables, region).ResidualSo, s.Sw[c], s.Sg[c]),
+                          s.KroCell[c]);
     const Jet<N> muW = chained(s.MuW[c], WaterViscositySlope(tables, s.Pressure[c]), p);
     const Jet<N> krw = chained(s.KrwCell[c], kr.wBySw, fluid.held.Sw);
     const Jet<N> kro = chained(s.KroCell[c], kr.oBySw, fluid.held.Sw) + chained(0.0, kr.oBySg, fluid.held.Sg);

@@ -4,6 +4,7 @@
 #include "base/stopwatch.hpp"
 #include "implicit/jacobian.hpp"
 #include "implicit/newton_update.hpp"
+#include "implicit/residual_ramp.hpp"
 #include "implicit/step_balance.hpp"
 #include "implicit/well_borders.hpp"
 #include "implicit/well_switching.hpp"
@@ -30,6 +31,7 @@ constexpr double UsableResidual = 0.1;        // of a linear solve that stopped 
 /// its control.
 bool refresh(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
+    if (s.fluids.hasGas) rampOil(s.grid, s.fluids, s.state);
     const bool switched =
         settleWells(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, s.implicit);
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
@@ -78,7 +80,7 @@ bool iterate(int iteration, Simulation& s, NewtonChange& change, bool& wellSwitc
     addWells(s.units, s.grid, s.fluids, s.state, s.pressure.AveragePressure, s.wells, work);
     work.counts.newtonIterations += 1;
     if (!solve(s)) return false;
-    change = applyNewtonStep(s.fluids, s.state, s.wells, work);
+    change = applyNewtonStep(s.grid, s.fluids, s.state, s.wells, work);
     printIteration(s.console, iteration, change);
     if (diverged(s.state, work.cellOfRow.front(), change)) return false;
     wellSwitched = refresh(s);

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/black_oil.hpp"
+#include "implicit/residual_ramp.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -88,13 +89,16 @@ double limitedPressure(double p, double dp) {
 }
 
 /// Where the solution takes a cell, limited; its third unknown may change.
-CellMove moveOfCell(const FluidTables& tables, const CellState& state, CellId c, std::size_t row,
-                    ImplicitWork& work) {
+CellMove moveOfCell(const GridModel& grid, const FluidTables& tables, const CellState& state, CellId c,
+                    std::size_t row, ImplicitWork& work) {
     const bool withGas = work.system.blockSize == 3;
     const double* change = work.solution.data() + row * static_cast<std::size_t>(work.system.blockSize);
     const bool freeGas = withGas && work.unknown[row] == ThirdUnknown::FreeGas;
     const double dSg = freeGas ? change[GasPlace] : 0.0;
-    const double share = chop(change[WaterPlace], dSg);
+    double share = chop(change[WaterPlace], dSg);
+    if (freeGas)
+        share *= shareOntoRamp(grid, tables, c, state.Sw[c], state.Sg[c],
+                               state.Sw[c] + share * change[WaterPlace], state.Sg[c] + share * dSg);
     CellMove move;
     move.p = limitedPressure(state.Pressure[c], change[PressurePlace]);
     move.Sw = state.Sw[c] + share * change[WaterPlace];
@@ -151,15 +155,15 @@ void chooseUnknowns(const FluidTables& tables, CellState& state, ImplicitWork& w
     }
 }
 
-NewtonChange applyNewtonStep(const FluidTables& tables, CellState& state, WellRecord& wells,
-                             ImplicitWork& work) {
+NewtonChange applyNewtonStep(const GridModel& grid, const FluidTables& tables, CellState& state,
+                             WellRecord& wells, ImplicitWork& work) {
     NewtonChange largest;
     largest.finite = allFinite(work.solution) && allFinite(work.bhpChange);
     if (!largest.finite) return largest;
     const auto size = static_cast<std::size_t>(work.system.blockSize);
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) {
         const CellId c = work.cellOfRow[row];
-        const CellMove move = moveOfCell(tables, state, c, row, work);
+        const CellMove move = moveOfCell(grid, tables, state, c, row, work);
         noteChange(tables, move, work.solution[row * size], state, c, largest);
         store(tables, move, work.unknown[row], c, state);
     }

@@ -21,13 +21,14 @@ void chooseUnknowns(const FluidTables& tables, CellState& state, ImplicitWork& w
 /// properties are left as they are. A solution with a value that is no number changes nothing.
 ///
 /// Limits, cell by cell: a pressure is at most doubled or halved; a move that would change a saturation by
-/// more than 0.2 is shortened as a whole (the chop of Appleyard); saturations stay in 0..1.
+/// more than 0.2 is shortened as a whole (the chop of Appleyard), and so is one that would jump over the ramp
+/// of the oil at its residual saturation; saturations stay in 0..1.
 ///
 /// Change of the third unknown: free gas that would turn negative leaves the cell, Rs gives up what was
 /// overdrawn; Rs above its value at the new pressure frees what is too much. Amounts are kept in both, so
 /// that the cell lands near where the equations want it. A cell that has changed sides more than a few times
 /// in one attempt must overshoot by more each further time, so that it comes to rest on one side.
-NewtonChange applyNewtonStep(const FluidTables& tables, CellState& state, WellRecord& wells,
-                             ImplicitWork& work);
+NewtonChange applyNewtonStep(const GridModel& grid, const FluidTables& tables, CellState& state,
+                             WellRecord& wells, ImplicitWork& work);
 
 }  // namespace kvr

@@ -22,7 +22,7 @@ void makeCell(double Sw, double Sg, double Pb, Simulation& s) {
 
 NewtonChange step(double dp, double dSw, double third, Simulation& s) {
     s.implicit.solution = {dp, dSw, third};
-    return applyNewtonStep(s.fluids, s.state, s.wells, s.implicit);
+    return applyNewtonStep(s.grid, s.fluids, s.state, s.wells, s.implicit);
 }
 
 double gasIn(const Simulation& s) {
