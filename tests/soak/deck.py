@@ -116,7 +116,7 @@ def props_section(model, units):
     if fluid.has_gas():
         text += "SGOF\n" + "".join(saturation_table(region.gas_oil, pressure) for region in model.curves)
     if model.tracer:
-        text += "TRACER\n'TRA1' 'STB' /\n/\n"
+        text += "TRACER\n'TRA1' 'WAT' /\n/\n"
     if len(model.curves) > 1:
         text += "\nREGIONS\n" + array("SATNUM", model.grid.region, 40)
     return text + "\n"

@@ -1,5 +1,6 @@
 """Runs one random model by each method and judges what comes out."""
 
+import dataclasses
 import math
 import pathlib
 import sys
@@ -10,7 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 import run_judge  # noqa: E402
 from deck import deck_text  # noqa: E402
 from deck_schedule import Schedule  # noqa: E402
-from limited_run import CPU_SECONDS, run_limited  # noqa: E402
+from limited_run import CONSOLE, CPU_SECONDS, run_limited  # noqa: E402
 from models import draw_model  # noqa: E402
 
 SATURATION_LIMIT = 1e-3
@@ -27,16 +28,36 @@ CRITERIA = ("ends", "finite", "saturations", "balance", "moved", "target", "pres
 REQUIRED = CRITERIA[:-1]
 
 
+@dataclasses.dataclass
+class Outcome:
+    ended: object
+    figures: object
+    at_end: bool
+    warnings: str
+    cuts: int  # of steps that did not converge
+    switches: int  # of wells to a limit and back
+
+
 def run_text(program, text, cpu_seconds, analytic=False, active=None):
-    """Outcome and figures of a deck."""
+    """Runs a deck in a scratch folder."""
     schedule = Schedule(text)
     with tempfile.TemporaryDirectory(prefix="soak_") as name:
         folder = pathlib.Path(name)
         (folder / "ECLIPSE.DATA").write_text(text)
         ended = run_limited(program, folder, cpu_seconds)
         figures = run_judge.measure(folder, schedule, analytic, active)
-        warnings = deck_warnings(folder / "KVR_dbg.out")
-    return ended, figures, schedule, warnings
+        return Outcome(ended, figures, run_judge.reached_end(figures, schedule), deck_warnings(folder / "KVR_dbg.out"),
+                       *count_lines(folder / CONSOLE, (b"TIME STEP SIZE IS DECREASED", b"WELL CONTROL ::")))
+
+
+def count_lines(path, texts):
+    """How many lines hold each text."""
+    counts = [0] * len(texts)
+    with open(path, "rb") as lines:
+        for line in lines:
+            for n, text in enumerate(texts):
+                counts[n] += text in line
+    return counts
 
 
 def deck_warnings(log):
@@ -55,9 +76,8 @@ def is_analytic(model, method):
 def run_method(program, model, method, divisor=1, cpu_seconds=CPU_SECONDS):
     """A row of the results: what was run, what was measured, what is held of it."""
     text = deck_text(model, method, divisor)
-    ended, figures, schedule, warnings = run_text(program, text, cpu_seconds, is_analytic(model, method),
-                                                  model.grid.active.ravel())
-    o = model.options
+    outcome = run_text(program, text, cpu_seconds, is_analytic(model, method), model.grid.active.ravel())
+    o, ended, figures = model.options, outcome.ended, outcome.figures
     row = {
         "seed": model.seed, "class": model.family, "method": method if divisor == 1 else FINE,
         "cells": model.grid.cells(), "wells": len(model.wells), "days": model.days(), "maxdt": o.longest / divisor,
@@ -66,13 +86,14 @@ def run_method(program, model, method, divisor=1, cpu_seconds=CPU_SECONDS):
                 f"{' projected' if o.projection else ''}",
         "options": f"map {o.mappings} every {o.pressure_every} repeat {o.repetitions} ends {int(o.end_points)} {o.solver}",
         "status": ended.status, "cause": ended.cause(), "cpu": ended.cpu_seconds, "memory": ended.memory,
-        "console": ended.console_size, "steps": figures.steps, "last_time": figures.last_time,
+        "console": ended.console_size, "steps": figures.steps, "cuts": outcome.cuts, "switches": outcome.switches,
+        "last_time": figures.last_time,
         "balance": figures.balance, "moved": figures.balance_moved, "over_target": figures.over_target,
         "over_well": figures.over_well, "pressure": figures.pressure, "saturation": figures.saturation,
-        "warnings": warnings, "complaint": ended.complaint() if ended.status else ended.errors.strip()[:200],
+        "warnings": outcome.warnings, "complaint": ended.complaint() if ended.status else ended.errors.strip()[:200],
     }
     row.update({name: figures.totals.get(name, math.nan) for name in ("FOPT", "FWPT", "FGPT", "FWIT", "FGIT")})
-    row["passes"] = judge(row, figures, run_judge.reached_end(figures, schedule))
+    row["passes"] = judge(row, figures, outcome.at_end)
     return row
 
 

@@ -76,6 +76,18 @@ def test_the_schedule_of_a_deck_has_the_days_and_wells_of_its_model(models):
         assert set(schedule.controls) == {well.name for well in model.wells}
 
 
+def test_a_strict_reader_of_decks_takes_every_model(models):
+    parser = pytest.importorskip("opm.io.parser", reason="python3-opm-common is not installed")
+    from opm.io.ecl_state import EclipseState
+    from opm.io.schedule import Schedule as StrictSchedule
+    for model in models:
+        text = deck_text(model, "FIM").split("\nEND\n")[0] + "\n"
+        # Two things that it asks for and that this program has no use for.
+        text = text.replace("WELLDIMS\n", "EQLDIMS\n/\nWELLDIMS\n", 1).replace("SCHEDULE\n", "SUMMARY\nSCHEDULE\n", 1)
+        deck = parser.Parser().parse_string(text)
+        StrictSchedule(deck, EclipseState(deck))
+
+
 @pytest.mark.parametrize("seed", list(SEEDS)[:16])
 def test_the_program_reads_a_deck_without_a_warning(tmp_path, seed):
     text = deck_text(draw_model(seed), "FIM")
