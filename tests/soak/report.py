@@ -7,9 +7,8 @@ import math
 from trial import CRITERIA, FINE, REQUIRED
 
 COLUMNS = ("seed", "class", "method", "cells", "wells", "days", "maxdt", "lines", "line", "options", "status", "cause", "cpu",
-           "memory", "console", "steps", "cuts", "switches",
-           "last_time", "balance", "moved", "over_target", "over_well", "pressure", "saturation",
-           "FOPT", "FWPT", "FGPT", "FWIT", "FGIT", "settled")
+           "memory", "console", "steps", "cuts", "switches", "last_time", "balance", "moved", "over_target", "over_well",
+           "pressure", "saturation", "FOPT", "FWPT", "FGPT", "FWIT", "FGIT", "FOIP", "FWIP", "FGIP", "settled")
 DIFFERENCES = ("oil", "water", "gas")
 
 

@@ -28,6 +28,7 @@ class Figures:
     saturation: float = math.nan  # largest distance from 0..1, and of the sum from 1
     finite: bool = True
     totals: dict = dataclasses.field(default_factory=dict)  # FOPT and its kin at the end
+    in_place: dict = dataclasses.field(default_factory=dict)  # FOIP and its kin at the start
 
 
 def read_table(path):
@@ -198,6 +199,7 @@ def measure(folder, schedule, analytic=False, active=None):
         return figures
     figures.last_time = float(sweep["TIME"][-1])
     figures.steps = len(sweep["TIME"]) - 1
+    figures.in_place = {f"F{phase}IP": float(sweep[f"F{phase}IP_ORG"][0]) for phase in PHASES}
     figures.finite = all(numpy.isfinite(column).all() for column in sweep.values())
     if table is not None:
         figures.finite = figures.finite and all(numpy.isfinite(column).all() for column in table.values())
