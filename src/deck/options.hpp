@@ -71,6 +71,15 @@ struct RunOptions {
     double SaturationTolerance = 0.0;        // 1e-4 by fall-back
     int MaxPressureIterations = 0;           // 30 by fall-back
     int maxSaturationIterations = 0;         // 30 by fall-back
+    // STEPCTRL: limits of the figures that a step is judged by.
+    bool stepControl = true;
+    double stepVolumeError = 2e-3;      // share of the pore volume of the field
+    double stepCellVolumeError = 0.5;   // share of the pore volume of a cell
+    double stepDeficit = 1e-4;          // share of the pore volume of the field
+    double stepTargetError = 8e-3;      // relative
+    double stepTargetMiss = 0.03;       // relative
+    double stepMobilityChange = 0.1;    // relative, mean over the flow
+    double stepSmallest = 1e-3;         // days
     double maxDt = 1.0e7;                    // days; MAXDT
     bool optimalTstep = false;               // OPTTSTEP
     double tstepControl = 0.0;               // psi; OPTTSTEP value
@@ -101,6 +110,7 @@ struct RunOptions {
     bool lineGravity = true;          // SL1DCON 6
     bool lineCapillary = false;       // SL1DCON 7
     bool orthogonalProjection = false;  // SL1DCON 8
+    bool conservativeMapping = true;    // MAPPING: faces pass their own flow, made up as the lines are
     int mapCount = 1;                   // SL1DMAP, 1..1000
     double cfl = 0.0;                   // CFL 1; 0.8 by fall-back
     double minCflStep = 0.0;            // days; CFL 2; 0.01 by fall-back

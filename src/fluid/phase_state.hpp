@@ -9,4 +9,9 @@ struct PhaseState {
     double Pb = 0.0;  // psia
 };
 
+/// Conserved amounts, surface volume per pore volume.
+struct ConservedAmounts {
+    double water = 0.0, oil = 0.0, gas = 0.0;
+};
+
 }  // namespace kvr

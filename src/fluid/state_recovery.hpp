@@ -5,11 +5,6 @@
 
 namespace kvr {
 
-/// Conserved amounts, surface volume per pore volume.
-struct ConservedAmounts {
-    double water = 0.0, oil = 0.0, gas = 0.0;
-};
-
 /// Formation volume factors and pressure at which amounts are turned into saturations.
 struct RecoveryFactors {
     double pressure = 0.0;  // psia

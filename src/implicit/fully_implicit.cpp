@@ -25,7 +25,10 @@ constexpr double GrowthFactor = 2.0;          // of the step length that cuts ha
 constexpr double DivergedDp = 10000.0;        // psi; a change of this size fails the attempt
 constexpr double VanishedStep = 1e-30;        // days; V/dt has lost its meaning, halving on would never end
 constexpr double LargestBalanceError = 1e-9;  // of a step, as stepBalanceError has it
-constexpr double UsableResidual = 0.1;        // of a linear solve that stopped early: still a direction to go
+constexpr double RestShare = 1e-3;           // of the tolerances: an iterate that moves less stands still ...
+constexpr int ManyIterations = 12;           // ... as does one that stays within the tolerances so long ...
+constexpr double BalanceErrorAtRest = 1e-7;  // ... and is taken with this balance error
+constexpr double UsableResidual = 0.1;       // of a linear solve that stopped early: still a direction to go
 
 /// Properties and wells that go with the pressures and saturations of the cells. True when a well has changed
 /// its control.
@@ -62,11 +65,21 @@ bool changesAreSmall(const RunOptions& options, const NewtonChange& change) {
            change.DSg < options.SaturationTolerance && change.DRs < options.SaturationTolerance;
 }
 
-bool converged(const NewtonChange& change, bool wellSwitched, Simulation& s) {
+bool standsStill(const RunOptions& options, const NewtonChange& change) {
+    const double saturation = RestShare * options.SaturationTolerance;
+    return change.Dp < RestShare * options.PressureTolerance && change.DSw < saturation &&
+           change.DSg < saturation && change.DRs < saturation;
+}
+
+bool converged(int iteration, const NewtonChange& change, bool wellSwitched, Simulation& s) {
     if (wellSwitched || !changesAreSmall(s.options, change)) return false;
     if (releaseHeldWells(s.wells, s.implicit) || !wellsObey(s.wells)) return false;
-    return stepBalanceError(s.clock.dt, s.grid, s.state, s.wells, s.implicit.oldAmounts,
-                            s.implicit.nowAmounts) <= LargestBalanceError;
+    const double error =
+        stepBalanceError(s.clock.dt, s.grid, s.state, s.wells, s.implicit.oldAmounts, s.implicit.nowAmounts);
+    // Amounts that no state within its bounds can show, rounding of another method say, stay an error for
+    // ever.
+    return error <= LargestBalanceError ||
+           ((iteration >= ManyIterations || standsStill(s.options, change)) && error <= BalanceErrorAtRest);
 }
 
 bool diverged(const CellState& state, CellId firstCell, const NewtonChange& change) {
@@ -162,7 +175,7 @@ bool attemptImplicitStep(Simulation& s, int& iterations) {
     bool wellSwitched = false;
     for (iterations = 1;; ++iterations) {
         if (!iterate(iterations, s, change, wellSwitched)) return false;
-        if (converged(change, wellSwitched, s)) return true;
+        if (converged(iterations, change, wellSwitched, s)) return true;
         if (iterations >= s.options.MaxPressureIterations) return false;
     }
 }

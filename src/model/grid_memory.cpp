@@ -9,6 +9,8 @@ namespace kvr {
 
 namespace {
 
+constexpr double NoTop = -1.0;  // ft, of a cell whose top no keyword has given: tops below zero are refused
+
 /// Bytes that all records of a black-oil run take per cell, from below: corners, connections, two time
 /// levels, velocities, matrix, lines. See "Memory of a run" in docs/code-map.md.
 constexpr double LeastBytesPerCell = 1000.0;
@@ -43,8 +45,9 @@ void sizeGeometry(GridModel& grid) {
     grid.NodeZ.assign(nodes, 0.0);
     grid.xyz_3d.assign((static_cast<std::size_t>(grid.NCELLS) + 1) * 24, 0.0F);
     grid.CellCentre.assign(grid.NCELLS, 3, 0.0);
-    for (CellArray<double>* size : {&grid.DX, &grid.DY, &grid.DZ, &grid.TOPS, &grid.BulkVolume})
+    for (CellArray<double>* size : {&grid.DX, &grid.DY, &grid.DZ, &grid.BulkVolume})
         size->assign(grid.NCELLS, 0.0);
+    grid.TOPS.assign(grid.NCELLS, NoTop);
 }
 
 void sizeRock(GridModel& grid) {

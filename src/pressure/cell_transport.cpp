@@ -1,6 +1,7 @@
 #include "pressure/cell_transport.hpp"
 
 #include "base/constants.hpp"
+#include "base/threads.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "pressure/properties.hpp"
 
@@ -11,15 +12,9 @@ namespace kvr {
 
 namespace {
 
-constexpr int Faces = 6;
 constexpr double MobilityGuard =
     1e-20;                        // 1/cp, keeps the fractions finite in a cell that holds no mobile phase
 constexpr int SlopePoints = 200;  // over the saturation range when the steepest flux is looked for
-
-/// Flow through a face into the cell, volume a day; negative out of it.
-double inflowThroughFace(const DirectionArray<double>& flux, CellId c, int d) {
-    return -FaceSign[static_cast<std::size_t>(d) - 1] * flux(c, d);
-}
 
 struct Viscosities {
     double oil = 0.0, water = 0.0, gas = 0.0;
@@ -66,94 +61,13 @@ double steepestFraction(const FluidTables& tables, const SaturationTable& table,
     return steepest;
 }
 
-double steepestOfRun(const GridModel& grid, const FluidTables& tables, const CellState& state) {
-    const Viscosities mu = meanViscosities(grid, state);
-    double steepest = 1.0;
-    for (const SaturationTable& table : tables.regions) {
-        steepest = std::max(steepest, steepestFraction(tables, table, mu, false));
-        if (tables.hasGas) steepest = std::max(steepest, steepestFraction(tables, table, mu, true));
-    }
-    return steepest;
-}
-
-/// Largest ratio of throughput to pore volume over the cells, 1/day. Throughput is the larger of what
-/// enters and what leaves.
-double largestThroughput(const CellTransport& transport, const Simulation& s) {
-    CellArray<double> in, out;
-    in.assign(s.grid.NCELLS, 0.0);
-    out.assign(s.grid.NCELLS, 0.0);
-    const auto add = [&](CellId c, double inflow) { (inflow > 0.0 ? in : out)[c] += std::abs(inflow); };
-    for (CellId c = 1; c <= s.grid.NCELLS; ++c)
-        if (s.grid.Active[c] != 0)
-            for (int d = 1; d <= Faces; ++d) add(c, inflowThroughFace(*transport.flux, c, d));
-    if (transport.wellsLimit)
-        for (const Well& well : s.wells.wells)
-            for (const WellConnection& connection : well.connections)
-                add(connection.ConnCell, connection.reservoirRate);
-    double largest = 0.0;
-    for (CellId c = 1; c <= s.grid.NCELLS; ++c)
-        if (s.grid.Active[c] != 0 && s.state.PoreVolume[c] > 0.0)
-            largest = std::max(largest, std::max(in[c], out[c]) / s.state.PoreVolume[c]);
-    return largest;
-}
-
-/// Surface amounts that one reservoir volume leaving the cell carries.
-void flowingAmounts(const GridModel& grid, const CellState& state, CellAmounts& carriedBy) {
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        const double total = state.LambdaO[c] + state.LambdaW[c] + state.LambdaG[c] + MobilityGuard;
-        carriedBy.water[c] = state.LambdaW[c] / total / state.Bw[c];
-        carriedBy.oil[c] = state.LambdaO[c] / total / state.Bo[c];
-        carriedBy.gas[c] = state.LambdaG[c] / total / state.Bg[c] + state.Rs[c] * carriedBy.oil[c];
-    }
-}
-
-void advanceThroughFaces(double dt, const GridModel& grid, const ConnectionTable& connections,
-                         const DirectionArray<double>& flux, const CellAmounts& flowing,
-                         CellAmounts& amounts) {
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        for (int d = 1; d <= Faces; ++d) {
-            const double volume = dt * inflowThroughFace(flux, c, d);
-            if (volume == 0.0) continue;
-            const CellId from = volume > 0.0 ? connections.Neighbour(c, d) : c;
-            amounts.water[c] += volume * flowing.water[from];
-            amounts.oil[c] += volume * flowing.oil[from];
-            amounts.gas[c] += volume * flowing.gas[from];
-        }
-    }
-}
-
-void advanceByRates(double dt, const CellAmounts& rates, CellAmounts& amounts) {
-    for (CellId c = 1; c <= rates.water.count(); ++c) {
-        amounts.water[c] += dt * rates.water[c];
-        amounts.oil[c] += dt * rates.oil[c];
-        amounts.gas[c] += dt * rates.gas[c];
-    }
-}
-
-/// State of one cell from its amounts. Without gas factors, Rs and bubble point stand.
-PhaseState recoveredCell(const FluidTables& tables, int region, bool keepEndPoints,
-                         const ConservedAmounts& perPoreVolume, const CellState& state, CellId c) {
-    const double p = state.Pressure[c];
-    if (tables.hasGas) return flashCell(tables, region, keepEndPoints, p, perPoreVolume);
-    PhaseState found = recoverState(tables, region, keepEndPoints, {p, state.Bw[c], state.Bo[c], state.Bg[c]},
-                                    perPoreVolume);
-    found.Rs = state.Rs[c];
-    found.Pb = state.Pb[c];
-    return found;
-}
-
-/// Saturations, Rs and Pb from the amounts. What a well has taken beyond the content of its cell stays owed:
-/// it is carried into the next step. A cell whose amounts are no numbers keeps its state.
+/// Saturations, Rs and Pb from the amounts. A cell whose amounts are no numbers keeps its state.
 void recoverCells(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
                   const CellAmounts& amounts, CellState& state) {
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0 || !(state.PoreVolume[c] > 0.0)) continue;
-        const double inverse = 1.0 / state.PoreVolume[c];
-        const PhaseState found = recoveredCell(
-            tables, grid.SATNUM[c], options.keepIrreducibleSaturation,
-            {amounts.water[c] * inverse, amounts.oil[c] * inverse, amounts.gas[c] * inverse}, state, c);
+        const PhaseState found = stateOfAmounts(options, grid, tables, amounts, state, c);
         if (!std::isfinite(found.Sw + found.So + found.Sg + found.Rs + found.Pb)) continue;
         state.Sw[c] = found.Sw;
         state.So[c] = found.So;
@@ -163,40 +77,76 @@ void recoverCells(const RunOptions& options, const GridModel& grid, const FluidT
     }
 }
 
-/// Length of the equal-sized sub-steps, never below the floor; the time left beats both.
-double substepLength(const CellTransport& transport, const Simulation& s) {
-    const double speed = largestThroughput(transport, s) * steepestOfRun(s.grid, s.fluids, s.state);
-    const double courant = speed > 0.0 ? s.options.cfl / speed : s.clock.workDt;
-    return std::max(courant, s.options.minCflStep);
+/// The rates of wells become the means since the pressure step of what their connections gave and took.
+void keepWellRates(double dt, const TransportAccount& account, WellMovement& moved, WellRecord& wells) {
+    moved.days += dt;
+    moved.amounts.resize(wells.wells.size());
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        Well& well = wells.wells[w];
+        moved.amounts[w].resize(well.connections.size());
+        if (moved.days == dt) {
+            well.solvedQo = well.WellQo;
+            well.solvedQw = well.WellQw;
+            well.solvedQg = well.WellQg;
+        }
+        well.WellQo = well.WellQw = well.WellQg = 0.0;
+        for (std::size_t n = 0; n < well.connections.size(); ++n) {
+            const ConservedAmounts& rate = account.wellRates[w][n];
+            ConservedAmounts& sum = moved.amounts[w][n];
+            sum.water += dt * rate.water;
+            sum.oil += dt * rate.oil;
+            sum.gas += dt * rate.gas;
+            WellConnection& connection = well.connections[n];
+            connection.ConnQw = sum.water / moved.days;
+            connection.ConnQo = sum.oil / moved.days;
+            connection.ConnQg = sum.gas / moved.days;
+            well.WellQw += connection.ConnQw;
+            well.WellQo += connection.ConnQo;
+            well.WellQg += connection.ConnQg;
+        }
+    }
 }
 
 }  // namespace
 
-void transportAmounts(const CellTransport& transport, CellAmounts& amounts, Simulation& s) {
-    CellAmounts flowing = amounts;
-    const double length = substepLength(transport, s);
-    for (double left = s.clock.workDt; left > 0.0;) {
-        const double dt = std::min(length, left);
-        flowingAmounts(s.grid, s.state, flowing);
-        advanceThroughFaces(dt, s.grid, s.connections, *transport.flux, flowing, amounts);
-        advanceByRates(dt, transport.rates, amounts);
-        recoverCells(s.options, s.grid, s.fluids, amounts, s.state);
-        if (s.fluids.hasGas)
-            refreshProperties(s.grid, s.fluids, s.state);
-        else
-            refreshMobilities(s.grid, s.fluids, s.state);
-        left = left - dt > TimeTolerance ? left - dt : 0.0;
-    }
+PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
+                          const CellAmounts& amounts, const CellState& state, CellId cell) {
+    const double inverse = 1.0 / state.PoreVolume[cell];
+    const ConservedAmounts held{amounts.water[cell] * inverse, amounts.oil[cell] * inverse,
+                                amounts.gas[cell] * inverse};
+    const int region = grid.SATNUM[cell];
+    const bool keepEndPoints = options.keepIrreducibleSaturation;
+    const double p = state.Pressure[cell];
+    if (tables.hasGas) return flashCell(tables, region, keepEndPoints, p, held);
+    PhaseState found = recoverState(tables, region, keepEndPoints,
+                                    {p, state.Bw[cell], state.Bo[cell], state.Bg[cell]}, held);
+    found.Rs = state.Rs[cell];
+    found.Pb = state.Pb[cell];
+    return found;
+}
+
+void transportAmounts(const MakeUp& makeUp, Simulation& s) {
+    const double dt = s.clock.workDt;
+    CellAmounts amounts;
+    measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
+    TransportAccount account;
+    advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
+                   s.velocity.CellFaceFlux, s.wells, makeUp, s.state, amounts, account);
+    s.pressure.deficit += account.deficit;
+    keepWellRates(dt, account, s.pressure.moved, s.wells);
+    recoverCells(s.options, s.grid, s.fluids, amounts, s.state);
+    refreshProperties(s.grid, s.fluids, s.state);
     measureCarried(s.grid, s.state, amounts, s.pressure.carried);
 }
 
-void addWellRates(const WellRecord& wells, CellAmounts& rates) {
-    for (const Well& well : wells.wells)
-        for (const WellConnection& connection : well.connections) {
-            rates.water[connection.ConnCell] += connection.ConnQw;
-            rates.oil[connection.ConnCell] += connection.ConnQo;
-            rates.gas[connection.ConnCell] += connection.ConnQg;
-        }
+double steepestFractionalFlow(const GridModel& grid, const FluidTables& tables, const CellState& state) {
+    const Viscosities mu = meanViscosities(grid, state);
+    double steepest = 1.0;
+    for (const SaturationTable& table : tables.regions) {
+        steepest = std::max(steepest, steepestFraction(tables, table, mu, false));
+        if (tables.hasGas) steepest = std::max(steepest, steepestFraction(tables, table, mu, true));
+    }
+    return steepest;
 }
 
 }  // namespace kvr

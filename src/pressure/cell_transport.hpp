@@ -1,27 +1,24 @@
 #pragma once
 
+#include "pressure/ordered_transport.hpp"
 #include "run/records/simulation.hpp"
 
 namespace kvr {
 
-/// What moves amounts over one step beside the upstream transport through faces.
-struct CellTransport {
-    const DirectionArray<double>* flux = nullptr;  // (cell, face 1..6) total flow, sign as CellFaceFlux
-    CellAmounts rates;                             // surface amounts a day into every cell by other ways
-    bool wellsLimit = false;  // well rates count in the throughput that limits the sub-steps
-};
+/// The one transport of amounts, over clock.workDt on the frozen flow field: advanceInOrder with what is
+/// known of the make-up of flows, then the state of every cell from its amounts. Wells report what their
+/// connections gave, as means since the pressure step. Leaves saturations, Rs, bubble points and properties,
+/// and what saturations do not show in PressureStage::carried. Mobilities and volume factors are to be up to
+/// date.
+void transportAmounts(const MakeUp& makeUp, Simulation& simulation);
 
-/// Explicit upstream transport of `amounts` (what the cells hold) over clock.workDt: every cell takes
-/// dt * (flow in through its faces, with the fractional flow, volume factors and Rs of the cell that it
-/// comes from) + dt * rates. No gravity or capillary term, the splitting stage has them. Sub-steps of
-/// CFL number / (largest throughput per pore volume * steepest rise of the fractional flow), not below the
-/// floor of the CFL option. The state of a cell is recovered from its amounts after each; what a well has
-/// taken beyond the content of its cell stays owed. Leaves saturations, Rs, bubble points and properties,
-/// and what saturations do not show in PressureStage::carried. Mobilities and volume factors are to be up
-/// to date.
-void transportAmounts(const CellTransport& transport, CellAmounts& amounts, Simulation& simulation);
+/// State of a cell that holds the given amounts, at its present pressure. Without gas factors, Rs and bubble
+/// point stand.
+PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
+                          const CellAmounts& amounts, const CellState& state, CellId cell);
 
-/// Adds the rates of every well connection to the cells' rates.
-void addWellRates(const WellRecord& wells, CellAmounts& rates);
+/// Steepest rise of a fractional flow with saturation over all regions at the mean viscosities of the cells,
+/// at least 1: how much faster than the fluid a saturation travels.
+double steepestFractionalFlow(const GridModel& grid, const FluidTables& tables, const CellState& state);
 
 }  // namespace kvr

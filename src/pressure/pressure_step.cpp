@@ -102,6 +102,9 @@ void saveTimeLevel(Simulation& s) {
 
 void beginStep(Simulation& s) {
     s.pressure.stepCut = false;
+    s.pressure.failed = false;
+    // Amounts that saturations do not show are handed on: what held mobilities leave out comes in the next step.
+    if (carriesAmounts(s.options)) s.pressure.relPermsHeld = true;
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
     saveTimeLevel(s);
@@ -234,8 +237,16 @@ void watchProgress(const Console& console, double dt, PressureStage& stage) {
 
 enum class Verdict { Converged, Forced, Cut, GoOn };
 
-Verdict judge(const Simulation& s, int it, double DIFFP, bool wellSwitched) {
-    if (DIFFP < s.options.PressureTolerance && it < s.options.MaxPressureIterations && !wellSwitched)
+/// The change that the next iteration would make, by how this one has fallen short of the one before.
+double foretoldChange(double DIFFP, double before) {
+    return before > DIFFP ? DIFFP * (DIFFP / before) : DIFFP;
+}
+
+/// What is left of the volume balance behind the last change is handed on where amounts are carried, so that
+/// a change need not be made when it is known to be too small.
+Verdict judge(const Simulation& s, int it, double DIFFP, double before, bool wellSwitched) {
+    const double change = carriesAmounts(s.options) && it > 1 ? foretoldChange(DIFFP, before) : DIFFP;
+    if (change < s.options.PressureTolerance && it < s.options.MaxPressureIterations && !wellSwitched)
         return Verdict::Converged;
     if (s.clock.dt < TinyStep && DIFFP < TinyStepDeltaP) return Verdict::Forced;
     const bool failed = it > FailedIteration || it >= s.options.MaxPressureIterations;
@@ -243,7 +254,7 @@ Verdict judge(const Simulation& s, int it, double DIFFP, bool wellSwitched) {
 }
 
 /// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.
-Verdict iterate(Simulation& s, int& it) {
+Verdict iterate(Simulation& s, int& it, double& before) {
     PressureWork& work = s.pressureWork;
     assemble(it == 0, s);
     if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
@@ -253,17 +264,24 @@ Verdict iterate(Simulation& s, int& it) {
     if (it != FailedIteration) switched = applySolution(largest.DIFFP, s, it);
     printIteration(s.console, s.grid, it, largest);
     it += 1;
-    return judge(s, it, largest.DIFFP, switched);
+    const Verdict verdict = judge(s, it, largest.DIFFP, before, switched);
+    before = largest.DIFFP;
+    return verdict;
 }
 
 void solveStep(Simulation& s) {
     int it = 0;
+    double before = 0.0;  // DIFFP of the iteration before
     clearBottomHoleResets(s.wells);
     resetHistory(s.pressureWork.history);
     for (;;) {
-        const Verdict verdict = iterate(s, it);
+        const Verdict verdict = iterate(s, it, before);
         if (verdict == Verdict::Forced) lineToBoth(s.console, "WARNING :: Force converge due to tiny tstep");
         if (verdict == Verdict::Converged || verdict == Verdict::Forced) break;
+        if (verdict == Verdict::Cut && s.options.stepControl) {
+            s.pressure.failed = true;
+            return;
+        }
         if (verdict == Verdict::Cut) {
             cutStep(s);
             resetHistory(s.pressureWork.history);
@@ -295,10 +313,10 @@ void finishStep(Simulation& s) {
     PressureStage& stage = s.pressure;
     keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
     stage.largestDeltaP = largestChangeOfStep(s.grid, s.timeLevel, s.state);
-    if (carriesAmounts(s.options, s.fluids))
-        measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
+    if (carriesAmounts(s.options)) measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
     releaseHistory(s.pressureWork.history);
     releaseCoefficients(s.pressureWork.matrix);
+    stage.fieldStands = true;
     both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));
 }
 
@@ -326,11 +344,13 @@ void returnToStepStart(const CellState& start, Simulation& simulation) {
         setFlashAmounts(stage.timeLevelAmounts, simulation.timeLevel.PoreVolume, stage.flashAmounts);
     updateInPlace(simulation);
     // What is carried beyond the saturations belongs to the restored ones now.
-    if (carriesAmounts(simulation.options, simulation.fluids))
+    if (carriesAmounts(simulation.options))
         measureCarried(simulation.grid, state, stage.timeLevelAmounts, stage.carried);
 }
 
 void PressureStep(Simulation& simulation, int firstCall, int doSolve) {
+    simulation.pressure.moved = {};
+    simulation.pressure.deficit = 0.0;
     if (doSolve == 0) {
         refreshOnly(firstCall, simulation);
         return;
@@ -342,6 +362,7 @@ void PressureStep(Simulation& simulation, int firstCall, int doSolve) {
     else
         beginRepeatedPass(simulation);
     solveStep(simulation);
+    if (simulation.pressure.failed) return;
     watchProgress(simulation.console, simulation.clock.dt, simulation.pressure);
     finishStep(simulation);
     simulation.pressure.processorSeconds = cpuSeconds() - start;

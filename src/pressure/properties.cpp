@@ -177,11 +177,13 @@ void measureWholeAmounts(const GridModel& grid, const CellState& state, const Ce
     }
 }
 
-bool carriesAmounts(const RunOptions& options, const FluidTables& tables) {
+bool carriesAmounts(const RunOptions& options) {
     if (options.method == "IMPES") return true;
+    if (options.method != "streamline" || !options.conservativeMapping || options.orthogonalProjection)
+        return false;
     const std::vector<std::string>& solvers = options.solverPhaseName;
-    return options.method == "streamline" && tables.hasGas && options.lineCompressibility &&
-           std::all_of(solvers.begin(), solvers.end(), [](const std::string& word) { return word == "mas"; });
+    return std::none_of(solvers.begin(), solvers.end(),
+                        [](const std::string& word) { return word == "btf"; });
 }
 
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,

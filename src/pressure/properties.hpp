@@ -51,9 +51,10 @@ void measureAmounts(const GridModel& grid, const CellState& state, CellAmounts& 
 void measureWholeAmounts(const GridModel& grid, const CellState& state, const CellAmounts& carried,
                          CellAmounts& amounts);
 
-/// Whether steps hand on what cells hold beyond their saturations: in IMPES, and in streamline runs with a
-/// gas phase whose lines are explicit and compressible. Other streamline runs map saturations.
-bool carriesAmounts(const RunOptions& options, const FluidTables& tables);
+/// Whether steps hand on what cells hold beyond their saturations: in IMPES, and in streamline runs that pass
+/// amounts through faces. Streamline runs that map saturations do not: those that ask for it, those whose
+/// analytical lines know nothing of what cells hold, and those that leave gravity to the lines.
+bool carriesAmounts(const RunOptions& options);
 
 /// carried = whole - shown by the state. Where amounts are carried it has to follow every change of the
 /// saturations that is no flow: a driver that puts old saturations back calls it with timeLevelAmounts.

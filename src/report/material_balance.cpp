@@ -152,6 +152,15 @@ void addToSweepTable(const Simulation& run) {
     lineToLog(run.console, rowOf(OutputFile::RunSweepVolume).told);
 }
 
+/// What cells hold beyond their saturations belongs to what is in place.
+void addCarried(const CellAmounts& carried, InPlaceSums& sums) {
+    for (CellId cell = 1; cell <= carried.water.count(); ++cell) {
+        sums.water += carried.water[cell];
+        sums.oil += carried.oil[cell];
+        sums.freeGas += carried.gas[cell];
+    }
+}
+
 double absoluteSum(const CellArray<double>& values) {
     double sum = 0.0;
     for (const double value : values.cells()) sum += std::abs(value);
@@ -197,6 +206,7 @@ double recoveredFraction(double initial, double now) {
 void advanceBalance(Simulation& simulation, double executedDt) {
     BalanceRecord& record = simulation.balance;
     record.now = sumInPlace(simulation.grid, simulation.state, simulation.options.hasGas);
+    addCarried(simulation.pressure.carried, record.now);
     if (!record.started) {
         record.initial = surfaceAmounts(record.now);
         record.started = true;

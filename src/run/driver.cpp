@@ -3,22 +3,26 @@
 #include "base/constants.hpp"
 #include "base/stopwatch.hpp"
 #include "eclipse/output_stage.hpp"
-#include "implicit/fully_implicit.hpp"
-#include "pressure/pressure_step.hpp"
-#include "pressure/saturation_update.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
+#include "run/step_attempt.hpp"
+#include "run/step_control.hpp"
 #include "run/time_stepping.hpp"
-#include "streamline/splitting/splitting.hpp"
-#include "streamline/streamline_step.hpp"
 
 namespace kvr {
 
 namespace {
+
+/// What the tables ask for, in even parts of what the steps before allow.
+double chosenLength(double asked, const Simulation& simulation) {
+    if (!underStepControl(simulation.options)) return evenPart(simulation.implicit.longestStep, asked);
+    const bool past = simulation.pressure.fieldStands;
+    return evenPart(past ? simulation.control.longest : firstLength(asked), asked);
+}
 
 /// Chooses the step and announces it; the calendar date of the banner is that of the step's start. False
 /// where the next entry of the schedule is reached already. A step that cuts have left short is none of
@@ -27,7 +31,8 @@ bool beginStep(Simulation& simulation) {
     RunClock& clock = simulation.clock;
     clock.iteration = 0;
     const double ahead = nextStepLength(simulation.options, simulation.schedule, clock);
-    clock.dt = stepLengthAfterCuts(simulation.implicit.longestStep, ahead);
+    simulation.control.asked = ahead;
+    clock.dt = chosenLength(ahead, simulation);
     clock.stepCount += 1;
     printStepBanner(simulation.console, simulation.schedule, clock);
     if (!simulation.options.optimalTstep) return ahead > TimeTolerance;
@@ -38,67 +43,6 @@ bool beginStep(Simulation& simulation) {
         both(simulation.console, "Optimal Pressure Control, Reduce Tstep: {}", number(clock.dt));
     }
     return ahead > TimeTolerance;
-}
-
-/// The EbFVM word has no pressure stage of its own: its runs stand still.
-void pressureStage(bool solve, Simulation& simulation) {
-    if (simulation.options.method == "EbFVM") return;
-    const StageTimer timer(simulation.times.pressure);
-    if (simulation.options.method == "FIM") {
-        FullyImplicitStep(simulation);
-        return;
-    }
-    // The velocity field is built at the end of the pressure step.
-    PressureStep(simulation, simulation.clock.iteration, solve ? 1 : 0);
-}
-
-/// Lines, then gravity and capillarity, then the cell properties; IMPES has its own transport in the last.
-void saturationSubstep(int substep, Simulation& simulation) {
-    const RunOptions& options = simulation.options;
-    const RunClock& clock = simulation.clock;
-    const double covered = clock.time + substep * clock.workDt;
-    if (options.method == "streamline") {
-        const StageTimer timer(simulation.times.lines);
-        StreamlineStep(simulation, options.globalIterations - clock.iteration, clock.iteration,
-                       clock.endTime - covered,
-                       tableTime(simulation.schedule.reportEnd, clock.reportIndex) - covered);
-    }
-    const StageTimer timer(simulation.times.splitting);
-    OSPLIT_GRVANDPC_GENERAL2(simulation);
-    SaturationUpdate(simulation);
-}
-
-void saturationStage(Simulation& simulation) {
-    const std::string& method = simulation.options.method;
-    if (method == "FIM" || method == "EbFVM") return;
-    RunClock& clock = simulation.clock;
-    const double wholeStep = clock.workDt;
-    if (clock.iteration > 0) returnToStepStart(simulation.iterationStart, simulation);
-    clock.workDt = clock.dt / simulation.options.mapCount;
-    for (int substep = 1; substep <= simulation.options.mapCount; ++substep) {
-        saturationSubstep(substep, simulation);
-        updateStatus(simulation);
-    }
-    clock.workDt = wholeStep;
-}
-
-/// Pressure and saturations of one step, repeated for the global iterations.
-void advanceStep(bool solve, Simulation& simulation) {
-    RunClock& clock = simulation.clock;
-    if (simulation.options.globalIterations > 0) simulation.iterationStart = simulation.state;
-    for (;;) {
-        pressureStage(solve, simulation);
-        updateStatus(simulation);
-        clock.stepsSinceEvent += 1;
-        clock.workDt = clock.dt;
-        if (simulation.options.globalIterations > 0) reportGlobalIterationErrors(simulation);
-        saturationStage(simulation);
-        if (clock.iteration >= simulation.options.globalIterations) break;
-        clock.iteration += 1;
-        clock.stepsSinceEvent -= 1;
-    }
-    // A repeated pass may cut the step: the date moves by what the last pass has covered.
-    advanceCalendar(clock.workDt, clock);
 }
 
 void reportStep(double executedDt, Simulation& simulation) {
@@ -134,6 +78,14 @@ void nextTableEntries(Simulation& simulation) {
         clock.solverPhaseIndex += 1;
 }
 
+/// How often steps were taken anew, where any were.
+void printStepCounts(const Console& console, const StepControl& control) {
+    if (control.rejected == 0 && control.implicitSteps == 0) return;
+    lineToBoth(console, "");
+    both(console, "Steps put back and taken anew    : {}", control.rejected);
+    both(console, "Steps taken fully implicitly     : {}", control.implicitSteps);
+}
+
 void finishRun(Simulation& simulation) {
     endStatus(simulation);
     finishEclipseFiles(simulation);
@@ -141,6 +93,7 @@ void finishRun(Simulation& simulation) {
     printLineNewton(simulation.console, simulation.lines.newton);
     if (simulation.options.method == "FIM")
         printImplicitCounts(simulation.console, simulation.implicit.counts);
+    printStepCounts(simulation.console, simulation.control);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);
@@ -156,9 +109,10 @@ void runSimulation(Simulation& simulation) {
         const bool timeAhead = beginStep(simulation);
         const bool solve = pressureIsUpdated(simulation.options, clock);
         if (timeAhead)
-            advanceStep(solve, simulation);
+            takeStep(solve, simulation);
         else
             clock.workDt = clock.dt;
+        advanceCalendar(clock.workDt, clock);
         clock.time += clock.workDt;
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);

@@ -297,6 +297,22 @@ MAXDT
 -- Mapping sub-steps of one pressure step [1 to 1000 : Def = 1]
 -- 1 /
 
+MAPPING
+-- From lines to cells [CONSERVE/AVERAGE : Def = CONSERVE]
+CONSERVE
+
+STEPCTRL
+-- Steps that judge themselves [Yes/No : Def = Yes]
+-- Volume error of the field, share of its pore volume [Def = 2.E-3]
+-- Volume error of a cell, share of its pore volume    [Def = 0.5]
+-- Volume that cells did not hold, share of the field  [Def = 1.E-4]
+-- Rate over its target                                [Def = 8.E-3]
+-- Rate away from the solved one                       [Def = 3.E-2]
+-- Change of mobility, mean along the flow             [Def = 0.1]
+-- Smallest step, days                                 [Def = 1.E-3]
+-- (limits are a fifth of these with gas)
+Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.1 1.d-3 /
+
 --CHKRSAT
 -- Check of residual saturations
 -- 1 /

@@ -132,6 +132,7 @@ void rebuildWells(int entry, Simulation& simulation) {
     AssignWells(entry, simulation.console, simulation.options, simulation.units, simulation.schedule,
                 simulation.grid, simulation.wells);
     deriveFromWells(simulation);
+    simulation.pressure.fieldStands = false;
 }
 
 void startUp(Simulation& simulation) {

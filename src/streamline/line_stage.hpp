@@ -27,7 +27,6 @@ struct LineStage {
     CellLineLegs legs;                // sized where lines start from cells
     TracedBlock ahead;                // the same
     FaceTransfer transfer;            // in runs that carry amounts
-    CellAmounts movedByWells;         // the same: sum of the rates of the mapping sub-steps so far
     PairTable pairs;                  // of the present step
     LinePlot plot;
     DiagnosticMaps diagnostics;

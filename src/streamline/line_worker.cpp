@@ -38,7 +38,7 @@ void advanceLine(const FluidTables& fluids, const LineField& field, LineWorker& 
         case LineSolver::None:
             return;
         case LineSolver::Analytic:
-            return advanceAnalytic(fluids, field.profile, field.endTime, line);
+            return advanceAnalytic(fluids, field.profile, field.step, field.endTime, line);
         case LineSolver::Explicit:
             return advanceExplicit(fluids, field.control, field.step, worker.scratch, line);
         case LineSolver::Implicit:
@@ -96,7 +96,7 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
     if (field.keepPaths)
         takePath(grid, result.record, field.fromInjector, field.trace.referenceCube, line,
                  result.contribution, result.path);
-    if (field.keepsAmounts) takePassage(field.nodes, field.step, line, result.passage);
+    if (field.passes) takePassage(field.nodes, field.step, line, result.passage);
     result.end = lineEnd(field, result.record.status, line);
     result.substeps = line.substeps;
     result.solved = true;

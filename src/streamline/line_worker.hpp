@@ -66,7 +66,7 @@ struct LineField {
     double nodeFactor = 1.0, mergeFactor = 1.0;
     ExplicitControl control;
     ImplicitControl implicitControl;
-    bool keepsAmounts = false;  // lines move whole amounts, which the cells take through their faces
+    bool passes = false;  // lines tell what faces pass; otherwise cells take the mean of their lines
     double step = 0.0;          // days
     double endTime = 0.0;       // simulated days at the end of the step
     bool fromInjector = true;

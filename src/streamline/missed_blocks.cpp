@@ -77,7 +77,7 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
         scaleWeights(flow, result.contribution);
         addLineEnd(s.wells, result.end, flow, s.lines.outlets);
     }
-    if (s.lines.field.keepsAmounts)
+    if (s.lines.field.passes)
         addPassage(s.connections, result.contribution.cell, result.contribution.count, flow,
                    s.mapping.visitedSnapshot, result.passage, s.lines.transfer);
     accumulate(result.contribution, s.fluids.hasGas, true, s.mapping);

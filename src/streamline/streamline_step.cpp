@@ -4,6 +4,7 @@
 #include "base/stopwatch.hpp"
 #include "eclipse/line_files.hpp"
 #include "fluid/black_oil.hpp"
+#include "pressure/properties.hpp"
 #include "streamline/diagnostics/flow_diagnostics.hpp"
 #include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
@@ -100,9 +101,9 @@ void prepareFields(Simulation& s) {
     const Storage storage = storageOf(s.options, s.fluids);
     gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storage, s.clock.workDt,
                    field.nodes);
-    field.keepsAmounts = storage == Storage::Whole;
-    if (!field.keepsAmounts) return;
-    addCarriedAmounts(s.state, s.pressure.carried, field.nodes);
+    field.passes = carriesAmounts(s.options);
+    if (!field.passes) return;
+    if (storage == Storage::Whole) addCarriedAmounts(s.state, s.pressure.carried, field.nodes);
     clearTransfer(s.grid.NCELLS, s.lines.transfer);
 }
 
@@ -118,7 +119,7 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
     if (!result.solved) return;
     ++s.launch.successfulLines;
     accumulate(result.contribution, s.fluids.hasGas, false, s.mapping);
-    if (s.lines.field.keepsAmounts)
+    if (s.lines.field.passes)
         addPassage(s.connections, result.contribution.cell, result.contribution.count, s.launch.LineFlux, {},
                    result.passage, s.lines.transfer);
     addLineEnd(s.wells, result.end, s.launch.LineFlux, s.lines.outlets);
@@ -187,7 +188,7 @@ void sizeStage(Simulation& s) {
     for (LineWorker& worker : s.lines.workers) sizeWorker(s.options, nodes, worker);
     s.lines.results.resize(threads == 1 ? 1 : threads * LinesPerThread);
     if (tracesMissedBlocks(s)) sizeMissedBlocks(s.lines);
-    const bool passes = storageOf(s.options, s.fluids) == Storage::Whole;
+    const bool passes = carriesAmounts(s.options);
     s.lines.worked.resize(s.lines.results.size());
     for (std::vector<LineResult>* block : {&s.lines.results, &s.lines.worked})
         for (LineResult& result : *block) {
@@ -234,11 +235,12 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     viewStep(remainingToEnd, simulation);
     writeLineStep(simulation.console, simulation.options, simulation.clock, simulation.launch.ActiveLines,
                   simulation.eclipse);
-    setProducerRates(simulation.lines.outlets, simulation.wells);
-    if (simulation.lines.field.keepsAmounts)
-        advanceByFaceTransfer(substepNumber(simulation.clock, remainingToEnd), simulation);
-    else
+    if (simulation.lines.field.passes) {
+        advanceByFaceTransfer(simulation);
+    } else {
+        setProducerRates(simulation.lines.outlets, simulation.wells);
         mapStep(simulation);
+    }
     closeLineOutput(simulation);
     clearStep(simulation);
 }

@@ -2,7 +2,8 @@
 
 #include "deck/options/option_echo.hpp"
 
-#include <limits>
+#include <algorithm>
+#include <cstdint>
 
 namespace kvr {
 
@@ -13,17 +14,23 @@ constexpr int AnalyticSolutionPoints = 100;
 constexpr double CellsPerLine = 5.0;  // of the default streamline count, wells taken as layers of cells
 constexpr int LinesPerLayer = 10;     // of a model with one row along y
 
+constexpr double EnoughLines = 500.0;        // more than these, ...
+constexpr double ActiveCellsPerLine = 16.0;  // ... or one for so many active cells, tell nothing new
+
 constexpr double LargestCfl = 100000.0;
 constexpr double SmallestSetting = 1e-10;  // below: the step or the criterion was not given
 
-/// The default number of streamlines. At least 1, also where the formula of a tiny grid gives 0.
+/// The default number of streamlines: faces pass their own flow, so lines need not cover every cell. At least
+/// 1, also where the formula of a tiny grid gives 0.
 int defaultLineCount(const GridModel& grid, std::size_t wellCount) {
     if (grid.NY == 1 && grid.NZ == 1) return 1;
     if (grid.NY == 1) return grid.NZ * LinesPerLayer;
-    const double count =
+    const double rule =
         static_cast<double>(grid.NX) * static_cast<double>(wellCount) * grid.NY * grid.NZ / CellsPerLine;
-    if (count >= std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
-    return count < 1.0 ? 1 : static_cast<int>(count);
+    const auto active = std::count_if(grid.Active.cells().begin(), grid.Active.cells().end(),
+                                      [](std::uint8_t flag) { return flag != 0; });
+    const double enough = std::max(EnoughLines, static_cast<double>(active) / ActiveCellsPerLine);
+    return std::max(1, static_cast<int>(std::min(rule, enough)));
 }
 
 void setLineCount(const Console& console, const GridModel& grid, const Schedule& schedule,

@@ -22,6 +22,8 @@ void readMapCount(SectionReader& reader, RunOptions& options);     // SL1DMAP
 void readCfl(SectionReader& reader, RunOptions& options);
 void readCflGravity(SectionReader& reader, RunOptions& options);
 void readMaxDt(SectionReader& reader, RunOptions& options);
+void readStepControl(SectionReader& reader, RunOptions& options);
+void readMapping(SectionReader& reader, RunOptions& options);
 void readOptimalTstep(SectionReader& reader, RunOptions& options);
 
 // --- switches and tables: option_switches.cpp -----------------------------------------------------

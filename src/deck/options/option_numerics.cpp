@@ -149,6 +149,26 @@ void readMaxDt(SectionReader& reader, RunOptions& options) {
     lineToBoth(consoleOf(reader), "Max Dt Specidied : Max Dt for Pressure and Saturation step");
 }
 
+void readStepControl(SectionReader& reader, RunOptions& options) {
+    std::string word;
+    const std::array<ListTarget, 8> targets = {&word,
+                                               &options.stepVolumeError,
+                                               &options.stepCellVolumeError,
+                                               &options.stepDeficit,
+                                               &options.stepTargetError,
+                                               &options.stepTargetMiss,
+                                               &options.stepMobilityChange,
+                                               &options.stepSmallest};
+    readRecord(reader, targets);
+    options.stepControl = upperInitialOf(word) != 'N';
+    tellValue(reader, "Step control :", yesNo(options.stepControl));
+}
+
+void readMapping(SectionReader& reader, RunOptions& options) {
+    options.conservativeMapping = upperInitialOf(readWord(reader)) != 'A';
+    tellValue(reader, "Mapping keeps every amount :", yesNo(options.conservativeMapping));
+}
+
 void readOptimalTstep(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.tstepControl};
     readRecord(reader, targets);

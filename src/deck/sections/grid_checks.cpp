@@ -8,7 +8,7 @@ namespace kvr {
 
 namespace {
 
-constexpr double LeastTop = 1e-10;  // ft; a surface value must lie above it
+constexpr double LeastTop = 0.0;  // ft; a surface value must not lie above sea level
 constexpr double LeastRock =
     1e-12;  // one porosity, and one permeability of each direction, must lie above it
 
@@ -67,7 +67,7 @@ constexpr ArrayCheck RockChecks[] = {
 void checkTops(SectionReader& reader, const GridModel& grid) {
     const auto tops =
         grid.TOPS.cells().first(static_cast<std::size_t>(grid.NX) * static_cast<std::size_t>(grid.NY));
-    const bool sound = std::all_of(tops.begin(), tops.end(), [](double top) { return top > LeastTop; });
+    const bool sound = std::all_of(tops.begin(), tops.end(), [](double top) { return top >= LeastTop; });
     if (!sound) stop(reader, "TOPS", "ERROR at GRID :: SURFACE DATA (TOPS) IS ERRORNEOUS");
 }
 

@@ -3,6 +3,8 @@
 #include "base/cell_array.hpp"
 #include "fluid/phase_state.hpp"
 
+#include <vector>
+
 namespace kvr {
 
 /// The dynamic cell arrays. One instance is the present state; others of the same type are the old
@@ -52,9 +54,16 @@ struct CellAmounts {
     CellArray<double> gas;  // free and dissolved
 };
 
+/// Surface amounts that connections have brought into the reservoir, [well - 1][connection], over so many days.
+struct WellMovement {
+    double days = 0.0;
+    std::vector<std::vector<ConservedAmounts>> amounts;
+};
+
 /// What the pressure stage keeps beside CellState.
 struct PressureStage {
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
+    bool failed = false;           // set by PressureStep under step control: no pressure was found
     bool stepCut = false;          // set by PressureStep: it shortened the step
     int hopelessSteps = 0;         // steps in a row that were cut to next to nothing
     bool relPermsHeld = false;     // a step with gas has been cut: relative permeabilities of the time level
@@ -66,6 +75,9 @@ struct PressureStage {
     // Saturations are scaled to sum 1, so after a change of pressure they no longer show the whole amounts.
     CellAmounts timeLevelAmounts;  // held at the time level; accumulation starts here
     CellAmounts flashAmounts;      // per pore volume: what the update between iterations flashes (with gas)
+    bool fieldStands = false;  // the flow field and the rates of the present wells are those of a step before
+    WellMovement moved;   // by wells since the pressure step
+    double deficit = 0.0;  // reservoir volume since the pressure step that cells were asked for and did not hold
     CellAmounts carried;  // amounts beyond those that the saturations show; carriesAmounts tells which runs
                           // hand them from step to step, empty: none
 };

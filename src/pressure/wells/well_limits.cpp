@@ -42,7 +42,7 @@ void initialiseBottomHolePressures(const CellState& state, WellRecord& wells) {
 
 bool exceedsTargetAtLimit(const Well& well) {
     const bool heldAtLimit = well.WellControl == "bhp" && well.deckControl != "bhp" && !well.shut;
-    return heldAtLimit && std::abs(well.rateAtDeckControl) > std::abs(well.TargetRate);
+    return heldAtLimit && std::abs(well.rateAtDeckControl) > std::abs(aimedRate(well));
 }
 
 void releaseWellFromLimit(const Console& console, Well& well, WellRecord& wells) {

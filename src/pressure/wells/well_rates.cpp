@@ -217,8 +217,9 @@ double rowTarget(const Well& well) {
     else if (well.WellControl == "lrat")
         others = well.WellQg;
     const double named = namedRate(well, well.WellControl);
-    const double scale = std::abs(named) > SmallestNormal ? well.TargetRate / named : 1.0;
-    return well.TargetRate + others * scale;
+    const double aimed = aimedRate(well);
+    const double scale = std::abs(named) > SmallestNormal ? aimed / named : 1.0;
+    return aimed + others * scale;
 }
 
 double meanConnectionPressure(const CellState& state, const Well& well) {

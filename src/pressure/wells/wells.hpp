@@ -47,6 +47,9 @@ struct Well {
     double WellQo = 0.0, WellQw = 0.0, WellQg = 0.0;  // sums over connections
     double reservoirRate = 0.0;                       // rb/day
     double rateAtDeckControl = 0.0;  // what deckControl names, as the last pressure solve gave it
+    // Sums of the last pressure solve, by mobilities, before transport tells what the well really gave.
+    double solvedQo = 0.0, solvedQw = 0.0, solvedQg = 0.0;
+    double targetFactor = 1.0;  // of the target in the pressure solve, so that what the well gives meets it
     bool bhpReset = false;           // a bad Bhp has been replaced in the present pressure solve
 };
 
@@ -58,6 +61,10 @@ struct WellRecord {
 
 inline bool isInjector(const Well& well) {
     return well.WellKind == "inj";
+}
+/// Surface rate that the pressure solve aims at.
+inline double aimedRate(const Well& well) {
+    return well.TargetRate * well.targetFactor;
 }
 inline bool isRateControlled(const Well& well) {
     return well.WellControl != "bhp";

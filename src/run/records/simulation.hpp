@@ -18,6 +18,7 @@
 #include "run/records/clock.hpp"
 #include "run/records/output_streams.hpp"
 #include "run/records/stage_times.hpp"
+#include "run/records/step_record.hpp"
 #include "streamline/line_stage.hpp"
 #include "streamline/mapping/mapping_sums.hpp"
 #include "streamline/tracing/launch_plan.hpp"
@@ -35,7 +36,9 @@ struct Simulation {
     Schedule schedule;
     RunClock clock;
     StageTimes times;
-    StatusLine status;       // what the console shows while it is a terminal
+    StatusLine status;    // what the console shows while it is a terminal
+    StepLevel stepLevel;  // of the step that is being attempted
+    StepControl control;
     double loopStart = 0.0;  // s, wall clock at the start of the time loop
 
     GridModel grid;

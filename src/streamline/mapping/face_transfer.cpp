@@ -14,10 +14,13 @@ struct Phase {
     double FlowNode::*flux;
     double FlowNode::*amount;
     double NodeData::*start;
+    double FlowNode::*passed;
+    std::vector<double> LinePassage::*onTraced;
 };
 
-void passBetweenSolverNodes(const std::vector<NodeData>& nodes, double step, const Phase& phase,
-                            const SolverLine& line, std::vector<double>& passed) {
+/// Where gravity along the line moves phases beside the flux: from what every node has gained.
+void passByGain(const std::vector<NodeData>& nodes, double step, const Phase& phase, const SolverLine& line,
+                std::vector<double>& passed) {
     passed[0] = line.nodes[0].*phase.flux * step;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
         const FlowNode& node = line.nodes[i];
@@ -66,15 +69,18 @@ void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage)
 
 void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLine& line,
                  LinePassage& passage) {
-    constexpr Phase Water{&FlowNode::Fw, &FlowNode::Cw, &NodeData::Cw};
-    constexpr Phase Oil{&FlowNode::Fo, &FlowNode::Co, &NodeData::Co};
-    constexpr Phase Gas{&FlowNode::Fg, &FlowNode::Cg, &NodeData::Cg};
-    passBetweenSolverNodes(nodes, step, Water, line, passage.solver);
-    passBetweenTracedNodes(line, passage.solver, passage.water);
-    passBetweenSolverNodes(nodes, step, Oil, line, passage.solver);
-    passBetweenTracedNodes(line, passage.solver, passage.oil);
-    passBetweenSolverNodes(nodes, step, Gas, line, passage.solver);
-    passBetweenTracedNodes(line, passage.solver, passage.gas);
+    constexpr Phase Water{&FlowNode::Fw, &FlowNode::Cw, &NodeData::Cw, &FlowNode::passedW,
+                          &LinePassage::water};
+    constexpr Phase Oil{&FlowNode::Fo, &FlowNode::Co, &NodeData::Co, &FlowNode::passedO, &LinePassage::oil};
+    constexpr Phase Gas{&FlowNode::Fg, &FlowNode::Cg, &NodeData::Cg, &FlowNode::passedG, &LinePassage::gas};
+    for (const Phase& phase : {Water, Oil, Gas}) {
+        if (line.hasGravity)
+            passByGain(nodes, step, phase, line, passage.solver);
+        else
+            for (std::size_t i = 0; i <= at(line.nodeCount); ++i)
+                passage.solver[i] = line.nodes[i].*phase.passed;
+        passBetweenTracedNodes(line, passage.solver, passage.*phase.onTraced);
+    }
 }
 
 void clearTransfer(CellId cells, FaceTransfer& transfer) {

@@ -20,11 +20,11 @@ struct LinePassage {
 
 void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage);
 
-/// Passage of an advanced line of `step` days whose nodes kept their amounts, from what every node has
-/// gained since its cell's `nodes` were loaded: with P(i) the integral of F(i) over the step
+/// Passage of an advanced line of `step` days: with P(i) the integral of the flux F(i) over the step, as the
+/// solver has summed it up. Gravity along the line moves phases beside the flux; P then follows from what
+/// every node has gained since its cell's `nodes` were loaded:
 ///   P(0) = F(0) step,  P(i) = (P(i-1) inflowRate(i) - (C(i) - C_start(i))) / outflowRate(i)
-/// so that source terms and clamped amounts are in it. A regridded line takes P linear in time of flight
-/// between solver nodes.
+/// A regridded line takes P linear in time of flight between solver nodes.
 void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLine& line,
                  LinePassage& passage);
 

@@ -118,7 +118,7 @@ SplittingStage beginStage(Simulation& simulation) {
     if (!stage.capillary && simulation.flatBedValue < FlatBedLimit) stage.firstFace = 5;
     stage.projection = options.orthogonalProjection && !simulation.mapping.CellVisited.empty() &&
                        simulation.velocity.CellFaceVelocity.width >= 6;
-    stage.carries = carriesAmounts(options, simulation.fluids) && !simulation.pressure.carried.water.empty();
+    stage.carries = carriesAmounts(options) && !simulation.pressure.carried.water.empty();
     // Lines that take gravity along themselves leave nothing of their flow to correct.
     stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
     stage.shared.assign(count, {});

@@ -4,9 +4,12 @@
 #include "base/index.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "streamline/transport/explicit_control.hpp"
 #include "streamline/transport/fractional_flow.hpp"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace kvr {
 
@@ -25,6 +28,27 @@ double saturationAt(const AnalyticProfile& profile, double connate, double posit
     const double share = (profile.position[k - 1] - position) / width;
     return profile.saturation[k - 1] + share * (profile.saturation[k] - profile.saturation[k - 1]);
 }
+
+/// The profile of the given time on the nodes of a line.
+void setProfile(const FluidTables& fluids, const AnalyticProfile& profile, double time, SolverLine& line) {
+    const SaturationTable& region = regionTable(fluids, 1);
+    const double perDay = time > 0.0 ? 1.0 / time : 0.0;
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+        double sw =
+            time > 0.0 ? saturationAt(profile, region.ConnateSw, line.Tof[i] * perDay) : region.ConnateSw;
+        sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
+        FlowNode& node = line.nodes[i];
+        node.Sw = sw;
+        node.So = 1.0 - sw;
+        node.Sg = 0.0;
+        setAmounts(fluids.hasGas, node);
+    }
+}
+
+/// Times within the step, as shares of it, and their weights in the mean of a flux (Simpson's rule); the last
+/// one is the end of the step.
+constexpr std::array<std::pair<double, double>, 3> SimpsonPoints = {
+    {{0.0, 1.0 / 6.0}, {0.5, 4.0 / 6.0}, {1.0, 1.0 / 6.0}}};
 
 }  // namespace
 
@@ -76,22 +100,22 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
     }
 }
 
-void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double time,
+void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
                      SolverLine& line) {
-    const SaturationTable& region = regionTable(fluids, 1);
-    const double perDay = time > 0.0 ? 1.0 / time : 0.0;
-    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        double sw =
-            time > 0.0 ? saturationAt(profile, region.ConnateSw, line.Tof[i] * perDay) : region.ConnateSw;
-        sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
-        FlowNode& node = line.nodes[i];
-        node.Sw = sw;
-        node.So = 1.0 - sw;
-        node.Sg = 0.0;
-        setAmounts(fluids.hasGas, node);
+    startOutlet(line);
+    FlowNode& inlet = line.nodes[0];
+    evaluateFluxes(fluids.hasGas, 0, 0, line);
+    inlet.passedW = step * inlet.Fw;
+    inlet.passedO = step * inlet.Fo;
+    for (const auto& [share, weight] : SimpsonPoints) {
+        setProfile(fluids, profile, time - (1.0 - share) * step, line);
+        evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
+        for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+            line.nodes[i].passedW += weight * step * line.nodes[i].Fw;
+            line.nodes[i].passedO += weight * step * line.nodes[i].Fo;
+        }
     }
     FlowNode& last = line.nodes[at(line.nodeCount)];
-    evaluateFluxes(fluids.hasGas, line.nodeCount, line.nodeCount, line);
     line.outletWater = last.Fw;
     line.outletOil = last.Fo;
     line.outletGas = fluids.hasGas ? last.Fg : 0.0;

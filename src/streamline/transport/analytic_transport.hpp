@@ -35,7 +35,7 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
 
 /// Saturations of positions 1..N at `time` days since the start of the flood: connate water ahead of the
 /// front, linear in time of flight between listed rows behind it, within connate water and residual oil.
-void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double time,
+void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
                      SolverLine& line);
 
 }  // namespace kvr

@@ -36,7 +36,10 @@ inline double stepOfSpeed(const ExplicitControl& control, double speed, bool fir
     return std::min(std::max(dt, control.minimumStep), control.maximumStep);
 }
 
+/// Clears what the positions have let through and what has left the line.
 inline void startOutlet(SolverLine& line) {
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(line.nodeCount); ++i)
+        line.nodes[i].passedW = line.nodes[i].passedO = line.nodes[i].passedG = 0.0;
     line.outletWater = line.outletOil = line.outletGas = 0.0;
     line.substeps = 0;
 }

@@ -28,6 +28,15 @@ void moveTogether(const FluidTables& tables, bool keepEndPoints, double dt, Solv
     }
 }
 
+/// Adds what the limited fluxes let through every position over dt.
+void notePassed(bool hasGas, double dt, SolverLine& line) {
+    for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
+        line.nodes[i].passedW += dt * line.limitedFw[i];
+        line.nodes[i].passedO += dt * line.limitedFo[i];
+        if (hasGas) line.nodes[i].passedG += dt * line.limitedFg[i];
+    }
+}
+
 /// Water-borne tracers over dt on the water fluxes of the substep, upstream, in steps of their own limit. The
 /// water of a node goes evenly from its old to its new amount, so that none of a tracer is lost.
 void moveTracers(const ExplicitControl& control, double dt, SolverLine& line) {
@@ -77,6 +86,7 @@ void takeSubstep(const FluidTables& tables, const ExplicitControl& control, doub
     addOutlet(
         {line.limitedFw[last], line.limitedFo[last], hasGas ? line.limitedFg[last] : 0.0, 0.0, 0.0, 0.0}, dt,
         line);
+    notePassed(hasGas, dt, line);
     if (hasGas)
         moveTogether<true>(tables, control.keepEndPoints, dt, line);
     else

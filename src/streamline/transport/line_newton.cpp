@@ -319,6 +319,12 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
         recoverNode<Gas>(tables, control.keepEndPoints, amounts, line.nodes[i - 1], node);
         if (!Gas && control.keepEndPoints) limitWater(node);
     }
+    for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
+        FlowNode& node = line.nodes[i];
+        node.passedW += dt * work.closingFlux[i][0];
+        node.passedO += dt * work.closingFlux[i][1];
+        if constexpr (Gas) node.passedG += dt * work.closingFlux[i][2];
+    }
     const Fluxes<Gas>& outlet = work.closingFlux[at(line.nodeCount)];
     NodeFlow flow{outlet[0], outlet[1]};
     if constexpr (Gas) flow.Fg = outlet[2];

@@ -115,7 +115,10 @@ void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {
 
 Storage storageOf(const RunOptions& options, const FluidTables& fluids) {
     if (!options.lineCompressibility) return Storage::Present;
-    if (carriesAmounts(options, fluids)) return Storage::Whole;
+    const std::vector<std::string>& solvers = options.solverPhaseName;
+    const bool allExplicit =
+        std::all_of(solvers.begin(), solvers.end(), [](const std::string& word) { return word == "mas"; });
+    if (fluids.hasGas && allExplicit && carriesAmounts(options)) return Storage::Whole;
     return options.mapCount <= 1 && options.pressureUpdateFrequency <= 1 ? Storage::TimeLevel
                                                                          : Storage::Expanded;
 }

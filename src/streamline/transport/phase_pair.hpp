@@ -16,6 +16,7 @@ using PhasePair = double __attribute__((vector_size(2 * sizeof(double))));
 static_assert(offsetof(FlowNode, So) == offsetof(FlowNode, Sw) + sizeof(double));
 static_assert(offsetof(FlowNode, Co) == offsetof(FlowNode, Cw) + sizeof(double));
 static_assert(offsetof(FlowNode, Fo) == offsetof(FlowNode, Fw) + sizeof(double));
+static_assert(offsetof(FlowNode, passedO) == offsetof(FlowNode, passedW) + sizeof(double));
 static_assert(offsetof(FlowNode, Bo) == offsetof(FlowNode, Bw) + sizeof(double));
 static_assert(offsetof(FlowNode, inverseBo) == offsetof(FlowNode, inverseBw) + sizeof(double));
 static_assert(offsetof(FlowNode, inverseMuO) == offsetof(FlowNode, inverseMuW) + sizeof(double));

@@ -13,6 +13,7 @@ struct FlowNode {
     double Sw = 0.0, So = 0.0;
     double Cw = 0.0, Co = 0.0;
     double Fw = 0.0, Fo = 0.0;
+    double passedW = 0.0, passedO = 0.0, passedG = 0.0;  // integrals of the fluxes over the step
     double Bw = 1.0, Bo = 1.0, inverseBw = 1.0, inverseBo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0;      // 1/cp
     double inverseDeltaTof = 0.0;                   // 1/day

@@ -140,6 +140,9 @@ Motion moveWithGas(const FluidTables& tables, const ExplicitControl& control, do
                                     node.outflowRate * out.Fo - node.inflowRate * in.Fo,
                                     node.outflowRate * out.Fg - node.inflowRate * in.Fg};
         in = out;
+        node.passedW += out.Fw;
+        node.passedO += out.Fo;
+        node.passedG += out.Fg;
         const NodeFlow old = flowAt<true>(node);
         recoverThreePhase<true>(tables, control.keepEndPoints, loss, nodes[i - 1], node);
         setFluxes<true>(node);
@@ -164,6 +167,7 @@ Motion moveWithoutGas(double dt, const NodeFlow& integral, const NodeFlow& comin
         const PhasePair amount =
             recoverPair(node.outflowRate * out - node.inflowRate * in, nodes[i - 1], node);
         change = larger(sizeOf(amount - old), change);
+        storePair(pairAt(node.passedW) + out, node.passedW);
         in = out;
     }
     for (std::size_t i = a; i <= b; ++i) setPairFluxes(nodes[i]);
@@ -240,6 +244,10 @@ void advanceLine(const FluidTables& tables, const ExplicitControl& control, doub
     evaluateFluxes(Gas, 0, line.nodeCount, line);
     scratch.inflow.clear();
     addRecord(flowAt<Gas>(line.nodes[0]), step, scratch.inflow);
+    FlowNode& inlet = line.nodes[0];
+    inlet.passedW = step * inlet.Fw;
+    inlet.passedO = step * inlet.Fo;
+    if constexpr (Gas) inlet.passedG = step * inlet.Fg;
     int first = 1;
     for (const Stretch& stretch : scratch.stretches) {
         advanceStretch<Gas>(tables, control, step, scratch.stretches.size() > 1, at(first), at(stretch.last),

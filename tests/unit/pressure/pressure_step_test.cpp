@@ -163,6 +163,7 @@ TEST(PressureStep, HoldsAProducerThatWouldFallBelowItsLimitAtTheLimit) {
     QuietConsole quiet;
     Simulation s;
     sample::makeRun(2, 1, 1, sample::waterAndOil(1e-5), s);
+    s.options.stepControl = false;  // the step cuts itself
     s.console = quiet.console;
     sample::addWell("prd", "orat", -1.0e5, 1000.0, 1, s);
     PressureStep(s, 0, 1);
@@ -246,6 +247,7 @@ TEST(PressureStep, CutsUntilTheStepIsTinyWhenOneIterationIsAllowed) {
     QuietConsole quiet;
     Simulation s;
     flood(1.0, 2999.0, s);
+    s.options.stepControl = false;  // the step cuts itself
     s.console = quiet.console;
     s.clock.dt = 10.0;
     s.options.MaxPressureIterations = 1;
@@ -259,10 +261,29 @@ TEST(PressureStep, CutsUntilTheStepIsTinyWhenOneIterationIsAllowed) {
     EXPECT_TRUE(s.pressure.stepCut);
 }
 
+TEST(PressureStep, LeavesAStepWithoutASolutionToTheStepControl) {
+    QuietConsole quiet;
+    Simulation s;
+    flood(1.0, 2999.0, s);
+    s.console = quiet.console;
+    s.clock.dt = 10.0;
+    s.options.MaxPressureIterations = 1;
+    PressureStep(s, 0, 1);
+    EXPECT_TRUE(s.pressure.failed);
+    EXPECT_EQ(s.clock.dt, 10.0);
+    EXPECT_FALSE(s.pressure.stepCut);
+    EXPECT_EQ(count(quiet.logText(), "TIME STEP SIZE IS DECREASED"), 0);
+    s.options.MaxPressureIterations = 30;
+    PressureStep(s, 0, 1);
+    EXPECT_FALSE(s.pressure.failed) << "the next one starts anew";
+    EXPECT_TRUE(s.pressure.fieldStands);
+}
+
 TEST(PressureStep, CutsWhenACellFallsBelowFifteenPsia) {
     QuietConsole quiet;
     Simulation s;
     sample::makeRun(1, 1, 1, sample::waterAndOil(1e-6), s);
+    s.options.stepControl = false;  // the step cuts itself
     s.console = quiet.console;
     s.state.Pressure[1] = 20.0;
     sample::addWell("prd", "bhp", 0.0, 14.6, 1, s);
@@ -278,6 +299,7 @@ TEST(PressureStep, StartsAgainFromTheSavedLevelToTheLastBitAfterACut) {
     Simulation cut, direct;
     for (Simulation* s : {&cut, &direct}) {
         sample::makeRun(2, 1, 1, samples::lightOil(), *s);
+        s->options.stepControl = false;  // the step cuts itself
         for (CellId c = 1; c <= 2; ++c) {
             s->state.Pressure[c] = 3000.0;
             s->state.Pb[c] = 2990.0;
@@ -320,6 +342,8 @@ TEST(PressureStep, HoldsRelativePermeabilitiesFromTheFirstCutOnInARunWithGas) {
     Simulation s;
     QuietConsole quiet;
     depletion(-400.0, s);
+    s.options.stepControl = s.options.conservativeMapping =
+        false;  // steps that cut themselves, average mapping
     s.console = quiet.console;
     s.options.MaxPressureIterations = 1;  // a step that cannot but be cut
     PressureStep(s, 0, 1);
@@ -344,6 +368,8 @@ TEST(PressureStep, HoldsRelativePermeabilitiesFromTheFirstCutOnInARunWithGas) {
 TEST(PressureStep, HoldsNothingInARunWithoutGas) {
     Simulation s;
     flood(50.0, 2500.0, s);
+    s.options.stepControl = s.options.conservativeMapping =
+        false;  // steps that cut themselves, average mapping
     s.options.MaxPressureIterations = 1;
     PressureStep(s, 0, 1);
     ASSERT_TRUE(s.pressure.stepCut);

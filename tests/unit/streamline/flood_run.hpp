@@ -36,7 +36,11 @@ struct FloodRun {
             s.state.So[cell] = 0.8;
             s.state.MuW[cell] = 0.5;
             s.state.MuO[cell] = 2.0;
+            // Pore volumes are recomputed behind every transport.
+            s.grid.BulkVolume[cell] = s.state.PoreVolume[cell] / (s.grid.NTG[cell] * s.grid.PORO[cell]);
         }
+        for (Well& well : s.wells.wells)
+            if (isInjector(well)) well.connections[0].ConnQw = well.connections[0].reservoirRate;
         s.timeLevel = s.state;
         s.clock.endTime = 1000.0;
         s.clock.dt = s.clock.workDt = step;
@@ -45,6 +49,7 @@ struct FloodRun {
     }
     void advance(int steps) {
         for (int k = 0; k < steps; ++k) {
+            s.pressure.moved = {};  // as a pressure step leaves it
             StreamlineStep(s, 0, 0, s.clock.endTime - s.clock.time - s.clock.dt, 1.0);
             s.clock.time += s.clock.dt;
         }

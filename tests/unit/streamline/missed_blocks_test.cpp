@@ -88,7 +88,10 @@ TEST(MissedBlocks, WriteNoCellOfTheSnapshot) {
     const samples::Flow flow = samples::quarterFiveSpot(16, 300.0);
     FloodRun without = missedRun(flow, 6, "No");
     FloodRun with = missedRun(flow, 6);
-    for (FloodRun* run : {&without, &with}) run->s.clock.dt = run->s.clock.workDt = 600.0;
+    for (FloodRun* run : {&without, &with}) {
+        run->s.options.conservativeMapping = false;  // cells take what lines give them, nothing else
+        run->s.clock.dt = run->s.clock.workDt = 600.0;
+    }
     without.advance(1);
     with.advance(1);
     int launched = 0;
@@ -147,6 +150,7 @@ TEST(MissedBlocks, ThatDieInsideAreVisitedButGiveTheMappingNothing) {
     flow.wells.wells[1].TargetRate = 0.0;
     samples::prepareTracing(flow);
     FloodRun run = missedRun(flow, 1, "No", "cel");
+    run.s.options.conservativeMapping = false;  // nothing moves but by lines
     run.advance(1);
     EXPECT_EQ(visitedCells(run.s), 144);
     EXPECT_GT(spoken(run, "Additional Streamline"), 0);

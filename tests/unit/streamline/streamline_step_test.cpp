@@ -50,6 +50,7 @@ TEST(StreamlineStep, ChangesNothingByLinesThatAreRejected) {
     flow.velocity.CellFaceFlux(1, 1) = -50.0;
     flow.velocity.CellFaceFlux(1, 2) = 0.0;
     FloodRun run(flow, 4, 30.0);
+    run.s.options.conservativeMapping = false;  // nothing moves but by lines
     run.advance(1);
     EXPECT_EQ(run.waterGained(), 0.0);
     EXPECT_NE(run.quiet.screenText().find("Successed Streamline : 3\n"), std::string::npos);
@@ -58,8 +59,19 @@ TEST(StreamlineStep, ChangesNothingByLinesThatAreRejected) {
 TEST(StreamlineStep, SolvesNothingWithAWordThatMatchesNothing) {
     FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
     run.s.options.solverPhaseName = {"xyz"};
+    run.s.options.conservativeMapping = false;  // nothing moves but by lines
     run.advance(1);
     EXPECT_EQ(run.waterGained(), 0.0);
+}
+
+TEST(StreamlineStep, LetsCellsPassWhatTheyHoldWhereNoLineTellsMore) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    run.s.options.solverPhaseName = {"xyz"};
+    run.advance(1);
+    const Well& producer = run.s.wells.wells[1];
+    EXPECT_NEAR(run.waterGained(), 30.0 * (50.0 + producer.WellQw), 1e-9);
+    EXPECT_NEAR(producer.WellQw + producer.WellQo, -50.0, 1e-9);
+    EXPECT_GT(run.s.state.Sw[1], run.s.state.Sw[2]);
 }
 
 TEST(StreamlineStep, StepsOnInPartsOfAPressureStepAsInOne) {

@@ -272,8 +272,8 @@ TEST(GridSectionStops, OnMissingSizesInTheFirstRow) {
     expectStop("DX\n8*100 /\nDY\n8*50 /\n" + rest, "ERROR at GRID :: DZ NOT ENOUGH");
 }
 
-TEST(GridSectionStops, OnASurfaceAtZero) {
-    expectStop(Sizes + "TOPS\n3*1000 0 /\n" + Poro + PermX + PermYZ,
+TEST(GridSectionStops, OnASurfaceAboveSeaLevel) {
+    expectStop(Sizes + "TOPS\n3*1000 -1 /\n" + Poro + PermX + PermYZ,
                "ERROR at GRID :: SURFACE DATA \\(TOPS\\) IS ERRORNEOUS\nFile TEST.DATA");
 }
 

@@ -27,7 +27,7 @@ struct RowLine {
     }
 };
 
-TEST(LinePassage, IsWhatCameInLessWhatTheNodesHaveGained) {
+TEST(LinePassage, SummedUpBySubstepsIsWhatCameInLessWhatTheNodesHaveGained) {
     RowLine row;
     ExplicitControl control;
     ExplicitScratch scratch;
@@ -47,6 +47,7 @@ TEST(LinePassage, IsWhatCameInLessWhatTheNodesHaveGained) {
 
 TEST(LinePassage, CountsWhatAnExpandingCellLetsOut) {
     RowLine row;
+    row.line.hasGravity = true;
     row.line.nodeCount = row.line.tracedNodeCount = 1;
     FlowNode& node = row.line.nodes[1];
     row.line.nodes[0].Fo = 0.5;
@@ -60,18 +61,31 @@ TEST(LinePassage, CountsWhatAnExpandingCellLetsOut) {
 TEST(LinePassage, IsLinearInTimeOfFlightOnARegriddedLine) {
     RowLine row;
     layNodes(NodeControl::Regular, 1.0, 1.0, row.line);  // three nodes of 70/3 days
-    for (std::size_t i = 1; i <= 3; ++i) {
-        row.line.nodes[i].inflowRate = row.line.nodes[i].outflowRate = 3.0 / 70.0;
-        const auto cell =
-            static_cast<std::size_t>(row.line.tracedCell[static_cast<std::size_t>(row.line.tracedNode[i])]);
-        row.line.nodes[i].Cw = row.nodes[cell].Cw + 0.03;
-    }
-    row.line.nodes[0].Fw = 1.0;
+    const double passed[] = {5.0, 3.0, 2.0, 1.0};
+    for (std::size_t i = 0; i <= 3; ++i) row.line.nodes[i].passedW = passed[i];
     takePassage(row.nodes, 5.0, row.line, row.passage);
-    for (const int n : {1, 2, 3}) {
-        const double tof = row.line.tracedTof[static_cast<std::size_t>(n)];
-        EXPECT_NEAR(row.passage.water[static_cast<std::size_t>(n)], 5.0 - 0.03 * tof, 1e-12);
+    EXPECT_NEAR(row.passage.water[0], 5.0, 1e-12);
+    EXPECT_NEAR(row.passage.water[1], 5.0 - 2.0 * 30.0 / 70.0, 1e-12);  // 10 of the first 70/3 days
+    EXPECT_NEAR(row.passage.water[2], 3.0 - 20.0 / 70.0, 1e-12);        // 30 days: 20/3 into the second
+    EXPECT_NEAR(row.passage.water[3], 1.0, 1e-12);
+}
+
+TEST(LinePassage, IsTheSameBySumsAndByGainWhereNothingMovesBesideTheFlux) {
+    RowLine row;
+    ExplicitControl control;
+    ExplicitScratch scratch;
+    for (std::size_t i = 1; i <= 3; ++i)
+        row.line.nodes[i].inflowRate = row.line.nodes[i].outflowRate = 1.0 / row.line.DeltaTof[i];
+    advanceExplicit(row.fluids, control, 15.0, scratch, row.line);
+    takePassage(row.nodes, 15.0, row.line, row.passage);
+    const LinePassage sums = row.passage;
+    row.line.hasGravity = true;
+    takePassage(row.nodes, 15.0, row.line, row.passage);
+    for (std::size_t n = 0; n <= 3; ++n) {
+        EXPECT_NEAR(sums.water[n], row.passage.water[n], 1e-10);
+        EXPECT_NEAR(sums.oil[n], row.passage.oil[n], 1e-10);
     }
+    EXPECT_GT(sums.oil[1], 1.0);
 }
 
 TEST(FaceTransfer, HoldsALineOnTheLowSideOfEachFaceWithTheSignOfTheIndex) {

@@ -162,6 +162,9 @@ TEST(StorageOf, KeepsWholeAmountsInRunsWithGasOnExplicitCompressibleLines) {
     options.solverPhaseName = {"mas", "imp"};
     EXPECT_EQ(storageOf(options, fluids), Storage::TimeLevel);
     options.solverPhaseName = {"mas"};
+    options.conservativeMapping = false;
+    EXPECT_EQ(storageOf(options, fluids), Storage::TimeLevel);
+    options.conservativeMapping = true;
     options.lineCompressibility = false;
     EXPECT_EQ(storageOf(options, fluids), Storage::Present);
 }

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+#include "fluid/state_recovery.hpp"
+#include "fluid/tables.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/wells/wells.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace kvr {
+
+/// What the flow through faces and producing connections is made of, surface amounts per reservoir volume,
+/// where somebody knows: lines do. Faces by their low cell and axis 1..3; connections as [well -
+/// 1][connection].
+struct MakeUp {
+    DirectionArray<std::uint8_t> faceKnown;  // width 0: no face is known
+    DirectionArray<ConservedAmounts> face;
+    std::vector<std::vector<std::uint8_t>> connectionKnown;  // empty: no connection is known
+    std::vector<std::vector<ConservedAmounts>> connection;
+};
+
+/// What a transport step did beside the amounts.
+struct TransportAccount {
+    std::vector<std::vector<ConservedAmounts>> wellRates;  // surface amounts a day into the reservoir, mean
+    double deficit = 0.0;  // reservoir volume that cells could not give of what their outflow asked for
+};
+
+/// Transport of `amounts` over `dt` days by the total flow of faces, one cell after the other down the flow.
+/// A cell is a stirred tank: what flows in comes evenly over the step, what flows out by a face or a
+/// producing connection is made as `makeUp` says or, where it is silent, as the cell's own mobilities make
+/// it, in substeps of the cell alone:
+///   N(t + h) = N(t) + h (I - sum q_f m_f - q F(N))
+/// Where a known make-up would take more of a component than the cell holds beyond its immobile part, the
+/// cell's own mobilities take its place for that substep; what is not there is not given. So every component
+/// is conserved, no amount falls below zero, and the cost does not grow with the smallest cell: a tank that
+/// many times its content flows through is steady. Cells that flow into each other in a ring are repeated
+/// until their flows stand still. Injecting connections bring their ConnQ. `slope` is the steepest rise of a
+/// fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not
+/// changed.
+void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
+                    const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
+                    const MakeUp& makeUp, const CellState& state, CellAmounts& amounts,
+                    TransportAccount& account);
+
+}  // namespace kvr

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+#include "fluid/state_recovery.hpp"
+#include "fluid/tables.hpp"
+
+namespace kvr {
+
+/// What a cell's fluids are while it is emptied: held over the step.
+struct TankFluid {
+    CellId cell = 0;
+    int region = 1;
+    double poreVolume = 0.0;
+    RecoveryFactors factors;
+    double saturatedRs = 0.0;
+    double MuW = 1.0, MuO = 1.0, MuG = 1.0;  // cp
+};
+
+/// Flows of a cell, a day.
+struct TankFlows {
+    ConservedAmounts inflow;   // surface amounts
+    double rest = 0.0;         // reservoir volume that leaves as the cell's own mobilities make it
+    double asked = 0.0;        // reservoir volume that leaves with a known make-up ...
+    ConservedAmounts request;  // ... and the surface amounts that it takes
+
+    void ask(double flow, const ConservedAmounts& perVolume) {
+        asked += flow;
+        request.water += flow * perVolume.water;
+        request.oil += flow * perVolume.oil;
+        request.gas += flow * perVolume.gas;
+    }
+};
+
+/// What left, as means over the step.
+struct TankOutflow {
+    ConservedAmounts own;                   // of the cell's own make-up, surface amounts per reservoir volume
+    ConservedAmounts apart;                 // the same over the times when the known make-up was not followed
+    double followed = 1.0;                  // share of the step in which it was
+    ConservedAmounts given{1.0, 1.0, 1.0};  // share of each component's outflow that was there to be given
+    double deficit = 0.0;                   // reservoir volume of the rest
+};
+
+/// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
+/// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose
+/// composition stands still takes the rest of the step at once.
+TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
+                      double slope, const ConservedAmounts& start);
+
+}  // namespace kvr

@@ -1,0 +1,244 @@
+#include "run/step_attempt.hpp"
+
+#include "base/hard_stop.hpp"
+#include "implicit/fully_implicit.hpp"
+#include "pressure/pressure_step.hpp"
+#include "pressure/properties.hpp"
+#include "pressure/saturation_update.hpp"
+#include "report/material_balance.hpp"
+#include "run/status_line.hpp"
+#include "run/step_control.hpp"
+#include "run/step_level.hpp"
+#include "run/step_measure.hpp"
+#include "streamline/mapping/amounts_update.hpp"
+#include "streamline/splitting/splitting.hpp"
+#include "streamline/streamline_step.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr int MostTargetPasses = 2;   // over a step whose wells have left their targets
+constexpr int MostImplicitCuts = 12;  // of a step that is taken fully implicitly
+constexpr int MostForcedCuts = 10;    // of a step that neither way is good for
+constexpr double ForcedCut = 0.1;
+constexpr int MostImplicitAhead = 64;      // steps in a row without an attempt
+constexpr double ImplicitGrowth = 2.0;     // of the length of a fully implicit step that needed no cut
+constexpr double CrawlShare = 0.01;        // of the length that the tables ask for
+constexpr double CrawlShareWithGas = 0.1;  // the same where phases come and go
+constexpr int LargestPower = 10;
+constexpr double HopelessShare = 1e-6;  // of the run: a step that advances less counts as hopeless
+constexpr int FewHopelessSteps = 2;     // in a row, behind which the fully implicit method is asked
+constexpr int MostHopelessSteps = 10;   // in a row
+
+/// The EbFVM word has no pressure stage of its own: its runs stand still.
+void pressureStage(bool solve, Simulation& s) {
+    if (s.options.method == "EbFVM") return;
+    const StageTimer timer(s.times.pressure);
+    if (s.options.method == "FIM") {
+        FullyImplicitStep(s);
+        return;
+    }
+    // The velocity field is built at the end of the pressure step.
+    PressureStep(s, s.clock.iteration, solve ? 1 : 0);
+}
+
+/// Lines, then gravity and capillarity, then the cell properties; IMPES has its own transport in the last.
+void saturationSubstep(int substep, Simulation& s) {
+    const RunOptions& options = s.options;
+    const RunClock& clock = s.clock;
+    const double covered = clock.time + substep * clock.workDt;
+    if (options.method == "streamline") {
+        const StageTimer timer(s.times.lines);
+        StreamlineStep(s, options.globalIterations - clock.iteration, clock.iteration,
+                       clock.endTime - covered, tableTime(s.schedule.reportEnd, clock.reportIndex) - covered);
+    }
+    const StageTimer timer(s.times.splitting);
+    OSPLIT_GRVANDPC_GENERAL2(s);
+    SaturationUpdate(s);
+}
+
+void saturationStage(Simulation& s) {
+    const std::string& method = s.options.method;
+    if (method == "FIM" || method == "EbFVM") return;
+    RunClock& clock = s.clock;
+    const double wholeStep = clock.workDt;
+    if (clock.iteration > 0) returnToStepStart(s.iterationStart, s);
+    clock.workDt = clock.dt / s.options.mapCount;
+    for (int substep = 1; substep <= s.options.mapCount; ++substep) {
+        saturationSubstep(substep, s);
+        updateStatus(s);
+    }
+    clock.workDt = wholeStep;
+}
+
+/// Pressure and saturations of one step, repeated for the global iterations. Returns early where no pressure
+/// has been found.
+void advance(bool solve, Simulation& s) {
+    RunClock& clock = s.clock;
+    if (s.options.globalIterations > 0) s.iterationStart = s.state;
+    for (;;) {
+        pressureStage(solve, s);
+        if (s.pressure.failed) return;
+        updateStatus(s);
+        clock.stepsSinceEvent += 1;
+        clock.workDt = clock.dt;
+        if (s.options.globalIterations > 0) reportGlobalIterationErrors(s);
+        saturationStage(s);
+        if (clock.iteration >= s.options.globalIterations) break;
+        clock.iteration += 1;
+        clock.stepsSinceEvent -= 1;
+    }
+}
+
+/// Back to the level, but with other targets in the pressure solve.
+void returnForAnotherPass(const std::vector<double>& factors, Simulation& s) {
+    const double dt = s.clock.dt;
+    returnToStepLevel(s.stepLevel, s);
+    s.clock.dt = dt;
+    for (std::size_t w = 0; w < factors.size(); ++w) s.wells.wells[w].targetFactor = factors[w];
+}
+
+std::vector<double> factorsOf(const WellRecord& wells) {
+    std::vector<double> factors;
+    for (const Well& well : wells.wells) factors.push_back(well.targetFactor);
+    return factors;
+}
+
+/// One attempt at the step. A step without a past solves its pressure once more with the field that it has
+/// found, and one whose wells have left their targets runs again with targets corrected by what they gave.
+AttemptFigures attempt(bool solve, Simulation& s) {
+    AttemptFigures figures;
+    for (int pass = 0;; ++pass) {
+        advance(solve, s);
+        if (s.pressure.failed) return unsolvedStep();
+        figures = measureStep(s);
+        correctTargets(s.wells);
+        const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
+                                  figures.targetMiss / s.options.stepTargetMiss) > 1.0;
+        if (!off || pass >= MostTargetPasses || !solve) return figures;
+        returnForAnotherPass(factorsOf(s.wells), s);
+    }
+}
+
+/// The step from its level by the fully implicit method; false, and back at the level, where that fails too.
+bool takeImplicitly(Simulation& s) {
+    for (Well& well : s.wells.wells) well.targetFactor = 1.0;
+    {
+        const StageTimer timer(s.times.pressure);
+        if (!tryFullyImplicitStep(s, MostImplicitCuts)) {
+            returnToStepLevel(s.stepLevel, s);
+            return false;
+        }
+    }
+    s.pressure.fieldStands = true;
+    s.clock.stepsSinceEvent += 1;
+    s.clock.workDt = s.clock.dt;
+    s.control.implicitSteps += 1;
+    s.control.longest = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    return true;
+}
+
+void tell(const Simulation& s, const StepJudgement& judgement) {
+    log(s.console, "STEP CONTROL :: {} days, {} {} (limit {}) --> {} days{}", number(s.clock.dt),
+        judgement.reason, number(judgement.figure), number(judgement.limit), number(judgement.length),
+        judgement.verdict == StepVerdict::Implicit ? ", fully implicitly" : "");
+}
+
+/// A step that neither way is good for: the attempt of the shortest length that finds a pressure stands.
+void forceStep(bool solve, double dt, Simulation& s) {
+    for (int cuts = 0; cuts < MostForcedCuts; ++cuts) {
+        dt *= ForcedCut;
+        s.clock.dt = dt;
+        if (attempt(solve, s).pressureSolved) {
+            s.control.longest = dt;
+            return;
+        }
+        returnToStepLevel(s.stepLevel, s);
+    }
+    lineToBoth(s.console, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED");
+    hardStop(s.console);
+}
+
+/// The step fully implicitly, and how many of the next ones go there without an attempt.
+void fallBack(bool solve, double dt, Simulation& s) {
+    StepControl& control = s.control;
+    s.clock.dt = dt;
+    if (!takeImplicitly(s)) return forceStep(solve, dt, s);
+    control.implicitInARow += 1;
+    control.implicitAhead =
+        std::min(MostImplicitAhead, 1 << std::min(control.implicitInARow, LargestPower)) - 1;
+}
+
+/// Attempts would go on in steps far below what the tables ask for, where the fully
+/// implicit method can stride.
+bool crawls(const Simulation& s) {
+    const double share = s.options.hasGas ? CrawlShareWithGas : CrawlShare;
+    return s.pressure.fieldStands &&
+           (s.clock.dt < share * s.control.asked || s.control.hopelessSteps >= FewHopelessSteps);
+}
+
+/// Attempts until one stands.
+void attemptUntilAccepted(bool solve, Simulation& s) {
+    StepControl& control = s.control;
+    for (int cuts = 0;; ++cuts) {
+        const AttemptFigures figures = attempt(solve, s);
+        const StepJudgement judgement = judgeStep(s.options, figures, s.clock.dt, cuts);
+        tell(s, judgement);
+        if (judgement.verdict == StepVerdict::Accepted) {
+            control.longest = judgement.length;
+            control.implicitInARow = 0;
+            return;
+        }
+        const double dt = s.clock.dt;
+        returnToStepLevel(s.stepLevel, s);
+        control.rejected += 1;
+        if (!solve) {  // the pressure of an earlier step does not serve any longer
+            solve = true;
+            s.clock.dt = dt;
+            continue;
+        }
+        if (judgement.verdict == StepVerdict::Implicit) return fallBack(solve, dt, s);
+        s.clock.dt = judgement.length;
+    }
+}
+
+/// Ten steps in a row that advance next to nothing end the run, with what is known of the reason.
+void watchProgress(Simulation& s) {
+    StepControl& control = s.control;
+    control.hopelessSteps = s.clock.workDt < HopelessShare * s.clock.endTime ? control.hopelessSteps + 1 : 0;
+    if (control.hopelessSteps < MostHopelessSteps) return;
+    const GridModel& grid = s.grid;
+    CellId worst = 1;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        if (std::abs(s.pressure.DeltaP[cell]) > std::abs(s.pressure.DeltaP[worst])) worst = cell;
+    both(s.console,
+         "ERROR :: {} STEPS IN A ROW ADVANCED LESS THAN {} OF THE RUN EACH, LAST {} DAYS AT DAY {}",
+         MostHopelessSteps, number(HopelessShare), number(s.clock.workDt), number(s.clock.time));
+    both(s.console,
+         "         PRESSURE CHANGES MOST IN CELL ({}, {}, {}). CHECK WELLS AND TABLES NEAR IT, OR TRY "
+         "FDMETHOD FIM",
+         grid.CellI[worst], grid.CellJ[worst], grid.CellK[worst]);
+    hardStop(s.console);
+}
+
+}  // namespace
+
+bool underStepControl(const RunOptions& options) {
+    return options.stepControl && carriesAmounts(options);
+}
+
+void takeStep(bool solve, Simulation& simulation) {
+    if (!underStepControl(simulation.options)) return advance(solve, simulation);
+    keepStepLevel(simulation, simulation.stepLevel);
+    StepControl& control = simulation.control;
+    const bool implicitly = solve && (control.implicitAhead > 0 || crawls(simulation));
+    control.implicitAhead = std::max(0, control.implicitAhead - 1);
+    if (!implicitly || !takeImplicitly(simulation)) attemptUntilAccepted(solve, simulation);
+    watchProgress(simulation);
+}
+
+}  // namespace kvr

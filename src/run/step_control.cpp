@@ -1,0 +1,74 @@
+#include "run/step_control.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr int MostCuts = 3;              // of one step, then it is taken fully implicitly
+constexpr int MostCutsWithGas = 1;       // the same where phases come and go: shorter steps change little
+constexpr double GasShare = 0.2;         // of the limits in runs with gas
+constexpr double LargestGrowth = 3.0;    // from step to step
+constexpr double LargestCut = 0.1;       // of one rejection
+constexpr double SmallestCut = 0.7;      // a rejected step is shortened at least to this share
+constexpr double FirstShare = 0.1;       // of what the tables ask for, where a step has no past
+constexpr double Safety = 0.8;           // of a length that a figure asks for
+constexpr double FailedSolveCut = 0.25;  // of a step whose pressure was not found
+
+/// A figure of a step with its limit.
+struct Row {
+    std::string_view name;
+    double AttemptFigures::*figure;
+    double RunOptions::*limit;
+};
+
+constexpr Row Rows[] = {
+    {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError},
+    {"volume error of a cell", &AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError},
+    {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit},
+    {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError},
+    {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss},
+    {"change of mobility", &AttemptFigures::mobilityChange, &RunOptions::stepMobilityChange},
+};
+
+}  // namespace
+
+StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts) {
+    StepJudgement judgement;
+    double worst = 0.0;
+    for (const Row& row : Rows) {
+        const double limit = options.*row.limit * (options.hasGas ? GasShare : 1.0);
+        const double share = figures.*row.figure / limit;
+        if (std::isfinite(share) && share <= worst) continue;
+        worst = std::isfinite(share) ? share : HUGE_VAL;
+        judgement.reason = row.name;
+        judgement.figure = figures.*row.figure;
+        judgement.limit = limit;
+    }
+    if (!figures.pressureSolved) judgement.reason = "pressure without a solution";
+    // The figures are errors of a step: about quadratic in its length.
+    const double asked = worst > 0.0 ? Safety / std::sqrt(worst) : LargestGrowth;
+    if (figures.pressureSolved && worst <= 1.0) {
+        judgement.length = dt * std::clamp(asked, 1.0, LargestGrowth);
+        return judgement;
+    }
+    const double cut = figures.pressureSolved ? std::clamp(asked, LargestCut, SmallestCut) : FailedSolveCut;
+    judgement.length = dt * cut;
+    const int most = options.hasGas ? MostCutsWithGas : MostCuts;
+    judgement.verdict = cuts + 1 >= most || judgement.length < options.stepSmallest ? StepVerdict::Implicit
+                                                                                    : StepVerdict::Shorter;
+    return judgement;
+}
+
+double evenPart(double longest, double dt) {
+    if (longest <= 0.0 || dt <= longest) return dt;
+    return dt / std::ceil(dt / longest);
+}
+
+double firstLength(double dt) {
+    return FirstShare * dt;
+}
+
+}  // namespace kvr

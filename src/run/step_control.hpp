@@ -1,0 +1,37 @@
+#pragma once
+
+#include "deck/options.hpp"
+#include "run/records/step_record.hpp"
+
+#include <string_view>
+
+namespace kvr {
+
+/// What becomes of an attempt.
+enum class StepVerdict {
+    Accepted,
+    Shorter,  // put back, taken again with the given length
+    Implicit  // put back, taken fully implicitly
+};
+
+/// Verdict on an attempt, with the length that follows from it and the figure that led to it.
+struct StepJudgement {
+    StepVerdict verdict = StepVerdict::Accepted;
+    double length = 0.0;      // days: of the next attempt, or the longest that the next step may be
+    std::string_view reason;  // name of the deciding figure
+    double figure = 0.0, limit = 0.0;
+};
+
+/// Judges a step of `dt` days that has been rejected `cuts` times before: the figure that is furthest beyond
+/// its limit decides. A step within all limits lets the next one grow by the share of the limits that is
+/// left, at most threefold; one beyond a limit is shortened by the same rule; at the third time, in a run
+/// with gas at the first, or below the smallest step, it goes to the fully implicit method.
+StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts);
+
+/// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
+double evenPart(double longest, double dt);
+
+/// Length of a step that starts without a past, at the start of the run and behind a well event.
+double firstLength(double dt);
+
+}  // namespace kvr

@@ -1,0 +1,28 @@
+#include "run/step_level.hpp"
+
+#include "eclipse/line_files.hpp"
+#include "pressure/properties.hpp"
+
+namespace kvr {
+
+void keepStepLevel(const Simulation& s, StepLevel& level) {
+    keepLevel(s.fluids.hasGas, s.state, level.state);
+    level.carried = s.pressure.carried;
+    level.wells = s.wells;
+    level.clock = s.clock;
+    level.fieldStands = s.pressure.fieldStands;
+    level.averagePressure = s.pressure.AveragePressure;
+}
+
+void returnToStepLevel(const StepLevel& level, Simulation& s) {
+    returnToLevel(level.state, s.state);
+    refreshProperties(s.grid, s.fluids, s.state);
+    s.pressure.carried = level.carried;
+    s.pressure.AveragePressure = level.averagePressure;
+    s.pressure.fieldStands = level.fieldStands;
+    s.wells = level.wells;
+    s.clock = level.clock;
+    clearPaths(s.eclipse.paths);
+}
+
+}  // namespace kvr

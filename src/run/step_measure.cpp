@@ -1,0 +1,131 @@
+#include "run/step_measure.hpp"
+
+#include "base/constants.hpp"
+#include "fluid/saturation_functions.hpp"
+#include "pressure/properties.hpp"
+#include "pressure/wells/well_rates.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double BelowNothingWeight = 1e3;  // what has fallen below nothing no later step makes good
+constexpr double LargestFactor = 10.0;      // of a target, either way
+
+/// Reservoir volume by which a cell holds more than its pores, of what its saturations do not show.
+double excessVolume(const CellState& state, const CellAmounts& carried, CellId cell) {
+    return state.Bw[cell] * carried.water[cell] + state.Bo[cell] * carried.oil[cell] +
+           state.Bg[cell] * (carried.gas[cell] - state.Rs[cell] * carried.oil[cell]);
+}
+
+/// Reservoir volume by which components of a cell have fallen below nothing.
+double volumeBelowNothing(const CellState& state, const CellAmounts& carried, CellId cell) {
+    const ConservedAmounts shown = shownAmounts(state, cell);
+    const double pores = state.PoreVolume[cell];
+    const auto missing = [](double amount) { return std::max(0.0, -amount); };
+    return state.Bw[cell] * missing(shown.water * pores + carried.water[cell]) +
+           state.Bo[cell] * missing(shown.oil * pores + carried.oil[cell]) +
+           state.Bg[cell] * missing(shown.gas * pores + carried.gas[cell]);
+}
+
+void measureVolumes(const Simulation& s, AttemptFigures& figures) {
+    double pores = 0.0, error = 0.0, below = 0.0;
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
+        const double volume = s.state.PoreVolume[cell];
+        if (s.grid.Active[cell] == 0 || !(volume > 0.0)) continue;
+        pores += volume;
+        if (s.pressure.carried.water.empty()) continue;
+        const double excess = std::abs(excessVolume(s.state, s.pressure.carried, cell));
+        error += excess;
+        below += volumeBelowNothing(s.state, s.pressure.carried, cell);
+        figures.largestVolumeError = std::max(figures.largestVolumeError, excess / volume);
+    }
+    if (!(pores > 0.0)) return;
+    figures.volumeError = error / pores;
+    figures.deficit = (s.pressure.deficit + BelowNothingWeight * below) / pores;
+}
+
+bool hasRateTarget(const Well& well) {
+    return !well.shut && well.deckControl != "bhp" && well.TargetRate != 0.0;
+}
+
+/// The rate that the pressure solve holds for the control of the deck; "wrat" holds the sum of all.
+double heldRate(const Well& well) {
+    return namedRate(well, well.deckControl == "wrat" ? "rate" : well.deckControl);
+}
+
+void measureTarget(const Well& well, AttemptFigures& figures) {
+    if (!hasRateTarget(well)) return;
+    const double share = std::abs(heldRate(well) / well.TargetRate) - 1.0;
+    figures.targetExcess = std::max(figures.targetExcess, share);
+    if (isRateControlled(well)) figures.targetMiss = std::max(figures.targetMiss, -share);
+}
+
+/// Gas that a producer gives against what the pressure was solved with: away from it, the solve took the
+/// wrong mobility for the well.
+void measureGas(const Well& well, AttemptFigures& figures) {
+    if (isInjector(well) || well.shut || !(std::abs(well.solvedQg) > SmallestNormal)) return;
+    figures.targetMiss = std::max(figures.targetMiss, std::abs(well.WellQg / well.solvedQg - 1.0));
+}
+
+double totalMobility(const Simulation& s, const CellState& state, CellId cell) {
+    const RelPerms kr = relPermsAtCell(s.fluids, cell, s.grid.SATNUM[cell], state.Sw[cell], state.Sg[cell]);
+    const double gas = s.fluids.hasGas ? kr.g / s.state.MuG[cell] : 0.0;
+    return kr.w / s.state.MuW[cell] + kr.o / s.state.MuO[cell] + gas;
+}
+
+/// How far the mobilities that the pressure was solved with have moved on where the flow is.
+double mobilityChange(const Simulation& s) {
+    double flow = 0.0, change = 0.0;
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
+        if (s.grid.Active[cell] == 0) continue;
+        const double* flux = s.velocity.CellFaceFlux.row(cell);
+        double through = 0.0;
+        for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
+        if (through == 0.0) continue;
+        const double before = totalMobility(s, s.stepLevel.state, cell);
+        const double now = totalMobility(s, s.state, cell);
+        flow += through;
+        if (before + now > 0.0) change += through * 2.0 * std::abs(now - before) / (now + before);
+    }
+    return flow > 0.0 ? change / flow : 0.0;
+}
+
+}  // namespace
+
+AttemptFigures measureStep(const Simulation& simulation) {
+    AttemptFigures figures;
+    measureVolumes(simulation, figures);
+    figures.mobilityChange = mobilityChange(simulation);
+    for (const Well& well : simulation.wells.wells) {
+        measureTarget(well, figures);
+        if (simulation.fluids.hasGas) measureGas(well, figures);
+    }
+    return figures;
+}
+
+AttemptFigures unsolvedStep() {
+    AttemptFigures figures;
+    figures.pressureSolved = false;
+    return figures;
+}
+
+void correctTargets(WellRecord& wells) {
+    for (Well& well : wells.wells) {
+        if (isInjector(well) || !hasRateTarget(well) || well.deckControl == "resv") continue;
+        Well solved = {};
+        solved.deckControl = well.deckControl;
+        solved.WellQo = well.solvedQo;
+        solved.WellQw = well.solvedQw;
+        solved.WellQg = well.solvedQg;
+        const double promised = std::abs(heldRate(solved));
+        const double given = std::abs(heldRate(well));
+        if (!(promised > SmallestNormal) || !(given > SmallestNormal)) continue;
+        well.targetFactor = std::clamp(promised / given, 1.0 / LargestFactor, LargestFactor);
+    }
+}
+
+}  // namespace kvr

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "run/records/simulation.hpp"
+
+namespace kvr {
+
+/// Figures of the step that has just been attempted.
+AttemptFigures measureStep(const Simulation& simulation);
+
+/// Figures of an attempt that found no pressure.
+AttemptFigures unsolvedStep();
+
+/// Sets the factors of the targets by what the wells have really given in the last step: the rate that
+/// mobilities promised over the rate that came out.
+void correctTargets(WellRecord& wells);
+
+}  // namespace kvr

@@ -1,0 +1,183 @@
+#include "pressure/stirred_tank.hpp"
+
+#include "fluid/black_oil.hpp"
+#include "unit/fluid/table_samples.hpp"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+/// Water and oil of 1 cp whose fraction of the flow is their share of the tank; all factors 1.
+FluidTables sharesFlow() {
+    FluidTables tables = samples::constantFluids();
+    tables.OilViscosity = {1.0, 1.0};
+    tables.waterViscosity = 1.0;
+    SaturationTable region = samples::fourRowRegion();
+    region.SwAxis = {0.0, 0.25, 0.5, 1.0};
+    region.Krw = {0.0, 0.25, 0.5, 1.0};
+    region.Krow = {1.0, 0.75, 0.5, 0.0};
+    tables.regions.push_back(region);
+    finishTables(tables);
+    return tables;
+}
+
+/// Immobile water 0.2, residual oil 0.2, water 0.5 cp, oil 2 cp, all factors 1.
+FluidTables fourRows() {
+    FluidTables tables = samples::constantFluids();
+    tables.regions.push_back(samples::fourRowRegion());
+    finishTables(tables);
+    return tables;
+}
+
+TankFluid tankOf(double poreVolume, double muW, double muO) {
+    TankFluid fluid;
+    fluid.cell = 1;
+    fluid.poreVolume = poreVolume;
+    fluid.MuW = muW;
+    fluid.MuO = muO;
+    return fluid;
+}
+
+/// What a tank of 100 full of oil lets out in the mean while one pore volume of water runs in.
+double meanWater(double slope) {
+    TankFlows flows;
+    flows.inflow.water = 10.0;
+    flows.rest = 10.0;
+    return emptyTank(sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 10.0, slope, {0.0, 100.0, 0.0}).own.water;
+}
+
+TEST(StirredTank, FollowsTheExponentialOfALinearFraction) {
+    // dS/dt = q (1 - S): S = 1 - exp(-t/10 d), in the mean of 10 days 1/e. N even substeps h by the state
+    // at their start give h sum (1 - (1 - h)^n) = (1 - h)^N; 0.8 pore volumes over `slope` make a substep.
+    const auto bySubsteps = [](double n) { return std::pow(1.0 - 1.0 / n, n); };
+    EXPECT_NEAR(meanWater(8.0), bySubsteps(10.0), 1e-12);
+    EXPECT_NEAR(meanWater(80.0), bySubsteps(100.0), 1e-12);
+    const double coarse = std::exp(-1.0) - meanWater(80.0), fine = std::exp(-1.0) - meanWater(160.0);
+    EXPECT_LT(std::abs(coarse), 0.005) << "half a substep";
+    EXPECT_NEAR(coarse / fine, 2.0, 0.02) << "first order";
+}
+
+TEST(StirredTank, TakesTheRestOfTheStepAtOnceWhereItStandsStill) {
+    TankFlows flows;
+    flows.inflow = {4.0, 6.0, 0.0};
+    flows.rest = 10.0;
+    const TankOutflow out =
+        emptyTank(sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 1e6, 1.0, {40.0, 60.0, 0.0});
+    EXPECT_NEAR(out.own.water, 0.4, 1e-12);
+    EXPECT_NEAR(out.own.oil, 0.6, 1e-12);
+    EXPECT_EQ(out.deficit, 0.0);
+}
+
+TEST(StirredTank, OfManyContentsThroughputLetsOutWhatComesIn) {
+    // A ten-millionth of the throughput: what it held at first is no more than that of the outflow.
+    TankFlows flows;
+    flows.inflow = {6.0, 4.0, 0.0};
+    flows.rest = 10.0;
+    const TankOutflow out = emptyTank(fourRows(), tankOf(1e-6, 0.5, 2.0), flows, 1.0, 5.0, {0.0, 1e-6, 0.0});
+    const double water = 6.0 - 10.0 * out.own.water * out.given.water;
+    const double oil = 1e-6 + 4.0 - 10.0 * out.own.oil * out.given.oil;
+    EXPECT_NEAR(out.own.water, 0.6, 2e-7);
+    EXPECT_NEAR(out.own.oil, 0.4, 2e-7);
+    EXPECT_GE(water, -1e-12);
+    EXPECT_GE(oil, -1e-12);
+    EXPECT_NEAR(water + oil, 1e-6, 1e-12) << "it stays full";
+    EXPECT_LT(out.deficit, 1e-12);
+}
+
+TEST(StirredTank, LeavesAsAskedWhileNothingRunsShort) {
+    TankFlows flows;
+    flows.inflow.water = 10.0;
+    flows.ask(10.0, {0.3, 0.7, 0.0});
+    const TankOutflow out =
+        emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 5.0, {30.0, 70.0, 0.0});
+    EXPECT_EQ(out.followed, 1.0);
+    EXPECT_EQ(out.own.water + out.own.oil + out.apart.water + out.apart.oil, 0.0);
+    EXPECT_EQ(out.deficit, 0.0);
+}
+
+TEST(StirredTank, GivesNoImmobileWaterToAKnownMakeUp) {
+    // 25 of water less 10 would leave 15 of the 20 that do not move. At Sw 0.25 water has 0.0125 / 0.5 cp,
+    // oil 0.8 / 2 cp.
+    TankFlows flows;
+    flows.inflow.oil = 10.0;
+    flows.ask(10.0, {1.0, 0.0, 0.0});
+    const TankOutflow out =
+        emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 1.0, {25.0, 75.0, 0.0});
+    EXPECT_EQ(out.followed, 0.0);
+    EXPECT_NEAR(out.apart.water, 0.025 / 0.425, 1e-12);
+    EXPECT_NEAR(out.apart.oil, 0.4 / 0.425, 1e-12);
+}
+
+TEST(StirredTank, FollowsAKnownMakeUpAsLongAsItCan) {
+    // Two substeps of half a day (1.25 by the slope): 26 to 21, then the next 5 would be immobile. At Sw
+    // 0.21 water has 0.0025 / 0.5 cp, oil 0.88 / 2 cp.
+    TankFlows flows;
+    flows.inflow.oil = 10.0;
+    flows.ask(10.0, {1.0, 0.0, 0.0});
+    const TankOutflow out =
+        emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 10.0, {26.0, 74.0, 0.0});
+    EXPECT_EQ(out.followed, 0.5);
+    EXPECT_NEAR(out.apart.water, 0.5 * 0.005 / 0.445, 1e-12);
+    EXPECT_NEAR(out.apart.oil, 0.5 * 0.44 / 0.445, 1e-12);
+}
+
+TEST(StirredTank, BelowTheImmobilePartStillGivesWhatIsAskedOfTheOther) {
+    TankFlows flows;
+    flows.inflow.oil = 10.0;
+    flows.ask(10.0, {0.0, 1.0, 0.0});
+    const TankOutflow out =
+        emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 5.0, {10.0, 90.0, 0.0});
+    EXPECT_EQ(out.followed, 1.0);
+}
+
+TEST(StirredTank, GivesNothingThatIsNotThere) {
+    // One pore volume of oil, ten are asked for and nothing comes in.
+    TankFlows flows;
+    flows.rest = 10.0;
+    const TankOutflow out = emptyTank(fourRows(), tankOf(1.0, 0.5, 2.0), flows, 1.0, 5.0, {0.0, 1.0, 0.0});
+    EXPECT_NEAR(10.0 * out.own.oil * out.given.oil, 1.0, 1e-12);
+    EXPECT_NEAR(10.0 * out.own.water * out.given.water, 0.0, 1e-12);
+    EXPECT_NEAR(out.deficit, 9.0, 1e-12);
+}
+
+TEST(StirredTank, CountsALackByReservoirVolume) {
+    // A known make-up of 5 stb/day where there are 2 and no other phase; Bo 1.25.
+    TankFlows flows;
+    flows.ask(6.25, {0.0, 0.8, 0.0});
+    TankFluid fluid = tankOf(2.5, 0.5, 2.0);
+    fluid.factors.Bo = 1.25;
+    const TankOutflow out = emptyTank(fourRows(), fluid, flows, 1.0, 1.0, {0.0, 2.0, 0.0});
+    const double given = out.given.oil * (out.followed * flows.request.oil + flows.asked * out.apart.oil);
+    EXPECT_NEAR(given, 2.0, 1e-12);
+    EXPECT_NEAR(out.deficit, 6.25 - 2.5, 1e-12);
+}
+
+TEST(StirredTank, TakesSolutionGasAlongWithItsOil) {
+    const FluidTables tables = samples::lightOil();
+    TankFluid fluid = tankOf(100.0, 0.3, 0.5);
+    fluid.MuG = 0.02;
+    fluid.factors = {4800.0, 1.04, 1.6, 0.7 * GasRatioFactor};
+    fluid.saturatedRs = SolutionRs(tables, 4800.0);
+    const double rs = 0.5 * fluid.saturatedRs;
+    const ConservedAmounts start{20.0 / 1.04, 80.0 / 1.6, rs * 80.0 / 1.6};
+    TankFlows flows;
+    flows.rest = 1.0;
+    flows.inflow = {0.0, 1.0 / 1.6, rs / 1.6};
+    const TankOutflow out = emptyTank(tables, fluid, flows, 1.0, 1.0, start);
+    EXPECT_NEAR(out.own.oil, 1.0 / 1.6, 1e-12) << "connate water stays";
+    EXPECT_NEAR(out.own.gas, rs / 1.6, 1e-9 * rs);
+}
+
+TEST(StirredTank, WithoutFlowLetsNothingOut) {
+    TankFlows flows;
+    flows.inflow.water = 5.0;
+    const TankOutflow out =
+        emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 5.0, {20.0, 80.0, 0.0});
+    EXPECT_EQ(out.own.water + out.own.oil + out.own.gas, 0.0);
+    EXPECT_EQ(out.deficit, 0.0);
+}
+
+}  // namespace
+}  // namespace kvr

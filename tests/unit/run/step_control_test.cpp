@@ -1,0 +1,131 @@
+#include "run/step_control.hpp"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace kvr {
+namespace {
+
+/// Limits that are easy to share: 0.1 of each figure, smallest step a thousandth of a day.
+RunOptions tenths() {
+    RunOptions options;
+    options.hasGas = false;
+    options.stepVolumeError = options.stepCellVolumeError = options.stepDeficit = 0.1;
+    options.stepTargetError = options.stepTargetMiss = options.stepMobilityChange = 0.1;
+    options.stepSmallest = 1e-3;
+    return options;
+}
+
+AttemptFigures figuresOf(double volumeError, double mobilityChange = 0.0) {
+    AttemptFigures figures;
+    figures.volumeError = volumeError;
+    figures.mobilityChange = mobilityChange;
+    return figures;
+}
+
+TEST(JudgeStep, LetsTheNextStepGrowByTheRootOfWhatIsLeftOfTheLimits) {
+    struct Row {
+        double figure, growth;
+    };
+    // 0.8 / sqrt(figure / limit), within 1 and 3.
+    const Row rows[] = {{0.0, 3.0}, {0.001, 3.0}, {0.016, 2.0}, {0.04, 0.8 / std::sqrt(0.4)}, {0.1, 1.0}};
+    for (const Row& row : rows) {
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), 10.0, 0);
+        EXPECT_EQ(judgement.verdict, StepVerdict::Accepted) << row.figure;
+        EXPECT_NEAR(judgement.length, 10.0 * row.growth, 1e-12) << row.figure;
+    }
+}
+
+TEST(JudgeStep, ShortensAStepBeyondALimitByTheSameRule) {
+    struct Row {
+        double figure, share;
+    };
+    // Within 0.1 and 0.7 of the length.
+    const Row rows[] = {{0.1001, 0.7}, {0.11, 0.7}, {0.4, 0.4}, {1.6, 0.2}, {100.0, 0.1}};
+    for (const Row& row : rows) {
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), 10.0, 0);
+        EXPECT_EQ(judgement.verdict, StepVerdict::Shorter) << row.figure;
+        EXPECT_NEAR(judgement.length, 10.0 * row.share, 1e-12) << row.figure;
+    }
+}
+
+TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
+    struct Row {
+        double AttemptFigures::*figure;
+        double RunOptions::*limit;
+        std::string_view reason;
+    };
+    const Row rows[] = {
+        {&AttemptFigures::volumeError, &RunOptions::stepVolumeError, "volume error of the field"},
+        {&AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError, "volume error of a cell"},
+        {&AttemptFigures::deficit, &RunOptions::stepDeficit, "volume that cells did not hold"},
+        {&AttemptFigures::targetExcess, &RunOptions::stepTargetError, "rate over a target"},
+        {&AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, "rate away from the solved one"},
+        {&AttemptFigures::mobilityChange, &RunOptions::stepMobilityChange, "change of mobility"},
+    };
+    for (const Row& row : rows) {
+        RunOptions options = tenths();
+        options.*row.limit = 0.02;  // figure 0.08: four times beyond, the others twice
+        AttemptFigures figures;
+        for (const Row& other : rows) figures.*other.figure = 0.2;
+        figures.*row.figure = 0.08;
+        const StepJudgement judgement = judgeStep(options, figures, 1.0, 0);
+        EXPECT_EQ(judgement.reason, row.reason);
+        EXPECT_EQ(judgement.figure, 0.08);
+        EXPECT_EQ(judgement.limit, 0.02);
+        EXPECT_NEAR(judgement.length, 0.4, 1e-12);
+    }
+}
+
+TEST(JudgeStep, HandsTheThirdRejectionToTheImplicitMethod) {
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 1).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 2).verdict, StepVerdict::Implicit);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.04), 10.0, 2).verdict, StepVerdict::Accepted);
+}
+
+TEST(JudgeStep, HandsStepsBelowTheSmallestToTheImplicitMethod) {
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 0.0026, 0).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 0.0024, 0).verdict, StepVerdict::Implicit);
+}
+
+TEST(JudgeStep, TakesAFifthOfTheLimitsInRunsWithGas) {
+    RunOptions options = tenths();
+    options.hasGas = true;
+    EXPECT_EQ(judgeStep(options, figuresOf(0.019), 1.0, 0).verdict, StepVerdict::Accepted);
+    const StepJudgement judgement = judgeStep(options, figuresOf(0.021), 1.0, 0);
+    EXPECT_NE(judgement.verdict, StepVerdict::Accepted);
+    EXPECT_NEAR(judgement.limit, 0.02, 1e-15);
+}
+
+TEST(JudgeStep, ShortensAStepWithoutAPressureToAQuarter) {
+    AttemptFigures figures;
+    figures.pressureSolved = false;
+    const StepJudgement judgement = judgeStep(tenths(), figures, 10.0, 0);
+    EXPECT_EQ(judgement.verdict, StepVerdict::Shorter);
+    EXPECT_DOUBLE_EQ(judgement.length, 2.5);
+    EXPECT_EQ(judgement.reason, "pressure without a solution");
+}
+
+TEST(JudgeStep, AcceptsNoFigureThatIsNoNumber) {
+    for (const double figure : {std::numeric_limits<double>::quiet_NaN(), HUGE_VAL}) {
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(figure, 0.01), 10.0, 0);
+        EXPECT_EQ(judgement.verdict, StepVerdict::Shorter);
+        EXPECT_DOUBLE_EQ(judgement.length, 1.0);
+        EXPECT_EQ(judgement.reason, "volume error of the field");
+    }
+}
+
+TEST(EvenPart, SharesAStepEvenly) {
+    EXPECT_EQ(evenPart(0.0, 30.0), 30.0) << "no bound";
+    EXPECT_EQ(evenPart(40.0, 30.0), 30.0);
+    EXPECT_EQ(evenPart(8.0, 30.0), 7.5);
+    EXPECT_EQ(evenPart(10.0, 30.0), 10.0);
+}
+
+TEST(FirstLength, IsATenthOfWhatIsAskedFor) {
+    EXPECT_DOUBLE_EQ(firstLength(50.0), 5.0);
+}
+
+}  // namespace
+}  // namespace kvr
