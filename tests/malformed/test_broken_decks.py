@@ -101,7 +101,7 @@ def test_an_unknown_control_stops_the_run(tmp_path):
     ("DX\n25*100", "DX\n0 24*100", "ERROR at GRID :: DX NOT ENOUGH"),
     ("DY\n25*100", "DY\n0 24*100", "ERROR at GRID :: DY NOT ENOUGH"),
     ("DZ\n25*20", "DZ\n0 24*20", "ERROR at GRID :: DZ NOT ENOUGH"),
-    ("TOPS\n25*5000", "TOPS\n24*5000 0", "ERROR at GRID :: SURFACE DATA (TOPS) IS ERRORNEOUS"),
+    ("TOPS\n25*5000", "TOPS\n24*5000 -1", "ERROR at GRID :: SURFACE DATA (TOPS) IS ERRORNEOUS"),
     ("PERMX\n25*100", "PERMX\n25*0", "ERROR at GRID :: PERMEABILITY IS ERRORNEOUS"),
 ])
 def test_a_grid_that_cannot_be_stops_the_run(tmp_path, keyword, broken, text):

@@ -155,7 +155,7 @@ def test_the_numbers_of_the_transcript_follow_from_darcys_law():
     before = [3000.0] * 10
     expected = []
     injector = row(50.0)[0] + 50.0 / well_index
-    for rate in (50.0, 50.0, 50.0, 80.0, 80.0):
+    for rate in [50.0] * 5 + [80.0] * 5:
         after = row(rate)
         change = [abs(b - a) for a, b in zip(before, after)]
         if max(change) > 0.01:
@@ -169,12 +169,31 @@ def test_the_numbers_of_the_transcript_follow_from_darcys_law():
     assert f"      bhp  :: {injector:<12.9g}2000        " in lines  # at the well event, before the rate is raised
 
 
+def test_the_steps_of_the_transcript_grow_threefold_where_nothing_is_wrong():
+    """A tenth of what is asked for behind the start and the well event, then at most thrice the step before, what is
+    asked for (15 days, or what is left to the report) in even parts of that."""
+    steps, time = [], 0.0
+    for reports in ((10.0, 30.0), (60.0,)):
+        longest = None
+        for end in reports:
+            while time < end:
+                asked = min(15.0, end - time)
+                longest = asked / 10.0 if longest is None else longest
+                length = asked / math.ceil(asked / longest)
+                steps.append((time, time + length))
+                time += length
+                longest = 3.0 * length
+    lines = TRANSCRIPT.read_text().split("\n")
+    assert [line for line in lines if line.startswith("Step ")] == [
+        f"Step {number} Time {begin:g} --> {end:g} Stop Time: 60" for number, (begin, end) in enumerate(steps, 1)]
+
+
 def test_the_log_has_its_blocks_in_order(tmp_path):
     """Deck, property tables, wells, options, initial state, geometry, balance; then, step by step, banner with the
     date, pressure, lines, gravity, wells, balance, maps; the well event behind all of them."""
     a_step = ["Step {}", "Calender Time : ", "Time Begin : ", "ITE --> ", "Iteration for pressure     :",
               "Reservoir average pressure :", "Streamline Start from :", "Number of Streamline :",
-              "Total Stagnant Block :", "time elapsed transSL :", "-- Saturation Calculation: Grv&Pc By Osplit --",
+              "Total Stagnant Block :", "time elapsed transSL :", "-- Saturation Calculation: Grv&Pc By Osplit --", "STEP CONTROL :: ",
               "Info Added in FILE : KVR_Run_Production.out", "File Replaced : KVR_Run_Recovery.out",
               "------------------------------------------------------->", " Material Balance Report: ",
               " Fluid in Place Totals **  ", " FIP Surface Volumes  ** ", "File Replaced : KVR_Run_SweepVolume.out",
@@ -189,9 +208,9 @@ def test_the_log_has_its_blocks_in_order(tmp_path):
              "Other Testing Functions", "INITIALIZING...", "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA",
              *a_report, "SUCCESSFULLY INITIALIZED.", "--- PRECONDITIONED GEOLOGICAL INFORMATION ---",
              " Material Balance Report: "]
-    for step in range(1, 6):
-        order += [text.format(step) for text in a_step] + (a_report if step in (1, 3, 5) else [])
-        if step == 3:
+    for step in range(1, 11):
+        order += [text.format(step) for text in a_step] + (a_report if step in (3, 5, 10) else [])
+        if step == 5:
             order += ["-         UPDATE WELL SCHEDULE         -", "-- WELL Data Assigned to KVR"]
     order += ["File Replaced : KVR_Run_EndSwat.out", "File Replaced : KVR_Run_Pressure.out",
               "************ END SIMULATION ************", "REQUIRED CPU TIME IS "]

@@ -103,7 +103,7 @@ OIL_EXPANSION = 0.0014  # of the pressure that wells leave, 3000 to 2000 psia, b
 
 @pytest.mark.parametrize("switches", [("3", "4"), ("3", "4", "5")])
 def test_line_plots_show_the_lines_of_each_report_in_the_grid(tmp_path, switches):
-    result = flood(tmp_path / "run", switches)
+    result = flood(tmp_path / "run", switches, extra="STEPCTRL\nNo /\n")  # a step from report to report
     water = tecplot.read_zones(result.folder / "KVR_TPlot_swat.plt")
     launched = re.findall(r"^Number of Streamline : (\d+)$", result.log, re.M)
     for report, count in zip((1, 2), map(int, launched), strict=True):
@@ -279,7 +279,8 @@ def killed_in_a_step(folder):
     """Kills a run as soon as it announces step KILLED_AT; the dense solver makes every step take its time."""
     cells = (40, 40, 1)
     (folder / "whole").mkdir()
-    options = kvr_run.options(lines=20, solver="DGESV").replace("1 0 0 0 0 0 0 1 0 0", "1 1 1 0 0 0 0 1 0 0")
+    options = kvr_run.options(lines=20, solver="DGESV", extra="STEPCTRL\nNo /\n")
+    options = options.replace("1 0 0 0 0 0 0 1 0 0", "1 1 1 0 0 0 0 1 0 0")
     deck = small_deck.deck(runspec=small_deck.RUNSPEC.replace("5 5 1", "40 40 1"),
                            grid=small_deck.GRID.replace("25*", "1600*"),
                            solution=small_deck.SOLUTION.replace("25*", "1600*"),

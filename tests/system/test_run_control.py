@@ -9,13 +9,15 @@ import small_deck
 from kvr_run import finished_normally, run
 
 
+FIXED_STEPS = "STEPCTRL\nNo /\n"  # as the tables have them
+
 def step_lines(console):
     return re.findall(r"^Step (\d+) Time (\S+) --> (\S+) Stop Time: (\S+)$", console, flags=re.M)
 
 
 def test_steps_end_at_reports_and_never_exceed_the_longest_step(tmp_path):
     schedule = small_deck.SCHEDULE.replace("2*30", "10 20")
-    section = kvr_run.options(lines=20, solver="DGESV", extra="MAXDT\n7 /\n")
+    section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS + "MAXDT\n7 /\n")
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
     assert [float(line[2]) for line in step_lines(result.console)] == [7.0, 10.0, 17.0, 24.0, 30.0]
     reports = re.findall(r"^Report (\d+) Time (\S+) --> (\S+)$", result.console, flags=re.M)
@@ -46,13 +48,14 @@ def test_an_empty_schedule_gives_the_initial_state_and_ends_normally(tmp_path):
 
 def test_the_calendar_runs_with_the_steps(tmp_path):
     schedule = small_deck.SCHEDULE.replace("2*30", "31 29 1")
-    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS)
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
     dates = re.findall(r"Calender Time : year (\d+) Mon : (\d+) Day : (\d+)", result.log)
     assert [tuple(map(int, date)) for date in dates] == [(2000, 1, 1), (2000, 2, 1), (2000, 3, 1)]
 
 
 def test_global_iterations_repeat_the_solve_but_not_the_banner_or_the_calendar(tmp_path):
-    section = kvr_run.options(lines=20, solver="DGESV").replace(
+    section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS).replace(
         "TUNEKVR\n", "TUNEKVR\nOPTIONKVR\n1 0 0 0 0 0 0 2 /\n")
     result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
     assert len(step_lines(result.console)) == 2
@@ -75,7 +78,7 @@ def test_the_fully_implicit_method_takes_each_step_once_whatever_the_global_iter
 
 def test_a_step_cut_in_a_repeated_pass_moves_time_and_date_by_what_was_covered(tmp_path):
     # With at most three pressure iterations the third pass of the second step is cut from 10 to 2 days.
-    section = kvr_run.options(lines=20, solver="DGESV").replace(
+    section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS + "MAPPING\nAVERAGE\n").replace(
         "TUNEKVR\n", "TUNEKVR\nOPTIONKVR\n1 0 0 0 0 0 0 2 /\n").replace("1e-4 30 30", "1e-4 4 30")
     schedule = small_deck.SCHEDULE.replace("2*30", "4*10")
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
@@ -91,7 +94,7 @@ def test_a_step_cut_in_a_repeated_pass_moves_time_and_date_by_what_was_covered(t
 
 
 def test_steps_are_shortened_by_the_pressure_change_of_the_step_before(tmp_path):
-    section = kvr_run.options(lines=20, solver="DGESV", extra="OPTTSTEP\n100 /\n")
+    section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS + "OPTTSTEP\n100 /\n")
     result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
     assert result.console.count("Optimal Pressure Control, Reduce Tstep:") >= 1
     times = result.table()["TIME"]
@@ -128,11 +131,12 @@ def test_the_prompt_writes_the_example_deck_and_ends_after_two_names_that_are_mi
     assert (tmp_path / "ECLIPSE.DATA").exists()
 
 
-def test_the_example_deck_runs_in_a_hundred_steps_and_two_reports(tmp_path):
+def test_the_example_deck_runs_in_a_hundred_steps_behind_a_short_start_and_two_reports(tmp_path):
     run(tmp_path, standard_input="0\nnone\nnone\n")
     result = finished_normally(run(tmp_path))
     steps = step_lines(result.console)
-    assert len(steps) == 100
+    assert [float(end) for _, _, end, _ in steps[:3]] == [0.0001, 0.0004, 0.001]  # a tenth, then threefold
+    assert len(steps) == 3 + 99
     assert all(float(end) - float(start) <= 0.001 + 1e-9 for _, start, end, _ in steps)
     reports = re.findall(r"^Report (\d+) Time (\S+) --> (\S+)$", result.console, flags=re.M)
     assert [(int(n), float(end)) for n, _, end in reports] == [(1, 0.001), (2, 0.1)]

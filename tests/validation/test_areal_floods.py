@@ -49,10 +49,12 @@ def test_twice_the_lines_or_half_the_step_change_little(tmp_path):
 
 
 def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(tmp_path):
+    # Passes over the fixed steps of the tables, on the mapping by means that they belong to.
+    fixed = "STEPCTRL\nNo /\nMAPPING\nAVERAGE\n"
     passes = "OPTIONKVR\n1 0 0 0 0 0 0 2 /\n"
-    short = flood(tmp_path / "short", "QFS50", 10.0).table()
-    once = flood(tmp_path / "once", "QFS50", 100.0, mappings=10).table()
-    thrice = flood(tmp_path / "thrice", "QFS50", 100.0, mappings=10, extra=passes).table()
+    short = flood(tmp_path / "short", "QFS50", 10.0, extra=fixed).table()
+    once = flood(tmp_path / "once", "QFS50", 100.0, mappings=10, extra=fixed).table()
+    thrice = flood(tmp_path / "thrice", "QFS50", 100.0, mappings=10, extra=fixed + passes).table()
 
     def distance(table, column):
         return numpy.abs(table[column] - numpy.interp(table["TIME"], short["TIME"], short[column])).mean()
@@ -60,7 +62,8 @@ def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(
     for column in ("FPR", "WBHP:INJ"):
         print(f"QFS50 {column}: {distance(once, column):.1f} psi once, {distance(thrice, column):.1f} with two more passes")
         assert distance(thrice, column) <= 0.25 * distance(once, column)
-    assert distance(thrice, "FOPT") <= distance(once, "FOPT")
+    # Oil follows the mapping, which the passes leave as it is: both stand equally far.
+    assert distance(thrice, "FOPT") == pytest.approx(distance(once, "FOPT"), rel=1e-3)
     assert list(thrice["TIME"]) == list(once["TIME"])
     # 400 stb/d, met to what the pressure iteration leaves open: totals count a step once, not every pass.
     assert thrice["FWIT"][-1] == pytest.approx(400.0 * 2000.0, rel=1e-7)

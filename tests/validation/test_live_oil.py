@@ -52,11 +52,12 @@ def test_gas_injection_by_streamlines_closes_its_balances(gas_injection_by_strea
         assert abs(balance[f"|MBE{phase}|"][-1]) < 1e-4
 
 
-def test_gas_injection_by_streamlines_comes_closer_with_shorter_steps(tmp_path, gas_injection_by_streamlines):
+def test_gas_injection_by_streamlines_holds_its_pressure_in_long_steps_and_in_short_ones(tmp_path, gas_injection_by_streamlines):
     longer = compare(gas_injection_by_streamlines.table())
     shorter = compare(gas_flood(tmp_path, step=2, lines=200).table())
     print(f"streamlines, two-day steps: {shorter}")
-    assert abs(shorter.pressure) <= 0.02 < abs(longer.pressure)
+    assert abs(shorter.pressure) <= 0.02
+    assert abs(longer.pressure) <= 0.02
     assert abs(shorter.oil) < 0.01
 
 
@@ -87,11 +88,12 @@ def test_water_injection_into_live_oil_follows_the_reference(tmp_path):
 
 
 def long_steps(folder, repetitions, longest=100.0):
-    """The flood with steps of 100 days and as many mappings in each as there are steps of ten days."""
+    """The flood in fixed steps of 100 days with as many mappings in each as there are steps of ten days, which
+    move cells by the mean of their lines."""
     text = kvr_run.public_deck("waterflood/LIVEWAT.DATA")
     assert "65*30.4167" in text
     section = kvr_run.options(lines=400, mappings=round(longest / 10.0), extra=f"OPTIONKVR\n1 0 0 0 0 0 0 {repetitions} /\n"
-                              f"MAXDT\n{longest:g} /\n")
+                              f"MAXDT\n{longest:g} /\nSTEPCTRL\nNo /\nMAPPING\nAVERAGE\n")
     return kvr_run.finished_normally(kvr_run.run(folder, text.replace("65*30.4167", "20*100") + section)).table()
 
 

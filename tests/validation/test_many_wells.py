@@ -1,39 +1,49 @@
-"""Depletion of a dipping live-oil field by 25 rate producers near the bubble point, to its end by both methods."""
+"""Depletion of a dipping live-oil field by 25 rate producers near the bubble point: all methods side by side, and the
+fully implicit one against a commercial simulator that joins the same cells."""
+
+import csv
 
 import numpy
 import pytest
 
 import kvr_run
 from curves import relative_difference
-from public_floods import needs_public_decks, reference
+from public_floods import needs_public_decks
 
 pytestmark = needs_public_decks
 
 WELLS = ["INJE1"] + [f"PRODU{number}" for number in range(2, 27)]
 END = 900.0
+BALANCE = 1e-3
+COMMERCIAL = kvr_run.PUBLIC_DECKS / "robust" / "spe9_commercial.csv"
 
 
-def run_field(folder, **settings):
-    text = kvr_run.public_deck("spe9/SPE9.DATA") + kvr_run.options(**settings)
+def run_field(folder, method):
+    """The deck as published, but for the method."""
+    text = kvr_run.public_deck("spe9/SPE9.DATA") + f"\nTUNEKVR\nFDMETHOD\n{method}\n"
     directory = kvr_run.PUBLIC_DECKS / "spe9"
     includes = {name: (directory / name).read_text() for name in ("PERMVALUES.DATA", "TOPSVALUES.DATA")}
     return kvr_run.finished_normally(kvr_run.run(folder, text, includes))
 
 
 @pytest.fixture(scope="module")
+def fully_implicit(tmp_path_factory):
+    return run_field(tmp_path_factory.mktemp("fim"), "FIM")
+
+
+@pytest.fixture(scope="module")
 def by_impes(tmp_path_factory):
-    return run_field(tmp_path_factory.mktemp("impes"), method="IMPES", extra="MAXDT\n2.0\n")
+    return run_field(tmp_path_factory.mktemp("impes"), "IMPES")
 
 
 @pytest.fixture(scope="module")
 def by_streamlines(tmp_path_factory):
-    return run_field(tmp_path_factory.mktemp("lines"), lines=1000, start="PRD", missed="Yes", extra="MAXDT\n5.0\n")
+    return run_field(tmp_path_factory.mktemp("lines"), "STREAMLINE")
 
 
-def holds_every_well_to_the_end(result, processor_seconds):
+def runs_without_wells_lost(result):
     table = result.table()
-    cuts = result.console.count("TIME STEP SIZE IS DECREASED")
-    print(f"{result.cpu_seconds:.0f} s, {len(table['TIME']) - 1} steps, {cuts} cuts")
+    print(f"{result.cpu_seconds:.0f} s, {len(table['TIME']) - 1} steps")
     assert table["TIME"][-1] == END
     for well in WELLS:
         for figure in ("WBHP", "WOPR", "WWPR", "WGPR", "WWIR"):
@@ -41,40 +51,53 @@ def holds_every_well_to_the_end(result, processor_seconds):
         assert (table[f"WBHP:{well}"][1:] > 0.0).all()
     for well in WELLS[1:]:
         assert table[f"WOPR:{well}"].max() > 0.0
-    assert cuts <= 10
-    assert result.cpu_seconds < processor_seconds
 
 
-def difference_at(table, day):
-    curve = reference("SPE9")
-    return relative_difference(numpy.interp(day, table["TIME"], table["FOPT"]),
-                               numpy.interp(day, curve["TIME"], curve["FOPT"]))
+def commercial(day):
+    """Figures of the field by name at one of the days of the table."""
+    with COMMERCIAL.open(newline="") as rows:
+        found = [row for row in csv.DictReader(rows) if row["NAME"] == "FIELD" and float(row["TIME"]) == day]
+    assert len(found) == 1
+    return {name: float(found[0][name]) for name in ("OPT", "WPT", "GPT", "WIT")}
 
 
-def test_impes_brings_every_well_of_the_field_to_the_end(by_impes):
-    holds_every_well_to_the_end(by_impes, 120.0)
+# Not met: the injector, at its limit of pressure, takes in 28 % (370 days) and 43 % (740 days) of the other one's water,
+# so less of it is produced; early totals of oil and gas lie 2.3 and 5.1 % higher.
+APART = pytest.mark.xfail(strict=True, reason="the injector takes in less water than that simulator's")
 
 
-def test_impes_has_the_oil_of_the_field_while_targets_are_met(by_impes):
-    oil = difference_at(by_impes.table(), 300.0)
-    print(f"IMPES: cumulative oil at 300 days {100 * oil:.1f} %")
-    assert oil <= 0.05
+@pytest.mark.parametrize("day, column, name, most", [
+    (740.0, "FOPT", "OPT", 0.02),
+    (740.0, "FGPT", "GPT", 0.04),
+    pytest.param(370.0, "FOPT", "OPT", 0.02, marks=APART),
+    pytest.param(370.0, "FGPT", "GPT", 0.04, marks=APART),
+    pytest.param(370.0, "FWPT", "WPT", 0.06, marks=APART),
+    pytest.param(740.0, "FWPT", "WPT", 0.06, marks=APART),
+    pytest.param(370.0, "FWIT", "WIT", 0.06, marks=APART),
+    pytest.param(740.0, "FWIT", "WIT", 0.06, marks=APART),
+])
+def test_fully_implicit_totals_are_those_of_a_commercial_simulator(fully_implicit, day, column, name, most):
+    table = fully_implicit.table()
+    ours, theirs = numpy.interp(day, table["TIME"], table[column]), commercial(day)[name]
+    print(f"{column} at {day:.0f} d: {ours:.6g} against {theirs:.6g}, {100 * (ours / theirs - 1):+.2f} %")
+    assert relative_difference(ours, theirs) <= most
 
 
-@pytest.mark.xfail(strict=True, reason="no error of the step nor of the transport: measured in docs/validation.md")
-def test_impes_recovers_the_oil_of_the_field(by_impes):
-    oil = difference_at(by_impes.table(), END)
-    print(f"IMPES: cumulative oil at the end {100 * oil:.1f} %")
-    assert oil <= 0.10
+@pytest.mark.parametrize("name", ["by_impes", "by_streamlines"])
+@pytest.mark.parametrize("column, most", [("FOPT", 0.04), ("FWPT", 0.08), ("FGPT", 0.08)])
+def test_totals_are_those_of_the_fully_implicit_method(fully_implicit, request, name, column, most):
+    ours, full = (result.table()[column][-1] for result in (request.getfixturevalue(name), fully_implicit))
+    print(f"{name} {column}: {ours:.6g} against {full:.6g}, {100 * (ours / full - 1):+.2f} %")
+    assert relative_difference(ours, full) <= most
 
 
-def test_streamlines_bring_every_well_of_the_field_to_the_end(by_streamlines):
-    holds_every_well_to_the_end(by_streamlines, 60.0)
-
-
-@pytest.mark.xfail(strict=True, reason="lines carry out less oil than the targets that the pressure stage holds, beside what "
-                   "IMPES misses: measured in docs/validation.md")
-def test_streamlines_recover_the_oil_of_the_field(by_streamlines):
-    oil = difference_at(by_streamlines.table(), END)
-    print(f"streamlines: cumulative oil at the end {100 * oil:.1f} %")
-    assert oil <= 0.10
+@pytest.mark.parametrize("name", ["by_impes", "by_streamlines"])
+def test_every_well_is_held_to_the_end_and_every_phase_accounted_for(request, name):
+    result = request.getfixturevalue(name)
+    runs_without_wells_lost(result)
+    balance = result.table("KVR_Run_SweepVolume.out")
+    for column in ("|MBEO|", "|MBEW|", "|MBEG|"):
+        error = numpy.abs(balance[column]).max()
+        print(f"{name} {column}: {error:.1e}")
+        assert error < BALANCE
+    assert result.cpu_seconds < 60.0
