@@ -63,23 +63,23 @@ struct RunOptions {
     bool ixExtract = false;
 
     // --- numerical method --------------------------------------------------------------------
-    std::string method = "streamline";       // "streamline", "FIM", "IMPES", "EbFVM"
-    std::string pressureSolver = "amg";      // "st", "amg", "dgesv", "dgesl", "cg", "gmres", "bicg"
-    std::string saturationSolver;            // blank (acts as "gband"), "dgesv", "gband"
-    std::string modelName = "SPSP";          // "SPSP", "DPSP"
-    double PressureTolerance = 0.0;          // psi; 0.01 by fall-back
-    double SaturationTolerance = 0.0;        // 1e-4 by fall-back
-    int MaxPressureIterations = 0;           // 30 by fall-back
-    int maxSaturationIterations = 0;         // 30 by fall-back
+    std::string method = "streamline";   // "streamline", "FIM", "IMPES", "EbFVM"
+    std::string pressureSolver = "amg";  // "st", "amg", "dgesv", "dgesl", "cg", "gmres", "bicg"
+    std::string saturationSolver;        // blank (acts as "gband"), "dgesv", "gband"
+    std::string modelName = "SPSP";      // "SPSP", "DPSP"
+    double PressureTolerance = 0.0;      // psi; 0.01 by fall-back
+    double SaturationTolerance = 0.0;    // 1e-4 by fall-back
+    int MaxPressureIterations = 0;       // 30 by fall-back
+    int maxSaturationIterations = 0;     // 30 by fall-back
     // STEPCTRL: limits of the figures that a step is judged by.
     bool stepControl = true;
-    double stepVolumeError = 2e-3;      // share of the pore volume of the field
-    double stepCellVolumeError = 0.5;   // share of the pore volume of a cell
-    double stepDeficit = 1e-4;          // share of the pore volume of the field
-    double stepTargetError = 8e-3;      // relative
-    double stepTargetMiss = 0.03;       // relative
-    double stepMobilityChange = 0.1;    // relative, mean over the flow
-    double stepSmallest = 1e-3;         // days
+    double stepVolumeError = 2e-3;           // share of the pore volume of the field
+    double stepCellVolumeError = 0.5;        // share of the pore volume of a cell
+    double stepDeficit = 1e-4;               // share of the pore volume of the field
+    double stepTargetError = 8e-3;           // relative
+    double stepTargetMiss = 0.03;            // relative
+    double stepMobilityChange = 0.1;         // relative, mean over the flow
+    double stepSmallest = 1e-3;              // days
     double maxDt = 1.0e7;                    // days; MAXDT
     bool optimalTstep = false;               // OPTTSTEP
     double tstepControl = 0.0;               // psi; OPTTSTEP value

@@ -103,7 +103,8 @@ void saveTimeLevel(Simulation& s) {
 void beginStep(Simulation& s) {
     s.pressure.stepCut = false;
     s.pressure.failed = false;
-    // Amounts that saturations do not show are handed on: what held mobilities leave out comes in the next step.
+    // Amounts that saturations do not show are handed on: what held mobilities leave out comes in the next
+    // step.
     if (carriesAmounts(s.options)) s.pressure.relPermsHeld = true;
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);

@@ -66,9 +66,9 @@ struct LineField {
     double nodeFactor = 1.0, mergeFactor = 1.0;
     ExplicitControl control;
     ImplicitControl implicitControl;
-    bool passes = false;  // lines tell what faces pass; otherwise cells take the mean of their lines
-    double step = 0.0;          // days
-    double endTime = 0.0;       // simulated days at the end of the step
+    bool passes = false;   // lines tell what faces pass; otherwise cells take the mean of their lines
+    double step = 0.0;     // days
+    double endTime = 0.0;  // simulated days at the end of the step
     bool fromInjector = true;
     bool keepPaths = false;  // lines keep their courses for the line files
     bool gravity = false;    // along-line gravity: the orthogonal projection leaves it to the lines

@@ -54,7 +54,8 @@ struct CellAmounts {
     CellArray<double> gas;  // free and dissolved
 };
 
-/// Surface amounts that connections have brought into the reservoir, [well - 1][connection], over so many days.
+/// Surface amounts that connections have brought into the reservoir, [well - 1][connection], over so many
+/// days.
 struct WellMovement {
     double days = 0.0;
     std::vector<std::vector<ConservedAmounts>> amounts;
@@ -76,8 +77,9 @@ struct PressureStage {
     CellAmounts timeLevelAmounts;  // held at the time level; accumulation starts here
     CellAmounts flashAmounts;      // per pore volume: what the update between iterations flashes (with gas)
     bool fieldStands = false;  // the flow field and the rates of the present wells are those of a step before
-    WellMovement moved;   // by wells since the pressure step
-    double deficit = 0.0;  // reservoir volume since the pressure step that cells were asked for and did not hold
+    WellMovement moved;        // by wells since the pressure step
+    double deficit =
+        0.0;  // reservoir volume since the pressure step that cells were asked for and did not hold
     CellAmounts carried;  // amounts beyond those that the saturations show; carriesAmounts tells which runs
                           // hand them from step to step, empty: none
 };

@@ -50,7 +50,7 @@ struct Well {
     // Sums of the last pressure solve, by mobilities, before transport tells what the well really gave.
     double solvedQo = 0.0, solvedQw = 0.0, solvedQg = 0.0;
     double targetFactor = 1.0;  // of the target in the pressure solve, so that what the well gives meets it
-    bool bhpReset = false;           // a bad Bhp has been replaced in the present pressure solve
+    bool bhpReset = false;      // a bad Bhp has been replaced in the present pressure solve
 };
 
 /// The wells of the current schedule step.

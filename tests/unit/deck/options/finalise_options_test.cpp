@@ -48,8 +48,9 @@ TEST(DefaultLineCount, FollowsTheGridAndTheWells) {
     struct Case {
         int nx, ny, nz, wells, lines;
     };
-    for (const Case& c : {Case{10, 10, 3, 2, 120}, Case{100, 1, 1, 2, 1}, Case{20, 1, 5, 2, 50},
-                          Case{1, 10, 1, 2, 4}, Case{24, 25, 15, 26, 562}, Case{20, 20, 10, 4, 500}, Case{2, 2, 1, 1, 1}})
+    for (const Case& c :
+         {Case{10, 10, 3, 2, 120}, Case{100, 1, 1, 2, 1}, Case{20, 1, 5, 2, 50}, Case{1, 10, 1, 2, 4},
+          Case{24, 25, 15, 26, 562}, Case{20, 20, 10, 4, 500}, Case{2, 2, 1, 1, 1}})
         EXPECT_EQ(Finished({}, c.nx, c.ny, c.nz, c.wells).options.requestedLines, c.lines);
 }
 
