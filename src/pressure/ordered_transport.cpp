@@ -16,6 +16,9 @@ constexpr int Axes = 3;
 constexpr int NoConnection = -1;
 constexpr int MostSweeps = 50;       // over the cells of a ring
 constexpr double SteadyRing = 1e-9;  // change of what passes between sweeps, per pore volume of the step
+constexpr double TrustedError =
+    0.005;                            // saturation that a known make-up may be wrong by and still be followed
+constexpr double TrustedTurns = 1.0;  // of a cell's content, within which it always is
 
 ConservedAmounts operator*(double factor, const ConservedAmounts& a) {
     return {factor * a.water, factor * a.oil, factor * a.gas};
@@ -120,12 +123,32 @@ TankFlows flowsOf(CellId cell, const Walk& walk) {
     return flows;
 }
 
+/// By how much the water saturation of the step's end would differ from the one that the source of the known
+/// make-up tells, were it followed in full. Without bound where nothing is told.
+double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
+    if (walk.makeUp.Sw.empty() || walk.makeUp.Sw[cell] < 0.0) return HUGE_VAL;
+    const double gain = walk.dt * (flows.inflow.water - flows.request.water);
+    return std::abs(walk.state.Bw[cell] * (walk.amounts.water[cell] + gain) / walk.state.PoreVolume[cell] -
+                    walk.makeUp.Sw[cell]);
+}
+
+/// Share of the flow with a known make-up that follows it.
+double trustOf(CellId cell, const TankFlows& flows, const Walk& walk) {
+    if (!(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
+    const double turns = walk.dt * (flows.asked + flows.rest) / walk.state.PoreVolume[cell];
+    if (turns <= TrustedTurns) return 1.0;
+    const double error = flows.rest > 0.0 ? HUGE_VAL : errorOfMakeUp(cell, flows, walk);
+    return error > TrustedError ? std::max(TrustedError / error, TrustedTurns / turns) : 1.0;
+}
+
 /// Hands what the tank has let out to its faces and connections; returns the sum, a day.
-ConservedAmounts share(CellId cell, const TankOutflow& outflow, Walk& walk) {
+ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Walk& walk) {
     ConservedAmounts sum;
     const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked) {
-        ConservedAmounts passed = flow * (known ? outflow.apart : outflow.own);
-        if (known) add(flow * outflow.followed, asked, passed);
+        const double followed = known ? trust * flow : 0.0;
+        ConservedAmounts passed = (flow - followed) * outflow.own;
+        add(followed, outflow.apart, passed);
+        add(followed * outflow.followed, asked, passed);
         passed = {passed.water * outflow.given.water, passed.oil * outflow.given.oil,
                   passed.gas * outflow.given.gas};
         add(1.0, passed, sum);
@@ -177,13 +200,15 @@ ConservedAmounts amountsOf(const CellAmounts& amounts, CellId cell) {
 
 /// One cell: its flows in, its tank, its flows out. Returns what it holds at the end.
 ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit) {
-    const TankFlows flows = flowsOf(cell, walk);
+    TankFlows flows = flowsOf(cell, walk);
+    const double trust = trustOf(cell, flows, walk);
+    flows.follow(trust);
     ConservedAmounts end = start;
     TankOutflow outflow;
     if (walk.state.PoreVolume[cell] > 0.0)
         outflow = emptyTank(walk.tables, fluidOf(cell, walk), flows, walk.dt, walk.slope, start);
     deficit = outflow.deficit;
-    const ConservedAmounts out = share(cell, outflow, walk);
+    const ConservedAmounts out = share(cell, trust, outflow, walk);
     add(walk.dt, flows.inflow, end);
     add(-walk.dt, out, end);
     return end;

@@ -21,6 +21,8 @@ struct MakeUp {
     DirectionArray<ConservedAmounts> face;
     std::vector<std::vector<std::uint8_t>> connectionKnown;  // empty: no connection is known
     std::vector<std::vector<ConservedAmounts>> connection;
+    CellArray<double>
+        Sw;  // at the step's end by the same source, negative where it is silent; empty: nowhere
 };
 
 /// What a transport step did beside the amounts.
@@ -35,7 +37,10 @@ struct TransportAccount {
 /// it, in substeps of the cell alone:
 ///   N(t + h) = N(t) + h (I - sum q_f m_f - q F(N))
 /// Where a known make-up would take more of a component than the cell holds beyond its immobile part, the
-/// cell's own mobilities take its place for that substep; what is not there is not given. So every component
+/// cell's own mobilities take its place for that substep; what is not there is not given. A known make-up is
+/// followed by a share of the flow only where it would leave another water saturation than `makeUp.Sw`: what
+/// it is wrong by is multiplied by how often the flow turns the cell's content over, while the mean of what
+/// leaves such a cell is that of what enters it whoever makes it up. So every component
 /// is conserved, no amount falls below zero, and the cost does not grow with the smallest cell: a tank that
 /// many times its content flows through is steady. Cells that flow into each other in a ring are repeated
 /// until their flows stand still. Injecting connections bring their ConnQ. `slope` is the steepest rise of a

@@ -29,6 +29,13 @@ struct TankFlows {
         request.oil += flow * perVolume.oil;
         request.gas += flow * perVolume.gas;
     }
+
+    /// Leaves a share of what is asked for as it is; the rest goes as the cell's own mobilities make it.
+    void follow(double share) {
+        rest += (1.0 - share) * asked;
+        asked *= share;
+        request = {share * request.water, share * request.oil, share * request.gas};
+    }
 };
 
 /// What left, as means over the step.

@@ -68,12 +68,21 @@ void connectionMakeUp(const Simulation& s, MakeUp& makeUp) {
     }
 }
 
+/// Water saturation that lines leave in the cells which they cross.
+void saturationOfLines(const GridModel& grid, const MappingSums& sums, CellArray<double>& Sw) {
+    constexpr double Untold = -1.0;
+    Sw.assign(grid.NCELLS, Untold);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        if (sums.weight[cell] > 0.0) Sw[cell] = sums.water[cell] / sums.weight[cell];
+}
+
 }  // namespace
 
 void advanceByFaceTransfer(Simulation& simulation) {
     MakeUp makeUp;
     faceMakeUp(simulation, makeUp);
     connectionMakeUp(simulation, makeUp);
+    saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
     transportAmounts(makeUp, simulation);
     mapTracers(simulation.grid, simulation.mapping, simulation.state);
 }
