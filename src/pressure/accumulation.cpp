@@ -105,6 +105,8 @@ void accumulate(bool linear, double dt, const GridModel& grid, const FluidTables
         matrix.MatDiag[c] = -storage.perPsi;
         matrix.MatRhs[c] = -storage.rate;
     }
+    matrix.storage = 0.0;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) matrix.storage -= matrix.MatDiag[c];
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "pressure/acceleration.hpp"
 #include "pressure/accumulation.hpp"
 #include "pressure/flow_coefficients.hpp"
+#include "pressure/left_over.hpp"
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
@@ -238,6 +239,22 @@ void watchProgress(const Console& console, double dt, PressureStage& stage) {
 
 enum class Verdict { Converged, Forced, Cut, GoOn };
 
+/// Where an iteration stands.
+struct Progress {
+    int it = 0;
+    double DIFFP = 0.0;     // psi, largest change of the last solve
+    bool switched = false;  // a well, behind the last solve
+};
+
+/// The assembled equations ask for nothing that the step could not hand on. A step's first solve is never
+/// left out.
+bool isDone(const Simulation& s, const Progress& progress) {
+    if (!s.options.stepControl || !carriesAmounts(s.options) || progress.it == 0 || progress.switched)
+        return false;
+    return mayBeHandedOn(s.options,
+                         measureLeftOver(s.clock.dt, s.grid, s.state, s.wells, s.pressureWork.matrix));
+}
+
 /// The change that the next iteration would make, by how this one has fallen short of the one before.
 double foretoldChange(double DIFFP, double before) {
     return before > DIFFP ? DIFFP * (DIFFP / before) : DIFFP;
@@ -245,7 +262,8 @@ double foretoldChange(double DIFFP, double before) {
 
 /// What is left of the volume balance behind the last change is handed on where amounts are carried, so that
 /// a change need not be made when it is known to be too small.
-Verdict judge(const Simulation& s, int it, double DIFFP, double before, bool wellSwitched) {
+Verdict judge(const Simulation& s, const Progress& progress, double before) {
+    const auto [it, DIFFP, wellSwitched] = progress;
     const double change = carriesAmounts(s.options) && it > 1 ? foretoldChange(DIFFP, before) : DIFFP;
     if (change < s.options.PressureTolerance && it < s.options.MaxPressureIterations && !wellSwitched)
         return Verdict::Converged;
@@ -255,28 +273,28 @@ Verdict judge(const Simulation& s, int it, double DIFFP, double before, bool wel
 }
 
 /// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.
-Verdict iterate(Simulation& s, int& it, double& before) {
+Verdict iterate(Simulation& s, Progress& progress) {
     PressureWork& work = s.pressureWork;
-    assemble(it == 0, s);
+    int& it = progress.it;
+    assemble(it == 0 && !carriesAmounts(s.options), s);
+    if (isDone(s, progress)) return Verdict::Converged;
     if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
     solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
     const LargestChange largest = largestChange(work.solver.solution, s.grid.NCELLS);
-    bool switched = false;
-    if (it != FailedIteration) switched = applySolution(largest.DIFFP, s, it);
+    progress.switched = it != FailedIteration && applySolution(largest.DIFFP, s, it);
     printIteration(s.console, s.grid, it, largest);
     it += 1;
-    const Verdict verdict = judge(s, it, largest.DIFFP, before, switched);
-    before = largest.DIFFP;
-    return verdict;
+    const double before = progress.DIFFP;
+    progress.DIFFP = largest.DIFFP;
+    return judge(s, progress, before);
 }
 
 void solveStep(Simulation& s) {
-    int it = 0;
-    double before = 0.0;  // DIFFP of the iteration before
+    Progress progress;
     clearBottomHoleResets(s.wells);
     resetHistory(s.pressureWork.history);
     for (;;) {
-        const Verdict verdict = iterate(s, it, before);
+        const Verdict verdict = iterate(s, progress);
         if (verdict == Verdict::Forced) lineToBoth(s.console, "WARNING :: Force converge due to tiny tstep");
         if (verdict == Verdict::Converged || verdict == Verdict::Forced) break;
         if (verdict == Verdict::Cut && s.options.stepControl) {
@@ -286,13 +304,13 @@ void solveStep(Simulation& s) {
         if (verdict == Verdict::Cut) {
             cutStep(s);
             resetHistory(s.pressureWork.history);
-            it = 0;
+            progress = {};
             continue;
         }
         updateInPlace(s);
         updateRates(s);
     }
-    both(s.console, "Iteration for pressure     : {}", it);
+    both(s.console, "Iteration for pressure     : {}", progress.it);
 }
 
 double largestChangeOfStep(const GridModel& grid, const CellState& old, const CellState& now) {

@@ -114,7 +114,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
     AttemptFigures figures;
     for (int pass = 0;; ++pass) {
         advance(solve, s);
-        if (s.pressure.failed) return unsolvedStep();
+        if (s.pressure.failed) return unsolvedStep(s);
         figures = measureStep(s);
         correctTargets(s.wells);
         const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
@@ -176,9 +176,10 @@ void fallBack(bool solve, double dt, Simulation& s) {
 /// Attempts would go on in steps far below what the tables ask for, where the fully
 /// implicit method can stride.
 bool crawls(const Simulation& s) {
-    const double share = s.options.hasGas ? CrawlShareWithGas : CrawlShare;
-    return s.pressure.fieldStands &&
-           (s.clock.dt < share * s.control.asked || s.control.hopelessSteps >= FewHopelessSteps);
+    if (!s.pressure.fieldStands) return false;
+    if (s.control.hopelessSteps >= FewHopelessSteps) return true;
+    const bool freeGas = s.fluids.hasGas && holdsFreeGas(s.grid, s.state);
+    return s.clock.dt < (freeGas ? CrawlShareWithGas : CrawlShare) * s.control.asked;
 }
 
 /// Attempts until one stands.

@@ -8,8 +8,8 @@ namespace kvr {
 namespace {
 
 constexpr int MostCuts = 3;              // of one step, then it is taken fully implicitly
-constexpr int MostCutsWithGas = 1;       // the same where phases come and go: shorter steps change little
-constexpr double GasShare = 0.2;         // of the limits in runs with gas
+constexpr int MostCutsWithGas = 1;       // the same beside free gas, where phases come and go
+constexpr double GasShare = 0.2;         // of the limits beside free gas
 constexpr double LargestGrowth = 3.0;    // from step to step
 constexpr double LargestCut = 0.1;       // of one rejection
 constexpr double SmallestCut = 0.7;      // a rejected step is shortened at least to this share
@@ -39,7 +39,7 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     StepJudgement judgement;
     double worst = 0.0;
     for (const Row& row : Rows) {
-        const double limit = options.*row.limit * (options.hasGas ? GasShare : 1.0);
+        const double limit = options.*row.limit * (figures.freeGas ? GasShare : 1.0);
         const double share = figures.*row.figure / limit;
         if (std::isfinite(share) && share <= worst) continue;
         worst = std::isfinite(share) ? share : HUGE_VAL;
@@ -56,7 +56,7 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     }
     const double cut = figures.pressureSolved ? std::clamp(asked, LargestCut, SmallestCut) : FailedSolveCut;
     judgement.length = dt * cut;
-    const int most = options.hasGas ? MostCutsWithGas : MostCuts;
+    const int most = figures.freeGas ? MostCutsWithGas : MostCuts;
     judgement.verdict = cuts + 1 >= most || judgement.length < options.stepSmallest ? StepVerdict::Implicit
                                                                                     : StepVerdict::Shorter;
     return judgement;

@@ -24,8 +24,8 @@ struct StepJudgement {
 
 /// Judges a step of `dt` days that has been rejected `cuts` times before: the figure that is furthest beyond
 /// its limit decides. A step within all limits lets the next one grow by the share of the limits that is
-/// left, at most threefold; one beyond a limit is shortened by the same rule; at the third time, in a run
-/// with gas at the first, or below the smallest step, it goes to the fully implicit method.
+/// left, at most threefold; one beyond a limit is shortened by the same rule; at the third time, beside
+/// free gas at the first, or below the smallest step, it goes to the fully implicit method.
 StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts);
 
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).

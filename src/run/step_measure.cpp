@@ -13,6 +13,7 @@ namespace kvr {
 namespace {
 
 constexpr double BelowNothingWeight = 1e3;  // what has fallen below nothing no later step makes good
+constexpr double SmallestFreeGas = 1e-9;    // saturation
 constexpr double LargestFactor = 10.0;      // of a target, either way
 
 /// Reservoir volume by which a cell holds more than its pores, of what its saturations do not show.
@@ -96,19 +97,27 @@ double mobilityChange(const Simulation& s) {
 
 }  // namespace
 
+bool holdsFreeGas(const GridModel& grid, const CellState& state) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        if (grid.Active[cell] != 0 && state.Sg[cell] > SmallestFreeGas) return true;
+    return false;
+}
+
 AttemptFigures measureStep(const Simulation& simulation) {
     AttemptFigures figures;
+    figures.freeGas = simulation.fluids.hasGas && holdsFreeGas(simulation.grid, simulation.state);
     measureVolumes(simulation, figures);
     figures.mobilityChange = mobilityChange(simulation);
     for (const Well& well : simulation.wells.wells) {
         measureTarget(well, figures);
-        if (simulation.fluids.hasGas) measureGas(well, figures);
+        if (figures.freeGas) measureGas(well, figures);
     }
     return figures;
 }
 
-AttemptFigures unsolvedStep() {
+AttemptFigures unsolvedStep(const Simulation& simulation) {
     AttemptFigures figures;
+    figures.freeGas = simulation.fluids.hasGas && holdsFreeGas(simulation.grid, simulation.stepLevel.state);
     figures.pressureSolved = false;
     return figures;
 }

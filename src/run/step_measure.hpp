@@ -4,11 +4,14 @@
 
 namespace kvr {
 
+/// Whether a cell holds free gas.
+bool holdsFreeGas(const GridModel& grid, const CellState& state);
+
 /// Figures of the step that has just been attempted.
 AttemptFigures measureStep(const Simulation& simulation);
 
 /// Figures of an attempt that found no pressure.
-AttemptFigures unsolvedStep();
+AttemptFigures unsolvedStep(const Simulation& simulation);
 
 /// Sets the factors of the targets by what the wells have really given in the last step: the rate that
 /// mobilities promised over the rate that came out.

@@ -33,6 +33,7 @@ struct PressureMatrix {
     CellArray<double> MatDiag;      // storage and connections, then minus the sum of MatOff as well
     DirectionArray<double> MatOff;  // by direction of ConnectionTable
     CellArray<double> MatRhs;
+    double storage = 0.0;  // of the field, volume a day per psi
 
     LinearSystem system;
     DirectionArray<std::uint8_t> offPlace;  // place of a direction's entry behind the row's diagonal

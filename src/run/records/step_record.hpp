@@ -19,6 +19,7 @@ struct StepLevel {
 /// What one attempt at a step was like. Shares unless said otherwise; 0 is a perfect step.
 struct AttemptFigures {
     bool pressureSolved = true;
+    bool freeGas = false;             // somewhere in the field
     double volumeError = 0.0;         // sum over cells of |fluid volume - pore volume|, over the pore volume
     double largestVolumeError = 0.0;  // the same of the worst cell, over its pore volume
     double deficit = 0.0;         // volume that cells were asked for and did not hold, over the pore volume

@@ -1,0 +1,47 @@
+#include "pressure/left_over.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double Share = 0.1;              // of the limits of a step
+constexpr double ShareWithGas = 0.02;      // the same where limits are narrower
+constexpr double TolerancesOfMean = 10.0;  // a field that moves as a whole drives no flow inside
+
+}  // namespace
+
+LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& state, const WellRecord& wells,
+                         const PressureMatrix& matrix) {
+    LeftOver left;
+    double pores = 0.0, sum = 0.0;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        const double volume = state.PoreVolume[c];
+        if (grid.Active[c] == 0 || !(volume > 0.0)) continue;
+        const double asked = dt * matrix.MatRhs[c];
+        pores += volume;
+        sum += matrix.MatRhs[c];
+        left.field += std::abs(asked);
+        left.cell = std::max(left.cell, std::abs(asked) / volume);
+    }
+    if (pores > 0.0) left.field /= pores;
+    if (matrix.storage > 0.0) left.pressure = std::abs(sum) / matrix.storage;
+    for (const WellRow& row : matrix.wellRows) {
+        const double through = std::abs(wells.wells[row.well].reservoirRate);
+        const double asked = std::abs(matrix.system.rhs[static_cast<std::size_t>(row.row)]);
+        if (asked > 0.0) left.rate = std::max(left.rate, asked / through);
+    }
+    return left;
+}
+
+bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver) {
+    const double share = options.hasGas ? ShareWithGas : Share;
+    return leftOver.field <= share * options.stepVolumeError &&
+           leftOver.cell <= share * options.stepCellVolumeError &&
+           leftOver.pressure <= TolerancesOfMean * options.PressureTolerance &&
+           leftOver.rate <= share * options.stepTargetError;
+}
+
+}  // namespace kvr

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "deck/options.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/pressure_work.hpp"
+#include "pressure/wells/wells.hpp"
+
+namespace kvr {
+
+/// What the equations of an assembled pressure system still ask for, read off its right-hand side.
+struct LeftOver {
+    double field = 0.0;     // sum of the volumes left over in cells, of all pore volumes
+    double cell = 0.0;      // largest of them, of the cell's pore volume
+    double pressure = 0.0;  // psi by which their signed sum would move the field as a whole
+    double rate = 0.0;      // largest distance of a rate well from its target, of what its connections let by
+};
+
+/// The system is that of the present state; coefficients are to stand (see releaseCoefficients).
+LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& state, const WellRecord& wells,
+                         const PressureMatrix& matrix);
+
+/// Whether a step may hand on what is left over: a share of what it may be judged wrong by itself, so that
+/// another solve would change nothing that counts.
+bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver);
+
+}  // namespace kvr
