@@ -101,7 +101,7 @@ bool iterate(int iteration, Simulation& s, NewtonChange& change, bool& wellSwitc
 }
 
 void buildVelocity(Simulation& s) {
-    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, s.velocity);
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, {}, s.velocity);
     UpdateWellVelocity(s.units, s.state, s.wells);
 }
 

@@ -17,12 +17,25 @@ Number phasePotential(const Number& pCell, const Number& pNeighbour, const Numbe
     return pNeighbour - pCell - 0.5 * (rhoCell + rhoNeighbour) * g;
 }
 
+/// Whether a phase comes from the neighbour; where nothing drives it, from the cell of the lower number, so
+/// that both sides say the same.
+inline bool comesFromNeighbour(double phi, CellId cell, CellId neighbour) {
+    return phi > 0.0 || (phi == 0.0 && neighbour < cell);
+}
+
+/// What becomes of matrix.upstream: found from the present potentials, or held as it stands.
+enum class Upstream { Found, Held };
+
 /// Flow between active cells and their neighbours: MatOff is set, the inflow is added to MatRhs. Phases
 /// are upstream-weighted; the oil takes the cell's own factors and carries its upstream Rs:
 ///   MatOff = (Bo_c + Bg_c*(Rs_up - Rs_c))*TransO + Bw_c*TransW + Bg_c*TransG
-void flowTwoPhase(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
-                  const CellState& state, PressureMatrix& matrix);
-void flowThreePhase(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
-                    const CellState& state, PressureMatrix& matrix);
+/// Where sides are held, `through` and `astray` are measured.
+void flowTwoPhase(Upstream sides, const UnitSystem& units, const GridModel& grid,
+                  const ConnectionTable& connections, const CellState& state, PressureMatrix& matrix);
+void flowThreePhase(Upstream sides, const UnitSystem& units, const GridModel& grid,
+                    const ConnectionTable& connections, const CellState& state, PressureMatrix& matrix);
+
+/// Share of the flow whose sides are held and that the present potentials would take from the other side.
+double astrayShare(const PressureMatrix& matrix);
 
 }  // namespace kvr

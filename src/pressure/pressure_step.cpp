@@ -29,6 +29,9 @@ constexpr double HopelessStep = 1e-4;          // days; a run whose steps are al
 constexpr int MostHopelessSteps = 100;         // ... so many times in a row would never end
 constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
 
+constexpr int FreeSides = 4;            // iterations in which phases may change sides freely
+constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from the other side
+
 /// psi that one iteration may move a cell by in a run with gas. Phase changes at a well make undamped
 /// iterations jump to and fro; cells and bottom-hole pressures move by the same share of the solution.
 constexpr double LargestGasMove = 100.0;
@@ -71,8 +74,8 @@ void updateRates(Simulation& s) {
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
 }
 
-void buildVelocity(Simulation& s) {
-    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, s.velocity);
+void buildVelocity(const UpstreamSides& sides, Simulation& s) {
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, sides, s.velocity);
     UpdateWellVelocity(s.units, s.state, s.wells);
 }
 
@@ -130,14 +133,14 @@ void beginRepeatedPass(Simulation& s) {
     updateRates(s);
 }
 
-void assemble(bool firstIteration, Simulation& s) {
+void assemble(bool firstIteration, Upstream sides, Simulation& s) {
     PressureMatrix& matrix = s.pressureWork.matrix;
     const auto accumulate = s.fluids.hasGas ? accumulateThreePhase : accumulateTwoPhase;
     const auto flow = s.fluids.hasGas ? flowThreePhase : flowTwoPhase;
     buildPattern(s.grid, s.connections, s.wells, matrix);
     accumulate(firstIteration ? 1 : 0, s.clock.dt, s.grid, s.fluids, s.timeLevel, s.pressure.timeLevelAmounts,
                s.state, matrix);
-    flow(s.units, s.grid, s.connections, s.state, matrix);
+    flow(sides, s.units, s.grid, s.connections, s.state, matrix);
     WellHead(s.grid, s.connections, s.state, s.wells);
     addWellTerms(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, matrix);
     fillSystem(s.units, s.grid, s.connections, s.fluids, s.state, s.pressure.AveragePressure, s.wells,
@@ -246,13 +249,24 @@ struct Progress {
     bool switched = false;  // a well, behind the last solve
 };
 
-/// The assembled equations ask for nothing that the step could not hand on. A step's first solve is never
-/// left out.
-bool isDone(const Simulation& s, const Progress& progress) {
-    if (!s.options.stepControl || !carriesAmounts(s.options) || progress.it == 0 || progress.switched)
+/// Whether steps may end on what is left over, see mayBeHandedOn.
+bool handsOn(const RunOptions& options) {
+    return options.stepControl && carriesAmounts(options);
+}
+
+/// The equations of a further iteration. In a run that hands on what is left over phases keep their sides
+/// while few want to change them: one that goes to and fro would not let the iteration end. True when there
+/// is nothing left to solve for.
+bool assembleNext(const Progress& progress, Simulation& s) {
+    if (!handsOn(s.options)) {
+        assemble(false, Upstream::Found, s);
         return false;
-    return mayBeHandedOn(s.options,
-                         measureLeftOver(s.clock.dt, s.grid, s.state, s.wells, s.pressureWork.matrix));
+    }
+    const PressureMatrix& matrix = s.pressureWork.matrix;
+    assemble(false, Upstream::Held, s);
+    if (progress.it < FreeSides && astrayShare(matrix) > LargestAstray) assemble(false, Upstream::Found, s);
+    return !progress.switched &&
+           mayBeHandedOn(s.options, measureLeftOver(s.clock.dt, s.grid, s.state, s.wells, matrix));
 }
 
 /// The change that the next iteration would make, by how this one has fallen short of the one before.
@@ -264,7 +278,8 @@ double foretoldChange(double DIFFP, double before) {
 /// a change need not be made when it is known to be too small.
 Verdict judge(const Simulation& s, const Progress& progress, double before) {
     const auto [it, DIFFP, wellSwitched] = progress;
-    const double change = carriesAmounts(s.options) && it > 1 ? foretoldChange(DIFFP, before) : DIFFP;
+    const bool foretold = carriesAmounts(s.options) && !handsOn(s.options) && it > 1;
+    const double change = foretold ? foretoldChange(DIFFP, before) : DIFFP;
     if (change < s.options.PressureTolerance && it < s.options.MaxPressureIterations && !wellSwitched)
         return Verdict::Converged;
     if (s.clock.dt < TinyStep && DIFFP < TinyStepDeltaP) return Verdict::Forced;
@@ -276,9 +291,12 @@ Verdict judge(const Simulation& s, const Progress& progress, double before) {
 Verdict iterate(Simulation& s, Progress& progress) {
     PressureWork& work = s.pressureWork;
     int& it = progress.it;
-    assemble(it == 0 && !carriesAmounts(s.options), s);
-    if (isDone(s, progress)) return Verdict::Converged;
-    if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
+    if (it == 0) {
+        assemble(!carriesAmounts(s.options), Upstream::Found, s);
+        work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
+    } else if (assembleNext(progress, s)) {
+        return Verdict::Converged;
+    }
     solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
     const LargestChange largest = largestChange(work.solver.solution, s.grid.NCELLS);
     progress.switched = it != FailedIteration && applySolution(largest.DIFFP, s, it);
@@ -328,7 +346,7 @@ void keepSolution(std::span<const double> solution, CellId cells, CellArray<doub
 void finishStep(Simulation& s) {
     updateInPlace(s);
     updateRates(s);
-    buildVelocity(s);
+    buildVelocity(s.pressureWork.matrix.upstream, s);
     PressureStage& stage = s.pressure;
     keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
     stage.largestDeltaP = largestChangeOfStep(s.grid, s.timeLevel, s.state);
@@ -344,7 +362,7 @@ void refreshOnly(int firstCall, Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     if (firstCall == 0) saveTimeLevel(s);
     updateRates(s);
-    buildVelocity(s);
+    buildVelocity({}, s);
     s.pressure.DeltaP.assign(s.grid.NCELLS, 0.0);
 }
 

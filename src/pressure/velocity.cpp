@@ -38,6 +38,26 @@ void velocityOfCell(bool boxGrid, double volumeFactor, const GridModel& grid,
     }
 }
 
+/// `sides`: of the cell, by direction; null: as the potentials are.
+PhaseFlux phaseFlux(double flowUnit, const ConnectionTable& connections, const CellState& s, CellId c, int d,
+                    const std::uint8_t* sides) {
+    const CellId n = connections.Neighbour(c, d);
+    const double trans = connections.Trans(c, d);
+    if (n <= 0 || trans == 0.0) return {};
+    const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
+    const double T = trans * flowUnit * FaceSign[static_cast<std::size_t>(d) - 1];
+    const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
+    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g);
+    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g);
+    const auto upstream = [&](double phi, PhaseSide phase) {
+        const bool fromNeighbour =
+            sides != nullptr ? (sides[d - 1] & phase) != 0 : comesFromNeighbour(phi, c, n);
+        return fromNeighbour ? n : c;
+    };
+    return {-phiO * T * s.LambdaO[upstream(phiO, OilSide)], -phiW * T * s.LambdaW[upstream(phiW, WaterSide)],
+            -phiG * T * s.LambdaG[upstream(phiG, GasSide)]};
+}
+
 }  // namespace
 
 bool needsFaceVelocity(const RunOptions& options) {
@@ -56,28 +76,20 @@ void AllocateVelocity(const Console& console, CellId count, bool faceVelocity, V
 
 PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& s,
                                CellId c, int d) {
-    const CellId n = connections.Neighbour(c, d);
-    const double trans = connections.Trans(c, d);
-    if (n <= 0 || trans == 0.0) return {};
-    const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
-    const double T = trans * flowUnit * FaceSign[static_cast<std::size_t>(d) - 1];
-    const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
-    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g);
-    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g);
-    return {-phiO * T * s.LambdaO[phiO > 0.0 ? n : c], -phiW * T * s.LambdaW[phiW > 0.0 ? n : c],
-            -phiG * T * s.LambdaG[phiG > 0.0 ? n : c]};
+    return phaseFlux(flowUnit, connections, s, c, d, nullptr);
 }
 
 void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
                                const ConnectionTable& connections, const CellState& state,
-                               VelocityField& velocity) {
+                               const UpstreamSides& sides, VelocityField& velocity) {
     const bool boxGrid = !options.useNewtran;
     const bool faceVelocity = !velocity.CellFaceVelocity.slots.empty();
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
+        const std::uint8_t* sidesOfCell = sides.width > 0 ? sides.row(c) : nullptr;
         for (int d = 1; d <= FaceCount; ++d) {
-            const PhaseFlux flux = phaseFluxThroughFace(units.FlowUnit, connections, state, c, d);
+            const PhaseFlux flux = phaseFlux(units.FlowUnit, connections, state, c, d, sidesOfCell);
             velocity.CellFaceFlux(c, d) = flux.oil + flux.water + flux.gas;
         }
         if (faceVelocity) velocityOfCell(boxGrid, units.VolumeFactor, grid, connections, c, velocity);

@@ -6,6 +6,7 @@
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
+#include "pressure/records/upstream_sides.hpp"
 #include "pressure/records/velocity_field.hpp"
 #include "pressure/wells/wells.hpp"
 
@@ -25,10 +26,12 @@ struct PhaseFlux {
 PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
                                CellId cell, int face);
 
-/// Total flux from the phase pressures, and velocity where the field has room for it.
+/// Total flux from the phase pressures, and velocity where the field has room for it. Phases come from the
+/// sides that the pressure was solved with, so that the fluxes are those of its balance; where `sides` is
+/// empty, from those of the present potentials.
 void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
                                const ConnectionTable& connections, const CellState& state,
-                               VelocityField& velocity);
+                               const UpstreamSides& sides, VelocityField& velocity);
 
 /// Reservoir rates of connections and wells for launching, from the converged field.
 void UpdateWellVelocity(const UnitSystem& units, const CellState& state, WellRecord& wells);

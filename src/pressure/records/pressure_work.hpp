@@ -2,6 +2,7 @@
 
 #include "base/cell_array.hpp"
 #include "pressure/records/iteration_history.hpp"
+#include "pressure/records/upstream_sides.hpp"
 #include "pressure/solvers/linear_system.hpp"
 #include "pressure/solvers/solver_table.hpp"
 
@@ -34,6 +35,9 @@ struct PressureMatrix {
     DirectionArray<double> MatOff;  // by direction of ConnectionTable
     CellArray<double> MatRhs;
     double storage = 0.0;  // of the field, volume a day per psi
+    UpstreamSides upstream;
+    CellArray<double> through;  // volume a day that crosses the connections of a cell, where sides are held
+    CellArray<double> astray;   // the part of it that the present potentials would take from the other side
 
     LinearSystem system;
     DirectionArray<std::uint8_t> offPlace;  // place of a direction's entry behind the row's diagonal

@@ -43,7 +43,7 @@ struct TwoCells {
     void assemble(const WellRecord& wells = {}) {
         buildPattern(grid, connections, wells, matrix);
         accumulateTwoPhase(1, 1.0, grid, tables, old, amounts, state, matrix);
-        flowTwoPhase(units, grid, connections, state, matrix);
+        flowTwoPhase(Upstream::Found, units, grid, connections, state, matrix);
         addWellTerms(units, tables, state, 0.0, wells, matrix);
         fillSystem(units, grid, connections, tables, state, 0.0, wells, matrix);
     }
@@ -157,7 +157,7 @@ TEST(PressureMatrix, CarriesTheGasThatUpstreamOilBringsAlong) {
     cells.state.Rs[1] = 220.0;
     cells.state.Rs[2] = 200.0;
     buildPattern(cells.grid, cells.connections, {}, cells.matrix);
-    flowThreePhase(cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
+    flowThreePhase(Upstream::Found, cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
     // into cell 2: Bo + Bg (220 - 200) = 1.1; into cell 1, itself upstream: Bo
     EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.88, 1e-12);
     EXPECT_NEAR(cells.matrix.MatOff(1, 2), 0.8, 1e-12);
@@ -167,7 +167,7 @@ TEST(PressureMatrix, TakesTheFlowUnitOfTheDeckSystem) {
     TwoCells cells;
     cells.units = metricUnits();
     buildPattern(cells.grid, cells.connections, {}, cells.matrix);
-    flowTwoPhase(cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
+    flowTwoPhase(Upstream::Found, cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
     EXPECT_NEAR(cells.matrix.MatOff(1, 2), 0.8 * 5.614583, 1e-12);
 }
 

@@ -22,7 +22,7 @@ void pair(double left, double right, Simulation& s) {
 }
 
 void build(Simulation& s) {
-    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, s.velocity);
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, {}, s.velocity);
 }
 
 }  // namespace
