@@ -17,7 +17,7 @@ constexpr int NoConnection = -1;
 constexpr int MostSweeps = 50;       // over the cells of a ring
 constexpr double SteadyRing = 1e-9;  // change of what passes between sweeps, per pore volume of the step
 constexpr double TrustedError =
-    0.005;                            // saturation that a known make-up may be wrong by and still be followed
+    0.01;                             // saturation that a known make-up may be wrong by and still be followed
 constexpr double TrustedTurns = 1.0;  // of a cell's content, within which it always is
 
 ConservedAmounts operator*(double factor, const ConservedAmounts& a) {

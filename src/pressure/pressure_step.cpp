@@ -6,6 +6,7 @@
 #include "pressure/accumulation.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/left_over.hpp"
+#include "pressure/mobility_forecast.hpp"
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
@@ -104,6 +105,22 @@ void saveTimeLevel(Simulation& s) {
     if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
 }
 
+/// Whether steps may end on what is left over, see mayBeHandedOn.
+bool handsOn(const RunOptions& options) {
+    return options.stepControl && carriesAmounts(options);
+}
+
+/// Mobilities of the middle of the step, where a step before tells how the field flows. Beside gas the level
+/// serves better: what comes out of solution there is no matter of flow.
+void forecast(Simulation& s) {
+    PressureStage& stage = s.pressure;
+    stage.mobilityRatio = {};
+    const bool newWells = s.clock.stepsSinceEvent == 0;
+    if (newWells) stage.forecasts = true;
+    if (handsOn(s.options) && stage.forecasts && stage.fieldStands && !newWells && !s.fluids.hasGas)
+        forecastMobilities(s.clock.dt, s);
+}
+
 void beginStep(Simulation& s) {
     s.pressure.stepCut = false;
     s.pressure.failed = false;
@@ -113,6 +130,7 @@ void beginStep(Simulation& s) {
     initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
     saveTimeLevel(s);
+    forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
     // has reached an injector's cell multiplies its rate at the limit.
     releaseWellsFromLimit(s.console, s.wells);
@@ -248,11 +266,6 @@ struct Progress {
     double DIFFP = 0.0;     // psi, largest change of the last solve
     bool switched = false;  // a well, behind the last solve
 };
-
-/// Whether steps may end on what is left over, see mayBeHandedOn.
-bool handsOn(const RunOptions& options) {
-    return options.stepControl && carriesAmounts(options);
-}
 
 /// The equations of a further iteration. In a run that hands on what is left over phases keep their sides
 /// while few want to change them: one that goes to and fro would not let the iteration end. True when there

@@ -192,6 +192,7 @@ void attemptUntilAccepted(bool solve, Simulation& s) {
         if (judgement.verdict == StepVerdict::Accepted) {
             control.longest = judgement.length;
             control.implicitInARow = 0;
+            if (figures.mobilityError > figures.mobilityLag) s.pressure.forecasts = false;
             return;
         }
         const double dt = s.clock.dt;

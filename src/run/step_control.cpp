@@ -30,7 +30,7 @@ constexpr Row Rows[] = {
     {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit},
     {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError},
     {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss},
-    {"change of mobility", &AttemptFigures::mobilityChange, &RunOptions::stepMobilityChange},
+    {"error of mobility", &AttemptFigures::mobilityError, &RunOptions::stepMobilityError},
 };
 
 }  // namespace

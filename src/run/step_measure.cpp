@@ -78,9 +78,11 @@ double totalMobility(const Simulation& s, const CellState& state, CellId cell) {
     return kr.w / s.state.MuW[cell] + kr.o / s.state.MuO[cell] + gas;
 }
 
-/// How far the mobilities that the pressure was solved with have moved on where the flow is.
-double mobilityChange(const Simulation& s) {
-    double flow = 0.0, change = 0.0;
+/// How far the mobilities that the pressure was solved with were from those of the step where the flow is.
+void measureMobilities(const Simulation& s, AttemptFigures& figures) {
+    double flow = 0.0, error = 0.0, lag = 0.0;
+    const CellArray<double>& ratio = s.pressure.mobilityRatio;
+    const auto solvedRatio = [&](CellId cell) { return ratio.empty() ? 1.0 : ratio[cell]; };
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
         if (s.grid.Active[cell] == 0) continue;
         const double* flux = s.velocity.CellFaceFlux.row(cell);
@@ -88,11 +90,15 @@ double mobilityChange(const Simulation& s) {
         for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
         if (through == 0.0) continue;
         const double before = totalMobility(s, s.stepLevel.state, cell);
-        const double now = totalMobility(s, s.state, cell);
+        const double mean = 0.5 * (before + totalMobility(s, s.state, cell));
         flow += through;
-        if (before + now > 0.0) change += through * 2.0 * std::abs(now - before) / (now + before);
+        if (!(mean > 0.0)) continue;
+        error += through * std::abs(solvedRatio(cell) * before - mean) / mean;
+        lag += through * std::abs(before - mean) / mean;
     }
-    return flow > 0.0 ? change / flow : 0.0;
+    if (!(flow > 0.0)) return;
+    figures.mobilityError = error / flow;
+    figures.mobilityLag = lag / flow;
 }
 
 }  // namespace
@@ -107,7 +113,7 @@ AttemptFigures measureStep(const Simulation& simulation) {
     AttemptFigures figures;
     figures.freeGas = simulation.fluids.hasGas && holdsFreeGas(simulation.grid, simulation.state);
     measureVolumes(simulation, figures);
-    figures.mobilityChange = mobilityChange(simulation);
+    measureMobilities(simulation, figures);
     for (const Well& well : simulation.wells.wells) {
         measureTarget(well, figures);
         if (figures.freeGas) measureGas(well, figures);

@@ -157,7 +157,7 @@ void readStepControl(SectionReader& reader, RunOptions& options) {
                                                &options.stepDeficit,
                                                &options.stepTargetError,
                                                &options.stepTargetMiss,
-                                               &options.stepMobilityChange,
+                                               &options.stepMobilityError,
                                                &options.stepSmallest};
     readRecord(reader, targets);
     options.stepControl = upperInitialOf(word) != 'N';

@@ -63,6 +63,10 @@ struct WellMovement {
 
 /// What the pressure stage keeps beside CellState.
 struct PressureStage {
+    CellArray<double>
+        mobilityRatio;      // total mobility of the last solve over that of its time level, empty: 1
+    bool forecasts = true;  // pressures are solved with mobilities forecast for the middle of the step
+    CellAmounts exchanged;  // a day, what gravity and capillarity brought into cells in the step before
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
     bool failed = false;           // set by PressureStep under step control: no pressure was found
     bool stepCut = false;          // set by PressureStep: it shortened the step

@@ -22,10 +22,12 @@ struct AttemptFigures {
     bool freeGas = false;             // somewhere in the field
     double volumeError = 0.0;         // sum over cells of |fluid volume - pore volume|, over the pore volume
     double largestVolumeError = 0.0;  // the same of the worst cell, over its pore volume
-    double deficit = 0.0;         // volume that cells were asked for and did not hold, over the pore volume
-    double targetExcess = 0.0;    // largest rate of a well over its target
-    double targetMiss = 0.0;      // largest shortfall of a rate-controlled well below its target
-    double mobilityChange = 0.0;  // mean relative change of the total mobility, weighted by the flow
+    double deficit = 0.0;        // volume that cells were asked for and did not hold, over the pore volume
+    double targetExcess = 0.0;   // largest rate of a well over its target
+    double targetMiss = 0.0;     // largest shortfall of a rate-controlled well below its target
+    double mobilityError = 0.0;  // mean relative distance, weighted by the flow, of the total mobility that
+                                 // the pressure was solved with from the mean of the step's begin and end
+    double mobilityLag = 0.0;  // the same for the mobility of the step's begin
 };
 
 /// How long steps may be, and how often they were taken anew; kept for the run.

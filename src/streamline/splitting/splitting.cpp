@@ -242,15 +242,22 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     return dt;
 }
 
-/// Adds what the stage has brought into each cell.
-void addExchanged(const SplittingStage& stage, const CellArray<double>& poreVolume, CellAmounts& amounts) {
+/// Adds what the stage has brought into each cell, and keeps it as a rate.
+void addExchanged(const SplittingStage& stage, double days, const CellArray<double>& poreVolume,
+                  CellAmounts& amounts, CellAmounts& rate) {
+    sizeAmounts(poreVolume.count(), rate);
+    const auto add = [&](double gain, double& amount, double& gainADay) {
+        amount += gain;
+        gainADay = gain / days;
+    };
     for (CellId cell = 1; cell <= poreVolume.count(); ++cell) {
         const CellWork& work = stage.own[cell];
         if (!work.working) continue;
         const ConservedAmounts& start = stage.start[cell];
-        amounts.water[cell] += poreVolume[cell] * (work.amount.water - start.water);
-        amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - start.oil);
-        amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - start.gas);
+        const double pores = poreVolume[cell];
+        add(pores * (work.amount.water - start.water), amounts.water[cell], rate.water[cell]);
+        add(pores * (work.amount.oil - start.oil), amounts.oil[cell], rate.oil[cell]);
+        add(pores * (work.amount.gas - start.gas), amounts.gas[cell], rate.gas[cell]);
     }
 }
 
@@ -279,7 +286,8 @@ void finishStage(const SplittingStage& stage, Simulation& simulation) {
     if (!stage.carries) return writeBack(stage, simulation);
     CellAmounts whole;
     measureWholeAmounts(simulation.grid, simulation.state, simulation.pressure.carried, whole);
-    addExchanged(stage, simulation.state.PoreVolume, whole);
+    addExchanged(stage, simulation.clock.workDt, simulation.state.PoreVolume, whole,
+                 simulation.pressure.exchanged);
     writeBack(stage, simulation);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     measureCarried(simulation.grid, simulation.state, whole, simulation.pressure.carried);

@@ -12,15 +12,15 @@ RunOptions tenths() {
     RunOptions options;
     options.hasGas = false;
     options.stepVolumeError = options.stepCellVolumeError = options.stepDeficit = 0.1;
-    options.stepTargetError = options.stepTargetMiss = options.stepMobilityChange = 0.1;
+    options.stepTargetError = options.stepTargetMiss = options.stepMobilityError = 0.1;
     options.stepSmallest = 1e-3;
     return options;
 }
 
-AttemptFigures figuresOf(double volumeError, double mobilityChange = 0.0) {
+AttemptFigures figuresOf(double volumeError, double mobilityError = 0.0) {
     AttemptFigures figures;
     figures.volumeError = volumeError;
-    figures.mobilityChange = mobilityChange;
+    figures.mobilityError = mobilityError;
     return figures;
 }
 
@@ -62,7 +62,7 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
         {&AttemptFigures::deficit, &RunOptions::stepDeficit, "volume that cells did not hold"},
         {&AttemptFigures::targetExcess, &RunOptions::stepTargetError, "rate over a target"},
         {&AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, "rate away from the solved one"},
-        {&AttemptFigures::mobilityChange, &RunOptions::stepMobilityChange, "change of mobility"},
+        {&AttemptFigures::mobilityError, &RunOptions::stepMobilityError, "error of mobility"},
     };
     for (const Row& row : rows) {
         RunOptions options = tenths();

@@ -31,7 +31,7 @@ TEST(MeasureStep, FindsNothingWrongWithAStateThatStands) {
     EXPECT_EQ(figures.deficit, 0.0);
     EXPECT_EQ(figures.targetExcess, 0.0);
     EXPECT_EQ(figures.targetMiss, 0.0);
-    EXPECT_EQ(figures.mobilityChange, 0.0);
+    EXPECT_EQ(figures.mobilityError, 0.0);
     EXPECT_FALSE(unsolvedStep().pressureSolved);
 }
 
@@ -102,12 +102,12 @@ TEST(MeasureStep, WeighsTheChangeOfMobilityByTheFlow) {
     TwoCells run;
     run.s.state.Sw[1] = 0.4;
     run.s.state.So[1] = 0.6;
-    EXPECT_EQ(run.figures().mobilityChange, 0.0) << "nothing flows";
+    EXPECT_EQ(run.figures().mobilityError, 0.0) << "nothing flows";
     run.s.velocity.CellFaceFlux(1, 2) = 10.0;
     run.s.velocity.CellFaceFlux(2, 1) = 10.0;
     run.s.velocity.CellFaceFlux(2, 4) = -20.0;
     const double change = 0.1 / 0.4;  // of the mean of both
-    EXPECT_NEAR(run.figures().mobilityChange, 10.0 * change / 40.0, 1e-12);
+    EXPECT_NEAR(run.figures().mobilityError, 10.0 * change / 40.0, 1e-12);
 }
 
 TEST(CorrectTargets, AimsByThePromisedOverTheGivenRate) {
