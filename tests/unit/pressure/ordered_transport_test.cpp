@@ -151,6 +151,43 @@ TEST(AdvanceInOrder, TakesTheKnownMakeUpOfFacesAndProducers) {
     EXPECT_EQ(run.account.deficit, 0.0);
 }
 
+/// A cell of 100 pore volumes half full of either fluid, both of which come in evenly; a known make-up takes
+/// 52 parts of water in 100.
+TransportRun knownOutlet(double toldSw) {
+    TransportRun run = shareRow(2, 100.0, 10.0);
+    run.flow.wells.wells[0].connections[0].ConnQw = 5.0;
+    run.flow.wells.wells[0].connections[0].ConnQo = 5.0;
+    run.fill(0.5);
+    run.makeUp.faceKnown.assign(2, 3, 0);
+    run.makeUp.face.assign(2, 3, {});
+    run.makeUp.faceKnown(1, 1) = 1;
+    run.makeUp.face(1, 1) = {0.52, 0.48, 0.0};
+    run.makeUp.Sw.assign(2, toldSw);
+    return run;
+}
+
+TEST(AdvanceInOrder, FollowsAMakeUpInPartWhereItsSourceTellsAnotherSaturation) {
+    // Followed in full, 40 days of 5 - 5.2 leave a water saturation of 0.42, off by 0.08: one part in eight
+    // is followed by that, a quarter because the content turns over four times. Then
+    // W' = 5 - 2.5 0.52 - 7.5 W / 100, from 50 towards 49.333 by exp(-3).
+    TransportRun off = knownOutlet(0.5);
+    off.advance(40.0, 800.0);
+    EXPECT_NEAR(off.amounts.water[1], 49.3333 + 0.6667 * std::exp(-3.0), 0.002);
+    expectConserved(off, {100.0, 100.0, 0.0}, 40.0);
+}
+
+TEST(AdvanceInOrder, FollowsAMakeUpInFullWhereItsSourceAgreesOrTheContentTurnsOverLessThanOnce) {
+    TransportRun right = knownOutlet(0.42);
+    right.advance(40.0, 1.0);
+    EXPECT_NEAR(right.amounts.water[1], 42.0, 1e-12);
+    TransportRun near = knownOutlet(0.429);
+    near.advance(40.0, 1.0);
+    EXPECT_NEAR(near.amounts.water[1], 42.0, 1e-12);
+    TransportRun shortStep = knownOutlet(0.9);
+    shortStep.advance(9.0, 1.0);
+    EXPECT_NEAR(shortStep.amounts.water[1], 48.2, 1e-12);
+}
+
 TEST(AdvanceInOrder, TakesNothingThatIsNotThere) {
     // The producer asks its cell for more than it and what comes in hold.
     TransportRun run = shareRow(2, 100.0, 10.0);

@@ -138,7 +138,7 @@ TEST(PressureMatrix, WeighsAFlowByTheCellsOwnFactorOverTheUpstreamOne) {
     EXPECT_NEAR(cells.matrix.MatRhs[2], 1.0 * 100.0, 1e-10);
 }
 
-TEST(PressureMatrix, TakesTheCellItselfAsUpstreamAtNoPotentialDifference) {
+TEST(PressureMatrix, TakesTheLowerCellAsUpstreamFromBothSidesAtNoPotentialDifference) {
     TwoCells cells;
     cells.state.Pressure[2] = 3000.0;
     cells.state.PressureW[2] = 3000.0;
@@ -146,8 +146,27 @@ TEST(PressureMatrix, TakesTheCellItselfAsUpstreamAtNoPotentialDifference) {
     cells.state.LambdaO[2] = 0.3;
     cells.assemble();
     EXPECT_NEAR(cells.matrix.MatOff(1, 2), 0.8, 1e-12);
-    EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.3, 1e-12);
+    EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.8, 1e-12);
     EXPECT_EQ(cells.matrix.MatRhs[1], 0.0);
+}
+
+TEST(PressureMatrix, HoldsTheSidesThatPhasesCameFromAndMeasuresWhatWantsToCross) {
+    TwoCells cells;
+    cells.state.LambdaO[2] = 0.3;
+    cells.assemble();  // from cell 1 to cell 2
+    EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.8, 1e-12);
+    const auto held = [&] {
+        flowTwoPhase(Upstream::Held, cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
+    };
+    held();
+    EXPECT_EQ(astrayShare(cells.matrix), 0.0);
+    cells.state.Pressure[2] = 3000.5;
+    held();
+    EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.8, 1e-12);
+    EXPECT_NEAR(cells.matrix.MatOff(1, 2), 0.8, 1e-12);
+    EXPECT_EQ(astrayShare(cells.matrix), 1.0);
+    flowTwoPhase(Upstream::Found, cells.units, cells.grid, cells.connections, cells.state, cells.matrix);
+    EXPECT_NEAR(cells.matrix.MatOff(2, 1), 0.3, 1e-12);
 }
 
 TEST(PressureMatrix, CarriesTheGasThatUpstreamOilBringsAlong) {

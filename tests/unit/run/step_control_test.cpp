@@ -89,11 +89,12 @@ TEST(JudgeStep, HandsStepsBelowTheSmallestToTheImplicitMethod) {
     EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 0.0024, 0).verdict, StepVerdict::Implicit);
 }
 
-TEST(JudgeStep, TakesAFifthOfTheLimitsInRunsWithGas) {
-    RunOptions options = tenths();
-    options.hasGas = true;
-    EXPECT_EQ(judgeStep(options, figuresOf(0.019), 1.0, 0).verdict, StepVerdict::Accepted);
-    const StepJudgement judgement = judgeStep(options, figuresOf(0.021), 1.0, 0);
+TEST(JudgeStep, TakesAFifthOfTheLimitsBesideFreeGas) {
+    AttemptFigures figures = figuresOf(0.019);
+    figures.freeGas = true;
+    EXPECT_EQ(judgeStep(tenths(), figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    figures.volumeError = 0.021;
+    const StepJudgement judgement = judgeStep(tenths(), figures, 1.0, 0);
     EXPECT_NE(judgement.verdict, StepVerdict::Accepted);
     EXPECT_NEAR(judgement.limit, 0.02, 1e-15);
 }

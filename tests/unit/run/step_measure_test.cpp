@@ -32,7 +32,8 @@ TEST(MeasureStep, FindsNothingWrongWithAStateThatStands) {
     EXPECT_EQ(figures.targetExcess, 0.0);
     EXPECT_EQ(figures.targetMiss, 0.0);
     EXPECT_EQ(figures.mobilityError, 0.0);
-    EXPECT_FALSE(unsolvedStep().pressureSolved);
+    EXPECT_EQ(figures.mobilityLag, 0.0);
+    EXPECT_FALSE(unsolvedStep(TwoCells().s).pressureSolved);
 }
 
 TEST(MeasureStep, CountsVolumesBeyondThePoresByCellAndInAll) {
@@ -92,6 +93,10 @@ TEST(MeasureStep, ComparesTheGasOfProducersWithTheSolvedOne) {
     Well& well = run.producer("bhp", 0.0);
     well.solvedQg = -50.0;
     well.WellQg = -60.0;
+    EXPECT_EQ(run.figures().targetMiss, 0.0) << "all gas is dissolved";
+    run.s.state.Sg[1] = 0.1;
+    EXPECT_TRUE(run.figures().freeGas);
+    well.WellQg = -60.0;
     EXPECT_NEAR(run.figures().targetMiss, 0.2, 1e-15);
     well.WellQg = -45.0;
     EXPECT_NEAR(run.figures().targetMiss, 0.1, 1e-15);
@@ -106,8 +111,12 @@ TEST(MeasureStep, WeighsTheChangeOfMobilityByTheFlow) {
     run.s.velocity.CellFaceFlux(1, 2) = 10.0;
     run.s.velocity.CellFaceFlux(2, 1) = 10.0;
     run.s.velocity.CellFaceFlux(2, 4) = -20.0;
-    const double change = 0.1 / 0.4;  // of the mean of both
-    EXPECT_NEAR(run.figures().mobilityError, 10.0 * change / 40.0, 1e-12);
+    const double half = 0.05 / 0.4;  // of the mean of both
+    EXPECT_NEAR(run.figures().mobilityLag, 10.0 * half / 40.0, 1e-12);
+    EXPECT_NEAR(run.figures().mobilityError, 10.0 * half / 40.0, 1e-12);
+    run.s.pressure.mobilityRatio.assign(2, 0.38 / 0.45);  // the pressure was solved with 0.38 of cell 1
+    EXPECT_NEAR(run.figures().mobilityLag, 10.0 * half / 40.0, 1e-12);
+    EXPECT_NEAR(run.figures().mobilityError, (10.0 * 0.02 / 0.4 + 30.0 * 0.07 / 0.45) / 40.0, 1e-12);
 }
 
 TEST(CorrectTargets, AimsByThePromisedOverTheGivenRate) {
