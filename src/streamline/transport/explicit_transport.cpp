@@ -70,7 +70,10 @@ double substepLength(const ExplicitControl& control, bool hasGas, bool first, do
     const double plain = std::min(stepOfSpeed(control, largestWaveSpeed(hasGas, line), first), left);
     limitFluxes(control.upwind, hasGas, plain, line);
     if (control.upwind == "SPU") return plain;
-    return std::min(plain, stepOfSpeed(control, largestLimitedSpeed(hasGas, line), first));
+    const double limited = stepOfSpeed(control, largestLimitedSpeed(hasGas, line), first);
+    if (!(limited < plain)) return plain;
+    limitFluxes(control.upwind, hasGas, limited, line);
+    return limited;
 }
 
 }  // namespace
@@ -120,8 +123,7 @@ void advanceTogether(const FluidTables& tables, const ExplicitControl& control, 
 
 void advanceExplicit(const FluidTables& tables, const ExplicitControl& control, double step,
                      ExplicitScratch& scratch, SolverLine& line) {
-    const bool inOnePiece = control.upwind != "SPU" || !line.tracer.empty() || line.hasGravity;
-    if (inOnePiece) return advanceTogether(tables, control, step, line);
+    if (!line.tracer.empty() || line.hasGravity) return advanceTogether(tables, control, step, line);
     advanceInStretches(tables, control, step, scratch, line);
 }
 
