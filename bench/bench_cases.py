@@ -1,6 +1,7 @@
 """Building, decks and measurements of bench/run. A measurement is a dictionary of figures by name: user, wall
 (s), megabytes, rate (million/s), and of a whole run the elapsed seconds of its stages and its cells."""
 
+import contextlib
 import json
 import lzma
 import os
@@ -28,7 +29,8 @@ CHOICES = {"FIVE1": {"lines": 30, "nodes": "IRR"},
            "LIVEWAT": {"lines": 400, "nodes": "REG"}}
 
 # Every flood takes 2000 days in pressure steps of 50; the largest case is measured once.
-STEPS = {"20*100": "40*50"}
+WHOLE_RUN = "40*50"
+STEPS = {"20*100": WHOLE_RUN}
 LARGEST = "FIVE85"
 
 # Rows of the program's closing table of stages.
@@ -44,14 +46,19 @@ def build():
             sys.exit(done.stdout[-4000:])
 
 
-def placed(decks, name, scratch, options=True):
-    """The deck `name` in a folder of its own name, with its option section."""
+def placed(decks, name, scratch, options=True, steps=None):
+    """The deck `name` in a folder of its own name, with its option section, an own text of one, or none; `steps`
+    in place of its time steps."""
     folder = pathlib.Path(scratch) / name
     folder.mkdir()
     text = (decks / f"{name}.DATA").read_text()
     for theirs, ours in STEPS.items():
         text = text.replace(theirs, ours)
-    (folder / "ECLIPSE.DATA").write_text(text + (kvr_run.options(**CHOICES[name]) if options else ""))
+    if steps is not None:
+        assert WHOLE_RUN in text
+        text = text.replace(WHOLE_RUN, steps)
+    section = options if isinstance(options, str) else kvr_run.options(**CHOICES[name]) if options else ""
+    (folder / "ECLIPSE.DATA").write_text(text + section)
     plain, packed = decks / f"{name}.INC", decks / f"{name}.INC.xz"
     if plain.exists():
         shutil.copyfile(plain, folder / plain.name)
@@ -165,3 +172,50 @@ def peer_run(decks, name):
     with tempfile.TemporaryDirectory() as scratch:
         folder = placed(decks, name, scratch, options=False)
         return measure(["flow", "ECLIPSE.DATA", f"--output-dir={folder}"], folder, 1)
+
+
+# --- cost of step control ----------------------------------------------------------------------------
+
+STEP_CONTROL_DECKS = ("LIVEWAT", "QFS50", "BL100")
+LEAST_MEASURED = 2.0  # s of CPU, which a short run is repeated to
+
+
+def step_control(decks, name, repeats):
+    """User seconds of a deck at its published steps with step control and without, each row a median of runs taken
+    in turn, so that both see the same machine."""
+    runs = {"Yes": [], "No": []}
+    while min(map(len, runs.values())) < repeats or sum(one["user"] for one in runs["No"]) < LEAST_MEASURED:
+        for word, measured in runs.items():
+            with tempfile.TemporaryDirectory() as scratch:
+                section = f"\nTUNEKVR\nSTEPCTRL\n{word} /\n"
+                measured.append(measure([BUILD / "kvr"], placed(decks, name, scratch, options=section), 1))
+    return {word: medians(measured) for word, measured in runs.items()}
+
+
+# --- a machine that others use -----------------------------------------------------------------------
+
+SHARED_CASE, SHARED_STEPS, BUSY_PROCESSES = "FIVE5", "3*50", 3
+
+
+@contextlib.contextmanager
+def busy(count):
+    """So many processes that do nothing but compute."""
+    running = [subprocess.Popen([sys.executable, "-c", "while True: pass"]) for _ in range(count)]
+    try:
+        yield
+    finally:
+        for process in running:
+            process.kill()
+            process.wait()
+
+
+def shared_run(decks, beside, repeats):
+    """Figures by number of threads of the first steps of a run beside so many busy processes, taken in turn."""
+    runs = {1: [], 2: []}
+    with busy(beside):
+        for _ in range(repeats):
+            for threads, measured in runs.items():
+                with tempfile.TemporaryDirectory() as scratch:
+                    folder = placed(decks, SHARED_CASE, scratch, steps=SHARED_STEPS)
+                    measured.append(measure([BUILD / "kvr"], folder, threads))
+    return {threads: medians(measured) for threads, measured in runs.items()}

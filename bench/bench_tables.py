@@ -95,6 +95,24 @@ def peer_ratio(name, rows):
     return [[f"{name}: user seconds of the peer over ours", f"{peer['user'] / own['user']:.1f}"]] if own and peer else []
 
 
+def step_control_name(name, word):
+    return f"{name}, as published, step control {word}"
+
+
+def step_control_cost(name, rows):
+    on, off = rows.get(step_control_name(name, "Yes")), rows.get(step_control_name(name, "No"))
+    return [[f"{name}: user seconds with step control over without", f"{on['user'] / off['user']:.2f}"]] if on and off else []
+
+
+def shared_name(beside, threads):
+    return f"three steps of {run_name(bench_cases.SHARED_CASE, threads)}, beside {beside} busy processes"
+
+
+def shared_cost(beside, rows):
+    one, two = rows.get(shared_name(beside, 1)), rows.get(shared_name(beside, 2))
+    return [[f"two threads over one, wall, beside {beside} busy processes", f"{two['wall'] / one['wall']:.2f}"]] if one and two else []
+
+
 def growth(rows):
     small, large = rows.get(run_name("FIVE5", 1)), rows.get(run_name("FIVE85", 1))
     if not small or not large:
@@ -113,6 +131,10 @@ def print_ratios(rows, markdown):
     for name in bench_cases.CHOICES:
         for ratios in (speed_ups, peer_ratio, reading):
             table += ratios(name, rows)
+    for name in bench_cases.STEP_CONTROL_DECKS:
+        table += step_control_cost(name, rows)
+    for beside in (0, bench_cases.BUSY_PROCESSES):
+        table += shared_cost(beside, rows)
     table += growth(rows)
     if table:
         print_table(["ratio", ""], table, markdown)

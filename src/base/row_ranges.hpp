@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/threads.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -30,9 +32,6 @@ struct RowRanges {
 inline RowRanges cutRows(int rows, int shortest, int most = RowRanges::Most) {
     return {rows, std::clamp(rows / shortest, 1, std::min(most, RowRanges::Most))};
 }
-
-/// Rows below which a vector loop is done before threads have started.
-inline constexpr int ShortestVectorRange = 16384;
 
 /// work(range) for the ranges of 0 .. rows - 1.
 template <class Work>

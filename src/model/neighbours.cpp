@@ -1,5 +1,7 @@
 #include "model/neighbours.hpp"
 
+#include "base/threads.hpp"
+
 namespace kvr {
 
 namespace {
@@ -20,7 +22,7 @@ CellId neighbourOf(const GridModel& grid, CellId cell, int direction) {
 }
 
 void buildNeighbours(const GridModel& grid, ConnectionTable& connections) {
-#pragma omp parallel for schedule(static)
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         for (int d = 1; d <= connections.NDIR; ++d)
             connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? neighbourOf(grid, cell, d) : 0;

@@ -43,9 +43,9 @@ struct TransportAccount {
 /// leaves such a cell is that of what enters it whoever makes it up. So every component
 /// is conserved, no amount falls below zero, and the cost does not grow with the smallest cell: a tank that
 /// many times its content flows through is steady. Cells that flow into each other in a ring are repeated
-/// until their flows stand still. Injecting connections bring their ConnQ. `slope` is the steepest rise of a
-/// fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not
-/// changed.
+/// until their flows stand still, or where the ring turns fast are one tank (RingPlan). Injecting connections
+/// bring their ConnQ. `slope` is the steepest rise of a fractional flow, see steepestFractionalFlow. Factors
+/// and mobilities of `state` are to be fresh; it is not changed.
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
                     const MakeUp& makeUp, const CellState& state, CellAmounts& amounts,

@@ -75,12 +75,6 @@ void add(double factor, const ConservedAmounts& a, ConservedAmounts& sum) {
     sum.gas += factor * a.gas;
 }
 
-double inflowVolume(const TankFluid& fluid, const ConservedAmounts& inflow) {
-    const double dissolved = std::min(inflow.gas, fluid.saturatedRs * inflow.oil);
-    return fluid.factors.Bw * inflow.water + fluid.factors.Bo * inflow.oil +
-           fluid.factors.Bg * (inflow.gas - dissolved);
-}
-
 /// Length of a substep: even parts of the step.
 double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVolume, double dt,
                  double slope) {
@@ -129,6 +123,16 @@ bool isStill(const PhaseState& before, const PhaseState& now) {
 
 }  // namespace
 
+double volumeOf(const TankFluid& fluid, const ConservedAmounts& amounts) {
+    const double dissolved = std::min(amounts.gas, fluid.saturatedRs * amounts.oil);
+    return fluid.factors.Bw * amounts.water + fluid.factors.Bo * amounts.oil +
+           fluid.factors.Bg * (amounts.gas - dissolved);
+}
+
+ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, const ConservedAmounts& held) {
+    return flowing(tables, fluid, stateOf(tables, regionTable(tables, fluid.region), fluid, held));
+}
+
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
                       double slope, const ConservedAmounts& start) {
     TankOutflow out;
@@ -138,7 +142,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         if (flows.asked <= 0.0) return out;
         if (staysAbove(moved(start, dt, flows.inflow, 1.0, flows.request), floor)) return out;
     }
-    const double inVolume = inflowVolume(fluid, flows.inflow);
+    const double inVolume = volumeOf(fluid, flows.inflow);
     const double h = substepOf(fluid, flows, inVolume, dt, slope);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;

@@ -47,6 +47,12 @@ struct TankOutflow {
     double deficit = 0.0;                   // reservoir volume of the rest
 };
 
+/// Reservoir volume of amounts at the factors of a tank; gas is dissolved as far as the oil takes it.
+double volumeOf(const TankFluid& fluid, const ConservedAmounts& amounts);
+
+/// What leaves a tank with these contents per reservoir volume, by its own mobilities.
+ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, const ConservedAmounts& held);
+
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
 /// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose
 /// composition stands still takes the rest of the step at once.

@@ -8,10 +8,9 @@ namespace kvr {
 
 namespace {
 
-constexpr int CoarsestSweeps = 10;           // symmetric sweeps where the coarsest matrix is not factored
-constexpr double WeightGrid = 2097152.0;     // 2^21: multiples of its inverse below 8 are floats
-constexpr double LargestOnGrid = 4.0;        // of a weight, so that a correction leaves it below 8
-constexpr int ShortestTransferRange = 8192;  // rows
+constexpr int CoarsestSweeps = 10;        // symmetric sweeps where the coarsest matrix is not factored
+constexpr double WeightGrid = 2097152.0;  // 2^21: multiples of its inverse below 8 are floats
+constexpr double LargestOnGrid = 4.0;     // of a weight, so that a correction leaves it below 8
 
 /// y_i = sum of row i of the matrix times x.
 void multiplyRows(const Transfer& matrix, RowRange range, const double* x, double* y) {

@@ -38,9 +38,6 @@ inline void reserveRows(RowRange range, int entries, SparseRows& rows) {
     rows.value.reserve(count * static_cast<std::size_t>(entries));
 }
 
-/// Rows below which a piece of a matrix is not worth a thread's scratch.
-inline constexpr int ShortestSetUpRange = 4096;
-
 /// The rows of the ranges one after the other; the pieces are used up.
 SparseMatrix joined(const RowRanges& ranges, int columns, std::vector<SparseRows>& pieces);
 

@@ -6,8 +6,7 @@ namespace kvr {
 
 namespace {
 
-constexpr int MostSweepRanges = 8;        // swept side by side
-constexpr int ShortestSweepRange = 4096;  // rows below which a range is not worth a thread
+constexpr int MostSweepRanges = 8;  // swept side by side
 
 /// b less the entries first..end - 1 times x.
 double reduced(const Couplings& c, int first, int end, double b, const double* x) {

@@ -164,8 +164,10 @@ bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour
     return any;
 }
 
-/// Rates of change of a cell from its own faces alone; every connection is worked from both sides, so that
-/// each cell writes only itself. Returns the largest relative rate of its phases.
+/// Rates of change of a cell from its own faces alone; lines have taken their part of a face between two
+/// cells that they have entered, and only of such a one: both sides of a face have to see the same.
+/// Every connection is worked from both sides, so that each cell writes only itself. Returns the largest
+/// relative rate of its phases.
 double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
     CellWork& work = stage.own[cell];
     if (!work.working) return 0.0;
@@ -180,7 +182,7 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
-        if (project) t *= acrossVelocity(stage, cell, j, face);
+        if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
         const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);

@@ -8,8 +8,6 @@
 #include "streamline/transport/fractional_flow.hpp"
 
 #include <algorithm>
-#include <array>
-#include <utility>
 
 namespace kvr {
 
@@ -45,10 +43,42 @@ void setProfile(const FluidTables& fluids, const AnalyticProfile& profile, doubl
     }
 }
 
-/// Times within the step, as shares of it, and their weights in the mean of a flux (Simpson's rule); the last
-/// one is the end of the step.
-constexpr std::array<std::pair<double, double>, 3> SimpsonPoints = {
-    {{0.0, 1.0 / 6.0}, {0.5, 4.0 / 6.0}, {1.0, 1.0 / 6.0}}};
+/// Water beyond connate that stands downstream of `position` in the profile at unit time.
+double beyondAt(const AnalyticProfile& profile, double connate, double position) {
+    if (profile.position.empty() || position >= profile.position.front()) return 0.0;
+    std::size_t k = 1;
+    while (k < profile.position.size() && position < profile.position[k]) ++k;
+    const double behind = profile.position[k - 1] - position;
+    const double here = saturationAt(profile, connate, position);
+    return profile.beyond[k - 1] + behind * (0.5 * (profile.saturation[k - 1] + here) - connate);
+}
+
+/// Reservoir volume of water per unit of flow that has passed time of flight `tof` since the start of the
+/// flood.
+double passedSinceStart(const AnalyticProfile& profile, double connate, double tof, double time) {
+    return time > 0.0 ? time * beyondAt(profile, connate, tof / time) : 0.0;
+}
+
+/// Sums up what passes every position from time - step to time; oil fills the flow.
+void passProfile(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
+                 SolverLine& line) {
+    const double connate = regionTable(fluids, 1).ConnateSw;
+    FlowNode& inlet = line.nodes[0];
+    evaluateFluxes(fluids.hasGas, 0, 0, line);
+    inlet.passedW = step * inlet.Fw;
+    inlet.passedO = step * inlet.Fo;
+    inlet.passedG = fluids.hasGas ? step * inlet.Fg : 0.0;
+    const double share = profile.content > 0.0 ? inlet.Fw * inlet.Bw / profile.content : 0.0;
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+        FlowNode& node = line.nodes[i];
+        const double water = share * (passedSinceStart(profile, connate, line.Tof[i], time) -
+                                      passedSinceStart(profile, connate, line.Tof[i], time - step));
+        const double bounded = std::clamp(water, 0.0, step);
+        node.passedW = bounded * node.inverseBw;
+        node.passedO = (step - bounded) * node.inverseBo;
+        node.passedG = fluids.hasGas ? node.Rs * node.passedO : 0.0;
+    }
+}
 
 }  // namespace
 
@@ -87,6 +117,7 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
     const SaturationTable& region = regionTable(fluids, 1);
     profile.saturation.clear();
     profile.position.clear();
+    profile.beyond.assign(1, 0.0);
     const double front = table.saturation[at(table.front)];
     profile.saturation.push_back(front);
     profile.position.push_back(table.front > 0 ? table.flow[at(table.front)] / (front - region.ConnateSw)
@@ -94,31 +125,26 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
     for (const double s : region.SwAxis) {
         const double before = profile.saturation.back();
         if (s <= before) continue;
-        profile.position.push_back((analyticFlow(fluids, table, s) - analyticFlow(fluids, table, before)) /
-                                   (s - before));
+        const double ahead = profile.position.back();
+        const double position =
+            (analyticFlow(fluids, table, s) - analyticFlow(fluids, table, before)) / (s - before);
+        profile.beyond.push_back(profile.beyond.back() +
+                                 (ahead - position) * (0.5 * (before + s) - region.ConnateSw));
+        profile.position.push_back(position);
         profile.saturation.push_back(s);
     }
+    profile.content = beyondAt(profile, region.ConnateSw, 0.0);
 }
 
 void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
                      SolverLine& line) {
     startOutlet(line);
-    FlowNode& inlet = line.nodes[0];
-    evaluateFluxes(fluids.hasGas, 0, 0, line);
-    inlet.passedW = step * inlet.Fw;
-    inlet.passedO = step * inlet.Fo;
-    for (const auto& [share, weight] : SimpsonPoints) {
-        setProfile(fluids, profile, time - (1.0 - share) * step, line);
-        evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
-        for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-            line.nodes[i].passedW += weight * step * line.nodes[i].Fw;
-            line.nodes[i].passedO += weight * step * line.nodes[i].Fo;
-        }
-    }
-    FlowNode& last = line.nodes[at(line.nodeCount)];
-    line.outletWater = last.Fw;
-    line.outletOil = last.Fo;
-    line.outletGas = fluids.hasGas ? last.Fg : 0.0;
+    passProfile(fluids, profile, step, time, line);
+    setProfile(fluids, profile, time, line);
+    evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
+    const FlowNode& last = line.nodes[at(line.nodeCount)];
+    addOutlet({last.passedW, last.passedO, last.passedG, 0.0, 0.0, 0.0}, 1.0, line);
+    meanOutlet(step, line);
     line.substeps = 1;
 }
 

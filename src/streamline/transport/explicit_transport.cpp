@@ -28,12 +28,18 @@ void moveTogether(const FluidTables& tables, bool keepEndPoints, double dt, Solv
     }
 }
 
-/// Adds what the limited fluxes let through every position over dt.
+/// Adds what the limited fluxes and gravity let through every position over dt.
 void notePassed(bool hasGas, double dt, SolverLine& line) {
     for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
         line.nodes[i].passedW += dt * line.limitedFw[i];
         line.nodes[i].passedO += dt * line.limitedFo[i];
         if (hasGas) line.nodes[i].passedG += dt * line.limitedFg[i];
+    }
+    if (!line.hasGravity) return;
+    for (std::size_t i = 1; i < at(line.nodeCount); ++i) {
+        line.nodes[i].passedW += dt * line.exchange[i].water;
+        line.nodes[i].passedO += dt * line.exchange[i].oil;
+        line.nodes[i].passedG += dt * line.exchange[i].gas;
     }
 }
 
@@ -64,7 +70,10 @@ double substepLength(const ExplicitControl& control, bool hasGas, bool first, do
     const double plain = std::min(stepOfSpeed(control, largestWaveSpeed(hasGas, line), first), left);
     limitFluxes(control.upwind, hasGas, plain, line);
     if (control.upwind == "SPU") return plain;
-    return std::min(plain, stepOfSpeed(control, largestLimitedSpeed(hasGas, line), first));
+    const double limited = stepOfSpeed(control, largestLimitedSpeed(hasGas, line), first);
+    if (!(limited < plain)) return plain;
+    limitFluxes(control.upwind, hasGas, limited, line);
+    return limited;
 }
 
 }  // namespace
@@ -114,8 +123,7 @@ void advanceTogether(const FluidTables& tables, const ExplicitControl& control, 
 
 void advanceExplicit(const FluidTables& tables, const ExplicitControl& control, double step,
                      ExplicitScratch& scratch, SolverLine& line) {
-    const bool inOnePiece = control.upwind != "SPU" || !line.tracer.empty() || line.hasGravity;
-    if (inOnePiece) return advanceTogether(tables, control, step, line);
+    if (!line.tracer.empty() || line.hasGravity) return advanceTogether(tables, control, step, line);
     advanceInStretches(tables, control, step, scratch, line);
 }
 

@@ -19,7 +19,7 @@ ExplicitControl explicitControl(const RunOptions& options, double time);
 /// value of the node before. At least one substep. Leaves states, substep count and mean outlet fluxes.
 ///
 /// Lines of uneven residence times go in stretches, each with substeps of its own by that rule; see
-/// stretch_transport. A line with limited fluxes, tracers or along-line gravity goes as one.
+/// stretch_transport. A line with tracers or along-line gravity goes as one.
 void advanceExplicit(const FluidTables& tables, const ExplicitControl& control, double step,
                      ExplicitScratch& scratch, SolverLine& line);
 

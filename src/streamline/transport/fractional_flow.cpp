@@ -27,6 +27,18 @@ NodeFlow limitedFlow(bool hasGas, std::size_t i, const SolverLine& line) {
 
 }  // namespace
 
+double limitedFlux(bool leonard, double c, double before, double here, double after) {
+    const double a = after - here;
+    const double b = here - before;
+    double slope = b;
+    if (leonard) slope = b * (c + 1.0) / 3.0 + a * (2.0 - c) / 3.0;
+    const double h = slope * 0.5;
+    // On a tie b is taken before a, and the smaller of them before h.
+    const double least = smaller(h, smaller(a, b));
+    const double step = std::abs(least) * signOf(slope) * (signOf(a) * signOf(b) + 1.0);
+    return here + step * (1.0 - c) * 0.5;
+}
+
 void evaluateFluxes(bool hasGas, int from, int to, SolverLine& line) {
     for (int n = from; n <= to; ++n) {
         if (hasGas)
@@ -80,17 +92,8 @@ void limitFlux(std::string_view scheme, double dt, std::span<const FlowNode> nod
     limited[0] = nodes[0].*flux;
     limited[last] = nodes[last].*flux;
     for (std::size_t i = 1; i < last; ++i) {
-        const double here = nodes[i].*flux;
-        const double a = nodes[i + 1].*flux - here;
-        const double b = here - nodes[i - 1].*flux;
         const double c = dt * nodes[i].inverseDeltaTof;
-        double slope = b;
-        if (leonard) slope = b * (c + 1.0) / 3.0 + a * (2.0 - c) / 3.0;
-        const double h = slope * 0.5;
-        // On a tie b is taken before a, and the smaller of them before h.
-        const double least = smaller(h, smaller(a, b));
-        const double step = std::abs(least) * signOf(slope) * (signOf(a) * signOf(b) + 1.0);
-        limited[i] = here + step * (1.0 - c) * 0.5;
+        limited[i] = limitedFlux(leonard, c, nodes[i - 1].*flux, nodes[i].*flux, nodes[i + 1].*flux);
     }
 }
 

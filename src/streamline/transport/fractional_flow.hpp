@@ -26,10 +26,13 @@ double largestLimitedSpeed(bool hasGas, const SolverLine& line);
 /// Fills the limited fluxes of a line by the scheme over a substep dt; "SPU" copies the node fluxes.
 void limitFluxes(std::string_view scheme, bool hasGas, double dt, SolverLine& line);
 
-/// Limits one phase: values at 0..N, the ends stay. With c = dt/DeltaTof, a = f(i+1) - f(i),
+/// Limited flux of a position between its neighbours. With c = dt/DeltaTof, a = f(i+1) - f(i),
 /// b = f(i) - f(i-1):
 ///   f + minmod-like(a, b, h) (1 - c) / 2,  h = b/2, or for "Leonard" ((c+1)/3 b + (2-c)/3 a) / 2
 /// The factor sign(a) sign(b) + 1 doubles the slope where both agree; that is the rule as required.
+double limitedFlux(bool leonard, double c, double before, double here, double after);
+
+/// Limits one phase: values at 0..N, the ends stay.
 void limitFlux(std::string_view scheme, double dt, std::span<const FlowNode> nodes, double FlowNode::*flux,
                std::span<double> limited);
 

@@ -222,6 +222,17 @@ void limitNode(const FluidTables& tables, const NewtonControl& control, double d
     }
 }
 
+/// Update of node i on a line with gravity, where a node sees both its neighbours and cannot be solved alone:
+/// moves of at most 0.2, halved whenever they turn back.
+template <bool Gas>
+Unknowns<Gas> dampedUpdate(std::size_t i, NewtonWork<Gas>& work) {
+    Unknowns<Gas> part = work.update[i];
+    if (turnsBack<Gas>(part, work.lastMove[i])) work.mostMove[i] *= 0.5;
+    shorten<Gas>(work.mostMove[i], part);
+    work.lastMove[i] = part;
+    return part;
+}
+
 /// Takes the linear updates, limited in flow order, and the fluxes that close the balances. Returns the
 /// largest change of an unknown.
 template <bool Gas>
@@ -240,8 +251,13 @@ double takeUpdates(const FluidTables& tables, const NewtonControl& control, doub
         for (std::size_t q = 0; q < M; ++q) update[q] = newton.matrix.rhs[(i - 1) * M + q];
         Fluxes<Gas> linear = work.iterateFlux[i];
         addAlong<Gas>(work.slopes[i], update, linear);
-        if (sizeOfChange<Gas>(update) <= LargestLinearStep &&
-            !differs<Gas>(control.tolerance, dt, inflow, node)) {
+        if (line.hasGravity) {
+            const Unknowns<Gas> part = dampedUpdate<Gas>(i, work);
+            u = changed<Gas>(control.keepEndPoints, node, work.unknowns[i - 1], u, part);
+            work.closingFlux[i] = linear;
+            change = std::max(change, sizeOfChange<Gas>(part));
+        } else if (sizeOfChange<Gas>(update) <= LargestLinearStep &&
+                   !differs<Gas>(control.tolerance, dt, inflow, node)) {
             u = changed<Gas>(control.keepEndPoints, node, work.unknowns[i - 1], u, update);
             work.closingFlux[i] = linear;
         } else {
@@ -282,6 +298,8 @@ void startStep(LineNewton& newton, SolverLine& line) {
         if (i > 0 && isBad(node)) restore(startOf(line.nodes[i - 1]), node);
         newton.start[i] = startOf(node);
         work.unknowns[i] = unknownsOf<Gas>(node);
+        work.lastMove[i] = {};
+        work.mostMove[i] = LargestNodeStep;
     }
 }
 
@@ -293,6 +311,14 @@ Fluxes<Gas> linearExchange(const NewtonWork<Gas>& work, const SolverLine& line, 
     addAlong<Gas>(work.faces[i].here, work.update[i], rate);
     addAlong<Gas>(work.faces[i].next, work.update[i + 1], rate);
     return rate;
+}
+
+/// Adds what a flux or an exchange lets out of a node over dt.
+template <bool Gas>
+void notePassed(double dt, const Fluxes<Gas>& flux, FlowNode& node) {
+    node.passedW += dt * flux[0];
+    node.passedO += dt * flux[1];
+    if constexpr (Gas) node.passedG += dt * flux[2];
 }
 
 /// New amounts and states from the closing fluxes.
@@ -312,6 +338,7 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
             for (std::size_t p = 0; p < loss.size(); ++p)
                 loss[p] += dt * node.inverseDeltaTof * (exchange[p] - exchangeBefore[p]);
             exchangeBefore = exchange;
+            notePassed<Gas>(dt, exchange, node);
         }
         if (!line.tracer.empty()) carryTracers(dt * node.inflowRate * before[0], node.Cw, i, line);
         ConservedAmounts amounts{loss[0], loss[1], 0.0};
@@ -319,12 +346,8 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
         recoverNode<Gas>(tables, control.keepEndPoints, amounts, line.nodes[i - 1], node);
         if (!Gas && control.keepEndPoints) limitWater(node);
     }
-    for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
-        FlowNode& node = line.nodes[i];
-        node.passedW += dt * work.closingFlux[i][0];
-        node.passedO += dt * work.closingFlux[i][1];
-        if constexpr (Gas) node.passedG += dt * work.closingFlux[i][2];
-    }
+    for (std::size_t i = 0; i <= at(line.nodeCount); ++i)
+        notePassed<Gas>(dt, work.closingFlux[i], line.nodes[i]);
     const Fluxes<Gas>& outlet = work.closingFlux[at(line.nodeCount)];
     NodeFlow flow{outlet[0], outlet[1]};
     if constexpr (Gas) flow.Fg = outlet[2];
@@ -355,6 +378,8 @@ void sizeWork(std::size_t size, NewtonWork<Gas>& work) {
     work.unknowns.resize(size);
     work.evaluated.resize(size);
     work.update.resize(size);
+    work.lastMove.resize(size);
+    work.mostMove.resize(size);
     work.evaluatedFlux.resize(size);
     work.iterateFlux.resize(size);
     work.closingFlux.resize(size);

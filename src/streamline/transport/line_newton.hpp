@@ -51,6 +51,8 @@ struct NewtonWork {
     std::vector<Unknowns<Gas>> unknowns;     // the iterate
     std::vector<Unknowns<Gas>> evaluated;    // where fluxes and slopes were worked out
     std::vector<Unknowns<Gas>> update;       // of the linear system, before its limits
+    std::vector<Unknowns<Gas>> lastMove;     // with gravity: of the iteration before
+    std::vector<double> mostMove;            // with gravity: what a node may move by
     std::vector<Fluxes<Gas>> evaluatedFlux;  // there
     std::vector<Fluxes<Gas>> iterateFlux;    // at the iterate
     std::vector<Fluxes<Gas>> closingFlux;    // what closes the balances of the iterate
@@ -88,8 +90,9 @@ inline constexpr double LargestLinearStep = 0.005;
 ///
 /// Updates are limited in flow order: where an unknown would change by more than 0.005, or what flows in
 /// differs from what the linear system counted on, the balance of the node alone is solved with what now
-/// flows in, by steps of at most 0.2 that are halved whenever they turn back. Converged when no unknown
-/// changes by more than the tolerance. The new amounts then come from the fluxes of the last
+/// flows in, by steps of at most 0.2 that are halved whenever they turn back. With gravity along the line,
+/// where a node depends on both its neighbours, it takes the linear update in such steps instead. Converged
+/// when no unknown changes by more than the tolerance. The new amounts then come from the fluxes of the last
 /// linearisation, or from those that leave a limited node what its iterate says, so that mass is conserved
 /// to rounding however loose the tolerance; the states come from the amounts by the recovery of explicit
 /// transport. Adds dt times the outlet fluxes to the line's sums. Tracers move with the water of the same

@@ -184,6 +184,71 @@ Motion moveWithoutGas(double dt, const NodeFlow& integral, const NodeFlow& comin
     return {std::max(speed[0], speed[1]), std::max(change[0], change[1])};
 }
 
+/// Limits the fluxes of nodes a..b, into which `coming` flows, over a substep of dt; returns the largest wave
+/// speed of the limited ones. The last node does not see the stretch behind it and keeps its own flux, as the
+/// last one of a line does: behind a long node short ones flow as it does, and the limiter would leave its
+/// flux as well. A substep beyond the limit of a node (`cut` lines take such where they are quiet) is not
+/// corrected there.
+template <bool Gas>
+double limitStretch(const ExplicitControl& control, bool cut, double dt, const NodeFlow& coming,
+                    std::size_t a, std::size_t b, SolverLine& line) {
+    const bool leonard = control.upwind == "Leonard";
+    double speed = 0.0;
+    NodeFlow before = coming, limitedBefore = coming;
+    for (std::size_t i = a; i <= b; ++i) {
+        const FlowNode& node = line.nodes[i];
+        const NodeFlow here = flowAt<Gas>(node);
+        NodeFlow limited = here;
+        if (i < b) {
+            const FlowNode& next = line.nodes[i + 1];
+            const double c = cut ? std::min(1.0, dt * node.inverseDeltaTof) : dt * node.inverseDeltaTof;
+            limited.Fw = limitedFlux(leonard, c, before.Fw, here.Fw, next.Fw);
+            limited.Fo = limitedFlux(leonard, c, before.Fo, here.Fo, next.Fo);
+            if constexpr (Gas) limited.Fg = limitedFlux(leonard, c, before.Fg, here.Fg, next.Fg);
+        }
+        line.limitedFw[i] = limited.Fw;
+        line.limitedFo[i] = limited.Fo;
+        line.limitedFg[i] = limited.Fg;
+        speed = raisedSpeed<Gas>(speed, limitedBefore, limited, node.inverseDeltaTof);
+        before = here;
+        limitedBefore = limited;
+    }
+    return speed;
+}
+
+/// One substep of nodes a..b with their limited fluxes.
+template <bool Gas>
+Motion moveLimited(const FluidTables& tables, const ExplicitControl& control, double dt,
+                   const NodeFlow& integral, const NodeFlow& coming, std::size_t a, std::size_t b,
+                   SolverLine& line) {
+    Motion motion;
+    NodeFlow before = coming;
+    NodeFlow in = integral;
+    for (std::size_t i = a; i <= b; ++i) {
+        FlowNode& node = line.nodes[i];
+        const NodeFlow out{
+            dt * line.limitedFw[i], dt * line.limitedFo[i], dt * line.limitedFg[i], 0.0, 0.0, 0.0};
+        const ConservedAmounts loss{node.outflowRate * out.Fw - node.inflowRate * in.Fw,
+                                    node.outflowRate * out.Fo - node.inflowRate * in.Fo,
+                                    node.outflowRate * out.Fg - node.inflowRate * in.Fg};
+        in = out;
+        node.passedW += out.Fw;
+        node.passedO += out.Fo;
+        node.passedG += out.Fg;
+        const NodeFlow old = flowAt<Gas>(node);
+        if constexpr (Gas)
+            recoverThreePhase<true>(tables, control.keepEndPoints, loss, line.nodes[i - 1], node);
+        else
+            recoverTwoPhase(loss, line.nodes[i - 1], node);
+        setFluxes<Gas>(node);
+        const NodeFlow here = flowAt<Gas>(node);
+        motion.speed = raisedSpeed<Gas>(motion.speed, before, here, node.inverseDeltaTof);
+        motion.change = largestChange(motion.change, here, old);
+        before = here;
+    }
+    return motion;
+}
+
 template <bool Gas>
 double speedOf(const NodeFlow& inflow, std::size_t a, std::size_t b, const FlowNode* nodes) {
     double speed = 0.0;
@@ -204,7 +269,7 @@ double quietStep(double change, double dt) {
 }
 
 /// Takes nodes a..b over the whole step, fed by `inflow`; what they let out goes into `outflow`.
-template <bool Gas>
+template <bool Gas, bool Limited>
 void advanceStretch(const FluidTables& tables, const ExplicitControl& control, double step, bool cut,
                     std::size_t a, std::size_t b, const std::vector<FlowRecord>& inflow,
                     std::vector<FlowRecord>& outflow, SolverLine& line) {
@@ -217,12 +282,25 @@ void advanceStretch(const FluidTables& tables, const ExplicitControl& control, d
     double t = 0.0;
     do {
         double dt = stepOfSpeed(control, motion.speed, first);
-        if (quiet > dt) dt = std::min(quiet, control.maximumStep);
+        const bool lengthened = quiet > dt;
+        if (lengthened) dt = std::min(quiet, control.maximumStep);
+        if constexpr (Limited) {
+            dt = std::min(dt, step - t);
+            const NodeFlow& now = inflow[cursor.now].flow;
+            const double speed = limitStretch<Gas>(control, cut, dt, now, a, b, line);
+            const double own = lengthened ? dt : stepOfSpeed(control, speed, first);
+            if (own < dt) {
+                dt = own;
+                limitStretch<Gas>(control, cut, dt, now, a, b, line);
+            }
+        }
         double end = std::min(t + dt, step);
         const NodeFlow integral = integrateInflow<Gas>(control, nodes[a], t, cursor, end);
         addRecord(flowAt<Gas>(nodes[b]), end, outflow);
         const NodeFlow& coming = inflow[cursor.now].flow;
-        if constexpr (Gas)
+        if constexpr (Limited)
+            motion = moveLimited<Gas>(tables, control, end - t, integral, coming, a, b, line);
+        else if constexpr (Gas)
             motion = moveWithGas(tables, control, end - t, integral, coming, a, b, nodes);
         else
             motion = moveWithoutGas(end - t, integral, coming, a, b, nodes);
@@ -236,7 +314,7 @@ void advanceStretch(const FluidTables& tables, const ExplicitControl& control, d
             completeBubblePoint(tables, nodes[i].pressure, nodes[i].Rs, nodes[i].bubblePoint);
 }
 
-template <bool Gas>
+template <bool Gas, bool Limited>
 void advanceLine(const FluidTables& tables, const ExplicitControl& control, double step,
                  ExplicitScratch& scratch, SolverLine& line) {
     startOutlet(line);
@@ -250,8 +328,8 @@ void advanceLine(const FluidTables& tables, const ExplicitControl& control, doub
     if constexpr (Gas) inlet.passedG = step * inlet.Fg;
     int first = 1;
     for (const Stretch& stretch : scratch.stretches) {
-        advanceStretch<Gas>(tables, control, step, scratch.stretches.size() > 1, at(first), at(stretch.last),
-                            scratch.inflow, scratch.outflow, line);
+        advanceStretch<Gas, Limited>(tables, control, step, scratch.stretches.size() > 1, at(first),
+                                     at(stretch.last), scratch.inflow, scratch.outflow, line);
         scratch.inflow.swap(scratch.outflow);
         first = stretch.last + 1;
     }
@@ -268,10 +346,13 @@ void advanceLine(const FluidTables& tables, const ExplicitControl& control, doub
 void advanceInStretches(const FluidTables& tables, const ExplicitControl& control, double step,
                         ExplicitScratch& scratch, SolverLine& line) {
     setRates(line);
+    const bool limited = control.upwind != "SPU";
     if (tables.hasGas)
-        advanceLine<true>(tables, control, step, scratch, line);
+        limited ? advanceLine<true, true>(tables, control, step, scratch, line)
+                : advanceLine<true, false>(tables, control, step, scratch, line);
     else
-        advanceLine<false>(tables, control, step, scratch, line);
+        limited ? advanceLine<false, true>(tables, control, step, scratch, line)
+                : advanceLine<false, false>(tables, control, step, scratch, line);
 }
 
 }  // namespace kvr

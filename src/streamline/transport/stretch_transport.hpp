@@ -27,7 +27,7 @@ struct ExplicitScratch {
     std::vector<FlowRecord> inflow, outflow;
 };
 
-/// Explicit transport on a loaded line in stretches, with upstream fluxes; see advanceExplicit.
+/// Explicit transport on a loaded line in stretches, with upstream or limited fluxes; see advanceExplicit.
 ///
 /// A line whose residence times lie within a factor of four goes as one. Any other is cut into stretches,
 /// where that saves work. Upstream weighting looks only upstream, so each stretch can be taken over the
@@ -35,7 +35,8 @@ struct ExplicitScratch {
 /// and Sanders 1983, conservative: inflow is integrated over each substep). A node that a line merely
 /// grazes then makes no other node take its small substeps. A stretch of a cut line whose amounts move by
 /// less than 1e-4 in a substep lengthens the next one to move by that much. Against the line in one piece
-/// this gave 0.1 % of cumulative oil on a heterogeneous five-spot, at a twentieth of the work.
+/// this gave 0.1 % of cumulative oil on a heterogeneous five-spot, at a twentieth of the work. Limited fluxes
+/// look one node ahead as well, which the last node of a stretch cannot: it keeps its upstream flux.
 void advanceInStretches(const FluidTables& tables, const ExplicitControl& control, double step,
                         ExplicitScratch& scratch, SolverLine& line);
 
