@@ -124,8 +124,15 @@ AttemptFigures attempt(bool solve, Simulation& s) {
     }
 }
 
+/// What the steps before have allowed this one; nothing behind a well event, which leaves a step without a
+/// past.
+double allowedBefore(const Simulation& s) {
+    return s.pressure.fieldStands ? s.control.longest : 0.0;
+}
+
 /// The step from its level by the fully implicit method; false, and back at the level, where that fails too.
-bool takeImplicitly(Simulation& s) {
+/// `before`: days that it was allowed, 0 behind attempts that were not good.
+bool takeImplicitly(double before, Simulation& s) {
     for (Well& well : s.wells.wells) well.targetFactor = 1.0;
     {
         const StageTimer timer(s.times.pressure);
@@ -138,7 +145,8 @@ bool takeImplicitly(Simulation& s) {
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;
     s.control.implicitSteps += 1;
-    s.control.longest = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    const double found = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    s.control.longest = s.pressure.stepCut ? found : allowedBehind(found, before, s.clock.dt);
     return true;
 }
 
@@ -167,7 +175,7 @@ void forceStep(bool solve, double dt, Simulation& s) {
 void fallBack(bool solve, double dt, Simulation& s) {
     StepControl& control = s.control;
     s.clock.dt = dt;
-    if (!takeImplicitly(s)) return forceStep(solve, dt, s);
+    if (!takeImplicitly(0.0, s)) return forceStep(solve, dt, s);
     control.implicitInARow += 1;
     control.implicitAhead =
         std::min(MostImplicitAhead, 1 << std::min(control.implicitInARow, LargestPower)) - 1;
@@ -184,12 +192,14 @@ bool crawls(const Simulation& s) {
 /// Attempts until one stands.
 void attemptUntilAccepted(bool solve, Simulation& s) {
     StepControl& control = s.control;
+    const double before = allowedBefore(s);
     for (int cuts = 0;; ++cuts) {
         const AttemptFigures figures = attempt(solve, s);
         const StepJudgement judgement = judgeStep(s.options, figures, s.clock.dt, cuts);
         tell(s, judgement);
         if (judgement.verdict == StepVerdict::Accepted) {
-            control.longest = judgement.length;
+            control.longest =
+                cuts == 0 ? allowedBehind(judgement.length, before, s.clock.dt) : judgement.length;
             control.implicitInARow = 0;
             return;
         }
@@ -237,7 +247,8 @@ void takeStep(bool solve, Simulation& simulation) {
     StepControl& control = simulation.control;
     const bool implicitly = solve && (control.implicitAhead > 0 || crawls(simulation));
     control.implicitAhead = std::max(0, control.implicitAhead - 1);
-    if (!implicitly || !takeImplicitly(simulation)) attemptUntilAccepted(solve, simulation);
+    if (!implicitly || !takeImplicitly(allowedBefore(simulation), simulation))
+        attemptUntilAccepted(solve, simulation);
     watchProgress(simulation);
 }
 

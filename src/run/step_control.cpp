@@ -67,6 +67,10 @@ double evenPart(double longest, double dt) {
     return dt / std::ceil(dt / longest);
 }
 
+double allowedBehind(double found, double before, double dt) {
+    return dt * LargestGrowth < before ? std::max(found, before) : found;
+}
+
 double firstLength(double dt) {
     return FirstShare * dt;
 }

@@ -31,6 +31,11 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
 double evenPart(double longest, double dt);
 
+/// Days that the next step may last behind one of `dt` that was good: `found` of that step, or what was
+/// allowed `before` it where the schedule left it far less: a splinter before a report says nothing against
+/// it.
+double allowedBehind(double found, double before, double dt);
+
 /// Length of a step that starts without a past, at the start of the run and behind a well event.
 double firstLength(double dt);
 
