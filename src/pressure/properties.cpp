@@ -178,12 +178,7 @@ void measureWholeAmounts(const GridModel& grid, const CellState& state, const Ce
 }
 
 bool carriesAmounts(const RunOptions& options) {
-    if (options.method == "IMPES") return true;
-    if (options.method != "streamline" || !options.conservativeMapping || options.orthogonalProjection)
-        return false;
-    const std::vector<std::string>& solvers = options.solverPhaseName;
-    return std::none_of(solvers.begin(), solvers.end(),
-                        [](const std::string& word) { return word == "btf"; });
+    return options.method == "IMPES" || (options.method == "streamline" && options.conservativeMapping);
 }
 
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,

@@ -189,12 +189,20 @@ bool crawls(const Simulation& s) {
            (s.clock.dt < share * s.control.asked || s.control.hopelessSteps >= FewHopelessSteps);
 }
 
+/// In a step that goes on with the flow of an earlier solve a cell fills or empties as it did then. Its error
+/// grows until pressure is solved anew, and by then it has to be one that the pressure of the cell can take
+/// up.
+void judgeEachCellAsTheField(AttemptFigures& figures) {
+    figures.volumeError = std::max(figures.volumeError, figures.largestVolumeError);
+}
+
 /// Attempts until one stands.
 void attemptUntilAccepted(bool solve, Simulation& s) {
     StepControl& control = s.control;
     const double before = allowedBefore(s);
     for (int cuts = 0;; ++cuts) {
-        const AttemptFigures figures = attempt(solve, s);
+        AttemptFigures figures = attempt(solve, s);
+        if (!solve) judgeEachCellAsTheField(figures);
         const StepJudgement judgement = judgeStep(s.options, figures, s.clock.dt, cuts);
         tell(s, judgement);
         if (judgement.verdict == StepVerdict::Accepted) {

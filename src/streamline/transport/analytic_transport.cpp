@@ -8,8 +8,6 @@
 #include "streamline/transport/fractional_flow.hpp"
 
 #include <algorithm>
-#include <array>
-#include <utility>
 
 namespace kvr {
 
@@ -29,26 +27,52 @@ double saturationAt(const AnalyticProfile& profile, double connate, double posit
     return profile.saturation[k - 1] + share * (profile.saturation[k] - profile.saturation[k - 1]);
 }
 
+void setSaturation(const FluidTables& fluids, double sw, FlowNode& node) {
+    const SaturationTable& region = regionTable(fluids, 1);
+    node.Sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
+    node.So = 1.0 - node.Sw;
+    node.Sg = 0.0;
+    setAmounts(fluids.hasGas, node);
+}
+
 /// The profile of the given time on the nodes of a line.
 void setProfile(const FluidTables& fluids, const AnalyticProfile& profile, double time, SolverLine& line) {
-    const SaturationTable& region = regionTable(fluids, 1);
-    const double perDay = time > 0.0 ? 1.0 / time : 0.0;
+    const double connate = regionTable(fluids, 1).ConnateSw;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        double sw =
-            time > 0.0 ? saturationAt(profile, region.ConnateSw, line.Tof[i] * perDay) : region.ConnateSw;
-        sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
-        FlowNode& node = line.nodes[i];
-        node.Sw = sw;
-        node.So = 1.0 - sw;
-        node.Sg = 0.0;
-        setAmounts(fluids.hasGas, node);
+        const double sw = time > 0.0 ? saturationAt(profile, connate, line.Tof[i] / time) : connate;
+        setSaturation(fluids, sw, line.nodes[i]);
     }
 }
 
-/// Times within the step, as shares of it, and their weights in the mean of a flux (Simpson's rule); the last
-/// one is the end of the step.
-constexpr std::array<std::pair<double, double>, 3> SimpsonPoints = {
-    {{0.0, 1.0 / 6.0}, {0.5, 4.0 / 6.0}, {1.0, 1.0 / 6.0}}};
+constexpr int PassageIntervals = 4;  // of Simpson's rule behind the front
+
+/// What passes node i from `begin` to `end`: connate water and oil until the front arrives, then the fluxes
+/// of the profile by Simpson's rule. The jump at the front is no place for a rule of smooth functions: a
+/// third of a long step would count as flooded or dry.
+void sumPassage(const FluidTables& fluids, const AnalyticProfile& profile, double begin, double end, int i,
+                SolverLine& line) {
+    FlowNode& node = line.nodes[at(i)];
+    const SaturationTable& region = regionTable(fluids, 1);
+    const double front = profile.position.empty() ? 0.0 : profile.position.front();
+    const double arrival = front > 0.0 ? std::clamp(line.Tof[at(i)] / front, begin, end) : end;
+    const auto add = [&](double sw, double weight) {
+        setSaturation(fluids, sw, node);
+        evaluateFluxes(fluids.hasGas, i, i, line);
+        node.passedW += weight * node.Fw;
+        node.passedO += weight * node.Fo;
+    };
+    if (arrival > begin) add(region.ConnateSw, arrival - begin);
+    const double length = (end - arrival) / PassageIntervals;
+    if (!(length > 0.0)) return;
+    for (int n = 0; n <= 2 * PassageIntervals; ++n) {
+        const double time = arrival + 0.5 * n * length;
+        const bool outer = n == 0 || n == 2 * PassageIntervals;
+        const double weight = outer ? 1.0 / 6.0 : (n % 2 == 1 ? 4.0 / 6.0 : 2.0 / 6.0);
+        if (time > 0.0)
+            add(saturationAt(profile, region.ConnateSw, std::min(front, line.Tof[at(i)] / time)),
+                weight * length);
+    }
+}
 
 }  // namespace
 
@@ -107,14 +131,9 @@ void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, 
     evaluateFluxes(fluids.hasGas, 0, 0, line);
     inlet.passedW = step * inlet.Fw;
     inlet.passedO = step * inlet.Fo;
-    for (const auto& [share, weight] : SimpsonPoints) {
-        setProfile(fluids, profile, time - (1.0 - share) * step, line);
-        evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
-        for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-            line.nodes[i].passedW += weight * step * line.nodes[i].Fw;
-            line.nodes[i].passedO += weight * step * line.nodes[i].Fo;
-        }
-    }
+    for (int i = 1; i <= line.nodeCount; ++i) sumPassage(fluids, profile, time - step, time, i, line);
+    setProfile(fluids, profile, time, line);
+    evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
     FlowNode& last = line.nodes[at(line.nodeCount)];
     line.outletWater = last.Fw;
     line.outletOil = last.Fo;
