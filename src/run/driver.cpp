@@ -38,7 +38,9 @@ bool beginStep(Simulation& simulation) {
     clock.dt = chosenLength(ahead, simulation);
     clock.stepCount += 1;
     printStepBanner(simulation.console, simulation.schedule, clock);
-    if (!simulation.options.optimalTstep) return ahead > TimeTolerance;
+    // Where no pressure is solved none changes: the step behind a solve is not held by it time and again.
+    if (!simulation.options.optimalTstep || !pressureIsUpdated(simulation.options, clock))
+        return ahead > TimeTolerance;
     const double limited =
         pressureLimitedStep(clock.dt, simulation.pressure.largestDeltaP, simulation.options.tstepControl);
     if (limited < clock.dt) {

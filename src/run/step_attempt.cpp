@@ -61,6 +61,14 @@ void saturationSubstep(int substep, Simulation& s) {
     SaturationUpdate(s);
 }
 
+/// Whether volumes that cells did not hold have failed the attempt already: the sub-steps ahead bring none
+/// back.
+bool hasFailed(const Simulation& s) {
+    return underStepControl(s.options) && lacksTooMuch(s.options, measureStep(s));
+}
+
+/// The mapping sub-steps of a step; an attempt that the volumes missing so far have failed is not gone on
+/// with.
 void saturationStage(Simulation& s) {
     const std::string& method = s.options.method;
     if (method == "FIM" || method == "EbFVM") return;
@@ -71,6 +79,7 @@ void saturationStage(Simulation& s) {
     for (int substep = 1; substep <= s.options.mapCount; ++substep) {
         saturationSubstep(substep, s);
         updateStatus(s);
+        if (substep < s.options.mapCount && hasFailed(s)) break;
     }
     clock.workDt = wholeStep;
 }
@@ -116,7 +125,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
         advance(solve, s);
         if (s.pressure.failed) return unsolvedStep();
         figures = measureStep(s);
-        correctTargets(s.wells);
+        if (solve) correctTargets(s.wells);
         const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
                                   figures.targetMiss / s.options.stepTargetMiss) > 1.0;
         if (!off || pass >= MostTargetPasses || !solve) return figures;

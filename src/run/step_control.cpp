@@ -62,6 +62,10 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     return judgement;
 }
 
+bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
+    return figures.deficit > options.stepDeficit * (options.hasGas ? GasShare : 1.0);
+}
+
 double evenPart(double longest, double dt) {
     if (longest <= 0.0 || dt <= longest) return dt;
     return dt / std::ceil(dt / longest);

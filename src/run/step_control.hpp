@@ -28,6 +28,9 @@ struct StepJudgement {
 /// with gas at the first, or below the smallest step, it goes to the fully implicit method.
 StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts);
 
+/// Whether the volume that cells did not hold is beyond its limit.
+bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures);
+
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
 double evenPart(double longest, double dt);
 

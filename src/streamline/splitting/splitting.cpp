@@ -17,17 +17,20 @@ namespace {
 constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
 constexpr int ProgressInterval = 50;      // substeps between progress lines
+constexpr double SlopeStep = 1e-3;        // of a saturation, for slopes of capillary pressures
+constexpr double RestChange = 1e-9;       // of a phase over what is left of the step: too little to limit it
 
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
     ConservedAmounts rate;     // of change, per day
-    double largestRate = 0.0;  // relative, of its phases, 1/day
+    double largestRate = 0.0;  // that a substep has to resolve, 1/day
     bool working = false;      // active, with pore volume
     ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
     PhaseState phases;
     double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
-    double saturatedRs = 0.0;  // at the pressure of the cell
+    double saturatedRs = 0.0;           // at the pressure of the cell
+    double slopeW = 0.0, slopeG = 0.0;  // psi, capillary pressures per saturation; 0 without
 };
 
 /// Arrays and switches of one call of the stage.
@@ -48,21 +51,37 @@ double reciprocal(double factor) {
     return factor > 0.0 ? 1.0 / factor : 0.0;
 }
 
+/// Steepest slope of a capillary pressure near a saturation.
+template <class Function>
+double steepestSlope(const Function& pressureAt, double saturation, double here) {
+    const double up = std::abs(pressureAt(saturation + SlopeStep) - here);
+    return std::max(up, std::abs(pressureAt(saturation - SlopeStep) - here)) / SlopeStep;
+}
+
+/// Capillary pressures of a cell at its saturations, with their slopes.
+void refreshCapillary(const FluidTables& tables, int region, double scale, CellWork& work,
+                      SplittingCell& shared) {
+    const auto pcow = [&](double s) { return scale * PcowFn(tables, s, region); };
+    shared.pcow = pcow(work.phases.Sw);
+    work.slopeW = steepestSlope(pcow, work.phases.Sw, shared.pcow);
+    if (!tables.hasGas) return;
+    const auto pcog = [&](double s) { return scale * PcogFn(tables, s, region); };
+    shared.pcog = pcog(work.phases.Sg);
+    work.slopeG = steepestSlope(pcog, work.phases.Sg, shared.pcog);
+}
+
 /// Mobilities, capillary pressures and Rs of a cell at its saturations.
 void refreshCell(const Simulation& simulation, CellId cell, SplittingStage& stage) {
     const FluidTables& tables = simulation.fluids;
     const int region = simulation.grid.SATNUM[cell];
-    const CellWork& work = stage.own[cell];
+    CellWork& work = stage.own[cell];
     SplittingCell& shared = stage.shared[cell];
     const RelPerms kr = relPermsAtCell(tables, cell, region, work.phases.Sw, work.phases.Sg);
     shared.lambdaW = kr.w * work.inverseMuW;
     shared.lambdaO = kr.o * work.inverseMuO;
     shared.lambdaG = tables.hasGas ? kr.g * work.inverseMuG : 0.0;
     shared.Rs = work.phases.Rs;
-    if (!stage.capillary) return;
-    const double scale = simulation.grid.JFactor[cell];
-    shared.pcow = scale * PcowFn(tables, work.phases.Sw, region);
-    if (tables.hasGas) shared.pcog = scale * PcogFn(tables, work.phases.Sg, region);
+    if (stage.capillary) refreshCapillary(tables, region, simulation.grid.JFactor[cell], work, shared);
 }
 
 /// Everything of a cell at the start of the stage. Oil properties are looked up at the bubble point that
@@ -164,9 +183,22 @@ bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour
     return any;
 }
 
+/// How fast an exchange over a face pulls the capillary pressure of cell i back, volume a day per saturation:
+/// T la lb / (la + lb) |dPc/dS| with the larger mobility of each phase.
+double capillaryPull(const SplittingCell& i, const SplittingCell& j, double trans, const CellWork& work) {
+    const double oil = std::max(i.lambdaO, j.lambdaO);
+    const auto pull = [&](double other, double slope) {
+        return other + oil > 0.0 ? trans * other * oil / (other + oil) * slope : 0.0;
+    };
+    return pull(std::max(i.lambdaW, j.lambdaW), work.slopeW) +
+           pull(std::max(i.lambdaG, j.lambdaG), work.slopeG);
+}
+
 /// Rates of change of a cell from its own faces alone; every connection is worked from both sides, so that
-/// each cell writes only itself. Returns the largest relative rate of its phases.
-double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
+/// each cell writes only itself. Returns the rate that a substep has to resolve, 1/day: the largest relative
+/// rate of its phases, and where they move at all the rate at which capillarity pulls the cell to rest. A
+/// longer explicit substep would overshoot rest further each time; near rest the rates do not tell.
+double formRates(const Simulation& simulation, CellId cell, double left, SplittingStage& stage) {
     CellWork& work = stage.own[cell];
     if (!work.working) return 0.0;
     const bool hasGas = simulation.fluids.hasGas;
@@ -176,6 +208,7 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
+    double pull = 0.0;
     for (int face = stage.firstFace; face <= FaceCount; ++face) {
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
@@ -184,12 +217,15 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
         const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);
+        if (stage.capillary) pull += capillaryPull(stage.shared[cell], stage.shared[j], t, work);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
     work.rate = {-out.amount.water / poreVolume, -out.amount.oil / poreVolume, -out.amount.gas / poreVolume};
     work.largestRate = std::max({relativeRate(work.phases.Sw, out.volumeW / poreVolume),
                                  relativeRate(work.phases.So, out.volumeO / poreVolume),
                                  relativeRate(work.phases.Sg, out.volumeG / poreVolume)});
+    if (work.largestRate * left > RestChange)
+        work.largestRate = std::max(work.largestRate, pull / poreVolume);
     return work.largestRate;
 }
 
@@ -235,7 +271,8 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     const CellId count = simulation.grid.NCELLS;
     double rate = 0.0;
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells) reduction(max : rate)
-    for (CellId cell = 1; cell <= count; ++cell) rate = std::max(rate, formRates(simulation, cell, stage));
+    for (CellId cell = 1; cell <= count; ++cell)
+        rate = std::max(rate, formRates(simulation, cell, left, stage));
     const double dt = splittingSubstep(simulation.options, rate, left);
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
