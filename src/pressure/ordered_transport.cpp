@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kvr {
 
@@ -263,6 +264,7 @@ void advanceInOrder(double dt, double slope, const GridModel& grid, const Connec
         store(cell, passCell(cell, amountsOf(amounts, cell), walk, deficit), amounts);
         account.deficit += deficit;
     }
+    account.passed = std::move(walk.passed);
 }
 
 }  // namespace kvr

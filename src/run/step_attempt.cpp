@@ -2,9 +2,11 @@
 
 #include "base/hard_stop.hpp"
 #include "implicit/fully_implicit.hpp"
+#include "implicit/water_movement.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/saturation_update.hpp"
+#include "pressure/tracer_transport.hpp"
 #include "report/material_balance.hpp"
 #include "run/status_line.hpp"
 #include "run/step_control.hpp"
@@ -34,12 +36,20 @@ constexpr double HopelessShare = 1e-6;  // of the run: a step that advances less
 constexpr int FewHopelessSteps = 2;     // in a row, behind which the fully implicit method is asked
 constexpr int MostHopelessSteps = 10;   // in a row
 
+/// Tracers with the water of the fully implicit step that has just been taken.
+void moveTracersImplicitly(Simulation& s) {
+    if (s.state.tracer.width == 0) return;
+    moveTracers(implicitWaterMovement(s.clock.dt, s.state, s.wells, s.implicit), s.wells,
+                s.fluids.tracerNames, s.implicit.oldAmounts.water, s.state.tracer);
+}
+
 /// The EbFVM word has no pressure stage of its own: its runs stand still.
 void pressureStage(bool solve, Simulation& s) {
     if (s.options.method == "EbFVM") return;
     const StageTimer timer(s.times.pressure);
     if (s.options.method == "FIM") {
         FullyImplicitStep(s);
+        moveTracersImplicitly(s);
         return;
     }
     // The velocity field is built at the end of the pressure step.
@@ -150,6 +160,7 @@ bool takeImplicitly(double before, Simulation& s) {
             return false;
         }
     }
+    moveTracersImplicitly(s);
     s.pressure.fieldStands = true;
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;

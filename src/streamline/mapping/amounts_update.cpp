@@ -74,8 +74,10 @@ void advanceByFaceTransfer(Simulation& simulation) {
     MakeUp makeUp;
     faceMakeUp(simulation, makeUp);
     connectionMakeUp(simulation, makeUp);
-    transportAmounts(makeUp, simulation);
-    mapTracers(simulation.grid, simulation.mapping, simulation.state);
+    // Analytic lines know nothing of tracers.
+    const bool analytic = simulation.lines.field.solver == LineSolver::Analytic;
+    transportAmounts(makeUp, analytic, simulation);
+    if (!analytic) mapTracers(simulation.grid, simulation.mapping, simulation.state);
 }
 
 }  // namespace kvr

@@ -5,6 +5,7 @@
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/tracer_transport.hpp"
 #include "streamline/splitting/splitting_flux.hpp"
 
 #include <algorithm>
@@ -17,8 +18,9 @@ namespace {
 constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
 constexpr int ProgressInterval = 50;      // substeps between progress lines
-constexpr double SlopeStep = 1e-3;        // of a saturation, for slopes of capillary pressures
-constexpr double RestChange = 1e-9;       // of a phase over what is left of the step: too little to limit it
+constexpr int Axes = 3;
+constexpr double SlopeStep = 1e-3;   // of a saturation, for slopes of capillary pressures
+constexpr double RestChange = 1e-9;  // of a phase over what is left of the step: too little to limit it
 
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
@@ -44,6 +46,8 @@ struct SplittingStage {
     CellArray<CellWork> own;
     CellArray<std::uint8_t> moved;        // what neighbours see has changed in the last substep
     CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
+    DirectionArray<double> waterRate;     // surface volume a day by low cell and axis, where tracers move
+    DirectionArray<double> waterPassed;   // ... and its sum over the stage, surface volume
     DirectionArray<double> meanVelocity;  // (cell, axis 1..3) ft/day, with projection only
 };
 
@@ -145,6 +149,10 @@ SplittingStage beginStage(Simulation& simulation) {
     stage.moved.assign(count, 1);
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
+    if (stage.carries && simulation.state.tracer.width > 0) {
+        stage.waterRate.assign(count, Axes, 0.0);
+        stage.waterPassed.assign(count, Axes, 0.0);
+    }
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
     return stage;
@@ -213,10 +221,14 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
-        if (project) t *= acrossVelocity(stage, cell, j, face);
+        // Lines take over what goes along them, between two cells that both have some.
+        if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
         const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
+        const double water = out.amount.water;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);
+        if (stage.waterRate.width > 0 && face % 2 == 0)
+            stage.waterRate(cell, face / 2) = out.amount.water - water;
         if (stage.capillary) pull += capillaryPull(stage.shared[cell], stage.shared[j], t, work);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
@@ -276,6 +288,8 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     const double dt = splittingSubstep(simulation.options, rate, left);
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
+    for (std::size_t n = 0; n < stage.waterRate.slots.size(); ++n)
+        stage.waterPassed.slots[n] += dt * stage.waterRate.slots[n];
     return dt;
 }
 
@@ -289,6 +303,21 @@ void addExchanged(const SplittingStage& stage, const CellArray<double>& poreVolu
         amounts.oil[cell] += poreVolume[cell] * (work.amount.oil - start.oil);
         amounts.gas[cell] += poreVolume[cell] * (work.amount.gas - start.gas);
     }
+}
+
+/// Tracers go with the water that cells have exchanged, net over the stage.
+void exchangeTracers(const SplittingStage& stage, const CellArray<double>& before, Simulation& simulation) {
+    if (stage.waterPassed.width == 0) return;
+    WaterMovement movement;
+    for (CellId cell = 1; cell <= before.count(); ++cell)
+        for (int axis = 1; axis <= Axes; ++axis) {
+            const double volume = stage.waterPassed(cell, axis);
+            const CellId other = simulation.connections.Neighbour(cell, 2 * axis);
+            if (volume == 0.0 || other <= 0) continue;
+            movement.passages.push_back(
+                {volume > 0.0 ? cell : other, volume > 0.0 ? other : cell, std::abs(volume)});
+        }
+    moveTracers(movement, simulation.wells, simulation.fluids.tracerNames, before, simulation.state.tracer);
 }
 
 /// What is there but next to nothing is lifted to the smallest amount that counts.
@@ -316,6 +345,7 @@ void finishStage(const SplittingStage& stage, Simulation& simulation) {
     if (!stage.carries) return writeBack(stage, simulation);
     CellAmounts whole;
     measureWholeAmounts(simulation.grid, simulation.state, simulation.pressure.carried, whole);
+    exchangeTracers(stage, whole.water, simulation);
     addExchanged(stage, simulation.state.PoreVolume, whole);
     writeBack(stage, simulation);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
