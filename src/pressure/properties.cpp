@@ -178,7 +178,8 @@ void measureWholeAmounts(const GridModel& grid, const CellState& state, const Ce
 }
 
 bool carriesAmounts(const RunOptions& options) {
-    return options.method == "IMPES" || (options.method == "streamline" && options.conservativeMapping);
+    if (options.method == "IMPES") return true;
+    return options.method == "streamline" && options.conservativeMapping;
 }
 
 void measureCarried(const GridModel& grid, const CellState& state, const CellAmounts& whole,

@@ -52,7 +52,7 @@ void measureWholeAmounts(const GridModel& grid, const CellState& state, const Ce
                          CellAmounts& amounts);
 
 /// Whether steps hand on what cells hold beyond their saturations: in IMPES, and in streamline runs that pass
-/// amounts through faces. Streamline runs that ask for the plain average of the lines do not.
+/// amounts through faces, which all do but those that ask for the average of the lines.
 bool carriesAmounts(const RunOptions& options);
 
 /// carried = whole - shown by the state. Where amounts are carried it has to follow every change of the

@@ -2,6 +2,7 @@
 
 #include "base/arrow_rules.hpp"
 #include "base/constants.hpp"
+#include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
 
 #include <algorithm>
@@ -214,7 +215,8 @@ void advanceBalance(Simulation& simulation, double executedDt) {
         record.started = true;
     }
     addWellFlows(simulation.wells, executedDt, record);
-    if (!isAnalyticalPhase(simulation.options, simulation.clock.solverPhaseIndex))
+    const RunOptions& options = simulation.options;
+    if (carriesAmounts(options) || !isAnalyticalPhase(options, simulation.clock.solverPhaseIndex))
         addNetInflow(simulation.wells, executedDt, record.netInflow);
     record.rows.push_back(makeRow(simulation, executedDt));
 }

@@ -18,7 +18,8 @@ double recoveredFraction(double initial, double now);
 
 /// Adds the well flows of the step `executedDt` just finished (0 at the start) to the cumulative totals
 /// and appends the totals of the step to BalanceRecord. Comes before the reports of the step, which read
-/// them. The analytical line solver ("btf") has no wells in this sense: its net inflow stays 0.
+/// them. Where cells take the average of analytical lines ("btf") wells do not make up what they
+/// hold: net inflow stays 0.
 void advanceBalance(Simulation& simulation, double executedDt);
 
 /// The row that `advanceBalance` made, into the log and the tables: KVR_Run_SweepVolume.out always holds

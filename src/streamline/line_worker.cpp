@@ -96,7 +96,7 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
     if (field.keepPaths)
         takePath(grid, result.record, field.fromInjector, field.trace.referenceCube, line,
                  result.contribution, result.path);
-    if (field.passes) takePassage(field.nodes, field.step, line, result.passage);
+    if (field.passes) takePassage(line, result.passage);
     result.end = lineEnd(field, result.record.status, line);
     result.substeps = line.substeps;
     result.solved = true;

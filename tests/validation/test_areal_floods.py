@@ -39,6 +39,35 @@ def test_heterogeneous_five_spot_follows_the_converged_references_and_keeps_its_
         assert oil <= 0.035
 
 
+def well_rates(result):
+    """Columns of the plot table of wells, which runs with analytic lines write too."""
+    names, *rows = result.read("KVR_TPlot_Well_Rate.plt").splitlines()[1:]
+    values = numpy.array([[float(word) for word in row.split()] for row in rows if row.strip()])
+    return dict(zip(names.replace("VARIABLES = ", "").replace(" ", "").split(","), values.T))
+
+
+@pytest.mark.parametrize("name, curve, limit, oil_limit", [("QFS50", "QFS50_dt2", 0.01, 0.02),
+                                                           ("FIVE1", "FIVE1_dt5", 0.03, 0.04)])
+def test_analytic_lines_keep_mass_and_come_nearer_than_their_average(tmp_path, name, curve, limit, oil_limit):
+    """Their profile knows the age of the flood and nothing of mobilities, so they are not held to what explicit
+    lines do."""
+    truth = reference(curve)
+    means = {}
+    for mapping in ("CONSERVE", "AVERAGE"):
+        result = flood(tmp_path / mapping, name, lines=500, scheme="ANALYTICAL", plots=1,
+                       extra=f"MAPPING\n{mapping}\n")
+        table = well_rates(result)
+        means[mapping], largest = water_cut_difference(table, truth, REPORT_TIMES)
+        oil = table["FOPT"][-1] / truth["FOPT"][-1] - 1.0
+        print(f"{name}, {mapping}: water cut mean {means[mapping]:.4f}, largest {largest:.4f}; oil {100 * oil:+.2f} %")
+        if mapping == "CONSERVE":
+            balance = result.table("KVR_Run_SweepVolume.out")
+            assert numpy.abs([balance["|MBEO|"], balance["|MBEW|"]]).max() < 1e-4
+            assert means[mapping] <= limit
+            assert abs(oil) <= oil_limit
+    assert means["CONSERVE"] < means["AVERAGE"]
+
+
 def test_twice_the_lines_or_half_the_step_change_little(tmp_path):
     base = flood(tmp_path / "base", "FIVE1", **REGULAR).table()["FOPT"][-1]
     lines = flood(tmp_path / "lines", "FIVE1", **{**REGULAR, "lines": 4000}).table()["FOPT"][-1]

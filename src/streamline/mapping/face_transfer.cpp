@@ -9,28 +9,6 @@ namespace kvr {
 
 namespace {
 
-/// Amount and flux of one phase, by member of the node and of the data of its cell.
-struct Phase {
-    double FlowNode::*flux;
-    double FlowNode::*amount;
-    double NodeData::*start;
-    double FlowNode::*passed;
-    std::vector<double> LinePassage::*onTraced;
-};
-
-/// Where gravity along the line moves phases beside the flux: from what every node has gained.
-void passByGain(const std::vector<NodeData>& nodes, double step, const Phase& phase, const SolverLine& line,
-                std::vector<double>& passed) {
-    passed[0] = line.nodes[0].*phase.flux * step;
-    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        const FlowNode& node = line.nodes[i];
-        const NodeData& start = nodes[at(line.tracedCell[at(line.tracedNode[i])])];
-        const double gain = node.*phase.amount - start.*phase.start;
-        passed[i] = node.outflowRate > 0.0 ? (passed[i - 1] * node.inflowRate - gain) / node.outflowRate
-                                           : passed[i - 1];
-    }
-}
-
 void passBetweenTracedNodes(const SolverLine& line, const std::vector<double>& solver,
                             std::vector<double>& traced) {
     if (!line.regridded) {
@@ -67,19 +45,17 @@ void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage)
     passage.solver.assign(solverNodes, 0.0);
 }
 
-void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLine& line,
-                 LinePassage& passage) {
-    constexpr Phase Water{&FlowNode::Fw, &FlowNode::Cw, &NodeData::Cw, &FlowNode::passedW,
-                          &LinePassage::water};
-    constexpr Phase Oil{&FlowNode::Fo, &FlowNode::Co, &NodeData::Co, &FlowNode::passedO, &LinePassage::oil};
-    constexpr Phase Gas{&FlowNode::Fg, &FlowNode::Cg, &NodeData::Cg, &FlowNode::passedG, &LinePassage::gas};
-    for (const Phase& phase : {Water, Oil, Gas}) {
-        if (line.hasGravity)
-            passByGain(nodes, step, phase, line, passage.solver);
-        else
-            for (std::size_t i = 0; i <= at(line.nodeCount); ++i)
-                passage.solver[i] = line.nodes[i].*phase.passed;
-        passBetweenTracedNodes(line, passage.solver, passage.*phase.onTraced);
+void takePassage(const SolverLine& line, LinePassage& passage) {
+    struct Phase {
+        double FlowNode::*passed;
+        std::vector<double>* onTraced;
+    };
+    const Phase phases[] = {{&FlowNode::passedW, &passage.water},
+                            {&FlowNode::passedO, &passage.oil},
+                            {&FlowNode::passedG, &passage.gas}};
+    for (const Phase& phase : phases) {
+        for (std::size_t i = 0; i <= at(line.nodeCount); ++i) passage.solver[i] = line.nodes[i].*phase.passed;
+        passBetweenTracedNodes(line, passage.solver, *phase.onTraced);
     }
 }
 

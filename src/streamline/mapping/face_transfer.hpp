@@ -2,7 +2,6 @@
 
 #include "base/cell_array.hpp"
 #include "model/connections.hpp"
-#include "streamline/transport/node_data.hpp"
 #include "streamline/transport/solver_line.hpp"
 
 #include <cstdint>
@@ -20,13 +19,11 @@ struct LinePassage {
 
 void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage);
 
-/// Passage of an advanced line of `step` days: with P(i) the integral of the flux F(i) over the step, as the
-/// solver has summed it up. Gravity along the line moves phases beside the flux; P then follows from what
-/// every node has gained since its cell's `nodes` were loaded:
-///   P(0) = F(0) step,  P(i) = (P(i-1) inflowRate(i) - (C(i) - C_start(i))) / outflowRate(i)
-/// A regridded line takes P linear in time of flight between solver nodes.
-void takePassage(const std::vector<NodeData>& nodes, double step, const SolverLine& line,
-                 LinePassage& passage);
+/// Passage of an advanced line: the integral of the flux F(i) over its step and, with gravity along the line,
+/// of the exchange between i and i + 1, as the solver has summed them up. A phase that gravity moves against
+/// the flow may have passed less than nothing. A regridded line takes the passage linear in time of flight
+/// between solver nodes.
+void takePassage(const SolverLine& line, LinePassage& passage);
 
 /// Flow of the lines through the face between a cell and its neighbour on the high side of axis 1..3, and
 /// surface amounts that they took through it over the step; positive toward the neighbour.

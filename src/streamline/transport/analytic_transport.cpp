@@ -27,50 +27,56 @@ double saturationAt(const AnalyticProfile& profile, double connate, double posit
     return profile.saturation[k - 1] + share * (profile.saturation[k] - profile.saturation[k - 1]);
 }
 
-void setSaturation(const FluidTables& fluids, double sw, FlowNode& node) {
-    const SaturationTable& region = regionTable(fluids, 1);
-    node.Sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
-    node.So = 1.0 - node.Sw;
-    node.Sg = 0.0;
-    setAmounts(fluids.hasGas, node);
-}
-
 /// The profile of the given time on the nodes of a line.
 void setProfile(const FluidTables& fluids, const AnalyticProfile& profile, double time, SolverLine& line) {
-    const double connate = regionTable(fluids, 1).ConnateSw;
+    const SaturationTable& region = regionTable(fluids, 1);
+    const double perDay = time > 0.0 ? 1.0 / time : 0.0;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
-        const double sw = time > 0.0 ? saturationAt(profile, connate, line.Tof[i] / time) : connate;
-        setSaturation(fluids, sw, line.nodes[i]);
+        double sw =
+            time > 0.0 ? saturationAt(profile, region.ConnateSw, line.Tof[i] * perDay) : region.ConnateSw;
+        sw = std::min(std::max(sw, region.ConnateSw), 1.0 - region.ResidualSo);
+        FlowNode& node = line.nodes[i];
+        node.Sw = sw;
+        node.So = 1.0 - sw;
+        node.Sg = 0.0;
+        setAmounts(fluids.hasGas, node);
     }
 }
 
-constexpr int PassageIntervals = 4;  // of Simpson's rule behind the front
+/// Water beyond connate that stands downstream of `position` in the profile at unit time.
+double beyondAt(const AnalyticProfile& profile, double connate, double position) {
+    if (profile.position.empty() || position >= profile.position.front()) return 0.0;
+    std::size_t k = 1;
+    while (k < profile.position.size() && position < profile.position[k]) ++k;
+    const double behind = profile.position[k - 1] - position;
+    const double here = saturationAt(profile, connate, position);
+    return profile.beyond[k - 1] + behind * (0.5 * (profile.saturation[k - 1] + here) - connate);
+}
 
-/// What passes node i from `begin` to `end`: connate water and oil until the front arrives, then the fluxes
-/// of the profile by Simpson's rule. The jump at the front is no place for a rule of smooth functions: a
-/// third of a long step would count as flooded or dry.
-void sumPassage(const FluidTables& fluids, const AnalyticProfile& profile, double begin, double end, int i,
-                SolverLine& line) {
-    FlowNode& node = line.nodes[at(i)];
-    const SaturationTable& region = regionTable(fluids, 1);
-    const double front = profile.position.empty() ? 0.0 : profile.position.front();
-    const double arrival = front > 0.0 ? std::clamp(line.Tof[at(i)] / front, begin, end) : end;
-    const auto add = [&](double sw, double weight) {
-        setSaturation(fluids, sw, node);
-        evaluateFluxes(fluids.hasGas, i, i, line);
-        node.passedW += weight * node.Fw;
-        node.passedO += weight * node.Fo;
-    };
-    if (arrival > begin) add(region.ConnateSw, arrival - begin);
-    const double length = (end - arrival) / PassageIntervals;
-    if (!(length > 0.0)) return;
-    for (int n = 0; n <= 2 * PassageIntervals; ++n) {
-        const double time = arrival + 0.5 * n * length;
-        const bool outer = n == 0 || n == 2 * PassageIntervals;
-        const double weight = outer ? 1.0 / 6.0 : (n % 2 == 1 ? 4.0 / 6.0 : 2.0 / 6.0);
-        if (time > 0.0)
-            add(saturationAt(profile, region.ConnateSw, std::min(front, line.Tof[at(i)] / time)),
-                weight * length);
+/// Reservoir volume of water per unit of flow that has passed time of flight `tof` since the start of the
+/// flood.
+double passedSinceStart(const AnalyticProfile& profile, double connate, double tof, double time) {
+    return time > 0.0 ? time * beyondAt(profile, connate, tof / time) : 0.0;
+}
+
+/// Sums up what passes every position from time - step to time; oil fills the flow.
+void passProfile(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
+                 SolverLine& line) {
+    const double connate = regionTable(fluids, 1).ConnateSw;
+    FlowNode& inlet = line.nodes[0];
+    evaluateFluxes(fluids.hasGas, 0, 0, line);
+    inlet.passedW = step * inlet.Fw;
+    inlet.passedO = step * inlet.Fo;
+    inlet.passedG = fluids.hasGas ? step * inlet.Fg : 0.0;
+    const double share = profile.content > 0.0 ? inlet.Fw * inlet.Bw / profile.content : 0.0;
+    for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
+        FlowNode& node = line.nodes[i];
+        const double water = share * (passedSinceStart(profile, connate, line.Tof[i], time) -
+                                      passedSinceStart(profile, connate, line.Tof[i], time - step));
+        const double bounded = std::clamp(water, 0.0, step);
+        node.passedW = bounded * node.inverseBw;
+        node.passedO = (step - bounded) * node.inverseBo;
+        node.passedG = fluids.hasGas ? node.Rs * node.passedO : 0.0;
     }
 }
 
@@ -111,6 +117,7 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
     const SaturationTable& region = regionTable(fluids, 1);
     profile.saturation.clear();
     profile.position.clear();
+    profile.beyond.assign(1, 0.0);
     const double front = table.saturation[at(table.front)];
     profile.saturation.push_back(front);
     profile.position.push_back(table.front > 0 ? table.flow[at(table.front)] / (front - region.ConnateSw)
@@ -118,26 +125,26 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
     for (const double s : region.SwAxis) {
         const double before = profile.saturation.back();
         if (s <= before) continue;
-        profile.position.push_back((analyticFlow(fluids, table, s) - analyticFlow(fluids, table, before)) /
-                                   (s - before));
+        const double ahead = profile.position.back();
+        const double position =
+            (analyticFlow(fluids, table, s) - analyticFlow(fluids, table, before)) / (s - before);
+        profile.beyond.push_back(profile.beyond.back() +
+                                 (ahead - position) * (0.5 * (before + s) - region.ConnateSw));
+        profile.position.push_back(position);
         profile.saturation.push_back(s);
     }
+    profile.content = beyondAt(profile, region.ConnateSw, 0.0);
 }
 
 void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
                      SolverLine& line) {
     startOutlet(line);
-    FlowNode& inlet = line.nodes[0];
-    evaluateFluxes(fluids.hasGas, 0, 0, line);
-    inlet.passedW = step * inlet.Fw;
-    inlet.passedO = step * inlet.Fo;
-    for (int i = 1; i <= line.nodeCount; ++i) sumPassage(fluids, profile, time - step, time, i, line);
+    passProfile(fluids, profile, step, time, line);
     setProfile(fluids, profile, time, line);
     evaluateFluxes(fluids.hasGas, 1, line.nodeCount, line);
-    FlowNode& last = line.nodes[at(line.nodeCount)];
-    line.outletWater = last.Fw;
-    line.outletOil = last.Fo;
-    line.outletGas = fluids.hasGas ? last.Fg : 0.0;
+    const FlowNode& last = line.nodes[at(line.nodeCount)];
+    addOutlet({last.passedW, last.passedO, last.passedG, 0.0, 0.0, 0.0}, 1.0, line);
+    meanOutlet(step, line);
     line.substeps = 1;
 }
 

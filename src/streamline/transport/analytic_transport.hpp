@@ -24,9 +24,11 @@ double analyticFlow(const FluidTables& fluids, const AnalyticTable& table, doubl
 void buildAnalyticTable(const FluidTables& fluids, int points, double oilViscosity, AnalyticTable& table);
 
 /// The profile at unit time: saturations falling from the inlet are listed from the front backward, each
-/// with its time of flight per day since the start (positions fall).
+/// with its time of flight per day since the start (positions fall) and the water beyond connate that stands
+/// between it and the front, per unit of flow: beyond = integral of S - Swc over the times of flight.
 struct AnalyticProfile {
-    std::vector<double> saturation, position;
+    std::vector<double> saturation, position, beyond;
+    double content = 0.0;  // the same of all of the profile, from the inlet on
 };
 
 /// Front saturation and every row of the water table above it. Positions are slopes by difference between
@@ -35,6 +37,11 @@ void buildProfile(const FluidTables& fluids, const AnalyticTable& table, Analyti
 
 /// Saturations of positions 1..N at `time` days since the start of the flood: connate water ahead of the
 /// front, linear in time of flight between listed rows behind it, within connate water and residual oil.
+///
+/// What has passed a position in the step is what stands beyond it at its end less what stood there at its
+/// begin, which no front can jump over. A profile listed by differences holds a little more or less water
+/// than has come in, and everything that passes is scaled by this share, so that the inlet lets in what it
+/// is given. Outlet fluxes are means over the step.
 void advanceAnalytic(const FluidTables& fluids, const AnalyticProfile& profile, double step, double time,
                      SolverLine& line);
 

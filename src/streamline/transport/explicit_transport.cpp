@@ -28,12 +28,18 @@ void moveTogether(const FluidTables& tables, bool keepEndPoints, double dt, Solv
     }
 }
 
-/// Adds what the limited fluxes let through every position over dt.
+/// Adds what the limited fluxes and gravity let through every position over dt.
 void notePassed(bool hasGas, double dt, SolverLine& line) {
     for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
         line.nodes[i].passedW += dt * line.limitedFw[i];
         line.nodes[i].passedO += dt * line.limitedFo[i];
         if (hasGas) line.nodes[i].passedG += dt * line.limitedFg[i];
+    }
+    if (!line.hasGravity) return;
+    for (std::size_t i = 1; i < at(line.nodeCount); ++i) {
+        line.nodes[i].passedW += dt * line.exchange[i].water;
+        line.nodes[i].passedO += dt * line.exchange[i].oil;
+        line.nodes[i].passedG += dt * line.exchange[i].gas;
     }
 }
 

@@ -130,6 +130,7 @@ GravityExchange exchangeAt(bool hasGas, const SolverLine& line, std::size_t i, c
 
 void setGravitySources(bool hasGas, SolverLine& line) {
     const std::size_t count = at(line.nodeCount);
+    line.exchange[0] = line.exchange[count] = {};
     for (std::size_t i = 1; i <= count; ++i) line.gravityW[i] = line.gravityO[i] = line.gravityG[i] = 0.0;
     const auto bring = [&](const FlowNode& node) {
         return gravityNode(hasGas, node, node.Sw, node.Sg, node.Rs);
@@ -138,6 +139,7 @@ void setGravitySources(bool hasGas, SolverLine& line) {
     for (std::size_t i = 1; i < count; ++i) {
         const GravityNode next = bring(line.nodes[i + 1]);
         const GravityExchange exchange = exchangeAt(hasGas, line, i, here, next);
+        line.exchange[i] = exchange;
         const double from = line.nodes[i].inverseDeltaTof;
         const double to = line.nodes[i + 1].inverseDeltaTof;
         line.gravityW[i] += exchange.water * from;

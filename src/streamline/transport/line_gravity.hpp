@@ -28,16 +28,12 @@ struct GravityNode {
 
 GravityNode gravityNode(bool hasGas, const FlowNode& node, double sw, double sg, double rs);
 
-/// Surface amounts that go from node i to node i + 1 per unit of total flow.
-struct GravityExchange {
-    double water = 0.0, oil = 0.0, gas = 0.0;
-};
-
+/// Between node i and node i + 1.
 GravityExchange exchangeAt(bool hasGas, const SolverLine& line, std::size_t i, const GravityNode& here,
                            const GravityNode& next);
 
-/// gravityW, gravityO, gravityG of positions 1..N at the present saturations, surface volume per pore
-/// volume and day.
+/// The exchange of positions 0..N at the present saturations, and gravityW, gravityO, gravityG of positions
+/// 1..N that it makes, surface volume per pore volume and day.
 void setGravitySources(bool hasGas, SolverLine& line);
 
 }  // namespace kvr

@@ -142,6 +142,7 @@ void sizeSolverLine(int tracedNodes, double nodeFactor, int tracerCount, SolverL
           &line.RhoO, &line.RhoG, &line.gravityFace, &line.gravityW, &line.gravityO, &line.gravityG})
         array->assign(size, 0.0);
     line.nodes.assign(size, {});
+    line.exchange.assign(size, {});
     line.tracer.assign(at(tracerCount), std::vector<double>(size, 0.0));
 }
 

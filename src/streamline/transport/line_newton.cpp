@@ -295,6 +295,14 @@ Fluxes<Gas> linearExchange(const NewtonWork<Gas>& work, const SolverLine& line, 
     return rate;
 }
 
+/// Adds what a flux or an exchange lets out of a node over dt.
+template <bool Gas>
+void notePassed(double dt, const Fluxes<Gas>& flux, FlowNode& node) {
+    node.passedW += dt * flux[0];
+    node.passedO += dt * flux[1];
+    if constexpr (Gas) node.passedG += dt * flux[2];
+}
+
 /// New amounts and states from the closing fluxes.
 template <bool Gas>
 void closeStep(const FluidTables& tables, const NewtonControl& control, double dt, LineNewton& newton,
@@ -312,6 +320,7 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
             for (std::size_t p = 0; p < loss.size(); ++p)
                 loss[p] += dt * node.inverseDeltaTof * (exchange[p] - exchangeBefore[p]);
             exchangeBefore = exchange;
+            notePassed<Gas>(dt, exchange, node);
         }
         if (!line.tracer.empty()) carryTracers(dt * node.inflowRate * before[0], node.Cw, i, line);
         ConservedAmounts amounts{loss[0], loss[1], 0.0};
@@ -319,12 +328,8 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
         recoverNode<Gas>(tables, control.keepEndPoints, amounts, line.nodes[i - 1], node);
         if (!Gas && control.keepEndPoints) limitWater(node);
     }
-    for (std::size_t i = 0; i <= at(line.nodeCount); ++i) {
-        FlowNode& node = line.nodes[i];
-        node.passedW += dt * work.closingFlux[i][0];
-        node.passedO += dt * work.closingFlux[i][1];
-        if constexpr (Gas) node.passedG += dt * work.closingFlux[i][2];
-    }
+    for (std::size_t i = 0; i <= at(line.nodeCount); ++i)
+        notePassed<Gas>(dt, work.closingFlux[i], line.nodes[i]);
     const Fluxes<Gas>& outlet = work.closingFlux[at(line.nodeCount)];
     NodeFlow flow{outlet[0], outlet[1]};
     if constexpr (Gas) flow.Fg = outlet[2];

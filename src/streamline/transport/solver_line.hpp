@@ -13,7 +13,7 @@ struct FlowNode {
     double Sw = 0.0, So = 0.0;
     double Cw = 0.0, Co = 0.0;
     double Fw = 0.0, Fo = 0.0;
-    double passedW = 0.0, passedO = 0.0, passedG = 0.0;  // integrals of the fluxes over the step
+    double passedW = 0.0, passedO = 0.0, passedG = 0.0;  // over the step, of fluxes and gravity exchange
     double Bw = 1.0, Bo = 1.0, inverseBw = 1.0, inverseBo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0;      // 1/cp
     double inverseDeltaTof = 0.0;                   // 1/day
@@ -25,6 +25,11 @@ struct FlowNode {
     double bubblePoint = 0.0;                  // psia
     bool keepsAmounts = false;                 // amounts are not set anew from the scaled saturations
     double expansion = 0.0;                    // 1/day, net outflow of the cell over its pore volume
+};
+
+/// Surface amounts that gravity moves from a node to the next one, per unit of total flow.
+struct GravityExchange {
+    double water = 0.0, oil = 0.0, gas = 0.0;
 };
 
 /// One-dimensional problem on a line, marched from the injector end. Positions 0..N, position 0 the inlet.
@@ -51,6 +56,7 @@ struct SolverLine {
     std::vector<double> RhoW, RhoO, RhoG;  // lb/ft3, loaded where gravity is in use
     std::vector<double>
         gravityFace;  // [i] between i and i+1: share of the total flow per mobility and lb/ft3
+    std::vector<GravityExchange> exchange;             // [i] between i and i+1, of explicit substeps
     std::vector<double> gravityW, gravityO, gravityG;  // 1/day, along-line gravity source
     std::vector<std::vector<double>> tracer;           // [tracer][node] concentration
 

@@ -145,17 +145,18 @@ TEST(AdvanceBalance, ClosesWhenTheCellLosesWhatTheWellTook) {
     EXPECT_NEAR(test.last().deltaRecovery, 0.0, Tight);
 }
 
-TEST(AdvanceBalance, KeepsNoNetInflowForTheAnalyticalSolver) {
+TEST(AdvanceBalance, KeepsNoNetInflowForTheAverageOfAnalyticalLines) {
     BalanceRun test;
     test.run.options.solverPhaseName = {"btf"};
+    test.run.options.conservativeMapping = false;
     test.addWell("prd", -6.0, 0.0, 0.0, 0.0);
     test.step(10.0);
     EXPECT_EQ(test.run.balance.netInflow.oil, 0.0);
     EXPECT_EQ(test.run.balance.wells[0].produced.oil, 60.0);
 }
 
-TEST(AdvanceBalance, CountsTheWellsOfAMethodWithoutLinesWhateverTheLineSolver) {
-    for (const char* method : {"FIM", "IMPES"}) {
+TEST(AdvanceBalance, CountsTheWellsWhereAmountsMoveWhateverTheLineSolver) {
+    for (const char* method : {"FIM", "IMPES", "streamline"}) {
         BalanceRun test;
         test.run.options.method = method;
         test.run.options.solverPhaseName = {"btf"};

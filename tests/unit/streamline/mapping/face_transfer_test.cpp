@@ -13,16 +13,10 @@ namespace {
 struct RowLine {
     FluidTables fluids = samples::plainFlood();
     SolverLine line = samples::floodedLine(fluids, {10.0, 20.0, 40.0});
-    std::vector<NodeData> nodes = std::vector<NodeData>(4);
     LinePassage passage;
 
     RowLine() {
-        for (int n = 1; n <= 3; ++n) {
-            const auto i = static_cast<std::size_t>(n);
-            line.tracedCell[i] = n;
-            nodes[i].Cw = line.nodes[i].Cw;
-            nodes[i].Co = line.nodes[i].Co;
-        }
+        for (int n = 1; n <= 3; ++n) line.tracedCell[static_cast<std::size_t>(n)] = n;
         sizePassage(3, line.nodes.size(), passage);
     }
 };
@@ -32,7 +26,7 @@ TEST(LinePassage, SummedUpBySubstepsIsWhatCameInLessWhatTheNodesHaveGained) {
     ExplicitControl control;
     ExplicitScratch scratch;
     advanceExplicit(row.fluids, control, 15.0, scratch, row.line);
-    takePassage(row.nodes, 15.0, row.line, row.passage);
+    takePassage(row.line, row.passage);
     // The inlet lets in water alone, 1 a day; volumes are kept.
     EXPECT_DOUBLE_EQ(row.passage.water[0], 15.0);
     double gained = 0.0;
@@ -45,47 +39,16 @@ TEST(LinePassage, SummedUpBySubstepsIsWhatCameInLessWhatTheNodesHaveGained) {
     EXPECT_NEAR(row.passage.oil[3], 15.0 * row.line.outletOil, 1e-10);
 }
 
-TEST(LinePassage, CountsWhatAnExpandingCellLetsOut) {
-    RowLine row;
-    row.line.hasGravity = true;
-    row.line.nodeCount = row.line.tracedNodeCount = 1;
-    FlowNode& node = row.line.nodes[1];
-    row.line.nodes[0].Fo = 0.5;
-    node.inflowRate = 0.1;
-    node.outflowRate = 0.125;  // 1 / 10 days and an expansion of 0.025 a day
-    node.Co = row.nodes[1].Co - 0.3;
-    takePassage(row.nodes, 2.0, row.line, row.passage);
-    EXPECT_NEAR(row.passage.oil[1], (0.5 * 2.0 * 0.1 + 0.3) / 0.125, 1e-12);
-}
-
 TEST(LinePassage, IsLinearInTimeOfFlightOnARegriddedLine) {
     RowLine row;
     layNodes(NodeControl::Regular, 1.0, 1.0, row.line);  // three nodes of 70/3 days
     const double passed[] = {5.0, 3.0, 2.0, 1.0};
     for (std::size_t i = 0; i <= 3; ++i) row.line.nodes[i].passedW = passed[i];
-    takePassage(row.nodes, 5.0, row.line, row.passage);
+    takePassage(row.line, row.passage);
     EXPECT_NEAR(row.passage.water[0], 5.0, 1e-12);
     EXPECT_NEAR(row.passage.water[1], 5.0 - 2.0 * 30.0 / 70.0, 1e-12);  // 10 of the first 70/3 days
     EXPECT_NEAR(row.passage.water[2], 3.0 - 20.0 / 70.0, 1e-12);        // 30 days: 20/3 into the second
     EXPECT_NEAR(row.passage.water[3], 1.0, 1e-12);
-}
-
-TEST(LinePassage, IsTheSameBySumsAndByGainWhereNothingMovesBesideTheFlux) {
-    RowLine row;
-    ExplicitControl control;
-    ExplicitScratch scratch;
-    for (std::size_t i = 1; i <= 3; ++i)
-        row.line.nodes[i].inflowRate = row.line.nodes[i].outflowRate = 1.0 / row.line.DeltaTof[i];
-    advanceExplicit(row.fluids, control, 15.0, scratch, row.line);
-    takePassage(row.nodes, 15.0, row.line, row.passage);
-    const LinePassage sums = row.passage;
-    row.line.hasGravity = true;
-    takePassage(row.nodes, 15.0, row.line, row.passage);
-    for (std::size_t n = 0; n <= 3; ++n) {
-        EXPECT_NEAR(sums.water[n], row.passage.water[n], 1e-10);
-        EXPECT_NEAR(sums.oil[n], row.passage.oil[n], 1e-10);
-    }
-    EXPECT_GT(sums.oil[1], 1.0);
 }
 
 TEST(FaceTransfer, HoldsALineOnTheLowSideOfEachFaceWithTheSignOfTheIndex) {

@@ -66,29 +66,50 @@ double listedSaturation(const AnalyticProfile& profile, double tau, double days)
     return profile.saturation[k - 1] + share * (profile.saturation[k] - profile.saturation[k - 1]);
 }
 
-TEST(AdvanceAnalytic, SumsUpWhatPassesEveryPositionInTheStep) {
+/// Water beyond connate between two times of flight, by 20000 middles.
+double listedContent(const AnalyticProfile& profile, double from, double to, double days) {
+    constexpr int Middles = 20000;
+    double sum = 0.0;
+    for (int n = 0; n < Middles; ++n)
+        sum += listedSaturation(profile, from + (to - from) * (n + 0.5) / Middles, days) - 0.2;
+    return sum * (to - from) / Middles;
+}
+
+TEST(AdvanceAnalytic, PassesWhatHasComeToStandBeyondEveryPosition) {
     const FluidTables fluids = samples::plainFlood();
     AnalyticProfile profile;
     buildProfile(fluids, tableOf(fluids), profile);
-    SolverLine line = samples::floodedLine(fluids, {10.0, 95.0, 75.0, 300.0});
-    constexpr double Step = 10.0, Time = 110.0;
+    SolverLine line = samples::floodedLine(fluids, {10.0, 95.0, 75.0, 30.0, 300.0});
+    // The front stands at 2.195 a day: 120.7 days of travel after 55 days, 241.5 after 110, so that it jumps
+    // over the whole third node within the step.
+    constexpr double Step = 55.0, Time = 110.0, End = 510.0;
     advanceAnalytic(fluids, profile, Step, Time, line);
     EXPECT_DOUBLE_EQ(line.nodes[0].passedW, Step) << "water alone comes in";
-    EXPECT_EQ(line.nodes[4].passedW, 0.0) << "ahead of the front";
-    EXPECT_DOUBLE_EQ(line.nodes[4].passedO, Step);
-    // The same integral by 2000 middles; the flow fraction runs smoothly over a tenth of the time, so
-    // Simpson's rule on three points is right to a hundredth of a percent.
-    constexpr int Middles = 2000;
-    for (const std::size_t i : {1U, 2U, 3U}) {
-        double water = 0.0;
-        for (int n = 0; n < Middles; ++n) {
-            const double days = Time - Step + Step * (n + 0.5) / Middles;
-            water += Step / Middles * samples::plainFraction(listedSaturation(profile, line.Tof[i], days));
-        }
-        EXPECT_NEAR(line.nodes[i].passedW, water, 1e-4 * Step) << i;
+    EXPECT_EQ(line.nodes[5].passedW, 0.0) << "ahead of the front";
+    EXPECT_DOUBLE_EQ(line.nodes[5].passedO, Step);
+    EXPECT_DOUBLE_EQ(line.outletOil, 1.0);
+    const double whole = listedContent(profile, 0.0, End, Time);
+    for (std::size_t i = 1; i <= 4; ++i) {
+        const double come = listedContent(profile, line.Tof[i], End, Time) -
+                            listedContent(profile, line.Tof[i], End, Time - Step);
+        EXPECT_NEAR(line.nodes[i].passedW, come * Time / whole, 1e-3 * Step) << i;
         EXPECT_NEAR(line.nodes[i].passedW + line.nodes[i].passedO, Step, 1e-12);
     }
-    EXPECT_LT(line.nodes[3].passedW, 0.95 * Step) << "two phases flow there";
+    EXPECT_LT(line.nodes[3].passedW, 0.5 * Step) << "the front was there for the last part of the step only";
+}
+
+TEST(AdvanceAnalytic, LetsNoMoreThroughThanFlows) {
+    // The profile of a flood of 10 days laid on a line at once: all of it would have to pass.
+    const FluidTables fluids = samples::plainFlood();
+    AnalyticProfile profile;
+    buildProfile(fluids, tableOf(fluids), profile);
+    SolverLine line = samples::floodedLine(fluids, {1.0, 1.0, 1.0});
+    advanceAnalytic(fluids, profile, 0.5, 10.0, line);
+    for (std::size_t i = 0; i <= 3; ++i) {
+        EXPECT_LE(line.nodes[i].passedW, 0.5) << i;
+        EXPECT_GE(line.nodes[i].passedO, 0.0) << i;
+        EXPECT_NEAR(line.nodes[i].passedW + line.nodes[i].passedO, 0.5, 1e-12) << i;
+    }
 }
 
 }  // namespace

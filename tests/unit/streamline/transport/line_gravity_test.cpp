@@ -77,6 +77,34 @@ TEST(SetGravitySources, AreNoneOnALevelLineAndAtTheEndPoints) {
     for (std::size_t i = 1; i <= 4; ++i) EXPECT_EQ(dry.line.gravityW[i], 0.0);
 }
 
+/// What came in at the head less what the nodes up to each position have gained, volume factors being 1.
+void expectPassageOfGain(const Descent& start, const SolverLine& line, double days) {
+    double water = days, oil = 0.0;
+    for (std::size_t i = 1; i <= 4; ++i) {
+        water -= line.DeltaTof[i] * (line.nodes[i].Cw - start.line.nodes[i].Cw);
+        oil -= line.DeltaTof[i] * (line.nodes[i].Co - start.line.nodes[i].Co);
+        EXPECT_NEAR(line.nodes[i].passedW, water, 1e-9) << i;
+        EXPECT_NEAR(line.nodes[i].passedO, oil, 1e-9) << i;
+    }
+    EXPECT_NEAR(line.nodes[4].passedW, days * line.outletWater, 1e-9) << "no exchange over the end";
+}
+
+TEST(LinePassage, CountsWhatGravityMovesBesideTheFlux) {
+    const Descent start;
+    Descent explicitly, implicit, level;
+    level.line.hasGravity = false;
+    ExplicitScratch scratch;
+    advanceExplicit(explicitly.tables, {}, 3.0, scratch, explicitly.line);
+    expectPassageOfGain(start, explicitly.line, 3.0);
+    LineNewton newton;
+    NewtonCounts counts;
+    advanceImplicit(implicit.tables, {}, 3.0, newton, counts, implicit.line);
+    expectPassageOfGain(start, implicit.line, 3.0);
+    advanceExplicit(level.tables, {}, 3.0, scratch, level.line);
+    EXPECT_GT(explicitly.line.nodes[2].passedW, level.line.nodes[2].passedW + 0.01);
+    EXPECT_GT(implicit.line.nodes[2].passedW, level.line.nodes[2].passedW + 0.01);
+}
+
 TEST(AdvanceExplicit, FloodsADescendingLineFasterWithGravity) {
     Descent with;
     Descent without;
