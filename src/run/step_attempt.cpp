@@ -273,7 +273,7 @@ void takeStep(bool solve, Simulation& simulation) {
     if (!underStepControl(simulation.options)) return advance(solve, simulation);
     keepStepLevel(simulation, simulation.stepLevel);
     StepControl& control = simulation.control;
-    const bool implicitly = solve && (control.implicitAhead > 0 || crawls(simulation));
+    const bool implicitly = control.implicitAhead > 0 || (solve && crawls(simulation));
     control.implicitAhead = std::max(0, control.implicitAhead - 1);
     if (!implicitly || !takeImplicitly(allowedBefore(simulation), simulation))
         attemptUntilAccepted(solve, simulation);
