@@ -13,18 +13,16 @@
 #include "run/step_control.hpp"
 #include "run/time_stepping.hpp"
 
-#include <algorithm>
-
 namespace kvr {
 
 namespace {
 
-/// What the tables ask for, in even parts of what the steps before allow. Under step control the way to the
-/// next entry of the schedule is shared evenly, so that no MAXDT leaves a splinter of a step before it.
+/// What the tables ask for, in even parts of what the steps before allow.
 double chosenLength(double asked, const Simulation& s) {
     if (!underStepControl(s.options)) return evenPart(s.implicit.longestStep, asked);
     const double allowed = s.pressure.fieldStands ? s.control.longest : firstLength(asked);
-    return evenPart(std::min(allowed, s.options.maxDt), wayToNextEntry(s.options, s.schedule, s.clock));
+    if (allowed < asked) return evenPart(allowed, asked);
+    return partWithoutSplinter(s.options.maxDt, wayToNextEntry(s.options, s.schedule, s.clock));
 }
 
 /// Chooses the step and announces it; the calendar date of the banner is that of the step's start. False

@@ -34,6 +34,10 @@ bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures);
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
 double evenPart(double longest, double dt);
 
+/// Part of a `way` of days in steps of at most `longest`: these, or even ones where they would leave a
+/// splinter behind them, as lengths do that a deck gives in a few digits.
+double partWithoutSplinter(double longest, double way);
+
 /// Days that the next step may last behind one of `dt` that was good: `found` of that step, or what was
 /// allowed `before` it where the schedule left it far less: a splinter before a report says nothing against
 /// it.
