@@ -4,6 +4,10 @@ namespace kvr {
 
 namespace {
 
+constexpr std::size_t LinesKept = 12;  // of those withheld: an error with what led to it
+constexpr std::string_view FoldText =
+    "FURTHER LINES OF THE STEPS STAND IN KVR_dbg.out ALONE, THE CONSOLE SHOWS THE PROGRESS";
+
 void writeLine(std::FILE* stream, std::string_view text) {
     if (stream == nullptr) return;
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -21,9 +25,22 @@ void drawStatus(const Console& console) {
     std::fflush(console.screen);
 }
 
+/// True where the line is beyond what the screen may have.
+bool isWithheld(const Console& console, std::string_view text) {
+    if (console.account == nullptr || console.log == nullptr) return false;
+    ScreenAccount& account = *console.account;
+    const bool folded = isFolded(console);
+    account.written += text.size() + 1;
+    if (!isFolded(console)) return false;
+    if (!folded) lineToScreenAlways(console, FoldText);
+    account.withheld.emplace_back(text);
+    if (account.withheld.size() > LinesKept) account.withheld.pop_front();
+    return true;
+}
+
 }  // namespace
 
-void lineToScreen(const Console& console, std::string_view text) {
+void lineToScreenAlways(const Console& console, std::string_view text) {
     if (!statusStands(console)) {
         writeLine(console.screen, text);
         return;
@@ -31,6 +48,24 @@ void lineToScreen(const Console& console, std::string_view text) {
     std::fputs(EraseLine, console.screen);
     writeLine(console.screen, text);
     drawStatus(console);
+}
+
+bool isFolded(const Console& console) {
+    return console.account != nullptr && console.account->limit > 0 &&
+           console.account->written > console.account->limit;
+}
+
+void unfold(const Console& console, bool showLast) {
+    if (console.account == nullptr) return;
+    std::deque<std::string> last;
+    last.swap(console.account->withheld);
+    console.account->limit = 0;
+    if (!showLast) return;
+    for (const std::string& line : last) lineToScreenAlways(console, line);
+}
+
+void lineToScreen(const Console& console, std::string_view text) {
+    if (!isWithheld(console, text)) lineToScreenAlways(console, text);
 }
 
 void showStatus(const Console& console, std::string_view text) {

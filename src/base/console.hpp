@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
+#include <deque>
 #include <fmt/format.h>
 #include <string>
 #include <string_view>
@@ -13,13 +15,23 @@ struct StatusLine {
     std::string text;
 };
 
+/// What the screen has been told. Stages tell every step and every iteration, megabytes in a run of thousands
+/// of steps; beyond `limit` bytes such lines stand in the log alone, the last ones kept to be shown at a
+/// stop.
+struct ScreenAccount {
+    std::size_t limit = 0;    // bytes; 0: no bound
+    std::size_t written = 0;  // bytes
+    std::deque<std::string> withheld;
+};
+
 /// Where the program speaks and listens. `log` is KVR_dbg.out once it is open, before that null;
 /// writing to a null stream does nothing.
 struct Console {
     std::FILE* screen = stdout;
     std::FILE* log = nullptr;
     std::FILE* input = stdin;
-    StatusLine* status = nullptr;  // set only while the screen is a terminal
+    StatusLine* status = nullptr;      // set only while the screen is a terminal
+    ScreenAccount* account = nullptr;  // set while steps are taken
 };
 
 /// One line of text, the line end added here.
@@ -40,6 +52,15 @@ template <class... Args>
 void both(const Console& console, fmt::format_string<Args...> format, Args&&... args) {
     lineToBoth(console, fmt::format(format, std::forward<Args>(args)...));
 }
+
+/// Whether lines stand in the log alone now.
+bool isFolded(const Console& console);
+
+/// One line that the screen gets however much it has had.
+void lineToScreenAlways(const Console& console, std::string_view text);
+
+/// Ends the withholding of lines, and shows the last ones where they tell why a run stops.
+void unfold(const Console& console, bool showLast);
 
 /// Puts `text` in place of the status line, or takes the line away. Lines to the screen go above it.
 /// Nothing happens where the console has none.

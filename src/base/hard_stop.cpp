@@ -6,6 +6,7 @@ namespace kvr {
 
 void hardStop(const Console& console) {
     if (console.log != nullptr) std::fflush(console.log);
+    unfold(console, true);
     waitForLine(console);
     std::exit(EXIT_FAILURE);
 }

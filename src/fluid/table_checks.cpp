@@ -116,12 +116,13 @@ double residualOil(const SaturationTable& table) {
     return least;
 }
 
-void finishRegion(SaturationTable& table) {
+/// Without a gas phase no gas is held back, whatever a gas table that stands in the deck says.
+void finishRegion(bool hasGas, SaturationTable& table) {
     table.SwSearch = searchOf(table.SwAxis);
     table.SgSearch = searchOf(table.SgAxis);
     table.InverseOilAtConnate = table.Krow.empty() ? 0.0 : 1.0 / std::max(0.0, table.Krow.front());
     table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
-    table.CriticalSg = highestImmobile(table.SgAxis, table.Krg);
+    table.CriticalSg = hasGas ? highestImmobile(table.SgAxis, table.Krg) : 0.0;
     table.ResidualSo = residualOil(table);
 }
 
@@ -230,7 +231,7 @@ void completeScalars(const Console& console, FluidTables& tables) {
 
 void finishTables(FluidTables& tables) {
     finishPvt(tables);
-    for (SaturationTable& table : tables.regions) finishRegion(table);
+    for (SaturationTable& table : tables.regions) finishRegion(tables.hasGas, table);
     if (tables.regions.empty()) return;
     tables.PcowSpan = span(tables.regions.front().Pcow);
     tables.PcogSpan = span(tables.regions.front().Pcog);

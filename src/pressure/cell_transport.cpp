@@ -3,7 +3,9 @@
 #include "base/constants.hpp"
 #include "base/threads.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/flow_order.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/tracer_transport.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -107,6 +109,24 @@ void keepWellRates(double dt, const TransportAccount& account, WellMovement& mov
     }
 }
 
+/// Where a transport of `dt` days has moved water.
+WaterMovement waterMovement(double dt, const Simulation& s, const TransportAccount& account) {
+    WaterMovement movement;
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
+        for (int axis = 1; axis <= account.passed.width; ++axis) {
+            const CellId other = s.connections.Neighbour(cell, 2 * axis);
+            const double volume = dt * account.passed(cell, axis).water;
+            if (other <= 0 || !(volume > 0.0)) continue;
+            const bool up = outflowThrough(s.connections, s.velocity.CellFaceFlux, cell, 2 * axis) > 0.0;
+            movement.passages.push_back({up ? cell : other, up ? other : cell, volume});
+        }
+    for (std::size_t w = 0; w < account.wellRates.size(); ++w)
+        for (std::size_t n = 0; n < account.wellRates[w].size(); ++n)
+            movement.wells.push_back(
+                {w, s.wells.wells[w].connections[n].ConnCell, dt * account.wellRates[w][n].water});
+    return movement;
+}
+
 }  // namespace
 
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
@@ -125,14 +145,19 @@ PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, cons
     return found;
 }
 
-void transportAmounts(const MakeUp& makeUp, Simulation& s) {
+void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     const double dt = s.clock.workDt;
     CellAmounts amounts;
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
+    const bool carries = tracers && s.state.tracer.width > 0;
+    const CellArray<double> waterBefore = carries ? amounts.water : CellArray<double>{};
     TransportAccount account;
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
                    s.velocity.CellFaceFlux, s.wells, makeUp, s.state, amounts, account);
     s.pressure.deficit += account.deficit;
+    if (carries)
+        moveTracers(waterMovement(dt, s, account), s.wells, s.fluids.tracerNames, waterBefore,
+                    s.state.tracer);
     keepWellRates(dt, account, s.pressure.moved, s.wells);
     recoverCells(s.options, s.grid, s.fluids, amounts, s.state);
     refreshProperties(s.grid, s.fluids, s.state);

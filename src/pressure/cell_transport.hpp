@@ -9,8 +9,8 @@ namespace kvr {
 /// known of the make-up of flows, then the state of every cell from its amounts. Wells report what their
 /// connections gave, as means since the pressure step. Leaves saturations, Rs, bubble points and properties,
 /// and what saturations do not show in PressureStage::carried. Mobilities and volume factors are to be up to
-/// date.
-void transportAmounts(const MakeUp& makeUp, Simulation& simulation);
+/// date. `tracers`: they move with the water; lines bring their own.
+void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& simulation);
 
 /// State of a cell that holds the given amounts, at its present pressure. Without gas factors, Rs and bubble
 /// point stand.

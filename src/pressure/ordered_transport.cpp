@@ -513,6 +513,7 @@ void advanceInOrder(double dt, double slope, const GridModel& grid, const Connec
         store(cell, passCell(cell, amountsOf(amounts, cell), walk, deficit), amounts);
         account.deficit += deficit;
     }
+    account.passed = std::move(walk.passed);
 }
 
 }  // namespace kvr

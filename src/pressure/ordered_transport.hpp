@@ -28,6 +28,7 @@ struct MakeUp {
 /// What a transport step did beside the amounts.
 struct TransportAccount {
     std::vector<std::vector<ConservedAmounts>> wellRates;  // surface amounts a day into the reservoir, mean
+    DirectionArray<ConservedAmounts> passed;  // surface amounts a day by low cell and axis, along the flow
     double deficit = 0.0;  // reservoir volume that cells could not give of what their outflow asked for
 };
 

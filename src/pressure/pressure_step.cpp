@@ -370,12 +370,15 @@ void finishStep(Simulation& s) {
     both(s.console, "Reservoir average pressure : {} PSIA", number(stage.AveragePressure));
 }
 
-/// Properties, rates and velocities from the present pressures; they are then the time level as well.
+/// A step without a solve: properties of the present saturations. Rates and face fluxes of the last solve
+/// stand, for what other mobilities would make of its pressures keeps no volume.
 void refreshOnly(int firstCall, Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     if (firstCall == 0) saveTimeLevel(s);
-    updateRates(s);
-    buildVelocity({}, s);
+    if (!s.pressure.fieldStands) {
+        updateRates(s);
+        buildVelocity({}, s);
+    }
     s.pressure.DeltaP.assign(s.grid.NCELLS, 0.0);
 }
 

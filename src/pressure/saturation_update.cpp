@@ -7,7 +7,7 @@ namespace kvr {
 
 void SaturationUpdate(Simulation& simulation) {
     if (simulation.options.method == "IMPES")
-        transportAmounts({}, simulation);
+        transportAmounts({}, true, simulation);
     else
         refreshProperties(simulation.grid, simulation.fluids, simulation.state);
 }

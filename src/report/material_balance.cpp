@@ -12,6 +12,8 @@ namespace kvr {
 
 namespace {
 
+constexpr double LeastInPlace = 1e-9;  // surface volume; rounding leaves less of a phase that is not there
+
 constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
 
 PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {
@@ -196,8 +198,8 @@ InPlaceSums sumInPlace(const GridModel& grid, const CellState& state, bool hasGa
 }
 
 double balanceError(double initial, double now, double netInflow) {
-    if (initial >= MachineEpsilon) return 1.0 - (now - netInflow) / initial;
-    return now >= MachineEpsilon ? (now - netInflow) / now : 0.0;
+    if (initial >= LeastInPlace) return 1.0 - (now - netInflow) / initial;
+    return now >= LeastInPlace ? (now - netInflow) / now : 0.0;
 }
 
 double recoveredFraction(double initial, double now) {

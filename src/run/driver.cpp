@@ -18,10 +18,11 @@ namespace kvr {
 namespace {
 
 /// What the tables ask for, in even parts of what the steps before allow.
-double chosenLength(double asked, const Simulation& simulation) {
-    if (!underStepControl(simulation.options)) return evenPart(simulation.implicit.longestStep, asked);
-    const bool past = simulation.pressure.fieldStands;
-    return evenPart(past ? simulation.control.longest : firstLength(asked), asked);
+double chosenLength(double asked, const Simulation& s) {
+    if (!underStepControl(s.options)) return evenPart(s.implicit.longestStep, asked);
+    const double allowed = s.pressure.fieldStands ? s.control.longest : firstLength(asked);
+    if (allowed < asked) return evenPart(allowed, asked);
+    return partWithoutSplinter(s.options.maxDt, wayToNextEntry(s.options, s.schedule, s.clock));
 }
 
 /// Chooses the step and announces it; the calendar date of the banner is that of the step's start. False
@@ -35,7 +36,9 @@ bool beginStep(Simulation& simulation) {
     clock.dt = chosenLength(ahead, simulation);
     clock.stepCount += 1;
     printStepBanner(simulation.console, simulation.schedule, clock);
-    if (!simulation.options.optimalTstep) return ahead > TimeTolerance;
+    // Where no pressure is solved none changes: the step behind a solve is not held by it time and again.
+    if (!simulation.options.optimalTstep || !pressureIsUpdated(simulation.options, clock))
+        return ahead > TimeTolerance;
     const double limited =
         pressureLimitedStep(clock.dt, simulation.pressure.largestDeltaP, simulation.options.tstepControl);
     if (limited < clock.dt) {

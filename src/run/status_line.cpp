@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t UsualWidth = 80;  // columns of a terminal that does not tell
 constexpr long SecondsPerMinute = 60;
 constexpr long SecondsPerHour = 3600;
-constexpr double LongestTime = 1e8;  // s; longer than any run, and safe to cut to whole seconds
+constexpr std::size_t MostStepText = 700 << 10;  // bytes of the steps on the screen
+constexpr double LongestTime = 1e8;              // s; longer than any run, and safe to cut to whole seconds
 
 bool rewritesLines(std::FILE* screen) {
     if (screen == nullptr || isatty(fileno(screen)) == 0) return false;
@@ -37,6 +38,15 @@ std::string hours(double seconds) {
                        whole % SecondsPerMinute);
 }
 
+/// A line for each hundredth of the schedule, where the lines of the steps stand in the log alone.
+void tellProgress(Simulation& s) {
+    if (!isFolded(s.console) || !(s.clock.endTime > 0.0)) return;
+    const int hundredth = static_cast<int>(Percent * s.clock.time / s.clock.endTime);
+    if (hundredth <= s.toldHundredth) return;
+    s.toldHundredth = hundredth;
+    lineToScreenAlways(s.console, statusText(s.clock, wallSeconds() - s.loopStart, UsualWidth));
+}
+
 }  // namespace
 
 std::string statusText(const RunClock& clock, double elapsedSeconds, std::size_t width) {
@@ -51,6 +61,8 @@ std::string statusText(const RunClock& clock, double elapsedSeconds, std::size_t
 
 void startStatus(Simulation& simulation) {
     simulation.loopStart = wallSeconds();
+    simulation.account = ScreenAccount{MostStepText, 0, {}};
+    simulation.console.account = &simulation.account;
     if (!rewritesLines(simulation.console.screen)) return;
     simulation.console.status = &simulation.status;
     updateStatus(simulation);
@@ -58,6 +70,7 @@ void startStatus(Simulation& simulation) {
 
 void updateStatus(Simulation& simulation) {
     const Console& console = simulation.console;
+    tellProgress(simulation);
     if (console.status == nullptr) return;
     showStatus(console, statusText(simulation.clock, wallSeconds() - simulation.loopStart,
                                    usableWidth(console.screen)));
@@ -66,6 +79,7 @@ void updateStatus(Simulation& simulation) {
 void endStatus(Simulation& simulation) {
     clearStatus(simulation.console);
     simulation.console.status = nullptr;
+    unfold(simulation.console, false);
 }
 
 }  // namespace kvr

@@ -2,9 +2,11 @@
 
 #include "base/hard_stop.hpp"
 #include "implicit/fully_implicit.hpp"
+#include "implicit/water_movement.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/saturation_update.hpp"
+#include "pressure/tracer_transport.hpp"
 #include "report/material_balance.hpp"
 #include "run/status_line.hpp"
 #include "run/step_control.hpp"
@@ -34,12 +36,20 @@ constexpr double HopelessShare = 1e-6;  // of the run: a step that advances less
 constexpr int FewHopelessSteps = 2;     // in a row, behind which the fully implicit method is asked
 constexpr int MostHopelessSteps = 10;   // in a row
 
+/// Tracers with the water of the fully implicit step that has just been taken.
+void moveTracersImplicitly(Simulation& s) {
+    if (s.state.tracer.width == 0) return;
+    moveTracers(implicitWaterMovement(s.clock.dt, s.state, s.wells, s.implicit), s.wells,
+                s.fluids.tracerNames, s.implicit.oldAmounts.water, s.state.tracer);
+}
+
 /// The EbFVM word has no pressure stage of its own: its runs stand still.
 void pressureStage(bool solve, Simulation& s) {
     if (s.options.method == "EbFVM") return;
     const StageTimer timer(s.times.pressure);
     if (s.options.method == "FIM") {
         FullyImplicitStep(s);
+        moveTracersImplicitly(s);
         return;
     }
     // The velocity field is built at the end of the pressure step.
@@ -61,6 +71,14 @@ void saturationSubstep(int substep, Simulation& s) {
     SaturationUpdate(s);
 }
 
+/// Whether volumes that cells did not hold have failed the attempt already: the sub-steps ahead bring none
+/// back.
+bool hasFailed(const Simulation& s) {
+    return underStepControl(s.options) && lacksTooMuch(s.options, measureStep(s));
+}
+
+/// The mapping sub-steps of a step; an attempt that the volumes missing so far have failed is not gone on
+/// with.
 void saturationStage(Simulation& s) {
     const std::string& method = s.options.method;
     if (method == "FIM" || method == "EbFVM") return;
@@ -71,6 +89,7 @@ void saturationStage(Simulation& s) {
     for (int substep = 1; substep <= s.options.mapCount; ++substep) {
         saturationSubstep(substep, s);
         updateStatus(s);
+        if (substep < s.options.mapCount && hasFailed(s)) break;
     }
     clock.workDt = wholeStep;
 }
@@ -116,7 +135,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
         advance(solve, s);
         if (s.pressure.failed) return unsolvedStep(s);
         figures = measureStep(s);
-        correctTargets(s.wells);
+        if (solve) correctTargets(s.wells);
         const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
                                   figures.targetMiss / s.options.stepTargetMiss) > 1.0;
         if (!off || pass >= MostTargetPasses || !solve) return figures;
@@ -124,8 +143,15 @@ AttemptFigures attempt(bool solve, Simulation& s) {
     }
 }
 
+/// What the steps before have allowed this one; nothing behind a well event, which leaves a step without a
+/// past.
+double allowedBefore(const Simulation& s) {
+    return s.pressure.fieldStands ? s.control.longest : 0.0;
+}
+
 /// The step from its level by the fully implicit method; false, and back at the level, where that fails too.
-bool takeImplicitly(Simulation& s) {
+/// `before`: days that it was allowed, 0 behind attempts that were not good.
+bool takeImplicitly(double before, Simulation& s) {
     for (Well& well : s.wells.wells) well.targetFactor = 1.0;
     {
         const StageTimer timer(s.times.pressure);
@@ -134,11 +160,13 @@ bool takeImplicitly(Simulation& s) {
             return false;
         }
     }
+    moveTracersImplicitly(s);
     s.pressure.fieldStands = true;
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;
     s.control.implicitSteps += 1;
-    s.control.longest = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    const double found = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    s.control.longest = s.pressure.stepCut ? found : allowedBehind(found, before, s.clock.dt);
     return true;
 }
 
@@ -167,7 +195,7 @@ void forceStep(bool solve, double dt, Simulation& s) {
 void fallBack(bool solve, double dt, Simulation& s) {
     StepControl& control = s.control;
     s.clock.dt = dt;
-    if (!takeImplicitly(s)) return forceStep(solve, dt, s);
+    if (!takeImplicitly(0.0, s)) return forceStep(solve, dt, s);
     control.implicitInARow += 1;
     control.implicitAhead =
         std::min(MostImplicitAhead, 1 << std::min(control.implicitInARow, LargestPower)) - 1;
@@ -182,15 +210,25 @@ bool crawls(const Simulation& s) {
     return s.clock.dt < (freeGas ? CrawlShareWithGas : CrawlShare) * s.control.asked;
 }
 
+/// In a step that goes on with the flow of an earlier solve a cell fills or empties as it did then. Its error
+/// grows until pressure is solved anew, and by then it has to be one that the pressure of the cell can take
+/// up.
+void judgeEachCellAsTheField(AttemptFigures& figures) {
+    figures.volumeError = std::max(figures.volumeError, figures.largestVolumeError);
+}
+
 /// Attempts until one stands.
 void attemptUntilAccepted(bool solve, Simulation& s) {
     StepControl& control = s.control;
+    const double before = allowedBefore(s);
     for (int cuts = 0;; ++cuts) {
-        const AttemptFigures figures = attempt(solve, s);
+        AttemptFigures figures = attempt(solve, s);
+        if (!solve) judgeEachCellAsTheField(figures);
         const StepJudgement judgement = judgeStep(s.options, figures, s.clock.dt, cuts);
         tell(s, judgement);
         if (judgement.verdict == StepVerdict::Accepted) {
-            control.longest = judgement.length;
+            control.longest =
+                cuts == 0 ? allowedBehind(judgement.length, before, s.clock.dt) : judgement.length;
             control.implicitInARow = 0;
             if (figures.mobilityError > figures.mobilityLag) s.pressure.forecasts = false;
             return;
@@ -237,9 +275,10 @@ void takeStep(bool solve, Simulation& simulation) {
     if (!underStepControl(simulation.options)) return advance(solve, simulation);
     keepStepLevel(simulation, simulation.stepLevel);
     StepControl& control = simulation.control;
-    const bool implicitly = solve && (control.implicitAhead > 0 || crawls(simulation));
+    const bool implicitly = control.implicitAhead > 0 || (solve && crawls(simulation));
     control.implicitAhead = std::max(0, control.implicitAhead - 1);
-    if (!implicitly || !takeImplicitly(simulation)) attemptUntilAccepted(solve, simulation);
+    if (!implicitly || !takeImplicitly(allowedBefore(simulation), simulation))
+        attemptUntilAccepted(solve, simulation);
     watchProgress(simulation);
 }
 

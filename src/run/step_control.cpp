@@ -14,6 +14,8 @@ constexpr double LargestGrowth = 3.0;    // from step to step
 constexpr double LargestCut = 0.1;       // of one rejection
 constexpr double SmallestCut = 0.7;      // a rejected step is shortened at least to this share
 constexpr double FirstShare = 0.1;       // of what the tables ask for, where a step has no past
+constexpr double SplinterShare = 0.01;   // of MAXDT: a shorter rest of the way is shared out ...
+constexpr double RoundedRest = 1e-9;     // ... but for what rounding leaves
 constexpr double Safety = 0.8;           // of a length that a figure asks for
 constexpr double FailedSolveCut = 0.25;  // of a step whose pressure was not found
 
@@ -62,9 +64,24 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     return judgement;
 }
 
+bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
+    return figures.deficit > options.stepDeficit * (options.hasGas ? GasShare : 1.0);
+}
+
 double evenPart(double longest, double dt) {
     if (longest <= 0.0 || dt <= longest) return dt;
     return dt / std::ceil(dt / longest);
+}
+
+double partWithoutSplinter(double longest, double way) {
+    const double parts = way / longest;
+    const double rest = parts - std::floor(parts);
+    const bool splinter = parts > 1.0 && rest > RoundedRest && rest < SplinterShare;
+    return splinter ? way / std::ceil(parts) : std::min(longest, way);
+}
+
+double allowedBehind(double found, double before, double dt) {
+    return dt * LargestGrowth < before ? std::max(found, before) : found;
 }
 
 double firstLength(double dt) {

@@ -28,8 +28,20 @@ struct StepJudgement {
 /// free gas at the first, or below the smallest step, it goes to the fully implicit method.
 StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts);
 
+/// Whether the volume that cells did not hold is beyond its limit.
+bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures);
+
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
 double evenPart(double longest, double dt);
+
+/// Part of a `way` of days in steps of at most `longest`: these, or even ones where they would leave a
+/// splinter behind them, as lengths do that a deck gives in a few digits.
+double partWithoutSplinter(double longest, double way);
+
+/// Days that the next step may last behind one of `dt` that was good: `found` of that step, or what was
+/// allowed `before` it where the schedule left it far less: a splinter before a report says nothing against
+/// it.
+double allowedBehind(double found, double before, double dt);
 
 /// Length of a step that starts without a past, at the start of the run and behind a well event.
 double firstLength(double dt);

@@ -14,12 +14,16 @@ double phaseEnd(const RunOptions& options, const RunClock& clock) {
 
 }  // namespace
 
-double nextStepLength(const RunOptions& options, const Schedule& schedule, const RunClock& clock) {
+double wayToNextEntry(const RunOptions& options, const Schedule& schedule, const RunClock& clock) {
     const double target =
         std::min({tableTime(schedule.reportEnd, clock.reportIndex), phaseEnd(options, clock),
                   tableTime(schedule.stepEnd, clock.tstepIndex + 1),
                   tableTime(schedule.wellEventTime, clock.wellChangeIndex + 2), clock.endTime});
-    return std::max(0.0, std::min(target - clock.time, options.maxDt));
+    return std::max(0.0, target - clock.time);
+}
+
+double nextStepLength(const RunOptions& options, const Schedule& schedule, const RunClock& clock) {
+    return std::min(wayToNextEntry(options, schedule, clock), options.maxDt);
 }
 
 double pressureLimitedStep(double dt, double largestDeltaP, double controlValue) {

@@ -6,8 +6,11 @@
 
 namespace kvr {
 
-/// Length of the next step, days: to the earliest of report end, solver phase end, time-step end, well
-/// event and end of the run, never longer than MAXDT. 0 when one of them is already reached.
+/// Days to the next entry of the schedule: the earliest of report end, solver phase end, time-step end, well
+/// event and end of the run. 0 when one of them is already reached.
+double wayToNextEntry(const RunOptions& options, const Schedule& schedule, const RunClock& clock);
+
+/// Length of the next step, days: to the next entry of the schedule, never longer than MAXDT.
 double nextStepLength(const RunOptions& options, const Schedule& schedule, const RunClock& clock);
 
 /// Step length under OPTTSTEP: `dt` scaled down so that the largest pressure change of the last converged

@@ -6,6 +6,7 @@ import math
 import numpy
 
 PHASES = "OWG"
+LEAST_IN_PLACE = 1e-9  # stb or Mscf: rounding leaves less of a phase that is not there
 LEAST_THROUGHPUT = 1e-3  # of what is in place, where less has moved
 END_TOLERANCE = 1e-6  # of the length of the schedule
 SHUT_FLOW = 1e-6  # stb/day or Mscf/day: a shut well gives none
@@ -136,7 +137,7 @@ def phase_balances(sweep, totals, own_errors):
     for phase in PHASES:
         first, now = sweep[f"F{phase}IP_ORG"][0], sweep[f"F{phase}IP_NOW"]
         produced, injected = totals[f"F{phase}PT"], totals.get(f"F{phase}IT", 0.0)
-        if max(first, now.max(), produced, injected) <= 0.0:
+        if max(first, now.max(), produced, injected) <= LEAST_IN_PLACE:
             continue
         base = first if first > 0.0 else now[-1]
         if own_errors:

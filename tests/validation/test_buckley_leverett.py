@@ -95,3 +95,12 @@ def test_public_deck_runs_unchanged_and_meets_its_exact_recovery(tmp_path):
     produced = result.table()["FOPT"][-1]
     print(f"cumulative oil {produced:.0f} stb, exact 18135 stb")
     assert produced == pytest.approx(18135.0, rel=0.01)
+
+
+@pytest.mark.parametrize("step", [10, 25])
+def test_the_water_cut_that_impes_reports_rises_without_jumps(tmp_path, step):
+    result = run(tmp_path, 50, method="IMPES", extra=f"STEPCTRL\nNo /\nMAXDT\n{step} /\n")
+    cut = result.table()["FWCT"]
+    flowing = cut[cut > 0.01]
+    assert flowing.size > 20
+    assert (numpy.diff(flowing) >= -1e-6).all()

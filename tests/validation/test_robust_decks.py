@@ -33,8 +33,7 @@ def with_shortfalls(names, shortfalls):
             else name for name in names]
 
 
-@pytest.mark.parametrize("name", with_shortfalls(ACCEPTED, {
-    "streamline_auto_small_steps": "its 2000 steps write 2.5 MB to the console"}))
+@pytest.mark.parametrize("name", ACCEPTED)
 def test_the_deck_runs_to_its_end(tmp_path, name):
     text, ended = run_deck(tmp_path, name)
     schedule = Schedule(text)

@@ -100,6 +100,27 @@ void applyFallBacks(const Console& console, const FallBack<T> (&rows)[N], RunOpt
     }
 }
 
+/// What the input asks for and the run does not do, or does at a price, in a line each.
+struct Remark {
+    bool (*applies)(const RunOptions&, const FluidTables&);
+    std::string_view text;
+};
+
+constexpr Remark Remarks[] = {
+    {[](const RunOptions& o, const FluidTables& t) {
+         const bool capillary = t.PcowSpan > CapillarySpanLimit || t.PcogSpan > CapillarySpanLimit;
+         return o.method != "FIM" && !o.lineCapillary && capillary;
+     },
+     "WARNING :: Capillary pressure of the tables does not act between cells (SL1DCON 7), fluids at rest "
+     "will "
+     "move"},
+    {[](const RunOptions& o, const FluidTables& t) {
+         const bool average = o.method == "streamline" && !o.conservativeMapping;
+         return t.hasGas && (o.bubblePointMaxLimit || o.bubblePointMinLimit) && !average;
+     },
+     "WARNING :: Limits on solution gas (OPTIONKVR 5, 6) act under MAPPING AVERAGE alone"},
+};
+
 }  // namespace
 
 void finaliseOptions(const Console& console, const GridModel& grid, const FluidTables& tables,
@@ -113,6 +134,8 @@ void finaliseOptions(const Console& console, const GridModel& grid, const FluidT
     applyFallBacks(console, StepFallBacks, options);
     applyFallBacks(console, IterationFallBacks, options);
     applyFallBacks(console, CriterionFallBacks, options);
+    for (const Remark& remark : Remarks)
+        if (remark.applies(options, tables)) lineToBoth(console, remark.text);
     echoOptions(console, options, tables);
 }
 

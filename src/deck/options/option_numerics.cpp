@@ -31,7 +31,7 @@ constexpr InitialRow SaturationSolvers[] = {{'S', "dgesv"}, {'G', "gband"}};
 constexpr InitialRow LineStarts[] = {{'P', "prd"}, {'C', "cel"}, {'B', "cel"}};
 
 // The only lower-case letter that counts is the a of the analytical method.
-constexpr InitialRow LineMethods[] = {{'A', "btf"}, {'a', "btf"}, {'I', "imp"}};
+constexpr InitialRow LineMethods[] = {{'A', "btf"}, {'a', "btf"}, {'I', "imp"}, {'H', "hyb"}};
 
 constexpr InitialRow UpwindWords[] = {{'S', "SPU"}, {'1', "SPU"}, {'T', "2PU"},
                                       {'2', "2PU"}, {'L', "3PU"}, {'3', "3PU"}};

@@ -85,7 +85,7 @@ void setOptionDefaults(RunOptions& options) {
     options.outputKvrView = "Yes";
     options.lineCompressibility = true;
     options.lineGravity = options.lineCompressibility;
-    options.lineCapillary = false;
+    options.lineCapillary = true;
     options.orthogonalProjection = false;
     options.firstStepPressureUpdate = options.lineCompressibility;
     options.keepIrreducibleSaturation = false;

@@ -36,9 +36,11 @@ struct Simulation {
     Schedule schedule;
     RunClock clock;
     StageTimes times;
-    StatusLine status;    // what the console shows while it is a terminal
+    StatusLine status;  // what the console shows while it is a terminal
+    ScreenAccount account;
     StepLevel stepLevel;  // of the step that is being attempted
     StepControl control;
+    int toldHundredth = 0;   // of the schedule, by the last line of progress
     double loopStart = 0.0;  // s, wall clock at the start of the time loop
 
     GridModel grid;

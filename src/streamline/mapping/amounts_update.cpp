@@ -83,8 +83,10 @@ void advanceByFaceTransfer(Simulation& simulation) {
     faceMakeUp(simulation, makeUp);
     connectionMakeUp(simulation, makeUp);
     saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
-    transportAmounts(makeUp, simulation);
-    mapTracers(simulation.grid, simulation.mapping, simulation.state);
+    // Analytic lines know nothing of tracers.
+    const bool analytic = simulation.lines.field.solver == LineSolver::Analytic;
+    transportAmounts(makeUp, analytic, simulation);
+    if (!analytic) mapTracers(simulation.grid, simulation.mapping, simulation.state);
 }
 
 }  // namespace kvr

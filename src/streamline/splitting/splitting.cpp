@@ -5,6 +5,7 @@
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/tracer_transport.hpp"
 #include "streamline/splitting/splitting_flux.hpp"
 
 #include <algorithm>
@@ -17,17 +18,21 @@ namespace {
 constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
 constexpr int ProgressInterval = 50;      // substeps between progress lines
+constexpr int Axes = 3;
+constexpr double SlopeStep = 1e-3;   // of a saturation, for slopes of capillary pressures
+constexpr double RestChange = 1e-9;  // of a phase over what is left of the step: too little to limit it
 
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
     ConservedAmounts rate;     // of change, per day
-    double largestRate = 0.0;  // relative, of its phases, 1/day
+    double largestRate = 0.0;  // that a substep has to resolve, 1/day
     bool working = false;      // active, with pore volume
     ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
     PhaseState phases;
     double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
-    double saturatedRs = 0.0;  // at the pressure of the cell
+    double saturatedRs = 0.0;           // at the pressure of the cell
+    double slopeW = 0.0, slopeG = 0.0;  // psi, capillary pressures per saturation; 0 without
 };
 
 /// Arrays and switches of one call of the stage.
@@ -41,6 +46,8 @@ struct SplittingStage {
     CellArray<CellWork> own;
     CellArray<std::uint8_t> moved;        // what neighbours see has changed in the last substep
     CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
+    DirectionArray<double> waterRate;     // surface volume a day by low cell and axis, where tracers move
+    DirectionArray<double> waterPassed;   // ... and its sum over the stage, surface volume
     DirectionArray<double> meanVelocity;  // (cell, axis 1..3) ft/day, with projection only
 };
 
@@ -48,21 +55,37 @@ double reciprocal(double factor) {
     return factor > 0.0 ? 1.0 / factor : 0.0;
 }
 
+/// Steepest slope of a capillary pressure near a saturation.
+template <class Function>
+double steepestSlope(const Function& pressureAt, double saturation, double here) {
+    const double up = std::abs(pressureAt(saturation + SlopeStep) - here);
+    return std::max(up, std::abs(pressureAt(saturation - SlopeStep) - here)) / SlopeStep;
+}
+
+/// Capillary pressures of a cell at its saturations, with their slopes.
+void refreshCapillary(const FluidTables& tables, int region, double scale, CellWork& work,
+                      SplittingCell& shared) {
+    const auto pcow = [&](double s) { return scale * PcowFn(tables, s, region); };
+    shared.pcow = pcow(work.phases.Sw);
+    work.slopeW = steepestSlope(pcow, work.phases.Sw, shared.pcow);
+    if (!tables.hasGas) return;
+    const auto pcog = [&](double s) { return scale * PcogFn(tables, s, region); };
+    shared.pcog = pcog(work.phases.Sg);
+    work.slopeG = steepestSlope(pcog, work.phases.Sg, shared.pcog);
+}
+
 /// Mobilities, capillary pressures and Rs of a cell at its saturations.
 void refreshCell(const Simulation& simulation, CellId cell, SplittingStage& stage) {
     const FluidTables& tables = simulation.fluids;
     const int region = simulation.grid.SATNUM[cell];
-    const CellWork& work = stage.own[cell];
+    CellWork& work = stage.own[cell];
     SplittingCell& shared = stage.shared[cell];
     const RelPerms kr = relPermsAtCell(tables, cell, region, work.phases.Sw, work.phases.Sg);
     shared.lambdaW = kr.w * work.inverseMuW;
     shared.lambdaO = kr.o * work.inverseMuO;
     shared.lambdaG = tables.hasGas ? kr.g * work.inverseMuG : 0.0;
     shared.Rs = work.phases.Rs;
-    if (!stage.capillary) return;
-    const double scale = simulation.grid.JFactor[cell];
-    shared.pcow = scale * PcowFn(tables, work.phases.Sw, region);
-    if (tables.hasGas) shared.pcog = scale * PcogFn(tables, work.phases.Sg, region);
+    if (stage.capillary) refreshCapillary(tables, region, simulation.grid.JFactor[cell], work, shared);
 }
 
 /// Everything of a cell at the start of the stage. Oil properties are looked up at the bubble point that
@@ -126,6 +149,10 @@ SplittingStage beginStage(Simulation& simulation) {
     stage.moved.assign(count, 1);
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
+    if (stage.carries && simulation.state.tracer.width > 0) {
+        stage.waterRate.assign(count, Axes, 0.0);
+        stage.waterPassed.assign(count, Axes, 0.0);
+    }
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
     return stage;
@@ -164,11 +191,24 @@ bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour
     return any;
 }
 
+/// How fast an exchange over a face pulls the capillary pressure of cell i back, volume a day per saturation:
+/// T la lb / (la + lb) |dPc/dS| with the larger mobility of each phase.
+double capillaryPull(const SplittingCell& i, const SplittingCell& j, double trans, const CellWork& work) {
+    const double oil = std::max(i.lambdaO, j.lambdaO);
+    const auto pull = [&](double other, double slope) {
+        return other + oil > 0.0 ? trans * other * oil / (other + oil) * slope : 0.0;
+    };
+    return pull(std::max(i.lambdaW, j.lambdaW), work.slopeW) +
+           pull(std::max(i.lambdaG, j.lambdaG), work.slopeG);
+}
+
 /// Rates of change of a cell from its own faces alone; lines have taken their part of a face between two
 /// cells that they have entered, and only of such a one: both sides of a face have to see the same.
-/// Every connection is worked from both sides, so that each cell writes only itself. Returns the largest
-/// relative rate of its phases.
-double formRates(const Simulation& simulation, CellId cell, SplittingStage& stage) {
+/// Every connection is worked from both sides, so that each cell writes only itself. Returns the rate that a
+/// substep has to resolve, 1/day: the largest relative rate of its phases, and where they move at all the
+/// rate at which capillarity pulls the cell to rest. A longer explicit substep would overshoot rest further
+/// each time; near rest the rates do not tell.
+double formRates(const Simulation& simulation, CellId cell, double left, SplittingStage& stage) {
     CellWork& work = stage.own[cell];
     if (!work.working) return 0.0;
     const bool hasGas = simulation.fluids.hasGas;
@@ -178,20 +218,27 @@ double formRates(const Simulation& simulation, CellId cell, SplittingStage& stag
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
+    double pull = 0.0;
     for (int face = stage.firstFace; face <= FaceCount; ++face) {
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
         if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
         const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
+        const double water = out.amount.water;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);
+        if (stage.waterRate.width > 0 && face % 2 == 0)
+            stage.waterRate(cell, face / 2) = out.amount.water - water;
+        if (stage.capillary) pull += capillaryPull(stage.shared[cell], stage.shared[j], t, work);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
     work.rate = {-out.amount.water / poreVolume, -out.amount.oil / poreVolume, -out.amount.gas / poreVolume};
     work.largestRate = std::max({relativeRate(work.phases.Sw, out.volumeW / poreVolume),
                                  relativeRate(work.phases.So, out.volumeO / poreVolume),
                                  relativeRate(work.phases.Sg, out.volumeG / poreVolume)});
+    if (work.largestRate * left > RestChange)
+        work.largestRate = std::max(work.largestRate, pull / poreVolume);
     return work.largestRate;
 }
 
@@ -237,10 +284,13 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     const CellId count = simulation.grid.NCELLS;
     double rate = 0.0;
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells) reduction(max : rate)
-    for (CellId cell = 1; cell <= count; ++cell) rate = std::max(rate, formRates(simulation, cell, stage));
+    for (CellId cell = 1; cell <= count; ++cell)
+        rate = std::max(rate, formRates(simulation, cell, left, stage));
     const double dt = splittingSubstep(simulation.options, rate, left);
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
+    for (std::size_t n = 0; n < stage.waterRate.slots.size(); ++n)
+        stage.waterPassed.slots[n] += dt * stage.waterRate.slots[n];
     return dt;
 }
 
@@ -261,6 +311,21 @@ void addExchanged(const SplittingStage& stage, double days, const CellArray<doub
         add(pores * (work.amount.oil - start.oil), amounts.oil[cell], rate.oil[cell]);
         add(pores * (work.amount.gas - start.gas), amounts.gas[cell], rate.gas[cell]);
     }
+}
+
+/// Tracers go with the water that cells have exchanged, net over the stage.
+void exchangeTracers(const SplittingStage& stage, const CellArray<double>& before, Simulation& simulation) {
+    if (stage.waterPassed.width == 0) return;
+    WaterMovement movement;
+    for (CellId cell = 1; cell <= before.count(); ++cell)
+        for (int axis = 1; axis <= Axes; ++axis) {
+            const double volume = stage.waterPassed(cell, axis);
+            const CellId other = simulation.connections.Neighbour(cell, 2 * axis);
+            if (volume == 0.0 || other <= 0) continue;
+            movement.passages.push_back(
+                {volume > 0.0 ? cell : other, volume > 0.0 ? other : cell, std::abs(volume)});
+        }
+    moveTracers(movement, simulation.wells, simulation.fluids.tracerNames, before, simulation.state.tracer);
 }
 
 /// What is there but next to nothing is lifted to the smallest amount that counts.
@@ -288,6 +353,7 @@ void finishStage(const SplittingStage& stage, Simulation& simulation) {
     if (!stage.carries) return writeBack(stage, simulation);
     CellAmounts whole;
     measureWholeAmounts(simulation.grid, simulation.state, simulation.pressure.carried, whole);
+    exchangeTracers(stage, whole.water, simulation);
     addExchanged(stage, simulation.clock.workDt, simulation.state.PoreVolume, whole,
                  simulation.pressure.exchanged);
     writeBack(stage, simulation);

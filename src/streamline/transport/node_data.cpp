@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/tracer_transport.hpp"
 #include "streamline/transport/fractional_flow.hpp"
 
 #include <algorithm>
@@ -13,8 +14,7 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t TracerLetters = 4;  // of a tracer's name that count
-constexpr double LeastPorosity = 1e-12;   // below it the old amounts cannot be related to the cell
+constexpr double LeastPorosity = 1e-12;  // below it the old amounts cannot be related to the cell
 
 NodeData presentState(const FluidTables& fluids, const GridModel& grid, const CellState& state, CellId cell) {
     NodeData node;
@@ -84,25 +84,11 @@ std::string_view injectedFluid(const WellRecord& wells, int number) {
     return well != nullptr ? std::string_view(well->InjectFluid) : std::string_view();
 }
 
-std::string_view tracerWord(std::string_view name) {
-    return name.substr(0, TracerLetters);
-}
-
-/// Concentration of tracer t in what a well injects: by the row that names it; a row whose name stands for
-/// no tracer of the run stands for all of them.
+/// Concentration of tracer t in what the well at the start of a line injects.
 double injectedTracer(const WellRecord& wells, int number, const std::vector<std::string>& names,
                       std::size_t t) {
     const Well* well = injectorOf(wells, number);
-    if (well == nullptr) return 0.0;
-    double concentration = 0.0;
-    for (const InjectedTracer& row : well->injectedTracers) {
-        const auto known = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
-            return tracerWord(name) == tracerWord(row.name);
-        });
-        if (known == names.end() || at(static_cast<int>(known - names.begin())) == t)
-            concentration = row.concentration;
-    }
-    return concentration;
+    return well != nullptr ? injectedConcentration(*well, names, t) : 0.0;
 }
 
 void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {

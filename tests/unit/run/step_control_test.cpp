@@ -117,6 +117,30 @@ TEST(JudgeStep, AcceptsNoFigureThatIsNoNumber) {
     }
 }
 
+TEST(PartWithoutSplinter, SharesOutARestThatIsNoStepOfItsOwn) {
+    EXPECT_EQ(partWithoutSplinter(15.0, 50.0), 15.0);
+    EXPECT_EQ(partWithoutSplinter(15.0, 12.0), 12.0);
+    EXPECT_DOUBLE_EQ(partWithoutSplinter(10.0, 20.00002), 20.00002 / 3.0);
+    EXPECT_DOUBLE_EQ(partWithoutSplinter(10.0, 10.00002), 5.00001);
+    EXPECT_EQ(partWithoutSplinter(0.001, 0.099), 0.001) << "rounding is no splinter";
+    EXPECT_EQ(partWithoutSplinter(10.0, 0.00002), 0.00002);
+}
+
+TEST(AllowedBehind, ASplinterLeavesWhatTheStepsBeforeAllowed) {
+    EXPECT_EQ(allowedBehind(3e-5, 200.0, 1e-5), 200.0);
+    EXPECT_EQ(allowedBehind(90.0, 200.0, 70.0), 90.0) << "a third of it and more has its own say";
+    EXPECT_EQ(allowedBehind(30.0, 0.0, 10.0), 30.0) << "nothing was allowed before";
+}
+
+TEST(LacksTooMuch, HoldsTheMissingVolumeAloneAgainstItsLimit) {
+    RunOptions options = tenths();
+    AttemptFigures figures = figuresOf(5.0);
+    figures.deficit = 0.09;
+    EXPECT_FALSE(lacksTooMuch(options, figures));
+    options.hasGas = true;
+    EXPECT_TRUE(lacksTooMuch(options, figures)) << "a fifth in runs with gas";
+}
+
 TEST(EvenPart, SharesAStepEvenly) {
     EXPECT_EQ(evenPart(0.0, 30.0), 30.0) << "no bound";
     EXPECT_EQ(evenPart(40.0, 30.0), 30.0);

@@ -173,7 +173,7 @@ TEST(Echo, ListsEveryLabelInOrderWithItsValue) {
                             "Degree of Upstream weighting :: SPU\n",
                             "Include Compressibility onSL :: Yes\n",
                             "Include Gravity Effect  byOS :: Yes\n",
-                            "Include Capillary Pressure :: No\n",
+                            "Include Capillary Pressure :: Yes\n",
                             "File I/O, Option, ETC.\n",
                             "CFL condition for 1D :: 0.5\n",
                             "CFL condition for Gr :: 0.5\n",

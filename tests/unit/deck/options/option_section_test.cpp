@@ -74,7 +74,7 @@ TEST(OptionDefaults, StandWhenTheSectionIsEmpty) {
               "NoNoYesNo");
     EXPECT_TRUE(options.lineCompressibility);
     EXPECT_TRUE(options.lineGravity);
-    EXPECT_FALSE(options.lineCapillary);
+    EXPECT_TRUE(options.lineCapillary) << "it acts where tables have it";
     EXPECT_TRUE(options.firstStepPressureUpdate);
     EXPECT_EQ(options.pressureUpdateFrequency, 1);
     EXPECT_EQ(options.mapCount, 1);

@@ -6,7 +6,7 @@ import sys
 
 import pytest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "soak"))
 
 import kvr_run  # noqa: E402
 from options import METHODS  # noqa: E402
