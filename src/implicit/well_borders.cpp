@@ -66,8 +66,8 @@ void addToWell(const ConnectionFlow<N>& flow, const ControlShares& share, std::s
                        share.gas * flow.byBhp[GasPhase] + share.reservoir * flow.reservoirByBhp;
 }
 
-/// Gas that is injected into a cell without free gas thins its oil, and thin oil lets more of it in: with that
-/// slope the equations may ask for less dissolved gas where there is too much, and never free any.
+/// Gas that is injected into a cell without free gas thins its oil, and thin oil lets more of it in: with
+/// that slope the equations may ask for less dissolved gas where there is too much, and never free any.
 void holdMobility(ConnectionFluid<Jet<3>>& fluid) {
     fluid.LambdaO.slope[GasPlace] = 0.0;
 }
