@@ -4,7 +4,7 @@
 #include "implicit/jacobian.hpp"
 #include "implicit/newton_update.hpp"
 #include "implicit/well_borders.hpp"
-#include "pressure/wells/well_rates.hpp"
+#include "pressure/wells/well_heads.hpp"
 #include "unit/pressure/small_run.hpp"
 
 #include <cmath>
@@ -61,7 +61,7 @@ inline void prepare(Simulation& s) {
     buildWellBorders(s.wells, s.implicit);
     chooseUnknowns(s.fluids, s.state, s.implicit);
     refreshProperties(s.grid, s.fluids, s.state);
-    WellHead(s.grid, s.connections, s.state, s.wells);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     measureAmounts(s.grid, s.state, s.implicit.oldAmounts);
 }
 
