@@ -62,8 +62,7 @@ void setMobilities(const FluidTables& tables, int region, const CellState& s, Ce
                    const GasProperties& gasSlope, const Jet<N>& p, CellFluid<N>& fluid) {
     RelPermSlopes kr = relPermSlopesAtCell(tables, c, region, s.Sw[c], s.Sg[c]);
     if constexpr (N == 3)
-        kr = rampedSlopes(kr, rampShare(regionTable(tables, region).ResidualSo, s.Sw[c], s.Sg[c]),
-                          s.KroCell[c]);
+        kr = rampedSlopes(kr, rampShare(regionTable(tables, region), s.Sw[c], s.Sg[c]), s.KroCell[c]);
     const Jet<N> muW = chained(s.MuW[c], WaterViscositySlope(tables, s.Pressure[c]), p);
     const Jet<N> krw = chained(s.KrwCell[c], kr.wBySw, fluid.held.Sw);
     const Jet<N> kro = chained(s.KroCell[c], kr.oBySw, fluid.held.Sw) + chained(0.0, kr.oBySg, fluid.held.Sg);

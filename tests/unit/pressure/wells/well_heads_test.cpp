@@ -167,8 +167,7 @@ TEST(BoreMixtureDensity, OfAGasInjectorIsThatOfItsGas) {
     run.well().InjectFluid = "gas";
     run.tables = samples::lightOil();
     run.tables.gasDensity = 0.06;
-    expectNear(boreMixtureDensity(run.tables, run.state, run.well(), 3014.7),
-               0.06 / (1.08 * GasRatioFactor));
+    expectNear(boreMixtureDensity(run.tables, run.state, run.well(), 3014.7), 0.06 / (1.08 * GasRatioFactor));
 }
 
 }  // namespace
