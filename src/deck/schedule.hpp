@@ -15,6 +15,9 @@ struct DeckPlace {
 inline constexpr double DefaultProducerBhp = 14.6;      // psia
 inline constexpr double DefaultInjectorBhp = 100000.0;  // psia
 
+/// Depth of a well whose bottom-hole pressure stands at its first connection; any below 0 does.
+inline constexpr double NoDatum = -1.0;
+
 /// What a well injects of one tracer.
 struct InjectedTracer {
     std::string name;  // first four characters count
@@ -28,7 +31,7 @@ struct ScheduleWell {
     std::string group;
     int headI = 0;
     int headJ = 0;
-    double refDepth = 0.0;  // ft
+    double refDepth = NoDatum;  // ft, of bottom-hole pressures
     std::string preferredPhase;
     DeckPlace place;  // of the row that introduced the well
     std::string status = "OPEN";

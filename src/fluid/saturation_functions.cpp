@@ -2,6 +2,8 @@
 
 #include "fluid/table_lookup.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
@@ -38,6 +40,20 @@ double slopeInGas(SaturationFunction function, const FluidTables& tables, double
 
 double single(const Column& axis, const Column& column, double v) {
     return TableLookup(axis, column, 1, 1, static_cast<int>(axis.size()), v);
+}
+
+OilRule oilRuleOfSingleSet(const FluidTables& tables) {
+    return tables.regions.empty() ? OilRule::Stone2 : tables.regions.front().oilRule;
+}
+
+double weightedOilSingle(const FluidTables& tables, double sw, double sg) {
+    const double connate = tables.SwAxisSingle.front();
+    const double s = std::max(0.0, sw - connate), gas = std::max(0.0, sg);
+    const double krow =
+        std::max(0.0, single(tables.SwAxisSingle, tables.KrowSingle, std::max(sw, connate) + gas));
+    if (gas == 0.0) return std::min(1.0, krow);
+    const double krog = std::max(0.0, single(tables.SgAxisSingle, tables.KrogSingle, s + gas));
+    return std::min(1.0, (gas * krog + s * krow) / (s + gas));
 }
 
 }  // namespace
@@ -112,6 +128,10 @@ RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg) {
     }
     result.g = single(tables.SgAxisSingle, tables.KrgSingle, sg);
     const double krog = single(tables.SgAxisSingle, tables.KrogSingle, sg);
+    if (oilRuleOfSingleSet(tables) == OilRule::Weighted) {
+        result.o = weightedOilSingle(tables, sw, sg);
+        return result;
+    }
     const double c = tables.KrowSingle.front();
     if (sw + sg < 1.0) result.o = stoneOil(c, 1.0 / c, result.w, krow, result.g, krog);
     return result;
@@ -119,6 +139,7 @@ RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg) {
 
 namespace {
 
+constexpr double LeastNotOil = 1e-9;    // water above connate and gas; with less both tables count the same
 constexpr double TouchesLimit = 1e-12;  // past the limit of a relative permeability: rounding only
 
 /// Slope of a column inside a segment, 0 where the relative permeability is clipped.
@@ -138,6 +159,24 @@ void stoneOilSlopes(double c, double inverseC, const RelPerms& kr, double krow, 
     if (unclipped < 0.0 || unclipped > 1.0 + TouchesLimit) return;
     result.oBySw = c * ((slope.krow * inverseC + slope.krw) * (krog * inverseC + kr.g) - slope.krw);
     result.oBySg = c * ((krow * inverseC + kr.w) * (slope.krog * inverseC + slope.krg) - slope.krg);
+}
+
+/// Slopes of OilRule::Weighted. Both parts look their tables up at one sum t of water above connate and gas:
+///   d(kro)/d(sw) = (krow - kro + sg krog' + s krow')/t,  d(kro)/d(sg) = (krog - kro + sg krog' + s krow')/t
+/// with krow - kro = sg (krow - krog)/t and krog - kro = s (krog - krow)/t.
+void weightedOilSlopes(const SaturationTable& table, double sw, double sg, RelPermSlopes& result) {
+    const WeightedOil parts = weightedOil(table, sw, sg);
+    const double krow = relPermAt(table.Krow, parts.water), krog = relPermAt(table.Krog, parts.gas);
+    const double byWater = relPermSlopeAt(table.Krow, table.SwSearch, parts.water);
+    const double byGas = relPermSlopeAt(table.Krog, table.SgSearch, parts.gas);
+    const double t = parts.sw + parts.sg;
+    const double ofWater = t > LeastNotOil ? parts.sw / t : 0.5;
+    const double ofGas = 1.0 - ofWater;
+    if (ofGas * krog + ofWater * krow > 1.0 + TouchesLimit) return;
+    const double both = ofGas * byGas + ofWater * byWater;
+    const double apart = t > LeastNotOil ? (krow - krog) / t : 0.0;
+    if (sw >= table.SwAxis.front()) result.oBySw = both + ofGas * apart;
+    if (sg >= 0.0) result.oBySg = both - ofWater * apart;
 }
 
 RelPermSlopes relPermSlopesSingle(const FluidTables& tables, double sw, double sg) {
@@ -165,6 +204,10 @@ RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw
     }
     const AxisPlace gas = gasPlace(table, sg);
     slopes.gBySg = relPermSlopeAt(table.Krg, table.SgSearch, gas);
+    if (table.oilRule == OilRule::Weighted) {
+        weightedOilSlopes(table, sw, sg, slopes);
+        return slopes;
+    }
     if (sw + sg >= 1.0 - table.ResidualSo || !(table.Krow.front() > 0.0)) return slopes;
     RelPerms kr;
     kr.w = relPermAt(table.Krw, water);

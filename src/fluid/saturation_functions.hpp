@@ -17,9 +17,12 @@ double KrogFn(const FluidTables& tables, double sg, int region);
 /// 0 when the capillary switch (span of region 1) is off.
 double PcowFn(const FluidTables& tables, double sw, int region);
 double PcogFn(const FluidTables& tables, double sg, int region);
-/// Three-phase oil relative permeability, Stone's second model (Stone 1973), clipped to 0..1:
+/// Three-phase oil relative permeability, clipped to 0..1. Without a gas phase KrowFn(sw).
+/// OilRule::Stone2, Stone's second model (Stone 1973), 0 from sw + sg = 1 - ResidualSo on, and where c is 0:
 ///   kro = c ((krow/c + krw)(krog/c + krg) - krw - krg),  c = krow of the first SWOF row
-/// 0 from sw + sg = 1 - ResidualSo on, and where c is 0. Without a gas phase KrowFn(sw).
+/// OilRule::Weighted (Baker 1988), oil apart from water in one part of the pores and from gas in the other,
+/// at one So in both; s = max(0, sw - Swc), Swc the first row of SWOF:
+///   kro = (sg krog(s + sg) + s krow(Swc + s + sg)) / (s + sg)
 double Kro3Fn(const FluidTables& tables, double sw, double sg, int region);
 
 /// Differences with step 1e-6, backward where the forward step would pass the top of the range:
@@ -36,7 +39,8 @@ struct RelPerms {
     double w = 0.0, o = 0.0, g = 0.0;
 };
 
-/// By the region-free set: TableLookup on the single columns, and Stone's model for sw + sg below 1.
+/// By the region-free set: TableLookup on the single columns; the oil by the rule of region 1, Stone's model
+/// for sw + sg below 1.
 RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg);
 /// By the set that the cell is flagged for.
 RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg);
@@ -81,6 +85,29 @@ inline double stoneOil(double c, double inverseC, double krw, double krow, doubl
     return kro < 1.0 ? kro : 1.0;
 }
 
+/// The parts of OilRule::Weighted.
+struct WeightedOil {
+    double sw = 0.0, sg = 0.0;  // water above connate, gas: the weights
+    AxisPlace water, gas;       // where the tables hold the oil saturation
+};
+inline WeightedOil weightedOil(const SaturationTable& table, double sw, double sg) {
+    WeightedOil parts;
+    const double connate = table.SwAxis.front();
+    parts.sw = sw > connate ? sw - connate : 0.0;
+    parts.sg = sg > 0.0 ? sg : 0.0;
+    parts.water = placeOnAxis(table.SwAxis, table.SwSearch, (sw > connate ? sw : connate) + parts.sg);
+    parts.gas = placeOnAxis(table.SgAxis, table.SgSearch, parts.sw + parts.sg);
+    return parts;
+}
+
+inline double kroOf(const SaturationTable& table, const WeightedOil& parts) {
+    const double krow = relPermAt(table.Krow, parts.water);
+    if (parts.sg == 0.0) return krow < 1.0 ? krow : 1.0;
+    const double kro =
+        (parts.sg * relPermAt(table.Krog, parts.gas) + parts.sw * krow) / (parts.sg + parts.sw);
+    return kro < 1.0 ? kro : 1.0;
+}
+
 /// KrwFn, Kro3Fn and KrgFn at once, to the same bits, with one search in each table. Without a gas phase
 /// the gas table is not searched and `g` is 0.
 inline RelPerms relPerms(const SaturationTable& table, bool hasGas, double sw, double sg) {
@@ -93,6 +120,10 @@ inline RelPerms relPerms(const SaturationTable& table, bool hasGas, double sw, d
     }
     const AxisPlace gas = placeOnAxis(table.SgAxis, table.SgSearch, sg);
     result.g = relPermAt(table.Krg, gas);
+    if (table.oilRule == OilRule::Weighted) {
+        result.o = kroOf(table, weightedOil(table, sw, sg));
+        return result;
+    }
     if (sw + sg >= 1.0 - table.ResidualSo) return result;
     const double c = table.Krow.front() > 0.0 ? table.Krow.front() : 0.0;
     result.o = stoneOil(c, table.InverseOilAtConnate, result.w, relPermAt(table.Krow, water), result.g,

@@ -187,6 +187,7 @@ void completeRegions(const Console& console, int regionCount, FluidTables& table
             defaultWaterTable(table);
         }
         if (noGas) defaultGasTable(table);
+        table.oilRule = noGas ? OilRule::Stone2 : tables.oilRule;  // by it oil follows the water table alone
     }
 }
 

@@ -21,12 +21,16 @@ struct AxisSearch {
     Column inverseStep;                   // 1 / (row r + 1 minus row r) at [r], 0 for no width
 };
 
+/// How oil flows beside water and gas, see Kro3Fn.
+enum class OilRule : std::uint8_t { Stone2, Weighted };
+
 /// SWOF and SGOF of one SATNUM region, with its end points.
 struct SaturationTable {
     Column SwAxis, Krw, Krow, Pcow;  // Pcow psi (or J with JFUNC)
     Column SgAxis, Krg, Krog, Pcog;
     AxisSearch SwSearch, SgSearch;
     double InverseOilAtConnate = 0.0;  // 1 / krow of the first SWOF row, the c of the three-phase rule
+    OilRule oilRule = OilRule::Stone2;
     double ConnateSw = 0.0;
     double CriticalSg = 0.0;
     double ResidualSo = 0.0;
@@ -55,7 +59,8 @@ struct FluidTables {
     double PcowSpan = 0.0;  // |Pc(first)| + |Pc(last)| of region 1; 1e-8 or less: off
     double PcogSpan = 0.0;
 
-    bool hasGas = false;  // the run has a gas phase
+    bool hasGas = false;                  // the run has a gas phase
+    OilRule oilRule = OilRule::Weighted;  // of a deck that names none; for regions with both tables
     double referencePressureWater = 0.0;
     double waterFvf = 0.0;
     double waterCompressibility = 0.0;

@@ -39,11 +39,11 @@ OilJets<3> underSaturatedOil(const FluidTables& tables, const CellState& s, Cell
 template <std::size_t N>
 OilJets<N> oilJets(const FluidTables& tables, const CellState& s, CellId c, const Jet<N>& p,
                    ThirdUnknown unknown) {
-    if constexpr (N == 3)
-        return unknown == ThirdUnknown::FreeGas ? saturatedOil(tables, s, c, p)
-                                                : underSaturatedOil(tables, s, c, p);
-    else
-        return constantBubblePoint(tables, s, c, p);
+    if constexpr (N == 3) {
+        if (unknown == ThirdUnknown::FreeGas) return saturatedOil(tables, s, c, p);
+        if (unknown == ThirdUnknown::SolutionGas) return underSaturatedOil(tables, s, c, p);
+    }
+    return constantBubblePoint(tables, s, c, p);
 }
 
 template <std::size_t N>
@@ -52,7 +52,7 @@ void setHeld(const FluidTables& tables, const CellState& s, CellId c, ThirdUnkno
     fluid.held.Sw = variable<N>(s.Sw[c], WaterPlace);
     fluid.held.Sg = {s.Sg[c], {}};
     if constexpr (N == 3)
-        if (unknown == ThirdUnknown::FreeGas) fluid.held.Sg = variable<N>(s.Sg[c], GasPlace);
+        if (unknown != ThirdUnknown::SolutionGas) fluid.held.Sg = variable<N>(s.Sg[c], GasPlace);
     fluid.held.So = chained(s.So[c], -1.0, fluid.held.Sw) + chained(0.0, -1.0, fluid.held.Sg);
     fluid.held.Bw = chained(s.Bw[c], WaterFvfSlope(tables, s.Pressure[c]), p);
 }
@@ -62,8 +62,7 @@ void setMobilities(const FluidTables& tables, int region, const CellState& s, Ce
                    const GasProperties& gasSlope, const Jet<N>& p, CellFluid<N>& fluid) {
     RelPermSlopes kr = relPermSlopesAtCell(tables, c, region, s.Sw[c], s.Sg[c]);
     if constexpr (N == 3)
-        kr = rampedSlopes(kr, rampShare(regionTable(tables, region).ResidualSo, s.Sw[c], s.Sg[c]),
-                          s.KroCell[c]);
+        kr = rampedSlopes(kr, rampShare(regionTable(tables, region), s.Sw[c], s.Sg[c]), s.KroCell[c]);
     const Jet<N> muW = chained(s.MuW[c], WaterViscositySlope(tables, s.Pressure[c]), p);
     const Jet<N> krw = chained(s.KrwCell[c], kr.wBySw, fluid.held.Sw);
     const Jet<N> kro = chained(s.KroCell[c], kr.oBySw, fluid.held.Sw) + chained(0.0, kr.oBySg, fluid.held.Sg);

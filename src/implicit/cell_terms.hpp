@@ -11,10 +11,11 @@
 
 namespace kvr {
 
-/// The third unknown of a cell in a run with gas. Where there is free gas, or no oil that could dissolve any,
-/// the oil is saturated (Pb = p, Rs = SolutionRs(p)) and the gas saturation is unknown; elsewhere Sg is 0 and
-/// Rs is unknown, with Pb = BubblePoint(Rs).
-enum class ThirdUnknown : std::uint8_t { FreeGas, SolutionGas };
+/// The third unknown of a cell in a run with gas. Where there is free gas, or an oil that dissolves none, the
+/// oil is saturated (Pb = p, Rs = SolutionRs(p)) and the gas saturation is unknown; elsewhere Sg is 0 and
+/// Rs is unknown, with Pb = BubblePoint(Rs). Without oil the gas saturation is unknown too, but Rs and Pb
+/// stay as they are: nothing hangs on them but the density that neighbours see when oil comes in.
+enum class ThirdUnknown : std::uint8_t { FreeGas, SolutionGas, WithoutOil };
 
 /// Places of the unknowns of a cell. A run without gas has the first two.
 enum UnknownPlace : std::size_t { PressurePlace, WaterPlace, GasPlace };

@@ -11,6 +11,7 @@
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 
 #include <cmath>
@@ -158,11 +159,11 @@ double stepLengthAfterCuts(double longest, double dt) {
 void beginImplicitStep(Simulation& s) {
     ImplicitWork& work = s.implicit;
     setConnectionTrans(s.units, s.connections, work);
-    initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, work.oldAmounts);
     // Heads are those of the start: their densities hang on the mobilities of every cell of the bore.
-    WellHead(s.grid, s.connections, s.state, s.wells);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
+    initialiseBottomHolePressures(s.state, s.wells);
     work.saved = s.state;
     work.savedWells = s.wells;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "implicit/cell_terms.hpp"
+#include "implicit/damping.hpp"
 #include "pressure/solvers/block_system.hpp"
 #include "pressure/wells/wells.hpp"
 
@@ -35,6 +36,8 @@ struct ImplicitWork {
     std::vector<std::uint8_t> switchesOfStep;  // by row: how often the third unknown changed in this attempt
     std::vector<CellTerms<2>> twoPhase;        // by row; one of the two is in use
     std::vector<CellTerms<3>> threePhase;
+
+    NewtonDamping damping;  // of this attempt
 
     BlockSystem system;
     BlockSolverMemoryPointer memory;

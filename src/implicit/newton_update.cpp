@@ -13,11 +13,12 @@ namespace {
 
 constexpr double LargestSaturationMove = 0.2;  // of one iteration
 constexpr double LargestPressureFactor = 2.0;  // of one iteration
-constexpr double SmallestOil = 1e-6;           // saturation; less oil dissolves no gas worth an unknown
-constexpr double RoundedOil = 1e-13;           // saturation; less is what rounding leaves of 1 - Sw - Sg
-constexpr double LeastShareOfRs = 0.5;         // of the saturated Rs that a cell losing its gas may fall to
+constexpr double SmallestOil = 1e-9;           // saturation; less oil dissolves no gas worth an unknown
+constexpr double Rounding = 1e-13;             // saturation; less is what differences of saturations leave
+constexpr double LeastShareOfRs = 0.5;         // that one iteration leaves: at 0 there is no way back
+constexpr double LargestConcentration = 2.0;   // of Rs in oil that shrinks, in one iteration
 constexpr int FreeSwitches = 3;                // of one cell and attempt, without overshoot asked
-constexpr double OvershootPerSwitch = 1e-4;    // relative, for each further one
+constexpr double OvershootPerSwitch = 1e-5;    // relative, for each further one
 
 bool canBeUnderSaturated(const FluidTables& tables) {
     return tables.MaxRs > 0.0 && tables.SatRows >= 2;
@@ -41,40 +42,63 @@ void keepInUnitRange(CellMove& move) {
     move.Sg /= sum;
 }
 
-void saturate(const FluidTables& tables, CellMove& move) {
-    move.Rs = SolutionRs(tables, move.p);
-}
-
 /// Volume of free gas that a unit of Rs in the cell's oil stands for.
 double gasVolumeOfRs(const CellState& state, CellId c, double oil) {
     return oil * state.Bg[c] / state.Bo[c];
 }
 
-void moveFreeGas(const FluidTables& tables, const CellState& state, CellId c, std::size_t row, CellMove& move,
-                 ImplicitWork& work) {
-    saturate(tables, move);
-    if (move.Sg >= 0.0) return;
-    const double missing = -move.Sg;
-    const double oil = 1.0 - std::max(0.0, move.Sw);
-    move.Sg = 0.0;
-    if (oil < SmallestOil || !canBeUnderSaturated(tables) || missing <= hysteresis(work.switchesOfStep[row]))
-        return;
-    work.unknown[row] = ThirdUnknown::SolutionGas;
+void changeSide(ThirdUnknown to, std::size_t row, ImplicitWork& work) {
+    if (work.unknown[row] == to) return;
+    work.unknown[row] = to;
     ++work.switchesOfStep[row];
+}
+
+/// Oil that dissolves all gas of the cell and lacks `missing` of it.
+void dissolveAll(const CellState& state, CellId c, double oil, double missing, CellMove& move) {
+    move.Sg = 0.0;
     move.Rs = std::max(LeastShareOfRs * move.Rs, move.Rs - missing / gasVolumeOfRs(state, c, oil));
 }
 
-void moveSolutionGas(const FluidTables& tables, const CellState& state, CellId c, std::size_t row,
-                     CellMove& move, ImplicitWork& work) {
+void moveFreeGas(const FluidTables& tables, const CellState& state, CellId c, std::size_t row, CellMove& move,
+                 ImplicitWork& work) {
     const double limit = SolutionRs(tables, move.p);
+    const double oil = 1.0 - std::clamp(move.Sw, 0.0, 1.0) - std::max(0.0, move.Sg);
+    if (!canBeUnderSaturated(tables)) {
+        move.Rs = limit;
+    } else if (oil < SmallestOil) {
+        changeSide(ThirdUnknown::WithoutOil, row, work);
+    } else if (move.Sg < 0.0) {
+        // What the linear equations have dissolved: Rs of the pressure, or the one that has been held.
+        if (work.unknown[row] == ThirdUnknown::FreeGas) move.Rs = limit;
+        dissolveAll(state, c, oil, -move.Sg, move);
+        changeSide(ThirdUnknown::SolutionGas, row, work);
+    } else {
+        move.Rs = limit;
+        changeSide(ThirdUnknown::FreeGas, row, work);
+    }
+    if (move.Sg < Rounding) move.Sg = 0.0;
+}
+
+/// Rs from the amount of dissolved gas: the equations are linear in Rs So, and where oil comes to a cell that
+/// has little the change of Rs alone would be out of all measure.
+///   Rs + dRs So/(So + dSo)
+double mixedRs(double Rs, double dRs, double oilBefore, double oil) {
+    return std::max(LeastShareOfRs * Rs, Rs + dRs * std::min(LargestConcentration, oilBefore / oil));
+}
+
+void moveSolutionGas(const FluidTables& tables, const CellState& state, CellId c, std::size_t row, double dRs,
+                     CellMove& move, ImplicitWork& work) {
     const double oil = 1.0 - std::clamp(move.Sw, 0.0, 1.0);
     move.Sg = 0.0;
-    move.Rs = std::max(0.0, move.Rs);
-    const bool freed = move.Rs > limit * (1.0 + hysteresis(work.switchesOfStep[row]));
-    if (oil >= SmallestOil && !freed) return;
-    work.unknown[row] = ThirdUnknown::FreeGas;
-    ++work.switchesOfStep[row];
-    if (freed) move.Sg = std::min(LargestSaturationMove, (move.Rs - limit) * gasVolumeOfRs(state, c, oil));
+    if (oil < SmallestOil) {
+        changeSide(ThirdUnknown::WithoutOil, row, work);
+        return;
+    }
+    const double limit = SolutionRs(tables, move.p);
+    move.Rs = mixedRs(state.Rs[c], dRs, state.So[c], oil);
+    if (move.Rs <= limit * (1.0 + hysteresis(work.switchesOfStep[row]))) return;
+    changeSide(ThirdUnknown::FreeGas, row, work);
+    move.Sg = std::min(LargestSaturationMove, (move.Rs - limit) * gasVolumeOfRs(state, c, oil));
     move.Rs = limit;
 }
 
@@ -93,7 +117,7 @@ CellMove moveOfCell(const GridModel& grid, const FluidTables& tables, const Cell
                     std::size_t row, ImplicitWork& work) {
     const bool withGas = work.system.blockSize == 3;
     const double* change = work.solution.data() + row * static_cast<std::size_t>(work.system.blockSize);
-    const bool freeGas = withGas && work.unknown[row] == ThirdUnknown::FreeGas;
+    const bool freeGas = withGas && work.unknown[row] != ThirdUnknown::SolutionGas;
     const double dSg = freeGas ? change[GasPlace] : 0.0;
     double share = chop(change[WaterPlace], dSg);
     if (freeGas)
@@ -105,10 +129,7 @@ CellMove moveOfCell(const GridModel& grid, const FluidTables& tables, const Cell
     move.Sg = state.Sg[c] + share * dSg;
     move.Rs = state.Rs[c];
     if (freeGas) moveFreeGas(tables, state, c, row, move, work);
-    if (withGas && !freeGas) {
-        move.Rs += change[GasPlace];
-        moveSolutionGas(tables, state, c, row, move, work);
-    }
+    if (withGas && !freeGas) moveSolutionGas(tables, state, c, row, change[GasPlace], move, work);
     keepInUnitRange(move);
     return move;
 }
@@ -119,8 +140,8 @@ void noteChange(const FluidTables& tables, const CellMove& move, double dp, cons
     largest.DSw = std::max(largest.DSw, std::abs(move.Sw - state.Sw[c]));
     largest.DSg = std::max(largest.DSg, std::abs(move.Sg - state.Sg[c]));
     const double scale = SolutionRs(tables, move.p);
-    if (scale > 0.0 && 1.0 - move.Sw >= SmallestOil)
-        largest.DRs = std::max(largest.DRs, std::abs(move.Rs - state.Rs[c]) / scale);
+    const double oil = 1.0 - move.Sw - move.Sg;
+    if (scale > 0.0) largest.DRs = std::max(largest.DRs, oil * std::abs(move.Rs - state.Rs[c]) / scale);
 }
 
 void store(const FluidTables& tables, const CellMove& move, ThirdUnknown unknown, CellId c,
@@ -129,7 +150,7 @@ void store(const FluidTables& tables, const CellMove& move, ThirdUnknown unknown
     state.Sw[c] = move.Sw;
     state.Sg[c] = move.Sg;
     const double rest = 1.0 - move.Sw - move.Sg;
-    state.So[c] = std::abs(rest) < RoundedOil ? 0.0 : rest;
+    state.So[c] = std::abs(rest) < Rounding ? 0.0 : rest;
     if (!tables.hasGas) return;
     state.Rs[c] = move.Rs;
     state.Pb[c] = unknown == ThirdUnknown::FreeGas ? move.p : BubblePoint(tables, move.Rs);
@@ -139,17 +160,29 @@ bool allFinite(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
 }
 
+void scaleStep(double share, ImplicitWork& work) {
+    for (double& value : work.solution) value *= share;
+    for (double& value : work.bhpChange) value *= share;
+}
+
+/// Changes as the whole step would have made them: a damped one must not pass for convergence.
+void undoScale(double share, NewtonChange& change) {
+    for (double* value : {&change.Dp, &change.DSw, &change.DSg, &change.DRs}) *value /= share;
+}
+
 }  // namespace
 
 void chooseUnknowns(const FluidTables& tables, CellState& state, ImplicitWork& work) {
     std::fill(work.switchesOfStep.begin(), work.switchesOfStep.end(), std::uint8_t{0});
+    resetDamping(work.damping);
     if (!tables.hasGas) return;
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) {
         const CellId c = work.cellOfRow[row];
         const double limit = SolutionRs(tables, state.Pressure[c]);
-        const bool free = state.Sg[c] > 0.0 || state.So[c] < SmallestOil || !canBeUnderSaturated(tables) ||
-                          state.Rs[c] >= limit;
+        const bool free = state.Sg[c] > 0.0 || !canBeUnderSaturated(tables) || state.Rs[c] >= limit;
         work.unknown[row] = free ? ThirdUnknown::FreeGas : ThirdUnknown::SolutionGas;
+        if (state.So[c] < SmallestOil && canBeUnderSaturated(tables))
+            work.unknown[row] = ThirdUnknown::WithoutOil;
         if (free) state.Rs[c] = limit;
         state.Pb[c] = free ? state.Pressure[c] : BubblePoint(tables, state.Rs[c]);
     }
@@ -161,6 +194,8 @@ NewtonChange applyNewtonStep(const GridModel& grid, const FluidTables& tables, C
     largest.finite = allFinite(work.solution) && allFinite(work.bhpChange);
     if (!largest.finite) return largest;
     const auto size = static_cast<std::size_t>(work.system.blockSize);
+    const double share = dampedShare(work.solution, size, work.unknown, work.damping);
+    if (share < 1.0) scaleStep(share, work);
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) {
         const CellId c = work.cellOfRow[row];
         const CellMove move = moveOfCell(grid, tables, state, c, row, work);
@@ -169,6 +204,7 @@ NewtonChange applyNewtonStep(const GridModel& grid, const FluidTables& tables, C
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w)
         if (!wells.wells[w].shut) wells.wells[w].Bhp += work.bhpChange[w];
+    if (share < 1.0) undoScale(share, largest);
     return largest;
 }
 

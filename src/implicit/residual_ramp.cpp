@@ -28,8 +28,7 @@ void rampOil(const GridModel& grid, const FluidTables& tables, CellState& state)
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0 || state.KroCell[c] == 0.0) continue;
-        const double share =
-            rampShare(regionTable(tables, grid.SATNUM[c]).ResidualSo, state.Sw[c], state.Sg[c]);
+        const double share = rampShare(regionTable(tables, grid.SATNUM[c]), state.Sw[c], state.Sg[c]);
         state.KroCell[c] *= share;
         state.LambdaO[c] *= share;
     }
@@ -37,6 +36,7 @@ void rampOil(const GridModel& grid, const FluidTables& tables, CellState& state)
 
 double shareOntoRamp(const GridModel& grid, const FluidTables& tables, CellId cell, double sw, double sg,
                      double swTo, double sgTo) {
+    if (regionTable(tables, grid.SATNUM[cell]).oilRule != OilRule::Stone2) return 1.0;
     const double before = aboveResidual(grid, tables, cell, sw, sg);
     const double after = aboveResidual(grid, tables, cell, swTo, sgTo);
     const bool down = before >= RampWidth && after <= 0.0;

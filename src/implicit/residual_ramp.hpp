@@ -6,7 +6,7 @@
 
 namespace kvr {
 
-// The three-phase rule lets the oil relative permeability jump to 0 at So = ResidualSo wherever the gas table
+// Stone's model lets the oil relative permeability jump to 0 at So = ResidualSo wherever the gas table
 // leaves less oil behind than the water table. A cell that drains into the jump has no state that satisfies
 // its balances: oil above it flows off, oil below it stays while more comes in, and the iterates go back and
 // forth however short the step. In the fully implicit method the jump is a ramp, on which such a cell stands:
@@ -15,8 +15,9 @@ namespace kvr {
 inline constexpr double RampWidth = 1e-3;  // saturation
 
 /// f, from sw + sg as Kro3Fn has them.
-inline double rampShare(double residualSo, double sw, double sg) {
-    const double above = 1.0 - residualSo - sw - sg;
+inline double rampShare(const SaturationTable& table, double sw, double sg) {
+    if (table.oilRule != OilRule::Stone2) return 1.0;  // no jump
+    const double above = 1.0 - table.ResidualSo - sw - sg;
     if (above >= RampWidth) return 1.0;
     return above > 0.0 ? above / RampWidth : 0.0;
 }

@@ -66,6 +66,12 @@ void addToWell(const ConnectionFlow<N>& flow, const ControlShares& share, std::s
                        share.gas * flow.byBhp[GasPhase] + share.reservoir * flow.reservoirByBhp;
 }
 
+/// Gas that is injected into a cell without free gas thins its oil, and thin oil lets more of it in: with
+/// that slope the equations may ask for less dissolved gas where there is too much, and never free any.
+void holdMobility(ConnectionFluid<Jet<3>>& fluid) {
+    fluid.LambdaO.slope[GasPlace] = 0.0;
+}
+
 bool hasRateRow(const Well& well) {
     return !well.shut && isRateControlled(well);
 }
@@ -94,8 +100,10 @@ void addWell(const UnitSystem& units, const GridModel& grid, const FluidTables& 
             connectionCoefficients(units, tables, state, averagePressure, well, connection);
         if (c.reservoir > 0.0) {
             const auto at = static_cast<std::size_t>(row);
-            const CellFluid<N> fluid =
-                cellFluid<N>(grid, tables, state, connection.ConnCell, work.unknown[at]);
+            CellFluid<N> fluid = cellFluid<N>(grid, tables, state, connection.ConnCell, work.unknown[at]);
+            if constexpr (N == 3)
+                if (well.InjectFluid == "gas" && work.unknown[at] == ThirdUnknown::SolutionGas)
+                    holdMobility(fluid.mobile);
             const ConnectionFlow<N> flow =
                 connectionFlow(units.FlowUnit, well, connection, c.dp, fluid.mobile);
             addToCell(flow, at, place, border, work.system);

@@ -13,6 +13,7 @@
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 
 #include <cmath>
@@ -127,8 +128,9 @@ void beginStep(Simulation& s) {
     // Amounts that saturations do not show are handed on: what held mobilities leave out comes in the next
     // step.
     if (carriesAmounts(s.options)) s.pressure.relPermsHeld = true;
-    initialiseBottomHolePressures(s.state, s.wells);
     refreshProperties(s.grid, s.fluids, s.state);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
+    initialiseBottomHolePressures(s.state, s.wells);
     saveTimeLevel(s);
     forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
@@ -159,7 +161,7 @@ void assemble(bool firstIteration, Upstream sides, Simulation& s) {
     accumulate(firstIteration ? 1 : 0, s.clock.dt, s.grid, s.fluids, s.timeLevel, s.pressure.timeLevelAmounts,
                s.state, matrix);
     flow(sides, s.units, s.grid, s.connections, s.state, matrix);
-    WellHead(s.grid, s.connections, s.state, s.wells);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     addWellTerms(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, matrix);
     fillSystem(s.units, s.grid, s.connections, s.fluids, s.state, s.pressure.AveragePressure, s.wells,
                matrix);

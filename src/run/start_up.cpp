@@ -11,6 +11,7 @@
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 #include "report/conditioned_rock.hpp"
 #include "report/material_balance.hpp"
@@ -109,8 +110,8 @@ void startClock(const Schedule& schedule, RunClock& clock) {
 /// Everything that follows from wells, connections and the present cell state.
 void deriveFromWells(Simulation& simulation) {
     computeWellIndices(simulation.grid, simulation.wells);
+    WellHead(simulation.grid, simulation.connections, simulation.fluids, simulation.state, simulation.wells);
     initialiseBottomHolePressures(simulation.state, simulation.wells);
-    WellHead(simulation.grid, simulation.connections, simulation.state, simulation.wells);
     UpdateWellRates(simulation.units, simulation.grid, simulation.fluids, simulation.state, simulation.wells,
                     simulation.pressure);
     rebuildCellTags(simulation.grid.NCELLS, simulation.wells, simulation.tags);

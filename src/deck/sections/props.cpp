@@ -286,6 +286,16 @@ void readTracer(SectionReader& reader, PropsRecords& records) {
 
 // --- the section ---------------------------------------------------------------------------------
 
+void readStone2(SectionReader& reader, PropsRecords& records) {
+    announce(reader, "STONE2, oil with water and gas");
+    records.tables.oilRule = OilRule::Stone2;
+}
+
+void readStone1(SectionReader& reader, PropsRecords& records) {
+    lineToBoth(consoleOf(reader), "WARNING :: STONE1 is not known here, STONE2 is taken");
+    readStone2(reader, records);
+}
+
 void skipRptprops(SectionReader& reader, PropsRecords&) {
     announce(reader, "RPTPROPS, skipped");
     announce(reader, "RPTPROPS, detailed information is below in this debug file");
@@ -298,6 +308,9 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"PVDG", readPvdg, "dry gas: pressure, Bg, viscosity"},
     KeywordRow<PropsRecords>{"SWOF", readSwof, "water and oil: Sw, krw, krow, pcow, a table per region"},
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"STONE2", readStone2, "oil with water and gas by Stone's second model", 6},
+    KeywordRow<PropsRecords>{"STONE1", readStone1, "not known, `STONE2` with a warning", 6},
+    KeywordRow<PropsRecords>{"STONE", readStone2, "`STONE2`"},
     KeywordRow<PropsRecords>{"PVTW", readPvtw,
                              "water: reference pressure, FVF, compressibility, viscosity, viscosibility"},
     KeywordRow<PropsRecords>{"DENSITY", readDensity, "surface densities of oil, water, gas"},

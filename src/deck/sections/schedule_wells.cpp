@@ -189,7 +189,7 @@ void readWelspecs(SectionReader& reader, ScheduleRecords& records) {
     while (nextRow(reader)) {
         std::string name, group, phase;
         int headI = 0, headJ = 0;
-        double depth = 0.0;
+        double depth = NoDatum;
         readRow(reader, std::array<ListTarget, 6>{&name, &group, &headI, &headJ, &depth, &phase});
         ++step.wellCount;
         ScheduleWell* well = defineWell(reader, step, name);

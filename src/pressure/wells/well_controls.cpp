@@ -105,6 +105,7 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.WellName = source.name;
     well.LocI = source.headI;
     well.LocJ = source.headJ;
+    well.datumDepth = source.refDepth;
     well.tracerConcentration = source.tracerConcentration;
     well.injectedTracers = source.injectedTracers;
     well.injectionStream = source.injectionStream;

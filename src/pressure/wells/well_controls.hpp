@@ -27,8 +27,8 @@ void AssignWells(int stepIndex, const Console& console, const RunOptions& option
 /// Well index of every connection again, after the rock arrays have changed.
 void computeWellIndices(const GridModel& grid, WellRecord& wells);
 
-/// First bottom-hole pressures, once cell pressures are known: the mean of the connection cells for a
-/// rate well that has none yet, the limit for a "bhp" well.
+/// First bottom-hole pressures, once cell pressures and heads are known: that without flow for a rate well
+/// that has none yet, the limit for a "bhp" well.
 void initialiseBottomHolePressures(const CellState& state, WellRecord& wells);
 
 /// A well held at its limit goes back to its rate control at the start of a time step when the rate it
@@ -51,7 +51,7 @@ void tellSwitch(const Console& console, const Well& well, const std::string& fro
 bool switchWellsAtLimit(const Console& console, WellRecord& wells);
 
 /// After the solver has changed the bottom-hole pressures: a value that is not above 0 or not finite is
-/// put 500 psi past the mean pressure of the well's cells, with the two lines of that. False when a well
+/// put 500 psi past that without flow, with the two lines of that. False when a well
 /// needs it a second time since `clearBottomHoleResets`: the solve has failed.
 bool repairBottomHolePressures(const Console& console, const CellState& state, WellRecord& wells);
 void clearBottomHoleResets(WellRecord& wells);

@@ -20,8 +20,8 @@ bool isBad(double bhp) {
 }
 
 double resetValue(const CellState& state, const Well& well) {
-    const double mean = meanConnectionPressure(state, well);
-    return isInjector(well) ? mean + ResetDrawdown : std::max(mean - ResetDrawdown, StandardPressure);
+    const double resting = restingBhp(state, well);
+    return isInjector(well) ? resting + ResetDrawdown : std::max(resting - ResetDrawdown, StandardPressure);
 }
 
 }  // namespace
@@ -36,7 +36,7 @@ void initialiseBottomHolePressures(const CellState& state, WellRecord& wells) {
         if (!isRateControlled(well))
             well.Bhp = well.BhpLimit;
         else if (well.Bhp <= 0.0)
-            well.Bhp = meanConnectionPressure(state, well);
+            well.Bhp = restingBhp(state, well);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/black_oil.hpp"
+#include "pressure/wells/well_heads.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -12,50 +13,6 @@ namespace kvr {
 namespace {
 
 constexpr double RestartDrawdown = 1.0;  // psi past the cells for a rate well that would only flow back
-
-double injectedDensity(const CellState& state, const std::string& fluid, CellId cell) {
-    if (fluid == "gas") return state.RhoG[cell];
-    return fluid == "oil" ? state.RhoO[cell] : state.RhoW[cell];
-}
-
-/// Phase densities weighted by mobility; the oil density where nothing is mobile.
-double producedDensity(const CellState& state, CellId cell) {
-    const double total = state.LambdaO[cell] + state.LambdaW[cell] + state.LambdaG[cell];
-    if (total <= 0.0) return state.RhoO[cell];
-    return (state.LambdaO[cell] * state.RhoO[cell] + state.LambdaW[cell] * state.RhoW[cell] +
-            state.LambdaG[cell] * state.RhoG[cell]) /
-           total;
-}
-
-double boreDensity(const CellState& state, const Well& well, CellId cell) {
-    return isInjector(well) ? injectedDensity(state, well.InjectFluid, cell) : producedDensity(state, cell);
-}
-
-/// Depth of cell b below cell a, ft: of their connection, or half of both sizes where they are none.
-double depthBetween(const GridModel& grid, const ConnectionTable& connections, CellId a, CellId b) {
-    for (int d = 1; d <= connections.NDIR; ++d)
-        if (connections.Neighbour(a, d) == b) return connections.DepthDiff(a, d);
-    return 0.5 * (grid.DZ[a] + grid.DZ[b]);
-}
-
-void headOfWell(const GridModel& grid, const ConnectionTable& connections, const CellState& state,
-                Well& well) {
-    double head = 0.0;
-    double densityAbove = 0.0;
-    for (std::size_t n = 0; n < well.connections.size(); ++n) {
-        const CellId cell = well.connections[n].ConnCell;
-        // A cell without flow has no fluid of its own; the bore keeps what it held above.
-        double density = grid.Active[cell] != 0 ? boreDensity(state, well, cell) : densityAbove;
-        if (n > 0) {
-            if (densityAbove == 0.0) densityAbove = density;
-            const double g = depthBetween(grid, connections, well.connections[n - 1].ConnCell, cell) /
-                             SquareInchesPerSquareFoot;
-            if (std::abs(g) >= MachineEpsilon) head += 0.5 * (densityAbove + density) * g;
-        }
-        well.connections[n].ConnHead = head;
-        densityAbove = density;
-    }
-}
 
 void setRates(const ConnectionCoefficients& c, WellConnection& connection) {
     connection.ConnQo = c.surfaceOil * c.dp;
@@ -104,11 +61,6 @@ double averagePressure(const GridModel& grid, const CellState& state, double unc
     return volume > 0.0 ? weighted / volume : unchanged;
 }
 
-ConnectionFluid<double> fluidAt(const CellState& state, CellId cell) {
-    return {state.LambdaW[cell], state.LambdaO[cell], state.LambdaG[cell], state.Bw[cell],
-            state.Bo[cell],      state.Bg[cell],      state.Rs[cell]};
-}
-
 /// Surface terms of an injector: the injected phase takes the total mobility of the cell.
 void injectorTerms(const FluidTables& tables, const CellState& state, double averagePressure,
                    const Well& well, CellId cell, ConnectionCoefficients& c) {
@@ -132,9 +84,9 @@ void injectorTerms(const FluidTables& tables, const CellState& state, double ave
 
 }  // namespace
 
-void WellHead(const GridModel& grid, const ConnectionTable& connections, const CellState& state,
-              WellRecord& wells) {
-    for (Well& well : wells.wells) headOfWell(grid, connections, state, well);
+ConnectionFluid<double> fluidAt(const CellState& state, CellId cell) {
+    return {state.LambdaW[cell], state.LambdaO[cell], state.LambdaG[cell], state.Bw[cell],
+            state.Bo[cell],      state.Bg[cell],      state.Rs[cell]};
 }
 
 double drawdown(const CellState& state, const Well& well, const WellConnection& connection) {
@@ -184,7 +136,7 @@ void UpdateWellRates(const UnitSystem& units, const GridModel& grid, const Fluid
                      const CellState& state, WellRecord& wells, PressureStage& stage) {
     stage.AveragePressure = averagePressure(grid, state, stage.AveragePressure);
     for (Well& well : wells.wells) {
-        if (well.shut) well.Bhp = meanConnectionPressure(state, well);
+        if (well.shut) well.Bhp = restingBhp(state, well);
         const bool flows = sumConnections(units, tables, state, stage.AveragePressure, well);
         if (!flows && !well.shut && isRateControlled(well) && restartRateWell(state, well))
             sumConnections(units, tables, state, stage.AveragePressure, well);
@@ -232,6 +184,10 @@ double meanConnectionPressure(const CellState& state, const Well& well) {
         ++count;
     }
     return count > 0 ? sum / count : 0.0;
+}
+
+double restingBhp(const CellState& state, const Well& well) {
+    return meanConnectionPressure(state, well) - datumHead(well);
 }
 
 }  // namespace kvr

@@ -2,7 +2,6 @@
 
 #include "base/units.hpp"
 #include "fluid/tables.hpp"
-#include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/surface_volumes.hpp"
@@ -12,12 +11,8 @@
 
 namespace kvr {
 
-/// Hydrostatic head of every connection from the first one of its well, down the list.
-void WellHead(const GridModel& grid, const ConnectionTable& connections, const CellState& state,
-              WellRecord& wells);
-
 /// Connection rates, well sums (surface and reservoir) and the bulk-volume average pressure. A shut well
-/// gets rates of 0 and the mean pressure of its cells as Bhp. A rate well all of whose connections would
+/// gets rates of 0 and its resting pressure as Bhp. A rate well all of whose connections would
 /// flow back has no coefficient that could move it: its Bhp is put just past them first.
 void UpdateWellRates(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
                      const CellState& state, WellRecord& wells, PressureStage& stage);
@@ -49,6 +44,7 @@ struct ConnectionFluid {
     Number Bw, Bo, Bg;
     Number Rs;
 };
+ConnectionFluid<double> fluidAt(const CellState& state, CellId cell);
 template <class Number>
 Number totalMobility(const ConnectionFluid<Number>& fluid) {
     return fluid.LambdaO + fluid.LambdaW + fluid.LambdaG;
@@ -91,5 +87,7 @@ double namedRate(const Well& well, std::string_view control);
 /// Mean pressure of the connection cells, psia. Cells that take no part in flow hold 0 and are left out;
 /// 0 when no cell is left.
 double meanConnectionPressure(const CellState& state, const Well& well);
+/// The same at the datum of the well, by the last heads: its bottom-hole pressure without flow.
+double restingBhp(const CellState& state, const Well& well);
 
 }  // namespace kvr

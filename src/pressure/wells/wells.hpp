@@ -17,7 +17,7 @@ struct WellConnection {
     double Skin = 0.0;
     double ConnFactor = -1.0;                         // rb cp/(day psi); negative: computed
     double ConnWI = 0.0;                              // rb cp/(day psi)
-    double ConnHead = 0.0;                            // psi from the reference connection, down the list
+    double ConnHead = 0.0;                            // psi over Bhp
     double effectiveRadius = 1.0;                     // ft, report only
     double effectivePermeability = 0.0;               // md, report only
     double ConnQo = 0.0, ConnQw = 0.0, ConnQg = 0.0;  // stb/day, stb/day, surface barrels of gas/day
@@ -31,6 +31,7 @@ struct Well {
     std::string deckControl;  // the control that the schedule asked for
     std::string InjectFluid;  // "oil", "wat", "gas"; blank for producers
     int LocI = 0, LocJ = 0, TopK = 0, BottomK = 0;
+    double datumDepth = NoDatum;  // ft, where Bhp and its limit stand; below 0: at the first connection
     double WellRadius = 0.0;  // ft
     double Skin = 0.0;
     double ConnFactor = -1.0;
@@ -59,6 +60,10 @@ struct WellRecord {
     int RateWellCount = 0;  // wells with a matrix row of their own
 };
 
+/// Bottom-hole pressures stand at a depth of their own.
+inline bool hasDatum(const Well& well) {
+    return well.datumDepth >= 0.0;
+}
 inline bool isInjector(const Well& well) {
     return well.WellKind == "inj";
 }

@@ -76,6 +76,49 @@ TEST(ThreePhaseOil, FollowsStonesSecondModel) {
     EXPECT_NEAR(Kro3Fn(tables, 0.2, 0.3, 1), 0.2, 1e-14);
 }
 
+FluidTables weightedLightOil() {
+    FluidTables tables = samples::lightOil();
+    tables.regions[0].oilRule = OilRule::Weighted;
+    return tables;
+}
+
+TEST(ThreePhaseOil, IsWeighedByTheTwoPartsOfThePores) {
+    const FluidTables tables = weightedLightOil();
+    EXPECT_NEAR(Kro3Fn(tables, 0.2, 0.0, 1), 0.9, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.4, 0.0, 1), 0.5, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.2, 0.1, 1), 0.6, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.3, 0.2, 1), (0.2 * 0.2 + 0.1 * 0.35) / 0.3, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.4, 0.1, 1), (0.1 * 0.2 + 0.2 * 0.35) / 0.3, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.5, 0.2, 1), (0.2 * 0.2 / 3.0 + 0.3 * 0.1) / 0.5, 1e-14);
+    EXPECT_NEAR(Kro3Fn(tables, 0.1, 0.1, 1), 0.6, 1e-14) << "less than connate water weighs nothing";
+    EXPECT_EQ(Kro3Fn(tables, 0.6, 0.2, 1), 0.0) << "neither table lets oil flow";
+}
+
+TEST(ThreePhaseOil, OfTheRegionFreeSetFollowsTheRuleOfTheFirstRegion) {
+    const FluidTables tables = weightedLightOil();
+    for (const double sw : {0.15, 0.2, 0.3, 0.45})
+        for (const double sg : {0.0, 0.05, 0.2})
+            EXPECT_NEAR(relPermsSingle(tables, sw, sg).o, Kro3Fn(tables, sw, sg, 1), 1e-14)
+                << sw << ' ' << sg;
+}
+
+TEST(ThreePhaseOil, WeighedHasTheSlopesOfItsValues) {
+    const FluidTables tables = weightedLightOil();
+    constexpr double step = 1e-7;
+    const auto kro = [&](double sw, double sg) { return Kro3Fn(tables, sw, sg, 1); };
+    const std::pair<double, double> places[] = {
+        {0.23, 0.05}, {0.3, 0.17}, {0.47, 0.05}, {0.25, 0.33}, {0.5, 0.22}};
+    for (const auto& [sw, sg] : places) {
+        const RelPermSlopes slopes = relPermSlopes(tables.regions[0], true, sw, sg);
+        EXPECT_NEAR(slopes.oBySw, (kro(sw + step, sg) - kro(sw - step, sg)) / (2.0 * step), 1e-6)
+            << sw << ' ' << sg;
+        EXPECT_NEAR(slopes.oBySg, (kro(sw, sg + step) - kro(sw, sg - step)) / (2.0 * step), 1e-6)
+            << sw << ' ' << sg;
+    }
+    EXPECT_EQ(relPermSlopes(tables.regions[0], true, 0.1, 0.1).oBySw, 0.0);
+    EXPECT_NEAR(relPermSlopes(tables.regions[0], true, 0.4, 0.0).oBySw, -1.5, 1e-9) << "krow alone";
+}
+
 TEST(ThreePhaseOil, IsClippedToOneAndEndsAtResidualOil) {
     const FluidTables tables = samples::lightOil();
     EXPECT_EQ(Kro3Fn(tables, 0.1, 0.0, 1), 1.0);

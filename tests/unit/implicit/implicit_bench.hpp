@@ -4,7 +4,7 @@
 #include "implicit/jacobian.hpp"
 #include "implicit/newton_update.hpp"
 #include "implicit/well_borders.hpp"
-#include "pressure/wells/well_rates.hpp"
+#include "pressure/wells/well_heads.hpp"
 #include "unit/pressure/small_run.hpp"
 
 #include <cmath>
@@ -61,7 +61,7 @@ inline void prepare(Simulation& s) {
     buildWellBorders(s.wells, s.implicit);
     chooseUnknowns(s.fluids, s.state, s.implicit);
     refreshProperties(s.grid, s.fluids, s.state);
-    WellHead(s.grid, s.connections, s.state, s.wells);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     measureAmounts(s.grid, s.state, s.implicit.oldAmounts);
 }
 
@@ -116,7 +116,7 @@ inline void moveUnknown(std::size_t row, std::size_t place, double by, Simulatio
     } else if (place == WaterPlace) {
         s.state.Sw[c] += by;
         s.state.So[c] -= by;
-    } else if (free) {
+    } else if (s.implicit.unknown[row] != ThirdUnknown::SolutionGas) {
         s.state.Sg[c] += by;
         s.state.So[c] -= by;
     } else {
@@ -128,7 +128,7 @@ inline void moveUnknown(std::size_t row, std::size_t place, double by, Simulatio
 /// Step of the differences by place: psi, saturation, saturation or surface barrels per stb.
 inline double stepOf(std::size_t row, std::size_t place, const Simulation& s) {
     if (place == PressurePlace) return 0.05;
-    if (place == WaterPlace || s.implicit.unknown[row] == ThirdUnknown::FreeGas) return 1e-5;
+    if (place == WaterPlace || s.implicit.unknown[row] != ThirdUnknown::SolutionGas) return 1e-5;
     return 1e-2;
 }
 

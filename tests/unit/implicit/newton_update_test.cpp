@@ -102,9 +102,9 @@ TEST(NewtonStep, AsksForMoreOvershootOfACellThatKeepsChangingSides) {
         EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::SolutionGas);
     }
     const double limit = SolutionRs(s.fluids, s.state.Pressure[1]);
-    step(0.0, 0.0, limit * 1.00005 - s.state.Rs[1], s);
+    step(0.0, 0.0, limit * 1.000005 - s.state.Rs[1], s);
     EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::SolutionGas);
-    EXPECT_NEAR(s.state.Rs[1], limit * 1.00005, 1e-9);
+    EXPECT_NEAR(s.state.Rs[1], limit * 1.000005, 1e-9);
     step(0.0, 0.0, limit * 1.001 - s.state.Rs[1], s);
     EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::FreeGas);
 }
@@ -120,10 +120,64 @@ TEST(NewtonStep, KeepsSaturationsInTheirRange) {
     EXPECT_GE(s.state.Sg[1], 0.0);
 }
 
-TEST(NewtonStep, GivesACellWithoutOilTheGasSaturationAsUnknown) {
+TEST(NewtonStep, KeepsTheRsOfACellWithoutOil) {
     Simulation s;
     makeCell(1.0, 0.0, 2000.0, s);
-    EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::FreeGas);
+    EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::WithoutOil);
+    const double before = s.state.Rs[1];
+    step(-100.0, -0.05, 0.05, s);
+    EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::WithoutOil);
+    EXPECT_DOUBLE_EQ(s.state.Sg[1], 0.05);
+    EXPECT_EQ(s.state.Rs[1], before);
+    EXPECT_NEAR(s.state.Pb[1], 2000.0, 1e-9);
+}
+
+TEST(NewtonStep, LetsOilIntoACellWithoutAnyAtTheGasThatComesWithIt) {
+    // Oil of 0.1 of the pores; what it lacks of the held Rs stands as negative free gas in the solution.
+    Simulation s;
+    makeCell(1.0, 0.0, 2500.0, s);
+    const double oil = 0.1, incoming = SolutionRs(s.fluids, 2000.0);
+    const double lacks = (s.state.Rs[1] - incoming) * oil * s.state.Bg[1] / s.state.Bo[1];
+    step(0.0, -oil, -lacks, s);
+    EXPECT_EQ(s.implicit.unknown[0], ThirdUnknown::SolutionGas);
+    EXPECT_EQ(s.state.Sg[1], 0.0);
+    EXPECT_NEAR(s.state.Rs[1], incoming, 1e-9);
+    EXPECT_NEAR(s.state.Pb[1], 2000.0, 1e-6);
+}
+
+TEST(NewtonStep, MixesTheGasOfOilThatComesIn) {
+    // A quarter of the oil of the cell and three quarters that come in; the linear equations see So dRs
+    // alone.
+    Simulation s;
+    makeCell(0.96, 0.0, 2500.0, s);
+    const double here = s.state.Rs[1], incoming = SolutionRs(s.fluids, 2000.0);
+    step(0.0, -0.12, 3.0 * (incoming - here), s);
+    EXPECT_NEAR(s.state.So[1], 0.16, 1e-12);
+    EXPECT_NEAR(s.state.Rs[1], 0.25 * here + 0.75 * incoming, 1e-9);
+}
+
+TEST(NewtonStep, LeavesHalfOfTheDissolvedGasAtLeast) {
+    Simulation s;
+    makeCell(0.3, 0.0, 2000.0, s);
+    const double before = s.state.Rs[1];
+    step(0.0, 0.0, -2.0 * before, s);
+    EXPECT_NEAR(s.state.Rs[1], 0.5 * before, 1e-9);
+}
+
+TEST(NewtonStep, WeighsChangesOfRsByTheOil) {
+    Simulation s;
+    makeCell(0.9, 0.0, 2000.0, s);
+    EXPECT_NEAR(step(0.0, 0.0, -5.0, s).DRs, 0.1 * 5.0 / SolutionRs(s.fluids, 3000.0), 1e-12);
+}
+
+TEST(NewtonStep, ReportsTheWholeChangeOfADampedStep) {
+    Simulation s;
+    makeCell(0.3, 0.2, 3000.0, s);
+    step(0.0, 0.01, 0.0, s);
+    step(0.0, -0.01, 0.0, s);
+    const NewtonChange change = step(0.0, 0.01, 0.0, s);
+    EXPECT_NEAR(change.DSw, 0.01, 1e-12);
+    EXPECT_NEAR(s.state.Sw[1], 0.3 + 0.7 * 0.01, 1e-12);
 }
 
 TEST(NewtonStep, ChangesNothingByASolutionThatIsNoNumber) {

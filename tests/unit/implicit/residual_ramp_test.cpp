@@ -30,9 +30,18 @@ void makeSaturations(double sw, double sg, CellId c, Simulation& s) {
 }  // namespace
 
 TEST(RampShare, RunsFromTheResidualOilUpOverTheWidth) {
-    EXPECT_EQ(rampShare(0.2, 0.2, 0.55), 1.0);
-    EXPECT_NEAR(rampShare(0.2, 0.2, 0.6 - 0.25 * RampWidth), 0.25, 1e-9);
-    EXPECT_EQ(rampShare(0.2, 0.25, 0.6), 0.0);
+    SaturationTable table;
+    table.ResidualSo = 0.2;
+    EXPECT_EQ(rampShare(table, 0.2, 0.55), 1.0);
+    EXPECT_NEAR(rampShare(table, 0.2, 0.6 - 0.25 * RampWidth), 0.25, 1e-9);
+    EXPECT_EQ(rampShare(table, 0.25, 0.6), 0.0);
+}
+
+TEST(RampShare, LeavesARuleWithoutAJumpAlone) {
+    SaturationTable table;
+    table.ResidualSo = 0.2;
+    table.oilRule = OilRule::Weighted;
+    EXPECT_EQ(rampShare(table, 0.25, 0.6), 1.0);
 }
 
 TEST(RampOil, LowersTheMobilityOfOilOnTheRampAndNoOther) {
@@ -53,13 +62,13 @@ TEST(RampOil, LowersTheMobilityOfOilOnTheRampAndNoOther) {
 TEST(RampedSlopes, AreThoseOfTheRampedValues) {
     const FluidTables tables = oilThatGasDrivesFurther();
     const auto kro = [&](double sw, double sg) {
-        return Kro3Fn(tables, sw, sg, 1) * rampShare(tables.regions[0].ResidualSo, sw, sg);
+        return Kro3Fn(tables, sw, sg, 1) * rampShare(tables.regions[0], sw, sg);
     };
     constexpr double step = 1e-7;
     for (const double above : {0.2, 0.7, 3.0}) {
         const double sw = 0.25, sg = 0.55 - above * RampWidth;
-        const RelPermSlopes slopes =
-            rampedSlopes(relPermSlopes(tables.regions[0], true, sw, sg), rampShare(0.2, sw, sg), kro(sw, sg));
+        const RelPermSlopes slopes = rampedSlopes(relPermSlopes(tables.regions[0], true, sw, sg),
+                                                  rampShare(tables.regions[0], sw, sg), kro(sw, sg));
         EXPECT_NEAR(slopes.oBySw, (kro(sw + step, sg) - kro(sw - step, sg)) / (2.0 * step), 1e-4) << above;
         EXPECT_NEAR(slopes.oBySg, (kro(sw, sg + step) - kro(sw, sg - step)) / (2.0 * step), 1e-4) << above;
     }

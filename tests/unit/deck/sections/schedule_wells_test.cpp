@@ -30,6 +30,8 @@ TEST(Welspecs, AcceptsUnquotedNamesCommentsAndItemsBeyondTheSixth) {
     run.read();
     ASSERT_EQ(run.step().wells.size(), 2U);
     EXPECT_EQ(run.well(1).headJ, 6);
+    EXPECT_EQ(run.well(0).refDepth, NoDatum);
+    EXPECT_EQ(run.well(1).refDepth, NoDatum);
     EXPECT_EQ(run.schedule.stepLength.size(), 1U);
 }
 

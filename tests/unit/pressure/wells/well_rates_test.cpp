@@ -30,55 +30,6 @@ struct OneWell {
     void update() { UpdateWellRates(units, grid, tables, state, wells, stage); }
 };
 
-TEST(WellHead, AddsTheWeightOfTheInjectedPhase) {
-    OneWell run(sample::well("inj", "bhp", 2), 2);
-    run.state.RhoW.assign(2, 62.4);
-    run.state.RhoO.assign(2, 1.0);
-    WellHead(run.grid, sample::columnConnections(2, 20.0), run.state, run.wells);
-    EXPECT_EQ(run.well().connections[0].ConnHead, 0.0);
-    expectNear(run.well().connections[1].ConnHead, 8.66666666666667);
-}
-
-TEST(WellHead, WeighsAProducersPhasesByMobility) {
-    OneWell run(sample::well("prd", "bhp", 2), 2);
-    run.state.LambdaO[1] = 0.5;
-    run.state.LambdaW[1] = 0.2;
-    run.state.RhoO[1] = 40.0;
-    run.state.RhoW[1] = 62.0;
-    run.state.LambdaO[2] = 0.3;
-    run.state.LambdaW[2] = 0.4;
-    run.state.RhoO[2] = 41.0;
-    run.state.RhoW[2] = 62.0;
-    WellHead(run.grid, sample::columnConnections(2, 20.0), run.state, run.wells);
-    expectNear(run.well().connections[1].ConnHead, 6.894841270);
-}
-
-TEST(WellHead, RunsUpwardsWithTheSignOfTheConnection) {
-    OneWell run(sample::well("inj", "bhp", 2), 2);
-    std::swap(run.well().connections[0], run.well().connections[1]);
-    run.state.RhoW.assign(2, 62.4);
-    WellHead(run.grid, sample::columnConnections(2, 20.0), run.state, run.wells);
-    expectNear(run.well().connections[1].ConnHead, -8.66666666666667);
-}
-
-TEST(WellHead, TakesHalfOfBothSizesBetweenCellsThatDoNotTouch) {
-    OneWell run(sample::well("inj", "bhp", 3), 3);
-    run.well().connections.erase(run.well().connections.begin() + 1);
-    run.grid.DZ[3] = 40.0;
-    run.state.RhoW.assign(3, 72.0);
-    WellHead(run.grid, sample::columnConnections(3, 20.0), run.state, run.wells);
-    expectNear(run.well().connections[1].ConnHead, 72.0 * 30.0 / 144.0);
-}
-
-TEST(WellHead, KeepsTheBoresFluidAcrossAnInactiveCell) {
-    OneWell run(sample::well("inj", "bhp", 3), 3);
-    run.grid.Active[2] = 0;
-    run.state.RhoW.assign(3, 72.0);
-    run.state.RhoW[2] = 0.0;
-    WellHead(run.grid, sample::columnConnections(3, 20.0), run.state, run.wells);
-    expectNear(run.well().connections[2].ConnHead, 72.0 * 40.0 / 144.0);
-}
-
 TEST(ConnectionRates, OfAProducerAreInSurfaceVolumesWithTheDissolvedGas) {
     OneWell run(sample::well("prd", "bhp", 1), 1);
     run.well().connections[0].ConnWI = 10.61592612;
