@@ -319,7 +319,7 @@ void passMixed(std::span<const CellId> cells, Walk& walk, std::span<ConservedAmo
     deficit = outflow.deficit;
     ConservedAmounts end = start;
     add(walk.dt, flows.inflow, end);
-    for (const CellId cell : cells) add(-walk.dt, share(cell, outflow, walk), end);
+    for (const CellId cell : cells) add(-walk.dt, share(cell, 1.0, outflow, walk), end);
     spreadMixture(cells, end, walk, held);
 }
 
