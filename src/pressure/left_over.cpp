@@ -44,4 +44,13 @@ bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver) {
            leftOver.rate <= share * options.stepTargetError;
 }
 
+void settleRateWells(const PressureMatrix& matrix, WellRecord& wells) {
+    const LinearSystem& system = matrix.system;
+    for (const WellRow& row : matrix.wellRows) {
+        const auto r = static_cast<std::size_t>(row.row);
+        const double diagonal = system.value[static_cast<std::size_t>(system.rowStart[r])];
+        wells.wells[row.well].Bhp += system.rhs[r] / diagonal;
+    }
+}
+
 }  // namespace kvr

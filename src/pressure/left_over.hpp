@@ -24,4 +24,8 @@ LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& stat
 /// another solve would change nothing that counts.
 bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver);
 
+/// Moves the bottom-hole pressures of rate wells to where their rows ask for nothing at the present pressures
+/// of the cells, so that the rates are the targets; what this leaves over is in cells.
+void settleRateWells(const PressureMatrix& matrix, WellRecord& wells);
+
 }  // namespace kvr

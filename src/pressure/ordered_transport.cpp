@@ -136,9 +136,9 @@ TankFlows flowsOf(CellId cell, const Walk& walk) {
 }
 
 /// By how much the water saturation of the step's end would differ from the one that the source of the known
-/// make-up tells, were it followed in full. Without bound where nothing is told.
+/// make-up tells, were it followed in full. Without bound where it tells nothing of this cell.
 double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
-    if (walk.makeUp.Sw.empty() || walk.makeUp.Sw[cell] < 0.0) return HUGE_VAL;
+    if (walk.makeUp.Sw[cell] < 0.0) return HUGE_VAL;
     const double gain = walk.dt * (flows.inflow.water - flows.request.water);
     return std::abs(walk.state.Bw[cell] * (walk.amounts.water[cell] + gain) / walk.state.PoreVolume[cell] -
                     walk.makeUp.Sw[cell]);
@@ -146,7 +146,7 @@ double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
 
 /// Share of the flow with a known make-up that follows it.
 double trustOf(CellId cell, const TankFlows& flows, const Walk& walk) {
-    if (!(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
+    if (walk.makeUp.Sw.empty() || !(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
     const double turns = walk.dt * (flows.asked + flows.rest) / walk.state.PoreVolume[cell];
     if (turns <= TrustedTurns) return 1.0;
     const double error = flows.rest > 0.0 ? HUGE_VAL : errorOfMakeUp(cell, flows, walk);

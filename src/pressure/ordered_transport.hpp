@@ -22,7 +22,7 @@ struct MakeUp {
     std::vector<std::vector<std::uint8_t>> connectionKnown;  // empty: no connection is known
     std::vector<std::vector<ConservedAmounts>> connection;
     CellArray<double>
-        Sw;  // at the step's end by the same source, negative where it is silent; empty: nowhere
+        Sw;  // at the step's end by the same source, negative where it is silent; empty: not asked for
 };
 
 /// What a transport step did beside the amounts.

@@ -310,6 +310,7 @@ Verdict iterate(Simulation& s, Progress& progress) {
         assemble(!carriesAmounts(s.options), Upstream::Found, s);
         work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
     } else if (assembleNext(progress, s)) {
+        settleRateWells(work.matrix, s.wells);
         return Verdict::Converged;
     }
     solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);

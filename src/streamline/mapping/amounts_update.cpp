@@ -82,9 +82,10 @@ void advanceByFaceTransfer(Simulation& simulation) {
     MakeUp makeUp;
     faceMakeUp(simulation, makeUp);
     connectionMakeUp(simulation, makeUp);
-    saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
-    // Analytic lines know nothing of tracers.
+    // Analytic lines know nothing of tracers,
     const bool analytic = simulation.lines.field.solver == LineSolver::Analytic;
+    // ... and what they pass is what they hold: there is nothing to compare.
+    if (!analytic) saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
     transportAmounts(makeUp, analytic, simulation);
     if (!analytic) mapTracers(simulation.grid, simulation.mapping, simulation.state);
 }

@@ -53,6 +53,20 @@ TEST(MeasureLeftOver, TakesWhatARateWellStillAsksOfWhatItsConnectionsLetBy) {
     EXPECT_NEAR(rows.over(1.0).rate, 0.025, 1e-15);
 }
 
+TEST(SettleRateWells, MovesBottomHolePressuresByWhatTheirRowsAskFor) {
+    TwoRows rows;
+    rows.wells.wells.resize(1);
+    rows.wells.wells[0].Bhp = 2000.0;
+    WellRow row;
+    row.row = 2;
+    rows.matrix.wellRows.push_back(row);
+    rows.matrix.system.rowStart = {0, 1, 2, 3};
+    rows.matrix.system.value = {1.0, 1.0, 4.0};
+    rows.matrix.system.rhs = {0.0, 0.0, -6.0};
+    settleRateWells(rows.matrix, rows.wells);
+    EXPECT_EQ(rows.wells.wells[0].Bhp, 1998.5);
+}
+
 TEST(MayBeHandedOn, AllowsATenthOfTheLimitsOfAStepAndAFiftiethInRunsWithGas) {
     RunOptions options;
     options.PressureTolerance = 0.01;
