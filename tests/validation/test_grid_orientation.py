@@ -33,7 +33,7 @@ def deck(cells, spacing, injectors, producers, nine_points):
     lines += ["/", "WCONINJE"]
     lines += [f"'{name}' 'WATER' 'OPEN' 'RATE' {RATE} 1* 200000 /" for name, _, _ in wells if name[0] == "I"]
     lines += ["/", "TSTEP", "60*10 /", "END", ""]
-    return text[:text.index("SCHEDULE")] + "\n".join(lines) + kvr_run.options(method="FIM")
+    return text[:text.index("SCHEDULE")] + "\n".join(lines) + kvr_run.options(method="FIM", tolerance=1e-4)
 
 
 def flood(folder, *setting):
