@@ -27,6 +27,7 @@ constexpr int MostTargetPasses = 2;   // over a step whose wells have left their
 constexpr int MostImplicitCuts = 12;  // of a step that is taken fully implicitly
 constexpr int MostForcedCuts = 10;    // of a step that neither way is good for
 constexpr double ForcedCut = 0.1;
+constexpr int EnoughAccepted = 2;          // attempts in a row that make good for the failed ones before
 constexpr int MostImplicitAhead = 64;      // steps in a row without an attempt
 constexpr double ImplicitGrowth = 2.0;     // of the length of a fully implicit step that needed no cut
 constexpr double CrawlShare = 0.01;        // of the length that the tables ask for
@@ -197,6 +198,7 @@ void fallBack(bool solve, double dt, Simulation& s) {
     s.clock.dt = dt;
     if (!takeImplicitly(0.0, s)) return forceStep(solve, dt, s);
     control.implicitInARow += 1;
+    control.acceptedInARow = 0;
     control.implicitAhead =
         std::min(MostImplicitAhead, 1 << std::min(control.implicitInARow, LargestPower)) - 1;
 }
@@ -229,7 +231,7 @@ void attemptUntilAccepted(bool solve, Simulation& s) {
         if (judgement.verdict == StepVerdict::Accepted) {
             control.longest =
                 cuts == 0 ? allowedBehind(judgement.length, before, s.clock.dt) : judgement.length;
-            control.implicitInARow = 0;
+            if (++control.acceptedInARow >= EnoughAccepted) control.implicitInARow = 0;
             if (figures.mobilityError > figures.mobilityLag) s.pressure.forecasts = false;
             return;
         }

@@ -27,7 +27,7 @@ struct AttemptFigures {
     double targetMiss = 0.0;     // largest shortfall of a rate-controlled well below its target
     double mobilityError = 0.0;  // mean relative distance, weighted by the flow, of the total mobility that
                                  // the pressure was solved with from the mean of the step's begin and end
-    double mobilityLag = 0.0;  // the same for the mobility of the step's begin
+    double mobilityLag = 0.0;    // the same for the mobility of the step's begin
 };
 
 /// How long steps may be, and how often they were taken anew; kept for the run.
@@ -37,7 +37,8 @@ struct StepControl {
     int rejected = 0;        // attempts put back, of the run
     int implicitSteps = 0;   // steps taken fully implicitly, of the run
     int implicitAhead = 0;   // steps that go to the fully implicit method without an attempt
-    int implicitInARow = 0;  // steps in a row that ended there
+    int implicitInARow = 0;  // attempts that ended there, without two good ones in a row between
+    int acceptedInARow = 0;  // attempts that stood, since the last that did not
     int hopelessSteps = 0;   // steps in a row that advanced next to nothing
 };
 
