@@ -32,7 +32,7 @@ struct Well {
     std::string InjectFluid;  // "oil", "wat", "gas"; blank for producers
     int LocI = 0, LocJ = 0, TopK = 0, BottomK = 0;
     double datumDepth = NoDatum;  // ft, where Bhp and its limit stand; below 0: at the first connection
-    double WellRadius = 0.0;  // ft
+    double WellRadius = 0.0;      // ft
     double Skin = 0.0;
     double ConnFactor = -1.0;
     double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
