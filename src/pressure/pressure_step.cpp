@@ -309,6 +309,7 @@ Verdict iterate(Simulation& s, Progress& progress) {
     if (it == 0) {
         assemble(!carriesAmounts(s.options), Upstream::Found, s);
         work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
+        work.matrix.system.tolerance = handsOn(s.options) ? 0.5 * AcceptedResidual : SolverTolerance;
     } else if (assembleNext(progress, s)) {
         settleRateWells(work.matrix, s.wells);
         return Verdict::Converged;

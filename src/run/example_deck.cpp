@@ -308,10 +308,10 @@ STEPCTRL
 -- Volume that cells did not hold, share of the field  [Def = 1.E-4]
 -- Rate over its target                                [Def = 8.E-3]
 -- Rate away from the solved one                       [Def = 3.E-2]
--- Change of mobility, mean along the flow             [Def = 0.1]
+-- Error of the mobilities of the solve                [Def = 0.05]
 -- Smallest step, days                                 [Def = 1.E-3]
--- (limits are a fifth of these with gas)
-Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.1 1.d-3 /
+-- (limits are a fifth of these beside free gas)
+Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.05 1.d-3 /
 
 --CHKRSAT
 -- Check of residual saturations

@@ -66,8 +66,8 @@ SolveResult solveBicg(const LinearSystem& system, std::span<double> solution, So
     factorIncomplete(system, memory.factors);
     SolveResult result = judgeSolution(system, solution, 0, memory.vectors.r);
     int left = SolverIterations;
-    for (int restart = 0; restart < Restarts && left > 0 && result.residual > SolverTolerance; ++restart) {
-        const KrylovLimits limits{SolverTolerance, left};
+    for (int restart = 0; restart < Restarts && left > 0 && result.residual > system.tolerance; ++restart) {
+        const KrylovLimits limits{system.tolerance, left};
         const KrylovOutcome outcome = bicg(system, memory.factors, limits, solution, memory.vectors);
         left -= outcome.iterations;
         result = judgeSolution(system, solution, result.iterations + outcome.iterations, memory.vectors.r);

@@ -23,11 +23,11 @@ void resortToIncomplete(const LinearSystem& system, std::span<double> solution, 
     int left = SolverIterations;
     for (int restart = 0; restart < Restarts && left > 0; ++restart) {
         if (!(result.residual <= 1.0)) std::fill(solution.begin(), solution.end(), 0.0);
-        const KrylovLimits limits{SolverTolerance, left};
+        const KrylovLimits limits{system.tolerance, left};
         const KrylovOutcome outcome = bicgstab(system, limits, solution, memory.vectors, precondition);
         left -= outcome.iterations;
         result = judgeSolution(system, solution, result.iterations + outcome.iterations, memory.vectors.r);
-        if (result.residual <= SolverTolerance) return;
+        if (result.residual <= system.tolerance) return;
     }
 }
 

@@ -7,6 +7,10 @@
 
 namespace kvr {
 
+inline constexpr double SolverTolerance = 1e-9;  // ||r|| over the right-side size
+inline constexpr double AcceptedResidual =
+    1e-7;  // the true one, above which a solve has failed at its iteration limit
+
 /// Sparse system in compressed rows, the diagonal first in each row, signs such that diagonals are
 /// positive. Cells come first, rate wells are the extra rows behind them. The pattern is built once per
 /// well set; values are refilled every pressure iteration.
@@ -16,9 +20,10 @@ struct LinearSystem {
     std::vector<std::int64_t> rowStart;  // [size + 1]
     std::vector<int> column;             // 0-based
     std::vector<double> value;
-    std::vector<double> rhs;         // [size]
-    double reference = 0.0;          // ||b|| of the first iteration of the step, 0 if this is the first
-    std::uint64_t patternStamp = 0;  // changes whenever the pattern does
+    std::vector<double> rhs;             // [size]
+    double reference = 0.0;              // ||b|| of the first iteration of the step, 0 if this is the first
+    double tolerance = SolverTolerance;  // at which iterative routes end, at most AcceptedResidual
+    std::uint64_t patternStamp = 0;      // changes whenever the pattern does
 };
 
 /// Why a solve gave no result.

@@ -114,17 +114,17 @@ void runCycles(const LinearSystem& system, int iterationLimit, std::span<double>
         applyCycle(grid.hierarchy, r, z);
     };
     int left = iterationLimit;
-    for (int start = 0; start < Starts && left > 0 && result.residual > SolverTolerance; ++start) {
-        const KrylovLimits limits{SolverTolerance, left, CyclePatience};
+    for (int start = 0; start < Starts && left > 0 && result.residual > system.tolerance; ++start) {
+        const KrylovLimits limits{system.tolerance, left, CyclePatience};
         const KrylovOutcome outcome = bicgstab(system, limits, solution, memory.vectors, precondition);
         left -= outcome.iterations;
         result = judgeSolution(system, solution, result.iterations + outcome.iterations, memory.vectors.r);
     }
 }
 
-/// Iterations that a reduction to the tolerance is worth at the pace of the last fresh hierarchy.
-int usualIterations(const MultigridMemory& grid, double residual) {
-    const double decades = std::log10(std::max(residual / SolverTolerance, 1.0));
+/// Iterations that a reduction of the residual by so much is worth at the pace of the last fresh hierarchy.
+int usualIterations(const MultigridMemory& grid, double reduction) {
+    const double decades = std::log10(std::max(reduction, 1.0));
     return static_cast<int>(std::ceil(grid.freshPace * decades)) + ExtraIterations;
 }
 
@@ -137,7 +137,7 @@ void solveAfresh(const LinearSystem& system, std::span<double> solution, SolverM
     const double start = result.residual;
     runCycles(system, MaxCycleIterations, solution, memory, result);
     grid.freshPace = (result.iterations - before) / std::max(1.0, std::log10(start / result.residual));
-    grid.worn = !(result.residual <= SolverTolerance);
+    grid.worn = !(result.residual <= system.tolerance);
 }
 
 /// Solves with the kept hierarchy, or with a new one when there is none or it has worn out.
@@ -145,11 +145,11 @@ void solveByCycles(const LinearSystem& system, std::span<double> solution, Solve
                    SolveResult& result) {
     MultigridMemory& grid = memory.multigrid;
     if (!grid.worn && samePattern(grid.key, system)) {
-        const int usual = usualIterations(grid, result.residual);
+        const int usual = usualIterations(grid, result.residual / system.tolerance);
         refreshFinest(system, grid);
         runCycles(system, 2 * usual, solution, memory, result);
         grid.worn = result.iterations > usual;
-        if (result.residual <= SolverTolerance) return;
+        if (result.residual <= system.tolerance) return;
     }
     if (!(result.residual <= 1.0)) {
         std::fill(solution.begin(), solution.end(), 0.0);
@@ -238,7 +238,7 @@ SolveResult solveMultigrid(const LinearSystem& system, std::span<double> solutio
     try {
         memory.vectors.resize(system.size);
         result = judgeSolution(system, solution, 0, memory.vectors.r);
-        if (result.residual > SolverTolerance) solveByCycles(system, solution, memory, result);
+        if (result.residual > system.tolerance) solveByCycles(system, solution, memory, result);
         if (!(result.residual <= AcceptedResidual)) resortToIncomplete(system, solution, memory, result);
         if (!(result.residual <= AcceptedResidual) && system.size <= SmallSystem)
             resortToDense(system, solution, memory, result);

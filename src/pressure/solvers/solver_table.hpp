@@ -16,9 +16,7 @@ struct SolverMemoryDeleter {
 using SolverMemoryPointer = std::unique_ptr<SolverMemory, SolverMemoryDeleter>;
 SolverMemoryPointer makeSolverMemory();
 
-/// Limits of the iterative routes.
-inline constexpr double SolverTolerance = 1e-9;  // ||r|| over the right-side size
-inline constexpr int SolverIterations = 1000;
+inline constexpr int SolverIterations = 1000;  // of the iterative routes
 
 /// One route: solves system for `solution` (which enters as 0).
 using SolverRoute = SolveResult (*)(const LinearSystem& system, std::span<double> solution,

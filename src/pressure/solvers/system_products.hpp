@@ -29,9 +29,6 @@ double euclideanNorm(std::span<const double> x);
 SolveResult judgeSolution(const LinearSystem& system, std::span<const double> solution, int iterations,
                           std::span<double> scratch);
 
-/// An iterative solve has failed when its true residual is above this at the iteration limit.
-inline constexpr double AcceptedResidual = 1e-7;
-
 /// True when two solves share the pattern, so that what depends on it alone can be kept. A stamp of 0
 /// means that the system was never stamped: nothing is kept then.
 struct PatternKey {
