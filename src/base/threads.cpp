@@ -4,6 +4,9 @@
 #include <xmmintrin.h>
 #endif
 
+// Of OpenBLAS; other libraries have none of it, and no threads of their own.
+extern "C" void openblas_set_num_threads(int count) __attribute__((weak));
+
 namespace kvr {
 
 namespace {
@@ -22,6 +25,10 @@ void flushDenormalsInAllThreads() {
     flushDenormals();
 #pragma omp parallel
     flushDenormals();
+}
+
+void keepDenseAlgebraOnOneThread() {
+    if (openblas_set_num_threads != nullptr) openblas_set_num_threads(1);
 }
 
 }  // namespace kvr

@@ -6,6 +6,10 @@ namespace kvr {
 /// Called once at start-up.
 void flushDenormalsInAllThreads();
 
+/// Dense linear algebra stays on one thread: shared among several it rounds by their number, and a run would
+/// not give the same bits for any number of threads. Called once at start-up.
+void keepDenseAlgebraOnOneThread();
+
 // Work below which a loop stays on one thread. Waiting threads sleep (letWaitingThreadsSleep), and waking
 // them takes tens of microseconds.
 

@@ -8,6 +8,7 @@
 #include "implicit/step_balance.hpp"
 #include "implicit/well_borders.hpp"
 #include "implicit/well_switching.hpp"
+#include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -50,6 +51,7 @@ bool solve(Simulation& s) {
             ? solveBlockSystemDense(work.system, work.solution, work.bhpChange, *work.memory)
             : solveBlockSystem(work.system, BlockSolveLimits{}, work.solution, work.bhpChange, *work.memory);
     work.counts.linearIterations += result.iterations;
+    if (dense && result.failure == SolveFailure::Memory) stopForMemory(s.console, s.options.pressureSolver);
     const bool usable = result.failure == SolveFailure::None ||
                         (result.failure == SolveFailure::NotConverged && result.residual < UsableResidual);
     if (!usable) lineToBoth(s.console, "ERROR OCCURS IN SOLVING PRESSURES.");

@@ -139,13 +139,6 @@ bool hasWorkSpace(const Console& console, const LinearSystem& system) {
     return lines.empty();
 }
 
-[[noreturn]] void stopMemory(const Console& console, SolverFamily family) {
-    const bool iterative = family == SolverFamily::Multigrid || family == SolverFamily::BiCg;
-    lineToBoth(console, iterative ? "Error :: Memory error for AMG Solver"
-                                  : "Error :: Memory error for Direct Solver");
-    hardStop(console);
-}
-
 SolveResult runRoute(const SolverRow& row, const LinearSystem& system, PressureSolver& solver) {
     try {
         if (solver.memory == nullptr) solver.memory = makeSolverMemory();
@@ -158,7 +151,21 @@ SolveResult runRoute(const SolverRow& row, const LinearSystem& system, PressureS
     }
 }
 
+/// Cells whose state has no sound storage stand in the matrix with diagonals below 0.
+bool hasNegativeStorage(const SolveResult& result) {
+    return result.failure == SolveFailure::BadMatrix &&
+           result.code == static_cast<int>(MultigridCode::DiagonalSign);
+}
+
 }  // namespace
+
+void stopForMemory(const Console& console, std::string_view word) {
+    const SolverFamily family = familyOf(word);
+    const bool iterative = family == SolverFamily::Multigrid || family == SolverFamily::BiCg;
+    lineToBoth(console, iterative ? "Error :: Memory error for AMG Solver"
+                                  : "Error :: Memory error for Direct Solver");
+    hardStop(console);
+}
 
 std::vector<std::string> multigridTexts(int code) {
     std::vector<std::string> lines{"-- SECTION AMG --"};
@@ -187,7 +194,7 @@ void answerFailure(const Console& console, const OutputStreams& outputs, double 
         case SolveFailure::Memory:
             if (family == SolverFamily::Multigrid && result.code != 0)
                 tell(console, multigridTexts(result.code));
-            stopMemory(console, family);
+            stopForMemory(console, word);
         case SolveFailure::Singular:
             if (family == SolverFamily::Elimination) stopElimination(console, result);
             stopDense(console, outputs, time, it, system);
@@ -247,6 +254,11 @@ void solvePressure(const Console& console, const RunOptions& options, const Outp
         appendInfo(console, outputPath(outputs, outputName(OutputFile::BicgstabInfo)), result, solver);
     if (family == SolverFamily::Multigrid && options.debugOutput)
         appendInfo(console, outputPath(outputs, outputName(OutputFile::AmgInfo)), result, solver);
+    if (options.stepControl && hasNegativeStorage(result)) {
+        for (const std::string& line : multigridTexts(result.code)) log(console, "{}", line);
+        it = FailedIteration;
+        return;
+    }
     answerFailure(console, outputs, time, row->word, system, result, it);
 }
 

@@ -22,6 +22,9 @@ inline constexpr int FailedIteration = 999;
 /// psia; a pressure below it in an active cell is a failed solve.
 inline constexpr double LowestPressure = 15.0;
 
+/// Ends the run with the line of a solver word that has no room for its matrix.
+[[noreturn]] void stopForMemory(const Console& console, std::string_view word);
+
 /// Lines of a multigrid return code, "-- SECTION AMG --" first.
 std::vector<std::string> multigridTexts(int code);
 
@@ -44,9 +47,10 @@ std::vector<std::string> shortageTexts(const WorkSpace& need, const WorkSpace& a
 /// Solves the system by the route of options.pressureSolver into solver.solution. A word that is not on
 /// the list, a singular dense matrix (dgesl and dgesv write it to PMatrix_T_*.xls first), a matrix that
 /// the multigrid refuses and a shortage of memory stop the run with their texts; a solve that does not
-/// converge or gives no number sets `it` to 999. With the matrix switch the system goes to pmtrx.out.
-/// The BiCG words leave their convergence in KVR_BICGSTB_Info.out, with the debug flag the multigrid
-/// words in KVR_dbgAMG.out.
+/// converge or gives no number sets `it` to 999. Under step control so does a diagonal that the multigrid
+/// refuses, as cells with a storage below 0 give it: the step is taken again in another way. With the matrix
+/// switch the system goes to pmtrx.out. The BiCG words leave their convergence in KVR_BICGSTB_Info.out, with
+/// the debug flag the multigrid words in KVR_dbgAMG.out.
 void solvePressure(const Console& console, const RunOptions& options, const OutputStreams& outputs,
                    double time, const LinearSystem& system, PressureSolver& solver, int& it);
 

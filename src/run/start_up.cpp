@@ -139,6 +139,7 @@ void rebuildWells(int entry, Simulation& simulation) {
 void startUp(Simulation& simulation) {
     printProgramBanner(simulation.console);
     flushDenormalsInAllThreads();
+    keepDenseAlgebraOnOneThread();
     openAndRead(simulation);
     if (simulation.options.eclipseToTecplot) convertAndStop(simulation);
 

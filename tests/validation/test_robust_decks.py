@@ -50,8 +50,7 @@ def test_the_deck_runs_to_its_end(tmp_path, name):
     assert ended.console_size < CONSOLE_LIMIT
 
 
-@pytest.mark.parametrize("name", with_shortfalls(REFUSED, {
-    "ub_multigrid_null_span": "its last line is the advice of the solver, which does not say that it is an error"}))
+@pytest.mark.parametrize("name", REFUSED)
 def test_the_deck_ends_with_a_message(tmp_path, name):
     _, ended = run_deck(tmp_path, name)
     print(f"{name}: status {ended.status}, {ended.complaint()}")

@@ -46,7 +46,10 @@ std::string asPattern(const std::string& text) {
 
 /// Solves in a scratch folder.
 struct Bench {
-    Bench() { outputs.folder = folder.path; }
+    Bench() {
+        outputs.folder = folder.path;
+        options.stepControl = false;
+    }
 
     void solve(const LinearSystem& system, const Console& console) {
         solvePressure(console, options, outputs, 12.5, system, solver, it);
@@ -166,6 +169,14 @@ TEST(SolvePressureDeathTest, StopsOnAMatrixThatTheMultigridRefuses) {
     system.rowStart[1] = 5;
     EXPECT_EXIT(bench.solve(system, consoleOnStandardError()), ::testing::ExitedWithCode(1),
                 "-- SECTION AMG --\nPOINTER IA ERRONEOUS");
+}
+
+TEST(SolvePressure, GivesANegativeDiagonalBackToTheStepControl) {
+    Bench bench;
+    bench.options.pressureSolver = "amg";
+    bench.options.stepControl = true;
+    bench.solve(systemOf({{2, 1}, {1, -3}}, {3, 5}), Console{nullptr, nullptr, nullptr});
+    EXPECT_EQ(bench.it, FailedIteration);
 }
 
 TEST(SolvePressureDeathTest, StopsWhenTheMultigridRunsOutOfMemory) {
