@@ -76,6 +76,20 @@ def test_the_fully_implicit_method_takes_each_step_once_whatever_the_global_iter
     assert (asked.table()["FOPT"] == once.table()["FOPT"]).all()
 
 
+def test_dense_solves_give_the_same_bits_for_any_number_of_threads(tmp_path, monkeypatch):
+    # 800 unknowns: enough for the linear algebra library to share its work if it were let.
+    text = small_deck.deck(options=kvr_run.options(method="FIM", solver="DGESV"))
+    text = text.replace("5 5 1 /", "20 20 1 /").replace("25*", "400*")
+    written = []
+    for threads in ("1", "3"):
+        monkeypatch.setenv("OMP_NUM_THREADS", threads)
+        folder = tmp_path / threads
+        folder.mkdir()
+        result = finished_normally(run(folder, text))
+        written.append([result.read(name) for name in ("KVR_Run_Recovery.out", "KVR_Run_Pressure.out")])
+    assert written[0] == written[1]
+
+
 def test_a_step_cut_in_a_repeated_pass_moves_time_and_date_by_what_was_covered(tmp_path):
     # With at most three pressure iterations the third pass of the second step is cut from 10 to 2 days.
     section = kvr_run.options(lines=20, solver="DGESV", extra=FIXED_STEPS + "MAPPING\nAVERAGE\n").replace(
