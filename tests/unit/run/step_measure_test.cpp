@@ -117,6 +117,12 @@ TEST(MeasureStep, WeighsTheChangeOfMobilityByTheFlow) {
     run.s.pressure.mobilityRatio.assign(2, 0.38 / 0.45);  // the pressure was solved with 0.38 of cell 1
     EXPECT_NEAR(run.figures().mobilityLag, 10.0 * half / 40.0, 1e-12);
     EXPECT_NEAR(run.figures().mobilityError, (10.0 * 0.02 / 0.4 + 30.0 * 0.07 / 0.45) / 40.0, 1e-12);
+    run.s.pressure.mobilityRatio[2] = 1.0;
+    EXPECT_NEAR(run.figures().mobilityError, 10.0 * 0.02 / 0.4 / 40.0, 1e-12);
+    sizeAmounts(2, run.s.pressure.exchanged);
+    EXPECT_NEAR(run.figures().mobilityError, 10.0 * 0.02 / 0.4 / 40.0, 1e-12);
+    run.s.pressure.exchanged.water[2] = 1.0;
+    EXPECT_NEAR(run.figures().mobilityError, 10.0 * half / 40.0, 1e-12) << "fluids part by gravity";
 }
 
 TEST(CorrectTargets, AimsByThePromisedOverTheGivenRate) {
