@@ -128,8 +128,7 @@ std::vector<double> factorsOf(const WellRecord& wells) {
     return factors;
 }
 
-/// One attempt at the step. A step without a past solves its pressure once more with the field that it has
-/// found, and one whose wells have left their targets runs again with targets corrected by what they gave.
+/// One attempt at the step, which runs again with corrected targets where its wells have left them.
 AttemptFigures attempt(bool solve, Simulation& s) {
     AttemptFigures figures;
     for (int pass = 0;; ++pass) {

@@ -27,12 +27,6 @@ def run_deck(folder, name):
     return text, run_limited(kvr_run.PROGRAM, folder)
 
 
-def with_shortfalls(names, shortfalls):
-    """Parameters of a test, those with a known shortfall as strict expected failures."""
-    return [pytest.param(name, marks=pytest.mark.xfail(strict=True, reason=shortfalls[name])) if name in shortfalls
-            else name for name in names]
-
-
 @pytest.mark.parametrize("name", ACCEPTED)
 def test_the_deck_runs_to_its_end(tmp_path, name):
     text, ended = run_deck(tmp_path, name)
