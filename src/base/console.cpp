@@ -25,16 +25,25 @@ void drawStatus(const Console& console) {
     std::fflush(console.screen);
 }
 
+void withhold(std::string_view text, ScreenAccount& account) {
+    account.withheld.emplace_back(text);
+    if (account.withheld.size() > LinesKept) account.withheld.pop_front();
+}
+
 /// True where the line is beyond what the screen may have.
 bool isWithheld(const Console& console, std::string_view text) {
-    if (console.account == nullptr || console.log == nullptr) return false;
+    if (console.account == nullptr) return console.concise;
     ScreenAccount& account = *console.account;
+    if (console.concise) {
+        withhold(text, account);
+        return true;
+    }
+    if (console.log == nullptr) return false;
     const bool folded = isFolded(console);
     account.written += text.size() + 1;
     if (!isFolded(console)) return false;
     if (!folded) lineToScreenAlways(console, FoldText);
-    account.withheld.emplace_back(text);
-    if (account.withheld.size() > LinesKept) account.withheld.pop_front();
+    withhold(text, account);
     return true;
 }
 
@@ -66,6 +75,11 @@ void unfold(const Console& console, bool showLast) {
 
 void lineToScreen(const Console& console, std::string_view text) {
     if (!isWithheld(console, text)) lineToScreenAlways(console, text);
+}
+
+void tell(const Console& console, std::string_view text) {
+    lineToScreenAlways(console, text);
+    lineToLog(console, text);
 }
 
 void showStatus(const Console& console, std::string_view text) {

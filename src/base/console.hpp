@@ -24,14 +24,18 @@ struct ScreenAccount {
     std::deque<std::string> withheld;
 };
 
+struct MessageRecord;  // base/messages.hpp
+
 /// Where the program speaks and listens. `log` is KVR_dbg.out once it is open, before that null;
 /// writing to a null stream does nothing.
 struct Console {
     std::FILE* screen = stdout;
     std::FILE* log = nullptr;
     std::FILE* input = stdin;
-    StatusLine* status = nullptr;      // set only while the screen is a terminal
-    ScreenAccount* account = nullptr;  // set while steps are taken
+    StatusLine* status = nullptr;       // set only while the screen is a terminal
+    ScreenAccount* account = nullptr;   // set while steps are taken
+    MessageRecord* messages = nullptr;  // keeps warnings for the end of the run
+    bool concise = false;               // lines of the stages stand in the log alone
 };
 
 /// One line of text, the line end added here.
@@ -58,6 +62,9 @@ bool isFolded(const Console& console);
 
 /// One line that the screen gets however much it has had.
 void lineToScreenAlways(const Console& console, std::string_view text);
+
+/// What a user is to see whatever else the console shows: screen and log.
+void tell(const Console& console, std::string_view text);
 
 /// Ends the withholding of lines, and shows the last ones where they tell why a run stops.
 void unfold(const Console& console, bool showLast);

@@ -1,15 +1,11 @@
 #pragma once
 
+#include "base/deck_place.hpp"
+
 #include <string>
 #include <vector>
 
 namespace kvr {
-
-/// Where a row stands in the deck, for messages that come after the reading.
-struct DeckPlace {
-    std::string fileName;
-    int lineNumber = 0;
-};
 
 /// Control limits of a well that the deck does not limit.
 inline constexpr double DefaultProducerBhp = 14.6;      // psia

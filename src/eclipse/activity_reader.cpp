@@ -1,5 +1,6 @@
 #include "eclipse/activity_reader.hpp"
 
+#include "base/messages.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/keyword_loop.hpp"
@@ -12,7 +13,7 @@ void takeActivity(const Console& console, const std::vector<std::int32_t>& value
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         const std::int32_t value = values[static_cast<std::size_t>(cell) - 1];
         if (value != static_cast<std::int32_t>(grid.Active[cell]))
-            both(console, " WARNING :: ACTNUM for KVR and ECLIPSE does not match {}", cell);
+            warn(console, " WARNING :: ACTNUM for KVR and ECLIPSE does not match {}", cell);
         grid.Active[cell] = value > 0 ? 1 : 0;
     }
 }

@@ -1,6 +1,7 @@
 #include "fluid/table_checks.hpp"
 
 #include "base/constants.hpp"
+#include "base/messages.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
 
@@ -198,7 +199,7 @@ void completeReferencePressures(const Console& console, FluidTables& tables) {
         *pressure = StandardPressure;
         repaired = true;
     }
-    if (repaired) both(console, "WARNING :: Given reference pressure is not realistic. -> Set ti 14.6 psi");
+    if (repaired) warn(console, "WARNING :: Given reference pressure is not realistic. -> Set ti 14.6 psi");
 }
 
 /// A scalar that was not given gets `value`, with its line.
@@ -206,13 +207,17 @@ void completeScalar(const Console& console, double value, std::string_view line,
     if (scalar > LeastGiven) return;
     scalar = value;
     lineToBoth(console, line);
+    noteWarning(console, line, line);
 }
 
 void completeScalars(const Console& console, FluidTables& tables) {
     if (tables.rockCompressibility <= LeastGiven) {
         screen(console,
                "WARNING :: Rock compressibility was not given, or less than 1.E-20. -> Check Input Deck");
-        log(console, "WARNING :: Rock compressibility was not given, or less than 1.E-20");
+        constexpr std::string_view Logged =
+            "WARNING :: Rock compressibility was not given, or less than 1.E-20";
+        lineToLog(console, Logged);
+        noteWarning(console, Logged, Logged);
     }
     completeReferencePressures(console, tables);
     completeScalar(console, 1.0,

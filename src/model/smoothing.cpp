@@ -1,5 +1,6 @@
 #include "model/smoothing.hpp"
 
+#include "base/messages.hpp"
 #include "base/text.hpp"
 #include "model/neighbours.hpp"
 #include "model/rock_properties.hpp"
@@ -38,7 +39,7 @@ void smoothRock(const Console& console, const std::vector<ConditioningRow>& rows
     grid.smoothingApplied = true;
     for (const ConditioningRow& row : rows) {
         if (row.iterations > MostSmoothingPasses)
-            both(console, "WARNING :: SMTHPRM count {} is too large, {} is used", row.iterations,
+            warn(console, "WARNING :: SMTHPRM count {} is too large, {} is used", row.iterations,
                  MostSmoothingPasses);
         if (const RockProperty* property = findRockProperty(row.name); property != nullptr)
             smooth(grid, row.iterations, grid.*property->array);

@@ -1,6 +1,7 @@
 #include "pressure/pressure_step.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/stopwatch.hpp"
 #include "pressure/acceleration.hpp"
 #include "pressure/accumulation.hpp"
@@ -330,7 +331,7 @@ void solveStep(Simulation& s) {
     resetHistory(s.pressureWork.history);
     for (;;) {
         const Verdict verdict = iterate(s, progress);
-        if (verdict == Verdict::Forced) lineToBoth(s.console, "WARNING :: Force converge due to tiny tstep");
+        if (verdict == Verdict::Forced) warn(s.console, "WARNING :: Force converge due to tiny tstep");
         if (verdict == Verdict::Converged || verdict == Verdict::Forced) break;
         if (verdict == Verdict::Cut && s.options.stepControl) {
             s.pressure.failed = true;

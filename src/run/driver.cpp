@@ -105,6 +105,7 @@ void finishRun(Simulation& simulation) {
 }  // namespace
 
 void runSimulation(Simulation& simulation) {
+    simulation.console.messages = &simulation.messages;
     startUp(simulation);
     startStatus(simulation);
     RunClock& clock = simulation.clock;

@@ -1,5 +1,6 @@
 #include "deck/options/finalise_options.hpp"
 
+#include "base/messages.hpp"
 #include "deck/options/option_echo.hpp"
 
 #include <algorithm>
@@ -95,6 +96,7 @@ void applyFallBacks(const Console& console, const FallBack<T> (&rows)[N], RunOpt
     for (const FallBack<T>& row : rows) {
         if (row.good(options.*row.field)) continue;
         lineToBoth(console, row.warning);
+        noteWarning(console, row.warning, row.warning);
         lineToBoth(console, row.reset);
         options.*row.field = row.value;
     }
@@ -135,7 +137,10 @@ void finaliseOptions(const Console& console, const GridModel& grid, const FluidT
     applyFallBacks(console, IterationFallBacks, options);
     applyFallBacks(console, CriterionFallBacks, options);
     for (const Remark& remark : Remarks)
-        if (remark.applies(options, tables)) lineToBoth(console, remark.text);
+        if (remark.applies(options, tables)) {
+            lineToBoth(console, remark.text);
+            noteWarning(console, remark.text, remark.text);
+        }
     echoOptions(console, options, tables);
 }
 

@@ -75,7 +75,7 @@ void readCflPair(SectionReader& reader, double& number, double& minimumStep) {
 void readFdMethod(SectionReader& reader, RunOptions& options) {
     options.method = choose(Methods, upperInitialOf(readWord(reader)), "");
     if (!options.method.empty()) return;
-    lineToBoth(consoleOf(reader), "WARNING :: FDMETHOD IS INCORRECT OR NOT SPECIFIED");
+    warn(consoleOf(reader), "WARNING :: FDMETHOD IS INCORRECT OR NOT SPECIFIED");
     options.method = "EbFVM";
 }
 

@@ -12,9 +12,7 @@ namespace {
 constexpr std::size_t KeywordLineWidth = 100;  // characters of a line that the keyword test sees
 
 void warnOfLimit(const SectionReader& reader) {
-    both(consoleOf(reader), "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED",
-         MaxKeywordLines);
-    tellPlace(reader);
+    warnHere(reader, "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED", MaxKeywordLines);
 }
 
 }  // namespace

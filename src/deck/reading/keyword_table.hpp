@@ -66,6 +66,7 @@ template <class Records>
 void neglectRestartReports(SectionReader& reader, Records&) {
     announce(reader, "RPTRST, is neglected");
     announce(reader, "RPTRST, output is saved in Tecplot or Text file by KVR, only primary variable");
+    noteUnused(consoleOf(reader), reader.keyword, placeOf(reader), reader.section);
     skipKeywordData(reader);
 }
 

@@ -49,8 +49,8 @@ void printReadError(const SectionReader& reader, ListError error) {
          reader.insideInclude ? "INCLUDE file" : "Section");
 }
 
-std::string placeText(const SectionReader& reader, int line) {
-    return fmt::format("File {}, line {}, keyword {}", reader.cursor->fileName, line, reader.keyword);
+std::string placeAt(const SectionReader& reader, int line) {
+    return placeText(DeckPlace{reader.cursor->fileName, line}, reader.keyword);
 }
 
 /// An array must be given whole.
@@ -59,7 +59,7 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     const bool tooFew = !end.endOfFile && static_cast<std::size_t>(end.count) < size;
     if (!tooFew && end.surplus == 0) return;
     printReadError(reader, tooFew ? ListError::TooFew : ListError::TooMany);
-    both(consoleOf(reader), "{}: {} values, {} given", placeText(reader, reader.cursor->lineNumber), size,
+    both(consoleOf(reader), "{}: {} values, {} given", placeAt(reader, reader.cursor->lineNumber), size,
          end.count + end.surplus);
     hardStop(consoleOf(reader));
 }
@@ -147,6 +147,7 @@ void reportNotSupported(SectionReader& reader, std::string_view line) {
     both(consoleOf(reader), " {} -> not surpported  ", padded(line, KeywordWidth));
     if (line.empty() || !isLetter(line.front())) return;
     const std::string name(firstWord(line));
+    noteUnused(consoleOf(reader), name, placeOf(reader), reader.section);
     auto& skipped = reader.sinks->skipped;
     const auto known = std::find_if(skipped.begin(), skipped.end(),
                                     [&name](const SkippedKeyword& row) { return row.name == name; });
@@ -161,7 +162,7 @@ void checkRead(const SectionReader& reader, const ListEnd& end) {
     const Console& console = consoleOf(reader);
     if (end.error != ListError::None) {
         printReadError(reader, end.error);
-        both(console, "{}: \"{}\"", placeText(reader, end.errorLine), end.errorText);
+        both(console, "{}: \"{}\"", placeAt(reader, end.errorLine), end.errorText);
         hardStop(console);
     }
     if (end.endOfFile) {
@@ -170,8 +171,12 @@ void checkRead(const SectionReader& reader, const ListEnd& end) {
     }
 }
 
+DeckPlace placeOf(const SectionReader& reader) {
+    return {reader.cursor->fileName, reader.cursor->lineNumber};
+}
+
 void tellPlace(const SectionReader& reader) {
-    lineToBoth(consoleOf(reader), placeText(reader, reader.cursor->lineNumber));
+    lineToBoth(consoleOf(reader), placeAt(reader, reader.cursor->lineNumber));
 }
 
 void stopAtPlace(const SectionReader& reader) {
@@ -181,6 +186,7 @@ void stopAtPlace(const SectionReader& reader) {
 
 void neglectKeyword(SectionReader& reader) {
     announce(reader, reader.keyword + ", is neglected");
+    noteUnused(consoleOf(reader), reader.keyword, placeOf(reader), reader.section);
     skipKeywordData(reader);
 }
 

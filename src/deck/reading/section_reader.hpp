@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/console.hpp"
+#include "base/messages.hpp"
 #include "base/units.hpp"
 #include "deck/reading/deck_cursor.hpp"
 #include "deck/reading/list_read.hpp"
@@ -84,6 +85,13 @@ void reportNotSupported(SectionReader& reader, std::string_view line);
 /// Stops with the read-error texts of the section, then file, line and keyword, when the read failed.
 /// The end of the file prints "FILE I/O -> END OF FILE.." with the place and returns.
 void checkRead(const SectionReader& reader, const ListEnd& end);
+/// Where the reader stands.
+DeckPlace placeOf(const SectionReader& reader);
+/// A warning with the reader's place and keyword on the line behind it, kept for the end of the run.
+template <class... Args>
+void warnHere(const SectionReader& reader, fmt::format_string<Args...> format, Args&&... args) {
+    warnAt(consoleOf(reader), placeOf(reader), reader.keyword, format, std::forward<Args>(args)...);
+}
 /// A line that names file, line number and keyword of the present position; for hard stops on deck data.
 void tellPlace(const SectionReader& reader);
 /// `tellPlace` and the hard stop. The messages are already out.

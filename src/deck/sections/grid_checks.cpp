@@ -1,6 +1,7 @@
 #include "deck/sections/grid_checks.hpp"
 
 #include "base/constants.hpp"
+#include "base/messages.hpp"
 
 #include <algorithm>
 
@@ -91,7 +92,7 @@ void settleActivity(const SectionReader& reader, GridModel& grid) {
     if (noVolume > 0)
         both(console, "NOTE at GRID :: INACTIVE GRID (NO VOLUME, treat as INACTIVE) :: {}", noVolume);
     const int repaired = repairPermeability(grid);
-    if (repaired > 0) both(console, "WARNING :: PERMEABILITY BELOW ZERO, SET TO ZERO :: {}", repaired);
+    if (repaired > 0) warn(console, "WARNING :: PERMEABILITY BELOW ZERO, SET TO ZERO :: {}", repaired);
 }
 
 void checkGridArrays(SectionReader& reader, const GridModel& grid) {

@@ -278,7 +278,7 @@ void leaveCornerPointDeck(const SectionReader& reader, const GridModel& grid) {
 
 void warnOfUnusedCopies(const SectionReader& reader, const GridModel& grid) {
     if (grid.copyRows.size() <= AppliedCopyRows) return;
-    both(consoleOf(reader), "WARNING :: {} COPY ROWS, ONLY THE FIRST {} ARE APPLIED", grid.copyRows.size(),
+    warn(consoleOf(reader), "WARNING :: {} COPY ROWS, ONLY THE FIRST {} ARE APPLIED", grid.copyRows.size(),
          AppliedCopyRows);
 }
 

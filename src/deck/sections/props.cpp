@@ -292,7 +292,7 @@ void readStone2(SectionReader& reader, PropsRecords& records) {
 }
 
 void readStone1(SectionReader& reader, PropsRecords& records) {
-    lineToBoth(consoleOf(reader), "WARNING :: STONE1 is not known here, STONE2 is taken");
+    warn(consoleOf(reader), "WARNING :: STONE1 is not known here, STONE2 is taken");
     readStone2(reader, records);
 }
 

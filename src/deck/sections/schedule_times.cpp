@@ -48,8 +48,7 @@ std::size_t countLengths(const SectionReader& reader, std::span<const double> va
     const auto isLength = [](double v) { return v > SmallestNormal && v <= MaxStepLength; };
     const auto end = std::find_if_not(values.begin(), values.end(), isLength);
     if (end != values.end() && *end != 0.0) {
-        both(consoleOf(reader), "WARNING :: STEP LENGTH {} ENDS THE LIST", number(*end));
-        tellPlace(reader);
+        warnHere(reader, "WARNING :: STEP LENGTH {} ENDS THE LIST", number(*end));
     }
     return static_cast<std::size_t>(end - values.begin());
 }
@@ -156,8 +155,7 @@ void readSimend(SectionReader& reader, ScheduleRecords& records) {
         records.schedule.endTimeGiven = true;
         return;
     }
-    both(consoleOf(reader), "WARNING :: END TIME {} IS OUT OF RANGE, NOT USED", number(time));
-    tellPlace(reader);
+    warnHere(reader, "WARNING :: END TIME {} IS OUT OF RANGE, NOT USED", number(time));
 }
 
 }  // namespace kvr

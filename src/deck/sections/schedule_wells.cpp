@@ -26,8 +26,7 @@ void tellCount(const SectionReader& reader, std::string_view text, int count) {
 ScheduleWell* defineWell(const SectionReader& reader, ScheduleStep& step, const std::string& text) {
     const std::string name = wellName(text);
     if (name.empty()) {
-        lineToBoth(consoleOf(reader), "WARNING :: WELL WITHOUT NAME, ROW SKIPPED");
-        tellPlace(reader);
+        warnHere(reader, "WARNING :: WELL WITHOUT NAME, ROW SKIPPED");
         return nullptr;
     }
     if (ScheduleWell* known = findWell(step, name); known != nullptr) return known;
@@ -54,8 +53,7 @@ void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
 char directionOf(const SectionReader& reader, const std::string& word) {
     const std::string letter = toUpper(trim(word).substr(0, 1));
     if (letter == "X" || letter == "Y" || letter == "Z") return letter.front();
-    both(consoleOf(reader), "WARNING :: DIRECTION {} IS NOT X, Y OR Z, SET TO Z", word);
-    tellPlace(reader);
+    warnHere(reader, "WARNING :: DIRECTION {} IS NOT X, Y OR Z, SET TO Z", word);
     return 'Z';
 }
 

@@ -157,10 +157,10 @@ void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
         if (records.grid.Active[cell] == 0) continue;
         if (belowResidual(records, cell)) {
-            both(consoleOf(reader), " WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
+            warn(consoleOf(reader), " WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
         }
         if (records.initial.initialPressure[cell] == 0.0) {
-            both(consoleOf(reader), "WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell);
+            warn(consoleOf(reader), "WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell);
         }
     }
 }
@@ -208,7 +208,7 @@ void readRegions(SectionReader& reader, const RunOptions& options, GridModel& gr
     dispatchSection<RegionRecords>(reader, records, RegionKeywords, RegionTexts);
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.SATNUM[cell] >= 1 && grid.SATNUM[cell] <= options.maxRockTables) continue;
-        both(consoleOf(reader), "WARNING :: SATNUM, GRID {} IS OUT OF RANGE. SET AS 1 ", cell);
+        warn(consoleOf(reader), "WARNING :: SATNUM, GRID {} IS OUT OF RANGE. SET AS 1 ", cell);
         grid.SATNUM[cell] = 1;
     }
 }

@@ -1,4 +1,5 @@
 #include "base/constants.hpp"
+#include "base/messages.hpp"
 #include "deck/sections/schedule_section.hpp"
 #include "deck/sections/schedule_times.hpp"
 
@@ -57,11 +58,11 @@ std::vector<double> eventTimes(const Schedule& schedule, const std::vector<doubl
 void closeSchedule(const Console& console, Schedule& schedule) {
     openScheduleStep(schedule);
     if (schedule.stepLength.empty()) {
-        lineToBoth(console, "WARNING :: Time-step was not given. Want Initial conditon?");
+        warn(console, "WARNING :: Time-step was not given. Want Initial conditon?");
         constexpr std::array NoTime = {0.0};
         closeScheduleStep(NoTime, schedule);
     }
-    if (schedule.steps.back().wells.empty()) lineToBoth(console, "WARNING :: Number of well is zero ");
+    if (schedule.steps.back().wells.empty()) warn(console, "WARNING :: Number of well is zero ");
     schedule.steps.pop_back();
 }
 

@@ -11,9 +11,7 @@ constexpr double MaxRate = 1e15;     // surface volume a day; more is a slip of 
 constexpr double MaxPressure = 1e9;  // psia
 
 void warnOfItem(const SectionReader& reader, std::string_view item, double value, double replacement) {
-    both(consoleOf(reader), "WARNING :: {} {} IS OUT OF RANGE, SET TO {}", item, number(value),
-         number(replacement));
-    tellPlace(reader);
+    warnHere(reader, "WARNING :: {} {} IS OUT OF RANGE, SET TO {}", item, number(value), number(replacement));
 }
 
 }  // namespace
@@ -32,13 +30,8 @@ ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
     return found == step.wells.end() ? nullptr : &*found;
 }
 
-DeckPlace placeOf(const SectionReader& reader) {
-    return {reader.cursor->fileName, reader.cursor->lineNumber};
-}
-
 void tellUnknownWell(const SectionReader& reader, const std::string& name) {
-    both(consoleOf(reader), "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
-    tellPlace(reader);
+    warnHere(reader, "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
 }
 
 double rateFrom(const SectionReader& reader, double deckRate, double factor) {

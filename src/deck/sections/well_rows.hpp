@@ -21,9 +21,6 @@ std::string wellName(const std::string& text);
 /// The well of the step with just this name; null where there is none.
 ScheduleWell* findWell(ScheduleStep& step, const std::string& name);
 
-/// Where the reader stands.
-DeckPlace placeOf(const SectionReader& reader);
-
 /// Tells of a row whose name stands for no well.
 void tellUnknownWell(const SectionReader& reader, const std::string& name);
 

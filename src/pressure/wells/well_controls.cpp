@@ -1,6 +1,7 @@
 #include "pressure/wells/well_controls.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/text.hpp"
 #include "pressure/wells/well_index.hpp"
 #include "pressure/wells/well_listing.hpp"
@@ -225,7 +226,7 @@ void warnOfConnectionsWithoutFlow(const Console& console, const WellRecord& well
     for (const Well& well : wells.wells)
         for (const WellConnection& connection : well.connections)
             if (connection.ConnWI <= 0.0)
-                both(console, "WARNING :: Well {} has no flow through cell {}", well.WellName,
+                warn(console, "WARNING :: Well {} has no flow through cell {}", well.WellName,
                      connection.ConnCell);
 }
 
@@ -237,7 +238,7 @@ bool phaseIsPresent(const RunOptions& options, std::string_view fluid) {
 void warnOfAbsentPhases(const Console& console, const RunOptions& options, const WellRecord& wells) {
     for (const Well& well : wells.wells)
         if (isInjector(well) && !well.shut && !phaseIsPresent(options, well.InjectFluid))
-            both(console, "WARNING :: Well {} injects {}, which is not a phase of this run", well.WellName,
+            warn(console, "WARNING :: Well {} injects {}, which is not a phase of this run", well.WellName,
                  well.InjectFluid);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/console.hpp"
+#include "base/messages.hpp"
 #include "base/units.hpp"
 #include "deck/options.hpp"
 #include "deck/schedule.hpp"
@@ -38,6 +39,7 @@ struct Simulation {
     StageTimes times;
     StatusLine status;  // what the console shows while it is a terminal
     ScreenAccount account;
+    MessageRecord messages;
     StepLevel stepLevel;  // of the step that is being attempted
     StepControl control;
     int toldHundredth = 0;   // of the schedule, by the last line of progress

@@ -1,6 +1,7 @@
 #include "streamline/tracing/launch.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "streamline/tracing/cell_tags.hpp"
 
 #include <algorithm>
@@ -103,6 +104,14 @@ void countBySide(const Console& console, const WellRecord& wells, const Connecti
     }
 }
 
+void tellOfNoLines(const Console& console, const Well& well, CellId cell) {
+    constexpr std::string_view Format =
+        " WARNING :: Zero SL Launched from Well : {:<8.8} Perfolation grid : {}";
+    const std::string text = fmt::format(Format, well.WellName, cell);
+    lineToLog(console, text);
+    noteWarning(console, Format, text);
+}
+
 long long countLaunchingSide(const Console& console, const WellRecord& wells,
                              const ConnectionTable& connections, const VelocityField& velocity,
                              const CellTags& tags, double ratePerLine, LaunchPlan& plan) {
@@ -116,9 +125,7 @@ long long countLaunchingSide(const Console& console, const WellRecord& wells,
             plan.counts[w][c] = faceCounts(launchFluxes(connections, velocity, tags, connection.ConnCell),
                                            completionRate(connection), ratePerLine, valid);
             lines += total(plan.counts[w][c]);
-            if (!valid)
-                log(console, " WARNING :: Zero SL Launched from Well : {:<8.8} Perfolation grid : {}",
-                    well.WellName, connection.ConnCell);
+            if (!valid) tellOfNoLines(console, well, connection.ConnCell);
         }
     }
     return lines;

@@ -65,5 +65,17 @@ TEST(ScreenAccount, BoundsNothingWithoutALimit) {
     EXPECT_EQ(run.quiet.screenText().size(), 5000U);
 }
 
+TEST(ConciseConsole, ShowsOnlyWhatIsMeantForTheUserAndTheLastLinesBeforeAStop) {
+    Accounted run(0);
+    run.console.concise = true;
+    lineToBoth(run.console, "a stage speaks");
+    tell(run.console, "for the user");
+    EXPECT_EQ(run.quiet.screenText(), "for the user\n");
+    EXPECT_EQ(run.quiet.logText(), "a stage speaks\nfor the user\n");
+    lineToBoth(run.console, "ERROR :: the reason");
+    unfold(run.console, true);
+    EXPECT_TRUE(holds(run.quiet.screenText(), "ERROR :: the reason\n"));
+}
+
 }  // namespace
 }  // namespace kvr
