@@ -69,12 +69,6 @@ ConservedAmounts moved(const ConservedAmounts& held, double h, const ConservedAm
             held.gas + h * (in.gas - outFlow * out.gas)};
 }
 
-void add(double factor, const ConservedAmounts& a, ConservedAmounts& sum) {
-    sum.water += factor * a.water;
-    sum.oil += factor * a.oil;
-    sum.gas += factor * a.gas;
-}
-
 /// Length of a substep: even parts of the step.
 double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVolume, double dt,
                  double slope) {

@@ -6,6 +6,12 @@
 
 namespace kvr {
 
+inline void add(double factor, const ConservedAmounts& a, ConservedAmounts& sum) {
+    sum.water += factor * a.water;
+    sum.oil += factor * a.oil;
+    sum.gas += factor * a.gas;
+}
+
 /// What a cell's fluids are while it is emptied: held over the step.
 struct TankFluid {
     CellId cell = 0;

@@ -126,16 +126,18 @@ double largestChange(double largest, const NodeFlow& a, const NodeFlow& b) {
     return std::max(largest, std::abs(a.Cg - b.Cg));
 }
 
-/// One substep of nodes a..b: `integral` flows into node a over dt. With gas.
-Motion moveWithGas(const FluidTables& tables, const ExplicitControl& control, double dt,
-                   const NodeFlow& integral, const NodeFlow& coming, std::size_t a, std::size_t b,
-                   FlowNode* nodes) {
+/// One substep of nodes a..b: `integral` flows into node a over dt, `fluxOf` tells what leaves a node a day.
+template <bool Gas, class FluxOf>
+Motion moveNodes(const FluidTables& tables, const ExplicitControl& control, double dt,
+                 const NodeFlow& integral, const NodeFlow& coming, std::size_t a, std::size_t b,
+                 FluxOf fluxOf, FlowNode* nodes) {
     Motion motion;
     NodeFlow before = coming;
     NodeFlow in = integral;
     for (std::size_t i = a; i <= b; ++i) {
         FlowNode& node = nodes[i];
-        const NodeFlow out{dt * node.Fw, dt * node.Fo, dt * node.Fg, 0.0, 0.0, 0.0};
+        const ConservedAmounts flux = fluxOf(i);
+        const NodeFlow out{dt * flux.water, dt * flux.oil, dt * flux.gas, 0.0, 0.0, 0.0};
         const ConservedAmounts loss{node.outflowRate * out.Fw - node.inflowRate * in.Fw,
                                     node.outflowRate * out.Fo - node.inflowRate * in.Fo,
                                     node.outflowRate * out.Fg - node.inflowRate * in.Fg};
@@ -143,19 +145,30 @@ Motion moveWithGas(const FluidTables& tables, const ExplicitControl& control, do
         node.passedW += out.Fw;
         node.passedO += out.Fo;
         node.passedG += out.Fg;
-        const NodeFlow old = flowAt<true>(node);
-        recoverThreePhase<true>(tables, control.keepEndPoints, loss, nodes[i - 1], node);
-        setFluxes<true>(node);
-        const NodeFlow here = flowAt<true>(node);
-        motion.speed = raisedSpeed<true>(motion.speed, before, here, node.inverseDeltaTof);
+        const NodeFlow old = flowAt<Gas>(node);
+        if constexpr (Gas)
+            recoverThreePhase<true>(tables, control.keepEndPoints, loss, nodes[i - 1], node);
+        else
+            recoverTwoPhase(loss, nodes[i - 1], node);
+        setFluxes<Gas>(node);
+        const NodeFlow here = flowAt<Gas>(node);
+        motion.speed = raisedSpeed<Gas>(motion.speed, before, here, node.inverseDeltaTof);
         motion.change = largestChange(motion.change, here, old);
         before = here;
     }
     return motion;
 }
 
-/// The same without gas, water and oil as pairs. Three short loops: the processor then has several nodes in
-/// work at once, where one long loop would wait for each node's divisions.
+/// By the nodes' own fluxes, with gas.
+Motion moveWithGas(const FluidTables& tables, const ExplicitControl& control, double dt,
+                   const NodeFlow& integral, const NodeFlow& coming, std::size_t a, std::size_t b,
+                   FlowNode* nodes) {
+    const auto own = [&](std::size_t i) { return ConservedAmounts{nodes[i].Fw, nodes[i].Fo, nodes[i].Fg}; };
+    return moveNodes<true>(tables, control, dt, integral, coming, a, b, own, nodes);
+}
+
+/// By the nodes' own fluxes without gas, water and oil as pairs. Three short loops: the processor then has
+/// several nodes in work at once, where one long loop would wait for each node's divisions.
 Motion moveWithoutGas(double dt, const NodeFlow& integral, const NodeFlow& coming, std::size_t a,
                       std::size_t b, FlowNode* nodes) {
     PhasePair change = {0.0, 0.0};
@@ -216,37 +229,15 @@ double limitStretch(const ExplicitControl& control, bool cut, double dt, const N
     return speed;
 }
 
-/// One substep of nodes a..b with their limited fluxes.
+/// By the limited fluxes of the nodes.
 template <bool Gas>
 Motion moveLimited(const FluidTables& tables, const ExplicitControl& control, double dt,
                    const NodeFlow& integral, const NodeFlow& coming, std::size_t a, std::size_t b,
                    SolverLine& line) {
-    Motion motion;
-    NodeFlow before = coming;
-    NodeFlow in = integral;
-    for (std::size_t i = a; i <= b; ++i) {
-        FlowNode& node = line.nodes[i];
-        const NodeFlow out{
-            dt * line.limitedFw[i], dt * line.limitedFo[i], dt * line.limitedFg[i], 0.0, 0.0, 0.0};
-        const ConservedAmounts loss{node.outflowRate * out.Fw - node.inflowRate * in.Fw,
-                                    node.outflowRate * out.Fo - node.inflowRate * in.Fo,
-                                    node.outflowRate * out.Fg - node.inflowRate * in.Fg};
-        in = out;
-        node.passedW += out.Fw;
-        node.passedO += out.Fo;
-        node.passedG += out.Fg;
-        const NodeFlow old = flowAt<Gas>(node);
-        if constexpr (Gas)
-            recoverThreePhase<true>(tables, control.keepEndPoints, loss, line.nodes[i - 1], node);
-        else
-            recoverTwoPhase(loss, line.nodes[i - 1], node);
-        setFluxes<Gas>(node);
-        const NodeFlow here = flowAt<Gas>(node);
-        motion.speed = raisedSpeed<Gas>(motion.speed, before, here, node.inverseDeltaTof);
-        motion.change = largestChange(motion.change, here, old);
-        before = here;
-    }
-    return motion;
+    const auto limited = [&](std::size_t i) {
+        return ConservedAmounts{line.limitedFw[i], line.limitedFo[i], line.limitedFg[i]};
+    };
+    return moveNodes<Gas>(tables, control, dt, integral, coming, a, b, limited, line.nodes.data());
 }
 
 template <bool Gas>

@@ -1,0 +1,189 @@
+#include "pressure/transport_walk.hpp"
+
+#include "fluid/black_oil.hpp"
+#include "pressure/flow_order.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr int Faces = 6;
+constexpr double TrustedError =
+    0.01;                             // saturation that a known make-up may be wrong by and still be followed
+constexpr double TrustedTurns = 1.0;  // of a cell's content, within which it always is
+
+bool connectionIsKnown(const MakeUp& makeUp, const Outlet& outlet) {
+    return outlet.well < makeUp.connectionKnown.size() &&
+           outlet.connection < makeUp.connectionKnown[outlet.well].size() &&
+           makeUp.connectionKnown[outlet.well][outlet.connection] != 0;
+}
+
+/// Whether a face stands between two cells of one unit of a ring: nothing is told of what passes there.
+bool withinUnit(const Walk& walk, CellId cell, int face) {
+    if (walk.unit.empty() || walk.unit[cell] == 0) return false;
+    return walk.unit[walk.connections.Neighbour(cell, face)] == walk.unit[cell];
+}
+
+/// By how much the water saturation of the step's end would differ from the one that the source of the known
+/// make-up tells, were it followed in full. Without bound where it tells nothing of this cell.
+double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
+    if (walk.makeUp.Sw[cell] < 0.0) return HUGE_VAL;
+    const double gain = walk.dt * (flows.inflow.water - flows.request.water);
+    return std::abs(walk.state.Bw[cell] * (walk.amounts.water[cell] + gain) / walk.state.PoreVolume[cell] -
+                    walk.makeUp.Sw[cell]);
+}
+
+/// Share of the flow with a known make-up that follows it.
+double trustOf(CellId cell, const TankFlows& flows, const Walk& walk) {
+    if (walk.makeUp.Sw.empty() || !(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
+    const double turns = walk.dt * (flows.asked + flows.rest) / walk.state.PoreVolume[cell];
+    if (turns <= TrustedTurns) return 1.0;
+    const double error = flows.rest > 0.0 ? HUGE_VAL : errorOfMakeUp(cell, flows, walk);
+    return error > TrustedError ? std::max(TrustedError / error, TrustedTurns / turns) : 1.0;
+}
+
+}  // namespace
+
+ConservedAmounts operator*(double factor, const ConservedAmounts& a) {
+    return {factor * a.water, factor * a.oil, factor * a.gas};
+}
+
+FacePlace placeOf(const ConnectionTable& connections, CellId cell, int face) {
+    return {face % 2 == 0 ? cell : connections.Neighbour(cell, face), (face + 1) / 2};
+}
+
+void listOutlets(Walk& walk) {
+    walk.firstOutlet.assign(walk.grid.NCELLS, NoConnection);
+    const std::vector<Well>& wells = walk.wells.wells;
+    walk.account.wellRates.resize(wells.size());
+    for (std::size_t w = 0; w < wells.size(); ++w) {
+        walk.account.wellRates[w].assign(wells[w].connections.size(), {});
+        for (std::size_t n = 0; n < wells[w].connections.size(); ++n) {
+            const CellId cell = wells[w].connections[n].ConnCell;
+            walk.outlets.push_back({w, n, walk.firstOutlet[cell]});
+            walk.firstOutlet[cell] = static_cast<int>(walk.outlets.size()) - 1;
+        }
+    }
+}
+
+bool faceIsKnown(const MakeUp& makeUp, FacePlace place) {
+    return makeUp.faceKnown.width > 0 && makeUp.faceKnown(place.cell, place.axis) != 0;
+}
+
+const WellConnection& connectionOf(const Walk& walk, const Outlet& outlet) {
+    return walk.wells.wells[outlet.well].connections[outlet.connection];
+}
+
+bool produces(const Walk& walk, const Outlet& outlet) {
+    return !isInjector(walk.wells.wells[outlet.well]);
+}
+
+TankFluid fluidOf(CellId cell, const Walk& walk) {
+    TankFluid fluid;
+    fluid.cell = cell;
+    fluid.region = walk.grid.SATNUM[cell];
+    fluid.poreVolume = walk.state.PoreVolume[cell];
+    fluid.factors = {walk.state.Pressure[cell], walk.state.Bw[cell], walk.state.Bo[cell],
+                     walk.state.Bg[cell]};
+    fluid.MuW = walk.state.MuW[cell];
+    fluid.MuO = walk.state.MuO[cell];
+    fluid.MuG = walk.state.MuG[cell];
+    if (walk.tables.hasGas) fluid.saturatedRs = SolutionRs(walk.tables, walk.state.Pressure[cell]);
+    return fluid;
+}
+
+ConservedAmounts amountsOf(const CellAmounts& amounts, CellId cell) {
+    return {amounts.water[cell], amounts.oil[cell], amounts.gas[cell]};
+}
+
+TankFlows flowsOf(CellId cell, const Walk& walk) {
+    TankFlows flows;
+    for (int face = 1; face <= Faces; ++face) {
+        if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
+        const double out = outflowThrough(walk.connections, walk.flux, cell, face);
+        if (out == 0.0) continue;
+        const FacePlace place = placeOf(walk.connections, cell, face);
+        if (out < 0.0)
+            add(1.0, walk.passed(place.cell, place.axis), flows.inflow);
+        else if (faceIsKnown(walk.makeUp, place))
+            flows.ask(out, walk.makeUp.face(place.cell, place.axis));
+        else
+            flows.rest += out;
+    }
+    for (int k = walk.firstOutlet[cell]; k != NoConnection;
+         k = walk.outlets[static_cast<std::size_t>(k)].next) {
+        const Outlet& outlet = walk.outlets[static_cast<std::size_t>(k)];
+        const WellConnection& connection = connectionOf(walk, outlet);
+        if (!produces(walk, outlet))
+            add(1.0, {connection.ConnQw, connection.ConnQo, connection.ConnQg}, flows.inflow);
+        else if (connectionIsKnown(walk.makeUp, outlet))
+            flows.ask(-connection.reservoirRate, walk.makeUp.connection[outlet.well][outlet.connection]);
+        else
+            flows.rest += -connection.reservoirRate;
+    }
+    return flows;
+}
+
+ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Walk& walk) {
+    ConservedAmounts sum;
+    const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked) {
+        const double followed = known ? trust * flow : 0.0;
+        ConservedAmounts passed = (flow - followed) * outflow.own;
+        add(followed, outflow.apart, passed);
+        add(followed * outflow.followed, asked, passed);
+        passed = {passed.water * outflow.given.water, passed.oil * outflow.given.oil,
+                  passed.gas * outflow.given.gas};
+        add(1.0, passed, sum);
+        return passed;
+    };
+    for (int face = 1; face <= Faces; ++face) {
+        if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
+        const double out = outflowThrough(walk.connections, walk.flux, cell, face);
+        if (!(out > 0.0)) continue;
+        const FacePlace place = placeOf(walk.connections, cell, face);
+        const bool known = faceIsKnown(walk.makeUp, place);
+        walk.passed(place.cell, place.axis) =
+            passedBy(out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{});
+    }
+    for (int k = walk.firstOutlet[cell]; k != NoConnection;
+         k = walk.outlets[static_cast<std::size_t>(k)].next) {
+        const Outlet& outlet = walk.outlets[static_cast<std::size_t>(k)];
+        const WellConnection& connection = connectionOf(walk, outlet);
+        ConservedAmounts& rate = walk.account.wellRates[outlet.well][outlet.connection];
+        if (!produces(walk, outlet)) {
+            rate = {connection.ConnQw, connection.ConnQo, connection.ConnQg};
+            continue;
+        }
+        const bool known = connectionIsKnown(walk.makeUp, outlet);
+        const ConservedAmounts& asked =
+            known ? walk.makeUp.connection[outlet.well][outlet.connection] : ConservedAmounts{};
+        rate = -1.0 * passedBy(-connection.reservoirRate, known, asked);
+    }
+    return sum;
+}
+
+ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit) {
+    TankFlows flows = flowsOf(cell, walk);
+    const double trust = trustOf(cell, flows, walk);
+    flows.follow(trust);
+    ConservedAmounts end = start;
+    TankOutflow outflow;
+    if (walk.state.PoreVolume[cell] > 0.0)
+        outflow = emptyTank(walk.tables, fluidOf(cell, walk), flows, walk.dt, walk.slope, start);
+    deficit = outflow.deficit;
+    const ConservedAmounts out = share(cell, trust, outflow, walk);
+    add(walk.dt, flows.inflow, end);
+    add(-walk.dt, out, end);
+    return end;
+}
+
+void store(CellId cell, const ConservedAmounts& held, CellAmounts& amounts) {
+    amounts.water[cell] = std::max(0.0, held.water);
+    amounts.oil[cell] = std::max(0.0, held.oil);
+    amounts.gas[cell] = std::max(0.0, held.gas);
+}
+
+}  // namespace kvr

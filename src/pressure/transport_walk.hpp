@@ -1,0 +1,70 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+#include "fluid/state_recovery.hpp"
+#include "pressure/ordered_transport.hpp"
+#include "pressure/stirred_tank.hpp"
+
+#include <cstddef>
+#include <vector>
+
+namespace kvr {
+
+inline constexpr int NoConnection = -1;
+
+/// One connection, found from its cell.
+struct Outlet {
+    std::size_t well = 0, connection = 0;
+    int next = NoConnection;
+};
+
+/// Everything that the walk of advanceInOrder reads and writes.
+struct Walk {
+    double dt = 0.0, slope = 1.0;
+    const GridModel& grid;
+    const ConnectionTable& connections;
+    const FluidTables& tables;
+    const DirectionArray<double>& flux;
+    const WellRecord& wells;
+    const MakeUp& makeUp;
+    const CellState& state;
+    CellArray<int> firstOutlet;
+    std::vector<Outlet> outlets;
+    DirectionArray<ConservedAmounts> passed;  // a day, by low cell and axis, along the flow
+    CellAmounts& amounts;
+    TransportAccount& account;
+    CellArray<int> unit;  // of the cells of rings, 0 elsewhere; empty before the first ring
+    int units = 0;
+};
+
+/// A face by its low cell and axis 1..3.
+struct FacePlace {
+    CellId cell = 0;
+    int axis = 1;
+};
+
+FacePlace placeOf(const ConnectionTable& connections, CellId cell, int face);
+bool faceIsKnown(const MakeUp& makeUp, FacePlace place);
+
+/// Links the connections of every cell and opens their rates in the account.
+void listOutlets(Walk& walk);
+const WellConnection& connectionOf(const Walk& walk, const Outlet& outlet);
+bool produces(const Walk& walk, const Outlet& outlet);
+
+/// A cell as a tank, by the factors and viscosities of the state.
+TankFluid fluidOf(CellId cell, const Walk& walk);
+ConservedAmounts amountsOf(const CellAmounts& amounts, CellId cell);
+ConservedAmounts operator*(double factor, const ConservedAmounts& a);
+
+/// What flows in and what is asked for, from the faces and connections of a cell, but for the faces between
+/// cells of one unit of a ring.
+TankFlows flowsOf(CellId cell, const Walk& walk);
+
+/// Hands what a tank has let out to the faces and connections of a cell; returns the sum, a day.
+ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Walk& walk);
+
+/// One cell: its flows in, its tank, its flows out. Returns what it holds at the end.
+ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit);
+void store(CellId cell, const ConservedAmounts& held, CellAmounts& amounts);
+
+}  // namespace kvr
