@@ -57,19 +57,26 @@ void pressureStage(bool solve, Simulation& s) {
     PressureStep(s, s.clock.iteration, solve ? 1 : 0);
 }
 
-/// Lines, then gravity and capillarity, then the cell properties; IMPES has its own transport in the last.
+/// Lines between the halves of gravity and capillarity, then the cell properties; IMPES has its own transport
+/// in the last.
 void saturationSubstep(int substep, Simulation& s) {
     const RunOptions& options = s.options;
     const RunClock& clock = s.clock;
     const double covered = clock.time + substep * clock.workDt;
+    {
+        const StageTimer timer(s.times.splitting);
+        exchangeAheadOfTransport(s);
+    }
     if (options.method == "streamline") {
         const StageTimer timer(s.times.lines);
         StreamlineStep(s, options.globalIterations - clock.iteration, clock.iteration,
                        clock.endTime - covered, tableTime(s.schedule.reportEnd, clock.reportIndex) - covered);
     }
     const StageTimer timer(s.times.splitting);
+    const bool symmetric = exchangesAhead(options);
+    if (symmetric) SaturationUpdate(s);
     OSPLIT_GRVANDPC_GENERAL2(s);
-    SaturationUpdate(s);
+    if (!symmetric) SaturationUpdate(s);
 }
 
 /// Whether volumes that cells did not hold have failed the attempt already: the sub-steps ahead bring none

@@ -19,6 +19,7 @@ constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
 constexpr int ProgressInterval = 50;      // substeps between progress lines
 constexpr int Axes = 3;
+constexpr double HalfStep = 0.5;
 constexpr double SlopeStep = 1e-3;   // of a saturation, for slopes of capillary pressures
 constexpr double RestChange = 1e-9;  // of a phase over what is left of the step: too little to limit it
 
@@ -41,6 +42,7 @@ struct SplittingStage {
     bool projection = false;
     bool carries = false;      // amounts that saturations do not show are handed on
     bool throughFlow = false;  // gas and oil against the total flow that transport has moved
+    bool continues = false;    // the stage ahead of the transport has told its part of the step's exchange
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
@@ -294,13 +296,13 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     return dt;
 }
 
-/// Adds what the stage has brought into each cell, and keeps it as a rate.
+/// Adds what the stage has brought into each cell, and keeps it as a rate over the `days` of the step.
 void addExchanged(const SplittingStage& stage, double days, const CellArray<double>& poreVolume,
                   CellAmounts& amounts, CellAmounts& rate) {
-    sizeAmounts(poreVolume.count(), rate);
+    if (!stage.continues) sizeAmounts(poreVolume.count(), rate);
     const auto add = [&](double gain, double& amount, double& gainADay) {
         amount += gain;
-        gainADay = gain / days;
+        gainADay = (stage.continues ? gainADay : 0.0) + gain / days;
     };
     for (CellId cell = 1; cell <= poreVolume.count(); ++cell) {
         const CellWork& work = stage.own[cell];
@@ -361,6 +363,19 @@ void finishStage(const SplittingStage& stage, Simulation& simulation) {
     measureCarried(simulation.grid, simulation.state, whole, simulation.pressure.carried);
 }
 
+/// Substeps until the days are over.
+void runStage(double days, const Simulation& simulation, SplittingStage& stage) {
+    int steps = 0;
+    for (double left = days; left > 0.0;) {
+        const double dt = substep(simulation, left, stage);
+        left = dt < left ? left - dt : 0.0;
+        if (++steps % ProgressInterval == 0) {
+            both(simulation.console, " Pc_Grv Finished -> {}% ITE {} STEP {}",
+                 number(100.0 * (days - left) / days, 6), steps, number(dt));
+        }
+    }
+}
+
 }  // namespace
 
 double splittingSubstep(const RunOptions& options, double rate, double left) {
@@ -379,21 +394,24 @@ double largestLateralDepthDifference(const GridModel& grid, const ConnectionTabl
     return largest;
 }
 
+bool exchangesAhead(const RunOptions& options) {
+    return carriesAmounts(options) && !options.orthogonalProjection;
+}
+
+void exchangeAheadOfTransport(Simulation& simulation) {
+    if (!exchangesAhead(simulation.options)) return;
+    SplittingStage stage = beginStage(simulation);
+    runStage(HalfStep * simulation.clock.workDt, simulation, stage);
+    finishStage(stage, simulation);
+}
+
 void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     const Console& console = simulation.console;
     const double wallStart = wallSeconds();
     lineToBoth(console, "-- Saturation Calculation: Grv&Pc By Osplit --");
     SplittingStage stage = beginStage(simulation);
-    const double total = simulation.clock.workDt;
-    int steps = 0;
-    for (double left = total; left > 0.0;) {
-        const double dt = substep(simulation, left, stage);
-        left = dt < left ? left - dt : 0.0;
-        if (++steps % ProgressInterval == 0) {
-            both(console, " Pc_Grv Finished -> {}% ITE {} STEP {}", number(100.0 * (total - left) / total, 6),
-                 steps, number(dt));
-        }
-    }
+    stage.continues = exchangesAhead(simulation.options);
+    runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
               std::uint8_t{0});
