@@ -73,7 +73,7 @@ void saturationSubstep(int substep, Simulation& s) {
                        clock.endTime - covered, tableTime(s.schedule.reportEnd, clock.reportIndex) - covered);
     }
     const StageTimer timer(s.times.splitting);
-    const bool symmetric = exchangesAhead(options);
+    const bool symmetric = exchangesAhead(s);
     if (symmetric) SaturationUpdate(s);
     OSPLIT_GRVANDPC_GENERAL2(s);
     if (!symmetric) SaturationUpdate(s);

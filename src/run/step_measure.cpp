@@ -78,15 +78,7 @@ double totalMobility(const Simulation& s, const CellState& state, CellId cell) {
     return kr.w / s.state.MuW[cell] + kr.o / s.state.MuO[cell] + gas;
 }
 
-/// Whether gravity or capillarity has moved anything between cells in a stage of its own.
-bool exchangesFluids(const CellAmounts& exchanged) {
-    const std::vector<double>& water = exchanged.water.slots;
-    return std::any_of(water.begin(), water.end(), [](double rate) { return rate != 0.0; });
-}
-
 /// How far the mobilities that the pressure was solved with were from those of the step where the flow is.
-/// A forecast does nothing for the error of a stage that exchanges fluids behind the transport, which is of
-/// first order in what the step changes: there the step answers for its begin as well.
 void measureMobilities(const Simulation& s, AttemptFigures& figures) {
     double flow = 0.0, error = 0.0, lag = 0.0;
     const CellArray<double>& ratio = s.pressure.mobilityRatio;
@@ -106,8 +98,7 @@ void measureMobilities(const Simulation& s, AttemptFigures& figures) {
     }
     if (!(flow > 0.0)) return;
     figures.mobilityLag = lag / flow;
-    figures.mobilityError =
-        exchangesFluids(s.pressure.exchanged) ? std::max(error, lag) / flow : error / flow;
+    figures.mobilityError = error / flow;
 }
 
 }  // namespace

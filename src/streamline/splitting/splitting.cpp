@@ -132,6 +132,11 @@ void loadVelocities(const Simulation& simulation, SplittingStage& stage) {
     }
 }
 
+/// Amounts that saturations do not show go from stage to stage.
+bool handsAmountsOn(const Simulation& simulation) {
+    return carriesAmounts(simulation.options) && !simulation.pressure.carried.water.empty();
+}
+
 SplittingStage beginStage(Simulation& simulation) {
     SplittingStage stage;
     const RunOptions& options = simulation.options;
@@ -143,7 +148,7 @@ SplittingStage beginStage(Simulation& simulation) {
     if (!stage.capillary && simulation.flatBedValue < FlatBedLimit) stage.firstFace = 5;
     stage.projection = options.orthogonalProjection && !simulation.mapping.CellVisited.empty() &&
                        simulation.velocity.CellFaceVelocity.width >= 6;
-    stage.carries = carriesAmounts(options) && !simulation.pressure.carried.water.empty();
+    stage.carries = handsAmountsOn(simulation);
     // Lines that take gravity along themselves leave nothing of their flow to correct.
     stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
     stage.shared.assign(count, {});
@@ -394,12 +399,12 @@ double largestLateralDepthDifference(const GridModel& grid, const ConnectionTabl
     return largest;
 }
 
-bool exchangesAhead(const RunOptions& options) {
-    return carriesAmounts(options) && !options.orthogonalProjection;
+bool exchangesAhead(const Simulation& simulation) {
+    return handsAmountsOn(simulation) && !simulation.options.orthogonalProjection;
 }
 
 void exchangeAheadOfTransport(Simulation& simulation) {
-    if (!exchangesAhead(simulation.options)) return;
+    if (!exchangesAhead(simulation)) return;
     SplittingStage stage = beginStage(simulation);
     runStage(HalfStep * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
@@ -410,7 +415,7 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     const double wallStart = wallSeconds();
     lineToBoth(console, "-- Saturation Calculation: Grv&Pc By Osplit --");
     SplittingStage stage = beginStage(simulation);
-    stage.continues = exchangesAhead(simulation.options);
+    stage.continues = exchangesAhead(simulation);
     runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),

@@ -119,10 +119,6 @@ TEST(MeasureStep, WeighsTheChangeOfMobilityByTheFlow) {
     EXPECT_NEAR(run.figures().mobilityError, (10.0 * 0.02 / 0.4 + 30.0 * 0.07 / 0.45) / 40.0, 1e-12);
     run.s.pressure.mobilityRatio[2] = 1.0;
     EXPECT_NEAR(run.figures().mobilityError, 10.0 * 0.02 / 0.4 / 40.0, 1e-12);
-    sizeAmounts(2, run.s.pressure.exchanged);
-    EXPECT_NEAR(run.figures().mobilityError, 10.0 * 0.02 / 0.4 / 40.0, 1e-12);
-    run.s.pressure.exchanged.water[2] = 1.0;
-    EXPECT_NEAR(run.figures().mobilityError, 10.0 * half / 40.0, 1e-12) << "fluids part by gravity";
 }
 
 TEST(CorrectTargets, AimsByThePromisedOverTheGivenRate) {

@@ -1,6 +1,7 @@
 #include "streamline/splitting/splitting.hpp"
 
 #include "fluid/table_checks.hpp"
+#include "pressure/properties.hpp"
 #include "streamline/splitting/splitting_flux.hpp"
 
 #include <cmath>
@@ -232,6 +233,9 @@ struct SplittingBox {
         grid.Active.assign(grid.NCELLS, 1);
         grid.SATNUM.assign(grid.NCELLS, 1);
         grid.JFactor.assign(grid.NCELLS, 1.0);
+        grid.PORO.assign(grid.NCELLS, 1.0);
+        grid.NTG.assign(grid.NCELLS, 1.0);
+        grid.BulkVolume.assign(grid.NCELLS, 1000.0);
         connect();
         fill();
     }
@@ -532,6 +536,34 @@ TEST(Splitting, SpeaksOnScreenAndLog) {
     EXPECT_NE(screen.find("\n Pc_Grv Finished -> 100% ITE 50 STEP 100\n"), std::string::npos);
     EXPECT_NE(screen.find("\ntime elapsed Capillary&Gravity : "), std::string::npos);
     EXPECT_EQ(SplittingBox::textOf(box.simulation.console.log), screen);
+}
+
+// Two cells, one above the other, exchange 0.2066... a day (above) as long as their saturations hardly
+// change.
+TEST(Splitting, GoesInHalvesAboutTheTransportWhereAmountsAreHandedOn) {
+    SplittingBox box(1, 1, 2);
+    Simulation& s = box.simulation;
+    sizeAmounts(2, s.pressure.carried);
+    ASSERT_TRUE(exchangesAhead(s));
+    s.clock.workDt = 1.0;
+    exchangeAheadOfTransport(s);
+    EXPECT_NEAR((0.5 - box.water(1)) * 1000.0, 0.5 * 0.20666667, 2e-4);
+    OSPLIT_GRVANDPC_GENERAL2(s);
+    EXPECT_NEAR((0.5 - box.water(1)) * 1000.0, 0.20666667, 4e-4);
+    EXPECT_NEAR(s.pressure.exchanged.water[1], (box.water(1) - 0.5) * 1000.0, 1e-9) << "of the whole step";
+    EXPECT_NEAR(s.pressure.exchanged.water[2], (box.water(2) - 0.5) * 1000.0, 1e-9);
+}
+
+TEST(Splitting, GoesBehindTheTransportAsAWholeInAllOtherRuns) {
+    SplittingBox box(1, 1, 2);
+    Simulation& s = box.simulation;
+    s.clock.workDt = 1.0;
+    exchangeAheadOfTransport(s);
+    EXPECT_EQ(box.water(1), 0.5) << "no amounts are handed on";
+    sizeAmounts(2, s.pressure.carried);
+    s.options.orthogonalProjection = true;
+    exchangeAheadOfTransport(s);
+    EXPECT_EQ(box.water(1), 0.5) << "lines take gravity along";
 }
 
 TEST(SplittingSubstep, IsAHundredDaysWithoutExchange) {
