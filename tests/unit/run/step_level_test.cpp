@@ -39,6 +39,9 @@ TEST(StepLevel, PutsBackTheSameBits) {
     Row row;
     Simulation& s = row.s;
     s.wells.wells[0].targetFactor = 1.25;
+    sizeAmounts(3, s.pressure.exchanged);
+    s.pressure.exchanged.water[2] = 0.5;
+    const std::vector<double> flux = s.velocity.CellFaceFlux.slots;
     keepStepLevel(s, s.stepLevel);
     const CellState state = s.state;
     const CellAmounts carried = s.pressure.carried;
@@ -50,6 +53,8 @@ TEST(StepLevel, PutsBackTheSameBits) {
     s.wells.wells[0].targetFactor = 2.0;
     s.wells.wells[0].WellControl = "bhp";
     s.pressure.fieldStands = false;
+    s.pressure.exchanged.water[2] = 0.25;
+    ASSERT_NE(s.velocity.CellFaceFlux.slots, flux);
     ASSERT_NE(s.state.Pressure[2], state.Pressure[2]);
     ASSERT_NE(s.pressure.carried.gas[1], carried.gas[1]);
     ASSERT_NE(s.wells.wells[0].Bhp, well.Bhp);
@@ -66,6 +71,8 @@ TEST(StepLevel, PutsBackTheSameBits) {
         EXPECT_EQ((s.pressure.carried.*array).slots, (carried.*array).slots);
     EXPECT_EQ(s.pressure.AveragePressure, average);
     EXPECT_TRUE(s.pressure.fieldStands);
+    EXPECT_EQ(s.velocity.CellFaceFlux.slots, flux);
+    EXPECT_EQ(s.pressure.exchanged.water[2], 0.5);
     const Well& back = s.wells.wells[0];
     EXPECT_EQ(back.targetFactor, 1.25);
     EXPECT_EQ(back.WellControl, "orat");
