@@ -1,6 +1,5 @@
 #include "run/step_level.hpp"
 
-#include "fluid/black_oil.hpp"
 #include "pressure/saturation_update.hpp"
 #include "unit/pressure/small_run.hpp"
 
@@ -14,15 +13,7 @@ struct Row {
     Simulation s;
 
     Row() {
-        sample::makeRun(3, 1, 1, samples::lightOil(), s);
-        s.options.method = "IMPES";
-        for (CellId c = 1; c <= 3; ++c) {
-            s.state.Pressure[c] = 4200.0;
-            s.state.Pb[c] = 4014.7;
-            s.state.Rs[c] = SolutionRs(s.fluids, 4014.7);
-        }
-        sample::addWell("prd", "orat", -150.0, 500.0, 1, s);
-        refreshProperties(s.grid, s.fluids, s.state);
+        sample::makeDepletingRow(s);
         step();
         // A step starts with the properties of its state.
         refreshProperties(s.grid, s.fluids, s.state);
