@@ -8,6 +8,7 @@
 #include "pressure/saturation_update.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "report/material_balance.hpp"
+#include "run/banners.hpp"
 #include "run/status_line.hpp"
 #include "run/step_control.hpp"
 #include "run/step_level.hpp"
@@ -156,6 +157,14 @@ double allowedBefore(const Simulation& s) {
     return s.pressure.fieldStands ? s.control.longest : 0.0;
 }
 
+/// The files of lines at the end of a step that was taken without any.
+void showLines(Simulation& s) {
+    if (s.options.method != "streamline") return;
+    const StageTimer timer(s.times.lines);
+    const double end = s.clock.time + s.clock.dt;
+    drawLines(s, s.clock.endTime - end, tableTime(s.schedule.reportEnd, s.clock.reportIndex) - end);
+}
+
 /// The step from its level by the fully implicit method; false, and back at the level, where that fails too.
 /// `before`: days that it was allowed, 0 behind attempts that were not good.
 bool takeImplicitly(double before, Simulation& s) {
@@ -169,8 +178,10 @@ bool takeImplicitly(double before, Simulation& s) {
     }
     moveTracersImplicitly(s);
     s.pressure.fieldStands = true;
+    s.pressure.mobilityRatio = {};
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;
+    showLines(s);
     s.control.implicitSteps += 1;
     const double found = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
     s.control.longest = s.pressure.stepCut ? found : allowedBehind(found, before, s.clock.dt);
@@ -183,11 +194,17 @@ void tell(const Simulation& s, const StepJudgement& judgement) {
         judgement.verdict == StepVerdict::Implicit ? ", fully implicitly" : "");
 }
 
+/// Another attempt at the step, of `dt` days: its banner tells where it will end.
+void announceAnew(double dt, Simulation& s) {
+    s.clock.dt = dt;
+    printStepBanner(s.console, s.schedule, s.clock);
+}
+
 /// A step that neither way is good for: the attempt of the shortest length that finds a pressure stands.
 void forceStep(bool solve, double dt, Simulation& s) {
     for (int cuts = 0; cuts < MostForcedCuts; ++cuts) {
         dt *= ForcedCut;
-        s.clock.dt = dt;
+        announceAnew(dt, s);
         if (attempt(solve, s).pressureSolved) {
             s.control.longest = dt;
             return;
@@ -250,14 +267,16 @@ void attemptUntilAccepted(bool solve, Simulation& s) {
             continue;
         }
         if (judgement.verdict == StepVerdict::Implicit) return fallBack(solve, dt, s);
-        s.clock.dt = judgement.length;
+        announceAnew(judgement.length, s);
     }
 }
 
-/// Ten steps in a row that advance next to nothing end the run, with what is known of the reason.
+/// Ten steps in a row that advance next to nothing, though the tables ask for more, end the run, with what is
+/// known of the reason.
 void watchProgress(Simulation& s) {
     StepControl& control = s.control;
-    control.hopelessSteps = s.clock.workDt < HopelessShare * s.clock.endTime ? control.hopelessSteps + 1 : 0;
+    const bool hopeless = s.clock.workDt < std::min(HopelessShare * s.clock.endTime, control.asked);
+    control.hopelessSteps = hopeless ? control.hopelessSteps + 1 : 0;
     if (control.hopelessSteps < MostHopelessSteps) return;
     const GridModel& grid = s.grid;
     CellId worst = 1;

@@ -12,6 +12,8 @@ void keepStepLevel(const Simulation& s, StepLevel& level) {
     level.clock = s.clock;
     level.fieldStands = s.pressure.fieldStands;
     level.averagePressure = s.pressure.AveragePressure;
+    level.faceFlux = s.velocity.CellFaceFlux;
+    level.exchanged = s.pressure.exchanged;
 }
 
 void returnToStepLevel(const StepLevel& level, Simulation& s) {
@@ -20,6 +22,8 @@ void returnToStepLevel(const StepLevel& level, Simulation& s) {
     s.pressure.carried = level.carried;
     s.pressure.AveragePressure = level.averagePressure;
     s.pressure.fieldStands = level.fieldStands;
+    s.pressure.exchanged = level.exchanged;
+    s.velocity.CellFaceFlux = level.faceFlux;
     s.wells = level.wells;
     s.clock = level.clock;
     clearPaths(s.eclipse.paths);

@@ -30,6 +30,14 @@ void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState&
     loadInlet(field.nodes, fluids, wells, firstTag == CellTagKind::Injector, line);
 }
 
+/// Nodes stay as the cells are; what they would let out tells the make-up of the flow at the end.
+void showLine(bool hasGas, SolverLine& line) {
+    startOutlet(line);
+    evaluateFluxes(hasGas, line.nodeCount, line.nodeCount, line);
+    const FlowNode& last = line.nodes[at(line.nodeCount)];
+    addOutlet({last.Fw, last.Fo, hasGas ? last.Fg : 0.0, 0.0, 0.0, 0.0}, 1.0, line);
+}
+
 /// Transport on a loaded line by the solver of the field.
 void advanceLine(const FluidTables& fluids, const LineField& field, LineWorker& worker,
                  NewtonCounts& counts) {
@@ -46,6 +54,8 @@ void advanceLine(const FluidTables& fluids, const LineField& field, LineWorker& 
         case LineSolver::Hybrid:
             return advanceHybrid(fluids, field.control, field.implicitControl, field.step, worker.newton,
                                  counts, line);
+        case LineSolver::Still:
+            return showLine(fluids.hasGas, line);
     }
 }
 

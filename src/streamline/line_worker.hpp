@@ -29,7 +29,8 @@ enum class LineSolver {
     Analytic,  // "btf"
     Explicit,  // "mas"
     Implicit,  // "imp"
-    Hybrid     // "hyb"
+    Hybrid,    // "hyb"
+    Still      // no word: lines that show the cells as they stand
 };
 
 LineSolver lineSolverOf(std::string_view word);

@@ -28,7 +28,7 @@ namespace {
 constexpr int LinesPerThread = 32;  // of one block: enough to even out long and short lines
 constexpr int ProgressParts = 10;   // "Calculation Finished" lines of a step, at most
 constexpr int LeastProgressStep = 5;
-constexpr double EndSlack = 1e-8;  // days to the end of the run that count as none
+constexpr double EndSlack = 1e-8;  // days to a report or to the end of the run that count as none
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -172,6 +172,22 @@ void viewStep(double remainingToEnd, Simulation& s) {
     writeRateAllocation(s);
 }
 
+/// Every line of the step, and what is written of them.
+void runLines(int iterationsLeft, double start, double remainingToEnd, Simulation& s) {
+    lineLoop(iterationsLeft, s);
+    printElapsed(s.console, start);
+    if (tracesMissedBlocks(s)) traceMissedBlocks(s, iterationsLeft);
+    viewStep(remainingToEnd, s);
+    writeLineStep(s.console, s.options, s.clock, s.launch.ActiveLines, s.eclipse);
+}
+
+/// Files that show lines, of a report, are due at the end of the step; or those of the end of the run.
+bool linesAreDue(const RunOptions& options, double remainingToEnd, double remainingToReport) {
+    const bool shown = isOn(options, OutputSwitch::Lines) || isOn(options, OutputSwitch::EclipseLines);
+    const bool ends = remainingToEnd < EndSlack;
+    return (shown && (ends || remainingToReport < EndSlack)) || (ends && isOn(options, OutputSwitch::View));
+}
+
 /// The packed cells of the step make room for what the splitting and the pressure solver need.
 void clearStep(Simulation& s) {
     releaseTraceField(s.lines.field.trace);
@@ -229,18 +245,33 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     clearVisited(simulation.mapping);
     if (substepNumber(simulation.clock, remainingToEnd) <= 1)
         clearOutlets(simulation.wells, simulation.lines.outlets);
-    lineLoop(iterationsLeft, simulation);
-    printElapsed(simulation.console, start);
-    if (tracesMissedBlocks(simulation)) traceMissedBlocks(simulation, iterationsLeft);
-    viewStep(remainingToEnd, simulation);
-    writeLineStep(simulation.console, simulation.options, simulation.clock, simulation.launch.ActiveLines,
-                  simulation.eclipse);
+    runLines(iterationsLeft, start, remainingToEnd, simulation);
     if (simulation.lines.field.passes) {
         advanceByFaceTransfer(simulation);
     } else {
         setProducerRates(simulation.lines.outlets, simulation.wells);
         mapStep(simulation);
     }
+    closeLineOutput(simulation);
+    clearStep(simulation);
+}
+
+void drawLines(Simulation& simulation, double remainingToEnd, double remainingToReport) {
+    if (simulation.wells.wells.empty()) return;
+    if (!linesAreDue(simulation.options, remainingToEnd, remainingToReport)) return;
+    const double start = wallSeconds();
+    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
+    openLineOutput(remainingToReport, simulation);
+    prepareSolver(simulation, remainingToEnd);
+    simulation.lines.field.solver = LineSolver::Still;
+    lineToScreen(simulation.console, "");
+    lineToScreen(simulation.console, "-- Lines of the report, saturations stay --");
+    launch(simulation);
+    prepareFields(simulation);
+    simulation.lines.field.passes = false;
+    clearVisited(simulation.mapping);
+    clearOutlets(simulation.wells, simulation.lines.outlets);
+    runLines(0, start, remainingToEnd, simulation);
     closeLineOutput(simulation);
     clearStep(simulation);
 }

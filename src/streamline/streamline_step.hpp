@@ -13,4 +13,9 @@ void allocateStreamlines(Simulation& simulation);
 void StreamlineStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
                     double remainingToReport);
 
+/// Lines on the flow field and the cells of the end of a step whose saturations have moved without any: for
+/// the files of a report, the rates by pair and the maps of the end of the run alone. Nothing is done where
+/// none of them is due. The step still stands at its begin.
+void drawLines(Simulation& simulation, double remainingToEnd, double remainingToReport);
+
 }  // namespace kvr

@@ -39,14 +39,14 @@ class Outcome:
     switches: int  # of wells to a limit and back
 
 
-def run_text(program, text, cpu_seconds, analytic=False, active=None):
+def run_text(program, text, cpu_seconds, active=None):
     """Runs a deck in a scratch folder."""
     schedule = Schedule(text)
     with tempfile.TemporaryDirectory(prefix="soak_") as name:
         folder = pathlib.Path(name)
         (folder / "ECLIPSE.DATA").write_text(text)
         ended = run_limited(program, folder, cpu_seconds)
-        figures = run_judge.measure(folder, schedule, analytic, active)
+        figures = run_judge.measure(folder, schedule, active)
         return Outcome(ended, figures, run_judge.reached_end(figures, schedule), deck_warnings(folder / "KVR_dbg.out"),
                        *count_lines(folder / CONSOLE, (b"TIME STEP SIZE IS DECREASED", b"WELL CONTROL ::")))
 
@@ -73,9 +73,7 @@ def deck_warnings(log):
 def run_method(program, model, method, divisor=1, cpu_seconds=CPU_SECONDS):
     """A row of the results: what was run, what was measured, what is held of it."""
     text = deck_text(model, method, divisor)
-    # With this word on the line no method counts the inflow in its report, nor writes the table of recovery.
-    analytic = model.options.line_solver == "ANALYTICAL"
-    outcome = run_text(program, text, cpu_seconds, analytic, model.grid.active.ravel())
+    outcome = run_text(program, text, cpu_seconds, model.grid.active.ravel())
     o, ended, figures = model.options, outcome.ended, outcome.figures
     row = {
         "seed": model.seed, "class": model.family, "method": method if divisor == 1 else FINE,

@@ -129,10 +129,9 @@ def phase_totals(table):
             for total, word in words.items()}
 
 
-def phase_balances(sweep, totals, own_errors):
-    """Errors of each phase: over time as the report has them, and at the end over what has moved.
-
-    `own_errors` forms them from amounts and totals here: a run with analytic lines counts no inflow in its report."""
+def phase_balances(sweep, totals):
+    """Errors of each phase: over time as the report has them, at the end also from amounts and rates of wells here, and at the end
+    over what has moved."""
     largest, moved = [], []
     for phase in PHASES:
         first, now = sweep[f"F{phase}IP_ORG"][0], sweep[f"F{phase}IP_NOW"]
@@ -140,12 +139,10 @@ def phase_balances(sweep, totals, own_errors):
         if max(first, now.max(), produced, injected) <= LEAST_IN_PLACE:
             continue
         base = first if first > 0.0 else now[-1]
-        if own_errors:
-            errors = numpy.array([(now[-1] - first - injected + produced) / base]) if base > 0.0 else numpy.array([math.inf])
-        else:
-            errors = sweep[f"MBE{phase}"]
-        largest.append(numpy.abs(errors).max())
-        moved.append(abs(errors[-1]) * base / max(produced, injected, LEAST_THROUGHPUT * max(first, now[-1])))
+        own = abs(now[-1] - first - injected + produced) / base if base > 0.0 else math.inf
+        reported = numpy.abs(sweep[f"MBE{phase}"])
+        largest.append(max(reported.max(), own, key=lambda x: math.inf if math.isnan(x) else x))
+        moved.append(max(reported[-1], own) * base / max(produced, injected, LEAST_THROUGHPUT * max(first, now[-1])))
     return max(largest, default=0.0), max(moved, default=0.0)
 
 
@@ -190,7 +187,7 @@ def saturation_fault(path, active):
     return float(worst)
 
 
-def measure(folder, schedule, analytic=False, active=None):
+def measure(folder, schedule, active=None):
     """Figures of the run in `folder`."""
     figures = Figures()
     sweep = read_table(folder / "KVR_Run_SweepVolume.out")
@@ -205,7 +202,7 @@ def measure(folder, schedule, analytic=False, active=None):
     if table is not None:
         figures.finite = figures.finite and all(numpy.isfinite(column).all() for column in table.values())
         figures.totals = phase_totals(table)
-        figures.balance, figures.balance_moved = phase_balances(sweep, dict(figures.totals, FOIT=0.0), analytic)
+        figures.balance, figures.balance_moved = phase_balances(sweep, dict(figures.totals, FOIT=0.0))
         reservoir = reservoir_rates(folder / "KVR_TPlot_Well_Rate.plt")
         figures.over_target, figures.over_well = excess_over_target(schedule, table, reservoir)
     held = [control.bhp for interval in schedule.intervals for control in interval.controls.values() if control.injects]

@@ -93,3 +93,32 @@ def deck(runspec=RUNSPEC, grid=GRID, props=PROPS, solution=SOLUTION, schedule=SC
 def without_keyword(section, keyword):
     """A section less one keyword and its data, up to the slash that ends them."""
     return re.sub(rf"^{keyword}\n[^/]*/\n", "", section, flags=re.M)
+
+
+GAS_PROPS = PROPS.replace("PVDO\n300  1.05 2.85\n800  1.02 2.99\n8000 1.01 3\n/\n", """PVTO
+0.1 300  1.10 1.2 /
+0.5 1500 1.30 0.8 /
+0.9 2700 1.50 0.6
+    6000 1.45 0.7 /
+/
+PVDG
+300  9.5 0.012
+1500 1.8 0.016
+2700 1.0 0.020
+6000 0.6 0.030
+/
+""") + """SGOF
+0    0    1    0
+0.05 0    0.9  0
+0.4  0.4  0.1  0
+0.8  0.9  0    0
+/
+"""
+
+
+def gas_deck(options):
+    """Oil at its bubble point with some free gas, from which a well draws."""
+    runspec = RUNSPEC.replace("WATER\n", "WATER\nGAS\nDISGAS\n")
+    solution = SOLUTION.replace("25*3000", "25*2600") + "SGAS\n25*0.1 /\nRS\n25*0.86 /\n"
+    schedule = SCHEDULE.replace("BHP' 5* 2000", "BHP' 5* 1500").replace("2*30", "4*30")
+    return deck(runspec=runspec, props=GAS_PROPS, solution=solution, schedule=schedule, options=options)

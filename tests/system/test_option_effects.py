@@ -15,43 +15,14 @@ from kvr_run import finished_normally, run
 FIXED_STEPS = "STEPCTRL\nNo /\n"
 METHODS = ("STREAMLINE", "IMPES", "FIM")
 
-GAS_PROPS = small_deck.PROPS.replace("PVDO\n300  1.05 2.85\n800  1.02 2.99\n8000 1.01 3\n/\n", """PVTO
-0.1 300  1.10 1.2 /
-0.5 1500 1.30 0.8 /
-0.9 2700 1.50 0.6
-    6000 1.45 0.7 /
-/
-PVDG
-300  9.5 0.012
-1500 1.8 0.016
-2700 1.0 0.020
-6000 0.6 0.030
-/
-""") + """SGOF
-0    0    1    0
-0.05 0    0.9  0
-0.4  0.4  0.1  0
-0.8  0.9  0    0
-/
-"""
-
-
 def with_switches(text, record):
     return text.replace("TUNEKVR\n", f"TUNEKVR\nOPTIONKVR\n{record} /\n")
-
-
-def gas_deck(options):
-    """Oil at its bubble point with some free gas, from which a well draws."""
-    runspec = small_deck.RUNSPEC.replace("WATER\n", "WATER\nGAS\nDISGAS\n")
-    solution = small_deck.SOLUTION.replace("25*3000", "25*2600") + "SGAS\n25*0.1 /\nRS\n25*0.86 /\n"
-    schedule = small_deck.SCHEDULE.replace("BHP' 5* 2000", "BHP' 5* 1500").replace("2*30", "4*30")
-    return small_deck.deck(runspec=runspec, props=GAS_PROPS, solution=solution, schedule=schedule, options=options)
 
 
 @pytest.mark.parametrize("scheme, effects", [("IMPLICIT", "Yes"), ("EXPLICIT", "No"), ("IMPLICIT", "No"), ("HYBRID", "Yes")])
 def test_lines_of_every_kind_keep_free_gas(tmp_path, scheme, effects):
     options = kvr_run.options(lines=40, solver="DGESV", scheme=scheme).replace("SPU Yes Yes", f"SPU {effects} Yes")
-    finished_normally(run(tmp_path, gas_deck(options)))
+    finished_normally(run(tmp_path, small_deck.gas_deck(options)))
     sweep = run_judge.read_table(tmp_path / "KVR_Run_SweepVolume.out")
     assert sweep["FGIP_NOW"][-1] < 0.98 * sweep["FGIP_ORG"][0], "gas has been produced"
     for error in ("MBEO", "MBEW", "MBEG"):
@@ -61,10 +32,10 @@ def test_lines_of_every_kind_keep_free_gas(tmp_path, scheme, effects):
 @pytest.mark.parametrize("record", ["1 0 0 0 1 0 0 0", "1 0 0 0 0 1 0 0"])
 def test_limits_on_solution_gas_say_that_they_do_not_act(tmp_path, record):
     options = with_switches(kvr_run.options(lines=40, solver="DGESV"), record)
-    told = finished_normally(run(tmp_path, gas_deck(options)))
+    told = finished_normally(run(tmp_path, small_deck.gas_deck(options)))
     assert told.console.count("WARNING :: Limits on solution gas") == 1
     (tmp_path / "average").mkdir()
-    average = finished_normally(run(tmp_path / "average", gas_deck(options + "MAPPING\nAVERAGE\n")))
+    average = finished_normally(run(tmp_path / "average", small_deck.gas_deck(options + "MAPPING\nAVERAGE\n")))
     assert "Limits on solution gas" not in average.console
 
 

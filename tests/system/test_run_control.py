@@ -2,6 +2,7 @@
 
 import re
 
+import numpy
 import pytest
 
 import kvr_run
@@ -29,6 +30,42 @@ def test_every_report_is_announced_although_step_lengths_do_not_add_up_exactly(t
     section = kvr_run.options(lines=5, solver="DGESV", extra="MAXDT\n0.1 /\n")
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule, options=section)))
     assert re.findall(r"^Report (\d+) ", result.console, flags=re.M) == [str(n) for n in range(1, 11)]
+
+
+def test_the_banner_of_a_step_taken_anew_tells_where_it_ends(tmp_path):
+    limits = "STEPCTRL\nYes 2e-3 0.5 1e-4 8e-3 3e-2 0.002 1e-3 /\n"  # mobilities are held to 0.2 %
+    section = kvr_run.options(lines=20, solver="DGESV", extra=limits)
+    result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
+    put_back = int(re.search(r"^Steps put back and taken anew    : (\d+)$", result.console, flags=re.M)[1])
+    assert put_back >= 2
+    lines = step_lines(result.console)
+    last = {int(number): (float(begin), float(end)) for number, begin, end, _ in lines}
+    assert len(lines) == len(last) + put_back
+    assert list(last) == list(range(1, len(last) + 1))
+    ends = [end for _, end in last.values()]
+    assert ends[:-1] == [begin for begin, _ in list(last.values())[1:]]
+    assert ends == pytest.approx(result.table()["TIME"][1:], rel=1e-8)
+
+
+def test_short_steps_that_the_schedule_asks_for_end_no_run(tmp_path):
+    # Twelve of them, each below a millionth of the run.
+    schedule = small_deck.SCHEDULE.replace("2*30", "12*0.00001 99.99988")
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    assert result.table()["TIME"][-1] == pytest.approx(100.0)
+
+
+def test_steps_taken_fully_implicitly_leave_the_line_files_of_every_report(tmp_path):
+    section = kvr_run.options(lines=40, solver="DGESV").replace("1 0 0 0 0 0 0 1 0 0", "1 0 0 1 0 0 0 1 1 1")
+    result = finished_normally(run(tmp_path, small_deck.gas_deck(section)))
+    steps, implicit = len(step_lines(result.console)), result.console.count("Solution by Fully Implicit Method !")
+    assert steps == implicit, "no step keeps its lines, so that all files show lines of its end"
+    for day in (30, 60, 90, 120):
+        assert (tmp_path / f"Streamline_Time_{day}.plt").exists()
+    assert len(list(tmp_path.glob("ECLIPSE.SLN0*"))) == 4
+    times = numpy.loadtxt(tmp_path / "KVR_Run_TauSUM.out")
+    assert times.size == 25 and numpy.isfinite(times).all()
+    allocation = numpy.loadtxt(tmp_path / "KVR_Run_RateAllocation.out")
+    assert allocation[2] == pytest.approx(50.0 * 1.01, rel=0.02), "all that is injected flows to the producer"
 
 
 def test_a_well_event_at_a_report_time_comes_behind_the_report(tmp_path):

@@ -114,8 +114,7 @@ constexpr Remark Remarks[] = {
          return o.method != "FIM" && !o.lineCapillary && capillary;
      },
      "WARNING :: Capillary pressure of the tables does not act between cells (SL1DCON 7), fluids at rest "
-     "will "
-     "move"},
+     "will move"},
     {[](const RunOptions& o, const FluidTables& t) {
          const bool average = o.method == "streamline" && !o.conservativeMapping;
          return t.hasGas && (o.bubblePointMaxLimit || o.bubblePointMinLimit) && !average;

@@ -14,6 +14,9 @@ struct StepLevel {
     RunClock clock;
     bool fieldStands = false;
     double averagePressure = 0.0;
+    // By these the step before foretells how the field flows.
+    DirectionArray<double> faceFlux;
+    CellAmounts exchanged;
 };
 
 /// What one attempt at a step was like. Shares unless said otherwise; 0 is a perfect step.

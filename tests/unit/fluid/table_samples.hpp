@@ -69,4 +69,18 @@ inline FluidTables lightOil() {
     return tables;
 }
 
+/// Water and oil of 1 cp whose fraction of the flow is their saturation; all factors 1.
+inline FluidTables sharesFlow() {
+    FluidTables tables = constantFluids();
+    tables.OilViscosity = {1.0, 1.0};
+    tables.waterViscosity = 1.0;
+    SaturationTable region = fourRowRegion();
+    region.SwAxis = {0.0, 0.25, 0.5, 1.0};
+    region.Krw = {0.0, 0.25, 0.5, 1.0};
+    region.Krow = {1.0, 0.75, 0.5, 0.0};
+    tables.regions.push_back(region);
+    finishTables(tables);
+    return tables;
+}
+
 }  // namespace kvr::samples

@@ -1,5 +1,6 @@
 #include "pressure/ordered_transport.hpp"
 
+#include "unit/fluid/table_samples.hpp"
 #include "unit/streamline/flow_samples.hpp"
 #include "unit/streamline/line_samples.hpp"
 
@@ -78,20 +79,8 @@ struct TransportRun {
     }
 };
 
-/// Water and oil of 1 cp whose fraction of the flow is their saturation.
-FluidTables sharesFlow() {
-    FluidTables tables = samples::constantFluids();
-    SaturationTable region = samples::fourRowRegion();
-    region.SwAxis = {0.0, 0.25, 0.5, 1.0};
-    region.Krw = {0.0, 0.25, 0.5, 1.0};
-    region.Krow = {1.0, 0.75, 0.5, 0.0};
-    tables.regions.push_back(region);
-    finishTables(tables);
-    return tables;
-}
-
 TransportRun shareRow(int cells, double pores, double rate) {
-    TransportRun run(samples::column(cells, pores, rate), sharesFlow());
+    TransportRun run(samples::column(cells, pores, rate), samples::sharesFlow());
     for (CellId cell = 1; cell <= cells; ++cell) run.flow.state.MuW[cell] = run.flow.state.MuO[cell] = 1.0;
     run.flow.wells.wells[0].connections[0].ConnQw = rate;
     return run;
@@ -102,6 +91,18 @@ void expectConserved(const TransportRun& run, const ConservedAmounts& before, do
     EXPECT_NEAR(after.water, before.water + days * wells.water, 1e-12 * (before.water + before.oil));
     EXPECT_NEAR(after.oil, before.oil + days * wells.oil, 1e-12 * (before.water + before.oil));
     EXPECT_NEAR(after.gas, before.gas + days * wells.gas, 1e-12 * before.gas);
+}
+
+/// Over a short step of so many days, a longer and a very long one; oil is produced in each.
+void expectConservedOverSteps(TransportRun& run, double shortest) {
+    for (const double days : {shortest, 30.0, 1000.0}) {
+        const ConservedAmounts before = run.total();
+        run.account = {};
+        run.advance(days, 4.0);
+        expectConserved(run, before, days);
+        EXPECT_GE(run.least(), 0.0);
+        EXPECT_LT(run.throughWells().oil, 0.0);
+    }
 }
 
 TEST(AdvanceInOrder, PassesWaterThroughAllCellsOfAChainInOneStep) {
@@ -226,14 +227,7 @@ TEST(AdvanceInOrder, KeepsEveryComponentOnAnyField) {
     run.flow.wells.wells[0].connections[0].ConnQw = 300.0;
     run.flow.wells.wells[1].connections[0].ConnQw = 100.0;
     run.fill(0.25);
-    for (const double days : {1.0, 30.0, 1000.0}) {
-        const ConservedAmounts before = run.total();
-        run.account = {};
-        run.advance(days, 4.0);
-        expectConserved(run, before, days);
-        EXPECT_GE(run.least(), 0.0);
-        EXPECT_LT(run.throughWells().oil, 0.0);
-    }
+    expectConservedOverSteps(run, 1.0);
 }
 
 TEST(AdvanceInOrder, KeepsEveryComponentOfThreePhases) {
@@ -248,14 +242,24 @@ TEST(AdvanceInOrder, KeepsEveryComponentOfThreePhases) {
     run.flow.wells.wells[1].connections[0].ConnQw = 100.0 / 1.04;
     run.fill(0.25);
     for (CellId cell = 1; cell <= run.count(); ++cell) run.amounts.gas[cell] = 0.5 * run.amounts.oil[cell];
-    for (const double days : {1.0, 30.0, 1000.0}) {
-        const ConservedAmounts before = run.total();
-        run.account = {};
-        run.advance(days, 4.0);
-        expectConserved(run, before, days);
-        EXPECT_GE(run.least(), 0.0);
-        EXPECT_LT(run.throughWells().oil, 0.0);
+    expectConservedOverSteps(run, 1.0);
+}
+
+/// Four cells of 100 of pore volume: water comes into 1 and 4 gives, 10 a day; 1 -> 2 -> 4 -> 3 -> 1 turns.
+TransportRun turningSquare(double turn) {
+    TransportRun run(samples::emptyFlow(2, 2, 1, 10.0, 10.0, 10.0), samples::sharesFlow());
+    samples::addWell(run.flow, "I", "inj", 1, 10.0);
+    samples::addWell(run.flow, "P", "prd", 4, -10.0);
+    for (CellId cell = 1; cell <= 4; ++cell) {
+        run.flow.state.PoreVolume[cell] = 100.0;
+        run.flow.state.MuW[cell] = run.flow.state.MuO[cell] = 1.0;
     }
+    for (const auto& [low, axis] : {std::pair(1, 1), std::pair(1, 2), std::pair(2, 2), std::pair(3, 1)})
+        run.setFlow(low, axis, 5.0);
+    run.turn(1, turn);
+    run.flow.wells.wells[0].connections[0].ConnQw = 10.0;
+    run.fill(0.0);
+    return run;
 }
 
 TEST(AdvanceInOrder, LetsTheCellsOfARingFeedEachOther) {
@@ -263,20 +267,7 @@ TEST(AdvanceInOrder, LetsTheCellsOfARingFeedEachOther) {
     // the share w a cell without water ends at w (1 - e) and lets out w (1 - (1 - e) / n) in the mean, n its
     // throughput in pore volumes and e = exp(-n).
     constexpr double Days = 20.0, Pores = 100.0, Turn = 100.0;
-    TransportRun run(samples::emptyFlow(2, 2, 1, 10.0, 10.0, 10.0), sharesFlow());
-    samples::addWell(run.flow, "I", "inj", 1, 10.0);
-    samples::addWell(run.flow, "P", "prd", 4, -10.0);
-    for (CellId cell = 1; cell <= 4; ++cell) {
-        run.flow.state.PoreVolume[cell] = Pores;
-        run.flow.state.MuW[cell] = run.flow.state.MuO[cell] = 1.0;
-    }
-    run.setFlow(1, 1, 5.0);
-    run.setFlow(1, 2, 5.0);
-    run.setFlow(2, 2, 5.0);
-    run.setFlow(3, 1, 5.0);
-    run.turn(1, Turn);
-    run.flow.wells.wells[0].connections[0].ConnQw = 10.0;
-    run.fill(0.0);
+    TransportRun run = turningSquare(Turn);
     const ConservedAmounts before = run.total();
     run.advance(Days, 100.0);  // substeps of less than a hundredth of a pore volume
     expectConserved(run, before, Days);
@@ -296,23 +287,6 @@ TEST(AdvanceInOrder, LetsTheCellsOfARingFeedEachOther) {
     EXPECT_NEAR(run.amounts.water[4] / Pores, w4 * (1.0 - std::exp(-fast)), 0.002);
     EXPECT_NEAR(run.amounts.water[3] / Pores, w3 * (1.0 - std::exp(-slow)), 0.002);
     EXPECT_NEAR(run.account.wellRates[1][0].water, -10.0 * w4 * meanShare(fast), 0.02);
-}
-
-/// Four cells of 100 of pore volume: water comes into 1 and 4 gives, 10 a day; 1 -> 2 -> 4 -> 3 -> 1 turns.
-TransportRun turningSquare(double turn) {
-    TransportRun run(samples::emptyFlow(2, 2, 1, 10.0, 10.0, 10.0), sharesFlow());
-    samples::addWell(run.flow, "I", "inj", 1, 10.0);
-    samples::addWell(run.flow, "P", "prd", 4, -10.0);
-    for (CellId cell = 1; cell <= 4; ++cell) {
-        run.flow.state.PoreVolume[cell] = 100.0;
-        run.flow.state.MuW[cell] = run.flow.state.MuO[cell] = 1.0;
-    }
-    for (const auto& [low, axis] : {std::pair(1, 1), std::pair(1, 2), std::pair(2, 2), std::pair(3, 1)})
-        run.setFlow(low, axis, 5.0);
-    run.turn(1, turn);
-    run.flow.wells.wells[0].connections[0].ConnQw = 10.0;
-    run.fill(0.0);
-    return run;
 }
 
 TEST(AdvanceInOrder, MakesARingThatTurnsAThousandTimesTheFlowAStirredTank) {
@@ -361,13 +335,7 @@ TEST(AdvanceInOrder, KeepsEveryComponentInFastAndSlowRingsThatCross) {
         run.flow.wells.wells[0].connections[0].ConnQw = 300.0;
         run.flow.wells.wells[1].connections[0].ConnQw = 100.0;
         run.fill(0.25);
-        for (const double days : {0.1, 30.0, 1000.0}) {
-            const ConservedAmounts before = run.total();
-            run.account = {};
-            run.advance(days, 4.0);
-            expectConserved(run, before, days);
-            EXPECT_GE(run.least(), 0.0);
-        }
+        expectConservedOverSteps(run, 0.1);
     }
 }
 

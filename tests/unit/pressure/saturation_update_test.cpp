@@ -105,15 +105,7 @@ TEST(ImpesTransport, GivesGasThatHasComeInToTheOilFirst) {
 
 TEST(ImpesTransport, LosesNothingOverStepsThatFreeGas) {
     Simulation s;
-    sample::makeRun(3, 1, 1, samples::lightOil(), s);
-    s.options.method = "IMPES";
-    for (CellId c = 1; c <= 3; ++c) {
-        s.state.Pressure[c] = 4200.0;
-        s.state.Pb[c] = 4014.7;
-        s.state.Rs[c] = SolutionRs(s.fluids, 4014.7);
-    }
-    sample::addWell("prd", "orat", -150.0, 500.0, 1, s);
-    refreshProperties(s.grid, s.fluids, s.state);
+    sample::makeDepletingRow(s);
     CellAmounts amounts;
     measureAmounts(s.grid, s.state, amounts);
     const double oil = amountOf(amounts, 'o'), gas = amountOf(amounts, 'g');

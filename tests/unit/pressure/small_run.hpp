@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fluid/black_oil.hpp"
 #include "model/conditioning.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
@@ -70,6 +71,19 @@ inline void addWell(const std::string& kind, const std::string& control, double 
     s.wells.wells.push_back(well);
     if (control != "bhp") ++s.wells.RateWellCount;
     computeWellIndices(s.grid, s.wells);
+}
+
+/// Three cells of light oil a little above its bubble point, with a producer in the first that frees gas.
+inline void makeDepletingRow(Simulation& s) {
+    makeRun(3, 1, 1, samples::lightOil(), s);
+    s.options.method = "IMPES";
+    for (CellId c = 1; c <= 3; ++c) {
+        s.state.Pressure[c] = 4200.0;
+        s.state.Pb[c] = 4014.7;
+        s.state.Rs[c] = SolutionRs(s.fluids, 4014.7);
+    }
+    addWell("prd", "orat", -150.0, 500.0, 1, s);
+    refreshProperties(s.grid, s.fluids, s.state);
 }
 
 /// Pressures of one column of cells under the weight of their oil, from the top cell downward.

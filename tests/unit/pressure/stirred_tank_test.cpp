@@ -9,20 +9,6 @@
 namespace kvr {
 namespace {
 
-/// Water and oil of 1 cp whose fraction of the flow is their share of the tank; all factors 1.
-FluidTables sharesFlow() {
-    FluidTables tables = samples::constantFluids();
-    tables.OilViscosity = {1.0, 1.0};
-    tables.waterViscosity = 1.0;
-    SaturationTable region = samples::fourRowRegion();
-    region.SwAxis = {0.0, 0.25, 0.5, 1.0};
-    region.Krw = {0.0, 0.25, 0.5, 1.0};
-    region.Krow = {1.0, 0.75, 0.5, 0.0};
-    tables.regions.push_back(region);
-    finishTables(tables);
-    return tables;
-}
-
 /// Immobile water 0.2, residual oil 0.2, water 0.5 cp, oil 2 cp, all factors 1.
 FluidTables fourRows() {
     FluidTables tables = samples::constantFluids();
@@ -45,7 +31,8 @@ double meanWater(double slope) {
     TankFlows flows;
     flows.inflow.water = 10.0;
     flows.rest = 10.0;
-    return emptyTank(sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 10.0, slope, {0.0, 100.0, 0.0}).own.water;
+    return emptyTank(samples::sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 10.0, slope, {0.0, 100.0, 0.0})
+        .own.water;
 }
 
 TEST(StirredTank, FollowsTheExponentialOfALinearFraction) {
@@ -64,7 +51,7 @@ TEST(StirredTank, TakesTheRestOfTheStepAtOnceWhereItStandsStill) {
     flows.inflow = {4.0, 6.0, 0.0};
     flows.rest = 10.0;
     const TankOutflow out =
-        emptyTank(sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 1e6, 1.0, {40.0, 60.0, 0.0});
+        emptyTank(samples::sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 1e6, 1.0, {40.0, 60.0, 0.0});
     EXPECT_NEAR(out.own.water, 0.4, 1e-12);
     EXPECT_NEAR(out.own.oil, 0.6, 1e-12);
     EXPECT_EQ(out.deficit, 0.0);

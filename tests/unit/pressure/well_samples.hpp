@@ -1,11 +1,16 @@
 #pragma once
 
+#include "base/units.hpp"
+#include "fluid/tables.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/wells/wells.hpp"
 
+#include <cmath>
+#include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace kvr::sample {
 
@@ -64,6 +69,26 @@ inline Well well(const std::string& kind, const std::string& control, int count)
         well.connections.push_back(connection);
     }
     return well;
+}
+
+/// A well in a column of cells, with all that its rates and heads follow from.
+struct OneWell {
+    GridModel grid;
+    CellState state;
+    FluidTables tables;
+    UnitSystem units;
+    WellRecord wells;
+    PressureStage stage;
+
+    OneWell(Well made, int layers) : grid(column(layers)), state(sample::state(layers)) {
+        wells.wells.push_back(std::move(made));
+    }
+    Well& well() { return wells.wells[0]; }
+};
+
+/// To eight digits.
+inline void expectNear(double value, double expected) {
+    EXPECT_NEAR(value, expected, std::abs(expected) * 1e-8);
 }
 
 }  // namespace kvr::sample

@@ -1,6 +1,5 @@
 #include "run/step_level.hpp"
 
-#include "fluid/black_oil.hpp"
 #include "pressure/saturation_update.hpp"
 #include "unit/pressure/small_run.hpp"
 
@@ -14,15 +13,7 @@ struct Row {
     Simulation s;
 
     Row() {
-        sample::makeRun(3, 1, 1, samples::lightOil(), s);
-        s.options.method = "IMPES";
-        for (CellId c = 1; c <= 3; ++c) {
-            s.state.Pressure[c] = 4200.0;
-            s.state.Pb[c] = 4014.7;
-            s.state.Rs[c] = SolutionRs(s.fluids, 4014.7);
-        }
-        sample::addWell("prd", "orat", -150.0, 500.0, 1, s);
-        refreshProperties(s.grid, s.fluids, s.state);
+        sample::makeDepletingRow(s);
         step();
         // A step starts with the properties of its state.
         refreshProperties(s.grid, s.fluids, s.state);
@@ -39,6 +30,9 @@ TEST(StepLevel, PutsBackTheSameBits) {
     Row row;
     Simulation& s = row.s;
     s.wells.wells[0].targetFactor = 1.25;
+    sizeAmounts(3, s.pressure.exchanged);
+    s.pressure.exchanged.water[2] = 0.5;
+    const std::vector<double> flux = s.velocity.CellFaceFlux.slots;
     keepStepLevel(s, s.stepLevel);
     const CellState state = s.state;
     const CellAmounts carried = s.pressure.carried;
@@ -50,6 +44,8 @@ TEST(StepLevel, PutsBackTheSameBits) {
     s.wells.wells[0].targetFactor = 2.0;
     s.wells.wells[0].WellControl = "bhp";
     s.pressure.fieldStands = false;
+    s.pressure.exchanged.water[2] = 0.25;
+    ASSERT_NE(s.velocity.CellFaceFlux.slots, flux);
     ASSERT_NE(s.state.Pressure[2], state.Pressure[2]);
     ASSERT_NE(s.pressure.carried.gas[1], carried.gas[1]);
     ASSERT_NE(s.wells.wells[0].Bhp, well.Bhp);
@@ -66,6 +62,8 @@ TEST(StepLevel, PutsBackTheSameBits) {
         EXPECT_EQ((s.pressure.carried.*array).slots, (carried.*array).slots);
     EXPECT_EQ(s.pressure.AveragePressure, average);
     EXPECT_TRUE(s.pressure.fieldStands);
+    EXPECT_EQ(s.velocity.CellFaceFlux.slots, flux);
+    EXPECT_EQ(s.pressure.exchanged.water[2], 0.5);
     const Well& back = s.wells.wells[0];
     EXPECT_EQ(back.targetFactor, 1.25);
     EXPECT_EQ(back.WellControl, "orat");

@@ -10,29 +10,15 @@
 namespace kvr {
 namespace {
 
-constexpr double Relative = 1e-8;
+using sample::expectNear;
+using sample::OneWell;
 
-void expectNear(double value, double expected) {
-    EXPECT_NEAR(value, expected, std::abs(expected) * Relative);
+/// Heads of a well whose first cell's centre lies `depth` below its datum.
+void headsFrom(double depth, OneWell& run) {
+    run.well().datumDepth = 5000.0;
+    for (CellId c = 1; c <= run.grid.NCELLS; ++c) run.grid.CellCentre(c, 3) = 5000.0 + depth + 20.0 * (c - 1);
+    WellHead(run.grid, sample::columnConnections(run.grid.NCELLS, 20.0), run.tables, run.state, run.wells);
 }
-
-struct OneWell {
-    GridModel grid;
-    CellState state;
-    FluidTables tables;
-    WellRecord wells;
-
-    OneWell(Well well, int layers) : grid(sample::column(layers)), state(sample::state(layers)) {
-        wells.wells.push_back(std::move(well));
-    }
-    Well& well() { return wells.wells[0]; }
-    /// Heads with the first cell's centre `depth` below the datum.
-    void headsFrom(double depth) {
-        well().datumDepth = 5000.0;
-        for (CellId c = 1; c <= grid.NCELLS; ++c) grid.CellCentre(c, 3) = 5000.0 + depth + 20.0 * (c - 1);
-        WellHead(grid, sample::columnConnections(grid.NCELLS, 20.0), tables, state, wells);
-    }
-};
 
 /// Formation factor of water 1 and of dead oil 1.25, no compressibility.
 FluidTables oilAndWater() {
@@ -104,10 +90,10 @@ TEST(WellHead, OfAnInjectorWithADatumHasItsWaterAbove) {
     OneWell run(sample::well("inj", "bhp", 2), 2);
     run.tables = oilAndWater();
     run.state.RhoW.assign(2, 62.4);
-    run.headsFrom(720.0);
+    headsFrom(720.0, run);
     expectNear(run.well().connections[0].ConnHead, 312.0);  // 62.4 * 720 / 144
     expectNear(run.well().connections[1].ConnHead, 312.0 + 62.4 * 20.0 / 144.0);
-    run.headsFrom(-144.0);
+    headsFrom(-144.0, run);
     expectNear(run.well().connections[0].ConnHead, -62.4);
 }
 
@@ -116,7 +102,7 @@ TEST(WellHead, OfAProducerWithADatumHasAllThatItGivesAbove) {
     run.tables = oilAndWater();
     setRates(-200.0, -50.0, 0.0, run.well().connections[0]);
     setRates(-100.0, -100.0, 0.0, run.well().connections[1]);
-    run.headsFrom(288.0);
+    headsFrom(288.0, run);
     // 300 stb of oil are 375 rb; (300 * 50 + 150 * 62.4) / 525 = 46.4
     expectNear(run.well().connections[0].ConnHead, 92.8);
 }
@@ -127,7 +113,7 @@ TEST(WellHead, OfAProducerThatHasGivenNothingYetGoesByMobility) {
     run.state.LambdaO.assign(2, 0.3);
     run.state.LambdaW.assign(2, 0.1);
     run.state.Bo.assign(2, 1.25);
-    run.headsFrom(144.0);
+    headsFrom(144.0, run);
     // 0.24 of oil against 0.1 of water at the surface, 0.3 and 0.1 in the bore
     expectNear(run.well().connections[0].ConnHead, (0.24 * 50.0 + 0.1 * 62.4) / 0.4);
 }
@@ -144,7 +130,7 @@ TEST(RestingBhp, StandsAtTheDatum) {
     OneWell run(sample::well("inj", "bhp", 2), 2);
     run.tables = oilAndWater();
     run.state.RhoW.assign(2, 62.4);
-    run.headsFrom(720.0);
+    headsFrom(720.0, run);
     expectNear(restingBhp(run.state, run.well()), 3000.0 - 312.0);
 }
 

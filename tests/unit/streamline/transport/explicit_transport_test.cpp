@@ -83,6 +83,18 @@ std::vector<double> grazingTimes(std::size_t count) {
     return times;
 }
 
+/// Difference of the water saturations of two cuts of one line, summed over the residence times of the finer.
+double distanceFrom(const SolverLine& fine, const SolverLine& line) {
+    double sum = 0.0;
+    std::size_t k = 1;
+    const auto count = static_cast<std::size_t>(line.nodeCount);
+    for (std::size_t f = 1; f <= static_cast<std::size_t>(fine.nodeCount); ++f) {
+        while (k < count && line.Tof[k] < fine.Tof[f]) ++k;
+        sum += std::abs(line.nodes[k].Sw - fine.nodes[f].Sw) * fine.DeltaTof[f];
+    }
+    return sum;
+}
+
 TEST(AdvanceExplicit, ConservesWaterAcrossStretchesOfUnevenNodes) {
     const FluidTables tables = samples::plainFlood();
     SolverLine line = samples::floodedLine(tables, grazingTimes(60));
@@ -108,15 +120,7 @@ TEST(AdvanceExplicit, StaysAsCloseToTheExactFloodInStretchesAsInOnePiece) {
     advance(tables, {}, 80.0, stretched);
     advanceTogether(tables, {}, 80.0, together);
     advance(tables, {0.8, 1e-6}, 80.0, fine);
-    const auto error = [&](const SolverLine& line) {
-        double sum = 0.0;
-        std::size_t k = 1;
-        for (std::size_t f = 1; f <= fineCount; ++f) {
-            while (k < times.size() && line.Tof[k] < fine.Tof[f]) ++k;
-            sum += std::abs(line.nodes[k].Sw - fine.nodes[f].Sw) * fine.DeltaTof[f];
-        }
-        return sum;
-    };
+    const auto error = [&](const SolverLine& line) { return distanceFrom(fine, line); };
     EXPECT_LE(error(stretched), error(together));
     EXPECT_LT(error(stretched), 0.1 * 80.0);
     EXPECT_LT(stretched.substeps, 60 * together.substeps);
@@ -210,15 +214,7 @@ TEST(AdvanceExplicit, LimitsALineInStretchesAsWellAsInOnePieceAndKeepsTheWater) 
     const double total = std::accumulate(times.begin(), times.end(), 0.0);
     SolverLine fine = samples::floodedLine(tables, std::vector<double>(fineCount, total / fineCount));
     advance(tables, {0.8, 1e-6}, 80.0, fine);
-    const auto error = [&](const SolverLine& line) {
-        double sum = 0.0;
-        std::size_t k = 1;
-        for (std::size_t f = 1; f <= fineCount; ++f) {
-            while (k < times.size() && line.Tof[k] < fine.Tof[f]) ++k;
-            sum += std::abs(line.nodes[k].Sw - fine.nodes[f].Sw) * fine.DeltaTof[f];
-        }
-        return sum;
-    };
+    const auto error = [&](const SolverLine& line) { return distanceFrom(fine, line); };
     SolverLine upstream = samples::floodedLine(tables, times);
     SolverLine stretched = upstream, together = upstream;
     ExplicitControl control;
