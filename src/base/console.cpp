@@ -1,5 +1,9 @@
 #include "base/console.hpp"
 
+#include "base/text.hpp"
+
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
@@ -70,7 +74,14 @@ void unfold(const Console& console, bool showLast) {
     last.swap(console.account->withheld);
     console.account->limit = 0;
     if (!showLast) return;
-    for (const std::string& line : last) lineToScreenAlways(console, line);
+    auto first = last.begin();
+    if (console.concise) {  // the reason alone: what led to it stands in the log
+        const auto reason = std::find_if(last.begin(), last.end(), [](const std::string& line) {
+            return toUpper(line).find("ERROR") != std::string::npos;
+        });
+        if (reason != last.end()) first = reason;
+    }
+    for (; first != last.end(); ++first) lineToScreenAlways(console, *first);
 }
 
 void lineToScreen(const Console& console, std::string_view text) {

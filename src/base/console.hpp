@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <deque>
 #include <fmt/format.h>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,7 @@ struct ScreenAccount {
 };
 
 struct MessageRecord;  // base/messages.hpp
+struct WrittenFiles;   // base/written_files.hpp
 
 /// Where the program speaks and listens. `log` is KVR_dbg.out once it is open, before that null;
 /// writing to a null stream does nothing.
@@ -32,10 +34,12 @@ struct Console {
     std::FILE* screen = stdout;
     std::FILE* log = nullptr;
     std::FILE* input = stdin;
-    StatusLine* status = nullptr;       // set only while the screen is a terminal
-    ScreenAccount* account = nullptr;   // set while steps are taken
-    MessageRecord* messages = nullptr;  // keeps warnings for the end of the run
-    bool concise = false;               // lines of the stages stand in the log alone
+    StatusLine* status = nullptr;                   // set only while the screen is a terminal
+    ScreenAccount* account = nullptr;               // set while steps are taken
+    MessageRecord* messages = nullptr;              // keeps warnings for the end of the run
+    WrittenFiles* files = nullptr;                  // open files that are checked
+    const std::function<void()>* atStop = nullptr;  // what is still to be left behind when a run fails
+    bool concise = false;                           // lines of the stages stand in the log alone
 };
 
 /// One line of text, the line end added here.

@@ -1,11 +1,16 @@
 #include "base/hard_stop.hpp"
 
+#include "base/messages.hpp"
+#include "base/written_files.hpp"
+
 #include <cstdlib>
 
 namespace kvr {
 
 void hardStop(const Console& console) {
-    if (console.log != nullptr) std::fflush(console.log);
+    settleFiles(console);
+    if (console.messages != nullptr) ++console.messages->errors;
+    if (console.atStop != nullptr) (*console.atStop)();
     unfold(console, true);
     waitForLine(console);
     std::exit(EXIT_FAILURE);

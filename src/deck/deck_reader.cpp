@@ -10,6 +10,7 @@
 #include "deck/sections/runspec.hpp"
 #include "deck/sections/schedule_section.hpp"
 #include "deck/sections/solution.hpp"
+#include "deck/sections/summary.hpp"
 #include "pressure/wells/well_controls.hpp"
 
 #include <algorithm>
@@ -63,8 +64,8 @@ void readSolutionPart(SectionReader& reader, Simulation& run) {
     readSolution(reader, records);
 }
 
-void readSummaryPart(SectionReader& reader, Simulation&) {
-    readSummary(reader);
+void readSummaryPart(SectionReader& reader, Simulation& run) {
+    readSummary(reader, run.summaryRequests);
 }
 
 void readSchedulePart(SectionReader& reader, Simulation& run) {
@@ -102,7 +103,7 @@ SectionReader readerFor(DeckReading& deck, DeckCursor& cursor, std::string_view 
     reader.sinks = &deck.sinks;
     reader.section = section;
     reader.errorName = errorName;
-    reader.workingFolder = deck.run.options.workingFolder;
+    reader.workingFolder = deck.run.options.deckFolder;
     reader.outputMetric = deck.run.options.outputMetric;
     reader.units = &deck.run.units;
     reader.keyword = section;
@@ -236,6 +237,7 @@ void secondPass(DeckReading& deck) {
 
 /// The names under which the deck is looked for, in order.
 std::vector<std::string> deckNames(const RunOptions& options) {
+    if (!options.deckFile.empty()) return {options.deckFile};
     if (!options.useRelativePath) return {"ECLIPSE.DATA", "FRONTSIM.DATA"};
     return {options.dataFileBase + ".DATA", options.dataFileBase + ".DAT", options.dataFileBase + ".ECL"};
 }

@@ -58,8 +58,12 @@ struct RunOptions {
     int inputMode = 3;         // 1 ECLIPSE form, 3 native deck, 4 IX deck
     std::string dataFileBase;  // path and header of the deck, without extension
     std::string headerName = "ECLIPSE";
-    std::string workingFolder;     // ends with its separator; blank for the present folder
+    std::string workingFolder;     // of the results; ends with its separator; blank for the present folder
     bool useRelativePath = false;  // the user typed a name
+    std::string deckFile;          // path of a deck named on the command line
+    std::string deckFolder;        // of the deck and its INCLUDE files; ends with its separator
+    std::string outputPrefix;      // stands for KVR in the names of files; empty: they have their own names
+    bool checkOnly = false;        // nothing is run or written
     bool ixExtract = false;
 
     // --- numerical method --------------------------------------------------------------------

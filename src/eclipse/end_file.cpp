@@ -1,5 +1,6 @@
 #include "eclipse/end_file.hpp"
 
+#include "base/written_files.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 
@@ -11,8 +12,6 @@ namespace kvr {
 
 namespace {
 
-constexpr std::array<std::string_view, 5> CountedKinds = {"Comments", "Warnings", "Problems", "Errors",
-                                                          "Bugs"};
 constexpr int LastClearedStep = 1000;
 
 void deleteFile(const Console& console, const std::string& path) {
@@ -31,15 +30,25 @@ void deleteSilently(const std::string& path) {
 
 }  // namespace
 
-void Output_ECLEND_Normal(const Console& console, const RunOptions& options) {
+void Output_ECLEND_Normal(const Console& console, const RunOptions& options, const MessageRecord& messages,
+                          int problems) {
+    struct CountRow {
+        std::string_view kind;
+        int count;
+    };
+    const std::array<CountRow, 5> rows = {{{"Comments", 0},
+                                           {"Warnings", warningCount(messages)},
+                                           {"Problems", problems},
+                                           {"Errors", messages.errors},
+                                           {"Bugs", 0}}};
     const std::string path = runFile(options, ".ECLEND");
     errno = 0;
     std::FILE* file = std::fopen(path.c_str(), "w");
     if (file == nullptr) stopOnFileStatus(console, errno, path);
     std::fputs(" Error summary\n", file);
-    for (const std::string_view kind : CountedKinds)
-        std::fputs(fmt::format(" {:<20} {}\n", kind, 0).c_str(), file);
-    std::fclose(file);
+    for (const CountRow& row : rows)
+        std::fputs(fmt::format(" {:<20} {}\n", row.kind, row.count).c_str(), file);
+    closeWhole(console, file);
     log(console, " File Generated : {}", path);
     lineToLog(console, " Function Ends Normally  : Output_ECLEND_Normal");
 }

@@ -55,6 +55,7 @@ std::FILE* replaceTextOrStop(const Console& console, const std::string& path) {
 void closeOrStop(const Console& console, RecordWriter& writer) {
     errno = 0;
     if (close(writer)) return;
+    std::remove(writer.path.c_str());  // a part of a file would be read as one
     stopOnFileStatus(console, errno == 0 ? HandlingErrorStatus : errno, writer.path);
 }
 

@@ -36,9 +36,11 @@ std::array<double, 6> extentOf(const GridModel& grid) {
 
 std::array<std::int32_t, 10> lineHead(const RunClock& clock) {
     constexpr std::int32_t Version = 2, Kind = 2, Dimensions = 3;
+    RunClock end = clock;  // the lines are those of the step, whose end the clock has not reached yet
+    advanceCalendar(clock.dt, end);
     const HourMinute time = hourMinute(clock.time + clock.dt);
-    return {Version,     Kind,       Dimensions, clock.reportIndex, clock.day,
-            clock.month, clock.year, time.hour,  time.minute,       0};
+    return {Version,   Kind,     Dimensions, clock.reportIndex, end.day,
+            end.month, end.year, time.hour,  time.minute,       0};
 }
 
 /// From segments before a line to the 1-based place of its first coordinate in GEOMETRY, and back.

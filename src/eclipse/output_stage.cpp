@@ -12,7 +12,10 @@
 #include "eclipse/restart_plots.hpp"
 #include "eclipse/rft_file.hpp"
 #include "eclipse/summary_files.hpp"
+#include "report/run_vectors.hpp"
 #include "report/well_figures.hpp"
+
+#include <algorithm>
 
 namespace kvr {
 
@@ -24,15 +27,91 @@ ScheduleStep entryInForce(const Simulation& run) {
     return entry < run.schedule.steps.size() ? run.schedule.steps[entry] : ScheduleStep{};
 }
 
+bool isFixed(std::string_view mnemonic) {
+    const auto& fixed = summaryVectors();
+    return std::any_of(fixed.begin(), fixed.end(),
+                       [mnemonic](const SummaryVector& row) { return row.mnemonic == mnemonic; });
+}
+
+/// A name of the deck, or its begin before an asterisk.
+bool names(std::string_view pattern, std::string_view well) {
+    const bool open = pattern.ends_with('*');
+    if (open) pattern.remove_suffix(1);
+    return open ? well.starts_with(pattern) : well == pattern;
+}
+
+bool isAsked(const SummaryRequest& request, std::string_view well) {
+    return request.wells.empty() ||
+           std::any_of(request.wells.begin(), request.wells.end(),
+                       [well](const std::string& pattern) { return names(pattern, well); });
+}
+
+void ask(const AskedVector& vector, std::vector<AskedVector>& all) {
+    const bool known = std::any_of(all.begin(), all.end(), [&vector](const AskedVector& row) {
+        return row.mnemonic == vector.mnemonic && row.well == vector.well;
+    });
+    if (!known && !isFixed(vector.mnemonic)) all.push_back(vector);
+}
+
+void askFor(const SummaryRequest& request, const std::vector<std::string>& wells,
+            std::vector<AskedVector>& all) {
+    const RunVector* vector = vectorOf(request.mnemonic);
+    if (vector == nullptr) return;
+    const std::string_view unit = fieldUnit(vector->quantity);
+    if (request.mnemonic.starts_with('F')) return ask({request.mnemonic, "", unit, 0}, all);
+    for (std::size_t w = 0; w < wells.size(); ++w)
+        if (isAsked(request, wells[w])) ask({request.mnemonic, wells[w], unit, w}, all);
+}
+
+/// ALL stands for every vector.
+std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& requests) {
+    std::vector<SummaryRequest> all;
+    for (const SummaryRequest& request : requests) {
+        if (request.mnemonic != "ALL") {
+            all.push_back(request);
+            continue;
+        }
+        for (const RunVector& row : runVectors()) {
+            if (row.ofField) all.push_back({fmt::format("F{}", row.suffix), {}});
+            if (row.ofWells) all.push_back({fmt::format("W{}", row.suffix), {}});
+        }
+    }
+    return all;
+}
+
+std::vector<float> askedValues(const Simulation& run) {
+    const StepFigures figures = stepFigures(run);
+    std::vector<float> values;
+    for (const AskedVector& asked : run.eclipse.asked) {
+        const WellFigures& figure = asked.well.empty() ? figures.field : figures.wells[asked.wellPlace];
+        values.push_back(static_cast<float>(vectorOf(asked.mnemonic)->value(figures, figure)));
+    }
+    return values;
+}
+
+/// Nothing has flowed at time zero, whatever the wells are set to.
+void clearRates(std::vector<SummaryFigures>& figures) {
+    for (SummaryFigures& well : figures) well.oil = well.water = well.gas = 0.0;
+}
+
 void writeStep(Simulation& run) {
     writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
-    if (!isOn(run.options, OutputSwitch::Eclipse)) return;
-    writeSummaryStep(run.console, run.options, run.clock,
-                     summaryFigures(run.units, run.clock, entryInForce(run), run.wells, run.eclipse.wellCount,
-                                    run.eclipse.totals));
+    writeSummaryStep(run.console, run.options, run.clock, run.eclipse.steps);
+    run.eclipse.steps.clear();
 }
 
 }  // namespace
+
+void takeSummaryStep(Simulation& run) {
+    if (!isOn(run.options, OutputSwitch::Eclipse) || run.options.traceFromRestart) return;
+    EclipseOutput& output = run.eclipse;
+    std::vector<SummaryFigures> figures =
+        summaryFigures(run.units, run.clock, entryInForce(run), run.wells, output.wellCount, output.totals);
+    if (run.clock.reportIndex == 0) clearRates(figures);
+    // Without vectors asked for a file holds its report alone.
+    if (output.asked.empty()) output.steps.clear();
+    output.steps.push_back(summaryValues(figures, askedValues(run)));
+}
 
 void startEclipseFiles(Simulation& simulation) {
     const RunOptions& options = simulation.options;
@@ -42,9 +121,12 @@ void startEclipseFiles(Simulation& simulation) {
     if (options.traceFromRestart) return;
     if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
     writeInitFile(simulation.console, options, simulation.units, simulation.grid, simulation.connections);
-    writeSummarySpec(simulation.console, options, simulation.grid, wells);
+    for (const SummaryRequest& request : spelledOut(simulation.summaryRequests))
+        askFor(request, wells, simulation.eclipse.asked);
+    writeSummarySpec(simulation.console, options, simulation.grid, wells, simulation.eclipse.asked);
     writeGridFile(simulation.console, options, simulation.grid);
     simulation.clock.reportIndex = 0;
+    takeSummaryStep(simulation);
     writeStep(simulation);
     simulation.clock.reportIndex = 1;
 }
@@ -66,7 +148,9 @@ void convertOutsideRun(Simulation& simulation) {
 
 void finishEclipseFiles(Simulation& simulation) {
     closeOrStop(simulation.console, simulation.eclipse.rft);
-    if (!simulation.options.traceFromRestart) Output_ECLEND_Normal(simulation.console, simulation.options);
+    if (!simulation.options.traceFromRestart)
+        Output_ECLEND_Normal(simulation.console, simulation.options, simulation.messages,
+                             simulation.course.endSignal != 0 ? 1 : 0);
 }
 
 }  // namespace kvr

@@ -9,6 +9,9 @@ namespace kvr {
 /// and .X and .S of time zero.
 void startEclipseFiles(Simulation& simulation);
 
+/// The summary vectors of the step just finished, kept for the next .S file.
+void takeSummaryStep(Simulation& simulation);
+
 /// At a report time, unless the run traces from outside restarts: .RFT, .X and .S of the report step.
 void reportEclipseFiles(Simulation& simulation);
 

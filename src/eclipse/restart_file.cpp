@@ -1,11 +1,13 @@
 #include "eclipse/restart_file.hpp"
 
+#include "base/constants.hpp"
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
 #include "run/records/output_table.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kvr {
@@ -60,6 +62,12 @@ HeadList<IntegerSlots> integerHead(const RunClock& clock, const GridModel& grid,
     return head;
 }
 
+/// Somewhere oil holds gas: dead oil has no RS.
+bool hasDissolvedGas(const CellState& state) {
+    const auto cells = state.Rs.cells();
+    return std::any_of(cells.begin(), cells.end(), [](double rs) { return rs > 0.0; });
+}
+
 void writeMaps(RecordWriter& writer, const GridModel& grid, CellId active, const DiagnosticMaps& maps) {
     if (maps.timeSum.empty()) return;
     for (const WellMapRow& row : WellMapRows) {
@@ -94,6 +102,9 @@ void writeRestartFile(const Console& console, const RunOptions& options, const R
     for (const StateRow& row : StateRows)
         writeActiveCells(writer, row.keyword, grid, active,
                          [&](CellId cell) { return (state.*row.values)[cell]; });
+    if (hasDissolvedGas(state))
+        writeActiveCells(writer, "RS", grid, active,
+                         [&](CellId cell) { return state.Rs[cell] * GasRatioFactor; });
     writeMaps(writer, grid, active, maps);
     closeOrStop(console, writer);
     tellGenerated(console, writer.path);

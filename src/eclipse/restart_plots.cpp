@@ -2,6 +2,7 @@
 
 #include "base/number_writer.hpp"
 #include "base/text.hpp"
+#include "base/written_files.hpp"
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -81,7 +82,7 @@ void writeOwnFiles(const Console& console, const RunOptions& options, const Grid
     both(console, "Data -> {}", keyword);
     std::FILE* plot = replaceTextOrStop(console, fmt::format("{}_{:04d}{}.PLT", plots.base, step, word));
     addZone(options, grid, values, time, padded(keyword, keyword.size() + gap), plot);
-    std::fclose(plot);
+    closeWhole(console, plot);
     std::FILE* text = replaceTextOrStop(
         console, fmt::format("{}_{}_STEP_{:04d}_TIME_{}.ECLTXT", plots.base, word, step, wholeTime(time)));
     NumberWriter writer;
@@ -91,7 +92,7 @@ void writeOwnFiles(const Console& console, const RunOptions& options, const Grid
         put(writer, "\n");
     }
     flush(writer);
-    std::fclose(text);
+    closeWhole(console, text);
 }
 
 bool holdsReals(const BlockHeader& header) {
@@ -125,9 +126,9 @@ RestartPlots openRestartPlots(const Console& console, const RunOptions& options,
     return plots;
 }
 
-void closeRestartPlots(RestartPlots& plots) {
+void closeRestartPlots(const Console& console, RestartPlots& plots) {
     for (std::FILE*& file : plots.files) {
-        if (file != nullptr) std::fclose(file);
+        if (file != nullptr) closeWhole(console, file);
         file = nullptr;
     }
 }
@@ -165,7 +166,7 @@ void input_RST2Tecplot(const Console& console, const RunOptions& options, const 
         close(reader);
     }
     clock.time = 0.0;
-    closeRestartPlots(plots);
+    closeRestartPlots(console, plots);
     logReaderEnd(console, " Function Ends Normally : input_RST2Tecplot");
 }
 

@@ -20,7 +20,7 @@ struct RestartPlots {
 };
 
 RestartPlots openRestartPlots(const Console& console, const RunOptions& options, std::string_view header);
-void closeRestartPlots(RestartPlots& plots);
+void closeRestartPlots(const Console& console, RestartPlots& plots);
 
 /// Turns the blocks of an open .X file into zones at the file's time, which clock.time takes. Values are
 /// those of every cell, or of the active cells in natural order; what a block lacks is 0, what it has more

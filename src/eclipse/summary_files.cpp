@@ -13,6 +13,7 @@ namespace kvr {
 namespace {
 
 constexpr std::array<std::string_view, 9> BlankRestart = {};
+constexpr std::string_view NoWell = ":+:+:+:+";  // in place of a name for what belongs to no well
 constexpr auto VectorCount = static_cast<std::int32_t>(SummaryVectorCount);
 
 struct ReportedRates {
@@ -54,11 +55,12 @@ void addToTotals(std::size_t well, double dt, SummaryFigures& figures, SummaryTo
 }  // namespace
 
 void writeSummarySpec(const Console& console, const RunOptions& options, const GridModel& grid,
-                      const std::vector<std::string>& wellNames) {
+                      const std::vector<std::string>& wellNames, const std::vector<AskedVector>& asked) {
     if (!isOn(options, OutputSwitch::Eclipse) || wellNames.empty()) return;
     const auto& vectors = summaryVectors();
     const std::size_t wells = wellNames.size();
-    const auto entries = static_cast<std::int32_t>(vectors.size() * wells);
+    const std::size_t fixed = vectors.size() * wells;
+    const auto entries = static_cast<std::int32_t>(fixed + asked.size());
     // The first word is the number of vectors of one well, not of all of them.
     const std::array<std::int32_t, 6> dimensions = {VectorCount, grid.NX, grid.NY, grid.NZ, 0, 0};
     const std::array<std::int32_t, 3> start = {options.startDay, options.startMonth, options.startYear};
@@ -66,14 +68,18 @@ void writeSummarySpec(const Console& console, const RunOptions& options, const G
     openOrStop(console, runFile(options, ".SMSPEC"), writer);
     writeWords(writer, "RESTART", BlankRestart);
     write_keyword(writer, "DIMENS", std::span<const std::int32_t>(dimensions), Cut::OneRecord);
-    write_keyword<Text8>(writer, "KEYWORDS", entries,
-                         [&](std::size_t n) { return text8(vectors[n / wells].mnemonic); });
-    write_keyword<Text8>(writer, "WGNAMES", entries,
-                         [&](std::size_t n) { return text8(wellNames[n % wells]); });
+    write_keyword<Text8>(writer, "KEYWORDS", entries, [&](std::size_t n) {
+        return text8(n < fixed ? vectors[n / wells].mnemonic : asked[n - fixed].mnemonic);
+    });
+    write_keyword<Text8>(writer, "WGNAMES", entries, [&](std::size_t n) {
+        if (n < fixed) return text8(wellNames[n % wells]);
+        return text8(asked[n - fixed].well.empty() ? NoWell : asked[n - fixed].well);
+    });
     write_keyword(writer, "STARTDAT", std::span<const std::int32_t>(start), Cut::OneRecord);
-    write_keyword<std::int32_t>(writer, "NUMS", entries, [](std::size_t) { return 1; });
-    write_keyword<Text8>(writer, "UNITS", entries,
-                         [&](std::size_t n) { return text8(vectors[n / wells].unit); });
+    write_keyword<std::int32_t>(writer, "NUMS", entries, [&](std::size_t n) { return n < fixed ? 1 : 0; });
+    write_keyword<Text8>(writer, "UNITS", entries, [&](std::size_t n) {
+        return text8(n < fixed ? vectors[n / wells].unit : asked[n - fixed].unit);
+    });
     closeOrStop(console, writer);
     tellGenerated(console, writer.path);
 }
@@ -97,19 +103,32 @@ std::vector<SummaryFigures> summaryFigures(const UnitSystem& units, const RunClo
     return all;
 }
 
+std::vector<float> summaryValues(const std::vector<SummaryFigures>& figures,
+                                 const std::vector<float>& asked) {
+    std::vector<float> values;
+    for (const SummaryVector& vector : summaryVectors())
+        for (const SummaryFigures& well : figures) values.push_back(static_cast<float>(vector.value(well)));
+    values.insert(values.end(), asked.begin(), asked.end());
+    return values;
+}
+
 void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
                       const std::vector<SummaryFigures>& figures) {
+    writeSummaryStep(console, options, clock, std::vector<std::vector<float>>{summaryValues(figures)});
+}
+
+void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
+                      const std::vector<std::vector<float>>& steps) {
     if (!isOn(options, OutputSwitch::Eclipse)) return;
-    const auto& vectors = summaryVectors();
-    const std::size_t wells = figures.size();
-    const auto zero = [](std::size_t) { return 0; };
     RecordWriter writer;
     openOrStop(console, runFile(options, ".S", clock.reportIndex), writer);
-    write_keyword<std::int32_t>(writer, "SEQHDR", 1, zero);
-    write_keyword<std::int32_t>(writer, "MINISTEP", 1, zero);
-    write_keyword<float>(
-        writer, "PARAMS", static_cast<std::int32_t>(vectors.size() * wells),
-        [&](std::size_t n) { return static_cast<float>(vectors[n / wells].value(figures[n % wells])); });
+    write_keyword<std::int32_t>(writer, "SEQHDR", 1, [](std::size_t) { return 0; });
+    std::int32_t place = 0;
+    for (const std::vector<float>& values : steps) {
+        write_keyword<std::int32_t>(writer, "MINISTEP", 1, [&](std::size_t) { return place; });
+        write_keyword(writer, "PARAMS", std::span<const float>(values));
+        ++place;
+    }
     closeOrStop(console, writer);
     tellGenerated(console, writer.path);
 }

@@ -15,10 +15,10 @@
 
 namespace kvr {
 
-/// Replaces the .SMSPEC file for the wells of the run in the order of their numbers. Neither without the
-/// option nor without wells.
+/// Replaces the .SMSPEC file for the wells of the run in the order of their numbers, behind their vectors
+/// those that the deck asks for. Neither without the option nor without wells.
 void writeSummarySpec(const Console& console, const RunOptions& options, const GridModel& grid,
-                      const std::vector<std::string>& wellNames);
+                      const std::vector<std::string>& wellNames, const std::vector<AskedVector>& asked = {});
 
 /// Moves the running sums on to the clock's time and gives the figures of every well of the run; wells that
 /// the schedule has not introduced yet stand at 0. `entry` is the part of the schedule in force.
@@ -26,7 +26,15 @@ std::vector<SummaryFigures> summaryFigures(const UnitSystem& units, const RunClo
                                            const ScheduleStep& entry, const WellRecord& wells,
                                            std::size_t wellCount, SummaryTotals& totals);
 
-/// Replaces the .S file of the clock's report step. Without the option it does nothing.
+/// The values of one step in the order of the files: those of every well, then those asked for.
+std::vector<float> summaryValues(const std::vector<SummaryFigures>& figures,
+                                 const std::vector<float>& asked = {});
+
+/// Replaces the .S file of the clock's report step with the values of its steps. Without the option it does
+/// nothing.
+void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
+                      const std::vector<std::vector<float>>& steps);
+/// The same of a report with one step and no vectors asked for.
 void writeSummaryStep(const Console& console, const RunOptions& options, const RunClock& clock,
                       const std::vector<SummaryFigures>& figures);
 

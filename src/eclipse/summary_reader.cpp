@@ -197,7 +197,7 @@ void read_ECL_response(const Console& console, const RunOptions& options, const 
     else
         readSteps(console, options, header, spec, plan, response);
     writeWellDataRows(options.componentCount, wells, response, files);
-    closeWellData(files);
+    closeWellData(console, files);
     logReaderEnd(console, " Function Ends : read_ECL_response");
 }
 

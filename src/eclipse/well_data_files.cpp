@@ -2,6 +2,7 @@
 
 #include "base/number_writer.hpp"
 #include "base/text.hpp"
+#include "base/written_files.hpp"
 #include "eclipse/file_failure.hpp"
 
 #include <algorithm>
@@ -91,9 +92,9 @@ void writeWellDataRows(int componentCount, const WellRecord& wells, const Summar
         putRows(withComponents(ObservedIds, componentCount), wells, response, files.observed);
 }
 
-void closeWellData(WellDataFiles& files) {
+void closeWellData(const Console& console, WellDataFiles& files) {
     for (std::FILE** file : {&files.calculated, &files.observed}) {
-        if (*file != nullptr) std::fclose(*file);
+        if (*file != nullptr) closeWhole(console, *file);
         *file = nullptr;
     }
 }

@@ -23,6 +23,6 @@ void writeWellDataHeads(int componentCount, WellDataFiles& files);
 /// Well after well, in the order of the response; vectors that the response lacks are 0.
 void writeWellDataRows(int componentCount, const WellRecord& wells, const SummaryResponse& response,
                        WellDataFiles& files);
-void closeWellData(WellDataFiles& files);
+void closeWellData(const Console& console, WellDataFiles& files);
 
 }  // namespace kvr

@@ -154,7 +154,9 @@ int writeCornerPointDeck(const GridModel& grid, double lengthFactor, const std::
     writeActivity(list, grid);
     flush(list.out);
     const bool failed = std::ferror(list.out.file) != 0;
-    return std::fclose(list.out.file) != 0 || failed ? EIO : 0;
+    if (std::fclose(list.out.file) == 0 && !failed) return 0;
+    std::remove(path.c_str());
+    return EIO;
 }
 
 }  // namespace kvr

@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/number_writer.hpp"
+#include "base/written_files.hpp"
 #include "pressure/solvers/multigrid.hpp"
 
 #include <algorithm>
@@ -74,7 +75,7 @@ void dumpTriads(const Console& console, const std::string& path, const LinearSys
         put(writer, "\n");
     }
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(console, writer.file);
 }
 
 /// One line per row: every coefficient of the full matrix, the right-hand side last, tabs between.
@@ -95,20 +96,20 @@ void dumpFullRows(const Console& console, const std::string& path, const LinearS
         put(writer, "\n");
     }
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(console, writer.file);
 }
 
 /// One line of convergence behind those of the run so far.
 void appendInfo(const Console& console, const std::string& path, const SolveResult& result,
                 PressureSolver& solver) {
-    if (!solver.infoFileOpened) std::fclose(openForReplace(console, path));
+    if (!solver.infoFileOpened) closeWhole(console, openForReplace(console, path));
     solver.infoFileOpened = true;
-    std::FILE* file = std::fopen(path.c_str(), "a");
-    if (file == nullptr) return;
+    std::FILE* file = openForAppend(console, path);
+    const long before = lengthOf(file);
     const std::string line =
         fmt::format("ITERATIONS = {}  ERROR = {}\n", result.iterations, number(result.residual, InfoDigits));
     std::fputs(line.c_str(), file);
-    std::fclose(file);
+    closeAppended(console, file, before);
 }
 
 void tell(const Console& console, const std::vector<std::string>& lines) {

@@ -2,6 +2,7 @@
 
 #include "base/number_writer.hpp"
 #include "base/text.hpp"
+#include "base/written_files.hpp"
 #include "model/rock_properties.hpp"
 #include "report/block_zone.hpp"
 
@@ -45,14 +46,14 @@ void writeSmoothed(const Simulation& run) {
         std::FILE* file = openBeside(run.console, run.outputs, row.file);
         writeBlockZone(file, run.grid, nodes, run.grid.*row.property.array, run.clock.time,
                        rowOf(row.file).title);
-        std::fclose(file);
+        closeWhole(run.console, file);
     }
 }
 
 void writeMap(const Simulation& run, OutputFile name, const CellValue& value) {
     std::FILE* file = openBeside(run.console, run.outputs, name);
     writeZone(file, run.grid, ZoneNodes::Shared, value, {UpscaledTitle, UpscaledVariable, nullptr});
-    std::fclose(file);
+    closeWhole(run.console, file);
 }
 
 void putKeyword(NumberWriter& writer, std::string_view keyword, const CellArray<double>& values) {
@@ -71,7 +72,7 @@ void writePorosity(const Simulation& run) {
     writer.file = openBeside(run.console, run.outputs, OutputFile::UpscaledPorosityData);
     putKeyword(writer, "PORO", porosity);
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(run.console, writer.file);
 }
 
 void writePermeabilities(const Simulation& run) {
@@ -85,7 +86,7 @@ void writePermeabilities(const Simulation& run) {
     for (const PermeabilityRow& row : PermeabilityRows)
         putKeyword(writer, row.property.name, run.grid.upscaled.*row.property.upscaled);
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(run.console, writer.file);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "base/arrow_rules.hpp"
 #include "base/constants.hpp"
+#include "base/written_files.hpp"
 #include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
 
@@ -149,9 +150,10 @@ void addToSweepTable(const Simulation& run) {
     const std::string path = outputPath(run.outputs, outputName(OutputFile::RunSweepVolume));
     const bool first = run.balance.rows.size() == 1;
     std::FILE* file = first ? openForReplace(run.console, path) : openForAppend(run.console, path);
+    const long before = lengthOf(file);
     if (first) std::fputs(balanceTableHead().c_str(), file);
     std::fputs(balanceTableRow(run.units, run.balance, run.balance.rows.back()).c_str(), file);
-    std::fclose(file);
+    closeAppended(run.console, file, before);
     lineToLog(run.console, rowOf(OutputFile::RunSweepVolume).told);
 }
 

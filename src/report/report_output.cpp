@@ -1,6 +1,7 @@
 #include "report/report_output.hpp"
 
 #include "base/constants.hpp"
+#include "base/written_files.hpp"
 #include "report/block_zone.hpp"
 #include "report/point_file.hpp"
 #include "report/slices.hpp"
@@ -63,7 +64,7 @@ void addSlices(const Simulation& run) {
 void replaceEndFile(const Simulation& run, OutputFile name, const CellArray<double>& values) {
     std::FILE* file = openBeside(run.console, run.outputs, name);
     writePointFile(file, run.grid, values, rowOf(name).title);
-    std::fclose(file);
+    closeWhole(run.console, file);
     lineToBoth(run.console, rowOf(name).told);
 }
 

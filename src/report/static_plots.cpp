@@ -1,5 +1,6 @@
 #include "report/static_plots.hpp"
 
+#include "base/written_files.hpp"
 #include "report/block_zone.hpp"
 #include "report/point_file.hpp"
 
@@ -36,7 +37,7 @@ void writeZones(const Simulation& run) {
         writeBlockZone(
             stream, run.grid, nodes, [&](CellId cell) { return row.value(run, cell); }, run.clock.time,
             file.title);
-        std::fclose(stream);
+        closeWhole(run.console, stream);
         if (!file.told.empty()) lineToLog(run.console, file.told);
     }
 }

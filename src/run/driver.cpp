@@ -2,11 +2,17 @@
 
 #include "base/constants.hpp"
 #include "base/stopwatch.hpp"
+#include "base/written_files.hpp"
 #include "eclipse/output_stage.hpp"
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
+#include "report/summary_table.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
+#include "run/closing_summary.hpp"
+#include "run/process.hpp"
+#include "run/report_rows.hpp"
+#include "run/run_files.hpp"
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
 #include "run/step_attempt.hpp"
@@ -54,9 +60,13 @@ void reportStep(double executedDt, Simulation& simulation) {
     advanceBalance(simulation, executedDt);
     reportWells(simulation);
     ReportMBE(simulation);
+    addToSummaryTable(simulation);
+    takeSummaryStep(simulation);
+    noteCourse(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         reportEclipseFiles(simulation);
+        addReportRow(simulation);
         clock.reportIndex += 1;
     }
     clock.completedSteps += 1;
@@ -89,27 +99,79 @@ void printStepCounts(const Console& console, const StepControl& control) {
     both(console, "Steps taken fully implicitly     : {}", control.implicitSteps);
 }
 
+/// What every end of a run leaves behind: message counts, the summary, an index of the files.
+void leave(Simulation& simulation, std::string_view ending) {
+    closeSummaryTable(simulation);
+    finishEclipseFiles(simulation);
+    tellClosingSummary(simulation, ending);
+}
+
+void closeFiles(Simulation& simulation) {
+    checkWritten(simulation.console);
+    closeOutputs(simulation.outputs);
+    closeLog(simulation.outputs, simulation.console);
+    removeEmptyFiles(simulation);
+    writeFilesIndex(simulation);
+}
+
+/// A stop on an error: the reason has been told and stands last where the console is concise.
+void leaveAtStop(Simulation& simulation) {
+    simulation.console.atStop = nullptr;
+    clearStatus(simulation.console);
+    if (simulation.console.log == nullptr) return;
+    finishEclipseFiles(simulation);
+    if (!simulation.course.stepsBegun) return;
+    Simulation& s = simulation;
+    std::FILE* const screen = s.console.screen;
+    if (!s.console.concise) s.console.screen = nullptr;
+    tellClosingSummary(s, "ended by an error");
+    s.console.screen = screen;
+}
+
+int finishBySignal(Simulation& simulation) {
+    endStatus(simulation);
+    simulation.course.endSignal = endSignal();
+    const int status = statusOfSignal(simulation.course.endSignal);
+    leave(simulation,
+          fmt::format("ended by {} behind a whole step", signalName(simulation.course.endSignal)));
+    closeFiles(simulation);
+    return status;
+}
+
+void connectConsole(Simulation& simulation) {
+    Console& console = simulation.console;
+    console.messages = &simulation.messages;
+    console.files = &simulation.written;
+    console.account = &simulation.account;
+    console.concise = isNamed(simulation.command) && !simulation.command.verbose;
+    if (isNamed(simulation.command)) console.input = nullptr;  // nobody is asked
+    simulation.atStop = [&simulation] { leaveAtStop(simulation); };
+    console.atStop = &simulation.atStop;
+}
+
 void finishRun(Simulation& simulation) {
     endStatus(simulation);
-    finishEclipseFiles(simulation);
+    warnOfBalance(simulation);
     printStageTimes(simulation.console, simulation.times);
     printLineNewton(simulation.console, simulation.lines.newton);
     if (simulation.options.method == "FIM")
         printImplicitCounts(simulation.console, simulation.implicit.counts);
     printStepCounts(simulation.console, simulation.control);
+    leave(simulation, "finished");
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
-    closeOutputs(simulation.outputs);
-    closeLog(simulation.outputs, simulation.console);
+    closeFiles(simulation);
 }
 
 }  // namespace
 
-void runSimulation(Simulation& simulation) {
-    simulation.console.messages = &simulation.messages;
+int runSimulation(Simulation& simulation) {
+    connectConsole(simulation);
     startUp(simulation);
+    if (simulation.options.checkOnly) return 0;
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
+        if (endSignal() != 0) return finishBySignal(simulation);
         const bool timeAhead = beginStep(simulation);
         const bool solve = pressureIsUpdated(simulation.options, clock);
         if (timeAhead)
@@ -120,11 +182,13 @@ void runSimulation(Simulation& simulation) {
         clock.time += clock.workDt;
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
+        checkWritten(simulation.console);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
     finishRun(simulation);
+    return 0;
 }
 
 }  // namespace kvr

@@ -1,5 +1,6 @@
 #include "run/erase_script.hpp"
 
+#include "base/written_files.hpp"
 #include "run/records/output_streams.hpp"
 
 #include <string_view>
@@ -91,12 +92,13 @@ constexpr std::string_view ErasedNames[] = {
 
 }  // namespace
 
-void writeEraseScript(const Console& console, const std::string& folder) {
-    std::FILE* file = openForReplace(console, folder + std::string(outputName(OutputFile::EraseScript)));
+void writeEraseScript(const Console& console, const std::string& folder, const std::string& prefix) {
+    const std::string name = outputFileName(prefix, outputName(OutputFile::EraseScript));
+    std::FILE* file = openForReplace(console, folder + name);
     std::fputs("@echo off\n", file);
     for (const std::string_view name : ErasedNames)
         std::fprintf(file, "del %.*s\n", static_cast<int>(name.size()), name.data());
-    std::fclose(file);
+    closeWhole(console, file);
 }
 
 }  // namespace kvr

@@ -1,5 +1,6 @@
 #include "run/example_deck.hpp"
 
+#include "base/written_files.hpp"
 #include "run/records/output_streams.hpp"
 
 #include <string_view>
@@ -387,7 +388,7 @@ void writeExampleDeck(const Console& console, const std::string& path) {
     std::FILE* file = openForReplace(console, path);
     putText(ModelText, file);
     putText(OptionText, file);
-    std::fclose(file);
+    closeWhole(console, file);
 }
 
 }  // namespace kvr

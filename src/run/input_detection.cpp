@@ -6,6 +6,7 @@
 #include "run/example_deck.hpp"
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -136,9 +137,43 @@ void splitName(const std::string& name, RunOptions& options) {
     options.ixExtract = isIx;
 }
 
-}  // namespace
+/// The deck as named, or with the extension added.
+std::string namedDeck(const Console& console, const std::string& name) {
+    for (const std::string& path : {existingPath(name), existingPath(name + std::string(DataExtension))})
+        if (!path.empty()) return path;
+    both(console, "ERROR :: Cannot find file :: {}", name);
+    hardStop(console);
+}
 
-void detectInput(const Console& console, RunOptions& options) {
+std::string madeFolder(const Console& console, const std::string& name) {
+    std::error_code failure;
+    std::filesystem::create_directories(name, failure);
+    if (!std::filesystem::is_directory(name)) {
+        both(console, "ERROR :: Cannot make the folder for output :: {}", name);
+        hardStop(console);
+    }
+    return name.ends_with('/') ? name : name + "/";
+}
+
+/// Results stand under the name of the deck, beside it unless another folder is asked for.
+void takeNamedDeck(const Console& console, const CommandLine& command, RunOptions& options) {
+    const std::string path = namedDeck(console, command.deck);
+    const std::filesystem::path parts(path);
+    const bool isIx = path.ends_with(IxExtension);
+    options.deckFile = path;
+    options.deckFolder = path.substr(0, path.size() - parts.filename().string().size());
+    options.headerName = parts.stem().string();
+    options.outputPrefix = options.headerName;
+    options.workingFolder = options.deckFolder;
+    if (!command.outputFolder.empty() && !command.check)
+        options.workingFolder = madeFolder(console, command.outputFolder);
+    options.dataFileBase = options.workingFolder + options.headerName;
+    options.useRelativePath = true;
+    options.inputMode = isIx ? IxDeck : EclipseForm;
+    options.ixExtract = isIx;
+}
+
+void findInput(const Console& console, RunOptions& options) {
     options.inputMode = NativeDeck;
     if (detectNativeDeck(console, options) || detectKnownDeck(console, options)) return;
 
@@ -149,6 +184,20 @@ void detectInput(const Console& console, RunOptions& options) {
     options.useRelativePath = true;
     splitName(name, options);
     for (const std::string_view line : OutlookText) lineToBoth(console, line);
+}
+
+}  // namespace
+
+void detectInput(const Console& console, const CommandLine& command, RunOptions& options) {
+    options.checkOnly = command.check;
+    if (isNamed(command)) return takeNamedDeck(console, command, options);
+    findInput(console, options);
+    options.deckFolder = options.workingFolder;
+    if (command.outputFolder.empty() || command.check) return;
+    options.deckFile = options.useRelativePath ? options.dataFileBase + std::string(DataExtension)
+                                               : options.headerName + std::string(DataExtension);
+    options.workingFolder = madeFolder(console, command.outputFolder);
+    options.dataFileBase = options.workingFolder + options.headerName;
 }
 
 }  // namespace kvr

@@ -3,6 +3,7 @@
 #include "base/hard_stop.hpp"
 #include "base/stopwatch.hpp"
 #include "base/threads.hpp"
+#include "base/written_files.hpp"
 #include "deck/deck_reader.hpp"
 #include "eclipse/output_stage.hpp"
 #include "fluid/equilibrium.hpp"
@@ -18,10 +19,15 @@
 #include "report/report_output.hpp"
 #include "report/run_information.hpp"
 #include "report/static_plots.hpp"
+#include "report/summary_table.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
+#include "run/closing_summary.hpp"
+#include "run/deck_summary.hpp"
 #include "run/erase_script.hpp"
 #include "run/input_detection.hpp"
+#include "run/process.hpp"
+#include "run/run_files.hpp"
 #include "run/unbuilt_features.hpp"
 #include "streamline/streamline_step.hpp"
 #include "streamline/tracing/cell_tags.hpp"
@@ -43,10 +49,14 @@ void resetCounters(RunClock& clock) {
 }
 
 void openInput(Simulation& simulation) {
-    detectInput(simulation.console, simulation.options);
+    detectInput(simulation.console, simulation.command, simulation.options);
     simulation.times.cpuAtStart = static_cast<float>(cpuSeconds());
-    writeEraseScript(simulation.console, simulation.options.workingFolder);
+    if (simulation.options.checkOnly) return;
+    simulation.outputs.prefix = simulation.options.outputPrefix;
+    writeEraseScript(simulation.console, simulation.options.workingFolder, simulation.outputs.prefix);
     openOutputs(simulation.options.workingFolder, simulation.outputs, simulation.console);
+    checkWritten(simulation.console);
+    catchEndSignals();
 }
 
 void readInput(Simulation& simulation) {
@@ -79,8 +89,10 @@ void convertAndClose(Simulation& simulation) {
     convertAndClose(simulation);
     if (simulation.options.headerName == DefaultHeader) {
         const Console console = simulation.console;
+        const CommandLine command = simulation.command;
         simulation = Simulation{};
         simulation.console = console;
+        simulation.command = command;
         openAndRead(simulation);
         convertAndClose(simulation);
     }
@@ -93,7 +105,8 @@ void initialiseState(Simulation& simulation) {
     initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
                        simulation.options, simulation.state);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
-    reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
+    if (!simulation.options.checkOnly)
+        reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
     releaseInitialArrays(simulation.initial);
     lineToBoth(simulation.console, "SUCCESSFULLY INITIALIZED.");
 }
@@ -120,7 +133,7 @@ void deriveFromWells(Simulation& simulation) {
 void conditionGeometry(Simulation& simulation) {
     CALCTRANS_STATICGEOPART(simulation.console, simulation.options, simulation.units, simulation.grid,
                             simulation.connections);
-    writeConditionedRock(simulation);
+    if (!simulation.options.checkOnly) writeConditionedRock(simulation);
     releaseConditioning(needsFaceVelocity(simulation.options), simulation.connections);
     // Volumes and J-factors are final only now.
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
@@ -143,6 +156,7 @@ void startUp(Simulation& simulation) {
     openAndRead(simulation);
     if (simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
+    if (!simulation.options.checkOnly) removeStaleFiles(simulation);
     const StageTimer timer(simulation.times.initialisation);
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
@@ -150,6 +164,8 @@ void startUp(Simulation& simulation) {
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
                      simulation.velocity);
     conditionGeometry(simulation);
+    tellDeckSummary(simulation);
+    if (simulation.options.checkOnly) return tellMessages(simulation);
     if (simulation.options.method == "FIM") {
         simulation.options.globalIterations =
             0;  // its step has nothing to repeat: each pass would be a further step
@@ -161,6 +177,8 @@ void startUp(Simulation& simulation) {
     writeStaticPlots(simulation);
     writeRunInformation(simulation);
     startEclipseFiles(simulation);
+    startSummaryTable(simulation);
+    checkWritten(simulation.console);
 }
 
 }  // namespace kvr

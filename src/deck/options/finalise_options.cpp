@@ -93,10 +93,12 @@ constexpr FallBack<double> CriterionFallBacks[] = {
 
 template <class T, std::size_t N>
 void applyFallBacks(const Console& console, const FallBack<T> (&rows)[N], RunOptions& options) {
+    const RunOptions notGiven;
     for (const FallBack<T>& row : rows) {
         if (row.good(options.*row.field)) continue;
         lineToBoth(console, row.warning);
-        noteWarning(console, row.warning, row.warning);
+        // What was not given at all is no mistake.
+        if (options.*row.field != notGiven.*row.field) noteWarning(console, row.warning, row.warning);
         lineToBoth(console, row.reset);
         options.*row.field = row.value;
     }

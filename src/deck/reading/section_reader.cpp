@@ -147,7 +147,8 @@ void reportNotSupported(SectionReader& reader, std::string_view line) {
     both(consoleOf(reader), " {} -> not surpported  ", padded(line, KeywordWidth));
     if (line.empty() || !isLetter(line.front())) return;
     const std::string name(firstWord(line));
-    noteUnused(consoleOf(reader), name, placeOf(reader), reader.section);
+    // A title is for people.
+    if (name != "TITLE") noteUnused(consoleOf(reader), name, placeOf(reader), reader.section);
     auto& skipped = reader.sinks->skipped;
     const auto known = std::find_if(skipped.begin(), skipped.end(),
                                     [&name](const SkippedKeyword& row) { return row.name == name; });

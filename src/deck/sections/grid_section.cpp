@@ -9,6 +9,7 @@
 #include "model/block_grid.hpp"
 #include "model/corner_point.hpp"
 #include "model/multipliers.hpp"
+#include "run/records/output_table.hpp"
 
 #include <array>
 #include <tuple>
@@ -264,15 +265,18 @@ void completeGeometry(const SectionReader& reader, GridRecords& records) {
     lineToBoth(console, "-> Geometry Generated successfully.");
 }
 
-void leaveCornerPointDeck(const SectionReader& reader, const GridModel& grid) {
-    const int status =
-        writeCornerPointDeck(grid, reader.units->length, reader.workingFolder + CornerPointDeckName);
+void leaveCornerPointDeck(const SectionReader& reader, const RunOptions& options, const GridModel& grid) {
+    if (options.checkOnly) return;
+    const std::string path =
+        options.workingFolder + outputFileName(options.outputPrefix, CornerPointDeckName);
+    const int status = writeCornerPointDeck(grid, reader.units->length, path);
     if (status == 0) return;
     const Console& console = consoleOf(reader);
     lineToBoth(console, "ERROR: File Open Error");
     lineToBoth(console, "ERROR: File handling Error");
     both(console, "ERROR: File handling error, code = {}", status);
     lineToBoth(console, "Cannot create file for output. Check Directry path.");
+    lineToBoth(console, path);
     hardStop(console);
 }
 
@@ -296,7 +300,7 @@ void readGridSection(SectionReader& reader, GridRecords& records) {
     completeGeometry(reader, records);
     settleActivity(reader, grid);
     checkGridArrays(reader, grid);
-    if (grid.blockInput) leaveCornerPointDeck(reader, grid);
+    if (grid.blockInput) leaveCornerPointDeck(reader, records.options, grid);
 }
 
 }  // namespace kvr

@@ -213,10 +213,4 @@ void readRegions(SectionReader& reader, const RunOptions& options, GridModel& gr
     }
 }
 
-void readSummary(SectionReader& reader) {
-    struct NoRecords {
-    } nothing;
-    dispatchSection<NoRecords>(reader, nothing, {}, NoInclude);
-}
-
 }  // namespace kvr

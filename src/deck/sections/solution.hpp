@@ -25,7 +25,4 @@ void readSolution(SectionReader& reader, SolutionRecords& records);
 /// REGIONS: SATNUM per cell, values out of range become 1.
 void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid);
 
-/// SUMMARY: nothing is honoured, everything is reported.
-void readSummary(SectionReader& reader);
-
 }  // namespace kvr

@@ -1,6 +1,7 @@
 #include "run/records/output_streams.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/written_files.hpp"
 
 #include <array>
 #include <cerrno>
@@ -72,7 +73,7 @@ std::FILE* openForAppend(const Console& console, const std::string& path) {
 }
 
 std::string outputPath(const OutputStreams& outputs, std::string_view name) {
-    return outputs.folder + std::string(name);
+    return outputs.folder + outputFileName(outputs.prefix, name);
 }
 
 std::FILE* openBeside(const Console& console, const OutputStreams& outputs, OutputFile file) {
@@ -82,9 +83,11 @@ std::FILE* openBeside(const Console& console, const OutputStreams& outputs, Outp
 void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console) {
     outputs.folder = folder;
     outputs.streams.assign(FileCount, nullptr);
-    for (std::size_t n = 0; n < FileCount; ++n)
-        outputs.streams[n] =
-            openForReplace(console, outputPath(outputs, outputName(static_cast<OutputFile>(n))));
+    for (std::size_t n = 0; n < FileCount; ++n) {
+        const std::string path = outputPath(outputs, outputName(static_cast<OutputFile>(n)));
+        outputs.streams[n] = openForReplace(console, path);
+        watchFile(console, outputs.streams[n], path);
+    }
     for (const HeadRow& head : Heads) std::fputs(head.text, slot(outputs, head.file));
     console.log = stream(outputs, OutputFile::DebugLog);
 }
@@ -95,6 +98,8 @@ void replaceOutput(const Console& console, OutputFile file, OutputStreams& outpu
     errno = 0;
     slot(outputs, file) = std::freopen(path.c_str(), "w", slot(outputs, file));
     if (slot(outputs, file) == nullptr) stopOnOpenFailure(console, path, errno);
+    unwatchFile(console, slot(outputs, file));
+    watchFile(console, slot(outputs, file), path);
 }
 
 void flushOutputs(const OutputStreams& outputs) {
@@ -107,6 +112,7 @@ void closeOutputs(OutputStreams& outputs) {
 }
 
 void closeLog(OutputStreams& outputs, Console& console) {
+    if (console.files != nullptr) console.files->open.clear();
     console.log = nullptr;
     closeRange(outputs, [](int number) { return number > LastClosedStream; });
 }

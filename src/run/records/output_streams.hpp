@@ -13,7 +13,9 @@ namespace kvr {
 /// The open output set. Streams live until the process ends or `closeOutputs`.
 struct OutputStreams {
     std::string folder;               // working folder path, joined directly to the names
+    std::string prefix;               // stands for KVR in the names; empty: they have their own
     std::vector<std::FILE*> streams;  // by OutputFile; null before the set is opened
+    std::FILE* summary = nullptr;     // KVR_Summary.csv; open while there are steps
 };
 
 /// The open stream of a file; null before the set is opened and after it is closed.
@@ -24,7 +26,7 @@ std::FILE* openForReplace(const Console& console, const std::string& path);
 /// The same behind what the file holds.
 std::FILE* openForAppend(const Console& console, const std::string& path);
 
-/// Opens the whole set with replace, writes the fixed heads of the tables, and
+/// Opens the whole set with replace under the set's prefix, writes the fixed heads of the tables, and
 /// hands the log to the console.
 void openOutputs(const std::string& folder, OutputStreams& outputs, Console& console);
 
@@ -41,7 +43,8 @@ std::FILE* openBeside(const Console& console, const OutputStreams& outputs, Outp
 /// even if the process is killed next.
 void flushOutputs(const OutputStreams& outputs);
 
-/// Closes everything up to stream 200; the log and the two copies stay open until `closeLog`.
+/// Closes everything up to stream 200; the log and the two copies stay open until `closeLog`. Whether all
+/// was taken is told by `checkWritten` before.
 void closeOutputs(OutputStreams& outputs);
 void closeLog(OutputStreams& outputs, Console& console);
 

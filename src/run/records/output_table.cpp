@@ -236,6 +236,11 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::CoordinateFile, 0, "_COORD_BYKVR.tmp", OutputSwitch::Always, "", "",
      "a block-input grid as corner points (`COORD`, `ZCORN`), to include in another deck"},
     {OutputFile::EraseScript, 0, "0EraseData.bat", OutputSwitch::Always, "", "", "deletes what runs leave"},
+    {OutputFile::RunSummary, 0, "KVR_Summary.csv", OutputSwitch::Always, "", "",
+     "field and well vectors under their usual mnemonics, one row at time zero and per step, commas between; "
+     "the second line has the units, those of the deck"},
+    {OutputFile::FilesIndex, 0, "KVR_Files.txt", OutputSwitch::Always, "", "",
+     "what each file of the run holds"},
     {OutputFile::EclipseGrid, 0, "*.EGRID", OutputSwitch::Eclipse, "", "",
      "grid, under the name of the deck; this and the next: [files for viewers](eclipse-files.md)"},
     {OutputFile::EclipseInit, 0, "*.INIT", OutputSwitch::Eclipse, "", "File Generated : *.INIT",
@@ -253,7 +258,7 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "File Generated : *.SLNSPEC", "names and extent for the streamlines"},
     {OutputFile::EclipseLines, 0, "*.SLN[0-9]*", OutputSwitch::EclipseLines, "", "", "streamlines of a step"},
     {OutputFile::EclipseEnd, 0, "*.ECLEND", OutputSwitch::Always, "", "File Generated : *.ECLEND",
-     "counts of messages, all 0, left at the normal end of a run"},
+     "counts of warnings, problems and errors of the run"},
 }};
 
 constexpr bool rowsFollowTheirOrder() {
@@ -303,6 +308,13 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
 
 const OutputRow& rowOf(OutputFile file) {
     return Rows[static_cast<std::size_t>(file)];
+}
+
+std::string outputFileName(std::string_view prefix, std::string_view name) {
+    constexpr std::string_view Own = "KVR";
+    if (prefix.empty()) return std::string(name);
+    if (name.starts_with("KVR_")) name.remove_prefix(Own.size());
+    return std::string(prefix) + (name.starts_with('_') ? "" : "_") + std::string(name);
 }
 
 std::string_view outputName(OutputFile file) {

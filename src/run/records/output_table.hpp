@@ -3,6 +3,7 @@
 #include "deck/options.hpp"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace kvr {
@@ -111,6 +112,8 @@ enum class OutputFile {
     BicgstabInfo,
     CoordinateFile,
     EraseScript,
+    RunSummary,
+    FilesIndex,
     EclipseGrid,  // patterns of names from here on
     EclipseInit,
     EclipseRestart,
@@ -157,6 +160,10 @@ struct OutputRow {
 };
 
 const OutputRow& rowOf(OutputFile file);
+
+/// Name of a file in a run whose results have the name `prefix`: it stands for KVR, and in front of names
+/// without it. An empty prefix leaves the name as it is.
+std::string outputFileName(std::string_view prefix, std::string_view name);
 
 /// Name in the working folder and fixed stream number of a file.
 std::string_view outputName(OutputFile file);

@@ -3,8 +3,10 @@
 #include "base/console.hpp"
 #include "base/messages.hpp"
 #include "base/units.hpp"
+#include "base/written_files.hpp"
 #include "deck/options.hpp"
 #include "deck/schedule.hpp"
+#include "deck/summary_request.hpp"
 #include "eclipse/output_record.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
@@ -17,7 +19,9 @@
 #include "pressure/wells/wells.hpp"
 #include "report/balance_record.hpp"
 #include "run/records/clock.hpp"
+#include "run/records/command_line.hpp"
 #include "run/records/output_streams.hpp"
+#include "run/records/run_course.hpp"
 #include "run/records/stage_times.hpp"
 #include "run/records/step_record.hpp"
 #include "streamline/line_stage.hpp"
@@ -40,6 +44,11 @@ struct Simulation {
     StatusLine status;  // what the console shows while it is a terminal
     ScreenAccount account;
     MessageRecord messages;
+    WrittenFiles written;
+    std::function<void()> atStop;
+    CommandLine command;
+    std::vector<SummaryRequest> summaryRequests;
+    RunCourse course;
     StepLevel stepLevel;  // of the step that is being attempted
     StepControl control;
     int toldHundredth = 0;   // of the schedule, by the last line of progress

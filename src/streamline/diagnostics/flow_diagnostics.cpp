@@ -4,6 +4,7 @@
 #include "base/index.hpp"
 #include "base/number_writer.hpp"
 #include "base/stopwatch.hpp"
+#include "base/written_files.hpp"
 #include "report/block_zone.hpp"
 #include "streamline/tracing/cell_line.hpp"
 
@@ -96,7 +97,7 @@ void writeZoneFile(const Simulation& s, OutputFile file, const CellValue& value)
     const ZoneNodes nodes = zoneNodes(s.options);
     std::FILE* stream = openBeside(s.console, s.outputs, file);
     writeBlockZone(stream, s.grid, nodes, value, s.clock.time, rowOf(file).title);
-    std::fclose(stream);
+    closeWhole(s.console, stream);
 }
 
 void writeZones(const Simulation& s) {
@@ -116,7 +117,7 @@ void writeList(const Simulation& s, OutputFile file, const CellArray<Value>& val
         put(writer, "\n");
     }
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(s.console, writer.file);
 }
 
 void writeLists(const Simulation& s) {
@@ -192,7 +193,7 @@ void writeRateAllocation(const Simulation& simulation) {
             put(writer, "\n");
         }
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(simulation.console, writer.file);
 }
 
 }  // namespace kvr

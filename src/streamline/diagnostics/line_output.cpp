@@ -59,7 +59,7 @@ void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& sim
 }
 
 void closeLineOutput(Simulation& simulation) {
-    closeLinePlot(simulation.lines.plot);
+    closeLinePlot(simulation.console, simulation.lines.plot);
 }
 
 }  // namespace kvr

@@ -2,6 +2,7 @@
 
 #include "base/index.hpp"
 #include "base/number_lines.hpp"
+#include "base/written_files.hpp"
 #include "streamline/diagnostics/diffusive_time.hpp"
 #include "streamline/diagnostics/line_course.hpp"
 
@@ -87,10 +88,10 @@ void writePlotLine(const RunOptions& options, const GridModel& grid, const Fluid
     }
 }
 
-void closeLinePlot(LinePlot& plot) {
+void closeLinePlot(const Console& console, LinePlot& plot) {
     if (!isOpen(plot)) return;
     flush(plot.writer);
-    std::fclose(plot.writer.file);
+    closeWhole(console, plot.writer.file);
     plot.writer.file = nullptr;
 }
 

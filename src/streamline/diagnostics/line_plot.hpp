@@ -39,7 +39,7 @@ struct PlottedLine {
 void writePlotLine(const RunOptions& options, const GridModel& grid, const FluidTables& fluids,
                    const CellState& state, const PlottedLine& line, LinePlot& plot);
 
-void closeLinePlot(LinePlot& plot);
+void closeLinePlot(const Console& console, LinePlot& plot);
 
 /// Empties the run's file of line geometry and writes its head: a zone of the four corners of the grid.
 void restartLineGeometry(const Console& console, const GridModel& grid, OutputStreams& outputs);

@@ -2,6 +2,7 @@
 
 #include "base/console.hpp"
 #include "base/number_writer.hpp"
+#include "base/written_files.hpp"
 #include "run/records/output_streams.hpp"
 
 namespace kvr {
@@ -24,7 +25,7 @@ void dumpLineMatrix(const LineDump& dump, double elapsed, double dt, int iterati
         put(writer, "\n");
     }
     flush(writer);
-    std::fclose(writer.file);
+    closeWhole(*dump.console, writer.file);
 }
 
 }  // namespace kvr

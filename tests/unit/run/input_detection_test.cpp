@@ -37,7 +37,7 @@ protected:
         console.input = std::tmpfile();
         std::fwrite(answers.data(), 1, answers.size(), console.input);
         std::rewind(console.input);
-        detectInput(console, options);
+        detectInput(console, CommandLine{}, options);
         std::rewind(console.screen);
         for (int c = std::fgetc(console.screen); c != EOF; c = std::fgetc(console.screen)) {
             printed.push_back(static_cast<char>(c));
@@ -170,7 +170,7 @@ void missTwice(std::string_view answers) {
     std::fwrite(answers.data(), 1, answers.size(), console.input);
     std::rewind(console.input);
     RunOptions options;
-    detectInput(console, options);
+    detectInput(console, CommandLine{}, options);
 }
 
 TEST_F(InputDetectionDeathTest, EndsAfterASecondMiss) {

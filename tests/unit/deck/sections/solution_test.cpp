@@ -201,14 +201,5 @@ TEST(RegionsDeathTest, SpeaksOfTheSummarySectionAndOfTheGridSection) {
                 "ERROR: INCLUDE File Open Error at GRID section\nFile I/O Error, in GRID Section 2");
 }
 
-TEST(Summary, ReportsEverythingAndHonoursNothing) {
-    DeckBench bench("FOPR\nWBHP\n 'P1' /\n/\nINCLUDE\n'x' /\nSCHEDULE\n", "SUMMARY");
-    readSummary(bench.reader);
-    EXPECT_EQ(bench.screen(),
-              " FOPR     -> not surpported  \n WBHP     -> not surpported  \n"
-              " INCLUDE  -> not surpported  \n");
-    EXPECT_EQ(bench.next(), "SCHEDULE");
-}
-
 }  // namespace
 }  // namespace kvr

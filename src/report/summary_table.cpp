@@ -1,0 +1,96 @@
+#include "report/summary_table.hpp"
+
+#include "base/written_files.hpp"
+#include "report/run_vectors.hpp"
+#include "report/text_table.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+constexpr int Digits = 10;
+
+/// A column behind the one before it; a name that a comma or a quote would take apart stands without them.
+std::string columnName(char scope, std::string_view suffix, const std::string& well) {
+    std::string name = fmt::format(",{}{}:{}", scope, suffix, withoutBlanks(well));
+    std::replace_if(
+        name.begin() + 1, name.end(), [](char c) { return c == ',' || c == '"'; }, '_');
+    return name;
+}
+
+/// field(vector), then well(vector, place) for every well.
+template <class Field, class OfWell>
+void forColumns(std::size_t wellCount, const Field& field, const OfWell& well) {
+    for (const RunVector& row : runVectors())
+        if (row.ofField) field(row);
+    for (std::size_t w = 0; w < wellCount; ++w)
+        for (const RunVector& row : runVectors())
+            if (row.ofWells) well(row, w);
+}
+
+void putValue(NumberWriter& writer, const UnitSystem& units, const RunVector& row, double value) {
+    put(writer, ",");
+    putNumber(writer, value * deckUnit(units, row.quantity).factor, Digits);
+}
+
+void putUnit(NumberWriter& writer, const UnitSystem& units, const RunVector& row) {
+    put(writer, ",");
+    put(writer, deckUnit(units, row.quantity).word);
+}
+
+}  // namespace
+
+void putSummaryHead(const UnitSystem& units, const std::vector<std::string>& wellNames, std::FILE* file) {
+    NumberWriter writer;
+    writer.file = file;
+    put(writer, "TIME,DATE");
+    forColumns(
+        wellNames.size(), [&](const RunVector& row) { put(writer, fmt::format(",F{}", row.suffix)); },
+        [&](const RunVector& row, std::size_t w) { put(writer, columnName('W', row.suffix, wellNames[w])); });
+    put(writer, "\nDAYS,YYYY-MM-DD");
+    forColumns(
+        wellNames.size(), [&](const RunVector& row) { putUnit(writer, units, row); },
+        [&](const RunVector& row, std::size_t) { putUnit(writer, units, row); });
+    put(writer, "\n");
+    flush(writer);
+}
+
+void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const RunClock& clock,
+                   std::FILE* file) {
+    NumberWriter writer;
+    writer.file = file;
+    putNumber(writer, figures.time, Digits);
+    put(writer, fmt::format(",{:04}-{:02}-{:02}", clock.year, clock.month, clock.day));
+    forColumns(
+        figures.wells.size(),
+        [&](const RunVector& row) { putValue(writer, units, row, row.value(figures, figures.field)); },
+        [&](const RunVector& row, std::size_t w) {
+            putValue(writer, units, row, row.value(figures, figures.wells[w]));
+        });
+    put(writer, "\n");
+    flush(writer);
+}
+
+void startSummaryTable(Simulation& simulation) {
+    OutputStreams& outputs = simulation.outputs;
+    outputs.summary = openBeside(simulation.console, outputs, OutputFile::RunSummary);
+    watchFile(simulation.console, outputs.summary, outputPath(outputs, outputName(OutputFile::RunSummary)));
+    putSummaryHead(simulation.units, runWellNames(simulation.schedule, simulation.wells), outputs.summary);
+    addToSummaryTable(simulation);
+}
+
+void addToSummaryTable(const Simulation& simulation) {
+    if (simulation.outputs.summary == nullptr) return;
+    addSummaryRow(simulation.units, stepFigures(simulation), simulation.clock, simulation.outputs.summary);
+}
+
+void closeSummaryTable(Simulation& simulation) {
+    if (simulation.outputs.summary == nullptr) return;
+    unwatchFile(simulation.console, simulation.outputs.summary);
+    closeWhole(simulation.console, simulation.outputs.summary);
+    simulation.outputs.summary = nullptr;
+}
+
+}  // namespace kvr

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "report/well_figures.hpp"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// KVR_Summary.csv: a line with the names TIME, DATE, then every field vector and every well vector as
+/// "WOPR:NAME"; a line with their units; then a row per step. Commas between, units of the deck.
+void putSummaryHead(const UnitSystem& units, const std::vector<std::string>& wellNames, std::FILE* file);
+/// One row; `date` is the calendar date of the figures. Handed to the operating system when this returns.
+void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const RunClock& clock,
+                   std::FILE* file);
+
+/// Opens the table beside the other files, with its head and the row of time zero; a row per step; its end.
+void startSummaryTable(Simulation& simulation);
+void addToSummaryTable(const Simulation& simulation);
+void closeSummaryTable(Simulation& simulation);
+
+}  // namespace kvr

@@ -1,0 +1,177 @@
+#include "run/closing_summary.hpp"
+
+#include "base/constants.hpp"
+#include "report/run_vectors.hpp"
+#include "report/text_table.hpp"
+#include "run/report_rows.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double TolerableBalanceError = 1.0;  // per cent
+constexpr double LeastShown = 0.005;           // of an amount; less is rounding
+constexpr double LeastShownError = 5e-5;       // per cent
+constexpr std::size_t RuleWidth = 72;
+constexpr std::size_t MostNamed = 12;  // wells and keywords of one line; the log of the deck has all
+
+bool flowsNow(const Well& well) {
+    return well.WellQo != 0.0 || well.WellQw != 0.0 || well.WellQg != 0.0;
+}
+
+bool isAtLimit(const Well& well) {
+    return !well.shut && well.WellControl == "bhp" && well.deckControl != "bhp";
+}
+
+void row(const Simulation& s, std::string_view label, const std::string& text) {
+    tell(s.console, fmt::format("{:<18}: {}", label, text));
+}
+
+/// "A, B, C and 5 more".
+std::string listText(const std::vector<std::string>& items) {
+    std::string text;
+    for (std::size_t n = 0; n < std::min(items.size(), MostNamed); ++n)
+        text += (n == 0 ? "" : ", ") + items[n];
+    if (items.size() > MostNamed) text += fmt::format(" and {} more", items.size() - MostNamed);
+    return text;
+}
+
+std::string amount(const Simulation& s, double reported, Quantity quantity) {
+    const VectorUnit unit = deckUnit(s.units, quantity);
+    const double value = reported * unit.factor;
+    return fmt::format("{} {}", number(std::abs(value) < LeastShown ? 0.0 : value, 6), unit.word);
+}
+
+void tellPhase(const Simulation& s, std::string_view name, double produced, double injected, double error,
+               Quantity quantity) {
+    const double percent = Percent * error;
+    row(s, name,
+        fmt::format("produced {}, injected {}, balance error {:.4f} %{}", amount(s, produced, quantity),
+                    amount(s, injected, quantity), std::abs(percent) < LeastShownError ? 0.0 : percent,
+                    std::abs(percent) > TolerableBalanceError ? "  WARNING" : ""));
+}
+
+void tellTotals(const Simulation& s) {
+    if (s.balance.rows.empty()) return;
+    const StepFigures figures = stepFigures(s);
+    const ReportedFlow& out = figures.field.produced;
+    const ReportedFlow& in = figures.field.injected;
+    const BalanceRow& last = s.balance.rows.back();
+    tellPhase(s, "Oil", out.oil, in.oil, last.errorOil, Quantity::LiquidTotal);
+    tellPhase(s, "Water", out.water, in.water, last.errorWater, Quantity::LiquidTotal);
+    if (s.options.hasGas) tellPhase(s, "Gas", out.gas, in.gas, last.errorGas, Quantity::GasTotal);
+}
+
+std::string limitText(const WellCourse& well, const std::string& name) {
+    std::string text = fmt::format("{} from {}", name, well.limitDate);
+    if (!well.atLimit) text += fmt::format(" until {}", well.releaseDate);
+    return text;
+}
+
+void tellWells(const Simulation& s) {
+    const std::vector<std::string> names = runWellNames(s.schedule, s.wells);
+    std::vector<std::string> dry, limited;
+    for (std::size_t w = 0; w < names.size(); ++w) {
+        const WellCourse well = w < s.course.wells.size() ? s.course.wells[w] : WellCourse{};
+        if (!well.flowed) dry.push_back(names[w]);
+        if (!well.limitDate.empty()) limited.push_back(limitText(well, names[w]));
+    }
+    if (!dry.empty()) row(s, "Never flowed", listText(dry));
+    if (!limited.empty()) row(s, "At their BHP limit", listText(limited));
+}
+
+std::string shortPlace(const Simulation& s, const DeckPlace& place) {
+    if (place.lineNumber < 1) return "";
+    const bool main = s.options.deckFile.empty() || place.fileName == s.options.deckFile;
+    return main ? fmt::format("line {}", place.lineNumber)
+                : fmt::format("{} line {}", place.fileName, place.lineNumber);
+}
+
+void tellUnused(const Simulation& s, KeywordEffect effect, std::string_view label) {
+    std::vector<std::string> items;
+    for (const UnusedKeyword& keyword : s.messages.unused)
+        if (keyword.effect == effect)
+            items.push_back(fmt::format("{} ({}{})", keyword.name, shortPlace(s, keyword.place),
+                                        keyword.count > 1 ? fmt::format(", {} times", keyword.count) : ""));
+    if (!items.empty()) row(s, label, listText(items));
+}
+
+std::string timeText(const Simulation& s) {
+    return fmt::format("{} of {} days, {}, {} steps, {} cuts", number(s.clock.time), number(s.clock.endTime),
+                       dateText(s.clock), s.clock.stepCount, cutsSoFar(s));
+}
+
+/// Columns of a well of this run, so that its names are seen.
+std::string curveExample(const Simulation& s) {
+    const auto& wells = s.wells.wells;
+    const auto producer =
+        std::find_if(wells.begin(), wells.end(), [](const Well& well) { return !isInjector(well); });
+    if (producer == wells.end()) return "";
+    const std::string name = withoutBlanks(producer->WellName);
+    return fmt::format(", WOPR:{}, WWCT:{} (water cut), WBHP:{} .. of a well", name, name, name);
+}
+
+void tellFiles(const Simulation& s) {
+    const std::string summary = outputFileName(s.outputs.prefix, outputName(OutputFile::RunSummary));
+    const std::string log = outputFileName(s.outputs.prefix, outputName(OutputFile::DebugLog));
+    const std::string index = outputFileName(s.outputs.prefix, outputName(OutputFile::FilesIndex));
+    const std::string folder = s.outputs.folder.empty() ? "the present folder" : s.outputs.folder;
+    const std::string well = curveExample(s);
+    row(s, "Open first", fmt::format("in {}", folder));
+    tell(s.console, fmt::format("  {}: the curves, a row per step; columns FOPR, FWCT, FPR .. of the field{}",
+                                summary, well));
+    tell(s.console, fmt::format("  {}: what each of the other files holds", index));
+    tell(s.console, fmt::format("  {}: everything that the run said", log));
+}
+
+}  // namespace
+
+void noteCourse(Simulation& simulation) {
+    RunCourse& course = simulation.course;
+    course.stepsBegun = true;
+    const std::vector<Well>& wells = simulation.wells.wells;
+    if (course.wells.size() < wells.size()) course.wells.resize(wells.size());
+    for (std::size_t w = 0; w < wells.size(); ++w) {
+        WellCourse& well = course.wells[w];
+        well.flowed = well.flowed || flowsNow(wells[w]);
+        const bool limited = isAtLimit(wells[w]);
+        if (limited && well.limitDate.empty()) well.limitDate = dateText(simulation.clock);
+        if (!limited && well.atLimit) well.releaseDate = dateText(simulation.clock);
+        well.atLimit = limited;
+    }
+}
+
+void warnOfBalance(const Simulation& simulation) {
+    const double error = largestBalanceError(simulation.balance);
+    if (error > TolerableBalanceError)
+        warn(simulation.console, "WARNING :: BALANCE ERROR OF {} % AT THE END OF THE RUN", number(error, 4));
+}
+
+void tellMessages(const Simulation& s) {
+    row(s, "Warnings", fmt::format("{}", warningCount(s.messages)));
+    for (const WarningKind& kind : s.messages.warnings) {
+        const std::string place =
+            kind.place.lineNumber > 0 ? " (" + placeText(kind.place, kind.keyword) + ")" : "";
+        tell(s.console, fmt::format("  {} x {}{}", kind.count, kind.first, place));
+    }
+    tellUnused(s, KeywordEffect::Answer, "NOT USED");
+    tellUnused(s, KeywordEffect::Output, "Not needed");
+}
+
+void tellClosingSummary(const Simulation& s, std::string_view ending) {
+    const std::string rule(RuleWidth, '-');
+    tell(s.console, "");
+    tell(s.console, rule);
+    row(s, "Run", std::string(ending));
+    row(s, "Time", timeText(s));
+    tellTotals(s);
+    tellWells(s);
+    tellMessages(s);
+    tellFiles(s);
+    tell(s.console, rule);
+}
+
+}  // namespace kvr

@@ -1,0 +1,107 @@
+#include "run/run_files.hpp"
+
+#include "base/text.hpp"
+#include "base/written_files.hpp"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fnmatch.h>
+#include <fstream>
+
+namespace kvr {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Kinds of files of which a later run may leave fewer than an earlier one.
+constexpr std::array<OutputFile, 4> ReportKinds = {OutputFile::EclipseRestart, OutputFile::EclipseSummary,
+                                                   OutputFile::EclipseLines, OutputFile::LinePlots};
+
+/// Name or pattern of a file in this run.
+std::string runName(const Simulation& s, OutputFile file) {
+    const std::string_view name = outputName(file);
+    if (name.starts_with("*.")) return s.options.headerName + std::string(name.substr(1));
+    return outputFileName(s.outputs.prefix, name);
+}
+
+bool matches(const std::string& pattern, const std::string& name) {
+    return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
+}
+
+/// Regular files of the folder, by name.
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (fs::directory_iterator entry(folder.empty() ? "." : folder, failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        std::error_code ignored;
+        if (entry->is_regular_file(ignored)) names.push_back(entry->path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// First words of the lines of the index that an earlier run left.
+std::vector<std::string> listedBefore(const Simulation& s) {
+    std::vector<std::string> names;
+    std::ifstream index(outputPath(s.outputs, outputName(OutputFile::FilesIndex)));
+    for (std::string line; std::getline(index, line);) names.emplace_back(firstWord(line));
+    return names;
+}
+
+bool isStale(const Simulation& s, const std::string& name, const std::vector<std::string>& listed) {
+    const bool ours = std::find(listed.begin(), listed.end(), name) != listed.end();
+    return std::any_of(ReportKinds.begin(), ReportKinds.end(), [&](OutputFile kind) {
+        return (ours || isOn(s.options, rowOf(kind).output)) && matches(runName(s, kind), name);
+    });
+}
+
+/// What a row says it holds; rows of one text stand behind each other.
+std::string plainContent(std::string_view content) {
+    std::string text(content.substr(0, content.find(": [")));
+    std::erase(text, '`');
+    return text;
+}
+
+}  // namespace
+
+void removeStaleFiles(const Simulation& s) {
+    const std::vector<std::string> listed = listedBefore(s);
+    int removed = 0;
+    for (const std::string& name : namesIn(s.outputs.folder)) {
+        if (!isStale(s, name, listed)) continue;
+        std::error_code failure;
+        removed += fs::remove(s.outputs.folder + name, failure) ? 1 : 0;
+    }
+    if (removed > 0) both(s.console, "FILES OF AN EARLIER RUN REMOVED :: {}", removed);
+}
+
+void removeEmptyFiles(const Simulation& s) {
+    if (!isNamed(s.command)) return;
+    for (std::size_t n = 0; n < static_cast<std::size_t>(OutputFile::AllCount); ++n) {
+        const std::string path = s.outputs.folder + runName(s, static_cast<OutputFile>(n));
+        std::error_code failure;
+        if (fs::is_regular_file(path, failure) && fs::file_size(path, failure) == 0)
+            fs::remove(path, failure);
+    }
+}
+
+void writeFilesIndex(const Simulation& s) {
+    std::FILE* index = openBeside(s.console, s.outputs, OutputFile::FilesIndex);
+    const std::vector<std::string> names = namesIn(s.outputs.folder);
+    for (std::size_t n = 0; n < static_cast<std::size_t>(OutputFile::AllCount); ++n) {
+        const auto file = static_cast<OutputFile>(n);
+        if (file == OutputFile::FilesIndex) continue;
+        const std::string pattern = runName(s, file);
+        for (const std::string& name : names) {
+            std::error_code failure;
+            if (!matches(pattern, name) || fs::file_size(s.outputs.folder + name, failure) == 0) continue;
+            std::fputs(fmt::format("{:<32} {}\n", name, plainContent(rowOf(file).content)).c_str(), index);
+        }
+    }
+    closeWhole(s.console, index);
+}
+
+}  // namespace kvr
