@@ -4,9 +4,11 @@
 #include "base/stopwatch.hpp"
 #include "eclipse/output_stage.hpp"
 #include "report/material_balance.hpp"
+#include "report/region_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
+#include "run/economic_limits.hpp"
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
 #include "run/step_attempt.hpp"
@@ -54,6 +56,7 @@ void reportStep(double executedDt, Simulation& simulation) {
     advanceBalance(simulation, executedDt);
     reportWells(simulation);
     ReportMBE(simulation);
+    reportRegions(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         reportEclipseFiles(simulation);
@@ -107,6 +110,10 @@ void finishRun(Simulation& simulation) {
 void runSimulation(Simulation& simulation) {
     simulation.console.messages = &simulation.messages;
     startUp(simulation);
+    if (simulation.options.onlyChecks) {
+        lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
+        return finishRun(simulation);
+    }
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
@@ -120,6 +127,7 @@ void runSimulation(Simulation& simulation) {
         clock.time += clock.workDt;
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
+        applyEconomicLimits(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);

@@ -64,6 +64,35 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     hardStop(consoleOf(reader));
 }
 
+/// Places, in an array by cell, of the cells of the present box, i fastest.
+std::vector<std::size_t> placesInBox(const SectionReader& reader) {
+    const CellBox& box = reader.box.cells;
+    const auto place = [&](int i, int j, int k) {
+        const std::size_t row =
+            static_cast<std::size_t>(k - 1) * static_cast<std::size_t>(reader.gridSize[1]) +
+            static_cast<std::size_t>(j - 1);
+        return row * static_cast<std::size_t>(reader.gridSize[0]) + static_cast<std::size_t>(i - 1);
+    };
+    std::vector<std::size_t> places;
+    for (int k = box.k1; k <= box.k2; ++k)
+        for (int j = box.j1; j <= box.j2; ++j)
+            for (int i = box.i1; i <= box.i2; ++i) places.push_back(place(i, j, k));
+    return places;
+}
+
+template <class T>
+std::vector<T> valuesInBox(const SectionReader& reader, std::span<const T> values) {
+    std::vector<T> part;
+    for (const std::size_t place : placesInBox(reader)) part.push_back(values[place]);
+    return part;
+}
+
+template <class T>
+void putIntoBox(const SectionReader& reader, std::span<const T> part, std::span<T> values) {
+    std::size_t n = 0;
+    for (const std::size_t place : placesInBox(reader)) values[place] = part[n++];
+}
+
 }  // namespace
 
 bool isSectionWord(std::string_view word) {
@@ -190,19 +219,33 @@ void neglectKeyword(SectionReader& reader) {
     skipKeywordData(reader);
 }
 
-void readCellArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
+void readArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
     checkWhole(reader, readDoubles(*reader.cursor, values, factor), values.size());
     copyArray(reader, values, factor, copyFactor);
 }
 
-void readCellArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
+void readArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
     checkWhole(reader, readFloats(*reader.cursor, values, factor), values.size());
     copyArray(reader, values, factor, copyFactor);
 }
 
-void readCellArray(SectionReader& reader, std::span<int> values) {
+void readArray(SectionReader& reader, std::span<int> values) {
     checkWhole(reader, readIntegers(*reader.cursor, values), values.size());
     copyArray(reader, values);
+}
+
+void readCellArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
+    if (!reader.box.isSet) return readArray(reader, values, factor, copyFactor);
+    std::vector<double> part = valuesInBox(reader, std::span<const double>(values));
+    readArray(reader, part, factor, copyFactor);
+    putIntoBox(reader, std::span<const double>(part), values);
+}
+
+void readCellArray(SectionReader& reader, std::span<int> values) {
+    if (!reader.box.isSet) return readArray(reader, values);
+    std::vector<int> part = valuesInBox(reader, std::span<const int>(values));
+    readArray(reader, part);
+    putIntoBox(reader, std::span<const int>(part), values);
 }
 
 bool nextTableRow(SectionReader& reader, RowLoop& loop) {

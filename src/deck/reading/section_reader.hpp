@@ -5,7 +5,9 @@
 #include "base/units.hpp"
 #include "deck/reading/deck_cursor.hpp"
 #include "deck/reading/list_read.hpp"
+#include "model/grid.hpp"
 
+#include <array>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -30,6 +32,13 @@ struct DeckSinks {
     std::vector<SkippedKeyword> skipped;
 };
 
+/// BOX, until ENDBOX or the end of its section: the cells that arrays of one value per cell fill, and that
+/// rows of array arithmetic without a box of their own stand for.
+struct InputBox {
+    bool isSet = false;
+    CellBox cells;
+};
+
 /// What every section reader works with. One per open file; an INCLUDE gets its own.
 struct SectionReader {
     DeckCursor* cursor = nullptr;
@@ -41,6 +50,8 @@ struct SectionReader {
     bool outputMetric = false;  // numbers go to the unit copies as well
     const UnitSystem* units = nullptr;
     int keywordCount = 0;
+    std::array<int, 3> gridSize{};  // cells along x, y, z; zero before DIMENS
+    InputBox box;
     std::string keyword;  // the keyword whose data are being read, for messages
 };
 
@@ -101,14 +112,18 @@ void neglectKeyword(SectionReader& reader);
 
 // --- arrays --------------------------------------------------------------------------------------
 
-/// A whole array, one value per cell: list read, each value times `factor` (deck to internal units), and
-/// the checks. Fewer values than cells, or a repeat past the last cell, stop with the read-error texts
-/// and the place; the end of the file returns with the values as they stand. With `outputMetric` the
-/// keyword and its numbers go to the unit copies, `copyFactor` taking the deck's unit into the other
-/// one's (UnitSystem::copyLength, copyPressure, ...; 1 for numbers without a unit).
+/// A whole array: list read, each value times `factor` (deck to internal units), and the checks. Fewer values
+/// than cells, or a repeat past the last cell, stop with the read-error texts and the place; the end of the
+/// file returns with the values as they stand. With `outputMetric` the keyword and its numbers go to the unit
+/// copies, `copyFactor` taking the deck's unit into the other one's (UnitSystem::copyLength, copyPressure,
+/// ...; 1 for numbers without a unit).
+void readArray(SectionReader& reader, std::span<double> values, double factor = 1.0, double copyFactor = 1.0);
+void readArray(SectionReader& reader, std::span<float> values, double factor = 1.0, double copyFactor = 1.0);
+void readArray(SectionReader& reader, std::span<int> values);
+
+/// The same for one value per cell of the grid: while a BOX is set it is given for the cells of the box
+/// alone, and the others keep theirs.
 void readCellArray(SectionReader& reader, std::span<double> values, double factor = 1.0,
-                   double copyFactor = 1.0);
-void readCellArray(SectionReader& reader, std::span<float> values, double factor = 1.0,
                    double copyFactor = 1.0);
 void readCellArray(SectionReader& reader, std::span<int> values);
 

@@ -55,6 +55,7 @@ void endCopiedList(const SectionReader& reader) {
 
 ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end) {
     ArithmeticRow row;
+    if (reader.box.isSet) row.box = reader.box.cells;
     CellBox& box = row.box;
     const std::array<ListTarget, 8> targets = {&row.name, &row.value, &box.i1, &box.i2,
                                                &box.j1,   &box.j2,    &box.k1, &box.k2};

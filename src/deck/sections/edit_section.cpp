@@ -1,6 +1,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "deck/sections/grid_section.hpp"
 
@@ -23,10 +24,15 @@ void readMultiply(SectionReader& reader, GridModel& grid) {
     endCopiedList(reader);
 }
 
+void readFaultMultiplierRows(SectionReader& reader, GridModel& grid) {
+    readFaultMultipliers(reader, FaultMeans::Multiply, grid);
+}
+
 constexpr std::array Keywords = {
     KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
     KeywordRow<GridModel>{"MULTIPLY", readMultiply,
                           "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
+    KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
 };
 
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",

@@ -1,14 +1,18 @@
 #include "deck/sections/props.hpp"
 
+#include "base/constants.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/pvto.hpp"
+#include "fluid/phase_tables.hpp"
 #include "fluid/table_checks.hpp"
 #include "fluid/table_print.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace kvr {
 
@@ -58,59 +62,149 @@ struct TableColumn {
 
 constexpr std::size_t MaxColumns = 4;
 
+/// The rows of a table to the copies, in the units of the deck times what a copy asks.
+void copyTable(const SectionReader& reader, std::span<const TableColumn> columns) {
+    std::array<double, MaxColumns> row{};
+    std::array<double, MaxColumns> factors{};
+    for (std::size_t c = 0; c < columns.size(); ++c) factors[c] = columns[c].copyFactor;
+    for (std::size_t r = 0; r < columns[0].target->size(); ++r) {
+        for (std::size_t c = 0; c < columns.size(); ++c) row[c] = (*columns[c].target)[r] / columns[c].factor;
+        copyRow(reader, std::span<const double>(row.data(), columns.size()),
+                std::span<const double>(factors.data(), columns.size()));
+    }
+}
+
+/// The record of a PVT region, 0-based.
+FluidTables& pvtRegion(FluidTables& tables, std::size_t region) {
+    if (region == 0) return tables;
+    if (tables.furtherPvt.size() < region) tables.furtherPvt.resize(region);
+    return tables.furtherPvt[region - 1];
+}
+
+/// A number that a row leaves open (`1*`), until its neighbours in the column fill it in.
+constexpr double OpenValue = std::numeric_limits<double>::quiet_NaN();
+
+/// Fills open numbers of a column by those above and below, linear in the first column; at an end of the
+/// table the next one stands.
+void fillOpenValues(const Column& axis, Column& column) {
+    for (std::size_t r = 0; r < column.size(); ++r) {
+        if (!std::isnan(column[r])) continue;
+        std::size_t next = r + 1;
+        while (next < column.size() && std::isnan(column[next])) ++next;
+        const bool above = r > 0, below = next < column.size();
+        if (above && below)
+            column[r] = column[r - 1] +
+                        (column[next] - column[r - 1]) * (axis[r] - axis[r - 1]) / (axis[next] - axis[r - 1]);
+        else
+            column[r] = above ? column[r - 1] : below ? column[next] : 0.0;
+    }
+}
+
 /// One table, rows until its end; the columns are replaced.
 void readTable(SectionReader& reader, std::span<const TableColumn> columns) {
     std::array<double, MaxColumns> row{};
-    std::array<double, MaxColumns> copyFactors{};
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        columns[c].target->clear();
-        copyFactors[c] = columns[c].copyFactor;
-    }
+    for (const TableColumn& column : columns) column.target->clear();
     const std::span<double> values(row.data(), columns.size());
     RowLoop rows{RowSlash::EndsTable, RowStart::Number, {}, 0};
     while (nextTableRow(reader, rows)) {
-        std::fill(row.begin(), row.end(), 0.0);
+        std::fill(row.begin(), row.end(), OpenValue);
         rows.last = readDoubles(*reader.cursor, values);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
-        copyRow(reader, values, copyFactors);
+        for (std::size_t c = static_cast<std::size_t>(rows.last.count); c < columns.size(); ++c) row[c] = 0.0;
         for (std::size_t c = 0; c < columns.size(); ++c)
             columns[c].target->push_back(values[c] * columns[c].factor);
     }
+    for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
+    copyTable(reader, columns);
     endCopiedTable(reader);
 }
 
-/// Further tables of PVT regions, which are read and have no effect: one region serves all cells.
-template <class ReadTable>
-void dropFurtherTables(SectionReader& reader, int count, const ReadTable& readOne) {
-    for (int t = 1; t < count && !dataEnded(reader); ++t) readOne();
+/// Calls `readOne(tables)` for every PVT region that the deck gives data for.
+template <class ReadOne>
+void readPvtRegions(SectionReader& reader, PropsRecords& records, const ReadOne& readOne) {
+    begin(reader);
+    const auto count = static_cast<std::size_t>(std::max(records.options.maxPvtTables, 1));
+    for (std::size_t r = 0; r < count; ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readOne(pvtRegion(records.tables, r));
+    }
 }
 
-void readDryTable(SectionReader& reader, PropsRecords& records, double fvfFactor, Column& pressure,
-                  Column& fvf, Column& viscosity) {
-    begin(reader);
+/// The three columns of a dry table in a record of tables.
+struct DryColumns {
+    Column FluidTables::*pressure;
+    Column FluidTables::*fvf;
+    Column FluidTables::*viscosity;
+    double fvfFactor = 1.0;
+};
+
+void readDryTable(SectionReader& reader, const DryColumns& dry, FluidTables& tables) {
     const UnitSystem& units = *reader.units;
     readTable(reader,
-              std::array<TableColumn, 3>{
-                  {{&pressure, units.pressure, units.copyPressure}, {&fvf, fvfFactor}, {&viscosity}}});
-    requireRows(reader, pressure.size());
-    std::array<Column, 3> dropped;
-    dropFurtherTables(reader, records.options.maxPvtTables, [&] {
-        readTable(reader, std::array<TableColumn, 3>{{{&dropped[0]}, {&dropped[1]}, {&dropped[2]}}});
-    });
+              std::array<TableColumn, 3>{{{&(tables.*dry.pressure), units.pressure, units.copyPressure},
+                                          {&(tables.*dry.fvf), dry.fvfFactor},
+                                          {&(tables.*dry.viscosity)}}});
+    requireRows(reader, (tables.*dry.pressure).size());
 }
 
-void readPvdo(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
-    readDryTable(reader, records, 1.0, tables.OilPressure, tables.OilFvf, tables.OilViscosity);
+void setDeadOil(FluidTables& tables) {
     tables.OilRs.assign(tables.OilPressure.size(), 0.0);
     tables.UnderRows = 0;
 }
 
+void readPvdo(SectionReader& reader, PropsRecords& records) {
+    const DryColumns oil{&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity};
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        readDryTable(reader, oil, tables);
+        setDeadOil(tables);
+    });
+}
+
+/// Dead oil of constant compressibility C and viscosibility V about the pressure of reference, as a table
+/// whose rows stand so close that straight lines between them are off by less than 1e-7:
+///   Bo = Bor / (1 + X + X^2/2),  X = C (p - pr);   muo Bo = muor Bor / (1 + Y + Y^2/2),  Y = (C - V)(p - pr)
+void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables) {
+    constexpr int Rows = 801;
+    constexpr double LastPressure = 40000.0;  // psia
+    const auto [reference, Bo, C, MuO, V] = item;
+    const auto series = [](double x) { return 1.0 + x + 0.5 * x * x; };
+    for (Column* column : {&tables.OilPressure, &tables.OilFvf, &tables.OilViscosity}) column->clear();
+    for (int r = 0; r < Rows; ++r) {
+        const double p = StandardPressure + (LastPressure - StandardPressure) * r / (Rows - 1);
+        const double fvf = Bo / series(C * (p - reference));
+        tables.OilPressure.push_back(p);
+        tables.OilFvf.push_back(fvf);
+        tables.OilViscosity.push_back(MuO * Bo / (fvf * series((C - V) * (p - reference))));
+    }
+    setDeadOil(tables);
+}
+
+void readPvcdo(SectionReader& reader, PropsRecords& records) {
+    const UnitSystem& units = *reader.units;
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        skipCommentLines(reader);
+        std::array<double, 5> item{0.0, 1.0, 0.0, 1.0, 0.0};
+        checkRead(reader, readDoubles(*reader.cursor, item));
+        copyRow(reader, item,
+                std::array{units.copyPressure, 1.0, 1.0 / units.copyPressure, 1.0, 1.0 / units.copyPressure});
+        item[0] *= units.pressure;
+        item[2] /= units.pressure;
+        item[4] /= units.pressure;
+        if (!(item[1] > 0.0) || !(item[3] > 0.0)) {
+            both(consoleOf(reader),
+                 "ERROR :: PVCDO FORMATION VOLUME FACTOR {} AND VISCOSITY {} MUST BE ABOVE 0",
+                 number(item[1]), number(item[3]));
+            stopAtPlace(reader);
+        }
+        tabulateConstantOil(item, tables);
+    });
+}
+
 void readPvdg(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
-    readDryTable(reader, records, reader.units->gasFvf, tables.GasPressure, tables.GasFvf,
-                 tables.GasViscosity);
+    const DryColumns gas{&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity,
+                         reader.units->gasFvf};
+    readPvtRegions(reader, records, [&](FluidTables& tables) { readDryTable(reader, gas, tables); });
 }
 
 void copyPvto(const SectionReader& reader, const PvtoTable& table) {
@@ -128,15 +222,7 @@ void addScaled(const Column& from, double factor, Column& to) {
     for (const double value : from) to.push_back(value * factor);
 }
 
-void readPvto(SectionReader& reader, PropsRecords& records) {
-    begin(reader);
-    const PvtoTable table = readPvtoTable(reader);
-    requireRows(reader, table.Rs.size() + table.underPressure.size());
-    copyPvto(reader, table);
-    dropFurtherTables(reader, records.options.maxPvtTables, [&] { readPvtoTable(reader); });
-
-    const UnitSystem& units = *reader.units;
-    FluidTables& tables = records.tables;
+void takeLiveOil(const UnitSystem& units, const PvtoTable& table, FluidTables& tables) {
     for (Column* column : {&tables.OilRs, &tables.OilPressure, &tables.OilFvf, &tables.OilViscosity})
         column->clear();
     addScaled(table.Rs, units.gasRatio, tables.OilRs);
@@ -148,6 +234,15 @@ void readPvto(SectionReader& reader, PropsRecords& records) {
     addScaled(table.viscosity, 1.0, tables.OilViscosity);
     addScaled(table.underViscosity, 1.0, tables.OilViscosity);
     tables.UnderRows = static_cast<int>(table.underPressure.size());
+}
+
+void readPvto(SectionReader& reader, PropsRecords& records) {
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        const PvtoTable table = readPvtoTable(reader);
+        requireRows(reader, table.Rs.size() + table.underPressure.size());
+        copyPvto(reader, table);
+        takeLiveOil(*reader.units, table, tables);
+    });
 }
 
 /// The tables of all saturation regions, one behind another.
@@ -184,6 +279,50 @@ void readSgof(SectionReader& reader, PropsRecords& records) {
     });
 }
 
+// --- relative permeabilities phase by phase ------------------------------------------------------
+
+/// Tables of one phase each, for all saturation regions.
+template <class ColumnsOf>
+void readPhaseTables(SectionReader& reader, PropsRecords& records, const ColumnsOf& columnsOf) {
+    begin(reader);
+    for (std::size_t r = 0; r < static_cast<std::size_t>(std::max(records.options.maxRockTables, 1)); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        std::vector<PhaseTables>& phases = records.tables.phaseTables;
+        if (phases.size() <= r) phases.resize(r + 1);
+        const std::vector<TableColumn> columns = columnsOf(phases[r]);
+        readTable(reader, columns);
+        requireRows(reader, columns[0].target->size());
+    }
+}
+
+void readSwfn(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{
+            {&table.Sw}, {&table.Krw}, capillaryColumn(reader, records, table.Pcow)};
+    });
+}
+
+void readSgfn(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{
+            {&table.Sg}, {&table.Krg}, capillaryColumn(reader, records, table.Pcog)};
+    });
+}
+
+/// Oil with one other phase: water, or gas in a run without water.
+void readSof2(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{{&table.So}, {&table.Krow}};
+    });
+    for (PhaseTables& table : records.tables.phaseTables) table.Krog = table.Krow;
+}
+
+void readSof3(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{{&table.So}, {&table.Krow}, {&table.Krog}};
+    });
+}
+
 // --- scalar records ------------------------------------------------------------------------------
 
 struct ScalarItem {
@@ -194,9 +333,9 @@ struct ScalarItem {
 
 constexpr std::size_t MaxScalars = 5;
 
-/// One record; items not given keep their values. Records of further PVT regions are dropped.
-void readScalars(SectionReader& reader, int regionCount, std::span<const ScalarItem> items) {
-    begin(reader);
+/// One record; items not given keep their values.
+void readScalarRow(SectionReader& reader, std::span<const ScalarItem> items) {
+    skipCommentLines(reader);
     std::array<double, MaxScalars> deck{};
     std::array<double, MaxScalars> copyFactors{};
     for (std::size_t n = 0; n < items.size(); ++n) {
@@ -207,44 +346,40 @@ void readScalars(SectionReader& reader, int regionCount, std::span<const ScalarI
     checkRead(reader, readDoubles(*reader.cursor, values));
     copyRow(reader, values, copyFactors);
     for (std::size_t n = 0; n < items.size(); ++n) *items[n].target = values[n] * items[n].factor;
-    std::array<double, MaxScalars> dropped{};
-    dropFurtherTables(reader, regionCount, [&] {
-        skipCommentLines(reader);
-        checkRead(reader, readDoubles(*reader.cursor, std::span(dropped.data(), items.size())));
-    });
 }
 
 void readPvtw(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const UnitSystem& units = *reader.units;
     const double perPressure = 1.0 / units.pressure;
     const double copyPerPressure = 1.0 / units.copyPressure;
-    readScalars(
-        reader, records.options.maxPvtTables,
-        std::array<ScalarItem, 5>{{{&tables.referencePressureWater, units.pressure, units.copyPressure},
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        readScalarRow(reader, std::array<ScalarItem, 5>{
+                                  {{&tables.referencePressureWater, units.pressure, units.copyPressure},
                                    {&tables.waterFvf},
                                    {&tables.waterCompressibility, perPressure, copyPerPressure},
                                    {&tables.waterViscosity},
                                    {&tables.waterViscosibility, perPressure, copyPerPressure}}});
+    });
 }
 
 void readDensity(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const double factor = reader.units->density;
     const double copyFactor = reader.units->copyDensity;
-    readScalars(reader, records.options.maxPvtTables,
-                std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
-                                           {&tables.waterDensity, factor, copyFactor},
-                                           {&tables.gasDensity, factor, copyFactor}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        readScalarRow(reader, std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
+                                                         {&tables.waterDensity, factor, copyFactor},
+                                                         {&tables.gasDensity, factor, copyFactor}}});
+    });
 }
 
 void readRock(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const UnitSystem& units = *reader.units;
-    readScalars(reader, records.options.maxPvtTables,
-                std::array<ScalarItem, 2>{
-                    {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
-                     {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables) {
+        readScalarRow(reader,
+                      std::array<ScalarItem, 2>{
+                          {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
+                           {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
+    });
 }
 
 double rankine(const SectionReader& reader, double deckTemperature) {
@@ -254,15 +389,17 @@ double rankine(const SectionReader& reader, double deckTemperature) {
 
 void readRtemp(SectionReader& reader, PropsRecords& records) {
     double temperature = 0.0;
-    readScalars(reader, 1, std::array<ScalarItem, 1>{{{&temperature}}});
+    begin(reader);
+    readScalarRow(reader, std::array<ScalarItem, 1>{{{&temperature}}});
     records.tables.reservoirTemperature = rankine(reader, temperature);
 }
 
 void readStcond(SectionReader& reader, PropsRecords& records) {
     double temperature = 0.0;
     const UnitSystem& units = *reader.units;
-    readScalars(reader, 1,
-                std::array<ScalarItem, 2>{
+    begin(reader);
+    readScalarRow(
+        reader, std::array<ScalarItem, 2>{
                     {{&temperature}, {&records.tables.surfacePressure, units.pressure, units.copyPressure}}});
     records.tables.surfaceTemperature = rankine(reader, temperature);
 }
@@ -308,6 +445,14 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"PVDG", readPvdg, "dry gas: pressure, Bg, viscosity"},
     KeywordRow<PropsRecords>{"SWOF", readSwof, "water and oil: Sw, krw, krow, pcow, a table per region"},
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"PVCDO", readPvcdo,
+                             "dead oil of constant compressibility: reference pressure, Bo, compressibility, "
+                             "viscosity, viscosibility"},
+    KeywordRow<PropsRecords>{"SWFN", readSwfn, "water: Sw, krw, pcow, a table per region"},
+    KeywordRow<PropsRecords>{"SGFN", readSgfn, "gas: Sg, krg, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"SOF2", readSof2, "oil with one other phase: So, kro, a table per region"},
+    KeywordRow<PropsRecords>{"SOF3", readSof3,
+                             "oil: So, kro with water, kro with gas and connate water, a table per region"},
     KeywordRow<PropsRecords>{"STONE2", readStone2, "oil with water and gas by Stone's second model", 6},
     KeywordRow<PropsRecords>{"STONE1", readStone1, "not known, `STONE2` with a warning", 6},
     KeywordRow<PropsRecords>{"STONE", readStone2, "`STONE2`"},
@@ -344,6 +489,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     }
     dispatchSection<PropsRecords>(reader, records, PropsKeywords, PropsIncludeTexts);
     both(console, "-> Finished Reading PROPS. Move to Next Section");
+    combinePhaseTables(console, records.options.hasWater, records.tables);
     completeTables(console, records.options.maxRockTables, records.tables);
     printTables(console, *reader.units, records.tables);
 }

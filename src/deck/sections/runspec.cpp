@@ -134,6 +134,21 @@ void readTabdims(SectionReader& reader, RunspecRecords& records) {
                      {1.0 * options.maxPvtRows}});
 }
 
+void readEqldims(SectionReader& reader, RunspecRecords& records) {
+    RunOptions& options = records.options;
+    readSizes<1>(reader, {&options.maxEquilibria});
+    options.maxEquilibria = std::clamp(options.maxEquilibria, 1, MaxTableCount);
+    both(consoleOf(reader), "-> Maximum Equilibrium Region Num -> {}", options.maxEquilibria);
+    copyKeyword(reader);
+    copyRow(reader, {{1.0 * options.maxEquilibria}});
+}
+
+void readNosim(SectionReader& reader, RunspecRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> The deck is read and checked, nothing is run");
+    records.options.onlyChecks = true;
+}
+
 void readWelldims(SectionReader& reader, RunspecRecords& records) {
     RunOptions& options = records.options;
     readSizes<2>(reader, {&options.maxWells, &options.maxConnPerWell});
@@ -187,6 +202,8 @@ constexpr std::array Keywords = {
     Row{"METRIC", readMetric, "metric units"},
     Row{"START", readStart, "day, month word and year of time zero"},
     Row{"TABDIMS", readTabdims, "saturation tables, PVT tables, rows of each"},
+    Row{"EQLDIMS", readEqldims, "regions of equilibrium"},
+    Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run; also in `SCHEDULE`"},
     Row{"WELLDIMS", readWelldims, "wells, connections per well"},
     Row{"TRACERS", readTracers, "the second value is the number of tracers", 7},
     Row{"COMPS", readComps, "number of components"},

@@ -37,19 +37,6 @@ ScheduleWell* defineWell(const SectionReader& reader, ScheduleStep& step, const 
     return &step.wells.back();
 }
 
-/// A row for the very cells of an earlier one takes its place; any other is put behind.
-void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
-    const auto sameCells = [&row](const ScheduleCompletion& old) {
-        return old.k1 == row.k1 && old.k2 == row.k2 && old.i == row.i && old.j == row.j &&
-               old.wellName == row.wellName;
-    };
-    const auto old = std::find_if(step.completions.begin(), step.completions.end(), sameCells);
-    if (old != step.completions.end())
-        *old = row;
-    else
-        step.completions.push_back(row);
-}
-
 char directionOf(const SectionReader& reader, const std::string& word) {
     const std::string letter = toUpper(trim(word).substr(0, 1));
     if (letter == "X" || letter == "Y" || letter == "Z") return letter.front();
@@ -68,7 +55,7 @@ void takeWelspecType(const std::string& word, ScheduleWell& well) {
 void takeWelspecControl(const SectionReader& reader, const std::string& control, double value,
                         ScheduleWell& well) {
     well.hasControl = true;
-    well.status = "OPEN";
+    setStatus("OPEN", well);
     well.control = control;
     const UnitSystem& units = *reader.units;
     if (toUpper(trim(control)).starts_with("BH")) {
@@ -95,7 +82,7 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     const UnitSystem& units = *reader.units;
     well.isInjector = false;
     well.hasControl = true;
-    well.status = row.status;
+    setStatus(row.status, well);
     well.control = row.control;
     well.prodOil = rateFrom(reader, row.oil, units.liquidRate);
     well.prodWater = rateFrom(reader, row.water, units.liquidRate);
@@ -118,7 +105,7 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.isInjector = true;
     well.hasControl = true;
     well.injType = row.type;
-    well.status = row.status;
+    setStatus(row.status, well);
     well.control = row.control;
     well.injRate = rateFrom(reader, row.rate, injectionFactor(units, row.type));
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
@@ -127,7 +114,8 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
 /// Pressure at which the reservoir volume of observed rates is taken.
 double historyPressure(double bhp, const InitialConditions& initial) {
     if (bhp > 0.0) return bhp;
-    return initial.datumPressure > 0.0 ? initial.datumPressure : StandardPressure;
+    const double datum = initial.regions.front().datumPressure;
+    return datum > 0.0 ? datum : StandardPressure;
 }
 
 void takeHistory(const SectionReader& reader, const ScheduleRecords& records, const ProducerItems& row,

@@ -10,20 +10,16 @@ namespace kvr {
 
 namespace {
 
-void readEquil(SectionReader& reader, SolutionRecords& records) {
-    announce(reader, reader.keyword);
-    lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
+/// One record of EQUIL.
+void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
     checkRead(reader, readDoubles(*reader.cursor, items));
-    InitialConditions& initial = records.initial;
     const UnitSystem& units = *reader.units;
-    initial.datumDepth = items[0] * units.length;
-    initial.datumPressure = items[1] * units.pressure;
-    initial.wocDepth = items[2] * units.length;
-    initial.gocDepth = items[4] * units.length;
-    initial.equilibrationMode = true;
-    copyKeyword(reader);
+    region.datumDepth = items[0] * units.length;
+    region.datumPressure = items[1] * units.pressure;
+    region.wocDepth = items[2] * units.length;
+    region.gocDepth = items[4] * units.length;
     copyRow(reader, {{items[0], units.copyLength},
                      {items[1], units.copyPressure},
                      {items[2], units.copyLength},
@@ -31,12 +27,40 @@ void readEquil(SectionReader& reader, SolutionRecords& records) {
                      {items[4], units.copyLength}});
 }
 
+/// The regions of equilibrium that keywords of one record or table each fill.
+std::size_t equilibria(const SolutionRecords& records) {
+    return static_cast<std::size_t>(std::max(records.options.maxEquilibria, 1));
+}
+
+Equilibrium& equilibriumRegion(SolutionRecords& records, std::size_t index) {
+    std::vector<Equilibrium>& regions = records.initial.regions;
+    if (regions.size() <= index) regions.resize(index + 1);
+    return regions[index];
+}
+
+/// Behind the comments and slashes of one record no other one follows.
+bool dataEnded(SectionReader& reader) {
+    consumeSlashLines(reader);
+    return nextLineIsKeyword(reader);
+}
+
+void readEquil(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
+    copyKeyword(reader);
+    records.initial.equilibrationMode = true;
+    for (std::size_t r = 0; r < equilibria(records); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readEquilibrium(reader, equilibriumRegion(records, r));
+    }
+}
+
 /// A whole array of the initial state; given behind EQUIL it takes EQUIL's place.
 void readStateArray(SectionReader& reader, SolutionRecords& records, std::string_view text,
                     CellArray<double>& values, bool& given, double factor = 1.0, double copyFactor = 1.0) {
     announce(reader, text);
     skipCommentLines(reader);
-    values.assign(records.grid.NCELLS, 0.0);
+    if (!reader.box.isSet) values.assign(records.grid.NCELLS, 0.0);
     readCellArray(reader, values.cells(), factor, copyFactor);
     given = true;
     records.initial.equilibrationMode = false;
@@ -67,12 +91,9 @@ void readRs(SectionReader& reader, SolutionRecords& records) {
                    records.initial.rsGiven, reader.units->gasRatio);
 }
 
-void readRsvd(SectionReader& reader, SolutionRecords& records) {
-    announce(reader, "FIELD Solution GOR by Depth Table");
-    InitialConditions& initial = records.initial;
-    initial.rsTableDepth.clear();
-    initial.rsTableRs.clear();
-    copyKeyword(reader);
+void readRsTable(SectionReader& reader, Equilibrium& region) {
+    region.rsTableDepth.clear();
+    region.rsTableRs.clear();
     const UnitSystem& units = *reader.units;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number};
     while (nextTableRow(reader, rows)) {
@@ -80,9 +101,18 @@ void readRsvd(SectionReader& reader, SolutionRecords& records) {
         rows.last = readDoubles(*reader.cursor, row);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
-        initial.rsTableDepth.push_back(row[0] * units.length);
-        initial.rsTableRs.push_back(row[1] * units.gasRatio);
+        region.rsTableDepth.push_back(row[0] * units.length);
+        region.rsTableRs.push_back(row[1] * units.gasRatio);
         copyRow(reader, {{row[0], units.copyLength}, {row[1]}});
+    }
+}
+
+void readRsvd(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, "FIELD Solution GOR by Depth Table");
+    copyKeyword(reader);
+    for (std::size_t r = 0; r < equilibria(records); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readRsTable(reader, equilibriumRegion(records, r));
     }
 }
 
@@ -98,7 +128,7 @@ void readNei(SectionReader& reader, SolutionRecords& records) {
     if (!hasComponents(reader, records)) return;
     const int components = records.options.componentCount;
     std::vector<double> composition(static_cast<std::size_t>(components), 0.0);
-    readCellArray(reader, composition);
+    readArray(reader, composition);
     DirectionArray<double>& initialZ = records.initial.initialZ;
     initialZ.assign(records.grid.NCELLS, components, 0.0);
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
@@ -113,7 +143,7 @@ void readZmf(SectionReader& reader, SolutionRecords& records) {
     DirectionArray<double>& initialZ = records.initial.initialZ;
     initialZ.assign(records.grid.NCELLS, records.options.componentCount, 0.0);
     const auto cellZero = static_cast<std::size_t>(initialZ.width);  // values of the unused slot
-    readCellArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
+    readArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
 }
 
 void readRestart(SectionReader& reader, SolutionRecords& records) {
@@ -169,15 +199,40 @@ struct RegionRecords {
     GridModel& grid;
 };
 
-void readSatnum(SectionReader& reader, RegionRecords& records) {
+/// Region numbers by cell; cells left out stand in region 1.
+template <CellArray<int> GridModel::*Array>
+void readRegionNumbers(SectionReader& reader, RegionRecords& records) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
-    readCellArray(reader, records.grid.SATNUM.cells());
+    CellArray<int>& numbers = records.grid.*Array;
+    if (numbers.empty()) numbers.assign(records.grid.NCELLS, 1);
+    readCellArray(reader, numbers.cells());
 }
 
 constexpr std::array RegionKeywords = {
-    KeywordRow<RegionRecords>{"SATNUM", readSatnum, "saturation table number, one per cell"},
+    KeywordRow<RegionRecords>{"SATNUM", readRegionNumbers<&GridModel::SATNUM>,
+                              "saturation table number, one per cell"},
+    KeywordRow<RegionRecords>{"PVTNUM", readRegionNumbers<&GridModel::PVTNUM>,
+                              "number of the tables of fluids and rock, one per cell"},
+    KeywordRow<RegionRecords>{"EQLNUM", readRegionNumbers<&GridModel::EQLNUM>,
+                              "number of the record of `EQUIL` and the table of `RSVD`, one per cell"},
+    KeywordRow<RegionRecords>{"FIPNUM", readRegionNumbers<&GridModel::FIPNUM>,
+                              "region of the balance by regions, one per cell"},
 };
+constexpr int MaxBalanceRegions = 10000;
+
+/// Region numbers outside 1 .. `most` become 1, told in one line.
+void limitRegions(SectionReader& reader, std::string_view keyword, int most, CellArray<int>& numbers) {
+    const auto isOutside = [most](int region) { return region < 1 || region > most; };
+    const auto cells = numbers.cells();
+    const auto first = std::find_if(cells.begin(), cells.end(), isOutside);
+    if (first == cells.end()) return;
+    reader.keyword = keyword;
+    warnHere(reader, "WARNING :: {} OF {} CELLS IS OUT OF RANGE 1 TO {}, SET TO 1; FIRST: CELL {}, {}",
+             keyword, std::count_if(first, cells.end(), isOutside), most, first - cells.begin() + 1, *first);
+    std::replace_if(first, cells.end(), isOutside, 1);
+}
+
 // GRID is the required text of this section.
 constexpr IncludeTexts RegionTexts{"ERROR: INCLUDE File Open Error at GRID section",
                                    "File I/O Error, in GRID Section",
@@ -195,7 +250,7 @@ void sizeInitialArrays(const GridModel& grid, InitialConditions& initial) {
 void readSolution(SectionReader& reader, SolutionRecords& records) {
     dispatchSection<SolutionRecords>(reader, records, Keywords, Texts);
     lineToBoth(consoleOf(reader), "-> Finished Reading SOLUTION. Move to Next Section");
-    if (records.initial.rsTableDepth.empty()) {
+    if (records.initial.regions.front().rsTableDepth.empty()) {
         lineToBoth(consoleOf(reader),
                    "No RS-Depth(RSVD) Table - Table is assumed inside the code while not used");
     }
@@ -211,6 +266,9 @@ void readRegions(SectionReader& reader, const RunOptions& options, GridModel& gr
         warn(consoleOf(reader), "WARNING :: SATNUM, GRID {} IS OUT OF RANGE. SET AS 1 ", cell);
         grid.SATNUM[cell] = 1;
     }
+    limitRegions(reader, "PVTNUM", options.maxPvtTables, grid.PVTNUM);
+    limitRegions(reader, "EQLNUM", options.maxEquilibria, grid.EQLNUM);
+    limitRegions(reader, "FIPNUM", MaxBalanceRegions, grid.FIPNUM);
 }
 
 void readSummary(SectionReader& reader) {

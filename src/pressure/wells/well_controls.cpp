@@ -101,6 +101,13 @@ void assignIdle(const ScheduleWell& source, Well& well) {
     well.shut = true;
 }
 
+/// Rates are means over time: the well is on for the share `efficiency` of it.
+void scaleTargets(Well& well) {
+    for (double* target : {&well.TargetRate, &well.targetOil, &well.targetWater, &well.targetGas,
+                           &well.targetLiquid, &well.targetResv})
+        *target *= well.efficiency;
+}
+
 Well assignControl(const Console& console, const ScheduleWell& source) {
     Well well;
     well.WellName = source.name;
@@ -110,6 +117,9 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.tracerConcentration = source.tracerConcentration;
     well.injectedTracers = source.injectedTracers;
     well.injectionStream = source.injectionStream;
+    well.efficiency = source.efficiency;
+    well.limits = source.limits;
+    well.openings = source.openings;
     const bool shutStatus = isShutStatus(source.status);
     if (!source.hasControl || (shutStatus && trim(source.control).empty()))
         assignIdle(source, well);
@@ -118,6 +128,7 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     else
         assignProducer(console, source, well);
     well.WellControl = well.deckControl;
+    scaleTargets(well);
     well.shut = well.shut || shutStatus || (isRateControlled(well) && well.TargetRate == 0.0);
     if (!isRateControlled(well)) well.Bhp = well.BhpLimit;
     return well;
@@ -222,6 +233,25 @@ void carryBottomHolePressures(const WellRecord& before, WellRecord& wells) {
     }
 }
 
+/// What limits have closed stays so until the deck sets the status of the well again.
+void carryClosures(const WellRecord& before, WellRecord& wells) {
+    for (Well& well : wells.wells) {
+        const auto old = std::find_if(before.wells.begin(), before.wells.end(),
+                                      [&well](const Well& other) { return other.WellName == well.WellName; });
+        if (old == before.wells.end() || old->openings != well.openings) continue;
+        well.closedByLimit = old->closedByLimit;
+        well.closedCells = old->closedCells;
+        const auto isClosed = [&well](const WellConnection& connection) {
+            return std::find(well.closedCells.begin(), well.closedCells.end(), connection.ConnCell) !=
+                   well.closedCells.end();
+        };
+        std::erase_if(well.connections, isClosed);
+        for (std::size_t n = 0; n < well.connections.size(); ++n)
+            well.connections[n].completion = static_cast<int>(n) + 1;
+        well.shut = well.shut || well.closedByLimit || well.connections.empty();
+    }
+}
+
 void warnOfConnectionsWithoutFlow(const Console& console, const WellRecord& wells) {
     for (const Well& well : wells.wells)
         for (const WellConnection& connection : well.connections)
@@ -257,6 +287,7 @@ void AssignWells(int stepIndex, const Console& console, const RunOptions& option
             assigned.wells.push_back(assignControl(console, source));
         assignCompletions(console, grid, step, assigned);
     }
+    carryClosures(wells, assigned);
     if (stepIndex > 1) carryBottomHolePressures(wells, assigned);
     assigned.RateWellCount = countRateWells(assigned);
     computeWellIndices(grid, assigned);
