@@ -1,5 +1,7 @@
 #include "fluid/phase_tables.hpp"
 
+#include "base/messages.hpp"
+
 #include <algorithm>
 
 namespace kvr {
@@ -63,7 +65,7 @@ void combinePhaseTables(const Console& console, bool hasWater, FluidTables& tabl
     for (std::size_t r = 0; r < tables.phaseTables.size(); ++r) {
         const PhaseTables& from = tables.phaseTables[r];
         if (from.So.empty() || (from.Sw.empty() && from.Sg.empty())) {
-            both(console, "WARNING :: REGION {} HAS {} AND IS NOT COMPLETE WITHOUT {}", r + 1,
+            warn(console, "WARNING :: REGION {} HAS {} AND IS NOT COMPLETE WITHOUT {}", r + 1,
                  from.So.empty() ? "SWFN OR SGFN" : "SOF2 OR SOF3",
                  from.So.empty() ? "SOF2 OR SOF3" : "SWFN OR SGFN");
             continue;

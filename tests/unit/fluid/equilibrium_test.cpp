@@ -75,7 +75,7 @@ struct Bench {
     void useGas() { tables.hasGas = options.hasGas = true; }
     void run() { initialiseBlackOil(console, grid, tables, initial, options, state); }
     [[nodiscard]] InitDepthTable rows() const {
-        return buildDepthTable(console, grid, tables, initial, options.hasWater);
+        return buildDepthTable(console, grid, tables, initial.regions[0], options.hasWater);
     }
     [[nodiscard]] static int timesIn(std::FILE* file, const std::string& text) {
         std::rewind(file);
