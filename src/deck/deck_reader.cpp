@@ -146,6 +146,10 @@ void readNamedSection(DeckReading& deck, std::size_t row) {
     const Section& section = Sections[row];
     bannerLine(deck.run.console, fmt::format("---- READ FROM {} ----", section.word));
     if (!section.note.empty()) lineToBoth(deck.run.console, section.note);
+    if (section.word == "RUNSPEC" && std::count(deck.done.begin(), deck.done.end(), true) > 0) {
+        lineToBoth(deck.run.console, "ERROR :: A SECOND RUNSPEC WOULD TAKE BACK WHAT STANDS BEFORE IT");
+        stopAtPlace(readerFor(deck, deck.cursor, "RUNSPEC", ""));
+    }
     // Wells are built at the end of SCHEDULE, from everything that stands before it.
     if (row == ScheduleRow) closeMissingSections(deck, ScheduleRow);
     readSection(deck, row, deck.cursor);

@@ -77,8 +77,9 @@ void takeComment(SectionReader& reader, std::string_view line);
 void skipCommentLines(SectionReader& reader);
 /// Drops lines while each is a comment or blank or holds a slash or an asterisk. At most 10000.
 void skipKeywordData(SectionReader& reader);
-/// Counts comment, blank and slash-first lines up to the next data line.
-int consumeSlashLines(SectionReader& reader);
+/// Counts comment, blank and slash-first lines up to the next data line; `slashSeen` tells whether one of
+/// them began with a slash.
+int consumeSlashLines(SectionReader& reader, bool* slashSeen = nullptr);
 /// The next line starts with a letter that is not quoted (the next keyword), or the file has ended.
 /// The cursor does not move.
 bool nextLineIsKeyword(const SectionReader& reader);
@@ -121,11 +122,20 @@ void readArray(SectionReader& reader, std::span<double> values, double factor = 
 void readArray(SectionReader& reader, std::span<float> values, double factor = 1.0, double copyFactor = 1.0);
 void readArray(SectionReader& reader, std::span<int> values);
 
+/// What values of an array may be; others are told in one line, with the first of them and its own place.
+struct ValueRule {
+    double low, high;
+    bool stops;  // others stop the run, or they become the nearest value allowed
+};
+
 /// The same for one value per cell of the grid: while a BOX is set it is given for the cells of the box
 /// alone, and the others keep theirs.
 void readCellArray(SectionReader& reader, std::span<double> values, double factor = 1.0,
                    double copyFactor = 1.0);
 void readCellArray(SectionReader& reader, std::span<int> values);
+/// The same with a rule for what the deck may say; `factor` as above, the rule in units of the deck.
+void readCheckedArray(SectionReader& reader, const ValueRule& rule, std::span<double> values,
+                      double factor = 1.0, double copyFactor = 1.0);
 
 // --- rows ----------------------------------------------------------------------------------------
 

@@ -19,8 +19,10 @@ void sayGridKeyword(SectionReader& reader, GridModel&) {
 void readMultiply(SectionReader& reader, GridModel& grid) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
-    readBoxRows(reader, grid, grid.editRows,
-                [&](ArithmeticRow row) { grid.editRows.push_back(std::move(row)); });
+    readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
+        if (isNegativeFactor(reader, row)) return;
+        grid.editRows.push_back(std::move(row));
+    });
     endCopiedList(reader);
 }
 

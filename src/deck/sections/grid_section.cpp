@@ -12,6 +12,7 @@
 #include "model/multipliers.hpp"
 
 #include <array>
+#include <limits>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -31,16 +32,28 @@ void beginArray(SectionReader& reader) {
 
 // --- arrays of one value per cell ------------------------------------------------------------------
 
+constexpr double AnyValue = std::numeric_limits<double>::max();
+constexpr ValueRule Porosity{-AnyValue, 1.0, true};  // below 0: the cell takes no part, see grid_checks
+constexpr ValueRule NetToGross{-AnyValue, 1.0, false};
+constexpr ValueRule Size{0.0, AnyValue, false};
+
 template <CellArray<double> GridModel::*Array>
 void readRock(SectionReader& reader, GridRecords& records) {
     beginArray(reader);
     readCellArray(reader, (records.grid.*Array).cells());
 }
 
+template <CellArray<double> GridModel::*Array, const ValueRule& Rule>
+void readRuledRock(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    readCheckedArray(reader, Rule, (records.grid.*Array).cells());
+}
+
 template <CellArray<double> GridModel::*Array>
 void readSize(SectionReader& reader, GridRecords& records) {
     beginArray(reader);
-    readCellArray(reader, (records.grid.*Array).cells(), reader.units->length, reader.units->copyLength);
+    readCheckedArray(reader, Size, (records.grid.*Array).cells(), reader.units->length,
+                     reader.units->copyLength);
     records.grid.blockInput = true;
 }
 
@@ -212,6 +225,7 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "MULTIPLY : {} By {}", row.name, number(row.value));
+        if (isNegativeFactor(reader, row)) return;
         if (setFaceMultiplier(row, true, grid)) return;
         if (findMultiplier(row.name) == nullptr) reportNotSupported(reader, row.name);
         grid.multiplyRows.push_back(std::move(row));
@@ -260,11 +274,11 @@ constexpr std::array Keywords = {
     Row{"DZV", readDzv, "cell sizes along z, one per layer"},
     Row{"TOPS", readTops, "depths of the tops of the first layer; values of lower layers are not used"},
     Row{"DEPTHZ", readDepthz, "as TOPS"},
-    Row{"PORO", readRock<&GridModel::PORO>, "porosity, one value per cell"},
+    Row{"PORO", readRuledRock<&GridModel::PORO, Porosity>, "porosity, one value per cell"},
     Row{"PERMX", readRock<&GridModel::PERMX>, "permeability along x in md, one value per cell"},
     Row{"PERMY", readRock<&GridModel::PERMY>, "permeability along y in md, one value per cell"},
     Row{"PERMZ", readRock<&GridModel::PERMZ>, "permeability along z in md, one value per cell"},
-    Row{"NTG", readRock<&GridModel::NTG>, "net-to-gross ratio, one value per cell"},
+    Row{"NTG", readRuledRock<&GridModel::NTG, NetToGross>, "net-to-gross ratio, one value per cell"},
     Row{"ACTNUM", readActnum, "1 active, 0 inactive, one value per cell"},
     Row{"JFUNC", readJfunc, "J-function: a word and the surface tension"},
     Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},

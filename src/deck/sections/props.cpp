@@ -5,6 +5,7 @@
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/pvto.hpp"
+#include "deck/sections/table_rules.hpp"
 #include "fluid/phase_tables.hpp"
 #include "fluid/table_checks.hpp"
 #include "fluid/table_print.hpp"
@@ -100,17 +101,47 @@ void fillOpenValues(const Column& axis, Column& column) {
     }
 }
 
-/// One table, rows until its end; the columns are replaced.
-void readTable(SectionReader& reader, std::span<const TableColumn> columns) {
+/// A row is one read: what stands behind its last value in the line would be lost, and a value too few takes
+/// the next row's first.
+void checkRowLength(const SectionReader& reader, const ListEnd& row, std::size_t columns) {
+    if (row.dropped > 0) {
+        both(consoleOf(reader), "ERROR :: {}: {} VALUES IN A ROW OF {}", reader.keyword,
+             columns + static_cast<std::size_t>(row.dropped), columns);
+        stopAtPlace(reader);
+    }
+    if (static_cast<std::size_t>(row.count) < columns)
+        warnHere(reader, "WARNING :: {}: {} VALUES IN A ROW OF {}, THE REST IS 0", reader.keyword, row.count,
+                 columns);
+}
+
+/// The columns in units of the deck against their rules.
+void checkColumns(const SectionReader& reader, std::size_t table, std::vector<int> lines,
+                  std::span<const TableColumn> columns) {
+    std::vector<Column> deck;
+    for (const TableColumn& column : columns) {
+        deck.push_back(*column.target);
+        for (double& value : deck.back()) value /= column.factor;
+    }
+    TableRows rows;
+    for (const Column& column : deck) rows.columns.push_back(&column);
+    rows.lines = std::move(lines);
+    checkTable(reader, table, rows);
+}
+
+/// One table, rows until its end; the columns are replaced. `table`: its number in the keyword.
+void readTable(SectionReader& reader, std::size_t table, std::span<const TableColumn> columns) {
     std::array<double, MaxColumns> row{};
     for (const TableColumn& column : columns) column.target->clear();
     const std::span<double> values(row.data(), columns.size());
+    std::vector<int> lines;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number, {}, 0};
     while (nextTableRow(reader, rows)) {
         std::fill(row.begin(), row.end(), OpenValue);
         rows.last = readDoubles(*reader.cursor, values);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
+        checkRowLength(reader, rows.last, columns.size());
+        lines.push_back(reader.cursor->lineNumber);
         for (std::size_t c = static_cast<std::size_t>(rows.last.count); c < columns.size(); ++c) row[c] = 0.0;
         for (std::size_t c = 0; c < columns.size(); ++c)
             columns[c].target->push_back(values[c] * columns[c].factor);
@@ -118,6 +149,7 @@ void readTable(SectionReader& reader, std::span<const TableColumn> columns) {
     for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
     copyTable(reader, columns);
     endCopiedTable(reader);
+    checkColumns(reader, table, lines, columns);
 }
 
 /// Calls `readOne(tables)` for every PVT region that the deck gives data for.
@@ -127,7 +159,7 @@ void readPvtRegions(SectionReader& reader, PropsRecords& records, const ReadOne&
     const auto count = static_cast<std::size_t>(std::max(records.options.maxPvtTables, 1));
     for (std::size_t r = 0; r < count; ++r) {
         if (r > 0 && dataEnded(reader)) return;
-        readOne(pvtRegion(records.tables, r));
+        readOne(pvtRegion(records.tables, r), r + 1);
     }
 }
 
@@ -139,9 +171,9 @@ struct DryColumns {
     double fvfFactor = 1.0;
 };
 
-void readDryTable(SectionReader& reader, const DryColumns& dry, FluidTables& tables) {
+void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t number, FluidTables& tables) {
     const UnitSystem& units = *reader.units;
-    readTable(reader,
+    readTable(reader, number,
               std::array<TableColumn, 3>{{{&(tables.*dry.pressure), units.pressure, units.copyPressure},
                                           {&(tables.*dry.fvf), dry.fvfFactor},
                                           {&(tables.*dry.viscosity)}}});
@@ -155,8 +187,8 @@ void setDeadOil(FluidTables& tables) {
 
 void readPvdo(SectionReader& reader, PropsRecords& records) {
     const DryColumns oil{&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity};
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
-        readDryTable(reader, oil, tables);
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readDryTable(reader, oil, number, tables);
         setDeadOil(tables);
     });
 }
@@ -182,7 +214,7 @@ void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables)
 
 void readPvcdo(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
         skipCommentLines(reader);
         std::array<double, 5> item{0.0, 1.0, 0.0, 1.0, 0.0};
         checkRead(reader, readDoubles(*reader.cursor, item));
@@ -204,7 +236,9 @@ void readPvcdo(SectionReader& reader, PropsRecords& records) {
 void readPvdg(SectionReader& reader, PropsRecords& records) {
     const DryColumns gas{&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity,
                          reader.units->gasFvf};
-    readPvtRegions(reader, records, [&](FluidTables& tables) { readDryTable(reader, gas, tables); });
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readDryTable(reader, gas, number, tables);
+    });
 }
 
 void copyPvto(const SectionReader& reader, const PvtoTable& table) {
@@ -237,9 +271,10 @@ void takeLiveOil(const UnitSystem& units, const PvtoTable& table, FluidTables& t
 }
 
 void readPvto(SectionReader& reader, PropsRecords& records) {
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
         const PvtoTable table = readPvtoTable(reader);
         requireRows(reader, table.Rs.size() + table.underPressure.size());
+        checkTable(reader, number, {{&table.Rs, &table.pressure, &table.fvf, &table.viscosity}, table.lines});
         copyPvto(reader, table);
         takeLiveOil(*reader.units, table, tables);
     });
@@ -254,7 +289,7 @@ void readRegionTables(SectionReader& reader, PropsRecords& records, const Column
         const auto index = static_cast<std::size_t>(r);
         if (records.tables.regions.size() <= index) records.tables.regions.resize(index + 1);
         const std::array<TableColumn, MaxColumns> columns = columnsOf(records.tables.regions[index]);
-        readTable(reader, columns);
+        readTable(reader, index + 1, columns);
         requireRows(reader, columns[0].target->size());
     }
 }
@@ -290,7 +325,7 @@ void readPhaseTables(SectionReader& reader, PropsRecords& records, const Columns
         std::vector<PhaseTables>& phases = records.tables.phaseTables;
         if (phases.size() <= r) phases.resize(r + 1);
         const std::vector<TableColumn> columns = columnsOf(phases[r]);
-        readTable(reader, columns);
+        readTable(reader, r + 1, columns);
         requireRows(reader, columns[0].target->size());
     }
 }
@@ -334,7 +369,7 @@ struct ScalarItem {
 constexpr std::size_t MaxScalars = 5;
 
 /// One record; items not given keep their values.
-void readScalarRow(SectionReader& reader, std::span<const ScalarItem> items) {
+void readScalarRow(SectionReader& reader, std::size_t number, std::span<const ScalarItem> items) {
     skipCommentLines(reader);
     std::array<double, MaxScalars> deck{};
     std::array<double, MaxScalars> copyFactors{};
@@ -344,6 +379,7 @@ void readScalarRow(SectionReader& reader, std::span<const ScalarItem> items) {
     }
     const std::span<double> values(deck.data(), items.size());
     checkRead(reader, readDoubles(*reader.cursor, values));
+    checkRecord(reader, number, values);
     copyRow(reader, values, copyFactors);
     for (std::size_t n = 0; n < items.size(); ++n) *items[n].target = values[n] * items[n].factor;
 }
@@ -352,30 +388,32 @@ void readPvtw(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
     const double perPressure = 1.0 / units.pressure;
     const double copyPerPressure = 1.0 / units.copyPressure;
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
-        readScalarRow(reader, std::array<ScalarItem, 5>{
-                                  {{&tables.referencePressureWater, units.pressure, units.copyPressure},
-                                   {&tables.waterFvf},
-                                   {&tables.waterCompressibility, perPressure, copyPerPressure},
-                                   {&tables.waterViscosity},
-                                   {&tables.waterViscosibility, perPressure, copyPerPressure}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(
+            reader, number,
+            std::array<ScalarItem, 5>{{{&tables.referencePressureWater, units.pressure, units.copyPressure},
+                                       {&tables.waterFvf},
+                                       {&tables.waterCompressibility, perPressure, copyPerPressure},
+                                       {&tables.waterViscosity},
+                                       {&tables.waterViscosibility, perPressure, copyPerPressure}}});
     });
 }
 
 void readDensity(SectionReader& reader, PropsRecords& records) {
     const double factor = reader.units->density;
     const double copyFactor = reader.units->copyDensity;
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
-        readScalarRow(reader, std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
-                                                         {&tables.waterDensity, factor, copyFactor},
-                                                         {&tables.gasDensity, factor, copyFactor}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(reader, number,
+                      std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
+                                                 {&tables.waterDensity, factor, copyFactor},
+                                                 {&tables.gasDensity, factor, copyFactor}}});
     });
 }
 
 void readRock(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
-    readPvtRegions(reader, records, [&](FluidTables& tables) {
-        readScalarRow(reader,
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(reader, number,
                       std::array<ScalarItem, 2>{
                           {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
                            {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
@@ -390,7 +428,7 @@ double rankine(const SectionReader& reader, double deckTemperature) {
 void readRtemp(SectionReader& reader, PropsRecords& records) {
     double temperature = 0.0;
     begin(reader);
-    readScalarRow(reader, std::array<ScalarItem, 1>{{{&temperature}}});
+    readScalarRow(reader, 1, std::array<ScalarItem, 1>{{{&temperature}}});
     records.tables.reservoirTemperature = rankine(reader, temperature);
 }
 
@@ -479,6 +517,37 @@ constexpr IncludeTexts PropsIncludeTexts{"ERROR: INCLUDE File Open Error at PROP
                                          "File I/O Error, in PROPS Section",
                                          "INCLUDE FILE FINISHED, PROPS SECTION"};
 
+/// A phase of the run without any table would be one that nobody has described.
+void requireTables(SectionReader& reader, const PropsRecords& records) {
+    const RunOptions& options = records.options;
+    const FluidTables& tables = records.tables;
+    const auto hasTable = [&tables](Column SaturationTable::*axis) {
+        return std::any_of(tables.regions.begin(), tables.regions.end(),
+                           [axis](const SaturationTable& table) { return !(table.*axis).empty(); });
+    };
+    struct Need {
+        bool missing;
+        std::string_view keyword;
+        std::string_view what;
+    };
+    const Need needs[] = {
+        {options.hasOil && tables.OilPressure.empty(), "PVDO", "NO PVT TABLE OF OIL: PVDO, PVTO OR PVCDO"},
+        {options.hasGas && options.componentCount == 0 && tables.GasPressure.empty(), "PVDG",
+         "NO PVT TABLE OF GAS: PVDG"},
+        {options.hasOil && options.hasWater && !hasTable(&SaturationTable::SwAxis), "SWOF",
+         "NO RELATIVE PERMEABILITIES OF WATER AND OIL: SWOF, OR SWFN WITH SOF2 OR SOF3"},
+        {options.hasOil && options.hasGas && options.componentCount == 0 &&
+             !hasTable(&SaturationTable::SgAxis),
+         "SGOF", "NO RELATIVE PERMEABILITIES OF GAS AND OIL: SGOF, OR SGFN WITH SOF2 OR SOF3"},
+    };
+    for (const Need& need : needs) {
+        if (!need.missing) continue;
+        both(consoleOf(reader), "ERROR :: {}", need.what);
+        reader.keyword = need.keyword;
+        stopAtPlace(reader);
+    }
+}
+
 }  // namespace
 
 void readProps(SectionReader& reader, PropsRecords& records) {
@@ -490,6 +559,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     dispatchSection<PropsRecords>(reader, records, PropsKeywords, PropsIncludeTexts);
     both(console, "-> Finished Reading PROPS. Move to Next Section");
     combinePhaseTables(console, records.options.hasWater, records.tables);
+    requireTables(reader, records);
     completeTables(console, records.options.maxRockTables, records.tables);
     printTables(console, *reader.units, records.tables);
 }

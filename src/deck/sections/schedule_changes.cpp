@@ -143,7 +143,7 @@ double limitOf(double value, double factor) {
 void readWelopen(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         WelopenRow row;
         readRow(reader, std::array<ListTarget, 7>{&row.name, &row.status, &row.i, &row.j, &row.k, &row.first,
                                                   &row.last});
@@ -158,7 +158,7 @@ void readWelopen(SectionReader& reader, ScheduleRecords& records) {
 
 void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         std::string name, word;
         double value = 0.0;
         readRow(reader, std::array<ListTarget, 3>{&name, &word, &value});
@@ -176,7 +176,7 @@ void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
 
 void readWefac(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         std::string name;
         double factor = 1.0;
         readRow(reader, std::array<ListTarget, 2>{&name, &factor});
@@ -192,7 +192,7 @@ void readWefac(SectionReader& reader, ScheduleRecords& records) {
 void readWecon(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     const UnitSystem& units = *reader.units;
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         std::string name, workover = "NONE", end = "NO", follower, quantity, second;
         std::array<double, 8>
             item{};  // oil, gas, water cut, GOR, WGR, second water cut, gas-liquid ratio, liquid

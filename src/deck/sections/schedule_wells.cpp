@@ -78,6 +78,32 @@ struct ProducerItems {
     double vfpTable = 0.0, artificialLift = 0.0;  // read, not used
 };
 
+/// Limits beside the control that no run holds: only that of the bottom-hole pressure is.
+void tellUnheldLimits(const SectionReader& reader, const ScheduleWell& well) {
+    struct Limit {
+        std::string_view word;
+        double ScheduleWell::*value;
+    };
+    static constexpr Limit Limits[] = {{"OR", &ScheduleWell::prodOil},
+                                       {"WR", &ScheduleWell::prodWater},
+                                       {"GR", &ScheduleWell::prodGas},
+                                       {"LR", &ScheduleWell::prodLiquid},
+                                       {"RE", &ScheduleWell::prodResv}};
+    if (reader.keyword != "WCONPROD") return;  // observed rates are no limits
+    const std::string control = toUpper(trim(well.control).substr(0, 2));
+    for (const Limit& limit : Limits)
+        if (well.*limit.value > 0.0 && control != limit.word)
+            warnHere(reader,
+                     "WARNING :: WELL {}: CONTROL {} AND THE BHP LIMIT ARE HELD, THE LIMIT OF {} IS NOT",
+                     well.name, control, limit.word);
+}
+
+void tellTubing(const SectionReader& reader, double thp, double table, const ScheduleWell& well) {
+    if (thp > 0.0 && table > 0.0 && reader.keyword == "WCONPROD")
+        warnHere(reader, "WARNING :: WELL {}: TUBING HEAD PRESSURES AND THEIR TABLES ARE NOT USED",
+                 well.name);
+}
+
 void takeProducer(const SectionReader& reader, const ProducerItems& row, ScheduleWell& well) {
     const UnitSystem& units = *reader.units;
     well.isInjector = false;
@@ -91,6 +117,8 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     well.prodResv = rateFrom(reader, row.resv, units.liquidRate);
     well.prodBhp = pressureFrom(reader, row.bhp, DefaultProducerBhp);
     well.prodThp = row.thp * units.pressure;
+    tellUnheldLimits(reader, well);
+    tellTubing(reader, row.thp, row.vfpTable, well);
 }
 
 /// Items of WCONINJE and WCONINJH rows, deck units.
@@ -146,7 +174,7 @@ double historyReservoirRate(const FluidTables& tables, double p, double qo, doub
 
 void readWelspec(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, type, control;
         int headI = 0, headJ = 0;
         double diameter = 0.0, rate = 0.0;
@@ -172,7 +200,7 @@ void readWelspec(SectionReader& reader, ScheduleRecords& records) {
 
 void readWelspecs(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, group, phase;
         int headI = 0, headJ = 0;
         double depth = NoDatum;
@@ -192,7 +220,7 @@ void readWelspecs(SectionReader& reader, ScheduleRecords& records) {
 
 void readCompdat(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, direction = "Z";
         ScheduleCompletion row;
         readRow(reader, std::array<ListTarget, 13>{&name, &row.i, &row.j, &row.k1, &row.k2, &row.status,
@@ -215,7 +243,7 @@ void readCompdat(SectionReader& reader, ScheduleRecords& records) {
 
 void readWconprod(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         ProducerItems row;
         readRow(reader, std::array<ListTarget, 11>{&row.name, &row.status, &row.control, &row.oil, &row.water,
                                                    &row.gas, &row.liquid, &row.resv, &row.bhp, &row.thp,
@@ -229,7 +257,7 @@ void readWconprod(SectionReader& reader, ScheduleRecords& records) {
 
 void readWconinje(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         InjectorItems row;
         readRow(reader, std::array<ListTarget, 8>{&row.name, &row.type, &row.status, &row.control, &row.rate,
                                                   &row.resv, &row.bhp, &row.thp});
@@ -247,7 +275,7 @@ void readWconinje(SectionReader& reader, ScheduleRecords& records) {
 void readWconhist(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     records.options.useHistoryControls = true;
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         ProducerItems row;
         readRow(reader,
                 std::array<ListTarget, 10>{&row.name, &row.status, &row.control, &row.oil, &row.water,
@@ -263,7 +291,7 @@ void readWconhist(SectionReader& reader, ScheduleRecords& records) {
 void readWconinjh(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     records.options.useHistoryControls = true;
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         InjectorItems row;
         readRow(reader,
                 std::array<ListTarget, 6>{&row.name, &row.type, &row.status, &row.rate, &row.bhp, &row.thp});

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace kvr {
 
@@ -55,39 +57,43 @@ void readEquil(SectionReader& reader, SolutionRecords& records) {
     }
 }
 
+constexpr ValueRule Share{0.0, 1.0, false};
+constexpr ValueRule NotNegative{0.0, std::numeric_limits<double>::max(), false};
+
 /// A whole array of the initial state; given behind EQUIL it takes EQUIL's place.
 void readStateArray(SectionReader& reader, SolutionRecords& records, std::string_view text,
-                    CellArray<double>& values, bool& given, double factor = 1.0, double copyFactor = 1.0) {
+                    const ValueRule& rule, CellArray<double>& values, bool& given, double factor = 1.0,
+                    double copyFactor = 1.0) {
     announce(reader, text);
     skipCommentLines(reader);
     if (!reader.box.isSet) values.assign(records.grid.NCELLS, 0.0);
-    readCellArray(reader, values.cells(), factor, copyFactor);
+    readCheckedArray(reader, rule, values.cells(), factor, copyFactor);
     given = true;
     records.initial.equilibrationMode = false;
 }
 
 void readPressure(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD PRESSURE by MANUAL", records.initial.initialPressure,
+    readStateArray(reader, records, "FIELD PRESSURE by MANUAL", NotNegative, records.initial.initialPressure,
                    records.initial.pressureGiven, reader.units->pressure, reader.units->copyPressure);
 }
 
 void readSwat(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD WATER SATURATION by MANUAL", records.initial.initialSwat,
+    readStateArray(reader, records, "FIELD WATER SATURATION by MANUAL", Share, records.initial.initialSwat,
                    records.initial.swatGiven);
 }
 
 void readSgas(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD GAS SATURATION by MANUAL", records.initial.initialSgas,
+    readStateArray(reader, records, "FIELD GAS SATURATION by MANUAL", Share, records.initial.initialSgas,
                    records.initial.sgasGiven);
 }
 
 void readSoil(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD OIL SATURATION by MANUAL", records.initial.initialSoil,
+    readStateArray(reader, records, "FIELD OIL SATURATION by MANUAL", Share, records.initial.initialSoil,
                    records.initial.soilGiven);
 }
 
 void readRs(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD Solution GOR by MANUAL", records.initial.initialRs,
+    readStateArray(reader, records, "FIELD Solution GOR by MANUAL", NotNegative, records.initial.initialRs,
                    records.initial.rsGiven, reader.units->gasRatio);
 }
 
@@ -183,16 +189,67 @@ bool belowResidual(const SolutionRecords& records, CellId cell) {
     return (initial.swatGiven && sw < table.ConnateSw) || so < table.ResidualSo;
 }
 
-void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
+/// Lines of single cells go to the console for the first few of them, all of them to the log.
+constexpr int ShownCells = 10;
+
+template <class Test, class Line>
+void tellCells(const Console& console, const SolutionRecords& records, const Test& test, const Line& line,
+               std::string_view kind) {
+    CellId first = 0;
+    int count = 0;
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
-        if (records.grid.Active[cell] == 0) continue;
-        if (belowResidual(records, cell)) {
-            warn(consoleOf(reader), " WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
-        }
-        if (records.initial.initialPressure[cell] == 0.0) {
-            warn(consoleOf(reader), "WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell);
-        }
+        if (records.grid.Active[cell] == 0 || !test(cell)) continue;
+        if (++count <= ShownCells)
+            lineToBoth(console, line(cell));
+        else
+            lineToLog(console, line(cell));
+        if (first == 0) first = cell;
     }
+    if (count == 0) return;
+    const GridModel& grid = records.grid;
+    warn(console, "WARNING :: {} IN {} CELLS; FIRST: CELL {} (I {}, J {}, K {})", kind, count, first,
+         grid.CellI[first], grid.CellJ[first], grid.CellK[first]);
+}
+
+constexpr double SumSlack = 1e-3;  // of saturations that are given with a few digits
+
+bool sumIsOff(const InitialConditions& initial, CellId cell) {
+    const double sum = initial.initialSwat[cell] + initial.initialSgas[cell] + initial.initialSoil[cell];
+    const bool all = initial.soilGiven && initial.swatGiven;
+    return all ? std::abs(sum - 1.0) > SumSlack : sum > 1.0 + SumSlack;
+}
+
+/// A field without any pressure would stand still or run wild.
+void requirePressure(SectionReader& reader, const SolutionRecords& records) {
+    const auto cells = records.initial.initialPressure.cells();
+    if (std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; })) return;
+    lineToBoth(consoleOf(reader), "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
+    reader.keyword = "PRESSURE";
+    stopAtPlace(reader);
+}
+
+void checkArrays(SectionReader& reader, const SolutionRecords& records) {
+    const Console& console = consoleOf(reader);
+    const InitialConditions& initial = records.initial;
+    tellCells(
+        console, records, [&](CellId cell) { return belowResidual(records, cell); },
+        [](CellId cell) {
+            return fmt::format(" WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
+        },
+        "INITIAL SATURATION BELOW RESIDUAL");
+    tellCells(
+        console, records, [&](CellId cell) { return initial.initialPressure[cell] == 0.0; },
+        [](CellId cell) { return fmt::format("WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell); },
+        "INITIAL PRESSURE 0");
+    tellCells(
+        console, records, [&](CellId cell) { return sumIsOff(initial, cell); },
+        [&](CellId cell) {
+            return fmt::format(
+                "WARNING :: INITIAL SATURATIONS ADD UP TO {}, GRID {}",
+                number(initial.initialSwat[cell] + initial.initialSgas[cell] + initial.initialSoil[cell]),
+                cell);
+        },
+        "INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED");
 }
 
 struct RegionRecords {
@@ -256,6 +313,7 @@ void readSolution(SectionReader& reader, SolutionRecords& records) {
     }
     if (records.initial.equilibrationMode) return;
     checkArrays(reader, records);
+    requirePressure(reader, records);
 }
 
 void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid) {

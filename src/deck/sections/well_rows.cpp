@@ -56,6 +56,21 @@ void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
                            step.completions.end());
 }
 
+bool nextWellRow(SectionReader& reader, ScheduleStep& step) {
+    const int lineBefore = reader.cursor->lineNumber;
+    if (nextRow(reader)) return true;
+    if (reader.cursor->position >= reader.cursor->text.size()) return false;
+    const std::string_view rest = std::string_view(reader.cursor->text).substr(reader.cursor->position);
+    const std::string word(firstWord(trimLeft(rest.substr(0, rest.find('\n')))));
+    const bool slashEnded =
+        reader.cursor->lineNumber > lineBefore &&
+        isSlashLine(std::string_view(reader.cursor->text).substr(reader.cursor->previousLine));
+    if (!slashEnded && findWell(step, wellName(word)) != nullptr)
+        warnAt(consoleOf(reader), {reader.cursor->fileName, reader.cursor->lineNumber + 1}, reader.keyword,
+               "WARNING :: {} ALONE ON ITS LINE ENDS THE ROWS, WRITE THE NAME OF A WELL IN QUOTES", word);
+    return false;
+}
+
 void tellUnknownWell(const SectionReader& reader, const std::string& name) {
     warnHere(reader, "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
 }

@@ -28,6 +28,9 @@ void setStatus(const std::string& status, ScheduleWell& well);
 /// covers go; any other is put behind.
 void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step);
 
+/// nextRow; a well's unquoted name alone on its line looks like a keyword and ends the rows, which is told.
+bool nextWellRow(SectionReader& reader, ScheduleStep& step);
+
 /// Tells of a row whose name stands for no well.
 void tellUnknownWell(const SectionReader& reader, const std::string& name);
 

@@ -48,9 +48,11 @@ bool isShutStatus(std::string_view status) {
     hardStop(console);
 }
 
-[[noreturn]] void stopAtLocation(const Console& console, const std::string& name, const DeckPlace& place) {
+[[noreturn]] void stopAtLocation(const Console& console, const std::string& name, const GridModel& grid,
+                                 const std::string& where, const DeckPlace& place) {
     lineToBoth(console, "ERROR :: Invailed Well Input Data (Location)");
-    both(console, "Well {}: {}, line {}", name, place.fileName, place.lineNumber);
+    both(console, "Well {}: {} in a grid of {} by {} by {} cells", name, where, grid.NX, grid.NY, grid.NZ);
+    lineToBoth(console, placeText(place, "COMPDAT or WELSPECS"));
     hardStop(console);
 }
 
@@ -177,7 +179,11 @@ void addRow(const Console& console, const GridModel& grid, const ScheduleComplet
     const int top = std::min(row.k1, row.k2);
     const int bottom = std::max(row.k1, row.k2);
     const bool valid = row.i >= 0 && row.j >= 0 && insideGrid(grid, i, j) && top >= 1 && bottom <= grid.NZ;
-    if (!valid || !(row.diameter > 0.0)) stopAtLocation(console, well.WellName, row.place);
+    if (!valid || !(row.diameter > 0.0))
+        stopAtLocation(
+            console, well.WellName, grid,
+            fmt::format("I {}, J {}, K {} to {}, diameter {} ft", i, j, row.k1, row.k2, number(row.diameter)),
+            row.place);
     if (completions.list.empty()) {
         well.WellRadius = 0.5 * row.diameter;
         well.Skin = static_cast<double>(row.skin);
@@ -215,7 +221,9 @@ void assignCompletions(const Console& console, const GridModel& grid, const Sche
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         if (!insideGrid(grid, wells.wells[w].LocI, wells.wells[w].LocJ))
-            stopAtLocation(console, wells.wells[w].WellName, step.wells[w].place);
+            stopAtLocation(console, wells.wells[w].WellName, grid,
+                           fmt::format("head at I {}, J {}", wells.wells[w].LocI, wells.wells[w].LocJ),
+                           step.wells[w].place);
         keepOpenCompletions(completions[w], wells.wells[w]);
     }
 }
