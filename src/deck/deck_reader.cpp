@@ -107,6 +107,7 @@ SectionReader readerFor(DeckReading& deck, DeckCursor& cursor, std::string_view 
     reader.outputMetric = deck.run.options.outputMetric;
     reader.units = &deck.run.units;
     reader.keyword = section;
+    reader.gridSize = {deck.run.grid.NX, deck.run.grid.NY, deck.run.grid.NZ};
     return reader;
 }
 
@@ -146,6 +147,10 @@ void readNamedSection(DeckReading& deck, std::size_t row) {
     const Section& section = Sections[row];
     bannerLine(deck.run.console, fmt::format("---- READ FROM {} ----", section.word));
     if (!section.note.empty()) lineToBoth(deck.run.console, section.note);
+    if (section.word == "RUNSPEC" && std::count(deck.done.begin(), deck.done.end(), true) > 0) {
+        lineToBoth(deck.run.console, "ERROR :: A SECOND RUNSPEC WOULD TAKE BACK WHAT STANDS BEFORE IT");
+        stopAtPlace(readerFor(deck, deck.cursor, "RUNSPEC", ""));
+    }
     // Wells are built at the end of SCHEDULE, from everything that stands before it.
     if (row == ScheduleRow) closeMissingSections(deck, ScheduleRow);
     readSection(deck, row, deck.cursor);
@@ -178,7 +183,7 @@ std::size_t sectionRow(std::string_view word) {
 }
 
 void passOver(SectionReader& reader, std::string_view line, std::string_view word) {
-    if (skippedTitle(reader, {std::string(word), line})) return;
+    if (skippedTitle(reader, {std::string(word), line}) || handleCommonKeyword(reader, word)) return;
     reportNotSupported(reader, line);
     skipKeywordData(reader);
 }
@@ -265,6 +270,21 @@ void openDeck(DeckReading& deck) {
     stopOnOpenFailure(deck.run.console, names.front(), OpenErrorStatus);
 }
 
+/// Every cell gets the place of its PVT tables; one that names tables which the deck does not have stops.
+void assignPvtRegions(const Console& console, const GridModel& grid, FluidTables& fluids) {
+    if (fluids.furtherPvt.empty()) return;
+    const int regions = static_cast<int>(fluids.furtherPvt.size()) + 1;
+    fluids.PvtRegionCell.assign(grid.NCELLS, 0);
+    for (CellId cell = 1; cell <= grid.PVTNUM.count(); ++cell) {
+        const int region = grid.PVTNUM[cell];
+        if (region > regions) {
+            both(console, "ERROR :: NO TABLES OF FLUIDS {} FOR PVTNUM, GRID {}", region, cell);
+            hardStop(console);
+        }
+        fluids.PvtRegionCell[cell] = static_cast<std::uint16_t>(region - 1);
+    }
+}
+
 std::string skippedText(const DeckReading& deck, const SkippedKeyword& row) {
     const std::string file = row.fileName == deck.cursor.fileName ? "" : row.fileName + ", ";
     return fmt::format("{} ({}line {})", row.name, file, row.lineNumber);
@@ -289,6 +309,7 @@ void readDeck(Simulation& simulation) {
     openDeck(deck);
     firstPass(deck);
     closeMissingSections(deck, Sections.size());
+    assignPvtRegions(simulation.console, simulation.grid, simulation.fluids);
     setOptionDefaults(simulation.options);
     secondPass(deck);
     finaliseOptions(simulation.console, simulation.grid, simulation.fluids, simulation.schedule,

@@ -45,10 +45,12 @@ struct RunOptions {
     int maxWells = 50;
     int maxConnPerWell = 50;
     int maxConnAll = 50;
+    bool noSimulation = false;  // NOSIM: the deck is read and checked, nothing is run
     int maxRockTables = 1;
     int maxPvtTables = 1;
     int maxRockRows = 200;
     int maxPvtRows = 200;
+    int maxEquilibria = 1;  // EQLDIMS
     bool tracerActive = false;
     int tracerCount = 0;
     bool outputMetric = false;                  // "-- ConvertUnitCommandKVR"

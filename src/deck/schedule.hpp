@@ -2,6 +2,8 @@
 
 #include "base/deck_place.hpp"
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,22 @@ inline constexpr double NoDatum = -1.0;
 struct InjectedTracer {
     std::string name;  // first four characters count
     double concentration = 0.0;
+};
+
+/// What becomes of a producer that has passed an economic limit.
+enum class Workover : std::uint8_t { None, Connection, ConnectionsBelow, Well };
+
+/// WECON: economic limits of a producer; 0: no limit. Rates a day and ratios of surface volumes, internal
+/// units.
+struct EconomicLimits {
+    double leastOil = 0.0;
+    double leastGas = 0.0;
+    double leastLiquid = 0.0;
+    double mostWaterCut = 0.0;       // water / (water + oil)
+    double mostGasOilRatio = 0.0;    // gas / oil
+    double mostWaterGasRatio = 0.0;  // water / gas
+    Workover workover = Workover::None;
+    bool endsRun = false;
 };
 
 /// Well data of one step. Merged by name while the deck is read: one element per well and step.
@@ -62,6 +80,9 @@ struct ScheduleWell {
     double tracerConcentration = 0.0;             // of the last WTRACER row
     std::vector<InjectedTracer> injectedTracers;  // of every tracer that WTRACER named
     std::string injectionStream;                  // WINJGAS: name of a WELLSTRE stream
+    double efficiency = 1.0;                      // WEFAC: share of the time that the well is on
+    EconomicLimits limits;
+    int openings = 0;  // how often the deck has set the status: a well that was shut by a limit opens anew
 };
 
 /// One COMPDAT or WELSPEC row.
@@ -93,6 +114,7 @@ struct ScheduleStep {
     int stepCount = 0;
     double period = 0.0;  // days
     int cumulativeSteps = 0;
+    double mostRsRise = std::numeric_limits<double>::infinity();  // DRSDT: of Rs a day
 };
 
 /// Composition of an injected stream, WELLSTRE.

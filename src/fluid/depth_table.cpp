@@ -138,7 +138,7 @@ void saturateAtContact(Walk& walk, const Level& oilStart) {
 }
 
 /// Contacts of a phase that the run does not have lie outside the grid and do not claim the datum.
-void placeContacts(const InitialConditions& initial, bool hasWater, bool hasGas, InitDepthTable& rows) {
+void placeContacts(const Equilibrium& initial, bool hasWater, bool hasGas, InitDepthTable& rows) {
     rows.WocDepth = hasWater ? initial.wocDepth : std::max(rows.Depth.back(), initial.datumDepth);
     rows.GocDepth = hasGas ? initial.gocDepth : std::min(rows.Depth.front(), initial.datumDepth);
 }
@@ -160,7 +160,7 @@ double bubblePointAtDepth(const FluidTables& tables, const InitDepthTable& rows,
 }
 
 InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,
-                               const InitialConditions& initial, bool hasWater) {
+                               const Equilibrium& initial, bool hasWater) {
     InitDepthTable rows;
     layOutRows(console, grid, rows);
     placeContacts(initial, hasWater, tables.hasGas, rows);

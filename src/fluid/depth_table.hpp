@@ -23,7 +23,7 @@ struct InitDepthTable {
 /// phase, which is walked to its contact first. Without an Rs table the oil is saturated at the gas-oil
 /// contact. A column that does not settle in 1000 passes stops the run.
 InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,
-                               const InitialConditions& initial, bool hasWater);
+                               const Equilibrium& initial, bool hasWater);
 
 /// Bubble point that the oil has at a depth and pressure: by its Rs, capped by the pressure.
 double bubblePointAtDepth(const FluidTables& tables, const InitDepthTable& rows, double depth,

@@ -89,9 +89,9 @@ double cellPressure(const CellView& cell) {
 }
 
 /// Limits, scaling and the gas in solution: saturated where free gas stands, otherwise by `pb`.
-void finishCell(const FluidTables& tables, bool keepEndPoints, int region, double pb, double pressure,
-                PhaseState& cell) {
-    limitSaturations(regionTable(tables, region), keepEndPoints, cell);
+void finishCell(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints, double pb,
+                double pressure, PhaseState& cell) {
+    limitSaturations(table, keepEndPoints, cell);
     const bool freeGas = tables.hasGas && tables.MaxRs > 0.0 && cell.Sg > MachineEpsilon;
     cell.Pb = freeGas ? pressure : std::min(pb, pressure);
     cell.Rs = SolutionRs(tables, cell.Pb);
@@ -102,13 +102,35 @@ void storeCell(const PhaseState& from, double pressure, CellId cell, CellState& 
     storePhases(from, cell, state);
 }
 
+/// Equilibrium region of a cell, 1-based.
+int equilibriumOf(const GridModel& grid, CellId cell) {
+    return grid.EQLNUM.empty() ? 1 : grid.EQLNUM[cell];
+}
+
+/// The columns of every equilibrium region that has cells, with the fluids of its first one.
+std::vector<InitDepthTable> depthTables(const Console& console, const GridModel& grid,
+                                        const FluidTables& tables, const InitialConditions& initial,
+                                        bool hasWater) {
+    std::vector<InitDepthTable> columns(initial.regions.size());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0) continue;
+        const auto region = static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1;
+        if (columns[region].Depth.empty())
+            columns[region] =
+                buildDepthTable(console, grid, pvtAt(tables, cell), initial.regions[region], hasWater);
+    }
+    return columns;
+}
+
 void initialiseByDepth(const Console& console, const GridModel& grid, const FluidTables& tables,
                        const InitialConditions& initial, const RunOptions& options, CellState& state) {
-    const InitDepthTable rows = buildDepthTable(console, grid, tables, initial, options.hasWater);
+    const std::vector<InitDepthTable> columns = depthTables(console, grid, tables, initial, options.hasWater);
     std::vector<RegionInverse> inverses;
     for (const SaturationTable& table : tables.regions) inverses.push_back(invert(table));
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
+        const InitDepthTable& rows = columns[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1];
+        const FluidTables& fluids = pvtAt(tables, cell);
         const int region = grid.SATNUM[cell];
         const double depth = grid.CellCentre(cell, 3);
         const CellView view{
@@ -123,8 +145,8 @@ void initialiseByDepth(const Console& console, const GridModel& grid, const Flui
         found.Sg = tables.hasGas ? gasSaturation(view, rows) : 0.0;
         found.So = 1.0 - found.Sw - found.Sg;
         const double pressure = cellPressure(view);
-        finishCell(tables, options.keepIrreducibleSaturation, region,
-                   bubblePointAtDepth(tables, rows, depth, pressure), pressure, found);
+        finishCell(fluids, view.table, options.keepIrreducibleSaturation,
+                   bubblePointAtDepth(fluids, rows, depth, pressure), pressure, found);
         storeCell(found, pressure, cell, state);
     }
 }
@@ -147,23 +169,33 @@ PhaseState givenSaturations(const InitialConditions& initial, CellId cell) {
 
 void initialiseByArrays(const GridModel& grid, const FluidTables& tables, const InitialConditions& initial,
                         const RunOptions& options, CellState& state) {
-    const int rsRows = static_cast<int>(initial.rsTableDepth.size());
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
         const double pressure = given(initial.initialPressure, cell);
+        const FluidTables& fluids = pvtAt(tables, cell);
+        const Equilibrium& region = initial.regions[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1];
+        const int rsRows = static_cast<int>(region.rsTableDepth.size());
         double rs = given(initial.initialRs, cell);
         if (!initial.rsGiven && rsRows > 0)
-            rs = TableLookup(initial.rsTableDepth, initial.rsTableRs, 1, 1, rsRows, grid.CellCentre(cell, 3));
+            rs = TableLookup(region.rsTableDepth, region.rsTableRs, 1, 1, rsRows, grid.CellCentre(cell, 3));
         PhaseState found = givenSaturations(initial, cell);
-        finishCell(tables, options.keepIrreducibleSaturation, grid.SATNUM[cell], BubblePoint(tables, rs),
-                   pressure, found);
+        finishCell(fluids, regionTable(tables, grid.SATNUM[cell]), options.keepIrreducibleSaturation,
+                   BubblePoint(fluids, rs), pressure, found);
         storeCell(found, pressure, cell, state);
     }
 }
 
-/// Every active cell has a table: what follows indexes the regions unasked.
-void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables) {
+/// Every active cell has its tables: what follows indexes the regions unasked.
+void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables,
+                    const InitialConditions& initial) {
     const int regions = static_cast<int>(tables.regions.size());
+    const int equilibria = static_cast<int>(initial.regions.size());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        const int region = equilibriumOf(grid, cell);
+        if (grid.Active[cell] == 0 || (region >= 1 && region <= equilibria)) continue;
+        both(console, "ERROR :: NO EQUIL RECORD {} FOR EQLNUM, GRID {}", region, cell);
+        hardStop(console);
+    }
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0 || (grid.SATNUM[cell] >= 1 && grid.SATNUM[cell] <= regions)) continue;
         both(console, "ERROR :: NO SATURATION TABLE {} FOR SATNUM, GRID {}", grid.SATNUM[cell], cell);
@@ -190,7 +222,7 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
         log(console, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA");
         screen(console, "Initialize: Explicitly Assigned By Input Data");
     }
-    requireRegions(console, grid, tables);
+    requireRegions(console, grid, tables, initial);
     chooseDirectSolver(console, grid, options);
     if (initial.equilibrationMode)
         initialiseByDepth(console, grid, tables, initial, options, state);

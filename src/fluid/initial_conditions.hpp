@@ -6,15 +6,20 @@
 
 namespace kvr {
 
-/// What the SOLUTION section says of the initial state. psia, ft, dimensionless Rs.
-struct InitialConditions {
-    bool equilibrationMode = false;  // EQUIL decides; otherwise the arrays
+/// Equilibrium of one region: psia, ft, dimensionless Rs.
+struct Equilibrium {
     double datumDepth = 0.0;
     double datumPressure = 0.0;
     double wocDepth = 0.0;
     double gocDepth = 0.0;
     std::vector<double> rsTableDepth;  // RSVD rows; empty when not given
     std::vector<double> rsTableRs;
+};
+
+/// What the SOLUTION section says of the initial state. psia, ft, dimensionless Rs.
+struct InitialConditions {
+    bool equilibrationMode = false;       // EQUIL decides; otherwise the arrays
+    std::vector<Equilibrium> regions{1};  // EQLNUM region r at [r - 1]
     CellArray<double> initialPressure, initialSwat, initialSgas, initialSoil, initialRs;
     bool pressureGiven = false, swatGiven = false, sgasGiven = false, soilGiven = false, rsGiven = false;
     DirectionArray<double> initialZ;  // (cell, component)

@@ -37,11 +37,10 @@ PhaseState recoverTwoPhase(const RecoveryFactors& factors, const ConservedAmount
 
 }  // namespace
 
-PhaseState recoverState(const FluidTables& tables, int region, bool keepEndPoints,
+PhaseState recoverState(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
                         const RecoveryFactors& factors, const ConservedAmounts& amounts) {
     if (!tables.hasGas) return recoverTwoPhase(factors, amounts);
-    return recoverState(tables, regionTable(tables, region), keepEndPoints, factors,
-                        SolutionRs(tables, factors.pressure), amounts);
+    return recoverState(tables, table, keepEndPoints, factors, SolutionRs(tables, factors.pressure), amounts);
 }
 
 PhaseState recoverState(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints,
@@ -66,7 +65,7 @@ PhaseState recoverButBubblePoint(const FluidTables& tables, const SaturationTabl
         state.Pb = BubblePoint(tables, 0.0);
     } else if (state.Sg > MachineEpsilon) {
         state.Rs = saturatedRs;
-        state.Pb = factors.pressure;
+        state.Pb = factors.limitsRs ? OpenBubblePoint : factors.pressure;
     } else {
         state.Sg = 0.0;
         state.Rs = gas / oil;

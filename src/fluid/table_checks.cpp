@@ -233,10 +233,37 @@ void completeScalars(const Console& console, FluidTables& tables) {
     if (tables.gasDensity <= 0.0) tables.gasDensity = DefaultGasDensity;
 }
 
+/// What a further PVT region does not give it has from the region before.
+void fillFromRegionBefore(const FluidTables& before, FluidTables& region) {
+    const auto copy = [&](auto... columns) { ((region.*columns = before.*columns), ...); };
+    if (region.OilPressure.empty())
+        copy(&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity, &FluidTables::OilRs,
+             &FluidTables::UnderRows);
+    if (region.GasPressure.empty())
+        copy(&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity);
+    if (region.waterFvf <= LeastGiven)
+        copy(&FluidTables::referencePressureWater, &FluidTables::waterFvf, &FluidTables::waterCompressibility,
+             &FluidTables::waterViscosity, &FluidTables::waterViscosibility);
+    if (region.rockReferencePressure <= LeastGiven && region.rockCompressibility <= LeastGiven)
+        copy(&FluidTables::rockReferencePressure, &FluidTables::rockCompressibility);
+    if (region.oilDensity <= 0.0 && region.waterDensity <= 0.0 && region.gasDensity <= 0.0)
+        copy(&FluidTables::oilDensity, &FluidTables::waterDensity, &FluidTables::gasDensity);
+}
+
+void completeFurtherRegions(FluidTables& tables) {
+    const FluidTables* before = &tables;
+    for (FluidTables& region : tables.furtherPvt) {
+        region.hasGas = tables.hasGas;
+        fillFromRegionBefore(*before, region);
+        before = &region;
+    }
+}
+
 }  // namespace
 
 void finishTables(FluidTables& tables) {
     finishPvt(tables);
+    for (FluidTables& region : tables.furtherPvt) finishPvt(region);
     for (SaturationTable& table : tables.regions) finishRegion(tables.hasGas, table);
     if (tables.regions.empty()) return;
     tables.PcowSpan = span(tables.regions.front().Pcow);
@@ -248,6 +275,7 @@ void completeTables(const Console& console, int regionCount, FluidTables& tables
     completePvt(console, tables);
     completeRegions(console, regionCount, tables);
     completeScalars(console, tables);
+    completeFurtherRegions(tables);
     finishTables(tables);
     if (BubblePoint(tables, tables.MaxRs) > 0.0) return;
     both(console, "WARNING :: Dead oil PVT table confirmed..");

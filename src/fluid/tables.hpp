@@ -36,6 +36,13 @@ struct SaturationTable {
     double ResidualSo = 0.0;
 };
 
+/// SWFN, SGFN and SOF2 or SOF3 of one SATNUM region, until they are combined into SWOF and SGOF.
+struct PhaseTables {
+    Column Sw, Krw, Pcow;
+    Column Sg, Krg, Pcog;
+    Column So, Krow, Krog;
+};
+
 /// Black-oil PVT, saturation tables and scalars. psia, cp, lb/ft3; Rs and Bg are dimensionless
 /// (surface barrels of gas per stb, rb per surface barrel).
 struct FluidTables {
@@ -52,6 +59,12 @@ struct FluidTables {
     Column GasPressure, GasFvf, GasViscosity, GasInvFvf, GasInvFvfVisc;
     int GasRows = 0;
 
+    // Fluid and rock tables of the PVT regions 2 and on: of each only the columns and scalars of fluids and
+    // rock are used. `PvtRegionCell`: region of a cell less 1; empty with one region.
+    std::vector<FluidTables> furtherPvt;
+    CellArray<std::uint16_t> PvtRegionCell;
+
+    std::vector<PhaseTables> phaseTables;  // of decks that give relative permeabilities phase by phase
     std::vector<SaturationTable> regions;  // SATNUM region r at [r - 1]; never empty once finished
     Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
     CellArray<std::uint8_t>
@@ -88,6 +101,13 @@ struct FluidTables {
 
 /// Capillary pressure below this span (psi) is taken as none.
 inline constexpr double CapillarySpanLimit = 1e-8;
+
+/// The tables that hold the fluids and the rock of a cell.
+inline const FluidTables& pvtAt(const FluidTables& tables, CellId cell) {
+    if (tables.PvtRegionCell.empty()) return tables;
+    const std::size_t region = tables.PvtRegionCell[cell];
+    return region == 0 ? tables : tables.furtherPvt[region - 1];
+}
 
 inline const SaturationTable& regionTable(const FluidTables& tables, int region) {
     return tables.regions[static_cast<std::size_t>(region) - 1];

@@ -14,6 +14,13 @@ struct OilJets {
     Jet<N> Rs, Bo, MuO;
 };
 
+/// Oil beside free gas that may not take up what the pressure would let it: its Rs stands.
+bool limitsRs(const FluidTables& tables, const CellState& s, CellId c) {
+    if (s.RsStart.empty()) return false;
+    const double saturated = SolutionRs(tables, s.Pressure[c]);
+    return allowedRs(s, c, saturated) < saturated;
+}
+
 template <std::size_t N>
 OilJets<N> constantBubblePoint(const FluidTables& tables, const CellState& s, CellId c, const Jet<N>& p) {
     const OilSlopes slopes = oilSlopes(tables, s.Pressure[c], s.Pb[c], {s.Bo[c], s.MuO[c]});
@@ -40,7 +47,7 @@ template <std::size_t N>
 OilJets<N> oilJets(const FluidTables& tables, const CellState& s, CellId c, const Jet<N>& p,
                    ThirdUnknown unknown) {
     if constexpr (N == 3) {
-        if (unknown == ThirdUnknown::FreeGas) return saturatedOil(tables, s, c, p);
+        if (unknown == ThirdUnknown::FreeGas && !limitsRs(tables, s, c)) return saturatedOil(tables, s, c, p);
         if (unknown == ThirdUnknown::SolutionGas) return underSaturatedOil(tables, s, c, p);
     }
     return constantBubblePoint(tables, s, c, p);
@@ -63,7 +70,7 @@ void setMobilities(const FluidTables& tables, int region, const CellState& s, Ce
     RelPermSlopes kr = relPermSlopesAtCell(tables, c, region, s.Sw[c], s.Sg[c]);
     if constexpr (N == 3)
         kr = rampedSlopes(kr, rampShare(regionTable(tables, region), s.Sw[c], s.Sg[c]), s.KroCell[c]);
-    const Jet<N> muW = chained(s.MuW[c], WaterViscositySlope(tables, s.Pressure[c]), p);
+    const Jet<N> muW = chained(s.MuW[c], WaterViscositySlope(pvtAt(tables, c), s.Pressure[c]), p);
     const Jet<N> krw = chained(s.KrwCell[c], kr.wBySw, fluid.held.Sw);
     const Jet<N> kro = chained(s.KroCell[c], kr.oBySw, fluid.held.Sw) + chained(0.0, kr.oBySg, fluid.held.Sg);
     fluid.mobile = {krw / muW, kro / oil.MuO, {}, fluid.held.Bw, fluid.held.Bo, fluid.held.Bg, fluid.held.Rs};
@@ -79,14 +86,15 @@ CellFluid<N> cellFluid(const GridModel& grid, const FluidTables& tables, const C
                        ThirdUnknown unknown) {
     const int region = grid.SATNUM[c];
     const Jet<N> p = variable<N>(s.Pressure[c], PressurePlace);
-    const OilJets<N> oil = oilJets(tables, s, c, p, unknown);
+    const FluidTables& pvt = pvtAt(tables, c);
+    const OilJets<N> oil = oilJets(pvt, s, c, p, unknown);
     GasProperties gasSlope{0.0, 0.0};
-    if constexpr (N == 3) gasSlope = gasSlopes(tables, s.Pressure[c], {s.Bg[c], s.MuG[c]});
+    if constexpr (N == 3) gasSlope = gasSlopes(pvt, s.Pressure[c], {s.Bg[c], s.MuG[c]});
 
     CellFluid<N> fluid;
     const double storage = grid.BulkVolume[c] * grid.NTG[c] * grid.PORO[c];
-    fluid.poreVolume = chained(s.PoreVolume[c], storage * PoreFactorSlope(tables, s.Pressure[c]), p);
-    setHeld(tables, s, c, unknown, p, fluid);
+    fluid.poreVolume = chained(s.PoreVolume[c], storage * PoreFactorSlope(pvt, s.Pressure[c]), p);
+    setHeld(pvt, s, c, unknown, p, fluid);
     fluid.held.Rs = oil.Rs;
     fluid.held.Bo = oil.Bo;
     fluid.held.Bg = chained(s.Bg[c], gasSlope.Bg, p);

@@ -10,6 +10,7 @@
 #include "implicit/well_switching.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/rs_limit.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
@@ -166,6 +167,7 @@ void beginImplicitStep(Simulation& s) {
     // Heads are those of the start: their densities hang on the mobilities of every cell of the bore.
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
+    setRsRise(s);
     work.saved = s.state;
     work.savedWells = s.wells;
 }
@@ -188,6 +190,7 @@ void cutImplicitStep(Simulation& s) {
     s.state = s.implicit.saved;
     s.wells = s.implicit.savedWells;
     s.clock.dt *= CutFactor;
+    setRsRise(s);
     s.implicit.counts.cuts += 1;
     both(s.console, " TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
 }

@@ -156,8 +156,8 @@ void assemble(double dt, const GridModel& grid, const FluidTables& tables, const
 #pragma omp parallel for schedule(static) if (rows >= ParallelCells)
     for (CellId i = 0; i < rows; ++i) {
         const auto row = static_cast<std::size_t>(i);
-        terms[row] =
-            cellTerms(tables, cellFluid<N>(grid, tables, state, work.cellOfRow[row], work.unknown[row]));
+        terms[row] = cellTerms(pvtAt(tables, work.cellOfRow[row]),
+                               cellFluid<N>(grid, tables, state, work.cellOfRow[row], work.unknown[row]));
     }
     clearValues(work.system);
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) addAccumulation<N>(dt, row, work);

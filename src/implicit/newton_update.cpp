@@ -61,7 +61,7 @@ void dissolveAll(const CellState& state, CellId c, double oil, double missing, C
 
 void moveFreeGas(const FluidTables& tables, const CellState& state, CellId c, std::size_t row, CellMove& move,
                  ImplicitWork& work) {
-    const double limit = SolutionRs(tables, move.p);
+    const double limit = allowedRs(state, c, SolutionRs(tables, move.p));
     const double oil = 1.0 - std::clamp(move.Sw, 0.0, 1.0) - std::max(0.0, move.Sg);
     if (!canBeUnderSaturated(tables)) {
         move.Rs = limit;
@@ -94,7 +94,7 @@ void moveSolutionGas(const FluidTables& tables, const CellState& state, CellId c
         changeSide(ThirdUnknown::WithoutOil, row, work);
         return;
     }
-    const double limit = SolutionRs(tables, move.p);
+    const double limit = allowedRs(state, c, SolutionRs(tables, move.p));
     move.Rs = mixedRs(state.Rs[c], dRs, state.So[c], oil);
     if (move.Rs <= limit * (1.0 + hysteresis(work.switchesOfStep[row]))) return;
     changeSide(ThirdUnknown::FreeGas, row, work);
@@ -128,8 +128,9 @@ CellMove moveOfCell(const GridModel& grid, const FluidTables& tables, const Cell
     move.Sw = state.Sw[c] + share * change[WaterPlace];
     move.Sg = state.Sg[c] + share * dSg;
     move.Rs = state.Rs[c];
-    if (freeGas) moveFreeGas(tables, state, c, row, move, work);
-    if (withGas && !freeGas) moveSolutionGas(tables, state, c, row, change[GasPlace], move, work);
+    const FluidTables& pvt = pvtAt(tables, c);
+    if (freeGas) moveFreeGas(pvt, state, c, row, move, work);
+    if (withGas && !freeGas) moveSolutionGas(pvt, state, c, row, change[GasPlace], move, work);
     keepInUnitRange(move);
     return move;
 }
@@ -144,6 +145,13 @@ void noteChange(const FluidTables& tables, const CellMove& move, double dp, cons
     if (scale > 0.0) largest.DRs = std::max(largest.DRs, oil * std::abs(move.Rs - state.Rs[c]) / scale);
 }
 
+/// Free gas stands beside oil that may not take it up.
+bool isLimited(const FluidTables& tables, const CellState& state, CellId c) {
+    if (state.RsStart.empty()) return false;
+    const double saturated = SolutionRs(tables, state.Pressure[c]);
+    return allowedRs(state, c, saturated) < saturated;
+}
+
 void store(const FluidTables& tables, const CellMove& move, ThirdUnknown unknown, CellId c,
            CellState& state) {
     state.Pressure[c] = move.p;
@@ -153,7 +161,8 @@ void store(const FluidTables& tables, const CellMove& move, ThirdUnknown unknown
     state.So[c] = std::abs(rest) < Rounding ? 0.0 : rest;
     if (!tables.hasGas) return;
     state.Rs[c] = move.Rs;
-    state.Pb[c] = unknown == ThirdUnknown::FreeGas ? move.p : BubblePoint(tables, move.Rs);
+    const bool saturated = unknown == ThirdUnknown::FreeGas && !isLimited(tables, state, c);
+    state.Pb[c] = saturated ? move.p : BubblePoint(tables, move.Rs);
 }
 
 bool allFinite(const std::vector<double>& values) {
@@ -178,13 +187,15 @@ void chooseUnknowns(const FluidTables& tables, CellState& state, ImplicitWork& w
     if (!tables.hasGas) return;
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) {
         const CellId c = work.cellOfRow[row];
-        const double limit = SolutionRs(tables, state.Pressure[c]);
-        const bool free = state.Sg[c] > 0.0 || !canBeUnderSaturated(tables) || state.Rs[c] >= limit;
+        const FluidTables& pvt = pvtAt(tables, c);
+        const double limit = allowedRs(state, c, SolutionRs(pvt, state.Pressure[c]));
+        const bool free = state.Sg[c] > 0.0 || !canBeUnderSaturated(pvt) || state.Rs[c] >= limit;
         work.unknown[row] = free ? ThirdUnknown::FreeGas : ThirdUnknown::SolutionGas;
-        if (state.So[c] < SmallestOil && canBeUnderSaturated(tables))
+        if (state.So[c] < SmallestOil && canBeUnderSaturated(pvt))
             work.unknown[row] = ThirdUnknown::WithoutOil;
         if (free) state.Rs[c] = limit;
-        state.Pb[c] = free ? state.Pressure[c] : BubblePoint(tables, state.Rs[c]);
+        const bool saturated = free && !isLimited(pvt, state, c);
+        state.Pb[c] = saturated ? state.Pressure[c] : BubblePoint(pvt, state.Rs[c]);
     }
 }
 
@@ -199,8 +210,8 @@ NewtonChange applyNewtonStep(const GridModel& grid, const FluidTables& tables, C
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) {
         const CellId c = work.cellOfRow[row];
         const CellMove move = moveOfCell(grid, tables, state, c, row, work);
-        noteChange(tables, move, work.solution[row * size], state, c, largest);
-        store(tables, move, work.unknown[row], c, state);
+        noteChange(pvtAt(tables, c), move, work.solution[row * size], state, c, largest);
+        store(pvtAt(tables, c), move, work.unknown[row], c, state);
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w)
         if (!wells.wells[w].shut) wells.wells[w].Bhp += work.bhpChange[w];

@@ -214,6 +214,8 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     multiplyTransRows(console, grid, grid.equalsRows, connections);
     multiplyTransRows(console, grid, grid.multiplyRows, connections);
     multiplyTransRows(console, grid, grid.editRows, connections);
+    if (const long long faces = multiplyFaces(grid, connections); faces > 0)
+        both(console, " Connections multiplied by MULTX .. MULTZ-, MULTFLT: {}", faces);
     printSummary(console, summarise(grid, connections));
 }
 

@@ -22,6 +22,19 @@ struct ArithmeticRow {
     CellBox box;
 };
 
+/// One row of FAULTS: the faces on one side of a box of cells.
+struct FaultFaces {
+    std::string fault;  // up to 8 characters
+    CellBox box;
+    int face = 0;  // 1..6, low x .. high z
+};
+
+/// One row of MULTFLT: what the connections through the faces of a fault are multiplied by.
+struct FaultMultiplier {
+    std::string fault;
+    double value = 1.0;
+};
+
 /// Corner numbers 1..8 of a cell stand at [n - 1]: offset from the lower-index node along i, j, k.
 inline constexpr std::array<std::array<int, 3>, 8> CornerOffset = {
     {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}}};
@@ -51,6 +64,9 @@ struct GridModel {
     CellArray<double> PORO, NTG, PERMX, PERMY, PERMZ;
     CellArray<double> JFactor;  // capillary scale of the J-function, 1 when it is off
     CellArray<int> SATNUM;      // saturation table region, 1-based
+    CellArray<int> PVTNUM;      // region of fluid and rock tables, 1-based; empty: 1 everywhere
+    CellArray<int> EQLNUM;      // region of equilibrium, 1-based; empty: 1 everywhere
+    CellArray<int> FIPNUM;      // region of the balance, 1-based; empty: the deck asks for none
     std::array<double, 6> mapAxes{};
 
     // What the GRID and EDIT sections leave for conditioning.
@@ -58,8 +74,12 @@ struct GridModel {
     std::vector<ArithmeticRow> copyRows;      // GRID COPY
     std::vector<ArithmeticRow> multiplyRows;  // GRID MULTIPLY
     std::vector<ArithmeticRow> editRows;      // EDIT MULTIPLY
-    bool editRockApplied = false;             // EDIT rows on rock arrays have been applied in this run
-    bool smoothingApplied = false;            // SMTHPRM rows have been applied in this run
+    // MULTX-, MULTX .. MULTZ- , MULTZ at [face - 1]: of the connection through that face; empty: 1
+    std::array<CellArray<double>, 6> faceMultiplier;
+    std::vector<FaultFaces> faultFaces;
+    std::vector<FaultMultiplier> faultMultipliers;
+    bool editRockApplied = false;   // EDIT rows on rock arrays have been applied in this run
+    bool smoothingApplied = false;  // SMTHPRM rows have been applied in this run
     UpscaledRock upscaled;
     bool blockInput = false;       // DX.., DXV.. and TOPS gave the geometry
     bool coordAfterZcorn = false;  // geometry is to be rebuilt at the end of the section

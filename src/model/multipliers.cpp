@@ -23,6 +23,15 @@ constexpr MultiplierKeyword Keywords[] = {
     {"TRANZ", MultiplierTarget::Trans, 2, nullptr, ByEdit},
 };
 
+/// The connection of a cell through a face, from both of its sides; false where there is none.
+bool multiplyConnection(CellId cell, int face, double factor, ConnectionTable& connections) {
+    const CellId neighbour = connections.Neighbour(cell, face);
+    if (neighbour <= 0) return false;
+    connections.Trans(cell, face) *= factor;
+    connections.Trans(neighbour, oppositeFace(face)) *= factor;
+    return true;
+}
+
 }  // namespace
 
 bool matchesInThreeForms(std::string_view name, std::string_view upperCase) {
@@ -50,6 +59,23 @@ void multiplyTrans(const GridModel& grid, const MultiplierKeyword& keyword, cons
         connections.Trans(cell, low) *= row.value;
         connections.Trans(cell, low + 1) *= row.value;
     });
+}
+
+long long multiplyFaces(const GridModel& grid, ConnectionTable& connections) {
+    long long count = 0;
+    for (int face = 1; face <= FaceCount; ++face) {
+        const CellArray<double>& factors = grid.faceMultiplier[static_cast<std::size_t>(face) - 1];
+        for (CellId cell = 1; cell <= factors.count(); ++cell)
+            if (factors[cell] != 1.0 && multiplyConnection(cell, face, factors[cell], connections)) ++count;
+    }
+    for (const FaultMultiplier& fault : grid.faultMultipliers)
+        for (const FaultFaces& row : grid.faultFaces) {
+            if (row.fault != fault.fault) continue;
+            forEachCell(grid, row.box, [&](CellId cell) {
+                if (multiplyConnection(cell, row.face, fault.value, connections)) ++count;
+            });
+        }
+    return count;
 }
 
 }  // namespace kvr

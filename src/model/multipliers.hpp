@@ -36,4 +36,8 @@ void multiplyRock(GridModel& grid, const MultiplierKeyword& keyword, const Arith
 void multiplyTrans(const GridModel& grid, const MultiplierKeyword& keyword, const ArithmeticRow& row,
                    ConnectionTable& connections);
 
+/// Multiplies the connections through the faces of cells by the factors of MULTX .. MULTZ- and of faults, on
+/// both sides. Returns how many connections were multiplied.
+long long multiplyFaces(const GridModel& grid, ConnectionTable& connections);
+
 }  // namespace kvr

@@ -111,8 +111,9 @@ void accumulate(bool linear, double dt, const GridModel& grid, const FluidTables
 
 }  // namespace
 
-CellCompressibility cellCompressibility(const FluidTables& tables, double bubblePointAtTimeLevel,
+CellCompressibility cellCompressibility(const FluidTables& all, double bubblePointAtTimeLevel,
                                         const CellState& state, CellId c) {
+    const FluidTables& tables = pvtAt(all, c);
     CellCompressibility comp;
     comp.CompressR = tables.rockCompressibility;
     comp.CompressW = tables.waterCompressibility;

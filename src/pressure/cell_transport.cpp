@@ -134,12 +134,12 @@ PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, cons
     const double inverse = 1.0 / state.PoreVolume[cell];
     const ConservedAmounts held{amounts.water[cell] * inverse, amounts.oil[cell] * inverse,
                                 amounts.gas[cell] * inverse};
-    const int region = grid.SATNUM[cell];
     const bool keepEndPoints = options.keepIrreducibleSaturation;
     const double p = state.Pressure[cell];
-    if (tables.hasGas) return flashCell(tables, region, keepEndPoints, p, held);
-    PhaseState found = recoverState(tables, region, keepEndPoints,
-                                    {p, state.Bw[cell], state.Bo[cell], state.Bg[cell]}, held);
+    const SaturationTable& table = regionTable(tables, grid.SATNUM[cell]);
+    if (tables.hasGas) return flashCell(pvtAt(tables, cell), table, keepEndPoints, p, state, cell, held);
+    PhaseState found =
+        recoverState(tables, table, keepEndPoints, {p, state.Bw[cell], state.Bo[cell], state.Bg[cell]}, held);
     found.Rs = state.Rs[cell];
     found.Pb = state.Pb[cell];
     return found;

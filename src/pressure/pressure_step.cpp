@@ -11,6 +11,7 @@
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/rs_limit.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -249,6 +250,7 @@ void cutStep(Simulation& s) {
         setFlashAmounts(s.pressure.timeLevelAmounts, s.timeLevel.PoreVolume, s.pressure.flashAmounts);
     updateRates(s);
     s.clock.dt *= CutFactor;
+    setRsRise(s);
     s.pressure.stepCut = true;
     both(s.console, "TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));
     if (s.fluids.hasGas) holdRelPerms(s.console, s.pressure);

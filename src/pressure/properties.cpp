@@ -13,7 +13,8 @@ namespace kvr {
 namespace {
 
 /// Rock, formation factors, viscosities and densities: what follows the pressure and the bubble point.
-void pressureProperties(const GridModel& grid, const FluidTables& tables, CellId c, CellState& state) {
+void pressureProperties(const GridModel& grid, const FluidTables& all, CellId c, CellState& state) {
+    const FluidTables& tables = pvtAt(all, c);
     const double p = state.Pressure[c];
     state.PoreFraction[c] = grid.PORO[c] * PoreFactor(tables, p);
     state.PoreVolume[c] = grid.BulkVolume[c] * grid.NTG[c] * state.PoreFraction[c];
@@ -56,8 +57,9 @@ constexpr const char* ExcessiveRs =
     "Exceed Solution GOR detected at Matrix pre.. oil pressure value.. @Grid {}";
 
 /// Rs back into the table. A negative one is no amount at all; one of 0 takes the first row's.
-void bringRsIntoTable(const Console& console, bool debug, const FluidTables& tables, CellId c,
+void bringRsIntoTable(const Console& console, bool debug, const FluidTables& all, CellId c,
                       CellState& state) {
+    const FluidTables& tables = pvtAt(all, c);
     if (tables.MaxRs <= 0.0) return;
     if (state.Rs[c] < 0.0) {
         if (debug) log(console, NegativeRs, c);
@@ -95,7 +97,7 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
     PhaseState found = phasesOf(state, c);
     const double p = state.Pressure[c];
     if (tables.hasGas && (found.Sg > MachineEpsilon || found.Pb > p))
-        return flashCell(tables, region, keepEndPoints, p,
+        return flashCell(pvtAt(tables, c), regionTable(tables, region), keepEndPoints, p, state, c,
                          {amounts.water[c], amounts.oil[c], amounts.gas[c]});
     limitSaturations(regionTable(tables, region), keepEndPoints, found);
     if (!tables.hasGas) withoutGas(found);
@@ -104,13 +106,17 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
 
 }  // namespace
 
-PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
-                     const ConservedAmounts& amounts) {
-    const bool free = amounts.oil <= 0.0 || amounts.gas > SolutionRs(tables, p) * amounts.oil;
-    const double pb = free ? p : std::min(p, BubblePoint(tables, amounts.gas / amounts.oil));
+PhaseState flashCell(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints, double p,
+                     const CellState& state, CellId cell, const ConservedAmounts& amounts) {
+    const double saturated = SolutionRs(tables, p);
+    const double most = allowedRs(state, cell, saturated);
+    const bool limited = most < saturated;
+    const bool free = amounts.oil <= 0.0 || amounts.gas > most * amounts.oil;
+    const double rs = free ? most : amounts.gas / amounts.oil;
+    const double pb = free && !limited ? p : std::min(p, BubblePoint(tables, rs));
     const RecoveryFactors factors{p, WaterFvf(tables, p), usableOilProperties(tables, p, pb).Bo,
-                                  GasFvf(tables, p)};
-    return recoverState(tables, region, keepEndPoints, factors, amounts);
+                                  GasFvf(tables, p), limited};
+    return recoverState(tables, table, keepEndPoints, factors, most, amounts);
 }
 
 void refreshProperties(const GridModel& grid, const FluidTables& tables, CellState& state) {

@@ -31,8 +31,8 @@ void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellSta
 
 /// State of a cell of a run with gas that holds `amounts` per pore volume at pressure p: gas beyond what the
 /// oil dissolves at p is free, and the oil factor is that of the resulting bubble point.
-PhaseState flashCell(const FluidTables& tables, int region, bool keepEndPoints, double p,
-                     const ConservedAmounts& amounts);
+PhaseState flashCell(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints, double p,
+                     const CellState& state, CellId cell, const ConservedAmounts& amounts);
 
 /// Surface amounts per pore volume that the state of a cell shows.
 inline ConservedAmounts shownAmounts(const CellState& state, CellId cell) {

@@ -20,7 +20,8 @@ PhaseState stateOf(const FluidTables& tables, const SaturationTable& table, cons
                    const ConservedAmounts& held) {
     if (tables.hasGas) {
         const double inverse = 1.0 / fluid.poreVolume;
-        return recoverButBubblePoint(tables, table, false, fluid.factors, fluid.saturatedRs,
+        return recoverButBubblePoint(pvtAt(tables, fluid.cell), table, false, fluid.factors,
+                                     fluid.saturatedRs,
                                      {held.water * inverse, held.oil * inverse, held.gas * inverse});
     }
     const double water = fluid.factors.Bw * held.water, oil = fluid.factors.Bo * held.oil;

@@ -43,8 +43,9 @@ struct BalanceRecord {
     PhaseAmounts netInflow;         // cumulative, through the wells
     std::vector<WellTotals> wells;  // in the order of WellRecord::wells
     WellTotals field;
-    InPlaceSums now;               // behind the last row
-    std::vector<BalanceRow> rows;  // [0] is the start of the run
+    InPlaceSums now;                          // behind the last row
+    std::vector<PhaseAmounts> firstOfRegion;  // in place at the first call, by FIPNUM region less 1
+    std::vector<BalanceRow> rows;             // [0] is the start of the run
     double previousSumSo = 0.0, previousSumSw = 0.0, previousSumPressure = 0.0;  // global iteration report
 };
 

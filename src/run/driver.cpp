@@ -5,11 +5,13 @@
 #include "base/written_files.hpp"
 #include "eclipse/output_stage.hpp"
 #include "report/material_balance.hpp"
+#include "report/region_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/summary_table.hpp"
 #include "report/well_tables.hpp"
 #include "run/banners.hpp"
 #include "run/closing_summary.hpp"
+#include "run/economic_limits.hpp"
 #include "run/process.hpp"
 #include "run/report_rows.hpp"
 #include "run/run_files.hpp"
@@ -63,6 +65,7 @@ void reportStep(double executedDt, Simulation& simulation) {
     addToSummaryTable(simulation);
     takeSummaryStep(simulation);
     noteCourse(simulation);
+    reportRegions(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         reportEclipseFiles(simulation);
@@ -168,6 +171,11 @@ int runSimulation(Simulation& simulation) {
     connectConsole(simulation);
     startUp(simulation);
     if (simulation.options.checkOnly) return 0;
+    if (simulation.options.noSimulation) {
+        lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
+        finishRun(simulation);
+        return 0;
+    }
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
@@ -183,6 +191,7 @@ int runSimulation(Simulation& simulation) {
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
+        applyEconomicLimits(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);

@@ -16,6 +16,7 @@
 #include "pressure/wells/well_rates.hpp"
 #include "report/conditioned_rock.hpp"
 #include "report/material_balance.hpp"
+#include "report/region_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/run_information.hpp"
 #include "report/static_plots.hpp"
@@ -174,6 +175,7 @@ void startUp(Simulation& simulation) {
     startWellTables(simulation);
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
+    reportRegions(simulation);
     writeStaticPlots(simulation);
     writeRunInformation(simulation);
     startEclipseFiles(simulation);

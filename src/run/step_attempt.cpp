@@ -5,6 +5,7 @@
 #include "implicit/water_movement.hpp"
 #include "pressure/pressure_step.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/rs_limit.hpp"
 #include "pressure/saturation_update.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "report/material_balance.hpp"
@@ -107,6 +108,7 @@ void saturationStage(Simulation& s) {
 /// has been found.
 void advance(bool solve, Simulation& s) {
     RunClock& clock = s.clock;
+    setRsRise(s);
     if (s.options.globalIterations > 0) s.iterationStart = s.state;
     for (;;) {
         pressureStage(solve, s);
@@ -299,6 +301,7 @@ bool underStepControl(const RunOptions& options) {
 }
 
 void takeStep(bool solve, Simulation& simulation) {
+    startRsLimit(simulation);
     if (!underStepControl(simulation.options)) return advance(solve, simulation);
     keepStepLevel(simulation, simulation.stepLevel);
     StepControl& control = simulation.control;

@@ -36,6 +36,25 @@ constexpr InitialRow LineMethods[] = {{'A', "btf"}, {'a', "btf"}, {'I', "imp"}, 
 constexpr InitialRow UpwindWords[] = {{'S', "SPU"}, {'1', "SPU"}, {'T', "2PU"},
                                       {'2', "2PU"}, {'L', "3PU"}, {'3', "3PU"}};
 
+/// Tells of a word that stands for none of the rows, and what is taken instead.
+template <std::size_t N>
+void tellWord(const SectionReader& reader, const InitialRow (&rows)[N], std::string_view word,
+              std::string_view accepted, std::string_view taken) {
+    const char initial = upperInitialOf(word);
+    if (word.empty()) return;
+    for (const InitialRow& row : rows)
+        if (row.initial == initial) return;
+    if (accepted.find(initial) != std::string_view::npos) return;
+    warnHere(reader, "WARNING :: {}: WORD {} IS NOT KNOWN, {} IS TAKEN", reader.keyword, word, taken);
+}
+
+/// Yes or No; anything else is told.
+void tellYesNo(const SectionReader& reader, std::string_view word) {
+    const char initial = upperInitialOf(word);
+    if (word.empty() || initial == 'Y' || initial == 'N') return;
+    warnHere(reader, "WARNING :: {}: WORD {} IS NEITHER YES NOR NO", reader.keyword, word);
+}
+
 std::string readWord(SectionReader& reader) {
     std::string word;
     const std::array<ListTarget, 1> targets = {&word};
@@ -74,18 +93,23 @@ void readCflPair(SectionReader& reader, double& number, double& minimumStep) {
 
 void readFdMethod(SectionReader& reader, RunOptions& options) {
     options.method = choose(Methods, upperInitialOf(readWord(reader)), "");
+    if (options.method == "EbFVM")
+        warnHere(reader, "WARNING :: EbFVM HAS NO SOLVER HERE, PRESSURES AND SATURATIONS STAND STILL");
     if (!options.method.empty()) return;
     warn(consoleOf(reader), "WARNING :: FDMETHOD IS INCORRECT OR NOT SPECIFIED");
     options.method = "EbFVM";
 }
 
 void readPressureSolver(SectionReader& reader, RunOptions& options) {
-    options.pressureSolver = choose(PressureSolvers, upperInitialOf(readWord(reader)), "bicg");
+    const std::string word = readWord(reader);
+    tellWord(reader, PressureSolvers, word, "B", "BICG");
+    options.pressureSolver = choose(PressureSolvers, upperInitialOf(word), "bicg");
 }
 
 void readSaturationSolver(SectionReader& reader, RunOptions& options) {
-    options.saturationSolver =
-        choose(SaturationSolvers, initialOf(readWord(reader)), options.saturationSolver);
+    const std::string word = readWord(reader);
+    tellWord(reader, SaturationSolvers, word, "", "GBAND");
+    options.saturationSolver = choose(SaturationSolvers, initialOf(word), options.saturationSolver);
     tellValue(reader, "-> Input Sat Matrix Solver is :", options.saturationSolver);
 }
 
@@ -103,6 +127,8 @@ void readNumLine(SectionReader& reader, RunOptions& options) {
     std::string cover;
     const std::array<ListTarget, 3> targets = {&options.requestedLines, &start, &cover};
     readRecord(reader, targets);
+    tellWord(reader, LineStarts, start, "I", "INJ");
+    tellYesNo(reader, cover);
     options.streamlineStart = choose(LineStarts, initialOf(start), "inj");
     options.traceMissed = initialOf(cover) == 'Y' ? "Yes" : "No";
     tellValue(reader, "-> MxNum of SL :", options.requestedLines);
@@ -117,6 +143,11 @@ void readLineControl(SectionReader& reader, RunOptions& options) {
         &record.gravity, &record.capillary, &record.projection,  &options.mergeFactor};
     readRecord(reader, targets);
 
+    tellWord(reader, LineMethods, record.method, "EM", "EXPLICIT");
+    tellWord(reader, UpwindWords, record.upwind, "", "SPU");
+    for (const std::string* word :
+         {&record.compressibility, &record.gravity, &record.capillary, &record.projection})
+        tellYesNo(reader, *word);
     for (std::string& phase : options.solverPhaseName)
         phase = choose(LineMethods, initialOf(record.method), "mas");
     applyNodeControl(initialOf(record.nodes), options);
@@ -132,6 +163,8 @@ void readLineControl(SectionReader& reader, RunOptions& options) {
 void readMapCount(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.mapCount};
     readRecord(reader, targets);
+    if (options.mapCount < 1 || options.mapCount > MaxMapCount)
+        warnHere(reader, "WARNING :: SL1DMAP {} IS OUT OF RANGE 1 TO {}", options.mapCount, MaxMapCount);
     options.mapCount = std::clamp(options.mapCount, 1, MaxMapCount);
 }
 
@@ -144,8 +177,14 @@ void readCflGravity(SectionReader& reader, RunOptions& options) {
 }
 
 void readMaxDt(SectionReader& reader, RunOptions& options) {
+    const double before = options.maxDt;
     const std::array<ListTarget, 1> targets = {&options.maxDt};
     readRecord(reader, targets);
+    if (!(options.maxDt > 0.0)) {
+        warnHere(reader, "WARNING :: MAXDT {} IS NOT ABOVE 0, {} IS TAKEN", number(options.maxDt),
+                 number(before));
+        options.maxDt = before;
+    }
     lineToBoth(consoleOf(reader), "Max Dt Specidied : Max Dt for Pressure and Saturation step");
 }
 
@@ -159,20 +198,36 @@ void readStepControl(SectionReader& reader, RunOptions& options) {
                                                &options.stepTargetMiss,
                                                &options.stepMobilityError,
                                                &options.stepSmallest};
+    const RunOptions before = options;
     readRecord(reader, targets);
+    tellYesNo(reader, word);
+    for (const auto limit :
+         {&RunOptions::stepVolumeError, &RunOptions::stepCellVolumeError, &RunOptions::stepDeficit,
+          &RunOptions::stepTargetError, &RunOptions::stepTargetMiss, &RunOptions::stepMobilityError,
+          &RunOptions::stepSmallest}) {
+        if (options.*limit > 0.0) continue;
+        warnHere(reader, "WARNING :: STEPCTRL: LIMIT {} IS NOT ABOVE 0, {} IS TAKEN", number(options.*limit),
+                 number(before.*limit));
+        options.*limit = before.*limit;
+    }
     options.stepControl = upperInitialOf(word) != 'N';
     tellValue(reader, "Step control :", yesNo(options.stepControl));
 }
 
 void readMapping(SectionReader& reader, RunOptions& options) {
-    options.conservativeMapping = upperInitialOf(readWord(reader)) != 'A';
+    constexpr InitialRow Mappings[] = {{'C', "conserve"}, {'A', "average"}};
+    const std::string word = readWord(reader);
+    tellWord(reader, Mappings, word, "", "CONSERVE");
+    options.conservativeMapping = upperInitialOf(word) != 'A';
     tellValue(reader, "Mapping keeps every amount :", yesNo(options.conservativeMapping));
 }
 
 void readOptimalTstep(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.tstepControl};
     readRecord(reader, targets);
-    options.optimalTstep = true;
+    options.optimalTstep = options.tstepControl > 0.0;
+    if (!options.optimalTstep)
+        warnHere(reader, "WARNING :: OPTTSTEP {} IS NOT ABOVE 0, NOT USED", number(options.tstepControl));
 }
 
 }  // namespace kvr

@@ -2,7 +2,10 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
+#include "deck/reading/unit_copies.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace kvr {
@@ -15,7 +18,80 @@ void warnOfLimit(const SectionReader& reader) {
     warnHere(reader, "WARNING :: MORE THAN {} KEYWORD LINES IN ONE SECTION, SECTION ENDED", MaxKeywordLines);
 }
 
+// --- keywords of every section -----------------------------------------------------------------------
+
+bool rangeFits(int low, int high, int count) {
+    return low >= 1 && low <= high && high <= count;
+}
+
+/// Limits left out are those of the grid.
+void readBox(SectionReader& reader) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    const auto [nx, ny, nz] = reader.gridSize;
+    CellBox box{1, nx, 1, ny, 1, nz};
+    const std::array<ListTarget, 6> targets = {&box.i1, &box.i2, &box.j1, &box.j2, &box.k1, &box.k2};
+    checkRead(reader, readList(*reader.cursor, targets));
+    if (!rangeFits(box.i1, box.i2, nx) || !rangeFits(box.j1, box.j2, ny) || !rangeFits(box.k1, box.k2, nz)) {
+        both(consoleOf(reader), "ERROR :: BOX OUTSIDE THE GRID: {} {} {} {} {} {} IN {} {} {}", box.i1,
+             box.i2, box.j1, box.j2, box.k1, box.k2, nx, ny, nz);
+        stopAtPlace(reader);
+    }
+    reader.box = {true, box};
+    copyKeyword(reader);
+    copyRow(reader,
+            {{1.0 * box.i1}, {1.0 * box.i2}, {1.0 * box.j1}, {1.0 * box.j2}, {1.0 * box.k1}, {1.0 * box.k2}});
+}
+
+void endBox(SectionReader& reader) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    reader.box = {};
+}
+
+/// Drops the lines up to ENDSKIP, whatever they hold.
+void skipPart(SectionReader& reader) {
+    announce(reader, reader.keyword);
+    const int begin = reader.cursor->lineNumber;
+    std::string_view line;
+    while (nextLine(*reader.cursor, line)) {
+        if (keywordOf(line) != "ENDSKIP ") continue;
+        both(consoleOf(reader), "-> Lines {} to {} are skipped", begin, reader.cursor->lineNumber);
+        return;
+    }
+    reader.cursor->lineNumber = begin;
+    warnHere(reader, "WARNING :: {} WITHOUT ENDSKIP, THE REST OF THE FILE IS SKIPPED", reader.keyword);
+}
+
+/// What is skipped for simulators of another kind than this one stays.
+void keepPart(SectionReader& reader) {
+    announce(reader, reader.keyword);
+}
+
+constexpr std::array CommonKeywords = {
+    CommonKeyword{"SKIP", skipPart, "what stands up to `ENDSKIP` is not read"},
+    CommonKeyword{"SKIP100", skipPart, "as `SKIP`: skipped by black-oil simulators"},
+    CommonKeyword{"SKIP300", keepPart,
+                  "what stands up to `ENDSKIP` is read: skipped by compositional simulators alone"},
+    CommonKeyword{"ENDSKIP", keepPart, "ends what `SKIP`, `SKIP100` or `SKIP300` began"},
+    CommonKeyword{
+        "BOX", readBox,
+        "I1, I2, J1, J2, K1, K2: arrays of one value per cell are given for these cells alone, and rows of "
+        "array arithmetic without a box mean them, up to `ENDBOX` or the end of the section"},
+    CommonKeyword{"ENDBOX", endBox, "the whole grid again"},
+};
+
 }  // namespace
+
+bool handleCommonKeyword(SectionReader& reader, std::string_view word) {
+    const auto* const row = std::find_if(
+        CommonKeywords.begin(), CommonKeywords.end(),
+        [word](const CommonKeyword& known) { return matchesKeyword(known.name, FullKeyword, word); });
+    if (row == CommonKeywords.end()) return false;
+    reader.keyword = row->name;
+    row->handler(reader);
+    return true;
+}
 
 SectionEvent nextKeyword(SectionReader& reader, int& tested, KeywordLine& found) {
     std::string_view line;

@@ -70,6 +70,16 @@ void neglectRestartReports(SectionReader& reader, Records&) {
     skipKeywordData(reader);
 }
 
+/// A keyword that every section takes.
+struct CommonKeyword {
+    std::string_view name;
+    void (*handler)(SectionReader&);
+    std::string_view documentation;
+};
+
+/// Reads the keyword if it is one that every section takes.
+bool handleCommonKeyword(SectionReader& reader, std::string_view word);
+
 /// Texts of INCLUDE that differ from section to section. A section without INCLUDE passes `NoInclude`.
 struct IncludeTexts {
     std::string_view openError;          // "ERROR: INCLUDE File Open Error at RUNSPEC section"
@@ -123,6 +133,7 @@ void readIncludeFile(SectionReader& reader, Records& records, std::span<const Ke
     dispatchSection(inner, records, table, texts);
     reader.keywordCount = inner.keywordCount;
     reader.outputMetric = inner.outputMetric;
+    reader.box = inner.box;
     lineToBoth(consoleOf(reader), texts.finished);
 }
 
@@ -150,6 +161,7 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         if (event == SectionEvent::EndOfFile) return;
         ++reader.keywordCount;
         if (handleKeyword(reader, records, table, found.word)) continue;
+        if (handleCommonKeyword(reader, found.word)) continue;
         if (found.word == "INCLUDE " && !reader.insideInclude && !texts.openError.empty()) {
             readIncludeFile(reader, records, table, texts);
             continue;

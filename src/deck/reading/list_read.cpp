@@ -159,6 +159,7 @@ void dropRest(Scan& scan, ListEnd& end) {
             ++scan.at;
         } else {
             takeToken(scan);
+            ++end.dropped;
         }
     }
     toLineEnd(scan);
@@ -241,6 +242,22 @@ ListEnd readIntegers(DeckCursor& cursor, std::span<int> values) {
     return readTokens(cursor, values.size(), [values](const Token& token, std::size_t index) {
         return !token.quoted && parseNumber(token.text, values[index]);
     });
+}
+
+ListStart listStart(const DeckCursor& cursor) {
+    return {cursor.position, cursor.lineNumber};
+}
+
+int lineOfValue(const DeckCursor& cursor, const ListStart& start, std::size_t number) {
+    const char* at = cursor.text.data() + start.position;
+    Scan scan{at, cursor.text.data() + cursor.text.size(), at, start.lineNumber + 1};
+    std::size_t passed = 0;
+    while (skipSeparators(scan) && *scan.at != '/') {
+        passed += static_cast<std::size_t>(std::max(1, takeRepeat(scan)));
+        if (passed > number) return scan.line;
+        if (!isNullValue(scan)) takeToken(scan);
+    }
+    return scan.line;
 }
 
 ListEnd readPath(DeckCursor& cursor, std::string& path) {

@@ -26,6 +26,7 @@ struct ListEnd {
     int count = 0;  // targets passed, defaulted ones included
     std::int64_t surplus =
         0;               // values of the last repeat beyond the targets; dropped like the rest of its line
+    int dropped = 0;     // values behind the last target that the rest of its line held
     bool slash = false;  // a slash ended the list or stood behind the last value; the rest is dropped
     bool endOfFile = false;
     ListError error = ListError::None;
@@ -45,6 +46,14 @@ ListEnd readList(DeckCursor& cursor, std::span<const ListTarget> targets);
 ListEnd readDoubles(DeckCursor& cursor, std::span<double> values, double scale = 1.0);
 ListEnd readFloats(DeckCursor& cursor, std::span<float> values, double scale = 1.0);
 ListEnd readIntegers(DeckCursor& cursor, std::span<int> values);
+
+/// Where a list begins, and from there the line of its value with this number, from 0; repeats count.
+struct ListStart {
+    std::size_t position = 0;
+    int lineNumber = 0;
+};
+ListStart listStart(const DeckCursor& cursor);
+int lineOfValue(const DeckCursor& cursor, const ListStart& start, std::size_t number);
 
 /// One text value; an unquoted one runs to a blank, so that a path keeps its slashes.
 ListEnd readPath(DeckCursor& cursor, std::string& path);

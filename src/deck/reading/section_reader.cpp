@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 
 namespace kvr {
 
@@ -64,6 +65,35 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     hardStop(consoleOf(reader));
 }
 
+/// Places, in an array by cell, of the cells of the present box, i fastest.
+std::vector<std::size_t> placesInBox(const SectionReader& reader) {
+    const CellBox& box = reader.box.cells;
+    const auto place = [&](int i, int j, int k) {
+        const std::size_t row =
+            static_cast<std::size_t>(k - 1) * static_cast<std::size_t>(reader.gridSize[1]) +
+            static_cast<std::size_t>(j - 1);
+        return row * static_cast<std::size_t>(reader.gridSize[0]) + static_cast<std::size_t>(i - 1);
+    };
+    std::vector<std::size_t> places;
+    for (int k = box.k1; k <= box.k2; ++k)
+        for (int j = box.j1; j <= box.j2; ++j)
+            for (int i = box.i1; i <= box.i2; ++i) places.push_back(place(i, j, k));
+    return places;
+}
+
+template <class T>
+std::vector<T> valuesInBox(const SectionReader& reader, std::span<const T> values) {
+    std::vector<T> part;
+    for (const std::size_t place : placesInBox(reader)) part.push_back(values[place]);
+    return part;
+}
+
+template <class T>
+void putIntoBox(const SectionReader& reader, std::span<const T> part, std::span<T> values) {
+    std::size_t n = 0;
+    for (const std::size_t place : placesInBox(reader)) values[place] = part[n++];
+}
+
 }  // namespace
 
 bool isSectionWord(std::string_view word) {
@@ -111,7 +141,7 @@ void skipKeywordData(SectionReader& reader) {
     }
 }
 
-int consumeSlashLines(SectionReader& reader) {
+int consumeSlashLines(SectionReader& reader, bool* slashSeen) {
     std::string_view line;
     int count = 0;
     while (nextLine(*reader.cursor, line)) {
@@ -120,6 +150,8 @@ int consumeSlashLines(SectionReader& reader) {
         } else if (!isSlashLine(line)) {
             stepBack(*reader.cursor);
             break;
+        } else if (slashSeen != nullptr) {
+            *slashSeen = true;
         }
         ++count;
     }
@@ -191,20 +223,104 @@ void neglectKeyword(SectionReader& reader) {
     skipKeywordData(reader);
 }
 
-void readCellArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
+void readArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
     checkWhole(reader, readDoubles(*reader.cursor, values, factor), values.size());
     copyArray(reader, values, factor, copyFactor);
 }
 
-void readCellArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
+void readArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
     checkWhole(reader, readFloats(*reader.cursor, values, factor), values.size());
     copyArray(reader, values, factor, copyFactor);
 }
 
-void readCellArray(SectionReader& reader, std::span<int> values) {
+void readArray(SectionReader& reader, std::span<int> values) {
     checkWhole(reader, readIntegers(*reader.cursor, values), values.size());
     copyArray(reader, values);
 }
+
+void readCellArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
+    if (!reader.box.isSet) return readArray(reader, values, factor, copyFactor);
+    std::vector<double> part = valuesInBox(reader, std::span<const double>(values));
+    readArray(reader, part, factor, copyFactor);
+    putIntoBox(reader, std::span<const double>(part), values);
+}
+
+void readCellArray(SectionReader& reader, std::span<int> values) {
+    if (!reader.box.isSet) return readArray(reader, values);
+    std::vector<int> part = valuesInBox(reader, std::span<const int>(values));
+    readArray(reader, part);
+    putIntoBox(reader, std::span<const int>(part), values);
+}
+
+namespace {
+
+/// Number, from 0, in a list for the present box, of the value of a cell.
+std::size_t listPlace(const SectionReader& reader, std::size_t cell) {
+    const std::vector<std::size_t> places = placesInBox(reader);
+    return static_cast<std::size_t>(std::find(places.begin(), places.end(), cell - 1) - places.begin());
+}
+
+std::string cellText(const SectionReader& reader, std::size_t cell) {
+    const auto nx = static_cast<std::size_t>(reader.gridSize[0]);
+    const auto ny = static_cast<std::size_t>(reader.gridSize[1]);
+    if (nx == 0 || ny == 0) return fmt::format("cell {}", cell);
+    return fmt::format("cell {} (I {}, J {}, K {})", cell, (cell - 1) % nx + 1, (cell - 1) / nx % ny + 1,
+                       (cell - 1) / (nx * ny) + 1);
+}
+
+}  // namespace
+
+void readCheckedArray(SectionReader& reader, const ValueRule& rule, std::span<double> values, double factor,
+                      double copyFactor) {
+    const ListStart start = listStart(*reader.cursor);
+    readCellArray(reader, values, factor, copyFactor);
+    const double slack = 1e-12 * (std::abs(rule.low) + std::abs(rule.high));
+    const double low = (rule.low - slack) * factor, high = (rule.high + slack) * factor;
+    const auto isBad = [low, high](double value) { return !(value >= low && value <= high); };
+    const auto first = std::find_if(values.begin(), values.end(), isBad);
+    if (first == values.end()) return;
+    const auto count = std::count_if(first, values.end(), isBad);
+    const auto cell = static_cast<std::size_t>(first - values.begin()) + 1;
+    const std::size_t inList = reader.box.isSet ? listPlace(reader, cell) : cell - 1;
+    const int line = lineOfValue(*reader.cursor, start, inList);
+    const DeckPlace place{reader.cursor->fileName, line};
+    const std::string limit =
+        *first < low ? fmt::format("BELOW {}", number(rule.low)) : fmt::format("ABOVE {}", number(rule.high));
+    if (rule.stops) {
+        both(consoleOf(reader), "ERROR :: {} {} IN {} CELLS; FIRST: {}, {}", reader.keyword, limit, count,
+             cellText(reader, cell), number(*first / factor));
+        lineToBoth(consoleOf(reader), placeText(place, reader.keyword));
+        hardStop(consoleOf(reader));
+    }
+    warnAt(consoleOf(reader), place, reader.keyword,
+           "WARNING :: {} {} IN {} CELLS, SET TO THAT; FIRST: {}, {}", reader.keyword, limit, count,
+           cellText(reader, cell), number(*first / factor));
+    for (double& value : values)
+        if (isBad(value)) value = value > high ? rule.high * factor : rule.low * factor;
+}
+
+namespace {
+
+/// What stands next cannot be a keyword: a number, a quoted name, or a row of several words.
+bool rowIsNext(const SectionReader& reader, RowStart start) {
+    std::string_view line;
+    if (!peekLine(reader, line) || line.empty() || isSlashLine(line)) return false;
+    const char first = line.front();
+    const bool number = std::isdigit(static_cast<unsigned char>(first)) != 0 || first == '.' || first == '-';
+    if (start == RowStart::Number) return number && !isCommentLine(line);
+    return first == '\'' ||
+           (isLetter(first) && line.find('/') != std::string_view::npos && !isSectionWord(keywordOf(line)));
+}
+
+/// Rows that a comment has cut off from the rows before it.
+void tellRowsBehindComment(const SectionReader& reader, const RowLoop& loop, bool slashSeen) {
+    if (slashSeen || loop.rows == 0 || !rowIsNext(reader, loop.start)) return;
+    warnHere(reader,
+             "WARNING :: A COMMENT OR BLANK LINE ENDS THE ROWS OF {}, THE ROWS BEHIND IT ARE NOT READ",
+             reader.keyword);
+}
+
+}  // namespace
 
 bool nextTableRow(SectionReader& reader, RowLoop& loop) {
     const auto keywordIsNext = [&] {
@@ -219,7 +335,10 @@ bool nextTableRow(SectionReader& reader, RowLoop& loop) {
     if (loop.last.endOfFile) return false;
     if (loop.rows == 1 && loop.last.slash) loop.slash = RowSlash::EndsRow;
     if (loop.last.slash && loop.slash == RowSlash::EndsTable) return false;
-    if (consumeSlashLines(reader) > 0 || keywordIsNext()) return false;
+    bool slashSeen = false;
+    const int lines = consumeSlashLines(reader, &slashSeen);
+    if (lines > 0) tellRowsBehindComment(reader, loop, slashSeen || loop.last.slash);
+    if (lines > 0 || keywordIsNext()) return false;
     ++loop.rows;
     return true;
 }

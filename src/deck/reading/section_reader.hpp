@@ -5,7 +5,9 @@
 #include "base/units.hpp"
 #include "deck/reading/deck_cursor.hpp"
 #include "deck/reading/list_read.hpp"
+#include "model/grid.hpp"
 
+#include <array>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -30,6 +32,13 @@ struct DeckSinks {
     std::vector<SkippedKeyword> skipped;
 };
 
+/// BOX, until ENDBOX or the end of its section: the cells that arrays of one value per cell fill, and that
+/// rows of array arithmetic without a box of their own stand for.
+struct InputBox {
+    bool isSet = false;
+    CellBox cells;
+};
+
 /// What every section reader works with. One per open file; an INCLUDE gets its own.
 struct SectionReader {
     DeckCursor* cursor = nullptr;
@@ -41,6 +50,8 @@ struct SectionReader {
     bool outputMetric = false;  // numbers go to the unit copies as well
     const UnitSystem* units = nullptr;
     int keywordCount = 0;
+    std::array<int, 3> gridSize{};  // cells along x, y, z; zero before DIMENS
+    InputBox box;
     std::string keyword;  // the keyword whose data are being read, for messages
 };
 
@@ -66,8 +77,9 @@ void takeComment(SectionReader& reader, std::string_view line);
 void skipCommentLines(SectionReader& reader);
 /// Drops lines while each is a comment or blank or holds a slash or an asterisk. At most 10000.
 void skipKeywordData(SectionReader& reader);
-/// Counts comment, blank and slash-first lines up to the next data line.
-int consumeSlashLines(SectionReader& reader);
+/// Counts comment, blank and slash-first lines up to the next data line; `slashSeen` tells whether one of
+/// them began with a slash.
+int consumeSlashLines(SectionReader& reader, bool* slashSeen = nullptr);
 /// The next line starts with a letter that is not quoted (the next keyword), or the file has ended.
 /// The cursor does not move.
 bool nextLineIsKeyword(const SectionReader& reader);
@@ -101,16 +113,29 @@ void neglectKeyword(SectionReader& reader);
 
 // --- arrays --------------------------------------------------------------------------------------
 
-/// A whole array, one value per cell: list read, each value times `factor` (deck to internal units), and
-/// the checks. Fewer values than cells, or a repeat past the last cell, stop with the read-error texts
-/// and the place; the end of the file returns with the values as they stand. With `outputMetric` the
-/// keyword and its numbers go to the unit copies, `copyFactor` taking the deck's unit into the other
-/// one's (UnitSystem::copyLength, copyPressure, ...; 1 for numbers without a unit).
+/// A whole array: list read, each value times `factor` (deck to internal units), and the checks. Fewer values
+/// than cells, or a repeat past the last cell, stop with the read-error texts and the place; the end of the
+/// file returns with the values as they stand. With `outputMetric` the keyword and its numbers go to the unit
+/// copies, `copyFactor` taking the deck's unit into the other one's (UnitSystem::copyLength, copyPressure,
+/// ...; 1 for numbers without a unit).
+void readArray(SectionReader& reader, std::span<double> values, double factor = 1.0, double copyFactor = 1.0);
+void readArray(SectionReader& reader, std::span<float> values, double factor = 1.0, double copyFactor = 1.0);
+void readArray(SectionReader& reader, std::span<int> values);
+
+/// What values of an array may be; others are told in one line, with the first of them and its own place.
+struct ValueRule {
+    double low, high;
+    bool stops;  // others stop the run, or they become the nearest value allowed
+};
+
+/// The same for one value per cell of the grid: while a BOX is set it is given for the cells of the box
+/// alone, and the others keep theirs.
 void readCellArray(SectionReader& reader, std::span<double> values, double factor = 1.0,
                    double copyFactor = 1.0);
-void readCellArray(SectionReader& reader, std::span<float> values, double factor = 1.0,
-                   double copyFactor = 1.0);
 void readCellArray(SectionReader& reader, std::span<int> values);
+/// The same with a rule for what the deck may say; `factor` as above, the rule in units of the deck.
+void readCheckedArray(SectionReader& reader, const ValueRule& rule, std::span<double> values,
+                      double factor = 1.0, double copyFactor = 1.0);
 
 // --- rows ----------------------------------------------------------------------------------------
 

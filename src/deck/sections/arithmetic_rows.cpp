@@ -40,6 +40,15 @@ void checkBox(const SectionReader& reader, const GridModel& grid, const CellBox&
     stopAtPlace(reader);
 }
 
+void tellMissingBox(const SectionReader& reader, const ListEnd& row, bool& boxed) {
+    constexpr int ValuesBeforeBox = 2;
+    const bool hasBox = row.count > ValuesBeforeBox;
+    if (!hasBox && boxed)
+        warnHere(reader, "WARNING :: A ROW WITHOUT A BOX MEANS {}, NOT THE BOX OF THE ROW BEFORE",
+                 reader.box.isSet ? "THE PRESENT BOX" : "ALL CELLS");
+    boxed = boxed || hasBox;
+}
+
 void checkRoom(const SectionReader& reader, const std::vector<ArithmeticRow>& list) {
     if (list.size() < MaxArithmeticRows) return;
     ListEnd full;
@@ -49,12 +58,20 @@ void checkRoom(const SectionReader& reader, const std::vector<ArithmeticRow>& li
     checkRead(reader, full);
 }
 
+bool isNegativeFactor(const SectionReader& reader, const ArithmeticRow& row) {
+    if (row.value >= 0.0) return false;
+    warnHere(reader, "WARNING :: MULTIPLY {} BY {}, WHICH IS BELOW 0, ROW SKIPPED", row.name,
+             number(row.value));
+    return true;
+}
+
 void endCopiedList(const SectionReader& reader) {
     if (reader.outputMetric) copyLine(reader, "/");
 }
 
 ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end) {
     ArithmeticRow row;
+    if (reader.box.isSet) row.box = reader.box.cells;
     CellBox& box = row.box;
     const std::array<ListTarget, 8> targets = {&row.name, &row.value, &box.i1, &box.i2,
                                                &box.j1,   &box.j2,    &box.k1, &box.k2};

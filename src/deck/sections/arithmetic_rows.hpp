@@ -19,9 +19,15 @@ template <class Keep>
 void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector<ArithmeticRow>& list,
                  const Keep& keep);
 
+/// A row without a box behind one that has a box: it means the whole grid here, and the box before elsewhere.
+void tellMissingBox(const SectionReader& reader, const ListEnd& row, bool& boxed);
+
 /// One row each, the cursor in front of it. Text is cut to 8 characters.
 ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end);
 ArithmeticRow readCopyRow(SectionReader& reader, ListEnd& end);
+
+/// A row of MULTIPLY whose factor is no number of 0 or more is told and not taken.
+bool isNegativeFactor(const SectionReader& reader, const ArithmeticRow& row);
 
 /// The slash that closes a list of rows in the unit copies.
 void endCopiedList(const SectionReader& reader);
@@ -33,9 +39,12 @@ template <class Keep>
 void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector<ArithmeticRow>& list,
                  const Keep& keep) {
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
+    bool boxed = false;
     while (nextTableRow(reader, rows)) {
         checkRoom(reader, list);
-        keep(readBoxRow(reader, grid, rows.last));
+        ArithmeticRow row = readBoxRow(reader, grid, rows.last);
+        tellMissingBox(reader, rows.last, boxed);
+        keep(std::move(row));
     }
 }
 

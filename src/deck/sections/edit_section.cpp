@@ -1,6 +1,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "deck/sections/grid_section.hpp"
 
@@ -18,15 +19,22 @@ void sayGridKeyword(SectionReader& reader, GridModel&) {
 void readMultiply(SectionReader& reader, GridModel& grid) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
-    readBoxRows(reader, grid, grid.editRows,
-                [&](ArithmeticRow row) { grid.editRows.push_back(std::move(row)); });
+    readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
+        if (isNegativeFactor(reader, row)) return;
+        grid.editRows.push_back(std::move(row));
+    });
     endCopiedList(reader);
+}
+
+void readFaultMultiplierRows(SectionReader& reader, GridModel& grid) {
+    readFaultMultipliers(reader, FaultMeans::Multiply, grid);
 }
 
 constexpr std::array Keywords = {
     KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
     KeywordRow<GridModel>{"MULTIPLY", readMultiply,
                           "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
+    KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
 };
 
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",

@@ -65,6 +65,17 @@ constexpr ArrayCheck RockChecks[] = {
     {"PERMZ", &GridModel::PERMZ, "ERROR at GRID :: PERMEABILITY IS ERRORNEOUS"},
 };
 
+/// EQUALS, MULTIPLY and COPY may have made what the arrays were not.
+void checkPorosity(SectionReader& reader, const GridModel& grid) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (!(grid.PORO[cell] > 1.0)) continue;
+        both(consoleOf(reader), "ERROR :: POROSITY ABOVE 1; FIRST: CELL {} (I {}, J {}, K {}), {}", cell,
+             grid.CellI[cell], grid.CellJ[cell], grid.CellK[cell], number(grid.PORO[cell]));
+        reader.keyword = "PORO";
+        stopAtPlace(reader);
+    }
+}
+
 void checkTops(SectionReader& reader, const GridModel& grid) {
     const auto tops =
         grid.TOPS.cells().first(static_cast<std::size_t>(grid.NX) * static_cast<std::size_t>(grid.NY));
@@ -102,6 +113,7 @@ void checkGridArrays(SectionReader& reader, const GridModel& grid) {
         if (!sound) stop(reader, check.keyword, check.message);
     }
     checkTops(reader, grid);
+    checkPorosity(reader, grid);
     for (const ArrayCheck& check : RockChecks)
         if (noneAbove(grid.*check.array, LeastRock)) stop(reader, check.keyword, check.message);
 }

@@ -4,6 +4,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "model/array_arithmetic.hpp"
 #include "model/block_grid.hpp"
@@ -12,6 +13,7 @@
 #include "run/records/output_table.hpp"
 
 #include <array>
+#include <limits>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -31,16 +33,28 @@ void beginArray(SectionReader& reader) {
 
 // --- arrays of one value per cell ------------------------------------------------------------------
 
+constexpr double AnyValue = std::numeric_limits<double>::max();
+constexpr ValueRule Porosity{-AnyValue, 1.0, true};  // below 0: the cell takes no part, see grid_checks
+constexpr ValueRule NetToGross{-AnyValue, 1.0, false};
+constexpr ValueRule Size{0.0, AnyValue, false};
+
 template <CellArray<double> GridModel::*Array>
 void readRock(SectionReader& reader, GridRecords& records) {
     beginArray(reader);
     readCellArray(reader, (records.grid.*Array).cells());
 }
 
+template <CellArray<double> GridModel::*Array, const ValueRule& Rule>
+void readRuledRock(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    readCheckedArray(reader, Rule, (records.grid.*Array).cells());
+}
+
 template <CellArray<double> GridModel::*Array>
 void readSize(SectionReader& reader, GridRecords& records) {
     beginArray(reader);
-    readCellArray(reader, (records.grid.*Array).cells(), reader.units->length, reader.units->copyLength);
+    readCheckedArray(reader, Size, (records.grid.*Array).cells(), reader.units->length,
+                     reader.units->copyLength);
     records.grid.blockInput = true;
 }
 
@@ -53,6 +67,8 @@ void readDx(SectionReader& reader, GridRecords& records) {
 void readActnum(SectionReader& reader, GridRecords& records) {
     beginArray(reader);
     std::vector<int> flags(static_cast<std::size_t>(records.grid.NCELLS), 1);
+    if (reader.box.isSet)
+        flags.assign(records.grid.Active.cells().begin(), records.grid.Active.cells().end());
     readCellArray(reader, std::span<int>(flags));
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell)
         records.grid.Active[cell] = flags[static_cast<std::size_t>(cell) - 1] != 0 ? 1 : 0;
@@ -65,7 +81,7 @@ void readAxis(SectionReader& reader, GridModel& grid, CellArray<double>& sizes,
               const CellArray<int>& position, int count) {
     beginArray(reader);
     std::vector<double> axis(static_cast<std::size_t>(count), 0.0);
-    readCellArray(reader, std::span<double>(axis), reader.units->length, reader.units->copyLength);
+    readArray(reader, std::span<double>(axis), reader.units->length, reader.units->copyLength);
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         sizes[cell] = axis[static_cast<std::size_t>(position[cell]) - 1];
     grid.blockInput = true;
@@ -96,6 +112,7 @@ void readSurface(SectionReader& reader, GridModel& grid) {
     const std::size_t layer = static_cast<std::size_t>(grid.NX) * static_cast<std::size_t>(grid.NY);
     const std::span<double> tops = grid.TOPS.cells();
     const UnitSystem& units = *reader.units;
+    if (reader.box.isSet) return readCellArray(reader, tops, units.length, units.copyLength);
     DeckCursor& cursor = *reader.cursor;
     const auto before = std::tuple(cursor.position, cursor.previousLine, cursor.lineNumber);
     const ListEnd end = readDoubles(cursor, tops, units.length);
@@ -104,7 +121,7 @@ void readSurface(SectionReader& reader, GridModel& grid) {
         return;
     }
     std::tie(cursor.position, cursor.previousLine, cursor.lineNumber) = before;
-    readCellArray(reader, tops.first(layer), units.length, units.copyLength);
+    readArray(reader, tops.first(layer), units.length, units.copyLength);
 }
 
 void readTops(SectionReader& reader, GridRecords& records) {
@@ -130,7 +147,7 @@ void readCoord(SectionReader& reader, GridRecords& records) {
     constexpr std::size_t PillarValues = 6;
     grid.COORD.assign(
         PillarValues * static_cast<std::size_t>(grid.NX + 1) * static_cast<std::size_t>(grid.NY + 1), 0.0F);
-    readCellArray(reader, std::span<float>(grid.COORD), reader.units->length, reader.units->copyLength);
+    readArray(reader, std::span<float>(grid.COORD), reader.units->length, reader.units->copyLength);
     grid.coordAfterZcorn = !grid.ZCORN.empty();
 }
 
@@ -143,7 +160,7 @@ void readZcorn(SectionReader& reader, GridRecords& records) {
     GridModel& grid = records.grid;
     beginArray(reader);
     grid.ZCORN.assign(8 * static_cast<std::size_t>(grid.NCELLS), 0.0F);
-    readCellArray(reader, std::span<float>(grid.ZCORN), reader.units->length, reader.units->copyLength);
+    readArray(reader, std::span<float>(grid.ZCORN), reader.units->length, reader.units->copyLength);
     if (!grid.COORD.empty()) buildFromCorners(reader, grid);
 }
 
@@ -172,6 +189,7 @@ void readEquals(SectionReader& reader, GridRecords& records) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.equalsRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "EQUALS  : {} {}", row.name, number(row.value));
+        if (setFaceMultiplier(row, false, grid)) return;
         const EqualsArray* array = findEqualsArray(row.name);
         const MultiplierKeyword* multiplier = findMultiplier(row.name);
         if (array == nullptr && (multiplier == nullptr || multiplier->target != MultiplierTarget::Trans))
@@ -208,10 +226,38 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "MULTIPLY : {} By {}", row.name, number(row.value));
+        if (isNegativeFactor(reader, row)) return;
+        if (setFaceMultiplier(row, true, grid)) return;
         if (findMultiplier(row.name) == nullptr) reportNotSupported(reader, row.name);
         grid.multiplyRows.push_back(std::move(row));
     });
     endCopiedList(reader);
+}
+
+void readMultX(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 2, records.grid);
+}
+void readMultY(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 4, records.grid);
+}
+void readMultZ(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 6, records.grid);
+}
+void readMultXMinus(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 1, records.grid);
+}
+void readMultYMinus(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 3, records.grid);
+}
+void readMultZMinus(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, 5, records.grid);
+}
+
+void readFaultRows(SectionReader& reader, GridRecords& records) {
+    readFaults(reader, records.grid);
+}
+void readFaultMultiplierRows(SectionReader& reader, GridRecords& records) {
+    readFaultMultipliers(reader, FaultMeans::Replace, records.grid);
 }
 
 using Row = KeywordRow<GridRecords>;
@@ -229,16 +275,28 @@ constexpr std::array Keywords = {
     Row{"DZV", readDzv, "cell sizes along z, one per layer"},
     Row{"TOPS", readTops, "depths of the tops of the first layer; values of lower layers are not used"},
     Row{"DEPTHZ", readDepthz, "as TOPS"},
-    Row{"PORO", readRock<&GridModel::PORO>, "porosity, one value per cell"},
+    Row{"PORO", readRuledRock<&GridModel::PORO, Porosity>, "porosity, one value per cell"},
     Row{"PERMX", readRock<&GridModel::PERMX>, "permeability along x in md, one value per cell"},
     Row{"PERMY", readRock<&GridModel::PERMY>, "permeability along y in md, one value per cell"},
     Row{"PERMZ", readRock<&GridModel::PERMZ>, "permeability along z in md, one value per cell"},
-    Row{"NTG", readRock<&GridModel::NTG>, "net-to-gross ratio, one value per cell"},
+    Row{"NTG", readRuledRock<&GridModel::NTG, NetToGross>, "net-to-gross ratio, one value per cell"},
     Row{"ACTNUM", readActnum, "1 active, 0 inactive, one value per cell"},
     Row{"JFUNC", readJfunc, "J-function: a word and the surface tension"},
     Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},
     Row{"MULTIPLY", readMultiply, "multiplies PERMX, PERMY, PERMZ, PORV, MULTX, MULTY, MULTZ over a box"},
     Row{"EQUALS", readEquals, "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS over a box"},
+    Row{"MULTX", readMultX, "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
+    Row{"MULTY", readMultY, "the same at j + 1"},
+    Row{"MULTZ", readMultZ, "the same at k + 1"},
+    Row{"MULTX-", readMultXMinus, "the same at i - 1"},
+    Row{"MULTY-", readMultYMinus, "the same at j - 1"},
+    Row{"MULTZ-", readMultZMinus, "the same at k - 1"},
+    Row{"FAULTS", readFaultRows,
+        "rows of a name, I1, I2, J1, J2, K1, K2 and a face (X, X-, Y, Y-, Z, Z- or I, J, K): the faces of a "
+        "fault"},
+    Row{"MULTFLT", readFaultMultiplierRows,
+        "rows of a fault, or the begin of names and an asterisk, and what the connections through its faces "
+        "are multiplied by"},
     Row{"RPTGRID", neglect<GridRecords>, "neglected"},
 };
 

@@ -1,14 +1,19 @@
 #include "deck/sections/props.hpp"
 
+#include "base/constants.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/pvto.hpp"
+#include "deck/sections/table_rules.hpp"
+#include "fluid/phase_tables.hpp"
 #include "fluid/table_checks.hpp"
 #include "fluid/table_print.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace kvr {
 
@@ -58,59 +63,182 @@ struct TableColumn {
 
 constexpr std::size_t MaxColumns = 4;
 
-/// One table, rows until its end; the columns are replaced.
-void readTable(SectionReader& reader, std::span<const TableColumn> columns) {
+/// The rows of a table to the copies, in the units of the deck times what a copy asks.
+void copyTable(const SectionReader& reader, std::span<const TableColumn> columns) {
     std::array<double, MaxColumns> row{};
-    std::array<double, MaxColumns> copyFactors{};
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        columns[c].target->clear();
-        copyFactors[c] = columns[c].copyFactor;
+    std::array<double, MaxColumns> factors{};
+    for (std::size_t c = 0; c < columns.size(); ++c) factors[c] = columns[c].copyFactor;
+    for (std::size_t r = 0; r < columns[0].target->size(); ++r) {
+        for (std::size_t c = 0; c < columns.size(); ++c) row[c] = (*columns[c].target)[r] / columns[c].factor;
+        copyRow(reader, std::span<const double>(row.data(), columns.size()),
+                std::span<const double>(factors.data(), columns.size()));
     }
+}
+
+/// The record of a PVT region, 0-based.
+FluidTables& pvtRegion(FluidTables& tables, std::size_t region) {
+    if (region == 0) return tables;
+    if (tables.furtherPvt.size() < region) tables.furtherPvt.resize(region);
+    return tables.furtherPvt[region - 1];
+}
+
+/// A number that a row leaves open (`1*`), until its neighbours in the column fill it in.
+constexpr double OpenValue = std::numeric_limits<double>::quiet_NaN();
+
+/// Fills open numbers of a column by those above and below, linear in the first column; at an end of the
+/// table the next one stands.
+void fillOpenValues(const Column& axis, Column& column) {
+    for (std::size_t r = 0; r < column.size(); ++r) {
+        if (!std::isnan(column[r])) continue;
+        std::size_t next = r + 1;
+        while (next < column.size() && std::isnan(column[next])) ++next;
+        const bool above = r > 0, below = next < column.size();
+        if (above && below)
+            column[r] = column[r - 1] +
+                        (column[next] - column[r - 1]) * (axis[r] - axis[r - 1]) / (axis[next] - axis[r - 1]);
+        else
+            column[r] = above ? column[r - 1] : below ? column[next] : 0.0;
+    }
+}
+
+/// A row is one read: what stands behind its last value in the line would be lost, and a value too few takes
+/// the next row's first.
+void checkRowLength(const SectionReader& reader, const ListEnd& row, std::size_t columns) {
+    if (row.dropped > 0) {
+        both(consoleOf(reader), "ERROR :: {}: {} VALUES IN A ROW OF {}", reader.keyword,
+             columns + static_cast<std::size_t>(row.dropped), columns);
+        stopAtPlace(reader);
+    }
+    if (static_cast<std::size_t>(row.count) < columns)
+        warnHere(reader, "WARNING :: {}: {} VALUES IN A ROW OF {}, THE REST IS 0", reader.keyword, row.count,
+                 columns);
+}
+
+/// The columns in units of the deck against their rules.
+void checkColumns(const SectionReader& reader, std::size_t table, std::vector<int> lines,
+                  std::span<const TableColumn> columns) {
+    std::vector<Column> deck;
+    for (const TableColumn& column : columns) {
+        deck.push_back(*column.target);
+        for (double& value : deck.back()) value /= column.factor;
+    }
+    TableRows rows;
+    for (const Column& column : deck) rows.columns.push_back(&column);
+    rows.lines = std::move(lines);
+    checkTable(reader, table, rows);
+}
+
+/// One table, rows until its end; the columns are replaced. `table`: its number in the keyword.
+void readTable(SectionReader& reader, std::size_t table, std::span<const TableColumn> columns) {
+    std::array<double, MaxColumns> row{};
+    for (const TableColumn& column : columns) column.target->clear();
     const std::span<double> values(row.data(), columns.size());
+    std::vector<int> lines;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number, {}, 0};
     while (nextTableRow(reader, rows)) {
-        std::fill(row.begin(), row.end(), 0.0);
+        std::fill(row.begin(), row.end(), OpenValue);
         rows.last = readDoubles(*reader.cursor, values);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
-        copyRow(reader, values, copyFactors);
+        checkRowLength(reader, rows.last, columns.size());
+        lines.push_back(reader.cursor->lineNumber);
+        for (std::size_t c = static_cast<std::size_t>(rows.last.count); c < columns.size(); ++c) row[c] = 0.0;
         for (std::size_t c = 0; c < columns.size(); ++c)
             columns[c].target->push_back(values[c] * columns[c].factor);
     }
+    for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
+    copyTable(reader, columns);
     endCopiedTable(reader);
+    checkColumns(reader, table, lines, columns);
 }
 
-/// Further tables of PVT regions, which are read and have no effect: one region serves all cells.
-template <class ReadTable>
-void dropFurtherTables(SectionReader& reader, int count, const ReadTable& readOne) {
-    for (int t = 1; t < count && !dataEnded(reader); ++t) readOne();
-}
-
-void readDryTable(SectionReader& reader, PropsRecords& records, double fvfFactor, Column& pressure,
-                  Column& fvf, Column& viscosity) {
+/// Calls `readOne(tables)` for every PVT region that the deck gives data for.
+template <class ReadOne>
+void readPvtRegions(SectionReader& reader, PropsRecords& records, const ReadOne& readOne) {
     begin(reader);
-    const UnitSystem& units = *reader.units;
-    readTable(reader,
-              std::array<TableColumn, 3>{
-                  {{&pressure, units.pressure, units.copyPressure}, {&fvf, fvfFactor}, {&viscosity}}});
-    requireRows(reader, pressure.size());
-    std::array<Column, 3> dropped;
-    dropFurtherTables(reader, records.options.maxPvtTables, [&] {
-        readTable(reader, std::array<TableColumn, 3>{{{&dropped[0]}, {&dropped[1]}, {&dropped[2]}}});
-    });
+    const auto count = static_cast<std::size_t>(std::max(records.options.maxPvtTables, 1));
+    for (std::size_t r = 0; r < count; ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readOne(pvtRegion(records.tables, r), r + 1);
+    }
 }
 
-void readPvdo(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
-    readDryTable(reader, records, 1.0, tables.OilPressure, tables.OilFvf, tables.OilViscosity);
+/// The three columns of a dry table in a record of tables.
+struct DryColumns {
+    Column FluidTables::*pressure;
+    Column FluidTables::*fvf;
+    Column FluidTables::*viscosity;
+    double fvfFactor = 1.0;
+};
+
+void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t number, FluidTables& tables) {
+    const UnitSystem& units = *reader.units;
+    readTable(reader, number,
+              std::array<TableColumn, 3>{{{&(tables.*dry.pressure), units.pressure, units.copyPressure},
+                                          {&(tables.*dry.fvf), dry.fvfFactor},
+                                          {&(tables.*dry.viscosity)}}});
+    requireRows(reader, (tables.*dry.pressure).size());
+}
+
+void setDeadOil(FluidTables& tables) {
     tables.OilRs.assign(tables.OilPressure.size(), 0.0);
     tables.UnderRows = 0;
 }
 
+void readPvdo(SectionReader& reader, PropsRecords& records) {
+    const DryColumns oil{&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity};
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readDryTable(reader, oil, number, tables);
+        setDeadOil(tables);
+    });
+}
+
+/// Dead oil of constant compressibility C and viscosibility V about the pressure of reference, as a table
+/// whose rows stand so close that straight lines between them are off by less than 1e-7:
+///   Bo = Bor / (1 + X + X^2/2),  X = C (p - pr);   muo Bo = muor Bor / (1 + Y + Y^2/2),  Y = (C - V)(p - pr)
+void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables) {
+    constexpr int Rows = 801;
+    constexpr double LastPressure = 40000.0;  // psia
+    const auto [reference, Bo, C, MuO, V] = item;
+    const auto series = [](double x) { return 1.0 + x + 0.5 * x * x; };
+    for (Column* column : {&tables.OilPressure, &tables.OilFvf, &tables.OilViscosity}) column->clear();
+    for (int r = 0; r < Rows; ++r) {
+        const double p = StandardPressure + (LastPressure - StandardPressure) * r / (Rows - 1);
+        const double fvf = Bo / series(C * (p - reference));
+        tables.OilPressure.push_back(p);
+        tables.OilFvf.push_back(fvf);
+        tables.OilViscosity.push_back(MuO * Bo / (fvf * series((C - V) * (p - reference))));
+    }
+    setDeadOil(tables);
+}
+
+void readPvcdo(SectionReader& reader, PropsRecords& records) {
+    const UnitSystem& units = *reader.units;
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        skipCommentLines(reader);
+        std::array<double, 5> item{0.0, 1.0, 0.0, 1.0, 0.0};
+        checkRead(reader, readDoubles(*reader.cursor, item));
+        copyRow(reader, item,
+                std::array{units.copyPressure, 1.0, 1.0 / units.copyPressure, 1.0, 1.0 / units.copyPressure});
+        item[0] *= units.pressure;
+        item[2] /= units.pressure;
+        item[4] /= units.pressure;
+        if (!(item[1] > 0.0) || !(item[3] > 0.0)) {
+            both(consoleOf(reader),
+                 "ERROR :: PVCDO FORMATION VOLUME FACTOR {} AND VISCOSITY {} MUST BE ABOVE 0",
+                 number(item[1]), number(item[3]));
+            stopAtPlace(reader);
+        }
+        tabulateConstantOil(item, tables);
+    });
+}
+
 void readPvdg(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
-    readDryTable(reader, records, reader.units->gasFvf, tables.GasPressure, tables.GasFvf,
-                 tables.GasViscosity);
+    const DryColumns gas{&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity,
+                         reader.units->gasFvf};
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readDryTable(reader, gas, number, tables);
+    });
 }
 
 void copyPvto(const SectionReader& reader, const PvtoTable& table) {
@@ -128,15 +256,7 @@ void addScaled(const Column& from, double factor, Column& to) {
     for (const double value : from) to.push_back(value * factor);
 }
 
-void readPvto(SectionReader& reader, PropsRecords& records) {
-    begin(reader);
-    const PvtoTable table = readPvtoTable(reader);
-    requireRows(reader, table.Rs.size() + table.underPressure.size());
-    copyPvto(reader, table);
-    dropFurtherTables(reader, records.options.maxPvtTables, [&] { readPvtoTable(reader); });
-
-    const UnitSystem& units = *reader.units;
-    FluidTables& tables = records.tables;
+void takeLiveOil(const UnitSystem& units, const PvtoTable& table, FluidTables& tables) {
     for (Column* column : {&tables.OilRs, &tables.OilPressure, &tables.OilFvf, &tables.OilViscosity})
         column->clear();
     addScaled(table.Rs, units.gasRatio, tables.OilRs);
@@ -150,6 +270,16 @@ void readPvto(SectionReader& reader, PropsRecords& records) {
     tables.UnderRows = static_cast<int>(table.underPressure.size());
 }
 
+void readPvto(SectionReader& reader, PropsRecords& records) {
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        const PvtoTable table = readPvtoTable(reader);
+        requireRows(reader, table.Rs.size() + table.underPressure.size());
+        checkTable(reader, number, {{&table.Rs, &table.pressure, &table.fvf, &table.viscosity}, table.lines});
+        copyPvto(reader, table);
+        takeLiveOil(*reader.units, table, tables);
+    });
+}
+
 /// The tables of all saturation regions, one behind another.
 template <class ColumnsOf>
 void readRegionTables(SectionReader& reader, PropsRecords& records, const ColumnsOf& columnsOf) {
@@ -159,7 +289,7 @@ void readRegionTables(SectionReader& reader, PropsRecords& records, const Column
         const auto index = static_cast<std::size_t>(r);
         if (records.tables.regions.size() <= index) records.tables.regions.resize(index + 1);
         const std::array<TableColumn, MaxColumns> columns = columnsOf(records.tables.regions[index]);
-        readTable(reader, columns);
+        readTable(reader, index + 1, columns);
         requireRows(reader, columns[0].target->size());
     }
 }
@@ -184,6 +314,50 @@ void readSgof(SectionReader& reader, PropsRecords& records) {
     });
 }
 
+// --- relative permeabilities phase by phase ------------------------------------------------------
+
+/// Tables of one phase each, for all saturation regions.
+template <class ColumnsOf>
+void readPhaseTables(SectionReader& reader, PropsRecords& records, const ColumnsOf& columnsOf) {
+    begin(reader);
+    for (std::size_t r = 0; r < static_cast<std::size_t>(std::max(records.options.maxRockTables, 1)); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        std::vector<PhaseTables>& phases = records.tables.phaseTables;
+        if (phases.size() <= r) phases.resize(r + 1);
+        const std::vector<TableColumn> columns = columnsOf(phases[r]);
+        readTable(reader, r + 1, columns);
+        requireRows(reader, columns[0].target->size());
+    }
+}
+
+void readSwfn(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{
+            {&table.Sw}, {&table.Krw}, capillaryColumn(reader, records, table.Pcow)};
+    });
+}
+
+void readSgfn(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{
+            {&table.Sg}, {&table.Krg}, capillaryColumn(reader, records, table.Pcog)};
+    });
+}
+
+/// Oil with one other phase: water, or gas in a run without water.
+void readSof2(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{{&table.So}, {&table.Krow}};
+    });
+    for (PhaseTables& table : records.tables.phaseTables) table.Krog = table.Krow;
+}
+
+void readSof3(SectionReader& reader, PropsRecords& records) {
+    readPhaseTables(reader, records, [&](PhaseTables& table) {
+        return std::vector<TableColumn>{{&table.So}, {&table.Krow}, {&table.Krog}};
+    });
+}
+
 // --- scalar records ------------------------------------------------------------------------------
 
 struct ScalarItem {
@@ -194,9 +368,9 @@ struct ScalarItem {
 
 constexpr std::size_t MaxScalars = 5;
 
-/// One record; items not given keep their values. Records of further PVT regions are dropped.
-void readScalars(SectionReader& reader, int regionCount, std::span<const ScalarItem> items) {
-    begin(reader);
+/// One record; items not given keep their values.
+void readScalarRow(SectionReader& reader, std::size_t number, std::span<const ScalarItem> items) {
+    skipCommentLines(reader);
     std::array<double, MaxScalars> deck{};
     std::array<double, MaxScalars> copyFactors{};
     for (std::size_t n = 0; n < items.size(); ++n) {
@@ -205,46 +379,45 @@ void readScalars(SectionReader& reader, int regionCount, std::span<const ScalarI
     }
     const std::span<double> values(deck.data(), items.size());
     checkRead(reader, readDoubles(*reader.cursor, values));
+    checkRecord(reader, number, values);
     copyRow(reader, values, copyFactors);
     for (std::size_t n = 0; n < items.size(); ++n) *items[n].target = values[n] * items[n].factor;
-    std::array<double, MaxScalars> dropped{};
-    dropFurtherTables(reader, regionCount, [&] {
-        skipCommentLines(reader);
-        checkRead(reader, readDoubles(*reader.cursor, std::span(dropped.data(), items.size())));
-    });
 }
 
 void readPvtw(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const UnitSystem& units = *reader.units;
     const double perPressure = 1.0 / units.pressure;
     const double copyPerPressure = 1.0 / units.copyPressure;
-    readScalars(
-        reader, records.options.maxPvtTables,
-        std::array<ScalarItem, 5>{{{&tables.referencePressureWater, units.pressure, units.copyPressure},
-                                   {&tables.waterFvf},
-                                   {&tables.waterCompressibility, perPressure, copyPerPressure},
-                                   {&tables.waterViscosity},
-                                   {&tables.waterViscosibility, perPressure, copyPerPressure}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(
+            reader, number,
+            std::array<ScalarItem, 5>{{{&tables.referencePressureWater, units.pressure, units.copyPressure},
+                                       {&tables.waterFvf},
+                                       {&tables.waterCompressibility, perPressure, copyPerPressure},
+                                       {&tables.waterViscosity},
+                                       {&tables.waterViscosibility, perPressure, copyPerPressure}}});
+    });
 }
 
 void readDensity(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const double factor = reader.units->density;
     const double copyFactor = reader.units->copyDensity;
-    readScalars(reader, records.options.maxPvtTables,
-                std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
-                                           {&tables.waterDensity, factor, copyFactor},
-                                           {&tables.gasDensity, factor, copyFactor}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(reader, number,
+                      std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
+                                                 {&tables.waterDensity, factor, copyFactor},
+                                                 {&tables.gasDensity, factor, copyFactor}}});
+    });
 }
 
 void readRock(SectionReader& reader, PropsRecords& records) {
-    FluidTables& tables = records.tables;
     const UnitSystem& units = *reader.units;
-    readScalars(reader, records.options.maxPvtTables,
-                std::array<ScalarItem, 2>{
-                    {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
-                     {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+        readScalarRow(reader, number,
+                      std::array<ScalarItem, 2>{
+                          {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
+                           {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
+    });
 }
 
 double rankine(const SectionReader& reader, double deckTemperature) {
@@ -254,15 +427,17 @@ double rankine(const SectionReader& reader, double deckTemperature) {
 
 void readRtemp(SectionReader& reader, PropsRecords& records) {
     double temperature = 0.0;
-    readScalars(reader, 1, std::array<ScalarItem, 1>{{{&temperature}}});
+    begin(reader);
+    readScalarRow(reader, 1, std::array<ScalarItem, 1>{{{&temperature}}});
     records.tables.reservoirTemperature = rankine(reader, temperature);
 }
 
 void readStcond(SectionReader& reader, PropsRecords& records) {
     double temperature = 0.0;
     const UnitSystem& units = *reader.units;
-    readScalars(reader, 1,
-                std::array<ScalarItem, 2>{
+    begin(reader);
+    readScalarRow(
+        reader, std::array<ScalarItem, 2>{
                     {{&temperature}, {&records.tables.surfacePressure, units.pressure, units.copyPressure}}});
     records.tables.surfaceTemperature = rankine(reader, temperature);
 }
@@ -308,6 +483,14 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"PVDG", readPvdg, "dry gas: pressure, Bg, viscosity"},
     KeywordRow<PropsRecords>{"SWOF", readSwof, "water and oil: Sw, krw, krow, pcow, a table per region"},
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"PVCDO", readPvcdo,
+                             "dead oil of constant compressibility: reference pressure, Bo, compressibility, "
+                             "viscosity, viscosibility"},
+    KeywordRow<PropsRecords>{"SWFN", readSwfn, "water: Sw, krw, pcow, a table per region"},
+    KeywordRow<PropsRecords>{"SGFN", readSgfn, "gas: Sg, krg, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"SOF2", readSof2, "oil with one other phase: So, kro, a table per region"},
+    KeywordRow<PropsRecords>{"SOF3", readSof3,
+                             "oil: So, kro with water, kro with gas and connate water, a table per region"},
     KeywordRow<PropsRecords>{"STONE2", readStone2, "oil with water and gas by Stone's second model", 6},
     KeywordRow<PropsRecords>{"STONE1", readStone1, "not known, `STONE2` with a warning", 6},
     KeywordRow<PropsRecords>{"STONE", readStone2, "`STONE2`"},
@@ -334,6 +517,37 @@ constexpr IncludeTexts PropsIncludeTexts{"ERROR: INCLUDE File Open Error at PROP
                                          "File I/O Error, in PROPS Section",
                                          "INCLUDE FILE FINISHED, PROPS SECTION"};
 
+/// A phase of the run without any table would be one that nobody has described.
+void requireTables(SectionReader& reader, const PropsRecords& records) {
+    const RunOptions& options = records.options;
+    const FluidTables& tables = records.tables;
+    const auto hasTable = [&tables](Column SaturationTable::*axis) {
+        return std::any_of(tables.regions.begin(), tables.regions.end(),
+                           [axis](const SaturationTable& table) { return !(table.*axis).empty(); });
+    };
+    struct Need {
+        bool missing;
+        std::string_view keyword;
+        std::string_view what;
+    };
+    const Need needs[] = {
+        {options.hasOil && tables.OilPressure.empty(), "PVDO", "NO PVT TABLE OF OIL: PVDO, PVTO OR PVCDO"},
+        {options.hasGas && options.componentCount == 0 && tables.GasPressure.empty(), "PVDG",
+         "NO PVT TABLE OF GAS: PVDG"},
+        {options.hasOil && options.hasWater && !hasTable(&SaturationTable::SwAxis), "SWOF",
+         "NO RELATIVE PERMEABILITIES OF WATER AND OIL: SWOF, OR SWFN WITH SOF2 OR SOF3"},
+        {options.hasOil && options.hasGas && options.componentCount == 0 &&
+             !hasTable(&SaturationTable::SgAxis),
+         "SGOF", "NO RELATIVE PERMEABILITIES OF GAS AND OIL: SGOF, OR SGFN WITH SOF2 OR SOF3"},
+    };
+    for (const Need& need : needs) {
+        if (!need.missing) continue;
+        both(consoleOf(reader), "ERROR :: {}", need.what);
+        reader.keyword = need.keyword;
+        stopAtPlace(reader);
+    }
+}
+
 }  // namespace
 
 void readProps(SectionReader& reader, PropsRecords& records) {
@@ -344,6 +558,8 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     }
     dispatchSection<PropsRecords>(reader, records, PropsKeywords, PropsIncludeTexts);
     both(console, "-> Finished Reading PROPS. Move to Next Section");
+    combinePhaseTables(console, records.options.hasWater, records.tables);
+    requireTables(reader, records);
     completeTables(console, records.options.maxRockTables, records.tables);
     printTables(console, *reader.units, records.tables);
 }

@@ -22,7 +22,7 @@ void readPerComponent(SectionReader& reader, const PropsRecords& records, std::s
     values.assign(componentCount(records), 0.0);
     if (values.empty()) return skipKeywordData(reader);
     skipCommentLines(reader);
-    readCellArray(reader, values, factor);
+    readArray(reader, values, factor);
 }
 
 /// The numbers of the lower triangle, row by row; slashes may stand behind any of them.

@@ -81,6 +81,7 @@ PvtoTable readPvtoTable(SectionReader& reader) {
         record.insert(record.end(), numbers.begin(), numbers.end());
         if (!slash && !isWhole(record.size())) continue;
         if (!addRecord(record, table)) refuseLine(reader, line);
+        table.lines.resize(table.Rs.size(), reader.cursor->lineNumber);
         record.clear();
     }
     if (!record.empty()) refuseLine(reader, line);

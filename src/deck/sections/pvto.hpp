@@ -13,6 +13,7 @@ namespace kvr {
 struct PvtoTable {
     Column Rs, pressure, fvf, viscosity;
     Column underPressure, underFvf, underViscosity;
+    std::vector<int> lines;  // of the deck, by saturated row
 };
 
 /// The numbers of one line up to its slash. `slash` tells whether it has one. Stops on what is no number.

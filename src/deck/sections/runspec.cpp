@@ -79,6 +79,9 @@ void readSolutionGas(SectionReader& reader, RunspecRecords&) {
 
 void takeUnits(const SectionReader& reader, const UnitSystem& units, RunspecRecords& records) {
     announce(reader, reader.keyword);
+    if (records.units.deck != DeckUnits::None && records.units.deck != units.deck)
+        warnHere(reader, "WARNING :: FIELD AND METRIC ARE BOTH GIVEN, THE LAST ONE HOLDS: {}",
+                 reader.keyword);
     records.units = units;
     if (reader.outputMetric) copyLines(reader, "METRIC", "FIELD");
 }
@@ -91,6 +94,11 @@ void readMetric(SectionReader& reader, RunspecRecords& records) {
     takeUnits(reader, metricUnits(), records);
 }
 
+[[noreturn]] void refuseUnits(SectionReader& reader, RunspecRecords&) {
+    both(consoleOf(reader), "ERROR :: UNITS {} ARE NOT KNOWN HERE, FIELD OR METRIC ARE", reader.keyword);
+    stopAtPlace(reader);
+}
+
 void readStart(SectionReader& reader, RunspecRecords& records) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
@@ -100,6 +108,16 @@ void readStart(SectionReader& reader, RunspecRecords& records) {
     const std::size_t first = reader.cursor->position;
     checkRead(reader, readList(*reader.cursor, targets));
     options.startMonth = monthOfWord(std::string_view(month).substr(0, FullKeyword));
+    if (!isMonthWord(month) && !month.empty())
+        warnHere(reader, "WARNING :: MONTH {} IS NOT KNOWN, TAKEN FOR JANUARY", month);
+    const int last = options.startYear >= 1 && options.startYear <= LastStartYear
+                         ? monthLength(std::max(options.startMonth, 1), options.startYear)
+                         : LongestMonth;
+    if (options.startDay < 1 || options.startDay > last || options.startYear < 1 ||
+        options.startYear > LastStartYear)
+        warnHere(reader, "WARNING :: START {} {} {} IS NO DATE OF THE CALENDAR", options.startDay, month,
+                 options.startYear);
+    if (options.startDay > last) options.startDay = last;
     const std::string_view asRead =
         std::string_view(reader.cursor->text).substr(first, reader.cursor->position - first);
     copyLine(reader, "START");
@@ -132,6 +150,21 @@ void readTabdims(SectionReader& reader, RunspecRecords& records) {
                      {1.0 * options.maxPvtTables},
                      {1.0 * options.maxRockRows},
                      {1.0 * options.maxPvtRows}});
+}
+
+void readEqldims(SectionReader& reader, RunspecRecords& records) {
+    RunOptions& options = records.options;
+    readSizes<1>(reader, {&options.maxEquilibria});
+    options.maxEquilibria = std::clamp(options.maxEquilibria, 1, MaxTableCount);
+    both(consoleOf(reader), "-> Maximum Equilibrium Region Num -> {}", options.maxEquilibria);
+    copyKeyword(reader);
+    copyRow(reader, {{1.0 * options.maxEquilibria}});
+}
+
+void readNosim(SectionReader& reader, RunspecRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> The deck is read and checked, nothing is run");
+    records.options.noSimulation = true;
 }
 
 void readWelldims(SectionReader& reader, RunspecRecords& records) {
@@ -185,8 +218,12 @@ constexpr std::array Keywords = {
     Row{"DISGAS", readSolutionGas, "accepted without effect"},
     Row{"FIELD", readField, "field units"},
     Row{"METRIC", readMetric, "metric units"},
+    Row{"LAB", refuseUnits, "not known, stops"},
+    Row{"PVT-M", refuseUnits, "not known, stops"},
     Row{"START", readStart, "day, month word and year of time zero"},
     Row{"TABDIMS", readTabdims, "saturation tables, PVT tables, rows of each"},
+    Row{"EQLDIMS", readEqldims, "regions of equilibrium"},
+    Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run; also in `SCHEDULE`"},
     Row{"WELLDIMS", readWelldims, "wells, connections per well"},
     Row{"TRACERS", readTracers, "the second value is the number of tracers", 7},
     Row{"COMPS", readComps, "number of components"},

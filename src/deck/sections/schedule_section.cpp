@@ -1,6 +1,7 @@
 #include "deck/sections/schedule_section.hpp"
 
 #include "deck/reading/keyword_table.hpp"
+#include "deck/sections/schedule_changes.hpp"
 #include "deck/sections/schedule_streams.hpp"
 #include "deck/sections/schedule_times.hpp"
 #include "deck/sections/schedule_wells.hpp"
@@ -10,6 +11,22 @@
 namespace kvr {
 
 namespace {
+
+void readNosim(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> The deck is read and checked, nothing is run");
+    records.options.noSimulation = true;
+}
+
+/// Rows of group and parent. Groups have no targets here, so that their tree changes nothing.
+void readGruptree(SectionReader& reader, ScheduleRecords&) {
+    announce(reader, reader.keyword);
+    while (nextRow(reader)) {
+        std::string group, parent;
+        const std::array<ListTarget, 2> targets = {&group, &parent};
+        checkRead(reader, readList(*reader.cursor, targets));
+    }
+}
 
 using Row = KeywordRow<ScheduleRecords>;
 constexpr std::array Keywords = {
@@ -25,6 +42,20 @@ constexpr std::array Keywords = {
     Row{"WTRACER", readWtracer, "tracer concentration of a well"},
     Row{"WELLSTRE", readWellstre, "composition of an injection stream"},
     Row{"WINJGAS", readWinjgas, "injection stream of a well"},
+    Row{"WELOPEN", readWelopen,
+        "rows of a well, OPEN, SHUT or STOP, and I, J, K, first and last connection: the status of a well, "
+        "or of the connections named"},
+    Row{"WELTARG", readWeltarg,
+        "rows of a well, ORAT, WRAT, GRAT, LRAT, RESV, BHP or THP, and a value: a new target or limit"},
+    Row{"WEFAC", readWefac,
+        "rows of a well and the share of the time that it is on; rates are means over time"},
+    Row{"WECON", readWecon,
+        "economic limits of a producer: least oil and gas rates, largest water cut, gas-oil ratio and "
+        "water-gas ratio, workover (NONE, CON, +CON, WELL), end of the run (YES, NO), ..., item 14: least "
+        "liquid rate"},
+    Row{"DRSDT", readDrsdt, "largest rise of the solution gas ratio a day"},
+    Row{"GRUPTREE", readGruptree, "read over: groups have no targets here"},
+    Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run"},
     Row{"TSTEP", readTstep, "step lengths, days"},
     Row{"DATES", readDates, "report dates: day, month, year"},
     Row{"WNEXT", readWnext, "time of the next well change, days"},

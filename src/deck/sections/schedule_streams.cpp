@@ -22,7 +22,7 @@ void injectTracer(const std::string& tracer, double concentration, ScheduleWell&
 }  // namespace
 
 void readWtracer(SectionReader& reader, ScheduleRecords& records) {
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         std::string name, tracer;
         double concentration = 0.0;
         readRow(reader, std::array<ListTarget, 3>{&name, &tracer, &concentration});
@@ -52,7 +52,7 @@ void readWellstre(SectionReader& reader, ScheduleRecords& records) {
 }
 
 void readWinjgas(SectionReader& reader, ScheduleRecords& records) {
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, presentStep(records))) {
         std::string name, fluid, stream;
         readRow(reader, std::array<ListTarget, 3>{&name, &fluid, &stream});
         forNamedWells(reader, presentStep(records), name,

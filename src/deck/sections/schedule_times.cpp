@@ -42,14 +42,17 @@ double lengthTo(double time, double reached) {
     return std::abs(length) > TimeTolerance ? length : 0.0;
 }
 
-/// Values up to the first that is not a step length. 0 ends a list by itself, anything else that is no
-/// length does so with a line.
+/// Values up to the first that is not a step length, which ends a list; what it drops is told.
 std::size_t countLengths(const SectionReader& reader, std::span<const double> values) {
     const auto isLength = [](double v) { return v > SmallestNormal && v <= MaxStepLength; };
     const auto end = std::find_if_not(values.begin(), values.end(), isLength);
-    if (end != values.end() && *end != 0.0) {
+    if (end == values.end()) return values.size();
+    const auto behind = values.end() - end - 1;
+    if (behind > 0)
+        warnHere(reader, "WARNING :: STEP LENGTH {} ENDS THE LIST, {} BEHIND IT ARE DROPPED", number(*end),
+                 behind);
+    else
         warnHere(reader, "WARNING :: STEP LENGTH {} ENDS THE LIST", number(*end));
-    }
     return static_cast<std::size_t>(end - values.begin());
 }
 
@@ -72,7 +75,17 @@ double dateOfRow(SectionReader& reader, const RunClock& clock, RowLoop& rows) {
     checkRead(reader, rows.last);
     if (day < 1 || day > LongestMonth || year < 1 || year > LastYear)
         stopWith(reader, "ERROR :: Could not extract DATES");
-    return daysBetween(clock.day, clock.month, clock.year, day, monthOfWord(month), year);
+    if (!isMonthWord(month)) warnHere(reader, "WARNING :: MONTH {} IS NOT KNOWN, TAKEN FOR JANUARY", month);
+    const int last = monthLength(monthOfWord(month), year);
+    if (day > last)
+        warnHere(reader, "WARNING :: {} {} {} IS NO DATE OF THE CALENDAR, SET TO DAY {}", day, month, year,
+                 last);
+    const int days =
+        daysBetween(clock.day, clock.month, clock.year, std::min(day, last), monthOfWord(month), year);
+    if (days < 0)
+        warnHere(reader, "WARNING :: DATE {} {} {} LIES BEFORE THE START {} {} {}", day, month, year,
+                 clock.day, clock.month, clock.year);
+    return days;
 }
 
 /// The one time that a keyword gives, days; 0 where it gives none.
@@ -121,7 +134,8 @@ void readTstep(SectionReader& reader, ScheduleRecords& records) {
     if (end.surplus > 0 || (isFull && nextRow(reader, RowStart::Number)))
         stopWith(reader, "ERROR :: MORE THAN 10000 STEP LENGTHS IN ONE LIST");
     const std::size_t history = records.schedule.steps.size();
-    const std::size_t taken = takeLengths(reader, records, values);
+    const std::size_t taken = takeLengths(
+        reader, records, std::span<const double>(values).first(static_cast<std::size_t>(end.count)));
     both(consoleOf(reader), "-> Reporting Step :: {}", taken);
     both(consoleOf(reader), "-> Well History   :: {}", history);
     both(consoleOf(reader), "-> Cumulative Tim :: {}", number(timeReached(records.schedule)));

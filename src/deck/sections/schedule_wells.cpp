@@ -37,19 +37,6 @@ ScheduleWell* defineWell(const SectionReader& reader, ScheduleStep& step, const 
     return &step.wells.back();
 }
 
-/// A row for the very cells of an earlier one takes its place; any other is put behind.
-void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
-    const auto sameCells = [&row](const ScheduleCompletion& old) {
-        return old.k1 == row.k1 && old.k2 == row.k2 && old.i == row.i && old.j == row.j &&
-               old.wellName == row.wellName;
-    };
-    const auto old = std::find_if(step.completions.begin(), step.completions.end(), sameCells);
-    if (old != step.completions.end())
-        *old = row;
-    else
-        step.completions.push_back(row);
-}
-
 char directionOf(const SectionReader& reader, const std::string& word) {
     const std::string letter = toUpper(trim(word).substr(0, 1));
     if (letter == "X" || letter == "Y" || letter == "Z") return letter.front();
@@ -68,7 +55,7 @@ void takeWelspecType(const std::string& word, ScheduleWell& well) {
 void takeWelspecControl(const SectionReader& reader, const std::string& control, double value,
                         ScheduleWell& well) {
     well.hasControl = true;
-    well.status = "OPEN";
+    setStatus("OPEN", well);
     well.control = control;
     const UnitSystem& units = *reader.units;
     if (toUpper(trim(control)).starts_with("BH")) {
@@ -91,11 +78,37 @@ struct ProducerItems {
     double vfpTable = 0.0, artificialLift = 0.0;  // read, not used
 };
 
+/// Limits beside the control that no run holds: only that of the bottom-hole pressure is.
+void tellUnheldLimits(const SectionReader& reader, const ScheduleWell& well) {
+    struct Limit {
+        std::string_view word;
+        double ScheduleWell::*value;
+    };
+    static constexpr Limit Limits[] = {{"OR", &ScheduleWell::prodOil},
+                                       {"WR", &ScheduleWell::prodWater},
+                                       {"GR", &ScheduleWell::prodGas},
+                                       {"LR", &ScheduleWell::prodLiquid},
+                                       {"RE", &ScheduleWell::prodResv}};
+    if (reader.keyword != "WCONPROD") return;  // observed rates are no limits
+    const std::string control = toUpper(trim(well.control).substr(0, 2));
+    for (const Limit& limit : Limits)
+        if (well.*limit.value > 0.0 && control != limit.word)
+            warnHere(reader,
+                     "WARNING :: WELL {}: CONTROL {} AND THE BHP LIMIT ARE HELD, THE LIMIT OF {} IS NOT",
+                     well.name, control, limit.word);
+}
+
+void tellTubing(const SectionReader& reader, double thp, double table, const ScheduleWell& well) {
+    if (thp > 0.0 && table > 0.0 && reader.keyword == "WCONPROD")
+        warnHere(reader, "WARNING :: WELL {}: TUBING HEAD PRESSURES AND THEIR TABLES ARE NOT USED",
+                 well.name);
+}
+
 void takeProducer(const SectionReader& reader, const ProducerItems& row, ScheduleWell& well) {
     const UnitSystem& units = *reader.units;
     well.isInjector = false;
     well.hasControl = true;
-    well.status = row.status;
+    setStatus(row.status, well);
     well.control = row.control;
     well.prodOil = rateFrom(reader, row.oil, units.liquidRate);
     well.prodWater = rateFrom(reader, row.water, units.liquidRate);
@@ -104,6 +117,8 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     well.prodResv = rateFrom(reader, row.resv, units.liquidRate);
     well.prodBhp = pressureFrom(reader, row.bhp, DefaultProducerBhp);
     well.prodThp = row.thp * units.pressure;
+    tellUnheldLimits(reader, well);
+    tellTubing(reader, row.thp, row.vfpTable, well);
 }
 
 /// Items of WCONINJE and WCONINJH rows, deck units.
@@ -118,7 +133,7 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.isInjector = true;
     well.hasControl = true;
     well.injType = row.type;
-    well.status = row.status;
+    setStatus(row.status, well);
     well.control = row.control;
     well.injRate = rateFrom(reader, row.rate, injectionFactor(units, row.type));
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
@@ -127,7 +142,8 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
 /// Pressure at which the reservoir volume of observed rates is taken.
 double historyPressure(double bhp, const InitialConditions& initial) {
     if (bhp > 0.0) return bhp;
-    return initial.datumPressure > 0.0 ? initial.datumPressure : StandardPressure;
+    const double datum = initial.regions.front().datumPressure;
+    return datum > 0.0 ? datum : StandardPressure;
 }
 
 void takeHistory(const SectionReader& reader, const ScheduleRecords& records, const ProducerItems& row,
@@ -158,7 +174,7 @@ double historyReservoirRate(const FluidTables& tables, double p, double qo, doub
 
 void readWelspec(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, type, control;
         int headI = 0, headJ = 0;
         double diameter = 0.0, rate = 0.0;
@@ -184,7 +200,7 @@ void readWelspec(SectionReader& reader, ScheduleRecords& records) {
 
 void readWelspecs(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, group, phase;
         int headI = 0, headJ = 0;
         double depth = NoDatum;
@@ -204,7 +220,7 @@ void readWelspecs(SectionReader& reader, ScheduleRecords& records) {
 
 void readCompdat(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         std::string name, direction = "Z";
         ScheduleCompletion row;
         readRow(reader, std::array<ListTarget, 13>{&name, &row.i, &row.j, &row.k1, &row.k2, &row.status,
@@ -227,7 +243,7 @@ void readCompdat(SectionReader& reader, ScheduleRecords& records) {
 
 void readWconprod(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         ProducerItems row;
         readRow(reader, std::array<ListTarget, 11>{&row.name, &row.status, &row.control, &row.oil, &row.water,
                                                    &row.gas, &row.liquid, &row.resv, &row.bhp, &row.thp,
@@ -241,7 +257,7 @@ void readWconprod(SectionReader& reader, ScheduleRecords& records) {
 
 void readWconinje(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         InjectorItems row;
         readRow(reader, std::array<ListTarget, 8>{&row.name, &row.type, &row.status, &row.control, &row.rate,
                                                   &row.resv, &row.bhp, &row.thp});
@@ -259,7 +275,7 @@ void readWconinje(SectionReader& reader, ScheduleRecords& records) {
 void readWconhist(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     records.options.useHistoryControls = true;
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         ProducerItems row;
         readRow(reader,
                 std::array<ListTarget, 10>{&row.name, &row.status, &row.control, &row.oil, &row.water,
@@ -275,7 +291,7 @@ void readWconhist(SectionReader& reader, ScheduleRecords& records) {
 void readWconinjh(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     records.options.useHistoryControls = true;
-    while (nextRow(reader)) {
+    while (nextWellRow(reader, step)) {
         InjectorItems row;
         readRow(reader,
                 std::array<ListTarget, 6>{&row.name, &row.type, &row.status, &row.rate, &row.bhp, &row.thp});

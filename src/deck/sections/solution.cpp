@@ -5,25 +5,23 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace kvr {
 
 namespace {
 
-void readEquil(SectionReader& reader, SolutionRecords& records) {
-    announce(reader, reader.keyword);
-    lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
+/// One record of EQUIL.
+void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
     checkRead(reader, readDoubles(*reader.cursor, items));
-    InitialConditions& initial = records.initial;
     const UnitSystem& units = *reader.units;
-    initial.datumDepth = items[0] * units.length;
-    initial.datumPressure = items[1] * units.pressure;
-    initial.wocDepth = items[2] * units.length;
-    initial.gocDepth = items[4] * units.length;
-    initial.equilibrationMode = true;
-    copyKeyword(reader);
+    region.datumDepth = items[0] * units.length;
+    region.datumPressure = items[1] * units.pressure;
+    region.wocDepth = items[2] * units.length;
+    region.gocDepth = items[4] * units.length;
     copyRow(reader, {{items[0], units.copyLength},
                      {items[1], units.copyPressure},
                      {items[2], units.copyLength},
@@ -31,48 +29,77 @@ void readEquil(SectionReader& reader, SolutionRecords& records) {
                      {items[4], units.copyLength}});
 }
 
+/// The regions of equilibrium that keywords of one record or table each fill.
+std::size_t equilibria(const SolutionRecords& records) {
+    return static_cast<std::size_t>(std::max(records.options.maxEquilibria, 1));
+}
+
+Equilibrium& equilibriumRegion(SolutionRecords& records, std::size_t index) {
+    std::vector<Equilibrium>& regions = records.initial.regions;
+    if (regions.size() <= index) regions.resize(index + 1);
+    return regions[index];
+}
+
+/// Behind the comments and slashes of one record no other one follows.
+bool dataEnded(SectionReader& reader) {
+    consumeSlashLines(reader);
+    return nextLineIsKeyword(reader);
+}
+
+void readEquil(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> Initial Condition Assigned by WOC/GOC-Pc-Density");
+    copyKeyword(reader);
+    records.initial.equilibrationMode = true;
+    for (std::size_t r = 0; r < equilibria(records); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readEquilibrium(reader, equilibriumRegion(records, r));
+    }
+}
+
+constexpr ValueRule Share{0.0, 1.0, false};
+constexpr ValueRule NotNegative{0.0, std::numeric_limits<double>::max(), false};
+
 /// A whole array of the initial state; given behind EQUIL it takes EQUIL's place.
 void readStateArray(SectionReader& reader, SolutionRecords& records, std::string_view text,
-                    CellArray<double>& values, bool& given, double factor = 1.0, double copyFactor = 1.0) {
+                    const ValueRule& rule, CellArray<double>& values, bool& given, double factor = 1.0,
+                    double copyFactor = 1.0) {
     announce(reader, text);
     skipCommentLines(reader);
-    values.assign(records.grid.NCELLS, 0.0);
-    readCellArray(reader, values.cells(), factor, copyFactor);
+    if (!reader.box.isSet) values.assign(records.grid.NCELLS, 0.0);
+    readCheckedArray(reader, rule, values.cells(), factor, copyFactor);
     given = true;
     records.initial.equilibrationMode = false;
 }
 
 void readPressure(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD PRESSURE by MANUAL", records.initial.initialPressure,
+    readStateArray(reader, records, "FIELD PRESSURE by MANUAL", NotNegative, records.initial.initialPressure,
                    records.initial.pressureGiven, reader.units->pressure, reader.units->copyPressure);
 }
 
 void readSwat(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD WATER SATURATION by MANUAL", records.initial.initialSwat,
+    readStateArray(reader, records, "FIELD WATER SATURATION by MANUAL", Share, records.initial.initialSwat,
                    records.initial.swatGiven);
 }
 
 void readSgas(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD GAS SATURATION by MANUAL", records.initial.initialSgas,
+    readStateArray(reader, records, "FIELD GAS SATURATION by MANUAL", Share, records.initial.initialSgas,
                    records.initial.sgasGiven);
 }
 
 void readSoil(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD OIL SATURATION by MANUAL", records.initial.initialSoil,
+    readStateArray(reader, records, "FIELD OIL SATURATION by MANUAL", Share, records.initial.initialSoil,
                    records.initial.soilGiven);
 }
 
 void readRs(SectionReader& reader, SolutionRecords& records) {
-    readStateArray(reader, records, "FIELD Solution GOR by MANUAL", records.initial.initialRs,
+    readStateArray(reader, records, "FIELD Solution GOR by MANUAL", NotNegative, records.initial.initialRs,
                    records.initial.rsGiven, reader.units->gasRatio);
 }
 
-void readRsvd(SectionReader& reader, SolutionRecords& records) {
-    announce(reader, "FIELD Solution GOR by Depth Table");
-    InitialConditions& initial = records.initial;
-    initial.rsTableDepth.clear();
-    initial.rsTableRs.clear();
-    copyKeyword(reader);
+void readRsTable(SectionReader& reader, Equilibrium& region) {
+    region.rsTableDepth.clear();
+    region.rsTableRs.clear();
     const UnitSystem& units = *reader.units;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number};
     while (nextTableRow(reader, rows)) {
@@ -80,9 +107,18 @@ void readRsvd(SectionReader& reader, SolutionRecords& records) {
         rows.last = readDoubles(*reader.cursor, row);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
-        initial.rsTableDepth.push_back(row[0] * units.length);
-        initial.rsTableRs.push_back(row[1] * units.gasRatio);
+        region.rsTableDepth.push_back(row[0] * units.length);
+        region.rsTableRs.push_back(row[1] * units.gasRatio);
         copyRow(reader, {{row[0], units.copyLength}, {row[1]}});
+    }
+}
+
+void readRsvd(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, "FIELD Solution GOR by Depth Table");
+    copyKeyword(reader);
+    for (std::size_t r = 0; r < equilibria(records); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readRsTable(reader, equilibriumRegion(records, r));
     }
 }
 
@@ -98,7 +134,7 @@ void readNei(SectionReader& reader, SolutionRecords& records) {
     if (!hasComponents(reader, records)) return;
     const int components = records.options.componentCount;
     std::vector<double> composition(static_cast<std::size_t>(components), 0.0);
-    readCellArray(reader, composition);
+    readArray(reader, composition);
     DirectionArray<double>& initialZ = records.initial.initialZ;
     initialZ.assign(records.grid.NCELLS, components, 0.0);
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
@@ -113,7 +149,7 @@ void readZmf(SectionReader& reader, SolutionRecords& records) {
     DirectionArray<double>& initialZ = records.initial.initialZ;
     initialZ.assign(records.grid.NCELLS, records.options.componentCount, 0.0);
     const auto cellZero = static_cast<std::size_t>(initialZ.width);  // values of the unused slot
-    readCellArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
+    readArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
 }
 
 void readRestart(SectionReader& reader, SolutionRecords& records) {
@@ -153,31 +189,107 @@ bool belowResidual(const SolutionRecords& records, CellId cell) {
     return (initial.swatGiven && sw < table.ConnateSw) || so < table.ResidualSo;
 }
 
-void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
+/// Lines of single cells go to the console for the first few of them, all of them to the log.
+constexpr int ShownCells = 10;
+
+template <class Test, class Line>
+void tellCells(const Console& console, const SolutionRecords& records, const Test& test, const Line& line,
+               std::string_view kind) {
+    CellId first = 0;
+    int count = 0;
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
-        if (records.grid.Active[cell] == 0) continue;
-        if (belowResidual(records, cell)) {
-            warn(consoleOf(reader), " WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
-        }
-        if (records.initial.initialPressure[cell] == 0.0) {
-            warn(consoleOf(reader), "WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell);
-        }
+        if (records.grid.Active[cell] == 0 || !test(cell)) continue;
+        if (++count <= ShownCells)
+            lineToBoth(console, line(cell));
+        else
+            lineToLog(console, line(cell));
+        if (first == 0) first = cell;
     }
+    if (count == 0) return;
+    const GridModel& grid = records.grid;
+    warn(console, "WARNING :: {} IN {} CELLS; FIRST: CELL {} (I {}, J {}, K {})", kind, count, first,
+         grid.CellI[first], grid.CellJ[first], grid.CellK[first]);
+}
+
+constexpr double SumSlack = 1e-3;  // of saturations that are given with a few digits
+
+bool sumIsOff(const InitialConditions& initial, CellId cell) {
+    const double sum = initial.initialSwat[cell] + initial.initialSgas[cell] + initial.initialSoil[cell];
+    const bool all = initial.soilGiven && initial.swatGiven;
+    return all ? std::abs(sum - 1.0) > SumSlack : sum > 1.0 + SumSlack;
+}
+
+/// A field without any pressure would stand still or run wild.
+void requirePressure(SectionReader& reader, const SolutionRecords& records) {
+    const auto cells = records.initial.initialPressure.cells();
+    if (std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; })) return;
+    lineToBoth(consoleOf(reader), "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
+    reader.keyword = "PRESSURE";
+    stopAtPlace(reader);
+}
+
+void checkArrays(SectionReader& reader, const SolutionRecords& records) {
+    const Console& console = consoleOf(reader);
+    const InitialConditions& initial = records.initial;
+    tellCells(
+        console, records, [&](CellId cell) { return belowResidual(records, cell); },
+        [](CellId cell) {
+            return fmt::format(" WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
+        },
+        "INITIAL SATURATION BELOW RESIDUAL");
+    tellCells(
+        console, records, [&](CellId cell) { return initial.initialPressure[cell] == 0.0; },
+        [](CellId cell) { return fmt::format("WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell); },
+        "INITIAL PRESSURE 0");
+    tellCells(
+        console, records, [&](CellId cell) { return sumIsOff(initial, cell); },
+        [&](CellId cell) {
+            return fmt::format(
+                "WARNING :: INITIAL SATURATIONS ADD UP TO {}, GRID {}",
+                number(initial.initialSwat[cell] + initial.initialSgas[cell] + initial.initialSoil[cell]),
+                cell);
+        },
+        "INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED");
 }
 
 struct RegionRecords {
     GridModel& grid;
 };
 
-void readSatnum(SectionReader& reader, RegionRecords& records) {
+/// Region numbers by cell; cells left out stand in region 1.
+template <CellArray<int> GridModel::*Array>
+void readRegionNumbers(SectionReader& reader, RegionRecords& records) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
-    readCellArray(reader, records.grid.SATNUM.cells());
+    CellArray<int>& numbers = records.grid.*Array;
+    if (numbers.empty()) numbers.assign(records.grid.NCELLS, 1);
+    readCellArray(reader, numbers.cells());
 }
 
 constexpr std::array RegionKeywords = {
-    KeywordRow<RegionRecords>{"SATNUM", readSatnum, "saturation table number, one per cell"},
+    KeywordRow<RegionRecords>{"SATNUM", readRegionNumbers<&GridModel::SATNUM>,
+                              "saturation table number, one per cell"},
+    KeywordRow<RegionRecords>{"PVTNUM", readRegionNumbers<&GridModel::PVTNUM>,
+                              "number of the tables of fluids and rock, one per cell"},
+    KeywordRow<RegionRecords>{"EQLNUM", readRegionNumbers<&GridModel::EQLNUM>,
+                              "number of the record of `EQUIL` and the table of `RSVD`, one per cell"},
+    KeywordRow<RegionRecords>{"FIPNUM", readRegionNumbers<&GridModel::FIPNUM>,
+                              "region of the balance by regions, one per cell"},
 };
+constexpr int MaxBalanceRegions = 10000;
+
+/// Region numbers outside 1 .. `most` become 1, told in one line.
+void limitRegions(SectionReader& reader, std::string_view keyword, int most, CellArray<int>& numbers) {
+    const auto isOutside = [most](int region) { return region < 1 || region > most; };
+    const auto cells = numbers.cells();
+    const auto first = std::find_if(cells.begin(), cells.end(), isOutside);
+    if (first == cells.end()) return;
+    reader.keyword = keyword;
+    warnHere(reader, "WARNING :: {} OF {} CELLS IS OUT OF RANGE 1 TO {}, SET TO 1; FIRST: CELL {}, {}",
+             keyword, std::count_if(first, cells.end(), isOutside), most, first - cells.begin() + 1, *first);
+    std::replace_if(first, cells.end(), isOutside, 1);
+}
+
 // GRID is the required text of this section.
 constexpr IncludeTexts RegionTexts{"ERROR: INCLUDE File Open Error at GRID section",
                                    "File I/O Error, in GRID Section",
@@ -195,12 +307,13 @@ void sizeInitialArrays(const GridModel& grid, InitialConditions& initial) {
 void readSolution(SectionReader& reader, SolutionRecords& records) {
     dispatchSection<SolutionRecords>(reader, records, Keywords, Texts);
     lineToBoth(consoleOf(reader), "-> Finished Reading SOLUTION. Move to Next Section");
-    if (records.initial.rsTableDepth.empty()) {
+    if (records.initial.regions.front().rsTableDepth.empty()) {
         lineToBoth(consoleOf(reader),
                    "No RS-Depth(RSVD) Table - Table is assumed inside the code while not used");
     }
     if (records.initial.equilibrationMode) return;
     checkArrays(reader, records);
+    requirePressure(reader, records);
 }
 
 void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid) {
@@ -211,6 +324,9 @@ void readRegions(SectionReader& reader, const RunOptions& options, GridModel& gr
         warn(consoleOf(reader), "WARNING :: SATNUM, GRID {} IS OUT OF RANGE. SET AS 1 ", cell);
         grid.SATNUM[cell] = 1;
     }
+    limitRegions(reader, "PVTNUM", options.maxPvtTables, grid.PVTNUM);
+    limitRegions(reader, "EQLNUM", options.maxEquilibria, grid.EQLNUM);
+    limitRegions(reader, "FIPNUM", MaxBalanceRegions, grid.FIPNUM);
 }
 
 }  // namespace kvr

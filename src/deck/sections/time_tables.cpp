@@ -55,6 +55,24 @@ std::vector<double> eventTimes(const Schedule& schedule, const std::vector<doubl
 
 }  // namespace
 
+namespace {
+
+/// Wells that no row of the whole schedule connects to a cell, or gives a control.
+void tellIdleWells(const Console& console, const ScheduleStep& last) {
+    for (const ScheduleWell& well : last.wells) {
+        const bool connected = std::any_of(last.completions.begin(), last.completions.end(),
+                                           [&well](const auto& row) { return row.wellName == well.name; });
+        if (!connected)
+            warnAt(console, well.place, "COMPDAT", "WARNING :: WELL {} HAS NO CONNECTION, IT DOES NOT FLOW",
+                   well.name);
+        if (!well.hasControl)
+            warnAt(console, well.place, "WCONPROD", "WARNING :: WELL {} HAS NO CONTROL, IT DOES NOT FLOW",
+                   well.name);
+    }
+}
+
+}  // namespace
+
 void closeSchedule(const Console& console, Schedule& schedule) {
     openScheduleStep(schedule);
     if (schedule.stepLength.empty()) {
@@ -63,6 +81,7 @@ void closeSchedule(const Console& console, Schedule& schedule) {
         closeScheduleStep(NoTime, schedule);
     }
     if (schedule.steps.back().wells.empty()) warn(console, "WARNING :: Number of well is zero ");
+    tellIdleWells(console, schedule.steps.back());
     schedule.steps.pop_back();
 }
 

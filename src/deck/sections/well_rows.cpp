@@ -30,6 +30,47 @@ ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
     return found == step.wells.end() ? nullptr : &*found;
 }
 
+void setStatus(const std::string& status, ScheduleWell& well) {
+    well.status = status;
+    ++well.openings;
+}
+
+void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
+    const auto sameColumn = [&row](const ScheduleCompletion& other) {
+        return other.i == row.i && other.j == row.j && other.wellName == row.wellName;
+    };
+    const auto old = std::find_if(step.completions.begin(), step.completions.end(), [&](const auto& other) {
+        return other.k1 == row.k1 && other.k2 == row.k2 && sameColumn(other);
+    });
+    if (old == step.completions.end()) {
+        step.completions.push_back(row);
+        return;
+    }
+    *old = row;
+    const auto [top, bottom] = std::minmax(row.k1, row.k2);
+    const auto isCovered = [&, top = top, bottom = bottom](const ScheduleCompletion& other) {
+        return sameColumn(other) && std::min(other.k1, other.k2) >= top &&
+               std::max(other.k1, other.k2) <= bottom;
+    };
+    step.completions.erase(std::remove_if(old + 1, step.completions.end(), isCovered),
+                           step.completions.end());
+}
+
+bool nextWellRow(SectionReader& reader, ScheduleStep& step) {
+    const int lineBefore = reader.cursor->lineNumber;
+    if (nextRow(reader)) return true;
+    if (reader.cursor->position >= reader.cursor->text.size()) return false;
+    const std::string_view rest = std::string_view(reader.cursor->text).substr(reader.cursor->position);
+    const std::string word(firstWord(trimLeft(rest.substr(0, rest.find('\n')))));
+    const bool slashEnded =
+        reader.cursor->lineNumber > lineBefore &&
+        isSlashLine(std::string_view(reader.cursor->text).substr(reader.cursor->previousLine));
+    if (!slashEnded && findWell(step, wellName(word)) != nullptr)
+        warnAt(consoleOf(reader), {reader.cursor->fileName, reader.cursor->lineNumber + 1}, reader.keyword,
+               "WARNING :: {} ALONE ON ITS LINE ENDS THE ROWS, WRITE THE NAME OF A WELL IN QUOTES", word);
+    return false;
+}
+
 void tellUnknownWell(const SectionReader& reader, const std::string& name) {
     warnHere(reader, "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
 }

@@ -21,6 +21,16 @@ std::string wellName(const std::string& text);
 /// The well of the step with just this name; null where there is none.
 ScheduleWell* findWell(ScheduleStep& step, const std::string& name);
 
+/// OPEN, SHUT or STOP by the deck; counted, since a well that a limit has shut waits for it.
+void setStatus(const std::string& status, ScheduleWell& well);
+
+/// A row for the very cells of an earlier one takes its place, and those of the same well behind it that it
+/// covers go; any other is put behind.
+void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step);
+
+/// nextRow; a well's unquoted name alone on its line looks like a keyword and ends the rows, which is told.
+bool nextWellRow(SectionReader& reader, ScheduleStep& step);
+
 /// Tells of a row whose name stands for no well.
 void tellUnknownWell(const SectionReader& reader, const std::string& name);
 

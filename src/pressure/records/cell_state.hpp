@@ -3,6 +3,7 @@
 #include "base/cell_array.hpp"
 #include "fluid/phase_state.hpp"
 
+#include <algorithm>
 #include <vector>
 
 namespace kvr {
@@ -23,7 +24,15 @@ struct CellState {
     CellArray<double> LambdaO, LambdaW, LambdaG;  // 1/cp
     CellArray<double> PressureW, PressureG;       // psia
     DirectionArray<double> tracer;                // (cell, tracer) concentration; width 0 without tracers
+    // DRSDT: Rs at the start of the step, and how far the step may raise it; empty: no limit.
+    CellArray<double> RsStart;
+    double RsRise = 0.0;
 };
+
+/// Rs of oil with free gas beside it, where `saturated` is that of the pressure.
+inline double allowedRs(const CellState& state, CellId cell, double saturated) {
+    return state.RsStart.empty() ? saturated : std::min(saturated, state.RsStart[cell] + state.RsRise);
+}
 
 /// The saturations of a cell with its solution gas, and their way back.
 inline PhaseState phasesOf(const CellState& state, CellId cell) {

@@ -48,9 +48,11 @@ bool isShutStatus(std::string_view status) {
     hardStop(console);
 }
 
-[[noreturn]] void stopAtLocation(const Console& console, const std::string& name, const DeckPlace& place) {
+[[noreturn]] void stopAtLocation(const Console& console, const std::string& name, const GridModel& grid,
+                                 const std::string& where, const DeckPlace& place) {
     lineToBoth(console, "ERROR :: Invailed Well Input Data (Location)");
-    both(console, "Well {}: {}, line {}", name, place.fileName, place.lineNumber);
+    both(console, "Well {}: {} in a grid of {} by {} by {} cells", name, where, grid.NX, grid.NY, grid.NZ);
+    lineToBoth(console, placeText(place, "COMPDAT or WELSPECS"));
     hardStop(console);
 }
 
@@ -101,6 +103,13 @@ void assignIdle(const ScheduleWell& source, Well& well) {
     well.shut = true;
 }
 
+/// Rates are means over time: the well is on for the share `efficiency` of it.
+void scaleTargets(Well& well) {
+    for (double* target : {&well.TargetRate, &well.targetOil, &well.targetWater, &well.targetGas,
+                           &well.targetLiquid, &well.targetResv})
+        *target *= well.efficiency;
+}
+
 Well assignControl(const Console& console, const ScheduleWell& source) {
     Well well;
     well.WellName = source.name;
@@ -110,6 +119,9 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.tracerConcentration = source.tracerConcentration;
     well.injectedTracers = source.injectedTracers;
     well.injectionStream = source.injectionStream;
+    well.efficiency = source.efficiency;
+    well.limits = source.limits;
+    well.openings = source.openings;
     const bool shutStatus = isShutStatus(source.status);
     if (!source.hasControl || (shutStatus && trim(source.control).empty()))
         assignIdle(source, well);
@@ -118,6 +130,7 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     else
         assignProducer(console, source, well);
     well.WellControl = well.deckControl;
+    scaleTargets(well);
     well.shut = well.shut || shutStatus || (isRateControlled(well) && well.TargetRate == 0.0);
     if (!isRateControlled(well)) well.Bhp = well.BhpLimit;
     return well;
@@ -166,7 +179,11 @@ void addRow(const Console& console, const GridModel& grid, const ScheduleComplet
     const int top = std::min(row.k1, row.k2);
     const int bottom = std::max(row.k1, row.k2);
     const bool valid = row.i >= 0 && row.j >= 0 && insideGrid(grid, i, j) && top >= 1 && bottom <= grid.NZ;
-    if (!valid || !(row.diameter > 0.0)) stopAtLocation(console, well.WellName, row.place);
+    if (!valid || !(row.diameter > 0.0))
+        stopAtLocation(
+            console, well.WellName, grid,
+            fmt::format("I {}, J {}, K {} to {}, diameter {} ft", i, j, row.k1, row.k2, number(row.diameter)),
+            row.place);
     if (completions.list.empty()) {
         well.WellRadius = 0.5 * row.diameter;
         well.Skin = static_cast<double>(row.skin);
@@ -204,7 +221,9 @@ void assignCompletions(const Console& console, const GridModel& grid, const Sche
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         if (!insideGrid(grid, wells.wells[w].LocI, wells.wells[w].LocJ))
-            stopAtLocation(console, wells.wells[w].WellName, step.wells[w].place);
+            stopAtLocation(console, wells.wells[w].WellName, grid,
+                           fmt::format("head at I {}, J {}", wells.wells[w].LocI, wells.wells[w].LocJ),
+                           step.wells[w].place);
         keepOpenCompletions(completions[w], wells.wells[w]);
     }
 }
@@ -219,6 +238,25 @@ void carryBottomHolePressures(const WellRecord& before, WellRecord& wells) {
         const auto found = old.find(well.WellName);
         if (found == old.end() || !isRateControlled(well)) continue;
         if (!found->second->shut && found->second->WellKind == well.WellKind) well.Bhp = found->second->Bhp;
+    }
+}
+
+/// What limits have closed stays so until the deck sets the status of the well again.
+void carryClosures(const WellRecord& before, WellRecord& wells) {
+    for (Well& well : wells.wells) {
+        const auto old = std::find_if(before.wells.begin(), before.wells.end(),
+                                      [&well](const Well& other) { return other.WellName == well.WellName; });
+        if (old == before.wells.end() || old->openings != well.openings) continue;
+        well.closedByLimit = old->closedByLimit;
+        well.closedCells = old->closedCells;
+        const auto isClosed = [&well](const WellConnection& connection) {
+            return std::find(well.closedCells.begin(), well.closedCells.end(), connection.ConnCell) !=
+                   well.closedCells.end();
+        };
+        std::erase_if(well.connections, isClosed);
+        for (std::size_t n = 0; n < well.connections.size(); ++n)
+            well.connections[n].completion = static_cast<int>(n) + 1;
+        well.shut = well.shut || well.closedByLimit || well.connections.empty();
     }
 }
 
@@ -257,6 +295,7 @@ void AssignWells(int stepIndex, const Console& console, const RunOptions& option
             assigned.wells.push_back(assignControl(console, source));
         assignCompletions(console, grid, step, assigned);
     }
+    carryClosures(wells, assigned);
     if (stepIndex > 1) carryBottomHolePressures(wells, assigned);
     assigned.RateWellCount = countRateWells(assigned);
     computeWellIndices(grid, assigned);

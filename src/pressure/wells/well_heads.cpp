@@ -81,9 +81,10 @@ double producedMixtureDensity(const FluidTables& tables, const CellState& state,
     return volume > 0.0 ? mass / volume : producedDensity(state, well.connections.front().ConnCell);
 }
 
-double headFromDatum(const GridModel& grid, const FluidTables& tables, const CellState& state,
+double headFromDatum(const GridModel& grid, const FluidTables& all, const CellState& state,
                      const Well& well) {
     const CellId first = well.connections.front().ConnCell;
+    const FluidTables& tables = pvtAt(all, first);
     const double g = (grid.CellCentre(first, 3) - well.datumDepth) / SquareInchesPerSquareFoot;
     const double bhp = well.Bhp > 0.0 ? well.Bhp : state.Pressure[first];
     // The fluid of the middle of the stretch: of its upper end first, to find where the middle is.

@@ -59,7 +59,10 @@ void ConnectionIndex(const GridModel& grid, WellConnection& connection) {
 
 void computeWellIndices(const GridModel& grid, WellRecord& wells) {
     for (Well& well : wells.wells)
-        for (WellConnection& connection : well.connections) ConnectionIndex(grid, connection);
+        for (WellConnection& connection : well.connections) {
+            ConnectionIndex(grid, connection);
+            connection.ConnWI *= well.efficiency;
+        }
 }
 
 }  // namespace kvr

@@ -62,8 +62,9 @@ double averagePressure(const GridModel& grid, const CellState& state, double unc
 }
 
 /// Surface terms of an injector: the injected phase takes the total mobility of the cell.
-void injectorTerms(const FluidTables& tables, const CellState& state, double averagePressure,
-                   const Well& well, CellId cell, ConnectionCoefficients& c) {
+void injectorTerms(const FluidTables& all, const CellState& state, double averagePressure, const Well& well,
+                   CellId cell, ConnectionCoefficients& c) {
+    const FluidTables& tables = pvtAt(all, cell);
     ConnectionFluid<double> fluid = fluidAt(state, cell);
     if (well.WellControl == "resv") {  // only the injected phase need have a table
         if (well.InjectFluid == "gas")

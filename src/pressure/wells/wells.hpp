@@ -38,9 +38,14 @@ struct Well {
     double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
     // Targets of every phase for reports, with the sign of TargetRate.
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
-    double Bhp = 0.0;                             // psia
-    double BhpLimit = 0.0;                        // psia
-    bool shut = false;                            // status SHUT or STOP, or a rate target of 0
+    double Bhp = 0.0;         // psia
+    double BhpLimit = 0.0;    // psia
+    bool shut = false;        // status SHUT or STOP, or a rate target of 0
+    double efficiency = 1.0;  // share of the time that the well is on; targets and indices hold it
+    EconomicLimits limits;
+    int openings = 0;                             // of the schedule, when the well was closed by a limit
+    bool closedByLimit = false;                   // the whole well
+    std::vector<CellId> closedCells;              // connections closed by a limit
     double tracerConcentration = 0.0;             // of the last WTRACER row
     std::vector<InjectedTracer> injectedTracers;  // by name
     std::string injectionStream;

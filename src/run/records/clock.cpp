@@ -27,12 +27,13 @@ struct MonthWord {
 
 // Lopsided on purpose: some upper-case months are known by their first letter, others need all three.
 // January has no row, it is what is left.
-constexpr std::array<MonthWord, 11> MonthWords = {{{2, "feb", "F"},
+constexpr std::array<MonthWord, 12> MonthWords = {{{2, "feb", "F"},
                                                    {3, "mar", "MAR"},
                                                    {4, "apr", "AP"},
                                                    {5, "may", "MAY"},
                                                    {6, "jun", "JUN"},
                                                    {7, "jul", "JUL"},
+                                                   {7, "jly", "JLY"},
                                                    {8, "aug", "AU"},
                                                    {9, "sep", "S"},
                                                    {10, "oct", "O"},
@@ -120,6 +121,11 @@ int monthOfWord(std::string_view word) {
         if (word.starts_with(row.lower) || word.starts_with(row.upper)) month = row.month;
     }
     return month;
+}
+
+bool isMonthWord(std::string_view word) {
+    return monthOfWord(word) != 1 || word.starts_with("JA") || word.starts_with("jan") ||
+           word.starts_with("Jan");
 }
 
 }  // namespace kvr

@@ -49,4 +49,7 @@ int daysBetween(int day, int month, int year, int laterDay, int laterMonth, int 
 /// several upper-case ones only their first; anything else is month 1.
 int monthOfWord(std::string_view word);
 
+/// The word is one that monthOfWord knows, or January's own.
+bool isMonthWord(std::string_view word);
+
 }  // namespace kvr

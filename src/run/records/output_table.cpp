@@ -151,6 +151,10 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::RunSweepVolume, 0, "KVR_Run_SweepVolume.out", OutputSwitch::Always, "",
      "File Replaced : KVR_Run_SweepVolume.out",
      "material balance and field figures, one row at time zero and per step"},
+    {OutputFile::RunRegions, 0, "KVR_Run_Regions.out", OutputSwitch::Always, "", "",
+     "fluids in place of each region of `FIPNUM`, a row per region at time zero and per step; only in decks "
+     "with "
+     "`FIPNUM`"},
     {OutputFile::RunEndSwat, 0, "KVR_Run_EndSwat.out", OutputSwitch::View, "Saturation            ",
      "File Replaced : KVR_Run_EndSwat.out", "water saturation at the end: cell centres and values"},
     {OutputFile::RunPressure, 0, "KVR_Run_Pressure.out", OutputSwitch::View, "pressure          ",

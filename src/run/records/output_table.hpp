@@ -67,6 +67,7 @@ enum class OutputFile {
     Count,  // of the fixed set
 
     RunSweepVolume = Count,
+    RunRegions,
     RunEndSwat,
     RunPressure,
     RunRateAllocation,

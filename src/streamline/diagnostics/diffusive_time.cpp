@@ -19,7 +19,8 @@ double relativeSlope(double here, double there) {
     return here == 0.0 ? 0.0 : (there - here) * StepsPerPsi / here;
 }
 
-double totalCompressibility(const FluidTables& fluids, const CellState& state, CellId cell) {
+double totalCompressibility(const FluidTables& all, const CellState& state, CellId cell) {
+    const FluidTables& fluids = pvtAt(all, cell);
     const double p = state.Pressure[cell];
     const double q = p + PressureStep;
     const double pb = state.Pb[cell];
@@ -46,7 +47,7 @@ double diffusiveStep(double length, double permeability, double resistance, int 
 double diffusiveResistance(const FluidTables& fluids, const CellState& state, CellId cell, double porosity) {
     const double ct = std::max(0.0, totalCompressibility(fluids, state, cell));
     const double viscosity = state.So[cell] * state.MuO[cell] + state.Sw[cell] * state.MuW[cell];
-    return porosity * ct * viscosity * PoreFactor(fluids, state.Pressure[cell]);
+    return porosity * ct * viscosity * PoreFactor(pvtAt(fluids, cell), state.Pressure[cell]);
 }
 
 }  // namespace kvr

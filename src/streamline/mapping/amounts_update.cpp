@@ -21,8 +21,9 @@ bool makeUpOf(const FluidTables& tables, const CellState& state, CellId cell, Co
     amounts = {std::max(0.0, amounts.water), std::max(0.0, amounts.oil), std::max(0.0, amounts.gas)};
     double volume = state.Bw[cell] * amounts.water + state.Bo[cell] * amounts.oil;
     if (tables.hasGas) {
-        const double dissolved =
-            std::min(amounts.gas, SolutionRs(tables, state.Pressure[cell]) * amounts.oil);
+        const double dissolved = std::min(
+            amounts.gas,
+            allowedRs(state, cell, SolutionRs(pvtAt(tables, cell), state.Pressure[cell])) * amounts.oil);
         volume += state.Bg[cell] * (amounts.gas - dissolved);
     }
     if (!(volume > 0.0)) return false;

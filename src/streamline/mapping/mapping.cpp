@@ -17,11 +17,15 @@ namespace {
 constexpr double BubblePointSlack = 1e-8;  // psi, excess over a limit that is left alone
 
 /// Bubble point and Rs of a cell with free gas, without oil, or below saturation.
-void setSolutionGas(const FluidTables& fluids, double pressure, double oldPb, PhaseState& state) {
+void setSolutionGas(const FluidTables& fluids, double pressure, double mostRs, double oldPb,
+                    PhaseState& state) {
     if (state.Sg > 0.0) state.Pb = pressure;
     if (state.So <= 0.0)
         state.Pb = fluids.MaxRs > 0.0 && fluids.SatRows == 1 ? oldPb : BubblePoint(fluids, 0.0);
     state.Rs = SolutionRs(fluids, state.Pb);
+    if (state.Rs <= mostRs) return;
+    state.Rs = mostRs;
+    state.Pb = BubblePoint(fluids, mostRs);
 }
 
 void repair(const SaturationTable& table, PhaseState& state) {
@@ -60,9 +64,8 @@ void limitAndScale(const SaturationTable& table, bool keepEndPoints, PhaseState&
     }
 }
 
-void limitSolutionGas(const FluidTables& fluids, double pressure, PhaseState& state) {
+void limitSolutionGas(const FluidTables& fluids, double saturated, PhaseState& state) {
     state.Rs = std::max(state.Rs, 0.0);
-    const double saturated = SolutionRs(fluids, pressure);
     if (state.Sg > 0.0 && state.Rs > saturated) {
         state.Rs = saturated;
         state.Pb = BubblePoint(fluids, state.Rs);
@@ -95,15 +98,17 @@ void mapTracersOfCell(const MappingSums& sums, CellId cell, CellState& state) {
         state.tracer.row(cell)[t] = sums.tracer.row(cell)[t] / sums.weight[cell];
 }
 
-void mapCell(const RunOptions& options, const FluidTables& fluids, const SaturationTable& table,
+void mapCell(const RunOptions& options, const FluidTables& all, const SaturationTable& table,
              const MappingSums& sums, CellId cell, CellState& state) {
+    const FluidTables& fluids = pvtAt(all, cell);
     const bool hasGas = fluids.hasGas;
     PhaseState mapped = meanOf(sums, cell, hasGas, state);
-    if (hasGas) setSolutionGas(fluids, state.Pressure[cell], state.Pb[cell], mapped);
+    const double saturated = hasGas ? allowedRs(state, cell, SolutionRs(fluids, state.Pressure[cell])) : 0.0;
+    if (hasGas) setSolutionGas(fluids, state.Pressure[cell], saturated, state.Pb[cell], mapped);
     repair(table, mapped);
     limitAndScale(table, options.keepIrreducibleSaturation, mapped);
     if (hasGas) {
-        limitSolutionGas(fluids, state.Pressure[cell], mapped);
+        limitSolutionGas(fluids, saturated, mapped);
         limitBubblePoint(options, fluids, sums.bubblePointLimit[cell], mapped);
     }
     storePhases(mapped, cell, state);

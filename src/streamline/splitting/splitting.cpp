@@ -33,6 +33,7 @@ struct CellWork {
     double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
     double saturatedRs = 0.0;           // at the pressure of the cell
+    bool limitsRs = false;              // of RecoveryFactors
     double slopeW = 0.0, slopeG = 0.0;  // psi, capillary pressures per saturation; 0 without
 };
 
@@ -94,14 +95,18 @@ void refreshCell(const Simulation& simulation, CellId cell, SplittingStage& stag
 /// transport has left; the others depend on pressure alone and stand in the state.
 void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) {
     const CellState& state = simulation.state;
-    const FluidTables& tables = simulation.fluids;
+    const FluidTables& tables = pvtAt(simulation.fluids, cell);
     CellWork& work = stage.own[cell];
     work.working = simulation.grid.Active[cell] != 0 && state.PoreVolume[cell] > MachineEpsilon;
     if (!work.working) return;
     const OilProperties oil = usableOilProperties(tables, state.Pressure[cell], state.Pb[cell]);
     work.phases = {state.Sw[cell], state.So[cell], state.Sg[cell], state.Rs[cell], state.Pb[cell]};
     work.Bo = oil.Bo;
-    if (tables.hasGas) work.saturatedRs = SolutionRs(tables, state.Pressure[cell]);
+    if (tables.hasGas) {
+        const double saturated = SolutionRs(tables, state.Pressure[cell]);
+        work.saturatedRs = allowedRs(state, cell, saturated);
+        work.limitsRs = work.saturatedRs < saturated;
+    }
     work.inverseMuW = reciprocal(state.MuW[cell]);
     work.inverseMuO = reciprocal(oil.MuO);
     work.inverseMuG = reciprocal(state.MuG[cell]);
@@ -255,16 +260,15 @@ bool unchanged(const ConservedAmounts& rate) {
 
 /// The state from the amounts; without a gas phase Rs and bubble point stand.
 PhaseState recoverCell(const Simulation& simulation, CellId cell, const CellWork& work) {
-    const FluidTables& tables = simulation.fluids;
-    const int region = simulation.grid.SATNUM[cell];
+    const FluidTables& tables = pvtAt(simulation.fluids, cell);
+    const SaturationTable& table = regionTable(simulation.fluids, simulation.grid.SATNUM[cell]);
     const bool keepEndPoints = simulation.options.keepIrreducibleSaturation;
     const CellState& held = simulation.state;
-    const RecoveryFactors factors{held.Pressure[cell], held.Bw[cell], work.Bo, held.Bg[cell]};
+    const RecoveryFactors factors{held.Pressure[cell], held.Bw[cell], work.Bo, held.Bg[cell], work.limitsRs};
     if (tables.hasGas) {
-        return recoverState(tables, regionTable(tables, region), keepEndPoints, factors, work.saturatedRs,
-                            work.amount);
+        return recoverState(tables, table, keepEndPoints, factors, work.saturatedRs, work.amount);
     }
-    PhaseState state = recoverState(tables, region, keepEndPoints, factors, work.amount);
+    PhaseState state = recoverState(tables, table, keepEndPoints, factors, work.amount);
     state.Rs = work.phases.Rs;
     state.Pb = work.phases.Pb;
     return state;

@@ -101,18 +101,24 @@ inline void recoverTwoPhase(const ConservedAmounts& loss, const FlowNode& before
     node.Co = node.So * node.inverseBo;
 }
 
+/// Tables of the fluids at a position.
+inline const FluidTables& pvtOf(const FluidTables& tables, const FlowNode& node) {
+    return node.pvt != nullptr ? *node.pvt : tables;
+}
+
 /// State that the given amounts make at the held factors of a position, in a run with gas.
 inline PhaseState stateOfAmounts(const FluidTables& tables, bool keepEndPoints, const FlowNode& node,
                                  const ConservedAmounts& amounts) {
-    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
-    return recoverState(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg, node.limitsRs};
+    return recoverState(pvtOf(tables, node), *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
 }
 
 /// The same but for the bubble point, see recoverButBubblePoint.
 inline PhaseState openStateOfAmounts(const FluidTables& tables, bool keepEndPoints, const FlowNode& node,
                                      const ConservedAmounts& amounts) {
-    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg};
-    return recoverButBubblePoint(tables, *node.table, keepEndPoints, factors, node.saturatedRs, amounts);
+    const RecoveryFactors factors{node.pressure, node.Bw, node.Bo, node.Bg, node.limitsRs};
+    return recoverButBubblePoint(pvtOf(tables, node), *node.table, keepEndPoints, factors, node.saturatedRs,
+                                 amounts);
 }
 
 /// The same with gas. A node that keeps its amounts keeps them whatever its state shows. `Open`: without the

@@ -31,7 +31,11 @@ NodeData presentState(const FluidTables& fluids, const GridModel& grid, const Ce
     node.MuO = state.MuO[cell];
     node.MuG = state.MuG[cell];
     node.region = grid.SATNUM[cell];
-    if (fluids.hasGas) node.saturatedRs = SolutionRs(fluids, node.pressure);
+    node.pvt = &pvtAt(fluids, cell);
+    if (!fluids.hasGas) return node;
+    const double saturated = SolutionRs(*node.pvt, node.pressure);
+    node.saturatedRs = allowedRs(state, cell, saturated);
+    node.limitsRs = node.saturatedRs < saturated;
     return node;
 }
 
@@ -66,6 +70,8 @@ void loadPosition(const FluidTables& fluids, const NodeData& data, FlowNode& nod
     node.bubblePoint = data.Pb;
     node.Sg = data.Sg;
     node.saturatedRs = data.saturatedRs;
+    node.pvt = data.pvt;
+    node.limitsRs = data.limitsRs;
     node.Bg = data.Bg;
     node.inverseBg = 1.0 / data.Bg;
     node.inverseMuG = 1.0 / data.MuG;

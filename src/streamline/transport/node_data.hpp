@@ -21,7 +21,9 @@ struct NodeData {
     double MuW = 1.0, MuO = 1.0, MuG = 1.0;
     double Cw = 0.0, Co = 0.0, Cg = 0.0;  // amounts at the start of the step, per present pore volume
     double expansion = 0.0;  // 1/day, net outflow through the faces over the pore volume; 0 in well cells
+    const FluidTables* pvt = nullptr;  // of the cell's fluids
     int region = 1;
+    bool limitsRs = false;      // of RecoveryFactors
     bool keepsAmounts = false;  // Storage::Whole
 };
 

@@ -23,6 +23,8 @@ struct FlowNode {
     double Bg = 1.0, inverseBg = 1.0, inverseMuG = 1.0;
     double pressure = 0.0, saturatedRs = 0.0;  // psia; Rs at saturation there
     double bubblePoint = 0.0;                  // psia
+    const FluidTables* pvt = nullptr;          // of the node's fluids; null: those of the run
+    bool limitsRs = false;                     // of RecoveryFactors
     bool keepsAmounts = false;                 // amounts are not set anew from the scaled saturations
     double expansion = 0.0;                    // 1/day, net outflow of the cell over its pore volume
 };

@@ -302,7 +302,8 @@ void advanceStretch(const FluidTables& tables, const ExplicitControl& control, d
     } while (t < step);
     if constexpr (Gas)
         for (std::size_t i = a; i <= b; ++i)
-            completeBubblePoint(tables, nodes[i].pressure, nodes[i].Rs, nodes[i].bubblePoint);
+            completeBubblePoint(pvtOf(tables, nodes[i]), nodes[i].pressure, nodes[i].Rs,
+                                nodes[i].bubblePoint);
 }
 
 template <bool Gas, bool Limited>

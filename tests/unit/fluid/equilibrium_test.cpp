@@ -67,15 +67,15 @@ struct Bench {
         finishTables(tables);
     }
     void contacts(double datum, double pressure, double woc, double goc) {
-        initial.datumDepth = datum;
-        initial.datumPressure = pressure;
-        initial.wocDepth = woc;
-        initial.gocDepth = goc;
+        initial.regions[0].datumDepth = datum;
+        initial.regions[0].datumPressure = pressure;
+        initial.regions[0].wocDepth = woc;
+        initial.regions[0].gocDepth = goc;
     }
     void useGas() { tables.hasGas = options.hasGas = true; }
     void run() { initialiseBlackOil(console, grid, tables, initial, options, state); }
     [[nodiscard]] InitDepthTable rows() const {
-        return buildDepthTable(console, grid, tables, initial, options.hasWater);
+        return buildDepthTable(console, grid, tables, initial.regions[0], options.hasWater);
     }
     [[nodiscard]] static int timesIn(std::FILE* file, const std::string& text) {
         std::rewind(file);
@@ -156,8 +156,8 @@ TEST(DepthTable, TakesTheRsOfEachDepthWithoutCarryingACapDownward) {
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
     bench.contacts(8000, 3000, 8200, 7000);
-    bench.initial.rsTableDepth = {8000, 8100};
-    bench.initial.rsTableRs = {0.93 / GasRatioFactor, 0.371 / GasRatioFactor};
+    bench.initial.regions[0].rsTableDepth = {8000, 8100};
+    bench.initial.regions[0].rsTableRs = {0.93 / GasRatioFactor, 0.371 / GasRatioFactor};
     const InitDepthTable rows = bench.rows();
     EXPECT_NEAR(bubblePointAtDepth(bench.tables, rows, 8000, 3000.0), 3000.0, 1e-12);
     EXPECT_NEAR(bubblePointAtDepth(bench.tables, rows, 8100, 3025.0), 1014.7, 1e-6);
@@ -182,8 +182,8 @@ TEST(Equilibrium, OfTheThreeLayerLightOilReservoirIsItsPublishedState) {
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
     bench.contacts(8400, 4800, 8450, 8300);
-    bench.initial.rsTableDepth = {8300, 8450};
-    bench.initial.rsTableRs = {1.27 / GasRatioFactor, 1.27 / GasRatioFactor};
+    bench.initial.regions[0].rsTableDepth = {8300, 8450};
+    bench.initial.regions[0].rsTableRs = {1.27 / GasRatioFactor, 1.27 / GasRatioFactor};
     const double rs = 1.27 / GasRatioFactor;
     EXPECT_NEAR(oilDensityAt(bench.tables, rs, OilFvf(bench.tables, 4800, 4014.7)), 36.4776, 5e-5);
     bench.run();
@@ -294,8 +294,8 @@ TEST(Equilibrium, LeavesOilBesideFreeGasSaturated) {
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
     bench.contacts(8030, 3000, 9000, 8020);
-    bench.initial.rsTableDepth = {8000, 8100};
-    bench.initial.rsTableRs = {0.371 / GasRatioFactor, 0.371 / GasRatioFactor};
+    bench.initial.regions[0].rsTableDepth = {8000, 8100};
+    bench.initial.regions[0].rsTableRs = {0.371 / GasRatioFactor, 0.371 / GasRatioFactor};
     bench.run();
     EXPECT_EQ(bench.state.Pb[1], bench.state.Pressure[1]);
     EXPECT_NEAR(bench.state.Pb[2], 1014.7, 1e-6);

@@ -185,7 +185,7 @@ TEST(Wconhist, TakesTheDatumPressureWhereNoBottomHolePressureWasObserved) {
     const std::string text = TwoWells + "WCONHIST\nP1 OPEN RESV 1000 200 1500 /\n/\n";
     ScheduleBench atDatum(text);
     atDatum.tables = constantOil();
-    atDatum.initial.datumPressure = 3000.0;
+    atDatum.initial.regions[0].datumPressure = 3000.0;
     atDatum.read();
     EXPECT_NEAR(atDatum.well(0).prodResv, 2678.61893, 2678.0 * 1e-8);
     EXPECT_EQ(atDatum.well(0).prodBhp, 14.6) << "no limit comes of it";

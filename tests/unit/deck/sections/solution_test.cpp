@@ -32,10 +32,10 @@ TEST(Solution, TakesDatumAndContactsFromEquil) {
     SolutionBench bench("EQUIL\n-- d p w pc g\n 8400 4800 8450 0 8300 0 1 0 0 /\n");
     bench.read();
     EXPECT_TRUE(bench.initial.equilibrationMode);
-    EXPECT_EQ(bench.initial.datumDepth, 8400.0);
-    EXPECT_EQ(bench.initial.datumPressure, 4800.0);
-    EXPECT_EQ(bench.initial.wocDepth, 8450.0);
-    EXPECT_EQ(bench.initial.gocDepth, 8300.0);
+    EXPECT_EQ(bench.initial.regions[0].datumDepth, 8400.0);
+    EXPECT_EQ(bench.initial.regions[0].datumPressure, 4800.0);
+    EXPECT_EQ(bench.initial.regions[0].wocDepth, 8450.0);
+    EXPECT_EQ(bench.initial.regions[0].gocDepth, 8300.0);
     EXPECT_EQ(bench.screen(),
               "READ -> EQUIL\n-> Initial Condition Assigned by WOC/GOC-Pc-Density\n"
               "-> Finished Reading SOLUTION. Move to Next Section\n"
@@ -46,16 +46,16 @@ TEST(Solution, ConvertsMetricDepthsAndPressures) {
     SolutionBench bench("EQUIL\n 100 10 200 0 50 /\n");
     bench.units = metricUnits();
     bench.read();
-    EXPECT_DOUBLE_EQ(bench.initial.datumDepth, 328.084);
-    EXPECT_DOUBLE_EQ(bench.initial.datumPressure, 145.0377);
+    EXPECT_DOUBLE_EQ(bench.initial.regions[0].datumDepth, 328.084);
+    EXPECT_DOUBLE_EQ(bench.initial.regions[0].datumPressure, 145.0377);
 }
 
 TEST(Solution, ConvertsTheDepthTableOfSolutionGas) {
     SolutionBench bench("EQUIL\n 8400 4800 8450 0 8300 /\nRSVD\n8300 1.27\n8450 1.27 /\n");
     bench.read();
-    ASSERT_EQ(bench.initial.rsTableDepth.size(), 2U);
-    EXPECT_EQ(bench.initial.rsTableDepth[1], 8450.0);
-    EXPECT_NEAR(bench.initial.rsTableRs[0], 226.196674, 1e-6);
+    ASSERT_EQ(bench.initial.regions[0].rsTableDepth.size(), 2U);
+    EXPECT_EQ(bench.initial.regions[0].rsTableDepth[1], 8450.0);
+    EXPECT_NEAR(bench.initial.regions[0].rsTableRs[0], 226.196674, 1e-6);
     EXPECT_FALSE(bench.printed("No RS-Depth(RSVD) Table"));
 }
 

@@ -1,0 +1,147 @@
+#include "deck/sections/grid_barriers.hpp"
+
+#include "base/text.hpp"
+#include "deck/reading/unit_copies.hpp"
+#include "deck/sections/arithmetic_rows.hpp"
+#include "model/cell_box.hpp"
+#include "model/multipliers.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::size_t NameWidth = 8;
+
+struct FaceWord {
+    std::string_view word;
+    int face;
+};
+constexpr FaceWord FaceWords[] = {
+    {"X", 2},  {"X+", 2}, {"I", 2},  {"I+", 2}, {"X-", 1}, {"I-", 1}, {"Y", 4},  {"Y+", 4}, {"J", 4},
+    {"J+", 4}, {"Y-", 3}, {"J-", 3}, {"Z", 6},  {"Z+", 6}, {"K", 6},  {"K+", 6}, {"Z-", 5}, {"K-", 5},
+};
+constexpr FaceWord MinusArrays[] = {{"MULTX-", 1}, {"MULTY-", 3}, {"MULTZ-", 5}};
+
+CellArray<double>& factorsOf(GridModel& grid, int face) {
+    CellArray<double>& factors = grid.faceMultiplier[static_cast<std::size_t>(face) - 1];
+    if (factors.empty()) factors.assign(grid.NCELLS, 1.0);
+    return factors;
+}
+
+int faceOf(const SectionReader& reader, const std::string& word) {
+    const std::string upper = toUpper(trim(word));
+    for (const FaceWord& known : FaceWords)
+        if (upper == known.word) return known.face;
+    both(consoleOf(reader), "ERROR :: FACE {} IS NONE OF X, X-, Y, Y-, Z, Z-, I, I-, J, J-, K, K-", word);
+    stopAtPlace(reader);
+}
+
+std::string faultName(const std::string& text) {
+    return std::string(trim(trim(text).substr(0, NameWidth)));
+}
+
+bool isNamed(const std::string& fault, const std::string& name) {
+    if (name.ends_with('*')) return fault.starts_with(name.substr(0, name.size() - 1));
+    return fault == name;
+}
+
+/// Names of the faults that a row of MULTFLT stands for, each once.
+std::vector<std::string> namedFaults(const GridModel& grid, const std::string& name) {
+    std::vector<std::string> found;
+    for (const FaultFaces& row : grid.faultFaces)
+        if (isNamed(row.fault, name) && std::find(found.begin(), found.end(), row.fault) == found.end())
+            found.push_back(row.fault);
+    return found;
+}
+
+void keepFactor(const std::string& fault, double value, FaultMeans means, GridModel& grid) {
+    for (FaultMultiplier& known : grid.faultMultipliers)
+        if (known.fault == fault) {
+            known.value = means == FaultMeans::Replace ? value : known.value * value;
+            return;
+        }
+    grid.faultMultipliers.push_back({fault, value});
+}
+
+/// A factor below 0 would let fluids run uphill in pressure: it is taken for none.
+double soundFactor(const SectionReader& reader, double value) {
+    if (value >= 0.0) return value;
+    warnHere(reader, "WARNING :: MULTIPLIER {} IS BELOW ZERO, SET TO 1", number(value));
+    return 1.0;
+}
+
+}  // namespace
+
+void readFaceMultiplier(SectionReader& reader, int face, GridModel& grid) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    CellArray<double>& factors = factorsOf(grid, face);
+    readCellArray(reader, factors.cells());
+    const auto isBad = [](double value) { return !(value >= 0.0); };
+    const auto bad = std::count_if(factors.cells().begin(), factors.cells().end(), isBad);
+    if (bad == 0) return;
+    std::replace_if(factors.cells().begin(), factors.cells().end(), isBad, 1.0);
+    warnHere(reader, "WARNING :: {} MULTIPLIERS BELOW ZERO, SET TO 1", bad);
+}
+
+bool setFaceMultiplier(const ArithmeticRow& row, bool multiplies, GridModel& grid) {
+    for (const FaceWord& known : MinusArrays) {
+        if (!matchesInThreeForms(trim(row.name), known.word)) continue;
+        CellArray<double>& factors = factorsOf(grid, known.face);
+        forEachCell(grid, row.box,
+                    [&](CellId cell) { factors[cell] = multiplies ? factors[cell] * row.value : row.value; });
+        return true;
+    }
+    return false;
+}
+
+void readFaults(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    int rows = 0;
+    for (; nextRow(reader); ++rows) {
+        FaultFaces row;
+        CellBox& box = row.box;
+        std::string name, face;
+        const std::array<ListTarget, 8> targets = {&name,   &box.i1, &box.i2, &box.j1,
+                                                   &box.j2, &box.k1, &box.k2, &face};
+        checkRead(reader, readList(*reader.cursor, targets));
+        checkBox(reader, grid, box);
+        row.fault = faultName(name);
+        row.face = faceOf(reader, face);
+        copyRow(reader, {{.text = row.fault},
+                         {1.0 * box.i1},
+                         {1.0 * box.i2},
+                         {1.0 * box.j1},
+                         {1.0 * box.j2},
+                         {1.0 * box.k1},
+                         {1.0 * box.k2},
+                         {.text = face}});
+        grid.faultFaces.push_back(std::move(row));
+    }
+    endCopiedList(reader);
+    both(consoleOf(reader), "-> Rows of faults = {}", rows);
+}
+
+void readFaultMultipliers(SectionReader& reader, FaultMeans means, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    while (nextRow(reader)) {
+        std::string name;
+        double value = 1.0;
+        const std::array<ListTarget, 2> targets = {&name, &value};
+        checkRead(reader, readList(*reader.cursor, targets));
+        name = faultName(name);
+        value = soundFactor(reader, value);
+        copyRow(reader, {{.text = name}, {value}});
+        const std::vector<std::string> faults = namedFaults(grid, name);
+        if (faults.empty()) warnHere(reader, "WARNING :: FAULT {} IS NOT KNOWN, ROW SKIPPED", name);
+        for (const std::string& fault : faults) keepFactor(fault, value, means, grid);
+    }
+    endCopiedList(reader);
+}
+
+}  // namespace kvr

@@ -1,0 +1,232 @@
+#include "deck/sections/schedule_changes.hpp"
+
+#include "base/text.hpp"
+#include "deck/sections/well_rows.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace kvr {
+
+namespace {
+
+// --- WELOPEN -----------------------------------------------------------------------------------------
+
+struct WelopenRow {
+    std::string name, status = "OPEN";
+    int i = 0, j = 0, k = 0;  // 0 or less: any
+    int first = 0, last = 0;  // of the well's connections, in the order in which the deck gave them
+};
+
+bool namesConnections(const WelopenRow& row) {
+    return row.i > 0 || row.j > 0 || row.k > 0 || row.first > 0 || row.last > 0;
+}
+
+/// The connections of a well one by one, a later row for a cell in place of the earlier.
+std::vector<ScheduleCompletion> connectionsOf(const ScheduleWell& well, const ScheduleStep& step) {
+    std::vector<ScheduleCompletion> list;
+    for (const ScheduleCompletion& row : step.completions) {
+        if (row.wellName != well.name) continue;
+        const int down = row.k1 <= row.k2 ? 1 : -1;
+        for (int n = 0; n <= (row.k2 - row.k1) * down; ++n) {
+            ScheduleCompletion one = row;
+            one.k1 = one.k2 = row.k1 + n * down;
+            const auto same = std::find_if(list.begin(), list.end(), [&one](const ScheduleCompletion& other) {
+                return other.i == one.i && other.j == one.j && other.k1 == one.k1;
+            });
+            if (same == list.end())
+                list.push_back(std::move(one));
+            else
+                *same = std::move(one);
+        }
+    }
+    return list;
+}
+
+bool isNamed(const WelopenRow& row, const ScheduleWell& well, const ScheduleCompletion& connection,
+             int number) {
+    const int i = connection.i > 0 ? connection.i : well.headI;
+    const int j = connection.j > 0 ? connection.j : well.headJ;
+    const auto fits = [](int asked, int value) { return asked <= 0 || asked == value; };
+    return fits(row.i, i) && fits(row.j, j) && fits(row.k, connection.k1) &&
+           (row.first <= 0 || number >= row.first) && (row.last <= 0 || number <= row.last);
+}
+
+void openConnections(const SectionReader& reader, const WelopenRow& row, const ScheduleWell& well,
+                     ScheduleStep& step) {
+    int number = 0, found = 0;
+    for (ScheduleCompletion& connection : connectionsOf(well, step)) {
+        if (!isNamed(row, well, connection, ++number)) continue;
+        connection.status = row.status;
+        connection.place = placeOf(reader);
+        keepCompletion(connection, step);
+        ++found;
+    }
+    if (found == 0)
+        warnHere(
+            reader,
+            "WARNING :: WELL {} HAS NO CONNECTION THERE, ROW SKIPPED :: I {} J {} K {}, NUMBERS {} TO {}",
+            well.name, row.i, row.j, row.k, row.first, row.last);
+}
+
+// --- WELTARG -----------------------------------------------------------------------------------------
+
+enum class TargetUnit { Liquid, Gas, Pressure };
+
+struct TargetRow {
+    std::string_view word;
+    double ScheduleWell::*producer;
+    TargetUnit unit;
+};
+constexpr TargetRow Targets[] = {
+    {"ORAT", &ScheduleWell::prodOil, TargetUnit::Liquid},
+    {"WRAT", &ScheduleWell::prodWater, TargetUnit::Liquid},
+    {"GRAT", &ScheduleWell::prodGas, TargetUnit::Gas},
+    {"LRAT", &ScheduleWell::prodLiquid, TargetUnit::Liquid},
+    {"RESV", &ScheduleWell::prodResv, TargetUnit::Liquid},
+    {"BHP", &ScheduleWell::prodBhp, TargetUnit::Pressure},
+    {"THP", &ScheduleWell::prodThp, TargetUnit::Pressure},
+};
+
+/// The limit of an injector that the word names; null for none that it has.
+double* injectorTarget(std::string_view word, ScheduleWell& well) {
+    if (word == "BHP") return &well.injBhp;
+    if (word == "THP") return &well.injThp;
+    if (word == "RESV") return &well.injResv;
+    const std::string fluid = toUpper(trim(well.injType).substr(0, 1));
+    return word.substr(0, 1) == fluid && word != "GUID" ? &well.injRate : nullptr;
+}
+
+double targetValue(const SectionReader& reader, const TargetRow& target, double value, bool isInjector) {
+    const UnitSystem& units = *reader.units;
+    if (target.unit == TargetUnit::Pressure)
+        return pressureFrom(reader, value, isInjector ? DefaultInjectorBhp : DefaultProducerBhp);
+    return rateFrom(reader, value, target.unit == TargetUnit::Gas ? units.gasRate : units.liquidRate);
+}
+
+void setTarget(const SectionReader& reader, const TargetRow& target, double deckValue, ScheduleWell& well) {
+    const double value = targetValue(reader, target, deckValue, well.isInjector);
+    double* place = well.isInjector ? injectorTarget(target.word, well) : &(well.*target.producer);
+    if (place == nullptr) {
+        warnHere(reader, "WARNING :: INJECTOR {} HAS NO TARGET {}, ROW SKIPPED", well.name, target.word);
+        return;
+    }
+    *place = value;
+}
+
+// --- WECON -------------------------------------------------------------------------------------------
+
+struct WorkoverWord {
+    std::string_view word;
+    Workover workover;
+};
+constexpr WorkoverWord WorkoverWords[] = {{"NONE", Workover::None},
+                                          {"CON", Workover::Connection},
+                                          {"+CON", Workover::ConnectionsBelow},
+                                          {"WELL", Workover::Well}};
+
+Workover workoverOf(const SectionReader& reader, const std::string& word) {
+    const std::string upper = toUpper(trim(word));
+    for (const WorkoverWord& row : WorkoverWords)
+        if (upper == row.word) return row.workover;
+    warnHere(reader, "WARNING :: WORKOVER {} IS NONE OF NONE, CON, +CON, WELL; SET TO WELL", word);
+    return Workover::Well;
+}
+
+/// A limit of 0 or less is none.
+double limitOf(double value, double factor) {
+    return value > 0.0 ? value * factor : 0.0;
+}
+
+}  // namespace
+
+void readWelopen(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    ScheduleStep& step = presentStep(records);
+    while (nextWellRow(reader, presentStep(records))) {
+        WelopenRow row;
+        readRow(reader, std::array<ListTarget, 7>{&row.name, &row.status, &row.i, &row.j, &row.k, &row.first,
+                                                  &row.last});
+        forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
+            if (namesConnections(row))
+                openConnections(reader, row, well, step);
+            else
+                setStatus(row.status, well);
+        });
+    }
+}
+
+void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    while (nextWellRow(reader, presentStep(records))) {
+        std::string name, word;
+        double value = 0.0;
+        readRow(reader, std::array<ListTarget, 3>{&name, &word, &value});
+        word = toUpper(trim(word));
+        const auto* const target = std::find_if(std::begin(Targets), std::end(Targets),
+                                                [&word](const TargetRow& row) { return row.word == word; });
+        if (target == std::end(Targets)) {
+            warnHere(reader, "WARNING :: TARGET {} IS NOT KNOWN, ROW SKIPPED", word);
+            continue;
+        }
+        forNamedWells(reader, presentStep(records), name,
+                      [&](ScheduleWell& well) { setTarget(reader, *target, value, well); });
+    }
+}
+
+void readWefac(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    while (nextWellRow(reader, presentStep(records))) {
+        std::string name;
+        double factor = 1.0;
+        readRow(reader, std::array<ListTarget, 2>{&name, &factor});
+        if (!(factor > 0.0) || factor > 1.0) {
+            warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(factor));
+            factor = 1.0;
+        }
+        forNamedWells(reader, presentStep(records), name,
+                      [&](ScheduleWell& well) { well.efficiency = factor; });
+    }
+}
+
+void readWecon(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    const UnitSystem& units = *reader.units;
+    while (nextWellRow(reader, presentStep(records))) {
+        std::string name, workover = "NONE", end = "NO", follower, quantity, second;
+        std::array<double, 8>
+            item{};  // oil, gas, water cut, GOR, WGR, second water cut, gas-liquid ratio, liquid
+        readRow(reader, std::array<ListTarget, 14>{&name, &item[0], &item[1], &item[2], &item[3], &item[4],
+                                                   &workover, &end, &follower, &quantity, &item[5], &second,
+                                                   &item[6], &item[7]});
+        EconomicLimits limits;
+        limits.leastOil = limitOf(item[0], units.liquidRate);
+        limits.leastGas = limitOf(item[1], units.gasRate);
+        limits.mostWaterCut = limitOf(item[2], 1.0);
+        limits.mostGasOilRatio = limitOf(item[3], units.gasRatio);
+        limits.mostWaterGasRatio = limitOf(item[4], 1.0 / units.gasRatio);
+        limits.leastLiquid = limitOf(item[7], units.liquidRate);
+        limits.workover = workoverOf(reader, workover);
+        limits.endsRun = toUpper(trim(end)).starts_with('Y');
+        if (toUpper(trim(quantity)).starts_with('P') || item[5] > 0.0 || item[6] > 0.0)
+            warnHere(
+                reader,
+                "WARNING :: WELL {}: POTENTIALS, SECOND WATER CUTS AND GAS-LIQUID RATIOS ARE NO LIMITS HERE",
+                name);
+        forNamedWells(reader, presentStep(records), name, [&](ScheduleWell& well) { well.limits = limits; });
+    }
+}
+
+void readDrsdt(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    std::array<double, 1> rise{0.0};
+    checkRead(reader, readDoubles(*reader.cursor, rise));
+    if (rise[0] < 0.0) {
+        warnHere(reader, "WARNING :: RISE OF RS {} IS BELOW ZERO, SET TO 0", number(rise[0]));
+        rise[0] = 0.0;
+    }
+    presentStep(records).mostRsRise = rise[0] * reader.units->gasRatio;
+}
+
+}  // namespace kvr

@@ -1,0 +1,86 @@
+#include "report/region_balance.hpp"
+
+#include "report/text_table.hpp"
+#include "run/records/output_streams.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+void addCell(const CellState& state, CellId cell, bool hasGas, RegionInPlace& region) {
+    const double volume = state.PoreVolume[cell];
+    const double oil = volume * state.So[cell] / state.Bo[cell];
+    InPlaceSums& sums = region.sums;
+    sums.poreVolume += volume;
+    sums.oilPore += volume * state.So[cell];
+    sums.waterPore += volume * state.Sw[cell];
+    sums.oil += oil;
+    sums.water += volume * state.Sw[cell] / state.Bw[cell];
+    region.pressure += volume * state.Pressure[cell];
+    if (!hasGas) return;
+    sums.gasPore += volume * state.Sg[cell];
+    sums.freeGas += volume * state.Sg[cell] / state.Bg[cell];
+    sums.dissolvedGas += oil * state.Rs[cell];
+}
+
+void addCarried(const CellAmounts& carried, CellId cell, InPlaceSums& sums) {
+    if (carried.water.empty()) return;
+    sums.water += carried.water[cell];
+    sums.oil += carried.oil[cell];
+    sums.freeGas += carried.gas[cell];
+}
+
+constexpr std::string_view Head =
+    "            TIME          REGION             FPR             PVT            FOIP            FWIP"
+    "            FGIP             FOE\n";
+
+std::string rowOf(const Simulation& run, std::size_t index, const RegionInPlace& region, double firstOil) {
+    const InPlaceSums& sums = region.sums;
+    const double recovered = firstOil > 0.0 ? (firstOil - sums.oil) / firstOil : 0.0;
+    std::string row = fmt::format("{:>16}{:>16}", number(run.clock.time), index + 1);
+    for (const double value :
+         {region.pressure, toBarrels(run.units, sums.poreVolume), toBarrels(run.units, sums.oil),
+          toBarrels(run.units, sums.water), toMscf(run.units, sums.freeGas + sums.dissolvedGas), recovered})
+        row += fmt::format("{:>16}", number(value));
+    return row + "\n";
+}
+
+}  // namespace
+
+std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& state,
+                                      const CellAmounts& carried, bool hasGas) {
+    std::vector<RegionInPlace> regions;
+    for (CellId cell = 1; cell <= grid.FIPNUM.count(); ++cell) {
+        const auto number = static_cast<std::size_t>(grid.FIPNUM[cell]);
+        if (regions.size() < number) regions.resize(number);
+        if (grid.Active[cell] == 0) continue;
+        addCell(state, cell, hasGas, regions[number - 1]);
+        addCarried(carried, cell, regions[number - 1].sums);
+    }
+    for (RegionInPlace& region : regions)
+        if (region.sums.poreVolume > 0.0) region.pressure /= region.sums.poreVolume;
+    return regions;
+}
+
+void reportRegions(Simulation& simulation) {
+    BalanceRecord& record = simulation.balance;
+    const std::vector<RegionInPlace> regions =
+        sumRegions(simulation.grid, simulation.state, simulation.pressure.carried, simulation.options.hasGas);
+    if (regions.empty()) return;
+    const bool first = record.firstOfRegion.empty();
+    if (first)
+        for (const RegionInPlace& region : regions)
+            record.firstOfRegion.push_back(
+                {region.sums.oil, region.sums.water, region.sums.freeGas + region.sums.dissolvedGas});
+    const std::string path = outputPath(simulation.outputs, outputName(OutputFile::RunRegions));
+    std::FILE* file =
+        first ? openForReplace(simulation.console, path) : openForAppend(simulation.console, path);
+    if (first) std::fputs(std::string(Head).c_str(), file);
+    for (std::size_t r = 0; r < regions.size(); ++r)
+        std::fputs(rowOf(simulation, r, regions[r], record.firstOfRegion[r].oil).c_str(), file);
+    std::fclose(file);
+}
+
+}  // namespace kvr

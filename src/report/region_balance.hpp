@@ -1,0 +1,26 @@
+#pragma once
+
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "report/balance_record.hpp"
+#include "run/records/simulation.hpp"
+
+#include <vector>
+
+namespace kvr {
+
+/// Fluids in place of one region, and its mean pressure by pore volume, psia.
+struct RegionInPlace {
+    InPlaceSums sums;
+    double pressure = 0.0;
+};
+
+/// The same sums as those of the field (sumInPlace with what cells hold beyond their saturations), by region
+/// of FIPNUM; region r at [r - 1]. Empty where the deck has no regions.
+std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& state,
+                                      const CellAmounts& carried, bool hasGas);
+
+/// Rows of the present time behind those of the balance, one per region; nothing without FIPNUM.
+void reportRegions(Simulation& simulation);
+
+}  // namespace kvr

@@ -1,0 +1,167 @@
+"""Keywords of decks, one after another, by every method against an independent simulator on the same small deck. A keyword
+that were read over would miss: the independent simulator without it must differ by more than the tolerance."""
+
+import dataclasses
+
+import numpy
+import pytest
+
+import keyword_deck
+import kvr_run
+from keyword_deck import BY_PHASE, EQUIL, GAS_WELLS, GEOMETRY, STEPS, WELLS, KeywordDeck, by_cell, live_oil_deck
+from peer_flow import flow_vectors, needs_flow, run_flow
+
+pytestmark = needs_flow
+
+METHODS = ["STREAMLINE", "IMPES", "FIM"]
+TOLERANCE = 0.02  # of the curves' largest values, between methods
+
+FAULT = "FAULTS\n'F1' 5 5 2 9 1 2 'X' /\n'F2' 6 9 9 9 1 2 'J' /\n/\n"
+BARRIER_X = by_cell(lambda i, j, k: 0.001 if i == 5 and j < 10 else 1)
+BARRIER_X_MINUS = by_cell(lambda i, j, k: 0.001 if i == 6 and j < 10 else 1)
+BARRIER_Y = by_cell(lambda i, j, k: 0.01 if j == 5 and i < 9 else 1)
+BARRIER_Y_MINUS = by_cell(lambda i, j, k: 0.01 if j == 6 and i < 9 else 1)
+TIGHT_LAYERS = "PERMZ\n200*0.001 /\n"
+HALVES = by_cell(lambda i, j, k: 1 if i <= 5 else 2)
+
+SECOND_FLUID = """PVDO
+300  1.25 1.00
+2000 1.22 1.10
+4000 1.19 1.20
+8000 1.15 1.40
+/
+300  1.10 4.00
+4000 1.07 5.00
+8000 1.05 6.00
+/
+"""
+TWO_WATERS = "PVTW\n4000 1.01 3.0E-6 0.5 0 /\n4000 1.03 3.0E-6 1.0 0 /\n"
+TWO_DENSITIES = "DENSITY\n50 64 0.06 /\n56 70 0.06 /\n"
+ONE_FLUID_TWICE = dict(oil=keyword_deck.DEAD_OIL + keyword_deck.DEAD_OIL.replace("PVDO\n", ""),
+                       water=keyword_deck.PVTW + "4000 1.01 3.0E-6 0.5 0 /\n",
+                       density=keyword_deck.DENSITY + "50 64 0.06 /\n", rock=keyword_deck.ROCK + "4000 4.0E-6 /\n",
+                       tables="1 2 40 40")
+
+RATE_WELLS = WELLS.replace("'BHP' 5* 3000", "'ORAT' 600 4* 1500").replace("'RATE' 1200", "'RATE' 750")
+
+WATER_CUT_LIMIT = "WECON\n'PROD' 2* {limit} 2* {workover} /\n/\n"
+LATE_WATER = STEPS * 2
+
+
+@dataclasses.dataclass
+class Case:
+    deck: KeywordDeck
+    without: KeywordDeck  # the same with the keyword left out
+    vectors: tuple = ("FOPT", "FWPT")
+    tolerance: float = TOLERANCE
+    peer: KeywordDeck = None  # what stands for the deck where the peer does not know the keyword
+
+
+def flood(schedule):
+    return KeywordDeck(schedule=schedule)
+
+
+def with_grid(text, base=GEOMETRY):
+    return KeywordDeck(grid=base + text)
+
+
+PLAIN = KeywordDeck()
+THREE_LAYERS = WELLS.replace("1  1  1 2", "1  1  1 1").replace("10 10 1 2", "10 10 2 2")
+
+CASES = {
+    "BOX": Case(with_grid("BOX\n3 8 2 9 1 2 /\nPERMX\n96*2 /\nPERMY\n96*2 /\nENDBOX\n"), PLAIN),
+    "BOX of EQUALS": Case(with_grid("BOX\n3 8 2 9 1 2 /\nEQUALS\nPERMX 2 /\nPERMY 2 /\n/\nENDBOX\n"), PLAIN),
+    "SKIP": Case(with_grid("SKIP\nPERMX\n200*1 /\nENDSKIP\nSKIP100\nPERMY\n200*1 /\nENDSKIP\n"),
+                 with_grid("PERMX\n200*1 /\nPERMY\n200*1 /\n"), peer=PLAIN),
+    "SKIP300": Case(with_grid("SKIP300\nEQUALS\nPERMX 2 3 8 2 9 1 2 /\nPERMY 2 3 8 2 9 1 2 /\n/\nENDSKIP\n"), PLAIN,
+                    peer=with_grid("EQUALS\nPERMX 2 3 8 2 9 1 2 /\nPERMY 2 3 8 2 9 1 2 /\n/\n")),
+    "SWFN, SOF2": Case(KeywordDeck(relperm=BY_PHASE),
+                       KeywordDeck(relperm=keyword_deck.SWOF.replace("0.70 0", "0.30 0").replace("0.25 0", "0.05 0"))),
+    "SWFN, SGFN, SOF3": Case(
+        live_oil_deck(relperm=BY_PHASE[:BY_PHASE.index("SOF2")] +
+                      "SGFN\n0 0 0\n0.05 0 0\n0.2 0.05 0\n0.4 0.2 0\n0.6 0.5 0\n0.8 1 0\n/\n"
+                      "SOF3\n0 0 0\n0.2 0 0\n0.3 0.02 0.05\n0.4 0.13 0.1\n0.5 0.25 0.25\n0.6 0.47 0.4\n0.75 0.85 0.8\n0.8 1 1\n/\n"),
+        live_oil_deck(relperm=keyword_deck.SWOF + keyword_deck.SGOF.replace("0.05 0.40", "0.3 0.10")), ("FOPT", "FGPT"), 0.04),
+    "PVCDO": Case(KeywordDeck(oil="PVCDO\n4000 1.19 4.0E-5 1.2 8.0E-5 /\n"),
+                  KeywordDeck(oil="PVDO\n300 1.4 1.0\n8000 1.39 1.0\n/\n"), ("FOPT", "WBHP:INJ")),
+    "PVTNUM": Case(KeywordDeck(oil=SECOND_FLUID, water=TWO_WATERS, density=TWO_DENSITIES, rock=ONE_FLUID_TWICE["rock"],
+                               tables="1 2 40 40", regions="PVTNUM\n" + HALVES),
+                   KeywordDeck(regions="PVTNUM\n" + HALVES, **ONE_FLUID_TWICE), ("FOPT", "FWPT", "WBHP:INJ")),
+    "EQLNUM": Case(KeywordDeck(runspec="EQLDIMS\n2 /\n", grid=GEOMETRY + "MULTX\n" + by_cell(lambda i, j, k: 0.02 if i == 5 else 1),
+                               regions="EQLNUM\n" + HALVES, solution="EQUIL\n8000 4000 9000 0 7000 0 /\n8000 3000 8020 0 7000 0 /\n"),
+                   KeywordDeck(grid=GEOMETRY + "MULTX\n" + by_cell(lambda i, j, k: 0.02 if i == 5 else 1)),
+                   ("FOPT", "FWPT", "WBHP:INJ"), 0.03),
+    "WELOPEN of wells": Case(flood(WELLS + "TSTEP\n4*60 /\nWELOPEN\n'PROD' 'SHUT' /\n/\nTSTEP\n2*60 /\nWELOPEN\n'PROD' 'OPEN' /\n/\n"
+                                   "TSTEP\n6*60 /\n"), PLAIN, ("FOPT", "WBHP:INJ")),
+    "WELOPEN of connections": Case(
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n'INJ' 'SHUT' 0 0 2 /\n/\n" + STEPS),
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS)),
+    "WELOPEN by number": Case(
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 3* 1 1 /\n'INJ' 'SHUT' 3* 2 2 /\n/\n" + STEPS),
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS),
+        peer=KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n'INJ' 'SHUT' 0 0 2 /\n/\n" + STEPS)),
+    "WELTARG": Case(flood(RATE_WELLS + "TSTEP\n3*60 /\nWELTARG\n'PROD' ORAT 400 /\n'INJ' WRAT 500 /\n/\nTSTEP\n3*60 /\n"
+                          "WELTARG\n'PROD' 'ORAT' 800 /\n'INJ' WRAT 1000 /\n/\nTSTEP\n6*60 /\n"), flood(RATE_WELLS + STEPS),
+                    ("FOPT", "WBHP:INJ")),
+    "WELTARG BHP": Case(flood(WELLS + "TSTEP\n6*60 /\nWELTARG\n'PROD' 'BHP' 2000 /\n/\nTSTEP\n6*60 /\n"), PLAIN,
+                        ("FOPT", "WBHP:INJ")),
+    "WECON of a well": Case(flood(WELLS + WATER_CUT_LIMIT.format(limit=0.4, workover="WELL") + LATE_WATER),
+                            flood(WELLS + LATE_WATER), ("FOPT",), 0.04),
+    "WECON of the oil rate": Case(flood(WELLS + "WECON\n'PROD' 300 /\n/\n" + LATE_WATER + STEPS),
+                                  flood(WELLS + LATE_WATER + STEPS), ("FOPT",), 0.04),
+    "FAULTS, MULTFLT": Case(with_grid(FAULT + "MULTFLT\n'F1' 0.001 /\n'F2' 0.002 /\n/\n"), PLAIN),
+    "MULTFLT of EDIT": Case(KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F*' 0.001 /\n/\n"), PLAIN,
+                            peer=KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F1' 0.001 /\n'F2' 0.001 /\n/\n")),
+    "MULTX": Case(with_grid("MULTX\n" + BARRIER_X), PLAIN),
+    "MULTX-": Case(with_grid("MULTX-\n" + BARRIER_X_MINUS), PLAIN),
+    "MULTY": Case(with_grid("MULTY\n" + BARRIER_Y), PLAIN),
+    "MULTY-": Case(with_grid("MULTY-\n" + BARRIER_Y_MINUS), PLAIN),
+    "MULTZ": Case(KeywordDeck(grid=GEOMETRY + "MULTZ\n100*0.0005 100*1 /\n", schedule=THREE_LAYERS + STEPS),
+                  KeywordDeck(schedule=THREE_LAYERS + STEPS)),
+    "MULTZ-": Case(KeywordDeck(grid=GEOMETRY + "MULTZ-\n100*1 100*0.0005 /\n", schedule=THREE_LAYERS + STEPS),
+                   KeywordDeck(schedule=THREE_LAYERS + STEPS)),
+    "MULTZ- of EQUALS": Case(KeywordDeck(grid=GEOMETRY + "EQUALS\n'MULTZ-' 0.0005 1 10 1 10 2 2 /\n/\n",
+                                         schedule=THREE_LAYERS + STEPS), KeywordDeck(schedule=THREE_LAYERS + STEPS)),
+    "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ"), 0.04),
+    "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ"), 0.04),
+    "WEFAC": Case(flood(WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
+}
+
+
+@pytest.fixture(scope="module")
+def peers():
+    return {}
+
+
+def peer_curves(name, case, folder, peers):
+    """Curves of the independent simulator with and without the keyword, by case."""
+    if name not in peers:
+        peers[name] = (flow_vectors(folder / "with", (case.peer or case.deck).text(), *case.vectors),
+                       flow_vectors(folder / "without", case.without.text(), *case.vectors))
+    return peers[name]
+
+
+def distance(times, values, other_times, other):
+    """Largest difference of two curves after the first report, over the largest value of the second."""
+    at = numpy.linspace(60, min(times[-1], other_times[-1]), 40)
+    difference = numpy.interp(at, times, values) - numpy.interp(at, other_times, other)
+    return numpy.abs(difference).max() / numpy.abs(other).max()
+
+
+@pytest.mark.parametrize("method", METHODS)
+@pytest.mark.parametrize("name", sorted(CASES))
+def test_a_keyword_acts_as_in_an_independent_simulator(name, method, tmp_path, peers):
+    case = CASES[name]
+    peer, without = peer_curves(name, case, tmp_path, peers)
+    result = kvr_run.finished_normally(
+        kvr_run.run(tmp_path, case.deck.text(f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n5 /\n")))
+    table = result.table()
+    shown = []
+    for vector in case.vectors:
+        off = distance(table["TIME"], table[vector], peer["TIME"], peer[vector])
+        effect = distance(without["TIME"], without[vector], peer["TIME"], peer[vector])
+        shown.append((vector, off, effect))
+    print(f"{name}, {method}: " + ", ".join(f"{v} {100 * o:.2f} % (effect {100 * e:.1f} %)" for v, o, e in shown))
+    assert max(effect for _, _, effect in shown) > 2 * case.tolerance
+    for vector, off, _ in shown:
+        assert off <= case.tolerance, vector
