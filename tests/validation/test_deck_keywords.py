@@ -14,9 +14,12 @@ from peer_flow import flow_vectors, needs_flow, run_flow
 pytestmark = needs_flow
 
 METHODS = ["STREAMLINE", "IMPES", "FIM"]
-TOLERANCE = 0.02  # of the curves' largest values, between methods
+REPORT = 60  # days
+# Shares of the curves' largest values. The fully implicit method takes the peer's own steps; the others take parts of a step
+# explicitly and smear fronts less than its implicit steps of five days do.
+TOLERANCE = {"FIM": 0.015, "IMPES": 0.035, "STREAMLINE": 0.035}
 
-FAULT = "FAULTS\n'F1' 5 5 2 9 1 2 'X' /\n'F2' 6 9 9 9 1 2 'J' /\n/\n"
+FAULT = "FAULTS\n'F1' 5 5 1 9 1 2 'X' /\n'F2' 6 9 9 9 1 2 'J' /\n/\n"
 BARRIER_X = by_cell(lambda i, j, k: 0.001 if i == 5 and j < 10 else 1)
 BARRIER_X_MINUS = by_cell(lambda i, j, k: 0.001 if i == 6 and j < 10 else 1)
 BARRIER_Y = by_cell(lambda i, j, k: 0.01 if j == 5 and i < 9 else 1)
@@ -53,7 +56,6 @@ class Case:
     deck: KeywordDeck
     without: KeywordDeck  # the same with the keyword left out
     vectors: tuple = ("FOPT", "FWPT")
-    tolerance: float = TOLERANCE
     peer: KeywordDeck = None  # what stands for the deck where the peer does not know the keyword
 
 
@@ -81,7 +83,7 @@ CASES = {
         live_oil_deck(relperm=BY_PHASE[:BY_PHASE.index("SOF2")] +
                       "SGFN\n0 0 0\n0.05 0 0\n0.2 0.05 0\n0.4 0.2 0\n0.6 0.5 0\n0.8 1 0\n/\n"
                       "SOF3\n0 0 0\n0.2 0 0\n0.3 0.02 0.05\n0.4 0.13 0.1\n0.5 0.25 0.25\n0.6 0.47 0.4\n0.75 0.85 0.8\n0.8 1 1\n/\n"),
-        live_oil_deck(relperm=keyword_deck.SWOF + keyword_deck.SGOF.replace("0.05 0.40", "0.3 0.10")), ("FOPT", "FGPT"), 0.04),
+        live_oil_deck(relperm=keyword_deck.SWOF + keyword_deck.SGOF.replace("0.05 0.40", "0.3 0.10")), ("FOPT", "FGPT")),
     "PVCDO": Case(KeywordDeck(oil="PVCDO\n4000 1.19 4.0E-5 1.2 8.0E-5 /\n"),
                   KeywordDeck(oil="PVDO\n300 1.4 1.0\n8000 1.39 1.0\n/\n"), ("FOPT", "WBHP:INJ")),
     "PVTNUM": Case(KeywordDeck(oil=SECOND_FLUID, water=TWO_WATERS, density=TWO_DENSITIES, rock=ONE_FLUID_TWICE["rock"],
@@ -90,7 +92,7 @@ CASES = {
     "EQLNUM": Case(KeywordDeck(runspec="EQLDIMS\n2 /\n", grid=GEOMETRY + "MULTX\n" + by_cell(lambda i, j, k: 0.02 if i == 5 else 1),
                                regions="EQLNUM\n" + HALVES, solution="EQUIL\n8000 4000 9000 0 7000 0 /\n8000 3000 8020 0 7000 0 /\n"),
                    KeywordDeck(grid=GEOMETRY + "MULTX\n" + by_cell(lambda i, j, k: 0.02 if i == 5 else 1)),
-                   ("FOPT", "FWPT", "WBHP:INJ"), 0.03),
+                   ("FOPT", "FWPT", "WBHP:INJ")),
     "WELOPEN of wells": Case(flood(WELLS + "TSTEP\n4*60 /\nWELOPEN\n'PROD' 'SHUT' /\n/\nTSTEP\n2*60 /\nWELOPEN\n'PROD' 'OPEN' /\n/\n"
                                    "TSTEP\n6*60 /\n"), PLAIN, ("FOPT", "WBHP:INJ")),
     "WELOPEN of connections": Case(
@@ -106,9 +108,9 @@ CASES = {
     "WELTARG BHP": Case(flood(WELLS + "TSTEP\n6*60 /\nWELTARG\n'PROD' 'BHP' 2000 /\n/\nTSTEP\n6*60 /\n"), PLAIN,
                         ("FOPT", "WBHP:INJ")),
     "WECON of a well": Case(flood(WELLS + WATER_CUT_LIMIT.format(limit=0.4, workover="WELL") + LATE_WATER),
-                            flood(WELLS + LATE_WATER), ("FOPT",), 0.04),
+                            flood(WELLS + LATE_WATER), ("FOPT",)),
     "WECON of the oil rate": Case(flood(WELLS + "WECON\n'PROD' 300 /\n/\n" + LATE_WATER + STEPS),
-                                  flood(WELLS + LATE_WATER + STEPS), ("FOPT",), 0.04),
+                                  flood(WELLS + LATE_WATER + STEPS), ("FOPT",)),
     "FAULTS, MULTFLT": Case(with_grid(FAULT + "MULTFLT\n'F1' 0.001 /\n'F2' 0.002 /\n/\n"), PLAIN),
     "MULTFLT of EDIT": Case(KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F*' 0.001 /\n/\n"), PLAIN,
                             peer=KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F1' 0.001 /\n'F2' 0.001 /\n/\n")),
@@ -122,8 +124,8 @@ CASES = {
                    KeywordDeck(schedule=THREE_LAYERS + STEPS)),
     "MULTZ- of EQUALS": Case(KeywordDeck(grid=GEOMETRY + "EQUALS\n'MULTZ-' 0.0005 1 10 1 10 2 2 /\n/\n",
                                          schedule=THREE_LAYERS + STEPS), KeywordDeck(schedule=THREE_LAYERS + STEPS)),
-    "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ"), 0.04),
-    "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ"), 0.04),
+    "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
+    "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
     "WEFAC": Case(flood(WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
 }
 
@@ -142,8 +144,8 @@ def peer_curves(name, case, folder, peers):
 
 
 def distance(times, values, other_times, other):
-    """Largest difference of two curves after the first report, over the largest value of the second."""
-    at = numpy.linspace(60, min(times[-1], other_times[-1]), 40)
+    """Largest difference of two curves at the reports, over the largest value of the second."""
+    at = numpy.arange(REPORT, min(times[-1], other_times[-1]) + 1, REPORT)
     difference = numpy.interp(at, times, values) - numpy.interp(at, other_times, other)
     return numpy.abs(difference).max() / numpy.abs(other).max()
 
@@ -156,12 +158,13 @@ def test_a_keyword_acts_as_in_an_independent_simulator(name, method, tmp_path, p
     result = kvr_run.finished_normally(
         kvr_run.run(tmp_path, case.deck.text(f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n5 /\n")))
     table = result.table()
+    tolerance = TOLERANCE[method]
     shown = []
     for vector in case.vectors:
         off = distance(table["TIME"], table[vector], peer["TIME"], peer[vector])
         effect = distance(without["TIME"], without[vector], peer["TIME"], peer[vector])
         shown.append((vector, off, effect))
     print(f"{name}, {method}: " + ", ".join(f"{v} {100 * o:.2f} % (effect {100 * e:.1f} %)" for v, o, e in shown))
-    assert max(effect for _, _, effect in shown) > 2 * case.tolerance
+    assert max(effect for _, _, effect in shown) > 2 * tolerance
     for vector, off, _ in shown:
-        assert off <= case.tolerance, vector
+        assert off <= tolerance, vector

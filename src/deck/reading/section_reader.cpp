@@ -16,6 +16,7 @@ namespace {
 constexpr std::size_t KeywordWidth = 8;
 constexpr int MaxCommentLines = 1000;   // skipped before a keyword's data
 constexpr int MaxSkippedLines = 10000;  // dropped behind an unknown keyword
+constexpr double RuleSlack = 1e-9;      // of limits of values: digits of what another program has written
 constexpr std::string_view UnitCopyRequest = "-- ConvertUnitCommandKVR";
 constexpr std::string_view EndOfFileText = "FILE I/O -> END OF FILE..";
 
@@ -274,8 +275,7 @@ void readCheckedArray(SectionReader& reader, const ValueRule& rule, std::span<do
                       double copyFactor) {
     const ListStart start = listStart(*reader.cursor);
     readCellArray(reader, values, factor, copyFactor);
-    const double slack = 1e-12 * (std::abs(rule.low) + std::abs(rule.high));
-    const double low = (rule.low - slack) * factor, high = (rule.high + slack) * factor;
+    const double low = rule.low * factor - RuleSlack, high = rule.high * factor + RuleSlack;
     const auto isBad = [low, high](double value) { return !(value >= low && value <= high); };
     const auto first = std::find_if(values.begin(), values.end(), isBad);
     if (first == values.end()) return;

@@ -171,9 +171,9 @@ struct DryColumns {
     double fvfFactor = 1.0;
 };
 
-void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t number, FluidTables& tables) {
+void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t table, FluidTables& tables) {
     const UnitSystem& units = *reader.units;
-    readTable(reader, number,
+    readTable(reader, table,
               std::array<TableColumn, 3>{{{&(tables.*dry.pressure), units.pressure, units.copyPressure},
                                           {&(tables.*dry.fvf), dry.fvfFactor},
                                           {&(tables.*dry.viscosity)}}});
@@ -187,8 +187,8 @@ void setDeadOil(FluidTables& tables) {
 
 void readPvdo(SectionReader& reader, PropsRecords& records) {
     const DryColumns oil{&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity};
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
-        readDryTable(reader, oil, number, tables);
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
+        readDryTable(reader, oil, table, tables);
         setDeadOil(tables);
     });
 }
@@ -214,7 +214,7 @@ void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables)
 
 void readPvcdo(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t) {
         skipCommentLines(reader);
         std::array<double, 5> item{0.0, 1.0, 0.0, 1.0, 0.0};
         checkRead(reader, readDoubles(*reader.cursor, item));
@@ -236,9 +236,8 @@ void readPvcdo(SectionReader& reader, PropsRecords& records) {
 void readPvdg(SectionReader& reader, PropsRecords& records) {
     const DryColumns gas{&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity,
                          reader.units->gasFvf};
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
-        readDryTable(reader, gas, number, tables);
-    });
+    readPvtRegions(reader, records,
+                   [&](FluidTables& tables, std::size_t table) { readDryTable(reader, gas, table, tables); });
 }
 
 void copyPvto(const SectionReader& reader, const PvtoTable& table) {
@@ -271,12 +270,12 @@ void takeLiveOil(const UnitSystem& units, const PvtoTable& table, FluidTables& t
 }
 
 void readPvto(SectionReader& reader, PropsRecords& records) {
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
-        const PvtoTable table = readPvtoTable(reader);
-        requireRows(reader, table.Rs.size() + table.underPressure.size());
-        checkTable(reader, number, {{&table.Rs, &table.pressure, &table.fvf, &table.viscosity}, table.lines});
-        copyPvto(reader, table);
-        takeLiveOil(*reader.units, table, tables);
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
+        const PvtoTable live = readPvtoTable(reader);
+        requireRows(reader, live.Rs.size() + live.underPressure.size());
+        checkTable(reader, table, {{&live.Rs, &live.pressure, &live.fvf, &live.viscosity}, live.lines});
+        copyPvto(reader, live);
+        takeLiveOil(*reader.units, live, tables);
     });
 }
 
@@ -369,7 +368,7 @@ struct ScalarItem {
 constexpr std::size_t MaxScalars = 5;
 
 /// One record; items not given keep their values.
-void readScalarRow(SectionReader& reader, std::size_t number, std::span<const ScalarItem> items) {
+void readScalarRow(SectionReader& reader, std::size_t table, std::span<const ScalarItem> items) {
     skipCommentLines(reader);
     std::array<double, MaxScalars> deck{};
     std::array<double, MaxScalars> copyFactors{};
@@ -379,7 +378,7 @@ void readScalarRow(SectionReader& reader, std::size_t number, std::span<const Sc
     }
     const std::span<double> values(deck.data(), items.size());
     checkRead(reader, readDoubles(*reader.cursor, values));
-    checkRecord(reader, number, values);
+    checkRecord(reader, table, values);
     copyRow(reader, values, copyFactors);
     for (std::size_t n = 0; n < items.size(); ++n) *items[n].target = values[n] * items[n].factor;
 }
@@ -388,9 +387,9 @@ void readPvtw(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
     const double perPressure = 1.0 / units.pressure;
     const double copyPerPressure = 1.0 / units.copyPressure;
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
         readScalarRow(
-            reader, number,
+            reader, table,
             std::array<ScalarItem, 5>{{{&tables.referencePressureWater, units.pressure, units.copyPressure},
                                        {&tables.waterFvf},
                                        {&tables.waterCompressibility, perPressure, copyPerPressure},
@@ -402,8 +401,8 @@ void readPvtw(SectionReader& reader, PropsRecords& records) {
 void readDensity(SectionReader& reader, PropsRecords& records) {
     const double factor = reader.units->density;
     const double copyFactor = reader.units->copyDensity;
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
-        readScalarRow(reader, number,
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
+        readScalarRow(reader, table,
                       std::array<ScalarItem, 3>{{{&tables.oilDensity, factor, copyFactor},
                                                  {&tables.waterDensity, factor, copyFactor},
                                                  {&tables.gasDensity, factor, copyFactor}}});
@@ -412,8 +411,8 @@ void readDensity(SectionReader& reader, PropsRecords& records) {
 
 void readRock(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
-    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t number) {
-        readScalarRow(reader, number,
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
+        readScalarRow(reader, table,
                       std::array<ScalarItem, 2>{
                           {{&tables.rockReferencePressure, units.pressure, units.copyPressure},
                            {&tables.rockCompressibility, 1.0 / units.pressure, 1.0 / units.copyPressure}}});
@@ -437,8 +436,9 @@ void readStcond(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
     begin(reader);
     readScalarRow(
-        reader, std::array<ScalarItem, 2>{
-                    {{&temperature}, {&records.tables.surfacePressure, units.pressure, units.copyPressure}}});
+        reader, 1,
+        std::array<ScalarItem, 2>{
+            {{&temperature}, {&records.tables.surfacePressure, units.pressure, units.copyPressure}}});
     records.tables.surfaceTemperature = rankine(reader, temperature);
 }
 

@@ -129,7 +129,8 @@ void checkColumn(const SectionReader& reader, const ColumnRule& rule, std::size_
                  const TableRows& rows) {
     const Column& column = *rows.columns[rule.column];
     const Finding outside = findBad(column.size(), 0, [&](std::size_t r) {
-        return !(column[r] >= rule.low - Slack && column[r] <= rule.high + Slack);
+        return !(column[r] >= (rule.low > 0.0 ? rule.low : rule.low - Slack) &&
+                 column[r] <= rule.high + Slack);
     });
     const std::string range =
         std::isinf(rule.high) ? fmt::format("IS BELOW {}", number(rule.low))
