@@ -11,12 +11,26 @@ constexpr double Share = 0.1;              // of the limits of a step
 constexpr double ShareWithGas = 0.02;      // the same where limits are narrower
 constexpr double TolerancesOfMean = 10.0;  // a field that moves as a whole drives no flow inside
 
+constexpr double LeastOfMean = 1e-6;  // pore volume of a cell that is judged by its own
+
 }  // namespace
+
+double leastJudgedVolume(const GridModel& grid, const CellState& state) {
+    double pores = 0.0;
+    int count = 0;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0 || !(state.PoreVolume[c] > 0.0)) continue;
+        pores += state.PoreVolume[c];
+        ++count;
+    }
+    return count > 0 ? LeastOfMean * pores / count : 0.0;
+}
 
 LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& state, const WellRecord& wells,
                          const PressureMatrix& matrix) {
     LeftOver left;
     double pores = 0.0, sum = 0.0;
+    const double least = leastJudgedVolume(grid, state);
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         const double volume = state.PoreVolume[c];
         if (grid.Active[c] == 0 || !(volume > 0.0)) continue;
@@ -24,7 +38,7 @@ LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& stat
         pores += volume;
         sum += matrix.MatRhs[c];
         left.field += std::abs(asked);
-        left.cell = std::max(left.cell, std::abs(asked) / volume);
+        left.cell = std::max(left.cell, std::abs(asked) / std::max(volume, least));
     }
     if (pores > 0.0) left.field /= pores;
     if (matrix.storage > 0.0) left.pressure = std::abs(sum) / matrix.storage;

@@ -16,6 +16,10 @@ struct LeftOver {
     double rate = 0.0;      // largest distance of a rate well from its target, of what its connections let by
 };
 
+/// Pore volume below which a cell is judged as if it had this much: a millionth of the mean of those that
+/// have any. What a cell of next to no pores has too much or too little is nothing to the field.
+double leastJudgedVolume(const GridModel& grid, const CellState& state);
+
 /// The system is that of the present state; coefficients are to stand (see releaseCoefficients).
 LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& state, const WellRecord& wells,
                          const PressureMatrix& matrix);

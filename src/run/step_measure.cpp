@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/left_over.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/wells/well_rates.hpp"
 
@@ -34,6 +35,7 @@ double volumeBelowNothing(const CellState& state, const CellAmounts& carried, Ce
 
 void measureVolumes(const Simulation& s, AttemptFigures& figures) {
     double pores = 0.0, error = 0.0, below = 0.0;
+    const double least = leastJudgedVolume(s.grid, s.state);
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
         const double volume = s.state.PoreVolume[cell];
         if (s.grid.Active[cell] == 0 || !(volume > 0.0)) continue;
@@ -42,7 +44,7 @@ void measureVolumes(const Simulation& s, AttemptFigures& figures) {
         const double excess = std::abs(excessVolume(s.state, s.pressure.carried, cell));
         error += excess;
         below += volumeBelowNothing(s.state, s.pressure.carried, cell);
-        figures.largestVolumeError = std::max(figures.largestVolumeError, excess / volume);
+        figures.largestVolumeError = std::max(figures.largestVolumeError, excess / std::max(volume, least));
     }
     if (!(pores > 0.0)) return;
     figures.volumeError = error / pores;

@@ -34,6 +34,12 @@ TEST(MeasureLeftOver, TakesVolumesByCellAndInAllAndTheirSignedSumAsAPressure) {
     EXPECT_EQ(left.rate, 0.0);
 }
 
+TEST(MeasureLeftOver, JudgesACellOfNextToNoPoresByAMillionthOfTheMean) {
+    TwoRows rows;
+    rows.state.PoreVolume[2] = 1e-12;
+    EXPECT_NEAR(rows.over(1e-6).cell, 1e-6 / 50e-6, 1e-9) << "1e-6 of its own, where the mean is 50";
+}
+
 TEST(MeasureLeftOver, LeavesInactiveCellsOut) {
     TwoRows rows;
     rows.grid.Active[1] = 0;

@@ -51,6 +51,16 @@ TEST(MeasureStep, CountsVolumesBeyondThePoresByCellAndInAll) {
     EXPECT_NEAR(figures.deficit, 0.002, 1e-15);
 }
 
+TEST(MeasureStep, JudgesACellOfNextToNoPoresByAMillionthOfTheMean) {
+    TwoCells run;
+    run.s.state.PoreVolume[1] = 1e-8;
+    run.s.state.PoreVolume[2] = 400.0;
+    sizeAmounts(2, run.s.pressure.carried);
+    run.s.pressure.carried.oil[1] = 2e-5;  // two thousand times what it holds
+    EXPECT_NEAR(run.figures().largestVolumeError, 2e-5 / (200.0 * 1e-6), 1e-9);
+    EXPECT_NEAR(run.figures().volumeError, 2e-5 / 400.0, 1e-12);
+}
+
 TEST(MeasureStep, CountsTheDissolvedGasOfCarriedOilOnce) {
     TwoCells run;
     run.s.state.PoreVolume[1] = run.s.state.PoreVolume[2] = 100.0;
