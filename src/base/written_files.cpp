@@ -30,11 +30,18 @@ std::string pathOf(std::FILE* file) {
     return path;
 }
 
+/// The reason of a failure that has left its mark on the stream and no errno: that of another try, whose byte
+/// goes with the rest of a file that cannot be written.
+int pastFailure(std::FILE* file) {
+    errno = 0;
+    return write(fileno(file), "\n", 1) < 0 && errno != 0 ? errno : EIO;
+}
+
 /// 0, an errno, or Removed.
 int failureOf(std::FILE* file) {
     errno = 0;
     if (std::fflush(file) != 0) return errno != 0 ? errno : EIO;
-    if (std::ferror(file) != 0) return EIO;
+    if (std::ferror(file) != 0) return pastFailure(file);
     struct stat status {};
     if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 0) return Removed;
     return 0;

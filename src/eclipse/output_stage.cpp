@@ -13,6 +13,7 @@
 #include "eclipse/rft_file.hpp"
 #include "eclipse/summary_files.hpp"
 #include "report/run_vectors.hpp"
+#include "report/summary_table.hpp"
 #include "report/well_figures.hpp"
 
 #include <algorithm>
@@ -80,7 +81,7 @@ std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& reques
 }
 
 std::vector<float> askedValues(const Simulation& run) {
-    const StepFigures figures = stepFigures(run);
+    const StepFigures figures = vectorFigures(run);
     std::vector<float> values;
     for (const AskedVector& asked : run.eclipse.asked) {
         const WellFigures& figure = asked.well.empty() ? figures.field : figures.wells[asked.wellPlace];

@@ -21,6 +21,8 @@
 #include "run/step_control.hpp"
 #include "run/time_stepping.hpp"
 
+#include <filesystem>
+
 namespace kvr {
 
 namespace {
@@ -117,12 +119,18 @@ void closeFiles(Simulation& simulation) {
     writeFilesIndex(simulation);
 }
 
+bool folderStands(const Simulation& simulation) {
+    std::error_code ignored;
+    const std::string& folder = simulation.outputs.folder;
+    return folder.empty() || std::filesystem::is_directory(folder, ignored);
+}
+
 /// A stop on an error: the reason has been told and stands last where the console is concise.
 void leaveAtStop(Simulation& simulation) {
     simulation.console.atStop = nullptr;
     clearStatus(simulation.console);
     if (simulation.console.log == nullptr) return;
-    finishEclipseFiles(simulation);
+    if (folderStands(simulation)) finishEclipseFiles(simulation);
     if (!simulation.course.stepsBegun) return;
     Simulation& s = simulation;
     std::FILE* const screen = s.console.screen;

@@ -176,6 +176,7 @@ void startUp(Simulation& simulation) {
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
     reportRegions(simulation);
+    checkWritten(simulation.console);
     writeStaticPlots(simulation);
     writeRunInformation(simulation);
     startEclipseFiles(simulation);
