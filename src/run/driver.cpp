@@ -160,7 +160,7 @@ void connectConsole(Simulation& simulation) {
     console.atStop = &simulation.atStop;
 }
 
-void finishRun(Simulation& simulation) {
+void finishRun(Simulation& simulation, std::string_view ending) {
     endStatus(simulation);
     warnOfBalance(simulation);
     printStageTimes(simulation.console, simulation.times);
@@ -168,7 +168,7 @@ void finishRun(Simulation& simulation) {
     if (simulation.options.method == "FIM")
         printImplicitCounts(simulation.console, simulation.implicit.counts);
     printStepCounts(simulation.console, simulation.control);
-    leave(simulation, "finished");
+    leave(simulation, ending);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeFiles(simulation);
 }
@@ -181,7 +181,7 @@ int runSimulation(Simulation& simulation) {
     if (simulation.options.checkOnly) return 0;
     if (simulation.options.noSimulation) {
         lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
-        finishRun(simulation);
+        finishRun(simulation, "read and checked, nothing is run (NOSIM)");
         return 0;
     }
     startStatus(simulation);
@@ -200,11 +200,12 @@ int runSimulation(Simulation& simulation) {
         updateStatus(simulation);
         checkWritten(simulation.console);
         applyEconomicLimits(simulation);
+        noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
-    finishRun(simulation);
+    finishRun(simulation, "finished");
     return 0;
 }
 
