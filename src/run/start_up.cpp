@@ -79,6 +79,7 @@ void openAndRead(Simulation& simulation) {
 
 void convertAndClose(Simulation& simulation) {
     convertOutsideRun(simulation);
+    checkWritten(simulation.console);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);
 }

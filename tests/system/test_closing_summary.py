@@ -48,6 +48,28 @@ def test_wells_that_never_flowed_or_met_their_limit_are_named_with_dates(tmp_pat
     assert date and "2000-01-01" <= date[1] <= "2000-01-31"
 
 
+def test_wells_that_an_economic_limit_closes_are_named_with_the_date(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("TSTEP", "WECON\n'PROD' 1000000 /\n/\nTSTEP", 1)
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    assert re.fullmatch(r"PROD on 2000-01-\d\d", row(closing(result.console), "Closed by WECON"))
+
+
+def test_a_deck_that_is_only_read_says_so(tmp_path):
+    result = finished_normally(run(tmp_path, small_deck.deck().replace("OIL\n", "NOSIM\nOIL\n", 1)))
+    assert row(closing(result.console), "Run") == "read and checked, nothing is run (NOSIM)"
+
+
+def test_a_balance_error_above_one_per_cent_is_a_warning(tmp_path):
+    options = small_deck.deck().split("TUNEKVR")[1]
+    deck = small_deck.deck(options="TUNEKVR" + options + "MAPPING\nAVERAGE /\nSTEPCTRL\nNo /\n",
+                           schedule=small_deck.SCHEDULE.replace("2*30 /", "2*300 /").replace("'RATE' 50", "'RATE' 300"))
+    lines = closing(finished_normally(run(tmp_path, deck)).console)
+    worst = max(abs(float(re.search(r"balance error (\S+) %", row(lines, phase))[1])) for phase in ("Oil", "Water"))
+    assert worst > 1.0, "lines averaged in cells keep no amounts"
+    assert "WARNING" in row(lines, "Oil") + row(lines, "Water")
+    assert any("WARNING :: BALANCE ERROR OF" in line for line in lines)
+
+
 def test_warnings_stand_by_kind_with_place_and_count_and_in_the_end_file(tmp_path):
     schedule = small_deck.SCHEDULE.replace("TSTEP", "WCONPROD\n'NONE' 'OPEN' 'BHP' 5* 2000 /\n'NADA' 'OPEN' 'BHP' 5* 2000 /\n/\nTSTEP", 1)
     result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))

@@ -1,6 +1,7 @@
 """Vectors of every step: KVR_Summary.csv in the units of the deck, and the summary files with what SUMMARY asks for."""
 
 import csv
+import re
 import shutil
 import subprocess
 
@@ -184,10 +185,8 @@ def test_restart_files_of_live_oil_hold_its_gas(tmp_path):
     deck = public_deck("spe1/SPE1CASE1.DATA")
     if deck is None:
         pytest.skip("no public decks")
-    head = deck.split("SCHEDULE", 1)[0]
-    start, tail = deck.split("TSTEP", 1)
-    deck = start + "TSTEP\n31 28 /\nEND\nTUNEKVR\nFDMETHOD\nFIM\nOUTPUTKVR\n1 0 1 0 0 0 0 1 1 0 /\n"
-    assert head and tail
+    free = re.sub(r"^DRSDT\s[^/]*/", "", deck, flags=re.M)  # gas may dissolve again
+    deck = free.split("TSTEP", 1)[0] + "TSTEP\n31 28 /\nEND\nTUNEKVR\nFDMETHOD\nFIM\nOUTPUTKVR\n1 0 1 0 0 0 0 1 1 0 /\n"
     (tmp_path / "SPE1.DATA").write_text(deck)
     ended = run_named("SPE1", folder=tmp_path)
     assert ended.returncode == 0, ended.console
