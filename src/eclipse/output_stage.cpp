@@ -1,5 +1,6 @@
 #include "eclipse/output_stage.hpp"
 
+#include "base/written_files.hpp"
 #include "eclipse/end_file.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -148,6 +149,7 @@ void convertOutsideRun(Simulation& simulation) {
 }
 
 void finishEclipseFiles(Simulation& simulation) {
+    unwatchFile(simulation.console, simulation.eclipse.rft.file);
     closeOrStop(simulation.console, simulation.eclipse.rft);
     if (!simulation.options.traceFromRestart)
         Output_ECLEND_Normal(simulation.console, simulation.options, simulation.messages,
