@@ -105,7 +105,7 @@ void checkWritten(const Console& console) {
 
 void closeWhole(const Console& console, std::FILE* file) {
     const int error = failureOf(file);
-    if (error == 0) {
+    if (error <= 0) {
         std::fclose(file);
         return;
     }
@@ -122,7 +122,7 @@ long lengthOf(std::FILE* file) {
 
 void closeAppended(const Console& console, std::FILE* file, long before) {
     const int error = failureOf(file);
-    if (error == 0) {
+    if (error <= 0) {
         std::fclose(file);
         return;
     }
