@@ -37,6 +37,11 @@ int pastFailure(std::FILE* file) {
     return write(fileno(file), "\n", 1) < 0 && errno != 0 ? errno : EIO;
 }
 
+bool isRegular(std::FILE* file) {
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// 0, an errno, or Removed.
 int failureOf(std::FILE* file) {
     errno = 0;
@@ -110,9 +115,10 @@ void closeWhole(const Console& console, std::FILE* file) {
         return;
     }
     const std::string path = pathOf(file);
+    const bool removable = isRegular(file);  // a device stays where it is
     cutLoose(file);
     std::fclose(file);
-    std::remove(path.c_str());
+    if (removable) std::remove(path.c_str());
     stopOnWriteFailure(console, path, error);
 }
 
