@@ -30,11 +30,23 @@ std::string pathOf(std::FILE* file) {
     return path;
 }
 
+/// The reason of a failure that has left its mark on the stream and no errno: that of another try, whose byte
+/// goes with the rest of a file that cannot be written.
+int pastFailure(std::FILE* file) {
+    errno = 0;
+    return write(fileno(file), "\n", 1) < 0 && errno != 0 ? errno : EIO;
+}
+
+bool isRegular(std::FILE* file) {
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// 0, an errno, or Removed.
 int failureOf(std::FILE* file) {
     errno = 0;
     if (std::fflush(file) != 0) return errno != 0 ? errno : EIO;
-    if (std::ferror(file) != 0) return EIO;
+    if (std::ferror(file) != 0) return pastFailure(file);
     struct stat status {};
     if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 0) return Removed;
     return 0;
@@ -98,14 +110,15 @@ void checkWritten(const Console& console) {
 
 void closeWhole(const Console& console, std::FILE* file) {
     const int error = failureOf(file);
-    if (error == 0) {
+    if (error <= 0) {
         std::fclose(file);
         return;
     }
     const std::string path = pathOf(file);
+    const bool removable = isRegular(file);  // a device stays where it is
     cutLoose(file);
     std::fclose(file);
-    std::remove(path.c_str());
+    if (removable) std::remove(path.c_str());
     stopOnWriteFailure(console, path, error);
 }
 
@@ -115,7 +128,7 @@ long lengthOf(std::FILE* file) {
 
 void closeAppended(const Console& console, std::FILE* file, long before) {
     const int error = failureOf(file);
-    if (error == 0) {
+    if (error <= 0) {
         std::fclose(file);
         return;
     }

@@ -1,5 +1,6 @@
 #include "eclipse/output_stage.hpp"
 
+#include "base/written_files.hpp"
 #include "eclipse/end_file.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -13,6 +14,7 @@
 #include "eclipse/rft_file.hpp"
 #include "eclipse/summary_files.hpp"
 #include "report/run_vectors.hpp"
+#include "report/summary_table.hpp"
 #include "report/well_figures.hpp"
 
 #include <algorithm>
@@ -80,7 +82,7 @@ std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& reques
 }
 
 std::vector<float> askedValues(const Simulation& run) {
-    const StepFigures figures = stepFigures(run);
+    const StepFigures figures = vectorFigures(run);
     std::vector<float> values;
     for (const AskedVector& asked : run.eclipse.asked) {
         const WellFigures& figure = asked.well.empty() ? figures.field : figures.wells[asked.wellPlace];
@@ -147,6 +149,7 @@ void convertOutsideRun(Simulation& simulation) {
 }
 
 void finishEclipseFiles(Simulation& simulation) {
+    unwatchFile(simulation.console, simulation.eclipse.rft.file);
     closeOrStop(simulation.console, simulation.eclipse.rft);
     if (!simulation.options.traceFromRestart)
         Output_ECLEND_Normal(simulation.console, simulation.options, simulation.messages,

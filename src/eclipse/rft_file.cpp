@@ -1,5 +1,6 @@
 #include "eclipse/rft_file.hpp"
 
+#include "base/written_files.hpp"
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -68,7 +69,10 @@ void addWell(const RunClock& clock, const RftSource& source, const Well& well, R
 void addRftRecords(const Console& console, const RunOptions& options, const RunClock& clock,
                    const GridModel& grid, const CellState& state, const WellRecord& wells,
                    EclipseOutput& output) {
-    if (output.rft.file == nullptr) openOrStop(console, runFile(options, ".RFT"), output.rft);
+    if (output.rft.file == nullptr) {
+        openOrStop(console, runFile(options, ".RFT"), output.rft);
+        watchFile(console, output.rft.file, output.rft.path);
+    }
     if (!isOn(options, OutputSwitch::Eclipse)) return;
     for (const Well& well : wells.wells) addWell(clock, {grid, state}, well, output.rft);
     std::fflush(output.rft.file);

@@ -1,5 +1,6 @@
 #include "report/region_balance.hpp"
 
+#include "base/written_files.hpp"
 #include "report/text_table.hpp"
 #include "run/records/output_streams.hpp"
 
@@ -77,10 +78,11 @@ void reportRegions(Simulation& simulation) {
     const std::string path = outputPath(simulation.outputs, outputName(OutputFile::RunRegions));
     std::FILE* file =
         first ? openForReplace(simulation.console, path) : openForAppend(simulation.console, path);
+    const long before = lengthOf(file);
     if (first) std::fputs(std::string(Head).c_str(), file);
     for (std::size_t r = 0; r < regions.size(); ++r)
         std::fputs(rowOf(simulation, r, regions[r], record.firstOfRegion[r].oil).c_str(), file);
-    std::fclose(file);
+    closeAppended(simulation.console, file, before);
 }
 
 }  // namespace kvr

@@ -73,6 +73,14 @@ void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const Ru
     flush(writer);
 }
 
+StepFigures vectorFigures(const Simulation& simulation) {
+    StepFigures figures = stepFigures(simulation);
+    if (simulation.balance.rows.size() > 1) return figures;
+    figures.field.production = figures.field.injection = {};
+    for (WellFigures& well : figures.wells) well.production = well.injection = {};
+    return figures;
+}
+
 void startSummaryTable(Simulation& simulation) {
     OutputStreams& outputs = simulation.outputs;
     outputs.summary = openBeside(simulation.console, outputs, OutputFile::RunSummary);
@@ -83,7 +91,7 @@ void startSummaryTable(Simulation& simulation) {
 
 void addToSummaryTable(const Simulation& simulation) {
     if (simulation.outputs.summary == nullptr) return;
-    addSummaryRow(simulation.units, stepFigures(simulation), simulation.clock, simulation.outputs.summary);
+    addSummaryRow(simulation.units, vectorFigures(simulation), simulation.clock, simulation.outputs.summary);
 }
 
 void closeSummaryTable(Simulation& simulation) {

@@ -15,6 +15,10 @@ void putSummaryHead(const UnitSystem& units, const std::vector<std::string>& wel
 void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const RunClock& clock,
                    std::FILE* file);
 
+/// The figures of the present step as vectors show them: at time zero nothing flows, whatever the wells are
+/// set to, as in the other tables.
+StepFigures vectorFigures(const Simulation& simulation);
+
 /// Opens the table beside the other files, with its head and the row of time zero; a row per step; its end.
 void startSummaryTable(Simulation& simulation);
 void addToSummaryTable(const Simulation& simulation);

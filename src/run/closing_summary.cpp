@@ -73,13 +73,15 @@ std::string limitText(const WellCourse& well, const std::string& name) {
 
 void tellWells(const Simulation& s) {
     const std::vector<std::string> names = runWellNames(s.schedule, s.wells);
-    std::vector<std::string> dry, limited;
+    std::vector<std::string> dry, limited, closed;
     for (std::size_t w = 0; w < names.size(); ++w) {
         const WellCourse well = w < s.course.wells.size() ? s.course.wells[w] : WellCourse{};
         if (!well.flowed) dry.push_back(names[w]);
+        if (!well.closedDate.empty()) closed.push_back(fmt::format("{} on {}", names[w], well.closedDate));
         if (!well.limitDate.empty()) limited.push_back(limitText(well, names[w]));
     }
     if (!dry.empty()) row(s, "Never flowed", listText(dry));
+    if (!closed.empty()) row(s, "Closed by WECON", listText(closed));
     if (!limited.empty()) row(s, "At their BHP limit", listText(limited));
 }
 
@@ -141,6 +143,14 @@ void noteCourse(Simulation& simulation) {
         if (limited && well.limitDate.empty()) well.limitDate = dateText(simulation.clock);
         if (!limited && well.atLimit) well.releaseDate = dateText(simulation.clock);
         well.atLimit = limited;
+    }
+}
+
+void noteClosedWells(Simulation& simulation) {
+    const std::vector<Well>& wells = simulation.wells.wells;
+    for (std::size_t w = 0; w < std::min(wells.size(), simulation.course.wells.size()); ++w) {
+        std::string& date = simulation.course.wells[w].closedDate;
+        if (wells[w].closedByLimit && date.empty()) date = dateText(simulation.clock);
     }
 }
 

@@ -7,6 +7,9 @@ namespace kvr {
 /// Notes what the closing summary tells of the wells; comes behind every step.
 void noteCourse(Simulation& simulation);
 
+/// The same of wells that an economic limit has closed behind the step.
+void noteClosedWells(Simulation& simulation);
+
 /// A balance error above the tolerable one is a warning; comes before the messages are counted.
 void warnOfBalance(const Simulation& simulation);
 

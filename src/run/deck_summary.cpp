@@ -57,7 +57,7 @@ std::string wellsText(const Simulation& s) {
     const std::vector<ScheduleWell>& wells = s.schedule.steps.back().wells;
     const auto injectors =
         std::count_if(wells.begin(), wells.end(), [](const auto& w) { return w.isInjector; });
-    return fmt::format("{} producers, {} injectors", static_cast<long>(wells.size()) - injectors, injectors);
+    return fmt::format("{} producing, {} injecting", static_cast<long>(wells.size()) - injectors, injectors);
 }
 
 std::string inPlaceText(const Simulation& s) {
@@ -86,7 +86,10 @@ void tellDeckSummary(const Simulation& s) {
     row(s, "Wells", wellsText(s));
     row(s, "Schedule", scheduleText(s));
     row(s, "Method", methodText(s));
-    if (!s.command.check) row(s, "Results", outputPath(s.outputs, "KVR_*"));
+    if (s.command.check) return;
+    row(s, "Results", outputPath(s.outputs, "KVR_*"));
+    const int warnings = warningCount(s.messages);
+    if (warnings > 0) row(s, "Warnings", fmt::format("{} so far, listed behind the run", warnings));
 }
 
 }  // namespace kvr

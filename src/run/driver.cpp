@@ -21,6 +21,8 @@
 #include "run/step_control.hpp"
 #include "run/time_stepping.hpp"
 
+#include <filesystem>
+
 namespace kvr {
 
 namespace {
@@ -117,12 +119,18 @@ void closeFiles(Simulation& simulation) {
     writeFilesIndex(simulation);
 }
 
+bool folderStands(const Simulation& simulation) {
+    std::error_code ignored;
+    const std::string& folder = simulation.outputs.folder;
+    return folder.empty() || std::filesystem::is_directory(folder, ignored);
+}
+
 /// A stop on an error: the reason has been told and stands last where the console is concise.
 void leaveAtStop(Simulation& simulation) {
     simulation.console.atStop = nullptr;
     clearStatus(simulation.console);
     if (simulation.console.log == nullptr) return;
-    finishEclipseFiles(simulation);
+    if (folderStands(simulation)) finishEclipseFiles(simulation);
     if (!simulation.course.stepsBegun) return;
     Simulation& s = simulation;
     std::FILE* const screen = s.console.screen;
@@ -152,7 +160,7 @@ void connectConsole(Simulation& simulation) {
     console.atStop = &simulation.atStop;
 }
 
-void finishRun(Simulation& simulation) {
+void finishRun(Simulation& simulation, std::string_view ending) {
     endStatus(simulation);
     warnOfBalance(simulation);
     printStageTimes(simulation.console, simulation.times);
@@ -160,7 +168,7 @@ void finishRun(Simulation& simulation) {
     if (simulation.options.method == "FIM")
         printImplicitCounts(simulation.console, simulation.implicit.counts);
     printStepCounts(simulation.console, simulation.control);
-    leave(simulation, "finished");
+    leave(simulation, ending);
     printEnd(simulation.console, static_cast<float>(cpuSeconds()) - simulation.times.cpuAtStart);
     closeFiles(simulation);
 }
@@ -173,7 +181,7 @@ int runSimulation(Simulation& simulation) {
     if (simulation.options.checkOnly) return 0;
     if (simulation.options.noSimulation) {
         lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
-        finishRun(simulation);
+        finishRun(simulation, "read and checked, nothing is run (NOSIM)");
         return 0;
     }
     startStatus(simulation);
@@ -192,11 +200,12 @@ int runSimulation(Simulation& simulation) {
         updateStatus(simulation);
         checkWritten(simulation.console);
         applyEconomicLimits(simulation);
+        noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
-    finishRun(simulation);
+    finishRun(simulation, "finished");
     return 0;
 }
 

@@ -79,6 +79,7 @@ void openAndRead(Simulation& simulation) {
 
 void convertAndClose(Simulation& simulation) {
     convertOutsideRun(simulation);
+    checkWritten(simulation.console);
     closeOutputs(simulation.outputs);
     closeLog(simulation.outputs, simulation.console);
 }
@@ -176,6 +177,7 @@ void startUp(Simulation& simulation) {
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
     reportRegions(simulation);
+    checkWritten(simulation.console);
     writeStaticPlots(simulation);
     writeRunInformation(simulation);
     startEclipseFiles(simulation);

@@ -6,10 +6,18 @@
 namespace kvr {
 
 void letWaitingThreadsSleep(char* arguments[]) {
-    constexpr const char* Policy = "OMP_WAIT_POLICY";
+    struct Setting {
+        const char* name;
+        const char* value;
+    };
+    // The library of dense algebra would start threads of its own that are never used.
+    constexpr Setting Settings[] = {{"OMP_WAIT_POLICY", "passive"}, {"OPENBLAS_NUM_THREADS", "1"}};
     constexpr int KeepWhatIsSet = 0;
-    if (std::getenv(Policy) != nullptr || setenv(Policy, "passive", KeepWhatIsSet) != 0) return;
-    execv("/proc/self/exe", arguments);
+    bool changed = false;
+    for (const Setting& setting : Settings)
+        if (std::getenv(setting.name) == nullptr)
+            changed = setenv(setting.name, setting.value, KeepWhatIsSet) == 0 || changed;
+    if (changed) execv("/proc/self/exe", arguments);
 }
 
 }  // namespace kvr

@@ -303,7 +303,7 @@ TEST(DamagedBinaryFiles, EndWithAResultOrAFaultAndHoldNoMoreThanTheirSizeAllows)
         const std::string complaint = tried(number, bytes, bench);
         ASSERT_EQ(complaint, "");
     }
-    closeRestartPlots(bench.plots);
+    closeRestartPlots(Console{nullptr, nullptr, nullptr}, bench.plots);
     std::filesystem::remove_all(bench.folder);
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace kvr {
@@ -14,6 +15,8 @@ namespace {
 
 constexpr int LargestDenseSize = 46340;  // n * n must fit the 32-bit index of LAPACK
 constexpr int ParameterErrorCode = -1;
+// Of OpenBLAS, 128 MB a thread, with room for what else the step takes; untouched pages cost nothing.
+constexpr std::size_t WorkspaceBytes = std::size_t{144} << 20;
 
 /// Asked beforehand: an allocation beyond the memory of the machine would be granted and only break
 /// when it is filled.
@@ -40,9 +43,24 @@ SolveResult judgeDirect(const LinearSystem& system, std::span<const double> solu
     return result;
 }
 
+/// Whether the address space has room for the library's work space.
+bool findsWorkspace() {
+    void* const place =
+        mmap(nullptr, WorkspaceBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (place == MAP_FAILED) return false;
+    munmap(place, WorkspaceBytes);
+    return true;
+}
+
 }  // namespace
 
+void requireDenseWorkspace() {
+    thread_local const bool found = findsWorkspace();
+    if (!found) throw std::bad_alloc();
+}
+
 DenseStatus factorDense(int n, std::span<double> A, std::span<int> pivot) {
+    requireDenseWorkspace();
     int info = 0;
     dgetrf_(&n, &n, A.data(), &n, pivot.data(), &info);
     return info == 0 ? DenseStatus::Solved : DenseStatus::Singular;

@@ -20,6 +20,10 @@ enum class DenseStatus { Solved, BadParameter, Singular };
 /// BadParameter for n < 1 or spans that are too short, Singular for a zero pivot; b is then undefined.
 DenseStatus LINEAR_SOLVE(int n, std::span<double> A, std::span<double> b);
 
+/// Before the first dense or band solve of a thread: the library takes a work space of its own then, and
+/// where it gets none it asks for ever. Throws std::bad_alloc instead.
+void requireDenseWorkspace();
+
 /// The two stages by themselves: LU factors with row pivoting in place, then a solve in place.
 DenseStatus factorDense(int n, std::span<double> A, std::span<int> pivot);
 void solveFactored(int n, std::span<const double> factors, std::span<const int> pivot, std::span<double> b);

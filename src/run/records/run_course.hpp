@@ -10,8 +10,8 @@ struct WellCourse {
     bool flowed = false;
     bool atLimit = false;     // at the end of the last step
     std::string limitDate;    // of the first step at whose end it was at its limit; empty: never
+    std::string closedDate;   // of the step behind which an economic limit closed it; empty: never
     std::string releaseDate;  // of the last step at whose end it had come off it; empty: never
-    int stepsAtLimit = 0;
 };
 
 /// What a run was like, kept step by step for its closing summary and its table of reports.

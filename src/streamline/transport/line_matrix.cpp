@@ -79,6 +79,7 @@ bool solveBanded(LineMatrix& matrix) {
         matrix.full[at(column) * at(height) + at(below + above + row - column)] = value;
     });
     int info = 0;
+    requireDenseWorkspace();
     dgbtrf_(&size, &size, &below, &above, matrix.full.data(), &height, matrix.pivot.data(), &info);
     if (info != 0) return false;
     const int one = 1;

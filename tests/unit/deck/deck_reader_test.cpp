@@ -50,7 +50,7 @@ struct DeckRun {
         run.outputs.streams.assign(static_cast<std::size_t>(OutputFile::Count), nullptr);
         run.options.inputMode = 1;
         run.options.useRelativePath = true;
-        run.options.workingFolder = folder.string() + "/";
+        run.options.workingFolder = run.options.deckFolder = folder.string() + "/";
         run.options.dataFileBase = (folder / "CASE").string();
     }
     DeckRun(const DeckRun&) = delete;

@@ -17,7 +17,7 @@ struct ExampleRun {
         run.console = quiet.console;
         run.options.inputMode = 1;
         run.options.useRelativePath = true;
-        run.options.workingFolder = folder.path;
+        run.options.workingFolder = run.options.deckFolder = folder.path;
         run.options.dataFileBase = folder.path + "ECLIPSE";
         readDeck(run);
     }

@@ -20,7 +20,7 @@ struct GridBench : DeckBench {
 
     GridBench(int nx, int ny, int nz, std::string_view text, std::string_view section = "GRID")
         : DeckBench(text, section) {
-        reader.workingFolder = fmt::format("{}grid_bench_{}_", testing::TempDir(), getpid());
+        options.workingFolder = fmt::format("{}grid_bench_{}_", testing::TempDir(), getpid());
         grid.NX = nx;
         grid.NY = ny;
         grid.NZ = nz;
@@ -30,7 +30,7 @@ struct GridBench : DeckBench {
     GridBench& operator=(const GridBench&) = delete;
     ~GridBench() { std::remove(cornerPointDeck().c_str()); }
 
-    [[nodiscard]] std::string cornerPointDeck() const { return reader.workingFolder + CornerPointDeckName; }
+    [[nodiscard]] std::string cornerPointDeck() const { return options.workingFolder + CornerPointDeckName; }
     GridBench& readGrid() {
         GridRecords records{options, grid};
         readGridSection(reader, records);

@@ -324,7 +324,7 @@ TEST(GridSectionStops, InFrontOfTheDimensions) {
 TEST(GridSectionStops, WhenTheCornerPointDeckCannotBeWritten) {
     const auto read = [] {
         GridBench bench(2, 2, 2, SoundBlocks);
-        bench.reader.workingFolder = "/nowhere/at/all/";
+        bench.options.workingFolder = "/nowhere/at/all/";
         bench.speakToStandardError();
         bench.readGrid();
     };

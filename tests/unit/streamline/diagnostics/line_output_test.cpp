@@ -133,7 +133,7 @@ TEST(LineOutput, WritesNoZoneForALineOfOneNode) {
     writePlotLine(s.options, s.grid, s.fluids, s.state, {record, false, {}}, plot);
     flush(plot.writer);
     EXPECT_EQ(std::ftell(file), 0);
-    closeLinePlot(s.console, plot);
+    closeLinePlot(Console{nullptr, nullptr, nullptr}, plot);
 }
 
 TEST(LineOutput, WaitsForTheLastPassAndForAReportTime) {

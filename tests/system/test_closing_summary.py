@@ -1,0 +1,123 @@
+"""The last lines of a run, its index of files and its counts of messages."""
+
+import re
+
+import small_deck
+from kvr_run import finished_normally, run
+from named_run import run_named
+
+LIMITED = small_deck.SCHEDULE.replace("'PROD' 'OPEN' 'BHP' 5* 2000", "'PROD' 'OPEN' 'ORAT' 5000 4* 2500").replace(
+    "'PROD' 'G' 5 5 5010 'OIL' /", "'PROD' 'G' 5 5 5010 'OIL' /\n'IDLE' 'G' 3 3 5010 'OIL' /").replace(
+    "'PROD' 5 5 1 1 'OPEN' 2* 0.5 /", "'PROD' 5 5 1 1 'OPEN' 2* 0.5 /\n'IDLE' 3 3 1 1 'OPEN' 2* 0.5 /").replace(
+    "4* 2500 /", "4* 2500 /\n'IDLE' 'SHUT' 'BHP' 5* 2000 /")
+
+
+def closing(text):
+    """The lines between the last two rules."""
+    return text.rsplit("-" * 72, 2)[1].strip("\n").splitlines()
+
+
+def row(lines, label):
+    return next(line.split(":", 1)[1].strip() for line in lines if line.startswith(label))
+
+
+def counts(path):
+    return {name: int(count) for name, count in re.findall(r"^ (\w+) +(\d+)$", path.read_text(), flags=re.M)}
+
+
+def test_every_run_ends_with_its_summary_on_console_and_log(tmp_path):
+    result = finished_normally(run(tmp_path, small_deck.deck()))
+    lines = closing(result.console)
+    assert lines == closing(result.log)
+    assert row(lines, "Run") == "finished"
+    assert row(lines, "Time").startswith("60 of 60 days, 2000-03-01, ")
+    table = result.table()
+    assert f"produced {table['FOPT'][-1]:.6g} STB" in row(lines, "Oil")
+    assert f"injected {table['FWIT'][-1]:.6g} STB" in row(lines, "Water")
+    assert "balance error 0.0000 %" in row(lines, "Oil")
+    assert row(lines, "Warnings") == "0"
+    assert [line.split(":")[0].strip() for line in lines[-3:]] == ["KVR_Summary.csv", "KVR_Files.txt", "KVR_dbg.out"]
+
+
+def test_wells_that_never_flowed_or_met_their_limit_are_named_with_dates(tmp_path):
+    deck = small_deck.deck(runspec=small_deck.RUNSPEC.replace("2 1 /", "3 1 /"), schedule=LIMITED)
+    result = finished_normally(run(tmp_path, deck))
+    lines = closing(result.console)
+    assert row(lines, "Never flowed") == "IDLE"
+    date = re.match(r"PROD from (\d{4}-\d\d-\d\d)", row(lines, "At their BHP limit"))
+    assert date and "2000-01-01" <= date[1] <= "2000-01-31"
+
+
+def test_wells_that_an_economic_limit_closes_are_named_with_the_date(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("TSTEP", "WECON\n'PROD' 1000000 /\n/\nTSTEP", 1)
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    assert re.fullmatch(r"PROD on 2000-01-\d\d", row(closing(result.console), "Closed by WECON"))
+
+
+def test_a_deck_that_is_only_read_says_so(tmp_path):
+    result = finished_normally(run(tmp_path, small_deck.deck().replace("OIL\n", "NOSIM\nOIL\n", 1)))
+    assert row(closing(result.console), "Run") == "read and checked, nothing is run (NOSIM)"
+
+
+def test_a_balance_error_above_one_per_cent_is_a_warning(tmp_path):
+    options = small_deck.deck().split("TUNEKVR")[1]
+    deck = small_deck.deck(options="TUNEKVR" + options + "MAPPING\nAVERAGE /\nSTEPCTRL\nNo /\n",
+                           schedule=small_deck.SCHEDULE.replace("2*30 /", "2*300 /").replace("'RATE' 50", "'RATE' 300"))
+    lines = closing(finished_normally(run(tmp_path, deck)).console)
+    worst = max(abs(float(re.search(r"balance error (\S+) %", row(lines, phase))[1])) for phase in ("Oil", "Water"))
+    assert worst > 1.0, "lines averaged in cells keep no amounts"
+    assert "WARNING" in row(lines, "Oil") + row(lines, "Water")
+    assert any("WARNING :: BALANCE ERROR OF" in line for line in lines)
+
+
+def test_warnings_stand_by_kind_with_place_and_count_and_in_the_end_file(tmp_path):
+    schedule = small_deck.SCHEDULE.replace("TSTEP", "WCONPROD\n'NONE' 'OPEN' 'BHP' 5* 2000 /\n'NADA' 'OPEN' 'BHP' 5* 2000 /\n/\nTSTEP", 1)
+    result = finished_normally(run(tmp_path, small_deck.deck(schedule=schedule)))
+    lines = closing(result.console)
+    place = 1 + small_deck.deck(schedule=schedule).splitlines().index("'NONE' 'OPEN' 'BHP' 5* 2000 /")
+    assert row(lines, "Warnings") == "2"
+    told = next(line for line in lines if "UNKNOWN WELL" in line)
+    assert told.strip() == f"2 x WARNING :: UNKNOWN WELL, ROW SKIPPED :: NONE (File ECLIPSE.DATA, line {place}, keyword WCONPROD)"
+    assert counts(tmp_path / "ECLIPSE.ECLEND") == {"Comments": 0, "Warnings": 2, "Problems": 0, "Errors": 0, "Bugs": 0}
+
+
+def test_keywords_that_change_the_answer_stand_apart_from_those_that_steer_output(tmp_path):
+    grid = small_deck.GRID + "MINPV\n100 /\n"
+    schedule = small_deck.SCHEDULE.replace("TSTEP", "RPTSCHED\n1 /\nTSTEP", 1)
+    deck = small_deck.deck(grid=grid, schedule=schedule)
+    lines = closing(finished_normally(run(tmp_path, deck)).console)
+    at = [1 + deck.splitlines().index(word) for word in ("MINPV", "RPTSCHED")]
+    assert row(lines, "NOT USED") == f"MINPV (line {at[0]})"
+    assert row(lines, "Not needed").startswith(f"RPTSCHED (line {at[1]}") or f"RPTSCHED (line {at[1] + 1}" in row(lines, "Not needed")
+
+
+def test_a_run_that_an_error_ends_counts_it_in_the_end_file(tmp_path):
+    ended = run(tmp_path, small_deck.deck().replace("25*0.2 /", "25*x /", 1))
+    assert ended.status == 1
+    assert counts(tmp_path / "ECLIPSE.ECLEND")["Errors"] == 1
+
+
+def test_the_index_lists_every_file_that_holds_something(tmp_path):
+    (tmp_path / "FLOOD.DATA").write_text(small_deck.deck())
+    assert run_named("FLOOD", folder=tmp_path).returncode == 0
+    listed = [line.split()[0] for line in (tmp_path / "FLOOD_Files.txt").read_text().splitlines()]
+    left = {path.name for path in tmp_path.iterdir()} - {"FLOOD.DATA", "FLOOD_Files.txt"}
+    assert sorted(listed) == sorted(left)
+    assert all(path.stat().st_size > 0 for path in tmp_path.iterdir()), "empty files are removed"
+
+
+def test_files_of_an_earlier_run_of_the_name_are_removed(tmp_path):
+    options = small_deck.deck().split("TUNEKVR")[1].replace("1 0 0 0 0 0 0 1 0 0 /", "1 0 0 1 0 0 0 1 1 1 /")
+    deck = small_deck.deck(options="TUNEKVR" + options)
+    (tmp_path / "FLOOD.DATA").write_text(deck)
+    assert run_named("FLOOD", folder=tmp_path).returncode == 0
+    assert (tmp_path / "FLOOD.X0002").exists() and (tmp_path / "FLOOD.SLN0002").exists()
+    lines_of_first = {path.name for path in tmp_path.glob("FLOOD_Streamline_Time_*")}
+    (tmp_path / "OTHER.X0007").write_text("of another run")
+    (tmp_path / "FLOOD.DATA").write_text(deck.replace("2*30 /", "25 /"))
+    ended = run_named("FLOOD", "--verbose", folder=tmp_path)
+    assert ended.returncode == 0
+    assert "FILES OF AN EARLIER RUN REMOVED :: " in ended.console
+    assert not (tmp_path / "FLOOD.X0002").exists() and not (tmp_path / "FLOOD.SLN0002").exists()
+    assert not lines_of_first & {path.name for path in tmp_path.glob("FLOOD_Streamline_Time_*")}
+    assert (tmp_path / "OTHER.X0007").exists()
