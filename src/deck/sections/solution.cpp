@@ -17,6 +17,9 @@ void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
     checkRead(reader, readDoubles(*reader.cursor, items));
+    if (items[3] != 0.0)
+        warnHere(reader, "WARNING :: CAPILLARY PRESSURE {} AT THE WATER-OIL CONTACT IS NOT USED, 0 IS",
+                 number(items[3]));
     const UnitSystem& units = *reader.units;
     region.datumDepth = items[0] * units.length;
     region.datumPressure = items[1] * units.pressure;
@@ -313,7 +316,7 @@ void readSolution(SectionReader& reader, SolutionRecords& records) {
     }
     if (records.initial.equilibrationMode) return;
     checkArrays(reader, records);
-    requirePressure(reader, records);
+    if (!reader.cursor->text.empty()) requirePressure(reader, records);
 }
 
 void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid) {
