@@ -144,6 +144,8 @@ def test_a_mistake_is_told_with_its_place(name, tmp_path):
     assert told, result.console[-2500:]
     if not mistake.stops:
         assert "WARNING ::" in lines[told[0]]
+        closing = result.console[result.console.rindex("\nWarnings "):]
+        assert mistake.says in closing, closing
     near = "\n".join(lines[told[0]:told[0] + 2])
     if mistake.keyword:
         assert "ECLIPSE.DATA" in near and f"keyword {mistake.keyword}" in near, near

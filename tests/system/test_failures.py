@@ -216,9 +216,9 @@ def test_a_singular_system_of_the_plain_elimination_says_so(tmp_path):
 
 
 def test_a_run_whose_steps_are_cut_to_nothing_again_and_again_stops(tmp_path):
-    """An oil that swells without bound under pressure cannot be balanced by any step."""
+    """Rock that grows without bound as pressure falls cannot be balanced by any step."""
     stops_on(tmp_path, "ERROR :: TIME STEP HAS VANISHED, PRESSURE CANNOT BE SOLVED",
-             props=small_deck.PROPS.replace("800  1.02 2.99", "800  1e-9 2.99"),
+             props=small_deck.PROPS.replace("3000 0.000001", "3000 -0.01"),
              options=kvr_run.options(lines=20, solver="DGESV", extra="STEPCTRL\nNo /\n"))
 
 

@@ -559,7 +559,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     dispatchSection<PropsRecords>(reader, records, PropsKeywords, PropsIncludeTexts);
     both(console, "-> Finished Reading PROPS. Move to Next Section");
     combinePhaseTables(console, records.options.hasWater, records.tables);
-    requireTables(reader, records);
+    if (!reader.cursor->text.empty()) requireTables(reader, records);  // a deck without PROPS has the defaults
     completeTables(console, records.options.maxRockTables, records.tables);
     printTables(console, *reader.units, records.tables);
 }

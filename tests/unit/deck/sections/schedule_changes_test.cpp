@@ -98,7 +98,7 @@ TEST(ScheduleChanges, LimitTheRiseOfSolutionGasFromTheirStepOn) {
 TEST(ScheduleChanges, GroupsAreReadOverAndNoSimIsTaken) {
     ScheduleBench bench("GRUPTREE\n'G1' 'FIELD' /\n'G2' 'FIELD' /\n/\nNOSIM\nTSTEP\n1 /\n");
     bench.read();
-    EXPECT_TRUE(bench.options.onlyChecks);
+    EXPECT_TRUE(bench.options.noSimulation);
     EXPECT_FALSE(bench.deck.printed("not surpported"));
 }
 
