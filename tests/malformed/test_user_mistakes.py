@@ -89,7 +89,7 @@ MISTAKES = {
     "saturations that do not add up": Mistake(
         deck(runspec=RUNSPEC.replace("OIL\n", "OIL\nGAS\n"), props=PROPS + GAS_TABLES,
              solution=SOLUTION + "SGAS\n25*0.1 /\nSOIL\n25*0.4 /\n"),
-        "WARNING :: INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED IN 25 CELLS; FIRST: CELL 1 (I 1, J 1, K 1)"),
+        "WARNING :: INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED IN 25 CELLS; FIRST: cell 1"),
     "a saturation above 1": Mistake(deck(solution="SOLUTION\nPRESSURE\n25*3000 /\nSWAT\n" + marked(1.2, 0.2)),
                                     "WARNING :: SWAT ABOVE 1 IN 1 CELLS", "1.2", "SWAT"),
     "no pressure": Mistake(deck(solution="SOLUTION\nSWAT\n25*0.2 /\n"), "ERROR :: NO INITIAL PRESSURE ABOVE 0", "", "PRESSURE", True),
