@@ -58,10 +58,22 @@ void readRegionsPart(SectionReader& reader, Simulation& run) {
     readRegions(reader, run.options, run.grid);
 }
 
+/// A field without any pressure would stand still or run wild.
+void requirePressure(SectionReader& reader, const Simulation& run) {
+    const auto cells = run.initial.initialPressure.cells();
+    const bool other =
+        run.initial.equilibrationMode || run.options.restartStep > 0 || run.options.componentCount > 0;
+    if (other || std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; })) return;
+    lineToBoth(consoleOf(reader), "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
+    reader.keyword = "PRESSURE";
+    stopAtPlace(reader);
+}
+
 void readSolutionPart(SectionReader& reader, Simulation& run) {
     sizeInitialArrays(run.grid, run.initial);
     SolutionRecords records{run.options, run.fluids, run.grid, run.initial};
     readSolution(reader, records);
+    if (!reader.cursor->text.empty()) requirePressure(reader, run);
 }
 
 void readSummaryPart(SectionReader& reader, Simulation& run) {
@@ -134,6 +146,8 @@ void closeMissingSections(DeckReading& deck, std::size_t end) {
         DeckCursor nothing;
         nothing.fileName = deck.cursor.fileName;
         nothing.lineNumber = deck.cursor.lineNumber;
+        warn(deck.run.console, "WARNING :: THE DECK HAS NO SECTION {}, ITS DEFAULTS ARE TAKEN",
+             Sections[row].word);
         readSection(deck, row, nothing);
     }
 }

@@ -91,7 +91,8 @@ TankFluid fluidOf(CellId cell, const Walk& walk) {
     fluid.MuW = walk.state.MuW[cell];
     fluid.MuO = walk.state.MuO[cell];
     fluid.MuG = walk.state.MuG[cell];
-    if (walk.tables.hasGas) fluid.saturatedRs =
+    if (walk.tables.hasGas)
+        fluid.saturatedRs =
             allowedRs(walk.state, cell, SolutionRs(pvtAt(walk.tables, cell), walk.state.Pressure[cell]));
     return fluid;
 }

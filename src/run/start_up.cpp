@@ -33,6 +33,8 @@
 #include "streamline/streamline_step.hpp"
 #include "streamline/tracing/cell_tags.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
@@ -71,10 +73,23 @@ void readInput(Simulation& simulation) {
     refuseUnbuiltFeatures(simulation.console, options);
 }
 
+/// A deck without SOLUTION leaves cells without any pressure: nothing can flow, or everything at once.
+void requirePressure(const Simulation& simulation) {
+    const InitialConditions& initial = simulation.initial;
+    const auto cells = initial.initialPressure.cells();
+    if (initial.equilibrationMode || simulation.options.eclipseToTecplot ||
+        std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; }))
+        return;
+    lineToBoth(simulation.console, "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
+    lineToBoth(simulation.console, "The deck has no section SOLUTION with either keyword");
+    hardStop(simulation.console);
+}
+
 void openAndRead(Simulation& simulation) {
     resetCounters(simulation.clock);
     openInput(simulation);
     readInput(simulation);
+    requirePressure(simulation);
 }
 
 void convertAndClose(Simulation& simulation) {

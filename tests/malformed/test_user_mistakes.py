@@ -89,7 +89,7 @@ MISTAKES = {
     "saturations that do not add up": Mistake(
         deck(runspec=RUNSPEC.replace("OIL\n", "OIL\nGAS\n"), props=PROPS + GAS_TABLES,
              solution=SOLUTION + "SGAS\n25*0.1 /\nSOIL\n25*0.4 /\n"),
-        "WARNING :: INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED IN 25 CELLS; FIRST: CELL 1 (I 1, J 1, K 1)"),
+        "WARNING :: INITIAL SATURATIONS THAT DO NOT ADD UP TO 1, SCALED IN 25 CELLS; FIRST: cell 1"),
     "a saturation above 1": Mistake(deck(solution="SOLUTION\nPRESSURE\n25*3000 /\nSWAT\n" + marked(1.2, 0.2)),
                                     "WARNING :: SWAT ABOVE 1 IN 1 CELLS", "1.2", "SWAT"),
     "no pressure": Mistake(deck(solution="SOLUTION\nSWAT\n25*0.2 /\n"), "ERROR :: NO INITIAL PRESSURE ABOVE 0", "", "PRESSURE", True),
@@ -144,6 +144,8 @@ def test_a_mistake_is_told_with_its_place(name, tmp_path):
     assert told, result.console[-2500:]
     if not mistake.stops:
         assert "WARNING ::" in lines[told[0]]
+        closing = result.console[result.console.rindex("\nWarnings "):]
+        assert mistake.says in closing, closing
     near = "\n".join(lines[told[0]:told[0] + 2])
     if mistake.keyword:
         assert "ECLIPSE.DATA" in near and f"keyword {mistake.keyword}" in near, near

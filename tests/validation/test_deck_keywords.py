@@ -8,7 +8,7 @@ import pytest
 
 import keyword_deck
 import kvr_run
-from keyword_deck import BY_PHASE, EQUIL, GAS_WELLS, GEOMETRY, STEPS, WELLS, KeywordDeck, by_cell, live_oil_deck
+from keyword_deck import BY_PHASE, GAS_WELLS, GEOMETRY, STEPS, WELLS, KeywordDeck, by_cell, live_oil_deck
 from peer_flow import flow_vectors, needs_flow, run_flow
 
 pytestmark = needs_flow
@@ -25,6 +25,7 @@ BARRIER_X_MINUS = by_cell(lambda i, j, k: 0.001 if i == 6 and j < 10 else 1)
 BARRIER_Y = by_cell(lambda i, j, k: 0.01 if j == 5 and i < 9 else 1)
 BARRIER_Y_MINUS = by_cell(lambda i, j, k: 0.01 if j == 6 and i < 9 else 1)
 TIGHT_LAYERS = "PERMZ\n200*0.001 /\n"
+LAYERED = GEOMETRY + "PERMX\n100*300 100*50 /\nPERMY\n100*300 100*50 /\nPERMZ\n200*0.01 /\n"
 HALVES = by_cell(lambda i, j, k: 1 if i <= 5 else 2)
 
 SECOND_FLUID = """PVDO
@@ -104,11 +105,14 @@ CASES = {
         peer=KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n'INJ' 'SHUT' 0 0 2 /\n/\n" + STEPS)),
     "WELTARG": Case(flood(RATE_WELLS + "TSTEP\n3*60 /\nWELTARG\n'PROD' ORAT 400 /\n'INJ' WRAT 500 /\n/\nTSTEP\n3*60 /\n"
                           "WELTARG\n'PROD' 'ORAT' 800 /\n'INJ' WRAT 1000 /\n/\nTSTEP\n6*60 /\n"), flood(RATE_WELLS + STEPS),
-                    ("FOPT", "WBHP:INJ")),
+                    ("FOPT",)),
     "WELTARG BHP": Case(flood(WELLS + "TSTEP\n6*60 /\nWELTARG\n'PROD' 'BHP' 2000 /\n/\nTSTEP\n6*60 /\n"), PLAIN,
                         ("FOPT", "WBHP:INJ")),
     "WECON of a well": Case(flood(WELLS + WATER_CUT_LIMIT.format(limit=0.4, workover="WELL") + LATE_WATER),
                             flood(WELLS + LATE_WATER), ("FOPT",)),
+    "WECON of connections": Case(
+        KeywordDeck(grid=LAYERED, schedule=WELLS + WATER_CUT_LIMIT.format(limit=0.5, workover="CON") + LATE_WATER),
+        KeywordDeck(grid=LAYERED, schedule=WELLS + LATE_WATER), ("FOPT",)),
     "WECON of the oil rate": Case(flood(WELLS + "WECON\n'PROD' 300 /\n/\n" + LATE_WATER + STEPS),
                                   flood(WELLS + LATE_WATER + STEPS), ("FOPT",)),
     "FAULTS, MULTFLT": Case(with_grid(FAULT + "MULTFLT\n'F1' 0.001 /\n'F2' 0.002 /\n/\n"), PLAIN),
@@ -118,12 +122,12 @@ CASES = {
     "MULTX-": Case(with_grid("MULTX-\n" + BARRIER_X_MINUS), PLAIN),
     "MULTY": Case(with_grid("MULTY\n" + BARRIER_Y), PLAIN),
     "MULTY-": Case(with_grid("MULTY-\n" + BARRIER_Y_MINUS), PLAIN),
-    "MULTZ": Case(KeywordDeck(grid=GEOMETRY + "MULTZ\n100*0.0005 100*1 /\n", schedule=THREE_LAYERS + STEPS),
-                  KeywordDeck(schedule=THREE_LAYERS + STEPS)),
-    "MULTZ-": Case(KeywordDeck(grid=GEOMETRY + "MULTZ-\n100*1 100*0.0005 /\n", schedule=THREE_LAYERS + STEPS),
-                   KeywordDeck(schedule=THREE_LAYERS + STEPS)),
+    "MULTZ": Case(KeywordDeck(grid=GEOMETRY + "MULTZ\n100*0.0005 100*1 /\n", schedule=THREE_LAYERS + 2 * STEPS),
+                  KeywordDeck(schedule=THREE_LAYERS + 2 * STEPS)),
+    "MULTZ-": Case(KeywordDeck(grid=GEOMETRY + "MULTZ-\n100*1 100*0.0005 /\n", schedule=THREE_LAYERS + 2 * STEPS),
+                   KeywordDeck(schedule=THREE_LAYERS + 2 * STEPS)),
     "MULTZ- of EQUALS": Case(KeywordDeck(grid=GEOMETRY + "EQUALS\n'MULTZ-' 0.0005 1 10 1 10 2 2 /\n/\n",
-                                         schedule=THREE_LAYERS + STEPS), KeywordDeck(schedule=THREE_LAYERS + STEPS)),
+                                         schedule=THREE_LAYERS + 2 * STEPS), KeywordDeck(schedule=THREE_LAYERS + 2 * STEPS)),
     "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
     "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
     "WEFAC": Case(flood(WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
@@ -168,3 +172,39 @@ def test_a_keyword_acts_as_in_an_independent_simulator(name, method, tmp_path, p
     assert max(effect for _, _, effect in shown) > 2 * tolerance
     for vector, off, _ in shown:
         assert off <= tolerance, vector
+
+
+def test_regions_of_the_balance_hold_what_an_independent_simulator_counts(tmp_path):
+    deck = KeywordDeck(regions="FIPNUM\n" + HALVES, summary="ROIP\n/\nRWIP\n/\n")
+    peer = flow_vectors(tmp_path / "peer", deck.text(), "ROIP:1", "ROIP:2", "RWIP:1", "RWIP:2")
+    result = kvr_run.finished_normally(kvr_run.run(tmp_path, deck.text("TUNEKVR\nFDMETHOD\nFIM\nMAXDT\n5 /\n")))
+    table = result.table("KVR_Run_Regions.out")
+    balance = result.table("KVR_Run_SweepVolume.out")
+    for region in (1, 2):
+        rows = table["REGION"] == region
+        for name, vector in (("FOIP", "ROIP"), ("FWIP", "RWIP")):
+            off = distance(table["TIME"][rows], table[name][rows], peer["TIME"], peer[f"{vector}:{region}"])
+            print(f"region {region}, {name}: {100 * off:.3f} %")
+            assert off <= 0.005
+    first, second = table["REGION"] == 1, table["REGION"] == 2
+    numpy.testing.assert_allclose(table["FOIP"][first] + table["FOIP"][second], balance["|FOIP_NOW|"], rtol=1e-6)
+
+
+@pytest.mark.parametrize("method", METHODS)
+def test_groups_that_are_read_over_change_nothing(method, tmp_path):
+    options = f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n20 /\n"
+    (tmp_path / "with").mkdir()
+    with_tree = kvr_run.run(tmp_path / "with", flood("GRUPTREE\n'G' 'FIELD' /\n/\n" + WELLS + STEPS).text(options))
+    assert "GRUPTREE -> not surpported" not in with_tree.console
+    plain = kvr_run.run(tmp_path, PLAIN.text(options))
+    numpy.testing.assert_array_equal(with_tree.table()["FOPT"], plain.table()["FOPT"])
+
+
+@pytest.mark.parametrize("section", ["runspec", "schedule"])
+def test_a_deck_that_is_only_checked_runs_nothing_here_and_there(section, tmp_path):
+    deck = KeywordDeck(runspec="NOSIM\n") if section == "runspec" else flood("NOSIM\n" + WELLS + STEPS)
+    result = kvr_run.run(tmp_path, deck.text())
+    assert result.status == 0 and "NOSIM :: THE DECK HAS BEEN READ AND CHECKED" in result.console
+    assert list(result.table()["TIME"]) == [0.0]
+    status, printed = run_flow(tmp_path / "peer", deck.text())
+    assert status == 0 and "Starting time step" not in printed

@@ -261,6 +261,8 @@ std::size_t listPlace(const SectionReader& reader, std::size_t cell) {
     return static_cast<std::size_t>(std::find(places.begin(), places.end(), cell - 1) - places.begin());
 }
 
+}  // namespace
+
 std::string cellText(const SectionReader& reader, std::size_t cell) {
     const auto nx = static_cast<std::size_t>(reader.gridSize[0]);
     const auto ny = static_cast<std::size_t>(reader.gridSize[1]);
@@ -268,8 +270,6 @@ std::string cellText(const SectionReader& reader, std::size_t cell) {
     return fmt::format("cell {} (I {}, J {}, K {})", cell, (cell - 1) % nx + 1, (cell - 1) / nx % ny + 1,
                        (cell - 1) / (nx * ny) + 1);
 }
-
-}  // namespace
 
 void readCheckedArray(SectionReader& reader, const ValueRule& rule, std::span<double> values, double factor,
                       double copyFactor) {

@@ -128,6 +128,9 @@ struct ValueRule {
     bool stops;  // others stop the run, or they become the nearest value allowed
 };
 
+/// "cell 12 (I 2, J 3, K 1)", as far as the size of the grid is known.
+std::string cellText(const SectionReader& reader, std::size_t cell);
+
 /// The same for one value per cell of the grid: while a BOX is set it is given for the cells of the box
 /// alone, and the others keep theirs.
 void readCellArray(SectionReader& reader, std::span<double> values, double factor = 1.0,

@@ -4,6 +4,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/props_components.hpp"
+#include "deck/sections/props_tables.hpp"
 #include "deck/sections/pvto.hpp"
 #include "deck/sections/table_rules.hpp"
 #include "fluid/phase_tables.hpp"
@@ -80,25 +81,6 @@ FluidTables& pvtRegion(FluidTables& tables, std::size_t region) {
     if (region == 0) return tables;
     if (tables.furtherPvt.size() < region) tables.furtherPvt.resize(region);
     return tables.furtherPvt[region - 1];
-}
-
-/// A number that a row leaves open (`1*`), until its neighbours in the column fill it in.
-constexpr double OpenValue = std::numeric_limits<double>::quiet_NaN();
-
-/// Fills open numbers of a column by those above and below, linear in the first column; at an end of the
-/// table the next one stands.
-void fillOpenValues(const Column& axis, Column& column) {
-    for (std::size_t r = 0; r < column.size(); ++r) {
-        if (!std::isnan(column[r])) continue;
-        std::size_t next = r + 1;
-        while (next < column.size() && std::isnan(column[next])) ++next;
-        const bool above = r > 0, below = next < column.size();
-        if (above && below)
-            column[r] = column[r - 1] +
-                        (column[next] - column[r - 1]) * (axis[r] - axis[r - 1]) / (axis[next] - axis[r - 1]);
-        else
-            column[r] = above ? column[r - 1] : below ? column[next] : 0.0;
-    }
 }
 
 /// A row is one read: what stands behind its last value in the line would be lost, and a value too few takes
@@ -180,36 +162,12 @@ void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t tabl
     requireRows(reader, (tables.*dry.pressure).size());
 }
 
-void setDeadOil(FluidTables& tables) {
-    tables.OilRs.assign(tables.OilPressure.size(), 0.0);
-    tables.UnderRows = 0;
-}
-
 void readPvdo(SectionReader& reader, PropsRecords& records) {
     const DryColumns oil{&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity};
     readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
         readDryTable(reader, oil, table, tables);
         setDeadOil(tables);
     });
-}
-
-/// Dead oil of constant compressibility C and viscosibility V about the pressure of reference, as a table
-/// whose rows stand so close that straight lines between them are off by less than 1e-7:
-///   Bo = Bor / (1 + X + X^2/2),  X = C (p - pr);   muo Bo = muor Bor / (1 + Y + Y^2/2),  Y = (C - V)(p - pr)
-void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables) {
-    constexpr int Rows = 801;
-    constexpr double LastPressure = 40000.0;  // psia
-    const auto [reference, Bo, C, MuO, V] = item;
-    const auto series = [](double x) { return 1.0 + x + 0.5 * x * x; };
-    for (Column* column : {&tables.OilPressure, &tables.OilFvf, &tables.OilViscosity}) column->clear();
-    for (int r = 0; r < Rows; ++r) {
-        const double p = StandardPressure + (LastPressure - StandardPressure) * r / (Rows - 1);
-        const double fvf = Bo / series(C * (p - reference));
-        tables.OilPressure.push_back(p);
-        tables.OilFvf.push_back(fvf);
-        tables.OilViscosity.push_back(MuO * Bo / (fvf * series((C - V) * (p - reference))));
-    }
-    setDeadOil(tables);
 }
 
 void readPvcdo(SectionReader& reader, PropsRecords& records) {
@@ -517,37 +475,6 @@ constexpr IncludeTexts PropsIncludeTexts{"ERROR: INCLUDE File Open Error at PROP
                                          "File I/O Error, in PROPS Section",
                                          "INCLUDE FILE FINISHED, PROPS SECTION"};
 
-/// A phase of the run without any table would be one that nobody has described.
-void requireTables(SectionReader& reader, const PropsRecords& records) {
-    const RunOptions& options = records.options;
-    const FluidTables& tables = records.tables;
-    const auto hasTable = [&tables](Column SaturationTable::*axis) {
-        return std::any_of(tables.regions.begin(), tables.regions.end(),
-                           [axis](const SaturationTable& table) { return !(table.*axis).empty(); });
-    };
-    struct Need {
-        bool missing;
-        std::string_view keyword;
-        std::string_view what;
-    };
-    const Need needs[] = {
-        {options.hasOil && tables.OilPressure.empty(), "PVDO", "NO PVT TABLE OF OIL: PVDO, PVTO OR PVCDO"},
-        {options.hasGas && options.componentCount == 0 && tables.GasPressure.empty(), "PVDG",
-         "NO PVT TABLE OF GAS: PVDG"},
-        {options.hasOil && options.hasWater && !hasTable(&SaturationTable::SwAxis), "SWOF",
-         "NO RELATIVE PERMEABILITIES OF WATER AND OIL: SWOF, OR SWFN WITH SOF2 OR SOF3"},
-        {options.hasOil && options.hasGas && options.componentCount == 0 &&
-             !hasTable(&SaturationTable::SgAxis),
-         "SGOF", "NO RELATIVE PERMEABILITIES OF GAS AND OIL: SGOF, OR SGFN WITH SOF2 OR SOF3"},
-    };
-    for (const Need& need : needs) {
-        if (!need.missing) continue;
-        both(consoleOf(reader), "ERROR :: {}", need.what);
-        reader.keyword = need.keyword;
-        stopAtPlace(reader);
-    }
-}
-
 }  // namespace
 
 void readProps(SectionReader& reader, PropsRecords& records) {
@@ -559,7 +486,8 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     dispatchSection<PropsRecords>(reader, records, PropsKeywords, PropsIncludeTexts);
     both(console, "-> Finished Reading PROPS. Move to Next Section");
     combinePhaseTables(console, records.options.hasWater, records.tables);
-    requireTables(reader, records);
+    if (!reader.cursor->text.empty())
+        requireTables(reader, records);  // a deck without PROPS has the defaults
     completeTables(console, records.options.maxRockTables, records.tables);
     printTables(console, *reader.units, records.tables);
 }

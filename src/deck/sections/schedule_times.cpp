@@ -51,7 +51,7 @@ std::size_t countLengths(const SectionReader& reader, std::span<const double> va
     if (behind > 0)
         warnHere(reader, "WARNING :: STEP LENGTH {} ENDS THE LIST, {} BEHIND IT ARE DROPPED", number(*end),
                  behind);
-    else
+    else if (*end != 0.0)
         warnHere(reader, "WARNING :: STEP LENGTH {} ENDS THE LIST", number(*end));
     return static_cast<std::size_t>(end - values.begin());
 }

@@ -17,6 +17,9 @@ void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
     checkRead(reader, readDoubles(*reader.cursor, items));
+    if (items[3] != 0.0)
+        warnHere(reader, "WARNING :: CAPILLARY PRESSURE {} AT THE WATER-OIL CONTACT IS NOT USED, 0 IS",
+                 number(items[3]));
     const UnitSystem& units = *reader.units;
     region.datumDepth = items[0] * units.length;
     region.datumPressure = items[1] * units.pressure;
@@ -193,8 +196,9 @@ bool belowResidual(const SolutionRecords& records, CellId cell) {
 constexpr int ShownCells = 10;
 
 template <class Test, class Line>
-void tellCells(const Console& console, const SolutionRecords& records, const Test& test, const Line& line,
-               std::string_view kind) {
+void tellCells(const SectionReader& reader, const SolutionRecords& records, const Test& test,
+               const Line& line, std::string_view kind) {
+    const Console& console = consoleOf(reader);
     CellId first = 0;
     int count = 0;
     for (CellId cell = 1; cell <= records.grid.NCELLS; ++cell) {
@@ -206,9 +210,8 @@ void tellCells(const Console& console, const SolutionRecords& records, const Tes
         if (first == 0) first = cell;
     }
     if (count == 0) return;
-    const GridModel& grid = records.grid;
-    warn(console, "WARNING :: {} IN {} CELLS; FIRST: CELL {} (I {}, J {}, K {})", kind, count, first,
-         grid.CellI[first], grid.CellJ[first], grid.CellK[first]);
+    warn(console, "WARNING :: {} IN {} CELLS; FIRST: {}", kind, count,
+         cellText(reader, static_cast<std::size_t>(first)));
 }
 
 constexpr double SumSlack = 1e-3;  // of saturations that are given with a few digits
@@ -219,30 +222,20 @@ bool sumIsOff(const InitialConditions& initial, CellId cell) {
     return all ? std::abs(sum - 1.0) > SumSlack : sum > 1.0 + SumSlack;
 }
 
-/// A field without any pressure would stand still or run wild.
-void requirePressure(SectionReader& reader, const SolutionRecords& records) {
-    const auto cells = records.initial.initialPressure.cells();
-    if (std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; })) return;
-    lineToBoth(consoleOf(reader), "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
-    reader.keyword = "PRESSURE";
-    stopAtPlace(reader);
-}
-
-void checkArrays(SectionReader& reader, const SolutionRecords& records) {
-    const Console& console = consoleOf(reader);
+void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
     const InitialConditions& initial = records.initial;
     tellCells(
-        console, records, [&](CellId cell) { return belowResidual(records, cell); },
+        reader, records, [&](CellId cell) { return belowResidual(records, cell); },
         [](CellId cell) {
             return fmt::format(" WARNING ::  INITIAL SATURATION INPUT BELOW RESIDUAL,  {}", cell);
         },
         "INITIAL SATURATION BELOW RESIDUAL");
     tellCells(
-        console, records, [&](CellId cell) { return initial.initialPressure[cell] == 0.0; },
+        reader, records, [&](CellId cell) { return initial.initialPressure[cell] == 0.0; },
         [](CellId cell) { return fmt::format("WARNING ::   INITIAL PRESSURE INPUT IS ZERO, {}", cell); },
         "INITIAL PRESSURE 0");
     tellCells(
-        console, records, [&](CellId cell) { return sumIsOff(initial, cell); },
+        reader, records, [&](CellId cell) { return sumIsOff(initial, cell); },
         [&](CellId cell) {
             return fmt::format(
                 "WARNING :: INITIAL SATURATIONS ADD UP TO {}, GRID {}",
@@ -313,7 +306,6 @@ void readSolution(SectionReader& reader, SolutionRecords& records) {
     }
     if (records.initial.equilibrationMode) return;
     checkArrays(reader, records);
-    requirePressure(reader, records);
 }
 
 void readRegions(SectionReader& reader, const RunOptions& options, GridModel& grid) {

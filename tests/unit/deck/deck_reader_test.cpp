@@ -135,11 +135,11 @@ TEST(DeckReader, TakesRegionForRegions) {
 }
 
 TEST(DeckReader, EndsAGasTableAtTheSlashOfItsLastRow) {
-    std::string gas = "PROPS\nPVDG\n";
+    std::string gas = "PVDG\n";
     for (int row = 1; row <= 9; ++row)
         gas += std::to_string(500 * row) + " 5.0 0.0" + std::to_string(row) + "\n";
     gas += "9000 0.4 0.047 /\nDENSITY\n50 62 0.06 /\n";
-    DeckRun deck(std::string(Size) + std::string(Grid) + gas + "END\n");
+    DeckRun deck(std::string(Size) + std::string(Grid) + std::string(Fluids) + gas + "END\n");
     deck.read();
     EXPECT_EQ(deck.run.fluids.GasRows, 10);
     EXPECT_EQ(deck.run.fluids.oilDensity, 50.0);

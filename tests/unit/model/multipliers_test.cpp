@@ -78,5 +78,30 @@ TEST(Multipliers, OfRockActInOrderAndInTheirBoxOnly) {
     EXPECT_EQ(out.PERMX[3], 100.0);
 }
 
+TEST(Multipliers, OfFacesActOnBothSidesOfTheirConnection) {
+    const auto normal = condition(threeBlocks(), false);
+    GridModel grid = threeBlocks();
+    grid.faceMultiplier[1].assign(grid.NCELLS, 1.0);
+    grid.faceMultiplier[1][1] = 0.5;  // MULTX of cell 1
+    grid.faceMultiplier[0].assign(grid.NCELLS, 1.0);
+    grid.faceMultiplier[0][3] = 0.1;  // MULTX- of cell 3
+    const auto [out, t] = condition(std::move(grid), false);
+    EXPECT_TRUE(close(t.Trans(1, 2), 0.5 * normal.table.Trans(1, 2)));
+    EXPECT_TRUE(close(t.Trans(2, 1), 0.5 * normal.table.Trans(2, 1)));
+    EXPECT_TRUE(close(t.Trans(2, 2), 0.1 * normal.table.Trans(2, 2)));
+    EXPECT_TRUE(close(t.Trans(3, 1), 0.1 * normal.table.Trans(3, 1)));
+}
+
+TEST(Multipliers, OfAFaultActOnItsFaces) {
+    const auto normal = condition(threeBlocks(), false);
+    GridModel grid = threeBlocks();
+    grid.faultFaces.push_back({"F", {2, 2, 1, 1, 1, 1}, 2});
+    grid.faultMultipliers.push_back({"F", 0.25});
+    const auto [out, t] = condition(std::move(grid), false);
+    EXPECT_EQ(t.Trans(1, 2), normal.table.Trans(1, 2));
+    EXPECT_TRUE(close(t.Trans(2, 2), 0.25 * normal.table.Trans(2, 2)));
+    EXPECT_TRUE(close(t.Trans(3, 1), 0.25 * normal.table.Trans(3, 1)));
+}
+
 }  // namespace
 }  // namespace kvr

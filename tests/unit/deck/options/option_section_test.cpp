@@ -110,7 +110,8 @@ TEST(FdMethod, GoesByTheFirstLetterInEitherCase) {
     EXPECT_EQ(OptionDeck("FDMETHOD\n-- comment\nimpes /\n").options.method, "IMPES");
     const OptionDeck ebfvm("FDMETHOD\nEbFVM\n");
     EXPECT_EQ(ebfvm.options.method, "EbFVM");
-    EXPECT_FALSE(ebfvm.said("WARNING"));
+    EXPECT_FALSE(ebfvm.said("INCORRECT"));
+    EXPECT_TRUE(ebfvm.said("WARNING :: EbFVM HAS NO SOLVER HERE"));
 }
 
 TEST(PressureSolver, GoesByTheFirstLetterAndFallsToBicg) {

@@ -37,9 +37,9 @@ TEST(EditSection, LeavesTheArraysToConditioning) {
 }
 
 TEST(EditSection, SkipsOtherKeywordsAndGoesOn) {
-    GridBench bench(1, 1, 3, "BOX\n1 1 1 1 1 1 /\nMULTIPLY\nPORV 0.5 /\n/\n", "EDIT");
+    GridBench bench(1, 1, 3, "OPERATE\n1 1 1 1 1 1 /\nMULTIPLY\nPORV 0.5 /\n/\n", "EDIT");
     bench.readEdit();
-    EXPECT_TRUE(bench.printed(" BOX      -> not surpported  "));
+    EXPECT_TRUE(bench.printed(" OPERATE  -> not surpported  "));
     EXPECT_EQ(bench.grid.editRows.size(), 1U);
 }
 

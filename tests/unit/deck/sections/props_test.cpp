@@ -1,5 +1,6 @@
 #include "deck/sections/props.hpp"
 
+#include "fluid/black_oil.hpp"
 #include "unit/deck/deck_bench.hpp"
 
 #include <gtest/gtest.h>
@@ -336,6 +337,53 @@ TEST(Props, AreCopiedInBothUnitSystemsWhenAsked) {
               std::string::npos);
     EXPECT_NE(contentsOf(bench.sinks.metricCopy).find("PVDO\n68.94757 1.2 2 /\n137.89514 1.1 2.5 /\n/\n"),
               std::string::npos);
+}
+
+}  // namespace
+}  // namespace kvr
+
+namespace kvr {
+namespace {
+
+TEST(Props, OfConstantCompressibilityFollowItsSeries) {
+    PropsBench bench("PVCDO\n3000 1.2 1e-5 2.0 3e-5 /\n");
+    bench.read();
+    // X = 1e-5 * 1000 = 0.01: Bo = 1.2 / 1.01005; Y = -2e-5 * 1000 = -0.02: mu Bo = 2.4 / 0.9802
+    const double Bo = 1.2 / 1.01005;
+    EXPECT_NEAR(OilFvf(bench.tables, 4000.0, 4000.0), Bo, 2e-7);
+    EXPECT_NEAR(OilViscosity(bench.tables, 4000.0, 4000.0), 2.4 / 0.9802 / Bo, 1e-6);
+}
+
+TEST(Props, GiveEachRegionOfFluidsItsTables) {
+    PropsBench bench(
+        "PVDO\n1000 1.2 1\n4000 1.1 1.2\n/\n1000 1.4 3\n4000 1.3 4\n/\nDENSITY\n50 60 0.1 /\n55 70 0.1 /\n"
+        "PVTW\n3000 1.0 1e-6 0.5 0 /\n3000 1.02 1e-6 0.7 0 /\nROCK\n3000 1e-6 /\n3000 2e-6 /\n");
+    bench.options.maxPvtTables = 2;
+    bench.read();
+    ASSERT_EQ(bench.tables.furtherPvt.size(), 1U);
+    bench.tables.PvtRegionCell.assign(2, 0);
+    bench.tables.PvtRegionCell[2] = 1;
+    EXPECT_DOUBLE_EQ(OilFvf(pvtAt(bench.tables, 1), 4000.0, 4000.0), 1.1);
+    EXPECT_DOUBLE_EQ(OilFvf(pvtAt(bench.tables, 2), 4000.0, 4000.0), 1.3);
+    EXPECT_EQ(pvtAt(bench.tables, 2).waterViscosity, 0.7);
+    EXPECT_EQ(pvtAt(bench.tables, 2).oilDensity, 55.0);
+    EXPECT_EQ(pvtAt(bench.tables, 2).rockCompressibility, 2e-6);
+    EXPECT_EQ(pvtAt(bench.tables, 1).rockCompressibility, 1e-6);
+}
+
+TEST(Props, FillOpenNumbersOfATableByTheirNeighbours) {
+    PropsBench bench("SWOF\n0.2 0 1 0\n0.4 1* 0.5 1*\n0.8 0.6 0 1* /\n");
+    bench.read();
+    EXPECT_NEAR(bench.tables.regions[0].Krw[1], 0.2, 1e-12);  // a third of the way to 0.6
+    EXPECT_EQ(bench.tables.regions[0].Pcow[2], 0.0);
+}
+
+TEST(Props, StopOnAnAxisThatFallsAndNameItsLine) {
+    PropsBench bench("SWOF\n0.2 0 1 0\n0.1 0.2 0.5 0\n0.8 0.6 0 0 /\n");
+    bench.speakToStandardError();
+    EXPECT_EXIT(
+        bench.read(), testing::ExitedWithCode(1),
+        "SWOF TABLE 1: Sw DOES NOT RISE IN 1 ROWS; FIRST: ROW 2, COLUMN 1, 0.1\nFile TEST.DATA, line 3");
 }
 
 }  // namespace

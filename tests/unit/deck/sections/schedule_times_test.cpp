@@ -29,7 +29,10 @@ TEST(Tstep, EndsAtAZero) {
     ScheduleBench run("TSTEP\n10 0 20 /\n");
     run.readAndClose();
     EXPECT_EQ(run.schedule.stepLength, (Times{10}));
-    EXPECT_FALSE(run.deck.printed("STEP LENGTH"));
+    EXPECT_TRUE(run.deck.printed("WARNING :: STEP LENGTH 0 ENDS THE LIST, 1 BEHIND IT ARE DROPPED\n"));
+    ScheduleBench last("TSTEP\n10 0 /\n");
+    last.readAndClose();
+    EXPECT_FALSE(last.deck.printed("STEP LENGTH"));
 }
 
 TEST(Tstep, EndsWithALineAtANegativeOrAbsurdLength) {
@@ -120,7 +123,8 @@ TEST(Dates, SayThatAnEarlierDateEndsTheList) {
     ScheduleBench run("DATES\n1 FEB 2000 /\n31 JAN 2000 /\n1 MAR 2000 /\n/\n");
     run.read();
     EXPECT_EQ(run.schedule.stepLength, (Times{31}));
-    EXPECT_TRUE(run.deck.printed("WARNING :: STEP LENGTH -1 ENDS THE LIST\nFile TEST.DATA, line "));
+    EXPECT_TRUE(run.deck.printed(
+        "WARNING :: STEP LENGTH -1 ENDS THE LIST, 1 BEHIND IT ARE DROPPED\nFile TEST.DATA, line "));
     ScheduleBench sameDay("DATES\n1 JAN 2000 /\n/\n");
     sameDay.read();
     EXPECT_FALSE(sameDay.deck.printed("WARNING"));
@@ -221,13 +225,13 @@ TEST(CloseSchedule, ServesADeckWithoutTheSection) {
 }
 
 TEST(ScheduleSection, NeglectsReportKeywordsAndSkipsWhatItDoesNotKnow) {
-    ScheduleBench run("RPTSCHED\n'PRES' 'WELLS' /\nRPTRST\n'BASIC=2' /\nDRSDT\n0 /\nTSTEP\n1 /\nEND\n");
+    ScheduleBench run("RPTSCHED\n'PRES' 'WELLS' /\nRPTRST\n'BASIC=2' /\nVAPPARS\n0 /\nTSTEP\n1 /\nEND\n");
     run.read();
     EXPECT_TRUE(run.deck.printed("READ -> RPTSCHED, is neglected\n"));
     EXPECT_TRUE(
         run.deck.printed("READ -> RPTRST, is neglected\nREAD -> RPTRST, output is saved in Tecplot or "
                          "Text file by KVR, only primary variable\n"));
-    EXPECT_TRUE(run.deck.printed(" DRSDT    -> not surpported  \n"));
+    EXPECT_TRUE(run.deck.printed(" VAPPARS  -> not surpported  \n"));
     EXPECT_TRUE(run.deck.printed("-> Finished Reading SCHEDULE. Move to Next Section\n"));
     EXPECT_EQ(run.deck.next(), "END");
 }

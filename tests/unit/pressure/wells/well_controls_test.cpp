@@ -239,7 +239,8 @@ TEST(AssignWellsDeathTest, StopsOnABoreWithoutRadius) {
     run.add(producer("P", "ORAT"));
     run.step().completions[0].diameter = 0.0;
     EXPECT_EXIT(assignToStandardError(run), ::testing::ExitedWithCode(1),
-                "ERROR :: Invailed Well Input Data \\(Location\\)\nWell P: ECLIPSE.DATA, line 77");
+                "ERROR :: Invailed Well Input Data \\(Location\\)\nWell P: I 1, J 1, K 1 to 2, "
+                "diameter 0 ft in a grid of 1 by 1 by 4 cells\nFile ECLIPSE.DATA, line 77");
 }
 
 TEST(AssignWellsDeathTest, StopsOnAWellOutsideTheGrid) {

@@ -1,0 +1,106 @@
+#include "deck/sections/schedule_changes.hpp"
+
+#include "unit/deck/sections/schedule_bench.hpp"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace kvr {
+namespace {
+
+const std::string Connected = TwoWells +
+                              "COMPDAT\n'P1' 0 0 1 3 'OPEN' 2* 0.5 /\n'P2' 1 1 2 2 'OPEN' 2* 0.5 /\n/\n"
+                              "WCONPROD\n'P*' 'OPEN' 'ORAT' 100 4* 1000 /\n/\n";
+
+TEST(ScheduleChanges, OpenAndShutAWellAndCountIt) {
+    ScheduleBench bench(Connected + "WELOPEN\n'P1' 'SHUT' /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).status, "SHUT");
+    EXPECT_EQ(bench.well(1).status, "OPEN");
+    EXPECT_EQ(bench.well(0).openings, 2);
+    EXPECT_EQ(bench.well(1).openings, 1);
+}
+
+TEST(ScheduleChanges, ShutTheConnectionsThatAreNamedAndLeaveTheWell) {
+    ScheduleBench bench(Connected + "WELOPEN\n'P1' 'SHUT' 0 0 2 /\n'P1' 'SHUT' 3* 3 3 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).status, "OPEN");
+    ASSERT_EQ(bench.step().completions.size(), 4U);
+    EXPECT_EQ(bench.step().completions[2].k1, 2);
+    EXPECT_EQ(bench.step().completions[2].k2, 2);
+    EXPECT_EQ(bench.step().completions[2].status, "SHUT");
+    EXPECT_EQ(bench.step().completions[3].k1, 3);
+    EXPECT_DOUBLE_EQ(bench.step().completions[3].diameter, 0.5);
+}
+
+TEST(ScheduleChanges, TellOfConnectionsThatAreNotThere) {
+    ScheduleBench bench(Connected + "WELOPEN\n'P1' 'SHUT' 0 0 9 /\n/\n");
+    bench.read();
+    EXPECT_TRUE(bench.deck.printed("WARNING :: WELL P1 HAS NO CONNECTION THERE"));
+    EXPECT_EQ(bench.step().completions.size(), 2U);
+}
+
+TEST(ScheduleChanges, ACompletionGivenAnewTakesThePlaceOfItsShutParts) {
+    ScheduleBench bench(Connected +
+                        "WELOPEN\n'P1' 'SHUT' 0 0 2 /\n/\nCOMPDAT\n'P1' 0 0 1 3 'OPEN' 2* 0.7 /\n/\n");
+    bench.read();
+    ASSERT_EQ(bench.step().completions.size(), 2U);
+    EXPECT_DOUBLE_EQ(bench.step().completions[0].diameter, 0.7);
+}
+
+TEST(ScheduleChanges, SetATargetAndKeepTheControl) {
+    ScheduleBench bench(Connected + "WELTARG\n'P1' ORAT 50 /\n'P1' 'BHP' 1500 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).prodOil, 50.0);
+    EXPECT_EQ(bench.well(0).prodBhp, 1500.0);
+    EXPECT_EQ(bench.well(0).control, "ORAT");
+    EXPECT_EQ(bench.well(1).prodOil, 100.0);
+}
+
+TEST(ScheduleChanges, SetTheRateOfAnInjectorByItsFluid) {
+    ScheduleBench bench(
+        TwoWells +
+        "WCONINJE\n'P1' 'WATER' 'OPEN' 'RATE' 10 /\n/\nWELTARG\n'P1' WRAT 30 /\n'P1' GRAT 7 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).injRate, 30.0);
+    EXPECT_TRUE(bench.deck.printed("WARNING :: INJECTOR P1 HAS NO TARGET GRAT"));
+}
+
+TEST(ScheduleChanges, TakeAnEfficiencyWithinItsRange) {
+    ScheduleBench bench(TwoWells + "WEFAC\n'P1' 0.8 /\n'P2' 1.5 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).efficiency, 0.8);
+    EXPECT_EQ(bench.well(1).efficiency, 1.0);
+    EXPECT_TRUE(bench.deck.printed("WARNING :: EFFICIENCY 1.5 IS OUT OF RANGE"));
+}
+
+TEST(ScheduleChanges, TakeEconomicLimitsInInternalUnits) {
+    ScheduleBench bench(TwoWells + "WECON\n'P1' 10 5 0.9 2 0.5 '+CON' 'YES' /\n/\n");
+    bench.read();
+    const EconomicLimits& limits = bench.well(0).limits;
+    EXPECT_EQ(limits.leastOil, 10.0);
+    EXPECT_DOUBLE_EQ(limits.leastGas, 5.0 * 1000.0 / 5.614583);  // Mscf to surface barrels
+    EXPECT_EQ(limits.mostWaterCut, 0.9);
+    EXPECT_DOUBLE_EQ(limits.mostGasOilRatio, 2.0 * 1000.0 / 5.614583);
+    EXPECT_DOUBLE_EQ(limits.mostWaterGasRatio, 0.5 * 5.614583 / 1000.0);
+    EXPECT_EQ(limits.workover, Workover::ConnectionsBelow);
+    EXPECT_TRUE(limits.endsRun);
+    EXPECT_EQ(limits.leastLiquid, 0.0);
+}
+
+TEST(ScheduleChanges, LimitTheRiseOfSolutionGasFromTheirStepOn) {
+    ScheduleBench bench("TSTEP\n1 /\nDRSDT\n0.01 /\nTSTEP\n1 /\n");
+    bench.read();
+    EXPECT_TRUE(std::isinf(bench.schedule.steps[0].mostRsRise));
+    EXPECT_DOUBLE_EQ(bench.schedule.steps[1].mostRsRise, 0.01 * 1000.0 / 5.614583);
+}
+
+TEST(ScheduleChanges, GroupsAreReadOverAndNoSimIsTaken) {
+    ScheduleBench bench("GRUPTREE\n'G1' 'FIELD' /\n'G2' 'FIELD' /\n/\nNOSIM\nTSTEP\n1 /\n");
+    bench.read();
+    EXPECT_TRUE(bench.options.noSimulation);
+    EXPECT_FALSE(bench.deck.printed("not surpported"));
+}
+
+}  // namespace
+}  // namespace kvr
