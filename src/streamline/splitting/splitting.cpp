@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/flow_order.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "streamline/splitting/splitting_flux.hpp"
@@ -42,7 +43,8 @@ struct SplittingStage {
     bool capillary = false;
     bool projection = false;
     bool carries = false;      // amounts that saturations do not show are handed on
-    bool throughFlow = false;  // gas and oil against the total flow that transport has moved
+    bool throughFlow = false;  // phases against the total flow that transport has moved
+    double daysMoved = 0.0;    // ... in days of transport to one of this stage, 0 ahead of it
     bool continues = false;    // the stage ahead of the transport has told its part of the step's exchange
     int firstFace = 1;
     CellArray<SplittingCell> shared;
@@ -155,7 +157,8 @@ SplittingStage beginStage(Simulation& simulation) {
                        simulation.velocity.CellFaceVelocity.width >= 6;
     stage.carries = handsAmountsOn(simulation);
     // Lines that take gravity along themselves leave nothing of their flow to correct.
-    stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
+    stage.throughFlow =
+        stage.carries && !stage.projection && (simulation.fluids.hasGas || exchangesAhead(simulation));
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
     stage.moved.assign(count, 1);
@@ -189,9 +192,17 @@ double relativeRate(double saturation, double outflow) {
     return outflow / (saturation > MachineEpsilon ? std::min(saturation, 1.0) : 1.0);
 }
 
-/// Total flow out of a cell through a face.
-double outflow(const VelocityField& velocity, CellId cell, int face) {
-    return FaceSign[static_cast<std::size_t>(face) - 1] * velocity.CellFaceFlux(cell, face);
+/// What transport has moved out of a cell through a face.
+ThroughFlow outflow(const Simulation& simulation, double daysMoved, CellId cell, int face) {
+    ThroughFlow through;
+    through.daysMoved = daysMoved;
+    through.total = outflowThrough(simulation.connections, simulation.velocity.CellFaceFlux, cell, face);
+    const DirectionArray<double>& water = simulation.pressure.waterMoved;
+    if (water.width == 0) return through;
+    const bool high = face % 2 == 0;
+    const CellId low = high ? cell : simulation.connections.Neighbour(cell, face);
+    through.water = (high ? 1.0 : -1.0) * water(low, (face + 1) / 2);
+    return through;
 }
 
 /// The cell or one across a working face has another state than at the last substep. Most of a field is
@@ -236,7 +247,8 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
         if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
-        const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
+        const ThroughFlow through =
+            stage.throughFlow ? outflow(simulation, stage.daysMoved, cell, face) : ThroughFlow{};
         const double water = out.amount.water;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);
@@ -420,8 +432,10 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     lineToBoth(console, "-- Saturation Calculation: Grv&Pc By Osplit --");
     SplittingStage stage = beginStage(simulation);
     stage.continues = exchangesAhead(simulation);
+    stage.daysMoved = stage.continues ? 1.0 / HalfStep : 1.0;
     runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
+    simulation.pressure.waterMoved = DirectionArray<double>();
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
               std::uint8_t{0});
     both(console, "time elapsed Capillary&Gravity : {}", number(wallSeconds() - wallStart));
