@@ -122,6 +122,7 @@ inline void addThroughFlowExchange(const SplittingCell& i, const SplittingCell& 
 /// `daysMoved`: days of that transport to one of the exchange, 0 ahead of the transport.
 struct ThroughFlow {
     double total = 0.0, water = 0.0, daysMoved = 1.0;
+    double heldWater = 1.0, heldOil = 1.0;  // share of what came in that the cell behind the face still holds
 };
 
 /// What gravity and capillarity change in the flow of a phase: what they keep of what transport took along,
@@ -156,7 +157,8 @@ inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j
     const HeldBack waterHeld = heldBack(movedWater, sign * flux.a, sign * through.water);
     const HeldBack oilHeld = heldBack(movedOil, sign * flux.b, sign * (through.total - through.water));
     // Water out of i in place of oil.
-    const double kept = sign * through.daysMoved * (oilHeld.kept - waterHeld.kept);
+    const double kept =
+        sign * through.daysMoved * (through.heldOil * oilHeld.kept - through.heldWater * waterHeld.kept);
     const double q = kept + sign * (oilHeld.turned - waterHeld.turned);
     out.amount.water += q * (q > 0.0 ? i : j).inverseBw;
     out.amount.oil -= q * (q > 0.0 ? j : i).inverseBo;
