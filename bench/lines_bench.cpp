@@ -54,7 +54,7 @@ bool loadedLine(const Simulation& s, const std::vector<NodeData>& nodes, const L
     sizeSolverLine(record.nodeCount, factor, 0, line);
     takeTracedLine(s.grid, record, !field.fromInjector, field.trace.referenceCube, line);
     layNodes(NodeControl::Regular, factor, 1.0, line);
-    loadNodes(nodes, s.fluids, s.state.tracer, line);
+    loadNodes(nodes, s.fluids, s.state.tracer, true, line);
     loadInlet(nodes, s.fluids, s.wells, true, line);
     return true;
 }

@@ -127,6 +127,19 @@ WaterMovement waterMovement(double dt, const Simulation& s, const TransportAccou
     return movement;
 }
 
+/// Water that a transport has moved over the faces, for what gravity and capillarity do to it.
+void keepWaterMoved(const Simulation& s, const TransportAccount& account, DirectionArray<double>& moved) {
+    moved.assign(s.grid.NCELLS, account.passed.width, 0.0);
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
+        for (int axis = 1; axis <= account.passed.width; ++axis) {
+            const CellId other = s.connections.Neighbour(cell, 2 * axis);
+            const double flux = s.velocity.CellFaceFlux(cell, 2 * axis);
+            if (other <= 0 || flux == 0.0) continue;
+            const double volume = s.state.Bw[flux > 0.0 ? cell : other] * account.passed(cell, axis).water;
+            moved(cell, axis) = flux > 0.0 ? volume : -volume;
+        }
+}
+
 }  // namespace
 
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
@@ -155,6 +168,7 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
                    s.velocity.CellFaceFlux, s.wells, makeUp, s.state, amounts, account);
     s.pressure.deficit += account.deficit;
+    if (!s.fluids.hasGas) keepWaterMoved(s, account, s.pressure.waterMoved);
     if (carries)
         moveTracers(waterMovement(dt, s, account), s.wells, s.fluids.tracerNames, waterBefore,
                     s.state.tracer);

@@ -23,7 +23,7 @@ void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState&
               SolverLine& line) {
     takeTracedLine(grid, record, !field.fromInjector, field.trace.referenceCube, line);
     layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
-    loadNodes(field.nodes, fluids, state.tracer, line);
+    loadNodes(field.nodes, fluids, state.tracer, field.passes, line);
     const CellTagKind firstTag = field.trace.cells[at(line.tracedCell[1])].tag;
     line.hasGravity = field.gravity;
     if (field.gravity) loadLineGravity(grid, state, line);
@@ -108,6 +108,7 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
                  result.contribution, result.path);
     if (field.passes) takePassage(line, result.passage);
     result.end = lineEnd(field, result.record.status, line);
+    result.end.told = !field.passes || result.passage.told[at(line.tracedNodeCount)] != 0;
     result.substeps = line.substeps;
     result.solved = true;
 }

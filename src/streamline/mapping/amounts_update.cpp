@@ -7,6 +7,7 @@
 #include "streamline/mapping/mapping.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kvr {
 
@@ -31,6 +32,13 @@ bool makeUpOf(const FluidTables& tables, const CellState& state, CellId cell, Co
     return true;
 }
 
+/// Whether lines tell the make-up of a flow: most of them do, so that those which do stand for all. Slow
+/// lines have the finer nodes, and carry other fluids than fast ones.
+bool isTold(double told, double flow) {
+    constexpr double LeastShare = 0.5;
+    return told * flow > 0.0 && std::abs(told) >= LeastShare * std::abs(flow);
+}
+
 /// Faces that lines cross along their flow.
 void faceMakeUp(const Simulation& s, MakeUp& makeUp) {
     const FaceTransfer& lines = s.lines.transfer;
@@ -41,10 +49,11 @@ void faceMakeUp(const Simulation& s, MakeUp& makeUp) {
         for (int axis = 1; axis <= Axes; ++axis) {
             const double flow = lines.flow(cell, axis);
             const double flux = s.velocity.CellFaceFlux(cell, 2 * axis);
-            if (!(flow * flux > 0.0)) continue;
+            const double told = lines.told(cell, axis);
+            if (!(flow * flux > 0.0) || !isTold(told, flow)) continue;
             const CellId from = flux > 0.0 ? cell : s.connections.Neighbour(cell, 2 * axis);
-            const ConservedAmounts amounts{lines.water(cell, axis) / flow, lines.oil(cell, axis) / flow,
-                                           lines.gas(cell, axis) / flow};
+            const ConservedAmounts amounts{lines.water(cell, axis) / told, lines.oil(cell, axis) / told,
+                                           lines.gas(cell, axis) / told};
             makeUp.faceKnown(cell, axis) =
                 makeUpOf(s.fluids, s.state, from, amounts, makeUp.face(cell, axis)) ? 1 : 0;
         }
@@ -60,7 +69,7 @@ void connectionMakeUp(const Simulation& s, MakeUp& makeUp) {
         makeUp.connection[w].assign(outlets[w].size(), {});
         for (std::size_t n = 0; n < outlets[w].size(); ++n) {
             const OutletRates& sum = outlets[w][n];
-            if (!(sum.reservoir > 0.0)) continue;
+            if (!isTold(sum.told, sum.reservoir)) continue;
             const CellId cell = s.wells.wells[w].connections[n].ConnCell;
             makeUp.connectionKnown[w][n] =
                 makeUpOf(s.fluids, s.state, cell, {sum.water, sum.oil, sum.gas}, makeUp.connection[w][n]) ? 1

@@ -26,6 +26,17 @@ void passBetweenTracedNodes(const SolverLine& line, const std::vector<double>& s
 }
 
 /// The face of `from` behind which `to` lies, 0 if it is no neighbour.
+/// Where the node of the solver that the flow comes from is no longer than the traced one.
+void findResolved(const SolverLine& line, std::vector<std::uint8_t>& told) {
+    constexpr double Slack = 1e-6;  // of equal times that were summed differently
+    if (!line.regridded) return std::fill(told.begin(), told.end(), std::uint8_t{1});
+    std::size_t k = 1;
+    for (std::size_t n = 0; n <= at(line.tracedNodeCount); ++n) {
+        while (k < at(line.nodeCount) && line.Tof[k] < line.tracedTof[n]) ++k;
+        told[n] = line.tracedDeltaTof[n] >= (1.0 - Slack) * line.DeltaTof[k] ? 1 : 0;
+    }
+}
+
 int faceTowards(const ConnectionTable& connections, CellId from, CellId to) {
     const CellId* neighbour = connections.Neighbour.row(from);
     for (int face = 1; face <= FaceCount; ++face)
@@ -42,6 +53,7 @@ bool coveredCell(const CellArray<std::uint8_t>& covered, CellId cell) {
 void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage) {
     for (std::vector<double>* values : {&passage.water, &passage.oil, &passage.gas})
         values->assign(at(tracedNodes) + 2, 0.0);
+    passage.told.assign(at(tracedNodes) + 2, 1);
     passage.solver.assign(solverNodes, 0.0);
 }
 
@@ -57,10 +69,12 @@ void takePassage(const SolverLine& line, LinePassage& passage) {
         for (std::size_t i = 0; i <= at(line.nodeCount); ++i) passage.solver[i] = line.nodes[i].*phase.passed;
         passBetweenTracedNodes(line, passage.solver, *phase.onTraced);
     }
+    findResolved(line, passage.told);
 }
 
 void clearTransfer(CellId cells, FaceTransfer& transfer) {
-    for (DirectionArray<double>* array : {&transfer.flow, &transfer.water, &transfer.oil, &transfer.gas})
+    for (DirectionArray<double>* array :
+         {&transfer.flow, &transfer.told, &transfer.water, &transfer.oil, &transfer.gas})
         array->assign(cells, AxisCount, 0.0);
 }
 
@@ -75,6 +89,8 @@ void addPassage(const ConnectionTable& connections, std::span<const CellId> cell
         const TransferFace place = transferFace(connections, from, face);
         const double signedFlow = FaceSign[at(face) - 1] * flow;
         transfer.flow(place.cell, place.axis) += signedFlow;
+        if (passage.told[n] == 0) continue;
+        transfer.told(place.cell, place.axis) += signedFlow;
         transfer.water(place.cell, place.axis) += signedFlow * passage.water[n];
         transfer.oil(place.cell, place.axis) += signedFlow * passage.oil[n];
         transfer.gas(place.cell, place.axis) += signedFlow * passage.gas[n];

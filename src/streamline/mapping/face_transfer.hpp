@@ -14,7 +14,8 @@ namespace kvr {
 /// the line: [n] from node n to node n + 1.
 struct LinePassage {
     std::vector<double> water, oil, gas;
-    std::vector<double> solver;  // work: the same between solver nodes
+    std::vector<std::uint8_t> told;  // whether the solver node that lets it out is no longer than the traced
+    std::vector<double> solver;      // work: the same between solver nodes
 };
 
 void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage);
@@ -25,10 +26,12 @@ void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage)
 /// between solver nodes.
 void takePassage(const SolverLine& line, LinePassage& passage);
 
-/// Flow of the lines through the face between a cell and its neighbour on the high side of axis 1..3, and
-/// surface amounts that they took through it over the step; positive toward the neighbour.
+/// Flow of the lines through the face between a cell and its neighbour on the high side of axis 1..3, the
+/// part of it whose make-up the lines tell, and the surface amounts that this part took through the face over
+/// the step; positive toward the neighbour. A solver node that is longer than the traced one spreads over
+/// several cells what it holds, and tells nothing of what passes between them.
 struct FaceTransfer {
-    DirectionArray<double> flow, water, oil, gas;
+    DirectionArray<double> flow, told, water, oil, gas;
 };
 
 void clearTransfer(CellId cells, FaceTransfer& transfer);

@@ -34,6 +34,8 @@ void addLineEnd(const WellRecord& wells, const LineEnd& end, double flow, Outlet
     if (found == well.connections.end()) return;
     OutletRates& sum = outlets[at(end.well) - 1][static_cast<std::size_t>(found - well.connections.begin())];
     sum.reservoir += flow;
+    if (!end.told) return;
+    sum.told += flow;
     sum.water += flow * end.water;
     sum.oil += flow * end.oil;
     sum.gas += flow * end.gas;

@@ -10,6 +10,7 @@ namespace kvr {
 /// What the lines of one step carried out of one producing connection, weighted by LineFlux.
 struct OutletRates {
     double reservoir = 0.0;                    // rb/day reached by lines
+    double told = 0.0;                         // ... by lines that tell what it is made of
     double oil = 0.0, water = 0.0, gas = 0.0;  // surface volume a day
 };
 
@@ -25,6 +26,7 @@ struct LineEnd {
     CellId cell = 0;
     double water = 0.0, oil = 0.0, gas = 0.0;  // surface volume per reservoir volume
     double waterFraction = 0.0;                // reservoir volume of water per reservoir volume
+    bool told = true;                          // see LinePassage
 };
 void addLineEnd(const WellRecord& wells, const LineEnd& end, double flow, OutletTable& outlets);
 

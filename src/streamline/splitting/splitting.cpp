@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/flow_order.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "streamline/splitting/splitting_flux.hpp"
@@ -37,13 +38,20 @@ struct CellWork {
     double slopeW = 0.0, slopeG = 0.0;  // psi, capillary pressures per saturation; 0 without
 };
 
+/// Share of what transport has brought into a cell that is still there; the rest has passed on.
+struct StillHeld {
+    double water = 1.0, oil = 1.0;
+};
+
 /// Arrays and switches of one call of the stage.
 struct SplittingStage {
     bool capillary = false;
     bool projection = false;
-    bool carries = false;      // amounts that saturations do not show are handed on
-    bool throughFlow = false;  // gas and oil against the total flow that transport has moved
-    bool continues = false;    // the stage ahead of the transport has told its part of the step's exchange
+    bool carries = false;       // amounts that saturations do not show are handed on
+    bool throughFlow = false;   // phases against the total flow that transport has moved
+    double daysMoved = 0.0;     // ... in days of transport to one of this stage, 0 ahead of it
+    CellArray<StillHeld> held;  // behind the transport, where phases go against the flow that it has moved
+    bool continues = false;     // the stage ahead of the transport has told its part of the step's exchange
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
@@ -155,7 +163,8 @@ SplittingStage beginStage(Simulation& simulation) {
                        simulation.velocity.CellFaceVelocity.width >= 6;
     stage.carries = handsAmountsOn(simulation);
     // Lines that take gravity along themselves leave nothing of their flow to correct.
-    stage.throughFlow = simulation.fluids.hasGas && stage.carries && !stage.projection;
+    stage.throughFlow =
+        stage.carries && !stage.projection && (simulation.fluids.hasGas || exchangesAhead(simulation));
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
     stage.moved.assign(count, 1);
@@ -189,9 +198,58 @@ double relativeRate(double saturation, double outflow) {
     return outflow / (saturation > MachineEpsilon ? std::min(saturation, 1.0) : 1.0);
 }
 
-/// Total flow out of a cell through a face.
-double outflow(const VelocityField& velocity, CellId cell, int face) {
-    return FaceSign[static_cast<std::size_t>(face) - 1] * velocity.CellFaceFlux(cell, face);
+/// Water that transport has moved out of a cell through a face, volume a day.
+double waterOutflow(const Simulation& simulation, CellId cell, int face) {
+    const bool high = face % 2 == 0;
+    const CellId low = high ? cell : simulation.connections.Neighbour(cell, face);
+    return (high ? 1.0 : -1.0) * simulation.pressure.waterMoved(low, (face + 1) / 2);
+}
+
+double totalOutflow(const Simulation& simulation, CellId cell, int face) {
+    return outflowThrough(simulation.connections, simulation.velocity.CellFaceFlux, cell, face);
+}
+
+/// A cell through which more flows in the step than it holds cannot give back all that came in.
+StillHeld stillHeld(const Simulation& simulation, CellId cell) {
+    double water = 0.0, oil = 0.0;
+    for (int face = 1; face <= FaceCount; ++face) {
+        if (simulation.connections.Neighbour(cell, face) <= 0) continue;
+        const double out = waterOutflow(simulation, cell, face);
+        water += std::max(0.0, -out);
+        oil += std::max(0.0, out - totalOutflow(simulation, cell, face));
+    }
+    const CellState& state = simulation.state;
+    const SaturationTable& table = regionTable(simulation.fluids, simulation.grid.SATNUM[cell]);
+    const double days = simulation.clock.workDt;
+    const auto share = [&](double held, double brought) {
+        const double volume = std::max(0.0, held) * state.PoreVolume[cell];
+        return brought * days > volume ? volume / (brought * days) : 1.0;
+    };
+    return {share(state.Sw[cell] - table.SwAxis.front(), water),
+            share(state.So[cell] - (1.0 - table.SwAxis.back()), oil)};
+}
+
+void findHeld(const Simulation& simulation, SplittingStage& stage) {
+    if (!stage.throughFlow || simulation.pressure.waterMoved.width == 0) return;
+    const CellId count = simulation.grid.NCELLS;
+    stage.held.assign(count, {});
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell)
+        if (stage.own[cell].working) stage.held[cell] = stillHeld(simulation, cell);
+}
+
+/// What transport has moved out of a cell through a face.
+ThroughFlow outflow(const Simulation& simulation, const SplittingStage& stage, CellId cell, int face) {
+    ThroughFlow through;
+    through.daysMoved = stage.daysMoved;
+    through.total = totalOutflow(simulation, cell, face);
+    if (stage.held.empty()) return through;
+    through.water = waterOutflow(simulation, cell, face);
+    const StillHeld& held =
+        stage.held[through.total > 0.0 ? simulation.connections.Neighbour(cell, face) : cell];
+    through.heldWater = held.water;
+    through.heldOil = held.oil;
+    return through;
 }
 
 /// The cell or one across a working face has another state than at the last substep. Most of a field is
@@ -236,7 +294,8 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
         if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
-        const double through = stage.throughFlow ? outflow(simulation.velocity, cell, face) : 0.0;
+        const ThroughFlow through =
+            stage.throughFlow ? outflow(simulation, stage, cell, face) : ThroughFlow{};
         const double water = out.amount.water;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, out);
@@ -420,8 +479,11 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     lineToBoth(console, "-- Saturation Calculation: Grv&Pc By Osplit --");
     SplittingStage stage = beginStage(simulation);
     stage.continues = exchangesAhead(simulation);
+    stage.daysMoved = stage.continues ? 1.0 / HalfStep : 1.0;
+    findHeld(simulation, stage);
     runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
+    simulation.pressure.waterMoved = DirectionArray<double>();
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
               std::uint8_t{0});
     both(console, "time elapsed Capillary&Gravity : {}", number(wallSeconds() - wallStart));

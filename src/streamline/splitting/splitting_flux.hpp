@@ -2,6 +2,8 @@
 
 #include "fluid/state_recovery.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 /// What the exchange over a face needs to know of a cell, frozen over a substep.
@@ -54,34 +56,34 @@ inline PairFlux counterCurrentFlux(double trans, const PairPhase& a, const PairP
     return flux;
 }
 
-/// Gas and oil over a face: what leaves cell i, and where each phase comes from.
-struct GasOilFlux {
-    double gas = 0.0, oil = 0.0;  // internal volume a day
-    bool gasFromI = true, oilFromI = true;
+/// Two phases over a face through which something flows: what leaves cell i, and where each comes from.
+struct ThroughPair {
+    double a = 0.0, b = 0.0;  // internal volume a day
+    bool aFromI = true, bFromI = true;
 };
 
-/// Flow of gas and oil under gravity and capillarity over a face through which both together flow at the
+/// Flow of phases a and b under gravity and capillarity over a face through which both together flow at the
 /// rate `through` out of i, each phase upstream by its own flow (phase potential upstream after Brenier and
 /// Jaffre 1991):
-///   q_g = lg / (lg + lo) (through + T lo d),  q_o = through - q_g,  d = (rho_g - rho_o) dD + Pcog(i) -
-///   Pcog(j)
-/// The phase that d drives out of i, gas with d > 0, oil with d < 0, comes from i unless `through` overcomes
-/// it; the same from j for the other one. With through = 0 this is the counter-current exchange.
-inline GasOilFlux gasOilFlux(double trans, double through, double d, const PairPhase& gas,
-                             const PairPhase& oil) {
-    GasOilFlux flux;
+///   q_a = la / (la + lb) (through + T lb d),  q_b = through - q_a
+/// d is what drives a out of i against b, see counterCurrentFlux. The phase that d drives out of i, a with
+/// d > 0, b with d < 0, comes from i unless `through` overcomes it; the same from j for the other one. With
+/// through = 0 this is the counter-current exchange.
+inline ThroughPair throughFlowFlux(double trans, double through, double d, const PairPhase& a,
+                                   const PairPhase& b) {
+    ThroughPair flux;
     if (d > 0.0) {
-        flux.gasFromI = through + trans * d * oil.lambdaJ > 0.0;
-        flux.oilFromI = through - trans * d * gas.lambdaI > 0.0;
+        flux.aFromI = through + trans * d * b.lambdaJ > 0.0;
+        flux.bFromI = through - trans * d * a.lambdaI > 0.0;
     } else {
-        flux.gasFromI = through + trans * d * oil.lambdaI > 0.0;
-        flux.oilFromI = through - trans * d * gas.lambdaJ > 0.0;
+        flux.aFromI = through + trans * d * b.lambdaI > 0.0;
+        flux.bFromI = through - trans * d * a.lambdaJ > 0.0;
     }
-    const double lg = flux.gasFromI ? gas.lambdaI : gas.lambdaJ;
-    const double lo = flux.oilFromI ? oil.lambdaI : oil.lambdaJ;
-    if (!(lg + lo > 0.0)) return flux;
-    flux.gas = lg / (lg + lo) * (through + trans * lo * d);
-    flux.oil = through - flux.gas;
+    const double la = flux.aFromI ? a.lambdaI : a.lambdaJ;
+    const double lb = flux.bFromI ? b.lambdaI : b.lambdaJ;
+    if (!(la + lb > 0.0)) return flux;
+    flux.a = la / (la + lb) * (through + trans * lb * d);
+    flux.b = through - flux.a;
     return flux;
 }
 
@@ -102,26 +104,77 @@ inline void addThroughFlowExchange(const SplittingCell& i, const SplittingCell& 
     const double pair = up.lambdaO + up.lambdaG;
     if (!(pair > 0.0)) return;
     const double q = through * pair / (pair + up.lambdaW);
-    const GasOilFlux flux = gasOilFlux(trans, q, (gas.weight - oil.weight) + (i.pcog - j.pcog), gas, oil);
+    const ThroughPair flux =
+        throughFlowFlux(trans, q, (gas.weight - oil.weight) + (i.pcog - j.pcog), gas, oil);
     const double movedGas = q * up.lambdaG / pair;
     const double movedOil = q - movedGas;
-    const SplittingCell& oilUp = flux.oilFromI ? i : j;
-    const double oilRate = flux.oil * oilUp.inverseBo;
+    const SplittingCell& oilUp = flux.bFromI ? i : j;
+    const double oilRate = flux.b * oilUp.inverseBo;
     const double movedOilRate = movedOil * up.inverseBo;
     out.amount.oil += oilRate - movedOilRate;
-    out.amount.gas += flux.gas * (flux.gasFromI ? i : j).inverseBg - movedGas * up.inverseBg +
+    out.amount.gas += flux.a * (flux.aFromI ? i : j).inverseBg - movedGas * up.inverseBg +
                       oilUp.Rs * oilRate - up.Rs * movedOilRate;
-    out.volumeG += gasLeaving(flux.gas, movedGas);
-    out.volumeO += flux.oil - movedOil;
+    out.volumeG += gasLeaving(flux.a, movedGas);
+    out.volumeO += flux.b - movedOil;
+}
+
+/// Total flow out of a cell through a face, and the water in it as transport has moved it; volumes a day.
+/// `daysMoved`: days of that transport to one of the exchange, 0 ahead of the transport.
+struct ThroughFlow {
+    double total = 0.0, water = 0.0, daysMoved = 1.0;
+    double heldWater = 1.0, heldOil = 1.0;  // share of what came in that the cell behind the face still holds
+};
+
+/// What gravity and capillarity change in the flow of a phase: what they keep of what transport took along,
+/// and what they drive against the flow beyond that; both 0 or more.
+struct HeldBack {
+    double kept = 0.0, turned = 0.0;
+};
+inline HeldBack heldBack(double moved, double flowing, double brought) {
+    const double held = moved - flowing;
+    if (!(held > 0.0)) return {};
+    const double back = std::min(moved, held);
+    return {std::min(back, std::max(0.0, brought)), held - back};
+}
+
+/// Adds what gravity and capillarity change in the flow of water and oil out of i, where transport has moved
+/// both with the total flow by mobilities alone. The change is that of the flow at the mobilities of the
+/// cells, and of what transport has brought no more is taken back: lines may have made the flow up otherwise.
+/// It is all taken back behind the transport, while what goes against the flow goes ahead and behind.
+/// What is only taken back has been brought before, and limits no substep of the cell that gives it.
+inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j, double trans,
+                                  const ThroughFlow& through, const PairPhase& water, const PairPhase& oil,
+                                  ExchangeRates& out) {
+    const bool outward = through.total > 0.0;
+    const double sign = outward ? 1.0 : -1.0;
+    const SplittingCell& up = outward ? i : j;
+    const double pair = up.lambdaO + up.lambdaW;
+    if (!(pair > 0.0)) return;
+    const ThroughPair flux =
+        throughFlowFlux(trans, through.total, (water.weight - oil.weight) + (j.pcow - i.pcow), water, oil);
+    const double movedWater = sign * through.total * (up.lambdaW / pair);
+    const double movedOil = sign * through.total - movedWater;
+    const HeldBack waterHeld = heldBack(movedWater, sign * flux.a, sign * through.water);
+    const HeldBack oilHeld = heldBack(movedOil, sign * flux.b, sign * (through.total - through.water));
+    // Water out of i in place of oil.
+    const double kept =
+        sign * through.daysMoved * (through.heldOil * oilHeld.kept - through.heldWater * waterHeld.kept);
+    const double q = kept + sign * (oilHeld.turned - waterHeld.turned);
+    out.amount.water += q * (q > 0.0 ? i : j).inverseBw;
+    out.amount.oil -= q * (q > 0.0 ? j : i).inverseBo;
+    const bool given = !outward;  // i has been brought what it gives back
+    out.volumeW += given && q > 0.0 ? q - kept : q;
+    out.volumeO -= given && q < 0.0 ? q - kept : q;
 }
 
 /// Adds what leaves cell i over one face to `out`. Water and oil, and with a gas phase gas and oil, exchange
 /// by pairs; oil takes its solution gas along. trans internal volume cp/(day psi), head = DepthDiff / 144.
-/// `through`: total flow out of i that transport has moved over the face, 0 where it does not matter.
+/// `through`: what transport has moved out of i over the face, 0 where it does not matter.
 inline void addFaceExchange(const SplittingCell& i, const SplittingCell& j, double trans, double head,
-                            bool hasGas, double through, ExchangeRates& out) {
+                            bool hasGas, const ThroughFlow& through, ExchangeRates& out) {
     const PairPhase oil{i.lambdaO, j.lambdaO, 0.5 * (i.rhoO + j.rhoO) * head};
     const PairPhase water{i.lambdaW, j.lambdaW, 0.5 * (i.rhoW + j.rhoW) * head};
+    if (!hasGas && through.total != 0.0) return addThroughFlowOfWater(i, j, trans, through, water, oil, out);
     const PairFlux wo = counterCurrentFlux(trans, water, oil, j.pcow - i.pcow);
     const SplittingCell& oilUp = wo.bFromI ? i : j;
     const double oilRate = -wo.q * oilUp.inverseBo;
@@ -131,9 +184,9 @@ inline void addFaceExchange(const SplittingCell& i, const SplittingCell& j, doub
     out.volumeO -= wo.q;
     if (!hasGas) return;
     const PairPhase gas{i.lambdaG, j.lambdaG, 0.5 * (i.rhoG + j.rhoG) * head};
-    if (through != 0.0) {
+    if (through.total != 0.0) {
         out.amount.gas += oilUp.Rs * oilRate;
-        addThroughFlowExchange(i, j, trans, through, gas, oil, out);
+        addThroughFlowExchange(i, j, trans, through.total, gas, oil, out);
         return;
     }
     const PairFlux go = counterCurrentFlux(trans, gas, oil, i.pcog - j.pcog);

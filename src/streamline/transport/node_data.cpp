@@ -3,6 +3,7 @@
 #include "base/index.hpp"
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
+#include "fluid/state_recovery.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "streamline/transport/fractional_flow.hpp"
@@ -48,6 +49,74 @@ void setStorage(const CellState& state, CellId cell, double ratio, NodeData& nod
 
 double netOutflow(const double* flux) {
     return flux[1] - flux[0] + flux[3] - flux[2] + flux[5] - flux[4];
+}
+
+/// Weighted sums of the data of cells.
+void addShare(bool hasGas, double share, const NodeData& data, NodeData& mean) {
+    mean.Cw += share * data.Cw;
+    mean.Co += share * data.Co;
+    mean.Bw += share * data.Bw;
+    mean.Bo += share * data.Bo;
+    mean.MuW += share * data.MuW;
+    mean.MuO += share * data.MuO;
+    mean.expansion += share * data.expansion;
+    mean.Sw += share * data.Sw / data.Bw;
+    mean.So += share * data.So / data.Bo;
+    if (!hasGas) return;
+    mean.Cg += share * data.Cg;
+    mean.Bg += share * data.Bg;
+    mean.MuG += share * data.MuG;
+    mean.pressure += share * data.pressure;
+    mean.saturatedRs += share * data.saturatedRs;
+    mean.Sg += share * (data.Sg / data.Bg + data.Rs * data.So / data.Bo);
+}
+
+NodeData emptySum(const NodeData& centre) {
+    NodeData sum;
+    sum.Bw = sum.Bo = sum.Bg = sum.MuW = sum.MuO = sum.MuG = 0.0;
+    sum.region = centre.region;
+    sum.keepsAmounts = centre.keepsAmounts;
+    return sum;
+}
+
+/// The phases of a node whose saturations still are the amounts that they stand for.
+void splitPhases(const FluidTables& fluids, NodeData& mean) {
+    const ConservedAmounts amounts{mean.Sw, mean.So, mean.Sg};
+    const RecoveryFactors factors{mean.pressure, mean.Bw, mean.Bo, mean.Bg};
+    const PhaseState state = fluids.hasGas ? recoverState(fluids, regionTable(fluids, mean.region), false,
+                                                          factors, mean.saturatedRs, amounts)
+                                           : recoverState(fluids, mean.region, false, factors, amounts);
+    mean.Sw = state.Sw;
+    mean.So = state.So;
+    mean.Sg = state.Sg;
+    mean.Rs = state.Rs;
+    mean.Pb = state.Pb;
+}
+
+/// What a node holds that covers parts of several cells: the sums of their parts, at the means of their
+/// factors. `first` is the traced node in which it begins, and moves on to the one in which it ends.
+NodeData meanOverNode(const std::vector<NodeData>& nodes, const FluidTables& fluids, const SolverLine& line,
+                      std::size_t i, std::size_t& first) {
+    const auto dataOf = [&](std::size_t traced) -> const NodeData& {
+        return nodes[at(line.tracedCell[traced])];
+    };
+    const NodeData& centre = dataOf(at(line.tracedNode[i]));
+    const std::size_t last = at(line.tracedNodeCount);
+    const double from = line.Tof[i - 1], to = line.Tof[i];
+    while (first < last && line.tracedTof[first] <= from) ++first;
+    if (first == last || line.tracedTof[first] >= to || !(to > from)) return centre;
+    NodeData mean = emptySum(centre);
+    double covered = 0.0;
+    for (std::size_t n = first; n <= last && line.tracedTof[n - 1] < to; ++n) {
+        const double end = n < last ? std::min(line.tracedTof[n], to) : to;
+        const double overlap = end - std::max(line.tracedTof[n - 1], from);
+        if (overlap <= 0.0) continue;
+        addShare(fluids.hasGas, overlap / (to - from), dataOf(n), mean);
+        covered += overlap;
+    }
+    if (!(covered > 0.0)) return centre;
+    splitPhases(fluids, mean);
+    return mean;
 }
 
 void loadPosition(const FluidTables& fluids, const NodeData& data, FlowNode& node) {
@@ -151,10 +220,14 @@ void addCarriedAmounts(const CellState& state, const CellAmounts& carried, std::
 }
 
 void loadNodes(const std::vector<NodeData>& nodes, const FluidTables& fluids,
-               const DirectionArray<double>& tracers, SolverLine& line) {
+               const DirectionArray<double>& tracers, bool means, SolverLine& line) {
+    std::size_t traced = 1;
     for (std::size_t i = 1; i <= at(line.nodeCount); ++i) {
         const CellId cell = line.tracedCell[at(line.tracedNode[i])];
-        loadPosition(fluids, nodes[at(cell)], line.nodes[i]);
+        if (means && line.regridded)
+            loadPosition(fluids, meanOverNode(nodes, fluids, line, i, traced), line.nodes[i]);
+        else
+            loadPosition(fluids, nodes[at(cell)], line.nodes[i]);
         for (std::size_t t = 0; t < line.tracer.size(); ++t) line.tracer[t][i] = tracers.row(cell)[t];
     }
 }

@@ -48,9 +48,11 @@ void gatherNodeData(const FluidTables& fluids, const GridModel& grid, const Cell
 /// lines then keep their amounts through the step.
 void addCarriedAmounts(const CellState& state, const CellAmounts& carried, std::vector<NodeData>& nodes);
 
-/// Loads the data of positions 1..N, and the tracers of the cells, from the cells of their traced nodes.
+/// Loads the data of positions 1..N, and the tracers of the cells, from the cells of their traced nodes. With
+/// `means` a node of a regridded line holds what it covers of every cell, not the state of the one at its
+/// centre: what it passes on then is what those cells hold.
 void loadNodes(const std::vector<NodeData>& nodes, const FluidTables& fluids,
-               const DirectionArray<double>& tracers, SolverLine& line);
+               const DirectionArray<double>& tracers, bool means, SolverLine& line);
 
 /// What enters the line at position 0: the injected phase at the end points of the region where the line
 /// starts in a cell tagged "inj", otherwise the cell's own state.

@@ -35,6 +35,7 @@ struct Row {
     }
     void line(CellId from, double flow, double oil, double gas) {
         s.lines.transfer.flow(from, 1) += flow;
+        s.lines.transfer.told(from, 1) += flow;
         s.lines.transfer.oil(from, 1) += oil;
         s.lines.transfer.gas(from, 1) += gas;
     }
@@ -62,6 +63,18 @@ TEST(AdvanceByFaceTransfer, PassesTheWholeFlowOfAFaceAsTheLinesThroughItAreMadeU
     EXPECT_NEAR(row.oilGained(3), oil, 0.02 * oil);
     EXPECT_NEAR(row.oilGained(1) + row.oilGained(2) + row.oilGained(3), 0.0, 1e-6);
     EXPECT_NEAR(row.gasGained(1) + row.gasGained(2) + row.gasGained(3), 9000.0, 1e-6);
+}
+
+TEST(AdvanceByFaceTransfer, LeavesAFaceToItsCellWhereMostOfTheFlowTellsNothing) {
+    Row told, silent;
+    told.line(2, 40.0, 10.0, 0.0);
+    silent.line(2, 40.0, 10.0, 0.0);
+    silent.s.lines.transfer.told(2, 1) = 19.0;
+    Row none;
+    for (Row* row : {&told, &silent, &none}) row->advance();
+    EXPECT_EQ(silent.gasGained(3), none.gasGained(3));
+    EXPECT_GT(none.gasGained(3), 1000.0);
+    EXPECT_NEAR(told.gasGained(3), 0.0, 1e-6);  // their oil holds no gas
 }
 
 TEST(AdvanceByFaceTransfer, LeavesOutLinesThatWouldTakeMoreThanACellHolds) {

@@ -51,6 +51,33 @@ TEST(LinePassage, IsLinearInTimeOfFlightOnARegriddedLine) {
     EXPECT_NEAR(row.passage.water[3], 1.0, 1e-12);
 }
 
+TEST(LinePassage, TellsNothingWhereANodeIsLongerThanTheCell) {
+    RowLine row;
+    takePassage(row.line, row.passage);
+    EXPECT_EQ(row.passage.told[1] + row.passage.told[2] + row.passage.told[3], 3);
+    layNodes(NodeControl::Regular, 1.0, 1.0, row.line);  // three nodes of 70/3 days over 10, 20 and 40
+    takePassage(row.line, row.passage);
+    EXPECT_EQ(row.passage.told[1], 0);
+    EXPECT_EQ(row.passage.told[2], 0);
+    EXPECT_EQ(row.passage.told[3], 1);
+}
+
+TEST(FaceTransfer, CountsTheFlowOfLinesThatTellNothingWithoutTheirMakeUp) {
+    const samples::Flow flow = samples::emptyFlow(3, 1, 1, 10.0, 10.0, 10.0);
+    LinePassage passage;
+    sizePassage(3, 4, passage);
+    passage.water = {9.0, 0.5, 0.25, 9.0, 9.0};
+    passage.told[1] = 0;
+    FaceTransfer transfer;
+    clearTransfer(3, transfer);
+    addPassage(flow.connections, std::vector<CellId>{0, 1, 2, 3}, 3, 10.0, {}, passage, transfer);
+    EXPECT_EQ(transfer.flow(1, 1), 10.0);
+    EXPECT_EQ(transfer.told(1, 1), 0.0);
+    EXPECT_EQ(transfer.water(1, 1), 0.0);
+    EXPECT_EQ(transfer.told(2, 1), 10.0);
+    EXPECT_EQ(transfer.water(2, 1), 2.5);
+}
+
 TEST(FaceTransfer, HoldsALineOnTheLowSideOfEachFaceWithTheSignOfTheIndex) {
     const samples::Flow flow = samples::emptyFlow(2, 2, 1, 10.0, 10.0, 10.0);
     LinePassage passage;

@@ -32,7 +32,7 @@ SplittingCell waterOilCell(double pcow) {
 }
 
 ExchangeRates exchange(const SplittingCell& i, const SplittingCell& j, double deeper, bool hasGas = false,
-                       double through = 0.0) {
+                       const ThroughFlow& through = {}) {
     ExchangeRates out;
     addFaceExchange(i, j, 1.0, headOf(deeper), hasGas, through, out);
     return out;
@@ -104,9 +104,12 @@ TEST(FaceExchange, IsTheSameNumberFromBothSides) {
             c = {draw(),        draw(),       draw(),       draw(), draw(), 62.0 + draw(),
                  40.0 + draw(), 9.0 + draw(), 1.0 + draw(), draw(), draw(), 100.0 * draw()};
         const double deeper = 40.0 * draw() - 20.0;
-        const double through = n % 2 == 0 ? 0.0 : 4.0 * draw() - 2.0;
-        const ExchangeRates there = exchange(cells[0], cells[1], deeper, true, through);
-        const ExchangeRates back = exchange(cells[1], cells[0], -deeper, true, -through);
+        const double total = n % 2 == 0 ? 0.0 : 4.0 * draw() - 2.0;
+        const ThroughFlow through{total, total * draw(), 1.0};
+        const bool hasGas = n % 4 < 2;
+        const ExchangeRates there = exchange(cells[0], cells[1], deeper, hasGas, through);
+        const ExchangeRates back =
+            exchange(cells[1], cells[0], -deeper, hasGas, {-through.total, -through.water, 1.0});
         ASSERT_EQ(there.amount.water, -back.amount.water);
         ASSERT_EQ(there.amount.oil, -back.amount.oil);
         ASSERT_EQ(there.amount.gas, -back.amount.gas);
@@ -136,19 +139,19 @@ TEST(FaceExchange, TakesBackTheGasThatAWeakDownwardFlowCannotHaveCarried) {
     // 2 rb/day down. Gas holds against it: 2 - 5.56 * 0.5 < 0, and below there is none, so all of it is oil
     // from above. Transport has moved 1.5 of gas and 0.5 of oil.
     const GasAboveOil cells;
-    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, 2.0);
+    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, {2.0, 0.0});
     EXPECT_NEAR(out.volumeG, -1.5, 1e-12);
     EXPECT_NEAR(out.volumeO, 1.5, 1e-12);
     EXPECT_NEAR(out.amount.oil, 0.8 * 1.5, 1e-12);
     EXPECT_NEAR(out.amount.gas, -1.5 * 100.0 + 150.0 * 0.8 * 1.5, 1e-9);
     // From below it is no gas of its own that leaves.
-    EXPECT_EQ(exchange(cells.below, cells.above, -20.0, true, -2.0).volumeG, 0.0);
+    EXPECT_EQ(exchange(cells.below, cells.above, -20.0, true, {-2.0, 0.0}).volumeG, 0.0);
 }
 
 TEST(FaceExchange, SlowsTheGasThatAStrongDownwardFlowCarries) {
     // 10 rb/day down: both phases from above, gas 0.75 (10 - 0.5 * 5.5555556) instead of 7.5.
     const GasAboveOil cells;
-    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, 10.0);
+    const ExchangeRates out = exchange(cells.above, cells.below, 20.0, true, {10.0, 0.0});
     EXPECT_NEAR(out.volumeG, -0.75 * 0.5 * 40.0 * 20.0 / 144.0, 1e-12);
     EXPECT_NEAR(out.volumeO, 0.75 * 0.5 * 40.0 * 20.0 / 144.0, 1e-12);
 }
@@ -158,19 +161,20 @@ TEST(FaceExchange, LetsOilDrainAgainstAnUpwardFlow) {
     // 5.5555556 * 1.5 > 2; gas from above would have to fall and does not flow, none comes from below:
     // nothing but the through flow itself, now counted as oil from below.
     const GasAboveOil cells;
-    const GasOilFlux flux = gasOilFlux(1.0, -2.0, -40.0 * 20.0 / 144.0, {1.5, 0.0, 0.0}, {0.5, 0.5, 0.0});
-    EXPECT_FALSE(flux.gasFromI);
-    EXPECT_FALSE(flux.oilFromI);
-    EXPECT_EQ(flux.gas, 0.0);
-    EXPECT_EQ(flux.oil, -2.0);
-    EXPECT_EQ(exchange(cells.above, cells.below, 20.0, true, -2.0).volumeG, 0.0);
+    const ThroughPair flux =
+        throughFlowFlux(1.0, -2.0, -40.0 * 20.0 / 144.0, {1.5, 0.0, 0.0}, {0.5, 0.5, 0.0});
+    EXPECT_FALSE(flux.aFromI);
+    EXPECT_FALSE(flux.bFromI);
+    EXPECT_EQ(flux.a, 0.0);
+    EXPECT_EQ(flux.b, -2.0);
+    EXPECT_EQ(exchange(cells.above, cells.below, 20.0, true, {-2.0, 0.0}).volumeG, 0.0);
 }
 
 TEST(FaceExchange, IsTheCounterCurrentOneForAVanishingThroughFlow) {
     GasAboveOil cells;
     cells.below.lambdaG = 0.7;
     const ExchangeRates still = exchange(cells.above, cells.below, 20.0, true);
-    const ExchangeRates moved = exchange(cells.above, cells.below, 20.0, true, 1e-12);
+    const ExchangeRates moved = exchange(cells.above, cells.below, 20.0, true, {1e-12, 0.0});
     EXPECT_NEAR(moved.volumeG, still.volumeG, 1e-11);
     EXPECT_NEAR(moved.amount.oil, still.amount.oil, 1e-11);
     EXPECT_NEAR(moved.amount.gas, still.amount.gas, 1e-9);
@@ -178,8 +182,62 @@ TEST(FaceExchange, IsTheCounterCurrentOneForAVanishingThroughFlow) {
 
 TEST(FaceExchange, LeavesAHorizontalFlowAsTransportMovedIt) {
     const GasAboveOil cells;
-    const ExchangeRates out = exchange(cells.above, cells.below, 0.0, true, 3.0);
+    const ExchangeRates out = exchange(cells.above, cells.below, 0.0, true, {3.0, 0.0});
     EXPECT_NEAR(out.amount.gas, 0.0, 1e-12);
+    EXPECT_NEAR(out.amount.oil, 0.0, 1e-12);
+}
+
+/// Oil beside water that does not flow in a cell above one where both do, 20 ft apart: d = 12.4 * 20 / 144 =
+/// 1.7222222 psi.
+struct OilAboveWater {
+    SplittingCell above, below;
+
+    OilAboveWater() {
+        above = below = waterOilCell(0.0);
+        above.lambdaW = 0.0;
+        below.lambdaW = 0.5;
+    }
+};
+
+TEST(FaceExchange, KeepsTheWaterThatAWeakUpwardFlowCannotHaveCarried) {
+    // 0.1 rb/day up: against 1.7222222 * 0.3 water cannot rise, and none falls, so all of it is oil.
+    // Transport has moved 0.0625 of water.
+    const OilAboveWater cells;
+    const ExchangeRates out = exchange(cells.below, cells.above, -20.0, false, {0.1, 0.0625});
+    EXPECT_NEAR(out.amount.water, -0.0625, 1e-12);
+    EXPECT_NEAR(out.amount.oil, 0.0625, 1e-12);
+    EXPECT_NEAR(out.volumeO, 0.0625, 1e-12);
+    const ExchangeRates back = exchange(cells.above, cells.below, 20.0, false, {-0.1, -0.0625});
+    EXPECT_EQ(back.amount.water, -out.amount.water);
+    EXPECT_EQ(back.volumeW, 0.0);  // none of its own: what it gives back it was brought
+}
+
+TEST(FaceExchange, TakesBackNoMoreWaterThanTransportHasBrought) {
+    const OilAboveWater cells;
+    const ExchangeRates out = exchange(cells.below, cells.above, -20.0, false, {0.1, 0.02});
+    EXPECT_NEAR(out.amount.water, -0.02, 1e-12);
+    EXPECT_NEAR(out.amount.oil, 0.02, 1e-12);
+}
+
+TEST(FaceExchange, TakesBackBehindTheTransportWhatItHasMovedInAllOfTheStep) {
+    const OilAboveWater cells;
+    EXPECT_NEAR(exchange(cells.below, cells.above, -20.0, false, {0.1, 0.0625, 2.0}).amount.water, -0.125,
+                1e-12);
+    EXPECT_EQ(exchange(cells.below, cells.above, -20.0, false, {0.1, 0.0, 0.0}).amount.water, 0.0);
+}
+
+TEST(FaceExchange, SlowsTheWaterThatAStrongUpwardFlowCarries) {
+    // 5 rb/day up through equal cells: water 0.4 (5 - 0.3 * 1.7222222) instead of 2.
+    const SplittingCell cell = waterOilCell(0.0);
+    const ExchangeRates out = exchange(cell, cell, -20.0, false, {5.0, 2.0});
+    EXPECT_NEAR(out.volumeW, -0.4 * 0.3 * 12.4 * 20.0 / 144.0, 1e-12);
+    EXPECT_NEAR(out.volumeO, 0.4 * 0.3 * 12.4 * 20.0 / 144.0, 1e-12);
+}
+
+TEST(FaceExchange, LeavesAHorizontalFlowOfWaterAsTransportMovedIt) {
+    const OilAboveWater cells;
+    const ExchangeRates out = exchange(cells.below, cells.above, 0.0, false, {3.0, 1.0});
+    EXPECT_NEAR(out.amount.water, 0.0, 1e-12);
     EXPECT_NEAR(out.amount.oil, 0.0, 1e-12);
 }
 

@@ -37,6 +37,31 @@ struct Inlet {
     void load(bool firstCellInjects) { loadInlet(nodes, fluids, wells, firstCellInjects, line); }
 };
 
+TEST(LoadNodes, GivesALongNodeWhatItCoversOfEveryCell) {
+    // Cells of 10, 20 and 40 days under two nodes of 35: 10 and 20 days and 5 of the last, then 35 of it.
+    const FluidTables tables = samples::plainFlood();
+    SolverLine line = samples::floodedLine(tables, {10.0, 20.0, 40.0});
+    std::vector<NodeData> nodes(4);
+    const double water[] = {0.0, 0.8, 0.5, 0.2};
+    for (std::size_t c = 1; c <= 3; ++c) {
+        line.tracedCell[c] = static_cast<CellId>(c);
+        nodes[c].Sw = nodes[c].Cw = water[c];
+        nodes[c].So = nodes[c].Co = 1.0 - water[c];
+        nodes[c].expansion = 0.001 * static_cast<double>(c);
+    }
+    layNodes(NodeControl::Regular, 2.0 / 3.0, 1.0, line);
+    ASSERT_EQ(line.nodeCount, 2);
+    loadNodes(nodes, tables, {}, true, line);
+    EXPECT_NEAR(line.nodes[1].Cw, (10.0 * 0.8 + 20.0 * 0.5 + 5.0 * 0.2) / 35.0, 1e-12);
+    EXPECT_NEAR(line.nodes[1].Sw, line.nodes[1].Cw, 1e-12);
+    EXPECT_NEAR(line.nodes[1].So, 1.0 - line.nodes[1].Cw, 1e-12);
+    EXPECT_NEAR(line.nodes[1].expansion, 0.001 * (10.0 + 40.0 + 15.0) / 35.0, 1e-12);
+    EXPECT_NEAR(line.nodes[2].Cw, 0.2, 1e-12);
+    // The plain average over lines takes the cell at the middle of a node.
+    loadNodes(nodes, tables, {}, false, line);
+    EXPECT_EQ(line.nodes[1].Cw, 0.5);
+}
+
 TEST(LoadInlet, GivesInjectedWaterAllThatItsEndPointsLeave) {
     Inlet inlet("wat");
     inlet.load(true);
