@@ -32,10 +32,10 @@ bool makeUpOf(const FluidTables& tables, const CellState& state, CellId cell, Co
     return true;
 }
 
-/// Whether lines tell the make-up of a flow: most of them do, so that those which do stand for all. Slow
-/// lines have the finer nodes, and carry other fluids than fast ones.
+/// Whether lines tell the make-up of a flow: those that do have to be enough to stand for all. Lines that are
+/// slow in a cell have the finer nodes there, and carry other fluids than fast ones.
 bool isTold(double told, double flow) {
-    constexpr double LeastShare = 0.5;
+    constexpr double LeastShare = 0.25;
     return told * flow > 0.0 && std::abs(told) >= LeastShare * std::abs(flow);
 }
 
