@@ -163,8 +163,8 @@ SplittingStage beginStage(Simulation& simulation) {
                        simulation.velocity.CellFaceVelocity.width >= 6;
     stage.carries = handsAmountsOn(simulation);
     // Lines that take gravity along themselves leave nothing of their flow to correct.
-    stage.throughFlow =
-        stage.carries && !stage.projection && (simulation.fluids.hasGas || exchangesAhead(simulation));
+    stage.throughFlow = stage.carries && !stage.projection && simulation.velocity.CellFaceFlux.width > 0 &&
+                        (simulation.fluids.hasGas || exchangesAhead(simulation));
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
     stage.moved.assign(count, 1);
