@@ -68,6 +68,20 @@ bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
     return figures.deficit > options.stepDeficit * (options.hasGas ? GasShare : 1.0);
 }
 
+AttemptFigures beyondRepair(AttemptFigures figures) {
+    figures.targetExcess = figures.targetMiss = 0.0;
+    return figures;
+}
+
+bool mayStillStand(const RunOptions& options, const AttemptFigures& figures) {
+    constexpr double AnyLength = 1.0;
+    return judgeStep(options, beyondRepair(figures), AnyLength, 0).verdict == StepVerdict::Accepted;
+}
+
+bool isLost(const RunOptions& options, const AttemptFigures& figures) {
+    return lacksTooMuch(options, figures) || (figures.freeGas && !mayStillStand(options, figures));
+}
+
 double evenPart(double longest, double dt) {
     if (longest <= 0.0 || dt <= longest) return dt;
     return dt / std::ceil(dt / longest);
