@@ -99,6 +99,15 @@ TEST(JudgeStep, TakesAFifthOfTheLimitsBesideFreeGas) {
     EXPECT_NEAR(judgement.limit, 0.02, 1e-15);
 }
 
+TEST(JudgeStep, HoldsTheVolumeOfOneCellToItsWholeLimitBesideFreeGas) {
+    AttemptFigures figures;
+    figures.freeGas = true;
+    figures.largestVolumeError = 0.09;
+    EXPECT_EQ(judgeStep(tenths(), figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    figures.largestVolumeError = 0.11;
+    EXPECT_NEAR(judgeStep(tenths(), figures, 1.0, 0).limit, 0.1, 1e-15);
+}
+
 TEST(JudgeStep, ShortensAStepWithoutAPressureToAQuarter) {
     AttemptFigures figures;
     figures.pressureSolved = false;
