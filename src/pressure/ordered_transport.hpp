@@ -13,6 +13,8 @@
 
 namespace kvr {
 
+inline constexpr double SmallestFreeGas = 1e-9;  // saturation from which on gas counts as free
+
 /// What the flow through faces and producing connections is made of, surface amounts per reservoir volume,
 /// where somebody knows: lines do. Faces by their low cell and axis 1..3; connections as [well -
 /// 1][connection].
@@ -41,12 +43,13 @@ struct TransportAccount {
 /// cell's own mobilities take its place for that substep; what is not there is not given. A known make-up is
 /// followed by a share of the flow only where it would leave another water saturation than `makeUp.Sw`: what
 /// it is wrong by is multiplied by how often the flow turns the cell's content over, while the mean of what
-/// leaves such a cell is that of what enters it whoever makes it up. So every component
-/// is conserved, no amount falls below zero, and the cost does not grow with the smallest cell: a tank that
-/// many times its content flows through is steady. Cells that flow into each other in a ring are repeated
-/// until their flows stand still, or where the ring turns fast are one tank (RingPlan). Injecting connections
-/// bring their ConnQ. `slope` is the steepest rise of a fractional flow, see steepestFractionalFlow. Factors
-/// and mobilities of `state` are to be fresh; it is not changed.
+/// leaves such a cell is that of what enters it whoever makes it up. What leaves a cell with free gas is
+/// never made up by others. So every component is conserved, no amount falls below zero, and the cost does
+/// not grow with the smallest cell: a tank that many times its content flows through is steady. Cells that
+/// flow into each other in a ring are repeated until their flows stand still, or where the ring turns fast
+/// are one tank (RingPlan). Injecting connections bring their ConnQ. `slope` is the steepest rise of a
+/// fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not
+/// changed.
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
                     const MakeUp& makeUp, const CellState& state, CellAmounts& amounts,

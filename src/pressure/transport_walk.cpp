@@ -36,8 +36,10 @@ double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
                     walk.makeUp.Sw[cell]);
 }
 
-/// Share of the flow with a known make-up that follows it.
+/// Share of the flow with a known make-up that follows it. Beside free gas none does: gas that comes out of
+/// solution within the step is on no line, and a small error of its share moves the mobility of the cell far.
 double trustOf(CellId cell, const TankFlows& flows, const Walk& walk) {
+    if (walk.tables.hasGas && walk.state.Sg[cell] > SmallestFreeGas) return 0.0;
     if (walk.makeUp.Sw.empty() || !(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
     const double turns = walk.dt * (flows.asked + flows.rest) / walk.state.PoreVolume[cell];
     if (turns <= TrustedTurns) return 1.0;

@@ -81,14 +81,12 @@ void saturationSubstep(int substep, Simulation& s) {
     if (!symmetric) SaturationUpdate(s);
 }
 
-/// Whether volumes that cells did not hold have failed the attempt already: the sub-steps ahead bring none
-/// back.
+/// Whether the attempt has failed already: the sub-steps ahead bring nothing back.
 bool hasFailed(const Simulation& s) {
-    return underStepControl(s.options) && lacksTooMuch(s.options, measureStep(s));
+    return underStepControl(s.options) && isLost(s.options, measureStep(s));
 }
 
-/// The mapping sub-steps of a step; an attempt that the volumes missing so far have failed is not gone on
-/// with.
+/// The mapping sub-steps of a step; an attempt that has failed is not gone on with.
 void saturationStage(Simulation& s) {
     const std::string& method = s.options.method;
     if (method == "FIM" || method == "EbFVM") return;
@@ -138,7 +136,8 @@ std::vector<double> factorsOf(const WellRecord& wells) {
     return factors;
 }
 
-/// One attempt at the step, which runs again with corrected targets where its wells have left them.
+/// One attempt at the step, which runs again with corrected targets where its wells have left them and
+/// nothing else is wrong with it.
 AttemptFigures attempt(bool solve, Simulation& s) {
     AttemptFigures figures;
     for (int pass = 0;; ++pass) {
@@ -149,6 +148,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
         const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
                                   figures.targetMiss / s.options.stepTargetMiss) > 1.0;
         if (!off || pass >= MostTargetPasses || !solve) return figures;
+        if (!mayStillStand(s.options, figures)) return beyondRepair(figures);
         returnForAnotherPass(factorsOf(s.wells), s);
     }
 }

@@ -9,7 +9,8 @@ namespace {
 
 constexpr int MostCuts = 3;              // of one step, then it is taken fully implicitly
 constexpr int MostCutsWithGas = 1;       // the same beside free gas, where phases come and go
-constexpr double GasShare = 0.2;         // of the limits beside free gas
+constexpr double GasShare = 0.2;         // of the limits of a coupling beside free gas
+constexpr double WholeLimit = 1.0;       // one cell's volume the next solve takes up, whatever it is made of
 constexpr double LargestGrowth = 3.0;    // from step to step
 constexpr double LargestCut = 0.1;       // of one rejection
 constexpr double SmallestCut = 0.7;      // a rejected step is shortened at least to this share
@@ -24,15 +25,17 @@ struct Row {
     std::string_view name;
     double AttemptFigures::*figure;
     double RunOptions::*limit;
+    double gasShare;  // of the limit, beside free gas
 };
 
 constexpr Row Rows[] = {
-    {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError},
-    {"volume error of a cell", &AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError},
-    {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit},
-    {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError},
-    {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss},
-    {"error of mobility", &AttemptFigures::mobilityError, &RunOptions::stepMobilityError},
+    {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError, GasShare},
+    {"volume error of a cell", &AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError,
+     WholeLimit},
+    {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit, GasShare},
+    {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError, GasShare},
+    {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, GasShare},
+    {"error of mobility", &AttemptFigures::mobilityError, &RunOptions::stepMobilityError, GasShare},
 };
 
 }  // namespace
@@ -41,7 +44,7 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     StepJudgement judgement;
     double worst = 0.0;
     for (const Row& row : Rows) {
-        const double limit = options.*row.limit * (figures.freeGas ? GasShare : 1.0);
+        const double limit = options.*row.limit * (figures.freeGas ? row.gasShare : 1.0);
         const double share = figures.*row.figure / limit;
         if (std::isfinite(share) && share <= worst) continue;
         worst = std::isfinite(share) ? share : HUGE_VAL;
@@ -66,6 +69,20 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
 
 bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
     return figures.deficit > options.stepDeficit * (options.hasGas ? GasShare : 1.0);
+}
+
+AttemptFigures beyondRepair(AttemptFigures figures) {
+    figures.targetExcess = figures.targetMiss = 0.0;
+    return figures;
+}
+
+bool mayStillStand(const RunOptions& options, const AttemptFigures& figures) {
+    constexpr double AnyLength = 1.0;
+    return judgeStep(options, beyondRepair(figures), AnyLength, 0).verdict == StepVerdict::Accepted;
+}
+
+bool isLost(const RunOptions& options, const AttemptFigures& figures) {
+    return lacksTooMuch(options, figures) || (figures.freeGas && !mayStillStand(options, figures));
 }
 
 double evenPart(double longest, double dt) {

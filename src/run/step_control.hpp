@@ -31,6 +31,17 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
 /// Whether the volume that cells did not hold is beyond its limit.
 bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures);
 
+/// The figures but those of the wells' rates, which another pass over the step may put right.
+AttemptFigures beyondRepair(AttemptFigures figures);
+
+/// Whether an attempt is within its limits but for its rates. Where it is not, neither another pass with
+/// other targets nor the sub-steps ahead can save it.
+bool mayStillStand(const RunOptions& options, const AttemptFigures& figures);
+
+/// Whether an attempt in its mapping sub-steps is given up: cells lack too much, or, where the first
+/// rejection is the last as it is beside free gas, anything that no rate can put right is beyond its limit.
+bool isLost(const RunOptions& options, const AttemptFigures& figures);
+
 /// Length of the next step: `dt` in even parts of at most `longest` days (0: no bound).
 double evenPart(double longest, double dt);
 

@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "fluid/saturation_functions.hpp"
 #include "pressure/left_over.hpp"
+#include "pressure/ordered_transport.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/wells/well_rates.hpp"
 
@@ -14,7 +15,6 @@ namespace kvr {
 namespace {
 
 constexpr double BelowNothingWeight = 1e3;  // what has fallen below nothing no later step makes good
-constexpr double SmallestFreeGas = 1e-9;    // saturation
 constexpr double LargestFactor = 10.0;      // of a target, either way
 
 /// Reservoir volume by which a cell holds more than its pores, of what its saturations do not show.

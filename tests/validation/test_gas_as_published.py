@@ -58,3 +58,23 @@ def test_balances(published):
         error = numpy.abs(balance[column]).max()
         print(f"{name} {column}: {error:.1e}")
         assert error <= 1e-3
+
+
+@needs_public_decks
+def test_a_gas_flood_in_fixed_steps(tmp_path):
+    """Without step control no step goes to the fully implicit method: lines and pressure alone."""
+    deck, curve = CASES["LIVEGAS"]
+    text = deck.read_text() + "\nTUNEKVR\nSTEPCTRL\nNo /\nMAXDT\n10 /\n"
+    table = kvr_run.finished_normally(kvr_run.run(tmp_path, text)).table()
+    reference = kvr_run.read_csv(curve)
+    end = min(table["TIME"][-1], reference["TIME"][-1])
+
+    def off(name):
+        return numpy.interp(end, table["TIME"], table[name]) / numpy.interp(end, reference["TIME"], reference[name]) - 1
+
+    pressure = numpy.interp(reference["TIME"], table["TIME"], table["FPR"]) / reference["FPR"] - 1
+    print(f"LIVEGAS, steps of 10 days: oil {off('FOPT'):.4f}, gas {off('FGPT'):.4f}, "
+          f"pressure {abs(pressure).max():.4f}")
+    assert abs(off("FOPT")) < 0.015
+    assert abs(off("FGPT")) < 0.02
+    assert abs(pressure).max() < 0.04

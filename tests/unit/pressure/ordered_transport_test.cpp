@@ -189,6 +189,43 @@ TEST(AdvanceInOrder, FollowsAMakeUpInFullWhereItsSourceAgreesOrTheContentTurnsOv
     EXPECT_NEAR(shortStep.amounts.water[1], 48.2, 1e-12);
 }
 
+/// Cells of 100 that hold 70 of dead oil and 30 of gas, all of 1 cp and a factor of 1: krg = krog = 0.2, so
+/// that either makes up half of what flows. The known make-ups are gas alone.
+TransportRun gassedRow(double shownSg) {
+    FluidTables fluids = samples::sharesFlow();
+    fluids.hasGas = true;
+    TransportRun run(samples::column(2, 100.0, 10.0), fluids);
+    run.flow.wells.wells[0].connections[0].ConnQw = 10.0;
+    for (CellId cell = 1; cell <= 2; ++cell) {
+        CellState& state = run.flow.state;
+        state.Bg[cell] = state.MuW[cell] = state.MuO[cell] = state.MuG[cell] = 1.0;
+        state.Sg[cell] = shownSg;
+        run.amounts.oil[cell] = 70.0;
+        run.amounts.gas[cell] = 30.0;
+    }
+    run.makeUp.faceKnown.assign(2, 3, 0);
+    run.makeUp.face.assign(2, 3, {});
+    run.makeUp.faceKnown(1, 1) = 1;
+    run.makeUp.face(1, 1) = {0.0, 0.0, 1.0};
+    run.makeUp.connectionKnown = {{0}, {1}};
+    run.makeUp.connection = {{{}}, {{0.0, 0.0, 1.0}}};
+    return run;
+}
+
+TEST(AdvanceInOrder, LetsCellsWithFreeGasMakeUpWhatLeavesThem) {
+    TransportRun free = gassedRow(0.3);
+    free.advance(0.01, 1.0);
+    EXPECT_NEAR(free.account.passed(1, 1).oil, 5.0, 1e-12);
+    EXPECT_NEAR(free.account.passed(1, 1).gas, 5.0, 1e-12);
+    EXPECT_NEAR(free.account.wellRates[1][0].oil, -5.0, 1e-12);
+    EXPECT_NEAR(free.account.wellRates[1][0].gas, -5.0, 1e-12);
+    expectConserved(free, {0.0, 140.0, 60.0}, 0.01);
+    TransportRun without = gassedRow(0.0);
+    without.advance(0.01, 1.0);
+    EXPECT_NEAR(without.account.passed(1, 1).gas, 10.0, 1e-12);
+    EXPECT_NEAR(without.account.wellRates[1][0].gas, -10.0, 1e-12);
+}
+
 TEST(AdvanceInOrder, TakesNothingThatIsNotThere) {
     // The producer asks its cell for more than it and what comes in hold.
     TransportRun run = shareRow(2, 100.0, 10.0);

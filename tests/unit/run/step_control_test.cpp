@@ -99,6 +99,15 @@ TEST(JudgeStep, TakesAFifthOfTheLimitsBesideFreeGas) {
     EXPECT_NEAR(judgement.limit, 0.02, 1e-15);
 }
 
+TEST(JudgeStep, HoldsTheVolumeOfOneCellToItsWholeLimitBesideFreeGas) {
+    AttemptFigures figures;
+    figures.freeGas = true;
+    figures.largestVolumeError = 0.09;
+    EXPECT_EQ(judgeStep(tenths(), figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    figures.largestVolumeError = 0.11;
+    EXPECT_NEAR(judgeStep(tenths(), figures, 1.0, 0).limit, 0.1, 1e-15);
+}
+
 TEST(JudgeStep, ShortensAStepWithoutAPressureToAQuarter) {
     AttemptFigures figures;
     figures.pressureSolved = false;
@@ -139,6 +148,34 @@ TEST(LacksTooMuch, HoldsTheMissingVolumeAloneAgainstItsLimit) {
     EXPECT_FALSE(lacksTooMuch(options, figures));
     options.hasGas = true;
     EXPECT_TRUE(lacksTooMuch(options, figures)) << "a fifth in runs with gas";
+}
+
+TEST(MayStillStand, LeavesRatesToAnotherPass) {
+    AttemptFigures figures = figuresOf(0.09);
+    figures.targetExcess = figures.targetMiss = 5.0;
+    EXPECT_TRUE(mayStillStand(tenths(), figures));
+    figures.mobilityError = 0.11;
+    EXPECT_FALSE(mayStillStand(tenths(), figures));
+    const AttemptFigures left = beyondRepair(figures);
+    EXPECT_EQ(left.targetExcess, 0.0);
+    EXPECT_EQ(left.targetMiss, 0.0);
+    EXPECT_EQ(left.mobilityError, 0.11);
+    EXPECT_EQ(left.volumeError, 0.09);
+}
+
+TEST(IsLost, GivesUpAnAttemptWhoseFirstRejectionIsTheLast) {
+    // Limits of 0.1, of 0.02 beside free gas. Without it a shorter step would have to know how far off the
+    // whole one was.
+    AttemptFigures figures = figuresOf(0.5);
+    figures.targetMiss = 5.0;
+    EXPECT_FALSE(isLost(tenths(), figures));
+    figures.freeGas = true;
+    EXPECT_TRUE(isLost(tenths(), figures));
+    figures.volumeError = 0.019;
+    EXPECT_FALSE(isLost(tenths(), figures));
+    AttemptFigures lacking;
+    lacking.deficit = 0.11;
+    EXPECT_TRUE(isLost(tenths(), lacking));
 }
 
 TEST(EvenPart, SharesAStepEvenly) {
