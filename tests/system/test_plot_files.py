@@ -103,7 +103,9 @@ OIL_EXPANSION = 0.0014  # of the pressure that wells leave, 3000 to 2000 psia, b
 
 @pytest.mark.parametrize("switches", [("3", "4"), ("3", "4", "5")])
 def test_line_plots_show_the_lines_of_each_report_in_the_grid(tmp_path, switches):
-    result = flood(tmp_path / "run", switches, extra="STEPCTRL\nNo /\n")  # a step from report to report
+    # A step from report to report; gravity would move water before the lines go.
+    options = "STEPCTRL\nNo /\nSL1DCON\nEXPLICIT IRR 1.0 SPU Yes No Yes No /\n"
+    result = flood(tmp_path / "run", switches, extra=options)
     water = tecplot.read_zones(result.folder / "KVR_TPlot_swat.plt")
     launched = re.findall(r"^Number of Streamline : (\d+)$", result.log, re.M)
     for report, count in zip((1, 2), map(int, launched), strict=True):

@@ -163,7 +163,9 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "rate that lines carry from each injector to each producer in the last step: running number, connection "
      "number, rb/day"},
     {OutputFile::LinePlots, 0, "Streamline_Time_*.plt", OutputSwitch::Lines, "SL_FRAME_PLOT", "",
-     "streamlines of a report time: the grid with water saturation, then a zone of points per line"},
+     "streamlines of a report time: the grid with the water that the lines start from (gravity and "
+     "capillarity of "
+     "half a step are in it), then a zone of points per line"},
     {OutputFile::TauInjZone, 0, "KVR_Run_TauINJ.plt", OutputSwitch::TecplotView, "TOF-Inj         ", "",
      "time of flight from the injector at the end of the run, days; 1e10 where no line comes"},
     {OutputFile::TauPrdZone, 0, "KVR_Run_TauPRD.plt", OutputSwitch::TecplotView, "TOF-Prd         ", "",
