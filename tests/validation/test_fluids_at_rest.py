@@ -79,4 +79,6 @@ def test_a_transition_zone_stays_as_it_is(tmp_path, method, lines):
 def test_a_run_without_the_capillary_exchange_says_so(tmp_path):
     options = kvr_run.options(lines=20).replace("Yes Yes Yes No", "Yes Yes No No")
     result = kvr_run.finished_normally(kvr_run.run(tmp_path, deck(options)))
-    assert result.console.count("WARNING :: Capillary pressure of the tables does not act between cells") == 1
+    warning = "WARNING :: Capillary pressure of the tables does not act between cells"
+    assert result.console.count(f"\n{warning}") == 1
+    assert result.console.count(f"  1 x {warning}") == 1, "the closing summary repeats it"
