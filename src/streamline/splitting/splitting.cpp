@@ -463,7 +463,8 @@ double largestLateralDepthDifference(const GridModel& grid, const ConnectionTabl
 }
 
 bool exchangesAhead(const Simulation& simulation) {
-    return handsAmountsOn(simulation) && !simulation.options.orthogonalProjection;
+    return handsAmountsOn(simulation) && !simulation.options.orthogonalProjection &&
+           !simulation.fluids.hasGas;
 }
 
 void exchangeAheadOfTransport(Simulation& simulation) {

@@ -6,7 +6,8 @@ namespace kvr {
 
 /// Whether half of the exchange of a step goes ahead of the transport: splitting that is symmetric about the
 /// transport is of second order in the step (Strang, SIAM J. Numer. Anal. 5, 1968). Runs with the printed
-/// mapping, and lines that take gravity along, have it behind the transport as a whole.
+/// mapping, lines that take gravity along, and runs with gas have it behind the transport as a whole: gas is
+/// taken back of what transport has brought, and ahead of it there is none.
 bool exchangesAhead(const Simulation& simulation);
 
 /// The half of the exchange ahead of the transport, over half of clock.workDt; nothing where there is none.
