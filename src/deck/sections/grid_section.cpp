@@ -234,23 +234,9 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
     endCopiedList(reader);
 }
 
-void readMultX(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 2, records.grid);
-}
-void readMultY(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 4, records.grid);
-}
-void readMultZ(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 6, records.grid);
-}
-void readMultXMinus(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 1, records.grid);
-}
-void readMultYMinus(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 3, records.grid);
-}
-void readMultZMinus(SectionReader& reader, GridRecords& records) {
-    readFaceMultiplier(reader, 5, records.grid);
+template <int Face>
+void readMultiplierOf(SectionReader& reader, GridRecords& records) {
+    readFaceMultiplier(reader, Face, records.grid);
 }
 
 void readFaultRows(SectionReader& reader, GridRecords& records) {
@@ -285,12 +271,13 @@ constexpr std::array Keywords = {
     Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},
     Row{"MULTIPLY", readMultiply, "multiplies PERMX, PERMY, PERMZ, PORV, MULTX, MULTY, MULTZ over a box"},
     Row{"EQUALS", readEquals, "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS over a box"},
-    Row{"MULTX", readMultX, "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
-    Row{"MULTY", readMultY, "the same at j + 1"},
-    Row{"MULTZ", readMultZ, "the same at k + 1"},
-    Row{"MULTX-", readMultXMinus, "the same at i - 1"},
-    Row{"MULTY-", readMultYMinus, "the same at j - 1"},
-    Row{"MULTZ-", readMultZMinus, "the same at k - 1"},
+    Row{"MULTX", readMultiplierOf<2>,
+        "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
+    Row{"MULTY", readMultiplierOf<4>, "the same at j + 1"},
+    Row{"MULTZ", readMultiplierOf<6>, "the same at k + 1"},
+    Row{"MULTX-", readMultiplierOf<1>, "the same at i - 1"},
+    Row{"MULTY-", readMultiplierOf<3>, "the same at j - 1"},
+    Row{"MULTZ-", readMultiplierOf<5>, "the same at k - 1"},
     Row{"FAULTS", readFaultRows,
         "rows of a name, I1, I2, J1, J2, K1, K2 and a face (X, X-, Y, Y-, Z, Z- or I, J, K): the faces of a "
         "fault"},
