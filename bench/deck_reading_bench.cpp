@@ -48,7 +48,7 @@ double bytesOfGrid(const GridModel& g) {
 
 void measure() {
     Simulation simulation;
-    detectInput(simulation.console, simulation.options);
+    detectInput(simulation.console, simulation.command, simulation.options);
     openOutputs(simulation.options.workingFolder, simulation.outputs, simulation.console);
     const double before = peakBytes();
     const double start = cpuSeconds();
