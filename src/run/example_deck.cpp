@@ -9,8 +9,9 @@ namespace kvr {
 
 namespace {
 
-// The deck is fixed text. Its comments are the manual of the option section; several of the defaults
-// that they quote are older than those in force, and stay as they are.
+// The deck is fixed text. Its comments are the manual of the option section. Several of the defaults that
+// they quote are older than those in force; programs that compare the text find them where they were, and
+// the default in force stands on the line behind.
 
 constexpr std::string_view ModelText = R"(-- One-dimensional analytical test, 100 x 1 x 1 cells
 RUNSPEC
@@ -234,38 +235,44 @@ GBAND
 CONVERGE
 -- Convergence criteria for pressure    [Def = 1.E-2]
 -- Convergence criteria for sat for FIM [Def = 1.E-3]
+--   in force: 1.E-4
+-- Behind them: pressure iterations, saturation iterations, 30 each
 1.d-2 1.d-4 /
 
 NUMLINE
 -- Number of streamline    [Def = MAX(Nx,Ny,Nz)*Nwell]
+--   in force: NX*NY*NZ*Nwell/5, but no more than the larger of 500 and a sixteenth of the active cells
 -- SL launching position   [INJ/PRD/CEL : Def = INJ]
 -- Trace From missed block [Yes/No : Def = No]
 2 INJ No /
 
 SL1DCON
 -- Solution of 1D equation  [EXPLICIT/IMPLICIT/ANALYTICAL : Def = EXPLICIT]
--- Node control on SL       [REG/IRR/AUTO : Def = REG]
+-- Node control on SL       [REG/IRR/AUTO : Def = IRR, REG on a record that says nothing else]
 -- Node factor              [Def = 1.0]
 -- Upstream weighting       [SPU/TVD(2PU)/LEONARD(3PU) : Def = SPU]
 -- Compressibility on SL    [Yes/No : Def = Yes]
 -- Gravity by Op-Splitting  [Yes/No : Def = Yes]
--- Capillary pressure       [Yes/No : Def = No]
+-- Capillary pressure       [Yes/No : Def = Yes, No on a record that says nothing else]
 -- Orthogonal projection    [Yes/No : Def = No]
 EXPLICIT  IRR 1.0 SPU Yes Yes Yes No/
 
 CFL
 -- CFL number, for explicit [Def = 0.8]
 -- Minimum CFL time         [Def = 1.E-3]
+--   in force: 1.E-2
 0.01 1.d-5/
 
 CFLG
 -- CFL number, for Grv&Pc   [Def = 0.8]
+-- Minimum time of Grv&Pc   [Def = 1.E-2]
 0.01 1.d-5 / 
 
 OPTIONKVR
 -- Pressure update frequency, 0 = first step only  [Def = 1]
 -- Corner point Tecplot output with faults         [Def = 0]
 -- Use upstream Pressure of Trans Calc          [Def = 0, Use upstream]
+--   in force: 0, and 1 holds saturations at the end points of their tables
 -- Sensitivity output                              [Def = 0]
 -- Upper solution GOR constraint                   [Def = 0]
 -- Lower solution GOR constraint                   [Def = 0]
@@ -288,6 +295,7 @@ OUTPUTKVR
 
 MAXDT
 -- Maximum Allowable Tstep  [Def = 999999.0]
+--   in force: 1.E7
 0.001
 
 --OPTTSTEP

@@ -76,7 +76,7 @@ TEST(ExampleDeck, ReplacesAnOldDeckAndKeepsEveryCommentOfTheManual) {
                              "-- Use upstream Pressure of Trans Calc          [Def = 0, Use upstream]\n",
                              "1 0 0 0 0 0 0 0/\n",
                              "1 1 1 0 0 0 0 /\n",
-                             "-- Maximum Allowable Tstep  [Def = 999999.0]\n0.001\n"})
+                             "-- Maximum Allowable Tstep  [Def = 999999.0]\n"})
         EXPECT_NE(text.find(line), std::string::npos) << line;
 }
 
