@@ -24,9 +24,10 @@ namespace kvr {
 namespace {
 
 /// The part of the schedule in force; none before the schedule has any.
-ScheduleStep entryInForce(const Simulation& run) {
-    const auto entry = static_cast<std::size_t>(run.clock.wellChangeIndex);
-    return entry < run.schedule.steps.size() ? run.schedule.steps[entry] : ScheduleStep{};
+const ScheduleStep& entryInForce(const Simulation& run) {
+    static const ScheduleStep None;
+    const ScheduleStep* const entry = scheduleInForce(run.schedule, run.clock);
+    return entry == nullptr ? None : *entry;
 }
 
 bool isFixed(std::string_view mnemonic) {
@@ -65,8 +66,8 @@ void askFor(const SummaryRequest& request, const std::vector<std::string>& wells
         if (isAsked(request, wells[w])) ask({request.mnemonic, wells[w], unit, w}, all);
 }
 
-/// ALL stands for every vector.
-std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& requests) {
+/// ALL stands for every vector; for the observed ones in a deck with observed rates.
+std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& requests, bool observed) {
     std::vector<SummaryRequest> all;
     for (const SummaryRequest& request : requests) {
         if (request.mnemonic != "ALL") {
@@ -74,6 +75,7 @@ std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& reques
             continue;
         }
         for (const RunVector& row : runVectors()) {
+            if (row.observed && !observed) continue;
             if (row.ofField) all.push_back({fmt::format("F{}", row.suffix), {}});
             if (row.ofWells) all.push_back({fmt::format("W{}", row.suffix), {}});
         }
@@ -123,7 +125,7 @@ void startEclipseFiles(Simulation& simulation) {
     if (options.traceFromRestart) return;
     if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
     writeInitFile(simulation.console, options, simulation.units, simulation.grid, simulation.connections);
-    for (const SummaryRequest& request : spelledOut(simulation.summaryRequests))
+    for (const SummaryRequest& request : spelledOut(simulation.summaryRequests, options.useHistoryControls))
         askFor(request, wells, simulation.eclipse.asked);
     writeSummarySpec(simulation.console, options, simulation.grid, wells, simulation.eclipse.asked);
     writeGridFile(simulation.console, options, simulation.grid);

@@ -13,6 +13,7 @@ struct PhaseAmounts {
 struct WellTotals {
     PhaseAmounts produced, injected;
     double producedReservoir = 0.0, injectedReservoir = 0.0;  // rb
+    PhaseAmounts observedProduced, observedInjected;          // of the rates that WCONHIST, WCONINJH give
 };
 
 /// Fluids in place, sums over the active cells in internal volume units.

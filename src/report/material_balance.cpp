@@ -5,6 +5,7 @@
 #include "base/written_files.hpp"
 #include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
+#include "report/well_figures.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -60,6 +61,19 @@ void addWellFlows(const WellRecord& wells, double dt, BalanceRecord& record) {
     for (std::size_t n = 0; n < wells.wells.size(); ++n) {
         addWell(wells.wells[n], dt, record.wells[n]);
         addWell(wells.wells[n], dt, record.field);
+    }
+}
+
+/// The same of observed rates, by number of the well as the schedule counts.
+void addObservedFlows(const ScheduleStep* inForce, double dt, BalanceRecord& record) {
+    if (inForce == nullptr) return;
+    if (record.wells.size() < inForce->wells.size()) record.wells.resize(inForce->wells.size());
+    for (std::size_t n = 0; n < inForce->wells.size(); ++n) {
+        const ObservedRates rates = observedRates(inForce->wells[n]);
+        for (WellTotals* totals : {&record.wells[n], &record.field}) {
+            addFlow(rates.production, dt, totals->observedProduced);
+            addFlow(rates.injection, dt, totals->observedInjected);
+        }
     }
 }
 
@@ -218,6 +232,8 @@ void advanceBalance(Simulation& simulation, double executedDt) {
     }
     addWellFlows(simulation.wells, executedDt, record);
     const RunOptions& options = simulation.options;
+    if (options.useHistoryControls)
+        addObservedFlows(scheduleInForce(simulation.schedule, simulation.clock), executedDt, record);
     if (carriesAmounts(options) || !isAnalyticalPhase(options, simulation.clock.solverPhaseIndex))
         addNetInflow(simulation.wells, executedDt, record.netInflow);
     record.rows.push_back(makeRow(simulation, executedDt));

@@ -37,6 +37,7 @@ struct RunVector {
     bool ofField = false;
     bool ofWells = false;
     double (*value)(const StepFigures&, const WellFigures&);  // of the field or of one well
+    bool observed = false;                                    // what WCONHIST and WCONINJH say
 };
 
 /// All vectors, in the order of the columns of KVR_Summary.csv.

@@ -20,14 +20,16 @@ std::string columnName(char scope, std::string_view suffix, const std::string& w
     return name;
 }
 
-/// field(vector), then well(vector, place) for every well.
+/// field(vector), then well(vector, place) for every well; observed vectors where the deck has any.
 template <class Field, class OfWell>
-void forColumns(std::size_t wellCount, const Field& field, const OfWell& well) {
+void forColumns(const SummaryColumns& columns, std::size_t wellCount, const Field& field,
+                const OfWell& well) {
+    const auto shown = [&columns](const RunVector& row) { return columns.observed || !row.observed; };
     for (const RunVector& row : runVectors())
-        if (row.ofField) field(row);
+        if (row.ofField && shown(row)) field(row);
     for (std::size_t w = 0; w < wellCount; ++w)
         for (const RunVector& row : runVectors())
-            if (row.ofWells) well(row, w);
+            if (row.ofWells && shown(row)) well(row, w);
 }
 
 void putValue(NumberWriter& writer, const UnitSystem& units, const RunVector& row, double value) {
@@ -40,31 +42,39 @@ void putUnit(NumberWriter& writer, const UnitSystem& units, const RunVector& row
     put(writer, deckUnit(units, row.quantity).word);
 }
 
+SummaryColumns columnsOf(const Simulation& simulation) {
+    return {&simulation.units, simulation.options.useHistoryControls};
+}
+
 }  // namespace
 
-void putSummaryHead(const UnitSystem& units, const std::vector<std::string>& wellNames, std::FILE* file) {
+void putSummaryHead(const SummaryColumns& columns, const std::vector<std::string>& wellNames,
+                    std::FILE* file) {
+    const UnitSystem& units = *columns.units;
     NumberWriter writer;
     writer.file = file;
     put(writer, "TIME,DATE");
     forColumns(
-        wellNames.size(), [&](const RunVector& row) { put(writer, fmt::format(",F{}", row.suffix)); },
+        columns, wellNames.size(),
+        [&](const RunVector& row) { put(writer, fmt::format(",F{}", row.suffix)); },
         [&](const RunVector& row, std::size_t w) { put(writer, columnName('W', row.suffix, wellNames[w])); });
     put(writer, "\nDAYS,YYYY-MM-DD");
     forColumns(
-        wellNames.size(), [&](const RunVector& row) { putUnit(writer, units, row); },
+        columns, wellNames.size(), [&](const RunVector& row) { putUnit(writer, units, row); },
         [&](const RunVector& row, std::size_t) { putUnit(writer, units, row); });
     put(writer, "\n");
     flush(writer);
 }
 
-void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const RunClock& clock,
+void addSummaryRow(const SummaryColumns& columns, const StepFigures& figures, const RunClock& clock,
                    std::FILE* file) {
+    const UnitSystem& units = *columns.units;
     NumberWriter writer;
     writer.file = file;
     putNumber(writer, figures.time, Digits);
     put(writer, fmt::format(",{:04}-{:02}-{:02}", clock.year, clock.month, clock.day));
     forColumns(
-        figures.wells.size(),
+        columns, figures.wells.size(),
         [&](const RunVector& row) { putValue(writer, units, row, row.value(figures, figures.field)); },
         [&](const RunVector& row, std::size_t w) {
             putValue(writer, units, row, row.value(figures, figures.wells[w]));
@@ -85,13 +95,15 @@ void startSummaryTable(Simulation& simulation) {
     OutputStreams& outputs = simulation.outputs;
     outputs.summary = openBeside(simulation.console, outputs, OutputFile::RunSummary);
     watchFile(simulation.console, outputs.summary, outputPath(outputs, outputName(OutputFile::RunSummary)));
-    putSummaryHead(simulation.units, runWellNames(simulation.schedule, simulation.wells), outputs.summary);
+    putSummaryHead(columnsOf(simulation), runWellNames(simulation.schedule, simulation.wells),
+                   outputs.summary);
     addToSummaryTable(simulation);
 }
 
 void addToSummaryTable(const Simulation& simulation) {
     if (simulation.outputs.summary == nullptr) return;
-    addSummaryRow(simulation.units, vectorFigures(simulation), simulation.clock, simulation.outputs.summary);
+    addSummaryRow(columnsOf(simulation), vectorFigures(simulation), simulation.clock,
+                  simulation.outputs.summary);
 }
 
 void closeSummaryTable(Simulation& simulation) {

@@ -8,11 +8,18 @@
 
 namespace kvr {
 
+/// What decides the columns of the summary table.
+struct SummaryColumns {
+    const UnitSystem* units = nullptr;
+    bool observed = false;  // the deck has observed rates
+};
+
 /// KVR_Summary.csv: a line with the names TIME, DATE, then every field vector and every well vector as
 /// "WOPR:NAME"; a line with their units; then a row per step. Commas between, units of the deck.
-void putSummaryHead(const UnitSystem& units, const std::vector<std::string>& wellNames, std::FILE* file);
+void putSummaryHead(const SummaryColumns& columns, const std::vector<std::string>& wellNames,
+                    std::FILE* file);
 /// One row; `date` is the calendar date of the figures. Handed to the operating system when this returns.
-void addSummaryRow(const UnitSystem& units, const StepFigures& figures, const RunClock& clock,
+void addSummaryRow(const SummaryColumns& columns, const StepFigures& figures, const RunClock& clock,
                    std::FILE* file);
 
 /// The figures of the present step as vectors show them: at time zero nothing flows, whatever the wells are

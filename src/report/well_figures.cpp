@@ -1,5 +1,7 @@
 #include "report/well_figures.hpp"
 
+#include "base/text.hpp"
+
 #include <algorithm>
 
 namespace kvr {
@@ -9,6 +11,11 @@ namespace {
 ReportedFlow reported(const UnitSystem& units, const PhaseAmounts& amounts, double reservoir) {
     return {toBarrels(units, amounts.oil), toBarrels(units, amounts.water), toMscf(units, amounts.gas),
             toBarrels(units, reservoir)};
+}
+
+/// Amounts that have a surface volume alone.
+ReportedFlow reported(const UnitSystem& units, const PhaseAmounts& amounts) {
+    return reported(units, amounts, 0.0);
 }
 
 /// The part of well rates that runs into the reservoir (sign 1) or out of it (sign -1), positive.
@@ -38,6 +45,22 @@ void takeRates(const UnitSystem& units, const WellRecord& wells, StepFigures& fi
 void takeTotals(const UnitSystem& units, const WellTotals& totals, WellFigures& figures) {
     figures.produced = reported(units, totals.produced, totals.producedReservoir);
     figures.injected = reported(units, totals.injected, totals.injectedReservoir);
+    figures.observed.produced = reported(units, totals.observedProduced);
+    figures.observed.injected = reported(units, totals.observedInjected);
+}
+
+void takeObserved(const UnitSystem& units, const ScheduleStep* inForce, StepFigures& figures) {
+    if (inForce == nullptr) return;
+    for (std::size_t w = 0; w < std::min(inForce->wells.size(), figures.wells.size()); ++w) {
+        const ScheduleWell& well = inForce->wells[w];
+        const ObservedRates rates = observedRates(well);
+        ObservedFigures& observed = figures.wells[w].observed;
+        observed.production = reported(units, rates.production);
+        observed.injection = reported(units, rates.injection);
+        observed.bhp = well.isInjector ? well.histInjBhp : well.histBhp;
+        addFlow(observed.production, figures.field.observed.production);
+        addFlow(observed.injection, figures.field.observed.injection);
+    }
 }
 
 void takeBalance(const UnitSystem& units, const BalanceRecord& balance, StepFigures& figures) {
@@ -63,6 +86,23 @@ double gasOilRatio(const ReportedFlow& production) {
     return production.oil > 0.0 ? production.gas / production.oil : 0.0;
 }
 
+ObservedRates observedRates(const ScheduleWell& well) {
+    ObservedRates rates;
+    if (!well.isInjector) {
+        rates.production = {well.histOil, well.histWater, well.histGas};
+    } else {
+        const std::string fluid = toUpper(trim(well.injType)).substr(0, 1);
+        PhaseAmounts& in = rates.injection;
+        (fluid == "G" ? in.gas : fluid == "O" ? in.oil : in.water) = well.histInjRate;
+    }
+    return rates;
+}
+
+const ScheduleStep* scheduleInForce(const Schedule& schedule, const RunClock& clock) {
+    const auto entry = static_cast<std::size_t>(clock.wellChangeIndex);
+    return entry < schedule.steps.size() ? &schedule.steps[entry] : nullptr;
+}
+
 std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord& wells) {
     std::vector<std::string> names;
     for (const Well& well : wells.wells) names.push_back(well.WellName);
@@ -79,6 +119,8 @@ StepFigures stepFigures(const Simulation& run) {
     figures.wells.resize(runWellNames(run.schedule, run.wells).size());
     for (std::size_t w = 0; w < run.wells.wells.size(); ++w) figures.wells[w].bhp = run.wells.wells[w].Bhp;
     if (run.balance.rows.empty()) return figures;
+    if (run.options.useHistoryControls)
+        takeObserved(run.units, scheduleInForce(run.schedule, run.clock), figures);
     takeRates(run.units, run.wells, figures);
     takeBalance(run.units, run.balance, figures);
     return figures;

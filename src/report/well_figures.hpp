@@ -12,11 +12,19 @@ struct ReportedFlow {
     double oil = 0.0, water = 0.0, gas = 0.0, reservoir = 0.0;
 };
 
+/// What the deck says that wells have done, without reservoir volumes.
+struct ObservedFigures {
+    ReportedFlow production, injection;  // rates in force
+    ReportedFlow produced, injected;     // up to now
+    double bhp = 0.0;                    // psia
+};
+
 /// What the tables say of one well, or of the field. Production and injection are both positive.
 struct WellFigures {
     ReportedFlow production, injection;  // present rates
     ReportedFlow produced, injected;     // up to now
     double bhp = 0.0;                    // psia
+    ObservedFigures observed;            // stays 0 in decks without observed rates
 };
 
 struct StepFigures {
@@ -35,6 +43,15 @@ struct StepFigures {
 double waterCut(const ReportedFlow& production);
 /// Gas over oil rate, Mscf/stb, 0 without oil.
 double gasOilRatio(const ReportedFlow& production);
+
+/// Observed rates of a well in internal volume a day, positive.
+struct ObservedRates {
+    PhaseAmounts production, injection;
+};
+ObservedRates observedRates(const ScheduleWell& well);
+
+/// The part of the schedule in force at the clock's time; null before the schedule has any.
+const ScheduleStep* scheduleInForce(const Schedule& schedule, const RunClock& clock);
 
 /// Names of all wells of the run, in the order of their numbers: those of the last schedule step.
 std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord& wells);

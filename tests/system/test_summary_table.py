@@ -164,6 +164,60 @@ def test_without_a_summary_section_a_file_holds_its_report_alone_and_true_sums(t
     assert vectors["WOPT:PROD"][-1] == pytest.approx(table["FOPT"][-1], rel=1e-6)
 
 
+# Observed rates change once; a prediction follows.
+HISTORY = small_deck.SCHEDULE.split("WCONPROD")[0] + """WCONHIST
+'PROD' 'OPEN' 'LRAT' 30 10 6 3* 2100 /
+/
+WCONINJH
+'INJ' 'WATER' 'OPEN' 45 3900 /
+/
+TSTEP
+20 20 /
+WCONHIST
+'PROD' 'OPEN' 'LRAT' 20 20 4 3* 2000 /
+/
+TSTEP
+20 /
+END
+"""
+OBSERVED_LISTED = "SUMMARY\nINCLUDE\n'VECTORS.INC' /\nFOPR\n"
+OBSERVED_INCLUDED = "FOPRH\nFWPTH\nFWCTH\nFWITH\nFGORH\nWWIRH\n'INJ' /\nWLPTH\n'PROD' /\nWGPTH\n'P*' /\n"
+
+
+def test_observed_rates_of_the_deck_have_vectors_and_true_sums(tmp_path):
+    deck = VIEWERS.replace(ASKED, OBSERVED_LISTED).replace(LONG_REPORTS, HISTORY)
+    finished_normally(run(tmp_path, deck, files={"VECTORS.INC": OBSERVED_INCLUDED}))
+    summary, units = summary_of(tmp_path / "KVR_Summary.csv")
+    vectors = ecl.ESmry(str(tmp_path / "ECLIPSE.SMSPEC"))
+    days = summary["TIME"]
+    early = numpy.minimum(days, 40.0)
+    expected = {"FOPRH": numpy.where(days <= 40.0, 30.0, 20.0), "FWPTH": 10.0 * early + 20.0 * (days - early),
+                "FWCTH": numpy.where(days <= 40.0, 0.25, 0.5), "FWITH": 45.0 * days, "FGORH": numpy.full(len(days), 0.2),
+                "WWIRH:INJ": numpy.full(len(days), 45.0), "WLPTH:PROD": 40.0 * days, "WGPTH:PROD": 6.0 * early + 4.0 * (days - early)}
+    assert len(days) >= 4
+    for name, values in expected.items():
+        assert summary[name] == pytest.approx(values, rel=1e-6, abs=1e-9), name
+        assert numpy.array(vectors[name]) == pytest.approx(summary[name], rel=1e-6, abs=1e-6), name
+    assert summary["WBHPH:PROD"][1] == pytest.approx(2100.0) and summary["WBHPH:INJ"][-1] == pytest.approx(3900.0)
+    assert (units["FOPRH"], units["FGORH"], units["WGPTH:PROD"]) == ("STB/DAY", "MSCF/STB", "MSCF")
+    fixed = numpy.array(vectors["WOPTH:PROD"])[-1]
+    assert fixed == pytest.approx(summary["WOPTH:PROD"][-1], rel=1e-6) == pytest.approx(30.0 * 40.0 + 20.0 * 20.0, rel=1e-6)
+
+
+def test_a_deck_without_observed_rates_has_no_columns_for_them(viewed):
+    summary, _ = summary_of(viewed.folder / "KVR_Summary.csv")
+    assert not [name for name in summary if name.split(":")[0].endswith("H")]
+
+
+def test_pandas_reads_the_table_with_its_dates(viewed):
+    pandas = pytest.importorskip("pandas")
+    frame = pandas.read_csv(viewed.folder / "KVR_Summary.csv", skiprows=[1], parse_dates=["DATE"])
+    summary, _ = summary_of(viewed.folder / "KVR_Summary.csv")
+    assert (frame["DATE"].iloc[-1] - frame["DATE"].iloc[0]).days == summary["TIME"][-1] == 600.0
+    assert frame.dtypes.drop("DATE").map(lambda kind: kind.kind).isin(["f", "i"]).all(), "every other column is numbers"
+    assert list(frame["WOPR:PROD"]) == pytest.approx(list(summary["WOPR:PROD"]), rel=1e-12)
+
+
 @pytest.mark.skipif(shutil.which("summary") is None, reason="no second reader of summary files")
 def test_a_second_reader_finds_the_same_vectors(viewed):
     text = subprocess.run(["summary", "ECLIPSE.SMSPEC", "FOPT", "WWIT:INJ"], cwd=viewed.folder, capture_output=True, text=True,

@@ -1,5 +1,6 @@
 #include "deck/sections/summary.hpp"
 
+#include "base/text.hpp"
 #include "deck/reading/keyword_table.hpp"
 
 #include <algorithm>
@@ -53,6 +54,8 @@ void askOfWells(SectionReader& reader, SummaryRecords& records) {
     records.requests.push_back(request);
 }
 
+void includeVectors(SectionReader& reader, SummaryRecords& records);
+
 constexpr std::array SummaryKeywords = {
     Row{"FOPR", askOfField, "field: oil production rate"},
     Row{"FWPR", askOfField, "field: water production rate"},
@@ -100,8 +103,56 @@ constexpr std::array SummaryKeywords = {
     Row{"WGIT", askOfWells, "wells: gas injected"},
     Row{"WOIT", askOfWells, "wells: oil injected"},
     Row{"WVIT", askOfWells, "wells: reservoir volume injected"},
-    Row{"ALL", askOfField, "every vector of this list"},
+    Row{"FOPRH", askOfField, "field: observed oil production rate"},
+    Row{"FWPRH", askOfField, "field: observed water production rate"},
+    Row{"FGPRH", askOfField, "field: observed gas production rate"},
+    Row{"FLPRH", askOfField, "field: observed liquid production rate"},
+    Row{"FWIRH", askOfField, "field: observed water injection rate"},
+    Row{"FGIRH", askOfField, "field: observed gas injection rate"},
+    Row{"FWCTH", askOfField, "field: observed water cut"},
+    Row{"FGORH", askOfField, "field: observed gas-oil ratio of production"},
+    Row{"FOPTH", askOfField, "field: oil produced by the observed rates"},
+    Row{"FWPTH", askOfField, "field: water produced by the observed rates"},
+    Row{"FGPTH", askOfField, "field: gas produced by the observed rates"},
+    Row{"FLPTH", askOfField, "field: liquid produced by the observed rates"},
+    Row{"FWITH", askOfField, "field: water injected by the observed rates"},
+    Row{"FGITH", askOfField, "field: gas injected by the observed rates"},
+    Row{"WOPRH", askOfWells, "wells: observed oil production rate"},
+    Row{"WWPRH", askOfWells, "wells: observed water production rate"},
+    Row{"WGPRH", askOfWells, "wells: observed gas production rate"},
+    Row{"WLPRH", askOfWells, "wells: observed liquid production rate"},
+    Row{"WWIRH", askOfWells, "wells: observed water injection rate"},
+    Row{"WGIRH", askOfWells, "wells: observed gas injection rate"},
+    Row{"WWCTH", askOfWells, "wells: observed water cut"},
+    Row{"WGORH", askOfWells, "wells: observed gas-oil ratio of production"},
+    Row{"WBHPH", askOfWells, "wells: observed bottom-hole pressure"},
+    Row{"WOPTH", askOfWells, "wells: oil produced by the observed rates"},
+    Row{"WWPTH", askOfWells, "wells: water produced by the observed rates"},
+    Row{"WGPTH", askOfWells, "wells: gas produced by the observed rates"},
+    Row{"WLPTH", askOfWells, "wells: liquid produced by the observed rates"},
+    Row{"WWITH", askOfWells, "wells: water injected by the observed rates"},
+    Row{"WGITH", askOfWells, "wells: gas injected by the observed rates"},
+    Row{"ALL", askOfField,
+        "every vector of this list; the observed ones in decks with `WCONHIST` or `WCONINJH`"},
+    Row{"INCLUDE", includeVectors, "file of further vectors; one that is not there is told and passed over"},
 };
+
+/// Vectors only add to the output, so that a run does not end for want of their file.
+void includeVectors(SectionReader& reader, SummaryRecords& records) {
+    skipCommentLines(reader);
+    announce(reader, reader.keyword);
+    std::string name;
+    checkRead(reader, readPath(*reader.cursor, name));
+    DeckCursor file;
+    const std::string path = existingPath(reader.workingFolder + std::string(trim(name)));
+    if (reader.insideInclude || path.empty() || !loadDeck(path, file))
+        return warnHere(reader, "WARNING :: INCLUDE FILE OF SUMMARY CANNOT BE READ :: {}", trim(name));
+    SectionReader inner = reader;
+    inner.cursor = &file;
+    inner.insideInclude = true;
+    dispatchSection<SummaryRecords>(inner, records, SummaryKeywords, NoInclude);
+    reader.keywordCount = inner.keywordCount;
+}
 
 }  // namespace
 

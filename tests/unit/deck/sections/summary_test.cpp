@@ -1,6 +1,7 @@
 #include "deck/sections/summary.hpp"
 
 #include "unit/deck/deck_bench.hpp"
+#include "unit/scratch_folder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -22,12 +23,34 @@ TEST(Summary, KeepsVectorsOfTheFieldAndOfNamedOrAllWells) {
 }
 
 TEST(Summary, ReportsWhatItDoesNotKnow) {
-    DeckBench bench("BPR\n 1 1 1 /\n/\nINCLUDE\n'x' /\nSCHEDULE\n", "SUMMARY");
+    DeckBench bench("BPR\n 1 1 1 /\n/\nRUNSUM\nSCHEDULE\n", "SUMMARY");
     std::vector<SummaryRequest> requests;
     readSummary(bench.reader, requests);
     EXPECT_TRUE(requests.empty());
-    EXPECT_EQ(bench.screen(), " BPR      -> not surpported  \n INCLUDE  -> not surpported  \n");
+    EXPECT_EQ(bench.screen(), " BPR      -> not surpported  \n RUNSUM   -> not surpported  \n");
     EXPECT_EQ(bench.next(), "SCHEDULE");
+}
+
+TEST(Summary, ReadsVectorsOfAnIncludedFileAndGoesOnBehindIt) {
+    const ScratchFolder folder;
+    folder.write("VECTORS.INC", "FWCT\nWOPRH\n'P1'\n/\n");
+    DeckBench bench("FOPR\nINCLUDE\n'VECTORS.INC' /\nFPR\nSCHEDULE\n", "SUMMARY");
+    bench.reader.workingFolder = folder.path;
+    std::vector<SummaryRequest> requests;
+    readSummary(bench.reader, requests);
+    ASSERT_EQ(requests.size(), 4U);
+    EXPECT_EQ(requests[1].mnemonic, "FWCT");
+    EXPECT_EQ(requests[2].wells, std::vector<std::string>{"P1"});
+    EXPECT_EQ(requests[3].mnemonic, "FPR");
+    EXPECT_EQ(bench.next(), "SCHEDULE");
+}
+
+TEST(Summary, PassesOverAnIncludedFileThatIsNotThereWithAWarning) {
+    DeckBench bench("INCLUDE\n'NONE.INC' /\nFPR\nSCHEDULE\n", "SUMMARY");
+    std::vector<SummaryRequest> requests;
+    readSummary(bench.reader, requests);
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_TRUE(bench.printed("WARNING :: INCLUDE FILE OF SUMMARY CANNOT BE READ :: NONE.INC"));
 }
 
 TEST(Summary, EndsAListOfWellsWithoutASlashAtTheNextSection) {
