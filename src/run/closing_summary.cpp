@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "report/run_vectors.hpp"
 #include "report/text_table.hpp"
+#include "run/last_wells.hpp"
 #include "run/report_rows.hpp"
 
 #include <algorithm>
@@ -20,10 +21,6 @@ constexpr std::size_t MostNamed = 12;  // wells and keywords of one line; the lo
 
 bool flowsNow(const Well& well) {
     return well.WellQo != 0.0 || well.WellQw != 0.0 || well.WellQg != 0.0;
-}
-
-bool isAtLimit(const Well& well) {
-    return !well.shut && well.WellControl == "bhp" && well.deckControl != "bhp";
 }
 
 void row(const Simulation& s, std::string_view label, const std::string& text) {
@@ -106,14 +103,19 @@ std::string timeText(const Simulation& s) {
                        dateText(s.clock), s.clock.stepCount, cutsSoFar(s));
 }
 
-/// Columns of a well of this run, so that its names are seen.
-std::string curveExample(const Simulation& s) {
+/// The first producer, as columns call it; empty where there is none.
+std::string exampleWell(const Simulation& s) {
     const auto& wells = s.wells.wells;
     const auto producer =
         std::find_if(wells.begin(), wells.end(), [](const Well& well) { return !isInjector(well); });
-    if (producer == wells.end()) return "";
-    const std::string name = withoutBlanks(producer->WellName);
-    return fmt::format(", WOPR:{}, WWCT:{} (water cut), WBHP:{} .. of a well", name, name, name);
+    return producer == wells.end() ? "" : withoutBlanks(producer->WellName);
+}
+
+/// A command that shows a curve as it stands, from the present folder.
+void tellCurve(const Simulation& s, const std::string& summary, const std::string& well) {
+    tell(s.console, fmt::format("  a curve: gnuplot -p -e \"set datafile separator ','; plot '{}' using "
+                                "'TIME':'{}' with lines\"",
+                                s.outputs.folder + summary, well.empty() ? "FOPR" : "WWCT:" + well));
 }
 
 void tellFiles(const Simulation& s) {
@@ -121,10 +123,13 @@ void tellFiles(const Simulation& s) {
     const std::string log = outputFileName(s.outputs.prefix, outputName(OutputFile::DebugLog));
     const std::string index = outputFileName(s.outputs.prefix, outputName(OutputFile::FilesIndex));
     const std::string folder = s.outputs.folder.empty() ? "the present folder" : s.outputs.folder;
-    const std::string well = curveExample(s);
+    const std::string well = exampleWell(s);
+    const std::string columns =
+        well.empty() ? "" : fmt::format(", WOPR:{0}, WWCT:{0} (water cut), WBHP:{0} .. of a well", well);
     row(s, "Open first", fmt::format("in {}", folder));
     tell(s.console, fmt::format("  {}: the curves, a row per step; columns FOPR, FWCT, FPR .. of the field{}",
-                                summary, well));
+                                summary, columns));
+    tellCurve(s, summary, well);
     tell(s.console, fmt::format("  {}: what each of the other files holds", index));
     tell(s.console, fmt::format("  {}: everything that the run said", log));
 }
@@ -173,6 +178,7 @@ void tellMessages(const Simulation& s) {
 
 void tellClosingSummary(const Simulation& s, std::string_view ending) {
     const std::string rule(RuleWidth, '-');
+    tellLastWells(s);
     tell(s.console, "");
     tell(s.console, rule);
     row(s, "Run", std::string(ending));

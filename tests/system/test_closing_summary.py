@@ -1,6 +1,10 @@
 """The last lines of a run, its index of files and its counts of messages."""
 
 import re
+import shutil
+import subprocess
+
+import pytest
 
 import small_deck
 from kvr_run import finished_normally, run
@@ -36,7 +40,40 @@ def test_every_run_ends_with_its_summary_on_console_and_log(tmp_path):
     assert f"injected {table['FWIT'][-1]:.6g} STB" in row(lines, "Water")
     assert "balance error 0.0000 %" in row(lines, "Oil")
     assert row(lines, "Warnings") == "0"
-    assert [line.split(":")[0].strip() for line in lines[-3:]] == ["KVR_Summary.csv", "KVR_Files.txt", "KVR_dbg.out"]
+    assert [line.split(":")[0].strip() for line in lines[-4:]] == ["KVR_Summary.csv", "a curve", "KVR_Files.txt", "KVR_dbg.out"]
+
+
+def last_wells(text):
+    """Rows of the table of wells in front of the closing summary, by name; the words behind the figures at the end."""
+    head, units, *rows = text[text.rindex("\nWells on ") + 1:].split("\n\n")[0].splitlines()
+    assert head.split() == "Wells on Oil rate Water rate Water cut BHP".split()
+    return units.split(), {row.split()[0]: row.split() for row in rows}
+
+
+def test_every_well_ends_with_a_row_of_its_last_figures(tmp_path):
+    deck = small_deck.deck(runspec=small_deck.RUNSPEC.replace("2 1 /", "3 1 /"), schedule=LIMITED)
+    result = finished_normally(run(tmp_path, deck))
+    units, rows = last_wells(result.console)
+    assert units == ["2000-03-01", "STB/DAY", "STB/DAY", "PSIA"]
+    table = result.table()
+    last = {name: column[-1] for name, column in table.items()}
+    cut = last["FWPR"] / (last["FWPR"] + last["FOPR"])
+    assert rows["PROD"][1:5] == [f"{last['FOPR']:.1f}", f"{last['FWPR']:.1f}", f"{cut:.3f}", f"{last['WBHP:PROD']:.1f}"]
+    assert " ".join(rows["PROD"][5:]) == "at its BHP limit"
+    assert rows["INJ"][2:4] == ["50.0", "-"] and rows["INJ"][5:] == ["injects"]
+    assert rows["IDLE"][5:] == ["shut"]
+
+
+@pytest.mark.skipif(shutil.which("gnuplot") is None, reason="no gnuplot")
+def test_the_command_for_a_curve_draws_it_from_the_folder_of_the_call(tmp_path):
+    (tmp_path / "deep").mkdir()
+    (tmp_path / "deep" / "FLOOD.DATA").write_text(small_deck.deck())
+    ended = run_named("deep/FLOOD", folder=tmp_path)
+    command = next(line for line in ended.console.splitlines() if line.startswith("  a curve: "))[len("  a curve: "):]
+    assert "'TIME':'WWCT:PROD'" in command
+    drawn = subprocess.run(command.replace('-e "', '-e "set terminal dumb; ', 1), shell=True, cwd=tmp_path, capture_output=True,
+                           text=True)
+    assert drawn.returncode == 0 and drawn.stderr == "" and drawn.stdout.count("*") > 20, drawn.stderr
 
 
 def test_wells_that_never_flowed_or_met_their_limit_are_named_with_dates(tmp_path):
