@@ -1,0 +1,174 @@
+"""Pictures of any run by tools/plot: they are there, and the figures behind them are those of the run's own files."""
+
+import csv
+import re
+import shutil
+import subprocess
+
+import numpy
+import pytest
+
+import kvr_run
+import small_deck
+import tecplot
+from kvr_run import REPOSITORY, finished_normally, run
+from named_run import run_named, summary_of
+
+pytest.importorskip("matplotlib")
+
+PLOT = REPOSITORY / "tools" / "plot"
+CELLS = (5, 4, 3)
+PNG = b"\x89PNG"
+
+
+def flood(switches="1 0 1 1 0 0 0 1 0 0 /", options="", cells=CELLS):
+    nx, ny, nz = cells
+    count = f"{nx * ny * nz}*"
+    section = kvr_run.options(lines=40, solver="DGESV").replace("1 0 0 0 0 0 0 1 0 0 /", switches) + options
+    grid = small_deck.GRID.replace("25*5000", f"{nx * ny}*5000").replace("25*", count)
+    schedule = small_deck.SCHEDULE.replace("5 5 ", f"{nx} {ny} ").replace(" 1 1 'OPEN'", f" 1 {nz} 'OPEN'")
+    return small_deck.deck(runspec=small_deck.RUNSPEC.replace("5 5 1", f"{nx} {ny} {nz}"), grid=grid,
+                           solution=small_deck.SOLUTION.replace("25*", count), schedule=schedule, options=section)
+
+
+def plot(*words):
+    return subprocess.run([PLOT, *map(str, words)], capture_output=True, text=True)
+
+
+def drawn(*words):
+    """Pictures and tables that the tool says it has written, all there."""
+    done = plot(*words)
+    assert done.returncode == 0, done.stderr
+    paths = {path.split("_Plot_")[1]: path for path in done.stdout.split()}
+    for path in paths.values():
+        with open(path, "rb") as file:
+            assert path.endswith(".csv") or file.read(4) == PNG, path
+    return paths
+
+
+def table(path):
+    with open(path, newline="") as file:
+        rows = list(csv.reader(file))
+    keep = [n for n, name in enumerate(rows[0]) if name != "DATE"]
+    return {rows[0][n]: numpy.array([float(row[n]) for row in rows[1:]]) for n in keep}
+
+
+def refused(*words):
+    done = plot(*words)
+    assert done.returncode == 1 and done.stdout == "", done.stdout
+    line, = done.stderr.splitlines()
+    assert line.startswith("tools/plot: ")
+    return line
+
+
+@pytest.fixture(scope="module")
+def result(tmp_path_factory):
+    return finished_normally(run(tmp_path_factory.mktemp("flood"), flood()))
+
+
+def test_a_run_without_arguments_has_its_pictures_drawn_at_one_word(result):
+    paths = drawn(result.folder, "--data")
+    assert sorted(paths) == sorted(f"{stem}{ending}" for ending in (".png", ".csv") for stem in (
+        "Field", "Wells", "swat_layer_1_60_days", "poil_layer_1_60_days", "Lines_60_days"))
+    assert all(path.startswith(f"{result.folder}/KVR_Plot_") for path in paths.values())
+
+
+def test_curves_are_those_of_the_tables(result):
+    paths = drawn(result.folder, "--data")
+    rows = result.table()
+    for name in ("Field.csv", "Wells.csv"):
+        for column, values in table(paths[name]).items():
+            if column in rows:
+                numpy.testing.assert_allclose(values, rows[column], rtol=1e-6, atol=1e-9, err_msg=column)
+    assert {"FOPR", "FWIR", "FPR"} <= set(table(paths["Field.csv"]))
+    assert {"WOPR:PROD", "WBHP:PROD", "WBHP:INJ"} <= set(table(paths["Wells.csv"]))
+    assert not {"WOPR:INJ"} & set(table(paths["Wells.csv"])), "an injector has no curve of production"
+
+
+def test_a_chosen_vector_of_a_chosen_well_is_drawn_alone(result):
+    paths = drawn(result.folder, "--vector", "wopt", "FOPT", "--well", "PROD", "--data")
+    assert sorted(paths) == ["FOPT.csv", "FOPT.png", "WOPT.csv", "WOPT.png"]
+    assert sorted(table(paths["WOPT.csv"])) == ["TIME", "WOPT:PROD"]
+    numpy.testing.assert_allclose(table(paths["WOPT.csv"])["WOPT:PROD"], result.table()["FOPT"], rtol=1e-6, atol=1e-9)
+
+
+@pytest.mark.parametrize("date, place", [("2000-01-31", 1), ("0", 0), ("last", 2)])
+def test_a_layer_of_a_map_holds_the_values_of_the_plot_file(result, date, place):
+    zone = tecplot.read_zones(result.folder / "KVR_TPlot_swat.plt")[place]
+    paths = drawn(result.folder, "--map", "swat", "--layer", "2,3", "--date", date, "--data")
+    found = table(paths[f"swat_layer_2_3_{zone.time:g}_days.csv"])
+    cells = zone.values[0].reshape(CELLS[2], CELLS[1], CELLS[0])
+    assert sorted(set(found["K"])) == [2, 3]
+    at = [found[axis].astype(int) - 1 for axis in ("K", "J", "I")]
+    numpy.testing.assert_array_equal(found["swat"], cells[tuple(at)])
+
+
+def test_every_map_that_the_list_names_can_be_drawn_in_every_layer(result):
+    listed = plot(result.folder, "--list").stdout
+    names = re.findall(r"^  (\S+) .*(?:plt|out)$", listed, flags=re.M)
+    assert {"swat", "poil", "kx", "trnsz", "tauinj", "endswat", "prdcxn"} <= set(names)
+    assert "Layers  : 1 to 3" in listed and "Wells   : INJ PROD" in listed and "Lines   : 30, 60 days" in listed
+    paths = drawn(result.folder, "--map", *names, "--layer", "all")
+    assert len(paths) == len(names)
+
+
+def test_lines_are_those_of_the_plot_file(result):
+    found = table(drawn(result.folder, "--lines", "--date", "30", "--data")["Lines_30_days.csv"])
+    _, lines = tecplot.read_line_plot(result.folder / "Streamline_Time_30.plt")
+    points = numpy.concatenate(lines)
+    for column, name in ((0, "X"), (1, "Y"), (3, "TOF")):
+        numpy.testing.assert_allclose(found[name], points[:, column], rtol=1e-9)
+    assert found["LINE"][-1] == len(lines)
+
+
+def test_maps_of_the_view_files_serve_where_there_are_no_plot_files(tmp_path):
+    result = finished_normally(run(tmp_path, flood("1 0 0 0 0 0 0 1 0 0 /")))
+    paths = drawn(tmp_path, "--data")
+    values = table(paths["endswat_layer_1_60_days.csv"])["endswat"]
+    rows = numpy.loadtxt(result.folder / "KVR_Run_EndSwat.out", skiprows=3)
+    numpy.testing.assert_allclose(values, rows[:CELLS[0] * CELLS[1], 3], rtol=1e-9)
+    assert "pressure_layer_1_60_days.png" in paths
+
+
+def test_cells_with_corners_of_their_own_are_drawn_too(tmp_path):
+    finished_normally(run(tmp_path, flood(options="OPTIONKVR\n1 1 0 0 0 0 0 0 /\n")))
+    plain = drawn(tmp_path, "--map", "swat", "--data")
+    values = table(plain["swat_layer_1_60_days.csv"])["swat"]
+    rows = numpy.loadtxt(tmp_path / "KVR_Run_EndSwat.out", skiprows=3)
+    numpy.testing.assert_allclose(values, rows[:CELLS[0] * CELLS[1], 3], rtol=1e-8)
+
+
+@pytest.mark.parametrize("cells", [(5, 1, 3), (1, 5, 3), (6, 1, 1)])
+def test_a_model_of_one_row_is_seen_from_the_side(tmp_path, cells):
+    finished_normally(run(tmp_path, flood(cells=cells)))
+    paths = drawn(tmp_path, "--map", "swat", "--layer", "all", "--data")
+    assert len(table(paths["swat_layer_all_60_days.csv"])["swat"]) == numpy.prod(cells)
+
+
+def test_named_runs_have_pictures_of_their_names_and_two_of_them_are_asked_for(tmp_path):
+    for name in ("EAST", "WEST"):
+        (tmp_path / f"{name}.DATA").write_text(flood())
+    assert run_named("EAST", folder=tmp_path).returncode == 0
+    alone = drawn(tmp_path)
+    assert alone["Field.png"] == f"{tmp_path}/EAST_Plot_Field.png" and "Lines_60_days.png" in alone
+    assert run_named("WEST", folder=tmp_path).returncode == 0
+    assert "holds 2 runs: EAST, WEST. Choose one with --case" in refused(tmp_path)
+    assert drawn(tmp_path, "--case", "WEST")["Field.png"] == f"{tmp_path}/WEST_Plot_Field.png"
+    paths = drawn(tmp_path / "WEST.DATA", "--vector", "FPR", "--data")
+    summary, _ = summary_of(tmp_path / "WEST_Summary.csv")
+    numpy.testing.assert_allclose(table(paths["FPR.csv"])["FPR"], summary["FPR"], rtol=1e-9)
+
+
+def test_what_is_not_there_is_told_in_one_line(result, tmp_path):
+    assert "there is no folder" in refused(tmp_path / "none")
+    assert "no run in" in refused(tmp_path)
+    assert "no run EAST" in refused(result.folder, "--case", "EAST")
+    assert "no vector WCT; did you mean WWCT" in refused(result.folder, "--vector", "WCT")
+    assert "no well P; did you mean" in refused(result.folder, "--vector", "WWCT", "--well", "P")
+    assert "no map swatt; did you mean swat" in refused(result.folder, "--map", "swatt")
+    assert "the model has layers 1 to 3" in refused(result.folder, "--map", "swat", "--layer", "4")
+    assert "is no date" in refused(result.folder, "--map", "swat", "--date", "2000-13-01")
+    (tmp_path / "bare").mkdir()
+    shutil.copy(result.folder / "KVR_Summary.csv", tmp_path / "bare")
+    assert "no map of KVR" in refused(tmp_path / "bare", "--map", "swat")
+    assert "position 4 of OUTPUTKVR" in refused(tmp_path / "bare", "--lines")
