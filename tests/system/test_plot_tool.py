@@ -4,6 +4,7 @@ import csv
 import re
 import shutil
 import subprocess
+import sys
 
 import numpy
 import pytest
@@ -108,7 +109,7 @@ def test_every_map_that_the_list_names_can_be_drawn_in_every_layer(result):
     names = re.findall(r"^  (\S+) .*(?:plt|out)$", listed, flags=re.M)
     assert {"swat", "poil", "kx", "trnsz", "tauinj", "endswat", "prdcxn"} <= set(names)
     assert "Layers  : 1 to 3" in listed and "Wells   : INJ PROD" in listed and "Lines   : 30, 60 days" in listed
-    paths = drawn(result.folder, "--map", *names, "--layer", "all")
+    paths = drawn(result.folder, "--map", *names, "--layer", "3")
     assert len(paths) == len(names)
 
 
@@ -136,6 +137,20 @@ def test_cells_with_corners_of_their_own_are_drawn_too(tmp_path):
     values = table(plain["swat_layer_1_60_days.csv"])["swat"]
     rows = numpy.loadtxt(tmp_path / "KVR_Run_EndSwat.out", skiprows=3)
     numpy.testing.assert_allclose(values, rows[:CELLS[0] * CELLS[1], 3], rtol=1e-8)
+
+
+def test_inactive_cells_are_left_open(tmp_path):
+    deck = flood().replace("PROPS", "ACTNUM\n50*1 3*0 7*1 /\nPROPS", 1)
+    result = finished_normally(run(tmp_path, deck))
+    sys.path.insert(0, str(REPOSITORY / "tools"))
+    from plotting import maps, pictures, run_files
+    case = run_files.find_case(tmp_path)
+    found = maps.map_files(case)
+    inactive = maps.inactive_cells(case, found, 60.0)
+    assert numpy.nonzero(inactive.ravel())[0].tolist() == [50, 51, 52]
+    shown = pictures.shown_values(maps.read_map(case, found["swat"], None, 60.0), inactive)
+    assert numpy.isnan(shown).sum() == 3
+    assert drawn(result.folder, "--map", "swat", "--layer", "3")
 
 
 @pytest.mark.parametrize("cells", [(5, 1, 3), (1, 5, 3), (6, 1, 1)])

@@ -146,6 +146,12 @@ def read_map(case, entry, day, last_day):
     return Map(entry.name, at, values, x, y, depth, False)
 
 
+def inactive_cells(case, found, last_day):
+    """Cells that take no part, (NZ, NY, NX): their pressure stands at 0 in every map of it. None where no map tells."""
+    entry = found.get("poil") or found.get("pressure")
+    return None if entry is None else read_map(case, entry, None, last_day).values == 0.0
+
+
 # --- lines ---------------------------------------------------------------------------------------------------
 
 LINE_FILE = re.compile(r"Streamline_Time_([0-9.eE+-]+)\.plt$")

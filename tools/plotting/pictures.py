@@ -12,6 +12,7 @@ from matplotlib.collections import LineCollection  # noqa: E402
 from matplotlib.colors import LogNorm  # noqa: E402
 
 from plotting.maps import NO_LINE, UNITS  # noqa: E402
+from plotting.run_files import well_places  # noqa: E402
 
 DPI = 110
 MOST_NAMED = 36  # wells of one legend
@@ -152,9 +153,10 @@ def write_wells(axis, places):
                       path_effects=[patheffects.withStroke(linewidth=2, foreground="white")])
 
 
-def shown_values(shown):
-    """Values to draw: what stands for no line is left open."""
-    return numpy.where(shown.values >= NO_LINE, numpy.nan, shown.values)
+def shown_values(shown, inactive):
+    """Values to draw: inactive cells and what stands for no line are left open."""
+    values = numpy.where(shown.values >= NO_LINE, numpy.nan, shown.values)
+    return values if inactive is None else numpy.where(inactive, numpy.nan, values)
 
 
 def draw_mesh(axis, across, along, values, at_nodes, look):
@@ -200,8 +202,8 @@ def layer_table(shown, layers):
     return (["I", "J", "K", shown.name], [i[kept], j[kept], k[kept], shown.values.ravel()[kept]])
 
 
-def draw_map(case, shown, layers, places, stem, data, written):
-    values = shown_values(shown)
+def draw_map(case, shown, layers, inactive, stem, data, written):
+    values, places = shown_values(shown, inactive), well_places(case)
     look = scale(shown.name, values[[layer - 1 for layer in layers]])
     nz, ny, nx = values.shape
     if ny == 1 or nx == 1:
@@ -244,7 +246,7 @@ def line_table(lines):
     return ["LINE", "X", "Y", "TOF"], [number, *(numpy.concatenate([getattr(line, axis) for line in lines]) for axis in ("x", "y", "time"))]
 
 
-def draw_lines(case, lines, title, places, stem, data, written):
+def draw_lines(case, lines, title, stem, data, written):
     """Courses in plan view, coloured by time of flight."""
     drawn = lines[::-(-len(lines) // MOST_LINES)]
     figure, axis = pyplot.subplots(figsize=(8.0, 7.0), layout="constrained")
@@ -261,5 +263,5 @@ def draw_lines(case, lines, title, places, stem, data, written):
     axis.set_ylabel("y, ft")
     count = f"{len(lines)} lines" if len(drawn) == len(lines) else f"{len(drawn)} of {len(lines)} lines"
     axis.set_title(f"{case.name}: {count}, {title}")
-    write_wells(axis, places)
+    write_wells(axis, well_places(case))
     save(figure, stem, line_table(lines) if data else None, written)
