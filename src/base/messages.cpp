@@ -47,8 +47,14 @@ void noteUnused(const Console& console, std::string_view keyword, const DeckPlac
     auto known = std::find_if(unused.begin(), unused.end(),
                               [keyword](const UnusedKeyword& row) { return row.name == keyword; });
     if (known == unused.end())
-        known = unused.insert(unused.end(), {std::string(keyword), place, effectOf(keyword, section), 0});
+        known = unused.insert(unused.end(), {std::string(keyword), place, effectOf(keyword, section), 0, ""});
     ++known->count;
+}
+
+void noteMeant(const Console& console, std::string_view keyword, std::string_view meant) {
+    if (console.messages == nullptr) return;
+    for (UnusedKeyword& row : console.messages->unused)
+        if (row.name == keyword) row.meant = meant;
 }
 
 int warningCount(const MessageRecord& messages) {

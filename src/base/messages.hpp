@@ -31,6 +31,7 @@ struct UnusedKeyword {
     DeckPlace place;  // where it was met first
     KeywordEffect effect = KeywordEffect::Answer;
     int count = 0;
+    std::string meant;  // a keyword that looks like it; blank for none
 };
 
 /// What a run had to say about its input and its course; repeated behind the run. One instance for the run.
@@ -47,6 +48,9 @@ void noteWarning(const Console& console, std::string_view format, std::string_vi
 /// Keeps a keyword that is not used, counted by its name. `section` is the word of its section.
 void noteUnused(const Console& console, std::string_view keyword, const DeckPlace& place,
                 std::string_view section);
+
+/// Says of a keyword that is not used which one may have been meant.
+void noteMeant(const Console& console, std::string_view keyword, std::string_view meant);
 
 /// Warnings and unused keywords that could change the answer, of all kinds together.
 int warningCount(const MessageRecord& messages);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <vector>
 
 namespace kvr {
 
@@ -43,6 +44,24 @@ std::string toLower(std::string_view text) {
     std::string result(text);
     std::transform(result.begin(), result.end(), result.begin(), lower);
     return result;
+}
+
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    // Three rows of the table of distances between heads of a and b: the present one and the two before it.
+    std::vector<std::size_t> twoBack(b.size() + 1), back(b.size() + 1), row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        twoBack.swap(back);
+        back.swap(row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t changed = back[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({changed, back[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], twoBack[j - 2] + 1);
+        }
+    }
+    return row[b.size()];
 }
 
 std::string padded(std::string_view text, std::size_t width) {

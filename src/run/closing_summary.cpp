@@ -93,8 +93,10 @@ void tellUnused(const Simulation& s, KeywordEffect effect, std::string_view labe
     std::vector<std::string> items;
     for (const UnusedKeyword& keyword : s.messages.unused)
         if (keyword.effect == effect)
-            items.push_back(fmt::format("{} ({}{})", keyword.name, shortPlace(s, keyword.place),
-                                        keyword.count > 1 ? fmt::format(", {} times", keyword.count) : ""));
+            items.push_back(
+                fmt::format("{} ({}{}{})", keyword.name, shortPlace(s, keyword.place),
+                            keyword.count > 1 ? fmt::format(", {} times", keyword.count) : "",
+                            keyword.meant.empty() ? "" : fmt::format(", is {} meant?", keyword.meant)));
     if (!items.empty()) row(s, label, listText(items));
 }
 

@@ -5,10 +5,12 @@
 #include "deck/reading/deck_cursor.hpp"
 #include "run/example_deck.hpp"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kvr {
 
@@ -19,6 +21,7 @@ constexpr int NativeDeck = 3;
 constexpr int IxDeck = 4;
 
 constexpr std::string_view DataExtension = ".DATA";
+constexpr std::size_t MostDecksNamed = 10;  // behind a name that is not found
 constexpr std::string_view IxExtension = ".afi";
 constexpr std::size_t MaxNameLength = 2048;
 constexpr std::string_view NotFound = "WARNING: KVR Input File not found";
@@ -137,11 +140,38 @@ void splitName(const std::string& name, RunOptions& options) {
     options.ixExtract = isIx;
 }
 
+/// Decks that lie where the name points: in the folder that it is, or beside the file that it is not.
+std::vector<std::string> decksAt(const std::string& name) {
+    const std::filesystem::path place(name);
+    std::error_code failure;
+    const bool isFolder = std::filesystem::is_directory(place, failure);
+    const std::filesystem::path folder = isFolder ? place : place.parent_path();
+    std::vector<std::string> decks;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.empty() ? "." : folder, failure))
+        if (toUpper(entry.path().extension().string()) == DataExtension)
+            decks.push_back((folder / entry.path().filename()).string());
+    std::sort(decks.begin(), decks.end());
+    return decks;
+}
+
+/// Names the decks that may have been meant.
+void tellDecksAt(const Console& console, const std::string& name) {
+    const std::vector<std::string> decks = decksAt(name);
+    if (decks.empty()) return;
+    std::string text;
+    for (std::size_t n = 0; n < std::min(decks.size(), MostDecksNamed); ++n) text += " " + decks[n];
+    if (decks.size() > MostDecksNamed) text += fmt::format(" and {} more", decks.size() - MostDecksNamed);
+    both(console, "Decks there ::{}", text);
+}
+
 /// The deck as named, or with the extension added.
 std::string namedDeck(const Console& console, const std::string& name) {
     for (const std::string& path : {existingPath(name), existingPath(name + std::string(DataExtension))})
         if (!path.empty()) return path;
-    both(console, "ERROR :: Cannot find file :: {}", name);
+    std::error_code ignored;
+    const bool isFolder = std::filesystem::is_directory(name, ignored);
+    both(console, "ERROR :: Cannot find file :: {}{}", name, isFolder ? ", a folder" : "");
+    tellDecksAt(console, name);
     hardStop(console);
 }
 

@@ -128,6 +128,13 @@ def test_keywords_that_change_the_answer_stand_apart_from_those_that_steer_outpu
     assert row(lines, "Not needed").startswith(f"RPTSCHED (line {at[1]}") or f"RPTSCHED (line {at[1] + 1}" in row(lines, "Not needed")
 
 
+def test_a_mistyped_option_is_listed_with_the_one_that_it_looks_like(tmp_path):
+    deck = small_deck.deck().replace("NUMLINE", "NUMLNIE")
+    lines = closing(finished_normally(run(tmp_path, deck)).console)
+    place = 1 + deck.splitlines().index("NUMLNIE")
+    assert row(lines, "NOT USED") == f"NUMLNIE (line {place}, is NUMLINE meant?)"
+
+
 def test_a_run_that_an_error_ends_counts_it_in_the_end_file(tmp_path):
     ended = run(tmp_path, small_deck.deck().replace("25*0.2 /", "25*x /", 1))
     assert ended.status == 1

@@ -147,3 +147,23 @@ def test_an_error_in_the_deck_is_the_last_line_of_a_concise_console(case):
     assert ended.returncode == 1
     assert ended.console.splitlines()[0].startswith("ERROR")
     assert 'line 21, keyword PORO: "x"' in ended.console.splitlines()[-1]
+
+
+def test_a_name_that_is_no_deck_is_answered_with_the_decks_that_lie_there(tmp_path):
+    (tmp_path / "field").mkdir()
+    for name in ("EAST.DATA", "WEST.DATA", "notes.txt"):
+        (tmp_path / "field" / name).write_text("")
+    for word, said in (("field", "field, a folder"), ("field/NORTH", "field/NORTH"), ("field/east.data", "field/east.data")):
+        ended = run_named(word, folder=tmp_path)
+        assert ended.returncode == 1
+        lines = [line for line in ended.console.splitlines() if line]
+        assert lines[-2:] == [f"ERROR :: Cannot find file :: {said}", "Decks there :: field/EAST.DATA field/WEST.DATA"]
+    ended = run_named("nowhere/CASE", folder=tmp_path)
+    assert ended.returncode == 1 and "Decks there" not in ended.console
+
+
+def test_an_unknown_control_of_a_well_is_answered_with_those_that_there_are(tmp_path):
+    (tmp_path / "CASE.DATA").write_text(small_deck.deck().replace("'OPEN' 'BHP' 5* 2000", "'OPEN' 'OIL' 50 4* 2000"))
+    ended = run_named("CASE", folder=tmp_path)
+    assert ended.returncode == 1
+    assert "Well PROD: control 'OIL'" in ended.console and "Known: ORAT, WRAT, GRAT, LRAT, RESV, BHP" in ended.console

@@ -4,10 +4,11 @@ namespace kvr {
 
 namespace {
 
-constexpr int FirstStepOnly = 99999;      // pressure update frequency that no run reaches
-constexpr int MaxBoundaryRows = 200;      // of BPCONST
-constexpr int MaxConditioningRows = 10;   // of UPSCALE, SMTHPRM
-constexpr std::size_t PropertyWidth = 8;  // characters of a word in the tables
+constexpr int FirstStepOnly = 99999;         // pressure update frequency that no run reaches
+constexpr std::size_t SwitchesOfMethod = 6;  // of OPTIONKVR, its first a count
+constexpr int MaxBoundaryRows = 200;         // of BPCONST
+constexpr int MaxConditioningRows = 10;      // of UPSCALE, SMTHPRM
+constexpr std::size_t PropertyWidth = 8;     // characters of a word in the tables
 
 void cutToWidth(std::string& word) {
     if (word.size() > PropertyWidth) word.resize(PropertyWidth);
@@ -22,6 +23,13 @@ void tellOptionSwitches(const SectionReader& reader, const RunOptions& options) 
     tellValue(reader, "-> Constraint Lower Solution GOR     :", yesNo(options.bubblePointMinLimit));
     tellValue(reader, "-> Make sure that this option is false :", yesNo(options.internalDebug == 1));
     tellValue(reader, "-> Iterative IMPES, how many iteration :", options.globalIterations);
+}
+
+/// Tells of a switch whose value is neither 0 nor 1, and what it counts as.
+void tellSwitchValue(const SectionReader& reader, std::size_t position, int value, int others) {
+    if (value == 0 || value == 1) return;
+    warnHere(reader, "WARNING :: {} {}: {} IS NEITHER 0 NOR 1, TAKEN AS {}", reader.keyword, position, value,
+             others);
 }
 
 /// One output switch: position in the record is the position in the table. A switch is a flag or a
@@ -59,6 +67,7 @@ void applyOutputSwitch(const OutputSwitch& row, int value, RunOptions& options) 
 void readOptionSwitches(SectionReader& reader, RunOptions& options) {
     std::array<int, 8> record = {1, 0, 0, 0, 0, 0, 0, 0};
     readRecord(reader, record);
+    for (std::size_t n = 1; n < SwitchesOfMethod; ++n) tellSwitchValue(reader, n + 1, record[n], 0);
     options.pressureUpdateFrequency = record[0] < 1 ? FirstStepOnly : record[0];
     if (record[1] == 1) options.cornerPointHiRes = true;
     if (record[2] == 1) options.keepIrreducibleSaturation = true;
@@ -75,6 +84,7 @@ void readOutputSwitches(SectionReader& reader, RunOptions& options) {
     readRecord(reader, record);
     for (std::size_t n = 0; n < record.size(); ++n) {
         const OutputSwitch& row = OutputSwitches[n];
+        tellSwitchValue(reader, n + 1, record[n], 1 - row.acts);
         applyOutputSwitch(row, record[n], options);
         tellValue(reader, row.text,
                   row.flag != nullptr ? yesNo(options.*row.flag) : std::string_view(options.*row.word));

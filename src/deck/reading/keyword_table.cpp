@@ -145,6 +145,11 @@ DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts) {
     return file;
 }
 
+void tellMeant(const SectionReader& reader, std::string_view meant) {
+    both(consoleOf(reader), "-> Is {} meant?", meant);
+    noteMeant(consoleOf(reader), reader.keyword, meant);
+}
+
 bool isOwnSectionWord(const SectionReader& reader, std::string_view word) {
     return keywordOf(reader.section) == word || (reader.section == "REGIONS" && word == "REGION  ");
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/text.hpp"
 #include "deck/reading/section_reader.hpp"
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <string_view>
@@ -118,6 +120,11 @@ bool isOwnSectionWord(const SectionReader& reader, std::string_view word);
 /// The name as it is compared, against a padded word of the deck.
 bool matchesKeyword(std::string_view name, int significant, std::string_view word);
 
+inline constexpr std::string_view OptionSection = "TUNEKVR";
+
+/// A line that names the keyword that may have been meant, kept for the end of the run.
+void tellMeant(const SectionReader& reader, std::string_view meant);
+
 template <class Records>
 void dispatchSection(SectionReader& reader, Records& records, std::span<const KeywordRow<Records>> table,
                      const IncludeTexts& texts);
@@ -149,6 +156,26 @@ bool handleKeyword(SectionReader& reader, Records& records, std::span<const Keyw
     return false;
 }
 
+/// Letters in which a word may differ from the option that was meant.
+inline constexpr std::size_t MostTypos = 2;
+
+/// Names the option that an unknown word of the option section looks like. The other sections have keywords
+/// of other programs, whose names differ in one letter and mean something else.
+template <class Records>
+void suggestKeyword(const SectionReader& reader, std::span<const KeywordRow<Records>> table,
+                    std::string_view word) {
+    if (reader.section != OptionSection) return;
+    std::string_view meant;
+    std::size_t fewest = MostTypos + 1;
+    for (const KeywordRow<Records>& row : table) {
+        const std::size_t typos = editDistance(toUpper(trim(word)), row.name);
+        if (typos >= std::min(fewest, row.name.size() / 2)) continue;
+        fewest = typos;
+        meant = row.name;
+    }
+    if (!meant.empty()) tellMeant(reader, meant);
+}
+
 /// The loop of every section. Returns in front of the section word that ended it, or at the end of the
 /// file.
 template <class Records>
@@ -173,6 +200,7 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         }
         if (skippedTitle(reader, found)) continue;
         reportNotSupported(reader, found.line);
+        suggestKeyword(reader, table, found.word);
         skipKeywordData(reader);
     }
 }

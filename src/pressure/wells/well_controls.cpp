@@ -45,6 +45,8 @@ bool isShutStatus(std::string_view status) {
     lineToLog(console, logText);
     both(console, "Well {}: control '{}', fluid '{}'; introduced in {}, line {}", source.name, source.control,
          source.injType, source.place.fileName, source.place.lineNumber);
+    lineToBoth(console, source.isInjector ? "Known: RATE, BHP of WATER, GAS, OIL"
+                                          : "Known: ORAT, WRAT, GRAT, LRAT, RESV, BHP");
     hardStop(console);
 }
 

@@ -469,5 +469,23 @@ TEST(OptionSection, EndsAtASectionWordAndReportsWhatItDoesNotKnow) {
     EXPECT_TRUE(deck.said(" FOO      -> not surpported  "));
 }
 
+TEST(OptionSwitches, ThatAreNeitherZeroNorOneAreTold) {
+    const OptionDeck deck("OUTPUTKVR\n1 1 2 0 0 0 0 3 /\nOPTIONKVR\n5 0 7 0 0 0 0 4 /\n");
+    EXPECT_TRUE(deck.said("WARNING :: OUTPUTKVR 3: 2 IS NEITHER 0 NOR 1, TAKEN AS 0\n"));
+    EXPECT_TRUE(deck.said("WARNING :: OUTPUTKVR 8: 3 IS NEITHER 0 NOR 1, TAKEN AS 1\n"));
+    EXPECT_TRUE(deck.said("WARNING :: OPTIONKVR 3: 7 IS NEITHER 0 NOR 1, TAKEN AS 0\n"));
+    EXPECT_FALSE(deck.said("OUTPUTKVR 2:")) << "a switch that is on is none of them";
+    EXPECT_FALSE(deck.said("OPTIONKVR 1:") || deck.said("OPTIONKVR 8:")) << "counts are no switches";
+    EXPECT_EQ(deck.options.outputPlt + deck.options.outputKvrView, "NoYes");
+}
+
+TEST(OptionSection, NamesTheOptionThatAnUnknownWordLooksLike) {
+    const OptionDeck deck("NUMLINES\n20 /\nFDMETHDO\nIMPES\nCFLX\n0.5 /\n");
+    EXPECT_TRUE(deck.said("-> Is NUMLINE meant?\n"));
+    EXPECT_TRUE(deck.said("-> Is FDMETHOD meant?\n"));
+    EXPECT_FALSE(deck.said("-> Is IMPES meant?\n"));
+    EXPECT_EQ(deck.options.requestedLines, 0) << "nothing is taken for what it looks like";
+}
+
 }  // namespace
 }  // namespace kvr
