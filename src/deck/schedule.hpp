@@ -2,6 +2,7 @@
 
 #include "base/deck_place.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -114,6 +115,7 @@ struct ScheduleStep {
     int stepCount = 0;
     double period = 0.0;  // days
     int cumulativeSteps = 0;
+    std::size_t searchFrom = 0;  // place in wells behind the one that a row named last
     double mostRsRise = std::numeric_limits<double>::infinity();  // DRSDT: of Rs a day
 };
 

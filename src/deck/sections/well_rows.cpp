@@ -25,9 +25,17 @@ std::string wellName(const std::string& text) {
 }
 
 ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
-    const auto found = std::find_if(step.wells.begin(), step.wells.end(),
-                                    [&name](const ScheduleWell& well) { return well.name == name; });
-    return found == step.wells.end() ? nullptr : &*found;
+    const auto isNamed = [&name](const ScheduleWell& well) { return well.name == name; };
+    // Rows mostly name wells in the order of their introduction: the search goes on behind the last one.
+    const auto begin =
+        step.wells.begin() + static_cast<std::ptrdiff_t>(std::min(step.searchFrom, step.wells.size()));
+    auto found = std::find_if(begin, step.wells.end(), isNamed);
+    if (found == step.wells.end()) {
+        found = std::find_if(step.wells.begin(), begin, isNamed);
+        if (found == begin) return nullptr;
+    }
+    step.searchFrom = static_cast<std::size_t>(found - step.wells.begin()) + 1;
+    return &*found;
 }
 
 void setStatus(const std::string& status, ScheduleWell& well) {
