@@ -178,6 +178,14 @@ WCONHIST
 /
 TSTEP
 20 /
+WCONPROD
+'PROD' 'OPEN' 'LRAT' 3* 35 1* 1000 /
+/
+WCONINJE
+'INJ' 'WATER' 'OPEN' 'RATE' 33 1* 9000 /
+/
+TSTEP
+20 /
 END
 """
 OBSERVED_LISTED = "SUMMARY\nINCLUDE\n'VECTORS.INC' /\nFOPR\n"
@@ -190,15 +198,20 @@ def test_observed_rates_of_the_deck_have_vectors_and_true_sums(tmp_path):
     summary, units = summary_of(tmp_path / "KVR_Summary.csv")
     vectors = ecl.ESmry(str(tmp_path / "ECLIPSE.SMSPEC"))
     days = summary["TIME"]
-    early = numpy.minimum(days, 40.0)
-    expected = {"FOPRH": numpy.where(days <= 40.0, 30.0, 20.0), "FWPTH": 10.0 * early + 20.0 * (days - early),
-                "FWCTH": numpy.where(days <= 40.0, 0.25, 0.5), "FWITH": 45.0 * days, "FGORH": numpy.full(len(days), 0.2),
-                "WWIRH:INJ": numpy.full(len(days), 45.0), "WLPTH:PROD": 40.0 * days, "WGPTH:PROD": 6.0 * early + 4.0 * (days - early)}
+    first, then = numpy.minimum(days, 40.0), numpy.clip(days - 40.0, 0.0, 20.0)
+
+    def during(early, late):
+        """A rate of the first 40 days, of the next 20, and none behind them."""
+        return numpy.select([days <= 40.0, days <= 60.0], [early, late], 0.0)
+
+    expected = {"FOPRH": during(30.0, 20.0), "FWPTH": 10.0 * first + 20.0 * then, "FWCTH": during(0.25, 0.5),
+                "FWITH": 45.0 * (first + then), "FGORH": during(0.2, 0.2), "WWIRH:INJ": during(45.0, 45.0),
+                "WLPTH:PROD": 40.0 * (first + then), "WGPTH:PROD": 6.0 * first + 4.0 * then}
     assert len(days) >= 4
     for name, values in expected.items():
         assert summary[name] == pytest.approx(values, rel=1e-6, abs=1e-9), name
         assert numpy.array(vectors[name]) == pytest.approx(summary[name], rel=1e-6, abs=1e-6), name
-    assert summary["WBHPH:PROD"][1] == pytest.approx(2100.0) and summary["WBHPH:INJ"][-1] == pytest.approx(3900.0)
+    assert summary["WBHPH:PROD"][1] == pytest.approx(2100.0) and summary["WBHPH:INJ"][1] == pytest.approx(3900.0)
     assert (units["FOPRH"], units["FGORH"], units["WGPTH:PROD"]) == ("STB/DAY", "MSCF/STB", "MSCF")
     fixed = numpy.array(vectors["WOPTH:PROD"])[-1]
     assert fixed == pytest.approx(summary["WOPTH:PROD"][-1], rel=1e-6) == pytest.approx(30.0 * 40.0 + 20.0 * 20.0, rel=1e-6)

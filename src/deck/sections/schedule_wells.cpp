@@ -139,6 +139,13 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
 }
 
+/// Behind a keyword of prediction nothing is observed of the well any more.
+void endHistory(ScheduleWell& well) {
+    for (double* observed : {&well.histOil, &well.histWater, &well.histGas, &well.histThp, &well.histBhp,
+                             &well.histInjRate, &well.histInjBhp, &well.histInjThp})
+        *observed = 0.0;
+}
+
 /// Pressure at which the reservoir volume of observed rates is taken.
 double historyPressure(double bhp, const InitialConditions& initial) {
     if (bhp > 0.0) return bhp;
@@ -249,7 +256,10 @@ void readWconprod(SectionReader& reader, ScheduleRecords& records) {
                                                    &row.gas, &row.liquid, &row.resv, &row.bhp, &row.thp,
                                                    &row.vfpTable});
         ++step.producerCount;
-        forNamedWells(reader, step, row.name, [&](ScheduleWell& well) { takeProducer(reader, row, well); });
+        forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
+            takeProducer(reader, row, well);
+            endHistory(well);
+        });
     }
     announce(reader, "WCONPROD");
     tellCount(reader, "-> Num of Producer =", step.producerCount);
@@ -264,6 +274,7 @@ void readWconinje(SectionReader& reader, ScheduleRecords& records) {
         ++step.injectorCount;
         forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
             takeInjector(reader, row, well);
+            endHistory(well);
             well.injBhp = pressureFrom(reader, row.bhp, DefaultInjectorBhp);
             well.injThp = row.thp * reader.units->pressure;
         });
