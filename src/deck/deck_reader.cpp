@@ -5,6 +5,7 @@
 #include "deck/options/finalise_options.hpp"
 #include "deck/options/option_section.hpp"
 #include "deck/reading/keyword_table.hpp"
+#include "deck/reading/unit_copies.hpp"
 #include "deck/sections/grid_section.hpp"
 #include "deck/sections/props.hpp"
 #include "deck/sections/runspec.hpp"
@@ -215,6 +216,7 @@ void firstPass(DeckReading& deck) {
             return;
         }
         if (word == "END     ") {
+            if (deck.run.options.outputMetric) copyEcho(reader, line);
             lineToBoth(console, "");
             lineToBoth(console, "FILE END DETECTED & CLOSED...");
             return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/deck_place.hpp"
+#include "base/shared_list.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -106,8 +107,8 @@ struct ScheduleCompletion {
 
 /// Wells and completions in force from one well event to the next.
 struct ScheduleStep {
-    std::vector<ScheduleWell> wells;
-    std::vector<ScheduleCompletion> completions;
+    SharedElements<ScheduleWell> wells;  // what an event leaves as it was is held once
+    SharedList<ScheduleCompletion> completions;
     int wellCount = 0;        // WELSPECS rows, as the messages count them
     int completionCount = 0;  // COMPDAT rows
     int producerCount = 0;    // WCONPROD and WCONHIST rows
@@ -136,6 +137,7 @@ struct Schedule {
     std::vector<double> wellEventTime;  // days, start of each ScheduleStep, [0] is 0
     double endTime = 0.0;               // days
     bool endTimeGiven = false;          // SIMEND set endTime
+    std::size_t heldRows = 0;           // well and completion rows that the closed steps have of their own
 };
 
 }  // namespace kvr

@@ -1,5 +1,7 @@
 #include "eclipse/init_reader.hpp"
 
+#include "base/messages.hpp"
+#include "base/text.hpp"
 #include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -107,17 +109,20 @@ ReadResult createCells(RecordReader& reader, const BlockHeader& header, const st
     return ReadResult::EndOfFile;
 }
 
-/// Hands out every value of a block with its cell: of all cells, or of the active ones.
+/// Hands out every value of a block with its cell: of all cells, or else of the active ones as far as there
+/// are values and cells; that their counts differ is told.
 template <class Take>
-ReadResult spread(RecordReader& reader, const BlockHeader& header, const std::vector<float>& values,
-                  const GridModel& grid, Take take) {
+void spread(const Console& console, const BlockHeader& header, const std::vector<float>& values,
+            const GridModel& grid, Take take) {
     const bool whole = values.size() == static_cast<std::size_t>(grid.NCELLS);
-    if (!whole && values.size() != static_cast<std::size_t>(activeCount(grid)))
-        return rejectBlock(reader, header, "one real value per cell or per active cell was expected");
+    const auto active = static_cast<std::size_t>(activeCount(grid));
+    if (!whole && values.size() != active)
+        warn(console, " WARNING :: {} of INIT has {} values, {} cells and {} active ones are expected",
+             trim(view(header.keyword)), values.size(), grid.NCELLS, active);
+    const std::size_t count = whole ? values.size() : std::min(values.size(), active);
     ActiveWalk walk{grid};
-    for (std::size_t n = 0; n < values.size(); ++n)
+    for (std::size_t n = 0; n < count; ++n)
         take(whole ? static_cast<CellId>(n) + 1 : walk.next(), static_cast<double>(values[n]));
-    return ReadResult::Ok;
 }
 
 /// Puts a value from a file into its place. Gives the difference to what stood there, as far as it shows in
@@ -149,6 +154,7 @@ bool names(const BlockHeader& header, std::string_view keyword, std::string_view
 }
 
 struct InitTarget {
+    const Console& console;
     const UnitSystem& units;
     GridModel& grid;
     ConnectionTable& connections;
@@ -156,34 +162,32 @@ struct InitTarget {
     bool poreVolumeSeen = false;
 };
 
-ReadResult takePoreVolumes(RecordReader& reader, const BlockHeader& header, const BlockData& data,
-                           InitTarget& target) {
+void takePoreVolumes(const BlockHeader& header, const BlockData& data, InitTarget& target) {
     target.poreVolumeSeen = true;
     const double factor = CubicFeetPerBarrel / target.units.VolumeFactor;  // rb to internal volume
-    return spread(reader, header, data.reals, target.grid, [&](CellId cell, double value) {
+    spread(target.console, header, data.reals, target.grid, [&](CellId cell, double value) {
         target.differences.poreVolume += replace(target.grid.PORV[cell], value * factor);
     });
 }
 
 /// Takes a block that the table of its kind names; false where no table does.
-bool takeNamed(RecordReader& reader, const BlockHeader& header, const BlockData& data, InitTarget& target,
-               ReadResult& result) {
+bool takeNamed(const BlockHeader& header, const BlockData& data, InitTarget& target) {
     for (const PropertyRow& row : Properties) {
         if (!names(header, row.keyword, row.alternative)) continue;
-        result = spread(reader, header, data.reals, target.grid,
-                        [&](CellId cell, double value) { (target.grid.*row.values)[cell] = value; });
+        spread(target.console, header, data.reals, target.grid,
+               [&](CellId cell, double value) { (target.grid.*row.values)[cell] = value; });
         return true;
     }
     for (std::size_t axis = 0; axis < std::size(TransRows); ++axis) {
         const TransRow& row = TransRows[axis];
         if (!names(header, row.keyword, row.alternative)) continue;
-        result = spread(reader, header, data.reals, target.grid, [&](CellId cell, double value) {
+        spread(target.console, header, data.reals, target.grid, [&](CellId cell, double value) {
             target.differences.trans[axis] += replace(target.connections.Trans(cell, row.face), value);
         });
         return true;
     }
     if (view(header.keyword) != "PORV    ") return false;
-    result = takePoreVolumes(reader, header, data, target);
+    takePoreVolumes(header, data, target);
     return true;
 }
 
@@ -210,23 +214,26 @@ ReadResult readInitBlocks(const Console& console, const RunOptions& options, con
                           InitDifferences& differences) {
     const bool fresh = grid.NCELLS == 0;
     if (!fresh && grid.PORV.empty()) holdPresentPoreVolumes(grid);
-    InitTarget target{units, grid, connections, differences};
+    InitTarget target{console, units, grid, connections, differences};
     const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
         if (view(header.keyword) == "INTEHEAD") {
-            if (data.integers.size() < LeastHeadSlots)
-                return rejectBlock(reader, header, "a longer list of integers was expected");
+            if (data.integers.size() < LeastHeadSlots) {
+                if (fresh) return rejectBlock(reader, header, "a longer list of integers was expected");
+                warn(console, " WARNING :: INTEHEAD of INIT has {} values, nothing is compared with it",
+                     data.integers.size());
+                return ReadResult::Ok;
+            }
             logEmployed(console, header);
             if (fresh) return createCells(reader, header, data.integers, grid);
             checkHead(console, options, grid, data.integers);
             tellGridType(console, slotOf(data.integers, inte_head::GridType));
             return ReadResult::Ok;
         }
-        ReadResult taken = ReadResult::Ok;
-        if (fresh || !takeNamed(reader, header, data, target, taken))
+        if (fresh || !takeNamed(header, data, target))
             logNeglected(console, header);
         else
             logEmployed(console, header);
-        return taken;
+        return ReadResult::Ok;
     });
     if (result == ReadResult::Error || fresh) return result;
     fillLowFaces(grid, connections);

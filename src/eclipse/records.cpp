@@ -255,7 +255,10 @@ ReadResult read_header(RecordReader& reader, BlockHeader& header) {
         readClosingMarker(reader, marker, header.offset) == ReadResult::Error)
         return ReadResult::Error;
     const std::size_t letters = length - CountTagBytes;
-    header.keyword = reader.lastKeyword = text8({reinterpret_cast<const char*>(bytes.data()), letters});
+    // Keywords are compared left-adjusted, wherever in its field a program has written one.
+    const std::string_view written(reinterpret_cast<const char*>(bytes.data()), letters);
+    header.keyword = reader.lastKeyword =
+        text8(written.substr(std::min(written.find_first_not_of(' '), letters)));
     header.count = std::bit_cast<std::int32_t>(bitsAt(bytes.data() + letters, reader.order));
     std::memcpy(header.tag.data(), bytes.data() + letters + sizeof header.count, header.tag.size());
     return ReadResult::Ok;

@@ -7,7 +7,10 @@
 #include "eclipse/keyword_loop.hpp"
 #include "eclipse/well_data_files.hpp"
 
+#include <algorithm>
 #include <map>
+#include <set>
+#include <utility>
 
 namespace kvr {
 
@@ -51,26 +54,36 @@ bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec
     return false;
 }
 
+/// The slot of a well's name, a new one while there are fewer than wells; 0 where there is none.
+int slotOf(const std::string& well, int wellCount, SummaryResponse& response) {
+    std::vector<std::string>& names = response.wellNames;
+    const auto known = std::find(names.begin(), names.end(), well);
+    const auto slot = static_cast<int>(known - names.begin()) + 1;
+    if (known != names.end()) return slot;
+    if (slot > wellCount) return 0;
+    names.push_back(well);
+    return slot;
+}
+
 /// Adds the vectors of one place in the summary index to the plan.
 void planPlace(const Console& console, const SummarySpec& spec,
                const std::vector<ResponseMnemonic>& mnemonics, int wellCount, std::size_t place,
-               std::map<int, int>& used, std::map<std::string, int>& connections, SummaryPlan& plan,
-               SummaryResponse& response) {
+               std::set<std::pair<int, int>>& used, std::map<std::string, int>& connections,
+               SummaryPlan& plan, SummaryResponse& response) {
+    const std::string keyword = padded(nameOf(spec.keywords[place]), TimeKeyword.size());
     for (const ResponseMnemonic& mnemonic : mnemonics) {
-        if (view(spec.keywords[place]) != mnemonic.name) continue;
+        if (keyword != mnemonic.name) continue;
         const std::string well = nameOf(spec.wells[place]);
         if (mnemonic.id == response::CVFR) {
             const int number = place < spec.numbers.size() ? spec.numbers[place] : 0;
             plan.entries.push_back({place, response.connections.size(), true});
             response.connections.push_back({well, number, ++connections[well], {}});
         } else {
-            int& slots = used[mnemonic.id];
             const bool ofField = mnemonic.id >= response::FPR && mnemonic.id <= response::FGIR;
-            if (slots >= (ofField ? 1 : wellCount)) continue;
-            ++slots;
+            const int slot = ofField ? 1 : slotOf(well, wellCount, response);
+            if (slot == 0 || !used.emplace(mnemonic.id, slot).second) continue;
             plan.entries.push_back({place, response.vectors.size(), false});
-            response.vectors.push_back({mnemonic.id, slots, {}});
-            if (mnemonic.id == response::WOPR) response.wellNames.push_back(well);
+            response.vectors.push_back({mnemonic.id, slot, {}});
         }
         log(console, " Key Found -> {} :: {}", mnemonic.name, view(spec.wells[place]));
     }
@@ -146,11 +159,11 @@ ReadResult readSummarySpec(const Console& console, RecordReader& reader, Summary
 SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
                          SummaryResponse& response) {
     const std::vector<ResponseMnemonic> mnemonics = responseMnemonics(componentCount);
-    std::map<int, int> used;
+    std::set<std::pair<int, int>> used;  // mnemonic and slot
     std::map<std::string, int> connections;
     SummaryPlan plan;
     for (std::size_t place = 0; place < spec.keywords.size(); ++place) {
-        if (view(spec.keywords[place]) == TimeKeyword)
+        if (padded(nameOf(spec.keywords[place]), TimeKeyword.size()) == TimeKeyword)
             plan.time = static_cast<int>(place);
         else
             planPlace(console, spec, mnemonics, wellCount, place, used, connections, plan, response);
@@ -162,6 +175,7 @@ ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const 
                            SummaryResponse& response, StepFit& fit) {
     fit = StepFit::Fits;
     std::vector<float> values;
+    bool hasParams = false;
     const ReadResult result = readBlocks(
         reader,
         [&](const BlockHeader& header, const BlockData& data) {
@@ -171,14 +185,15 @@ ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const 
                 return ReadResult::EndOfFile;
             }
             values = data.reals;
+            hasParams = true;
             return ReadResult::Ok;
         },
         MostStepHeaders);
-    if (result == ReadResult::Ok && fit == StepFit::Fits) storeStep(values, plan, response);
+    if (result == ReadResult::Ok && fit == StepFit::Fits && hasParams) storeStep(values, plan, response);
     return result;
 }
 
-void read_ECL_response(const Console& console, const RunOptions& options, const WellRecord& wells,
+void read_ECL_response(const Console& console, const RunOptions& options, const Schedule& schedule,
                        std::string_view header, int firstStep, SummaryResponse& response) {
     logReaderStart(console, " Function Called : read_ECL_response");
     response = {};
@@ -189,8 +204,11 @@ void read_ECL_response(const Console& console, const RunOptions& options, const 
     SummarySpec spec;
     if (readSummarySpec(console, reader, spec) == ReadResult::Error) stopOnSummaryFault(console, reader);
     close(reader);
+    // The last step of a schedule has every well.
+    const SharedElements<ScheduleWell> wells =
+        schedule.steps.empty() ? SharedElements<ScheduleWell>{} : schedule.steps.back().wells;
     const SummaryPlan plan =
-        planResponse(console, spec, options.componentCount, static_cast<int>(wells.wells.size()), response);
+        planResponse(console, spec, options.componentCount, static_cast<int>(wells.size()), response);
     writeWellDataHeads(options.componentCount, files);
     if (plan.time < 0)
         lineToBoth(console, "ERROR :: No TIME keyword was in the .SMSPEC file.");

@@ -2,9 +2,9 @@
 
 #include "base/console.hpp"
 #include "deck/options.hpp"
+#include "deck/schedule.hpp"
 #include "eclipse/records.hpp"
 #include "eclipse/well_response.hpp"
-#include "pressure/wells/wells.hpp"
 
 #include <string_view>
 
@@ -32,8 +32,9 @@ struct SummaryPlan {
     std::vector<Entry> entries;
 };
 
-/// Matches the vectors with the mnemonics; every mnemonic takes at most `wellCount` vectors, those of
-/// connections all.
+/// Matches the vectors with the mnemonics. A well's vectors share the slot of its name, and there are at most
+/// `wellCount` slots; a second vector of the same mnemonic and name is passed over. Those of connections are
+/// taken all.
 SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
                          SummaryResponse& response);
 
@@ -41,14 +42,14 @@ SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int co
 enum class StepFit { Fits, OtherLength };
 
 /// Reads an open .S file into a new step of the response; the last PARAMS of the file counts. A file without
-/// PARAMS gives a step of zeros.
+/// PARAMS gives no step.
 ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const SummaryPlan& plan,
                            SummaryResponse& response, StepFit& fit);
 
 /// Reads .SMSPEC and the .S files from `firstStep` on that an outside run left in the working folder, and
-/// replaces WELL_CALCULATED.DATA there; with history controls WELL_OBSERVED.DATA too. `wells` are those of
-/// the run: they bound the vectors of a mnemonic, and injectors have no rows.
-void read_ECL_response(const Console& console, const RunOptions& options, const WellRecord& wells,
+/// replaces WELL_CALCULATED.DATA there; with history controls WELL_OBSERVED.DATA too. The wells of the whole
+/// schedule bound the vectors of a mnemonic, and injectors have no rows.
+void read_ECL_response(const Console& console, const RunOptions& options, const Schedule& schedule,
                        std::string_view header, int firstStep, SummaryResponse& response);
 
 }  // namespace kvr

@@ -40,15 +40,15 @@ void putHead(int componentCount, std::FILE* file) {
     flush(writer);
 }
 
-void putRows(const std::vector<int>& ids, const WellRecord& wells, const SummaryResponse& response,
-             std::FILE* file) {
+void putRows(const std::vector<int>& ids, const SharedElements<ScheduleWell>& wells,
+             const SummaryResponse& response, std::FILE* file) {
     NumberWriter writer;
     writer.file = file;
     const auto putValue = [&](double value) { put(writer, fmt::format("{:20.12E} ", value)); };
     for (std::size_t slot = 0; slot < response.wellNames.size(); ++slot) {
         const std::string& name = response.wellNames[slot];
-        const bool injects = std::any_of(wells.wells.begin(), wells.wells.end(), [&](const Well& well) {
-            return well.WellName == name && isInjector(well);
+        const bool injects = std::any_of(wells.begin(), wells.end(), [&](const ScheduleWell& well) {
+            return well.name == name && well.isInjector;
         });
         if (injects) continue;
         for (std::size_t step = 0; step < response.time.size(); ++step) {
@@ -85,8 +85,8 @@ void writeWellDataHeads(int componentCount, WellDataFiles& files) {
     if (files.observed != nullptr) putHead(componentCount, files.observed);
 }
 
-void writeWellDataRows(int componentCount, const WellRecord& wells, const SummaryResponse& response,
-                       WellDataFiles& files) {
+void writeWellDataRows(int componentCount, const SharedElements<ScheduleWell>& wells,
+                       const SummaryResponse& response, WellDataFiles& files) {
     putRows(withComponents(CalculatedIds, componentCount), wells, response, files.calculated);
     if (files.observed != nullptr)
         putRows(withComponents(ObservedIds, componentCount), wells, response, files.observed);

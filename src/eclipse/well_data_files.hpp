@@ -2,8 +2,8 @@
 
 #include "base/console.hpp"
 #include "deck/options.hpp"
+#include "deck/schedule.hpp"
 #include "eclipse/well_response.hpp"
-#include "pressure/wells/wells.hpp"
 
 #include <cstdio>
 
@@ -21,8 +21,8 @@ struct WellDataFiles {
 WellDataFiles openWellData(const Console& console, const RunOptions& options);
 void writeWellDataHeads(int componentCount, WellDataFiles& files);
 /// Well after well, in the order of the response; vectors that the response lacks are 0.
-void writeWellDataRows(int componentCount, const WellRecord& wells, const SummaryResponse& response,
-                       WellDataFiles& files);
+void writeWellDataRows(int componentCount, const SharedElements<ScheduleWell>& wells,
+                       const SummaryResponse& response, WellDataFiles& files);
 void closeWellData(const Console& console, WellDataFiles& files);
 
 }  // namespace kvr

@@ -27,7 +27,7 @@ std::vector<ResponseMnemonic> responseMnemonics(int componentCount);
 /// A vector by step, in the units of the file.
 struct ResponseVector {
     int id = 0;
-    int slot = 0;  // 1-based place among the vectors of its mnemonic
+    int slot = 0;  // of its well's name, 1-based; 1 for the field
     std::vector<double> values;
 };
 
@@ -43,7 +43,7 @@ struct ConnectionResponse {
 struct SummaryResponse {
     int firstStep = 0;
     std::vector<double> time;             // days, one a step
-    std::vector<std::string> wellNames;   // by slot, fixed by the WOPR vectors
+    std::vector<std::string> wellNames;   // by slot, in the order in which the index names them
     std::vector<ResponseVector> vectors;  // of wells and field
     std::vector<ConnectionResponse> connections;
 };

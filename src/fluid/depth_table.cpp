@@ -152,11 +152,13 @@ Level oilLevel(Walk& walk, const Level& datum) {
 
 }  // namespace
 
+double rsAtDepth(const InitDepthTable& rows, double depth) {
+    return TableLookup(rows.RsDepth, rows.RsValue, 1, 1, static_cast<int>(rows.RsDepth.size()), depth);
+}
+
 double bubblePointAtDepth(const FluidTables& tables, const InitDepthTable& rows, double depth,
                           double pressure) {
-    const double rs =
-        TableLookup(rows.RsDepth, rows.RsValue, 1, 1, static_cast<int>(rows.RsDepth.size()), depth);
-    return std::min(BubblePoint(tables, rs), pressure);
+    return std::min(BubblePoint(tables, rsAtDepth(rows, depth)), pressure);
 }
 
 InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,

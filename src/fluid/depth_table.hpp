@@ -25,6 +25,9 @@ struct InitDepthTable {
 InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,
                                const Equilibrium& initial, bool hasWater);
 
+/// Rs that the oil would like to hold at a depth.
+double rsAtDepth(const InitDepthTable& rows, double depth);
+
 /// Bubble point that the oil has at a depth and pressure: by its Rs, capped by the pressure.
 double bubblePointAtDepth(const FluidTables& tables, const InitDepthTable& rows, double depth,
                           double pressure);

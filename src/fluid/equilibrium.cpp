@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/depth_table.hpp"
 #include "fluid/state_recovery.hpp"
@@ -88,6 +89,32 @@ double cellPressure(const CellView& cell) {
     return p.oil;
 }
 
+/// Cells whose oil cannot hold the gas that the deck gives it.
+struct ExcessGas {
+    int cells = 0;
+    CellId first = 0;
+    double given = 0.0, held = 0.0;  // Rs of the first one
+};
+
+void noteExcess(double given, double held, CellId cell, ExcessGas& excess) {
+    constexpr double Slack = 1e-3;  // relative; of numbers with a few digits
+    if (!(given > held * (1.0 + Slack) + MachineEpsilon)) return;
+    if (++excess.cells > 1) return;
+    excess.first = cell;
+    excess.given = given;
+    excess.held = held;
+}
+
+void tellExcess(const Console& console, const GridModel& grid, const ExcessGas& excess) {
+    if (excess.cells == 0) return;
+    warn(console,
+         "WARNING :: RS OF {} CELLS IS MORE THAN THEIR OIL HOLDS, THE EXCESS IS LEFT OUT; FIRST: CELL {} "
+         "(I {}, J {}, K {}), {} OF {} MSCF/STB",
+         excess.cells, excess.first, grid.CellI[excess.first], grid.CellJ[excess.first],
+         grid.CellK[excess.first], number(excess.held * GasRatioFactor),
+         number(excess.given * GasRatioFactor));
+}
+
 /// Limits, scaling and the gas in solution: saturated where free gas stands, otherwise by `pb`.
 void finishCell(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints, double pb,
                 double pressure, PhaseState& cell) {
@@ -127,6 +154,7 @@ void initialiseByDepth(const Console& console, const GridModel& grid, const Flui
     const std::vector<InitDepthTable> columns = depthTables(console, grid, tables, initial, options.hasWater);
     std::vector<RegionInverse> inverses;
     for (const SaturationTable& table : tables.regions) inverses.push_back(invert(table));
+    ExcessGas excess;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
         const InitDepthTable& rows = columns[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1];
@@ -148,7 +176,12 @@ void initialiseByDepth(const Console& console, const GridModel& grid, const Flui
         finishCell(fluids, view.table, options.keepIrreducibleSaturation,
                    bubblePointAtDepth(fluids, rows, depth, pressure), pressure, found);
         storeCell(found, pressure, cell, state);
+        if (initial.regions[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1].rsTableDepth.empty() ||
+            found.So <= MachineEpsilon)
+            continue;
+        noteExcess(rsAtDepth(rows, depth), found.Rs, cell, excess);
     }
+    tellExcess(console, grid, excess);
 }
 
 /// A value of an array of the deck, 0 where the array was not given.
@@ -167,8 +200,9 @@ PhaseState givenSaturations(const InitialConditions& initial, CellId cell) {
     return found;
 }
 
-void initialiseByArrays(const GridModel& grid, const FluidTables& tables, const InitialConditions& initial,
-                        const RunOptions& options, CellState& state) {
+void initialiseByArrays(const Console& console, const GridModel& grid, const FluidTables& tables,
+                        const InitialConditions& initial, const RunOptions& options, CellState& state) {
+    ExcessGas excess;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
         const double pressure = given(initial.initialPressure, cell);
@@ -182,7 +216,9 @@ void initialiseByArrays(const GridModel& grid, const FluidTables& tables, const 
         finishCell(fluids, regionTable(tables, grid.SATNUM[cell]), options.keepIrreducibleSaturation,
                    BubblePoint(fluids, rs), pressure, found);
         storeCell(found, pressure, cell, state);
+        if (found.So > MachineEpsilon) noteExcess(rs, found.Rs, cell, excess);
     }
+    tellExcess(console, grid, excess);
 }
 
 /// Every active cell has its tables: what follows indexes the regions unasked.
@@ -227,7 +263,7 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
     if (initial.equilibrationMode)
         initialiseByDepth(console, grid, tables, initial, options, state);
     else
-        initialiseByArrays(grid, tables, initial, options, state);
+        initialiseByArrays(console, grid, tables, initial, options, state);
 }
 
 void releaseInitialArrays(InitialConditions& initial) {

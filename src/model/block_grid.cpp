@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -143,6 +145,25 @@ void buildBlockGrid(GridModel& grid, double volumeFactor) {
     std::vector<double> columnY(static_cast<std::size_t>(grid.NX) + 1);
     for (int k = 1; k <= grid.NZ; ++k) buildLayer(grid, k, columnY);
     estimateVolumes(grid, volumeFactor);
+}
+
+int unjoinedPillars(const GridModel& grid) {
+    constexpr float Slack = 1e-4F;  // of a coordinate, and ft: single precision adds up sizes
+    const auto apart = [](float a, float b) { return std::abs(a - b) > Slack * (1.0F + std::abs(a)); };
+    std::vector<std::uint8_t> open(static_cast<std::size_t>(grid.NX + 1) *
+                                   static_cast<std::size_t>(grid.NY + 1));
+    constexpr int Corners = 8;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
+        for (int corner = 0; corner < Corners; ++corner) {
+            const int i = grid.CellI[cell] + corner % 2, j = grid.CellJ[cell] + corner / 2 % 2;
+            const int ci = std::min(i, grid.NX), cj = std::min(j, grid.NY);
+            const float* pillar = cornerOf(grid, cellIndex(grid, ci, cj, 1), 1 + (i - ci) + 2 * (j - cj));
+            const float* own = cornerOf(grid, cell, corner + 1);
+            if (apart(pillar[0], own[0]) || apart(pillar[1], own[1]))
+                open[static_cast<std::size_t>(j - 1) * static_cast<std::size_t>(grid.NX + 1) +
+                     static_cast<std::size_t>(i - 1)] = 1;
+        }
+    return static_cast<int>(std::count(open.begin(), open.end(), 1));
 }
 
 int writeCornerPointDeck(const GridModel& grid, double lengthFactor, const std::string& path) {

@@ -15,6 +15,10 @@ void fillTopsBelow(GridModel& grid);
 /// neighbours of different depth keep both. Nodes keep the later cell's value.
 void buildBlockGrid(GridModel& grid, double volumeFactor);
 
+/// Pillars at which columns of blocks do not join: corners of one cell or more lie beside the straight line
+/// that a corner-point grid would have there, so that such a grid is not this one.
+int unjoinedPillars(const GridModel& grid);
+
 /// Writes COORD, ZCORN and ACTNUM of the built grid to `path`, replacing it, so that outside tools can read a
 /// grid that has no corner-point input; depths and lengths are divided by `lengthFactor` (deck length to ft),
 /// six values a line. Returns 0, or the system's error number when the file cannot be written.

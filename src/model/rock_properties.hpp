@@ -4,6 +4,7 @@
 #include "model/grid.hpp"
 
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace kvr {
@@ -25,10 +26,11 @@ inline constexpr RockProperty RockPERMY = {"PERMY", &GridModel::PERMY, &Upscaled
 inline constexpr RockProperty RockPERMZ = {"PERMZ", &GridModel::PERMZ, &UpscaledRock::PERMZ, 2};
 inline constexpr std::array RockProperties = {RockPORO, RockPERMX, RockPERMY, RockPERMZ};
 
-/// The row of a name, blanks around it aside; nullptr for any other property.
+/// The row of a name in any case, blanks around it aside; nullptr for any other property.
 inline const RockProperty* findRockProperty(std::string_view name) {
+    const std::string word = toUpper(trim(name));
     for (const RockProperty& property : RockProperties)
-        if (property.name == trim(name)) return &property;
+        if (property.name == word) return &property;
     return nullptr;
 }
 

@@ -107,7 +107,7 @@ std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord
     std::vector<std::string> names;
     for (const Well& well : wells.wells) names.push_back(well.WellName);
     if (schedule.steps.empty()) return names;
-    const std::vector<ScheduleWell>& all = schedule.steps.back().wells;
+    const SharedElements<ScheduleWell>& all = schedule.steps.back().wells;
     for (std::size_t w = names.size(); w < all.size(); ++w) names.push_back(all[w].name);
     return names;
 }

@@ -54,7 +54,7 @@ std::string scheduleText(const Simulation& s) {
 
 std::string wellsText(const Simulation& s) {
     if (s.schedule.steps.empty()) return "none";
-    const std::vector<ScheduleWell>& wells = s.schedule.steps.back().wells;
+    const SharedElements<ScheduleWell>& wells = s.schedule.steps.back().wells;
     const auto injectors =
         std::count_if(wells.begin(), wells.end(), [](const auto& w) { return w.isInjector; });
     return fmt::format("{} producing, {} injecting", static_cast<long>(wells.size()) - injectors, injectors);

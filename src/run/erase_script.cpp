@@ -3,6 +3,10 @@
 #include "base/written_files.hpp"
 #include "run/records/output_streams.hpp"
 
+#include <algorithm>
+#include <fnmatch.h>
+#include <iterator>
+#include <string>
 #include <string_view>
 
 namespace kvr {
@@ -92,12 +96,45 @@ constexpr std::string_view ErasedNames[] = {
 
 }  // namespace
 
+namespace {
+
+/// A name as `del` knows it: it has no ranges of characters.
+std::string plainPattern(std::string_view name) {
+    constexpr std::string_view Digit = "[0-9]";
+    const std::size_t at = name.find(Digit);
+    if (at == std::string_view::npos) return std::string(name);
+    return fmt::format("{}0{}", name.substr(0, at), name.substr(at + Digit.size()));
+}
+
+bool isListed(const std::string& name) {
+    return std::any_of(std::begin(ErasedNames), std::end(ErasedNames), [&name](std::string_view pattern) {
+        return fnmatch(std::string(pattern).c_str(), name.c_str(), 0) == 0;
+    });
+}
+
+/// Every name of the list, and of the files of a run that the list does not name; `write` gets them as they
+/// are in a run with this prefix.
+template <class Write>
+void forEachErased(const std::string& prefix, const Write& write) {
+    for (const std::string_view name : ErasedNames) {
+        write(std::string(name));
+        if (!prefix.empty() && name.starts_with("KVR_")) write(outputFileName(prefix, name));
+    }
+    for (int n = 0; n < static_cast<int>(OutputFile::AllCount); ++n) {
+        const auto file = static_cast<OutputFile>(n);
+        const std::string name = plainPattern(outputName(file));
+        if (file == OutputFile::EraseScript || isListed(name)) continue;
+        write(name.starts_with('*') ? name : outputFileName(prefix, name));
+    }
+}
+
+}  // namespace
+
 void writeEraseScript(const Console& console, const std::string& folder, const std::string& prefix) {
     const std::string name = outputFileName(prefix, outputName(OutputFile::EraseScript));
     std::FILE* file = openForReplace(console, folder + name);
     std::fputs("@echo off\n", file);
-    for (const std::string_view name : ErasedNames)
-        std::fprintf(file, "del %.*s\n", static_cast<int>(name.size()), name.data());
+    forEachErased(prefix, [file](const std::string& name) { std::fprintf(file, "del %s\n", name.c_str()); });
     closeWhole(console, file);
 }
 

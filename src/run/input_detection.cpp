@@ -114,14 +114,14 @@ std::string askForName(const Console& console) {
     }
 }
 
-/// A name whose file exists; a second miss ends the run.
+/// A name whose file exists, with the separators under which it does; a second miss ends the run.
 std::string askForDeck(const Console& console) {
     std::string name = askForName(console);
-    if (exists(name)) return name;
+    if (exists(name)) return existingPath(name);
     both(console, "Cannot find file :: {}", name);
     lineToBoth(console, HeaderPrompt);
     name = withExtension(readAnswer(console));
-    if (exists(name)) return name;
+    if (exists(name)) return existingPath(name);
     both(console, "Cannot find file :: {} End Program.", name);
     hardStop(console);
 }

@@ -13,9 +13,11 @@ namespace {
 void takeTrace(LineResult& result) {
     const StreamlineRecord& record = result.record;
     result.solved = false;
-    // Node 1 is the launching cell; the cells from node 2 on were entered.
-    result.enteredCount = record.enteredNodes - 1;
-    std::copy_n(record.NodeCell.begin() + 2, at(std::max(0, result.enteredCount)), result.entered.begin());
+    // Node 1 is the launching cell; the cells from node 2 on were entered. A line that reaches a well lies in
+    // its own launching cell as well, so that lines of missed cells do not bring that cell's flow again.
+    const int first = record.status == TraceStatus::ReachedWell ? 1 : 2;
+    result.enteredCount = std::max(0, record.enteredNodes + 1 - first);
+    std::copy_n(record.NodeCell.begin() + first, at(result.enteredCount), result.entered.begin());
 }
 
 void loadLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,

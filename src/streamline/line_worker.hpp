@@ -47,7 +47,8 @@ struct LineResult {
     StreamlineRecord record;
     bool solved = false;
     int enteredCount = 0;
-    std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line went into
+    std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line lies in, with a reached well
+                                  // the launching one too
     LineContribution contribution;
     LinePassage passage;  // where nodes keep their amounts
     LineEnd end;

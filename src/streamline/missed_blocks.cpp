@@ -84,6 +84,7 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
     ++s.lines.solvedLines;
+    tellFinished(s.console, s.launch.ActiveLines, s.launch.ActiveLines);
 }
 
 }  // namespace

@@ -26,9 +26,7 @@ namespace kvr {
 namespace {
 
 constexpr int LinesPerThread = 32;  // of one block: enough to even out long and short lines
-constexpr int ProgressParts = 10;   // "Calculation Finished" lines of a step, at most
-constexpr int LeastProgressStep = 5;
-constexpr double EndSlack = 1e-8;  // days to a report or to the end of the run that count as none
+constexpr double EndSlack = 1e-8;   // days to a report or to the end of the run that count as none
 
 std::size_t at(int n) {
     return static_cast<std::size_t>(n);
@@ -126,8 +124,7 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
     ++s.lines.solvedLines;
-    if (number % std::max(LeastProgressStep, s.launch.ActiveLines / ProgressParts) == 0)
-        both(s.console, " Calculation Finished : {}", number);
+    tellFinished(s.console, number, s.launch.ActiveLines);
 }
 
 /// Lines that have been worked and wait to be taken over.

@@ -18,6 +18,12 @@ constexpr int LinesPerLayer = 10;     // of a model with one row along y
 constexpr double EnoughLines = 500.0;        // more than these, ...
 constexpr double ActiveCellsPerLine = 16.0;  // ... or one for so many active cells, tell nothing new
 
+constexpr long long LinesPerCell = 100;  // bounds of NUMLINE
+constexpr long long LeastLineBound = 100'000;
+constexpr long long MostLaunchedLines = 50'000'000;
+constexpr double NodesPerLine = 100'000.0;  // bounds of the node factor
+constexpr double LeastFactorBound = 10.0;
+
 constexpr double LargestCfl = 100000.0;
 constexpr double SmallestSetting = 1e-10;  // below: the step or the criterion was not given
 
@@ -32,6 +38,28 @@ int defaultLineCount(const GridModel& grid, std::size_t wellCount) {
                                       [](std::uint8_t flag) { return flag != 0; });
     const double enough = std::max(EnoughLines, static_cast<double>(active) / ActiveCellsPerLine);
     return std::max(1, static_cast<int>(std::min(rule, enough)));
+}
+
+/// More lines than the cells can tell apart take time and memory for nothing.
+void boundLines(const Console& console, const GridModel& grid, RunOptions& options) {
+    const long long most = std::clamp(LinesPerCell * grid.NCELLS, LeastLineBound, MostLaunchedLines);
+    if (options.requestedLines <= most) return;
+    warn(console, "WARNING :: NUMLINE {} IS TOO MUCH FOR {} CELLS, {} IS TAKEN", options.requestedLines,
+         grid.NCELLS, most);
+    options.requestedLines = static_cast<int>(most);
+}
+
+/// The nodes of a line that crosses the model once, times the node factor, stay within a bound; below it the
+/// factor must leave at least a node for so many cells.
+void boundNodeFactor(const Console& console, const GridModel& grid, RunOptions& options) {
+    const double crossed = static_cast<double>(grid.NX) + grid.NY + grid.NZ;
+    const double most = std::max(LeastFactorBound, NodesPerLine / crossed);
+    double& factor = options.nodeFactor;
+    const double taken = factor > 0.0 ? std::min(factor, most) : 1.0;
+    if (factor == taken) return;
+    warn(console, "WARNING :: SL1DCON: NODE FACTOR {} IS OUT OF RANGE 0 TO {} FOR THIS GRID, {} IS TAKEN",
+         number(factor), number(most), number(taken));
+    factor = taken;
 }
 
 void setLineCount(const Console& console, const GridModel& grid, const Schedule& schedule,
@@ -131,6 +159,8 @@ void finaliseOptions(const Console& console, const GridModel& grid, const FluidT
     options.analyticRelPermPoints = AnalyticRelPermPoints;
     options.analyticSolutionPoints = AnalyticSolutionPoints;
     setLineCount(console, grid, schedule, options);
+    boundLines(console, grid, options);
+    boundNodeFactor(console, grid, options);
     // An implicit line has no use for the upwind word: the field names its solver instead.
     if (options.solverPhaseName.front() == "imp")
         for (std::string& name : options.upwindName) name = options.saturationSolver;

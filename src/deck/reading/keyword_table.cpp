@@ -2,7 +2,6 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
-#include "deck/reading/unit_copies.hpp"
 
 #include <algorithm>
 #include <array>
@@ -119,6 +118,8 @@ bool skippedTitle(SectionReader& reader, const KeywordLine& found) {
     reportNotSupported(reader, found.line);
     std::string_view text;
     nextLine(*reader.cursor, text);
+    if (reader.outputMetric) copyEcho(reader, found.line);
+    if (reader.outputMetric) copyEcho(reader, text);
     return true;
 }
 

@@ -2,6 +2,8 @@
 
 #include "base/text.hpp"
 #include "deck/reading/section_reader.hpp"
+#include "deck/reading/source_copies.hpp"
+#include "deck/reading/unit_copies.hpp"
 
 #include <algorithm>
 #include <span>
@@ -187,8 +189,12 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         const SectionEvent event = nextKeyword(reader, tested, found);
         if (event == SectionEvent::EndOfFile) return;
         ++reader.keywordCount;
-        if (handleKeyword(reader, records, table, found.word)) continue;
-        if (handleCommonKeyword(reader, found.word)) continue;
+        reader.sinks->keywordCopied = false;
+        const std::size_t begin = reader.cursor->position;
+        if (handleKeyword(reader, records, table, found.word) || handleCommonKeyword(reader, found.word)) {
+            copySource(reader, found.line, begin);
+            continue;
+        }
         if (found.word == "INCLUDE " && !reader.insideInclude && !texts.openError.empty()) {
             readIncludeFile(reader, records, table, texts);
             continue;
@@ -201,6 +207,7 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         if (skippedTitle(reader, found)) continue;
         reportNotSupported(reader, found.line);
         suggestKeyword(reader, table, found.word);
+        if (reader.outputMetric) copyEcho(reader, found.line);
         skipKeywordData(reader);
     }
 }

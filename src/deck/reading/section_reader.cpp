@@ -107,7 +107,7 @@ std::string keywordOf(std::string_view line) {
 
 void echoLine(const SectionReader& reader, std::string_view line) {
     lineToLog(consoleOf(reader), line);
-    copyLine(reader, line);
+    copyEcho(reader, line);
 }
 
 void takeComment(SectionReader& reader, std::string_view line) {
@@ -138,7 +138,10 @@ void skipKeywordData(SectionReader& reader) {
             return;
         }
         noteUnitCopyRequest(reader, line);
-        if (n > 0) echoLine(reader, line);
+        if (n > 0)
+            echoLine(reader, line);
+        else if (reader.outputMetric)
+            copyEcho(reader, line);
     }
 }
 

@@ -29,6 +29,7 @@ struct DeckSinks {
     Console* console = nullptr;       // its log receives comment and section lines
     std::FILE* metricCopy = nullptr;  // the deck rewritten in metric units
     std::FILE* fieldCopy = nullptr;   // the deck rewritten in field units
+    bool keywordCopied = false;       // the handler of the present keyword has written its own copy
     std::vector<SkippedKeyword> skipped;
 };
 

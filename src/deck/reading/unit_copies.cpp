@@ -10,7 +10,7 @@ constexpr std::size_t NumbersPerLine = 8;
 
 void writeLine(std::FILE* file, std::string_view text) {
     if (file == nullptr) return;
-    std::fwrite(text.data(), 1, text.size(), file);
+    if (!text.empty()) std::fwrite(text.data(), 1, text.size(), file);  // an empty one may have no address
     std::fputc('\n', file);
 }
 
@@ -32,6 +32,7 @@ double factorFor(const SectionReader& reader, DeckUnits system, double copyFacto
 template <class Write>
 void forEachCopy(const SectionReader& reader, const Write& write) {
     if (!copiesWanted(reader)) return;
+    reader.sinks->keywordCopied = true;
     NumberWriter metric;
     metric.file = reader.sinks->metricCopy;
     write(metric, DeckUnits::Metric);
@@ -53,6 +54,19 @@ void writeArray(NumberWriter& writer, std::string_view keyword, std::span<const 
     put(writer, " /\n");
 }
 
+/// A row of numbers and what ends it.
+void writeRow(const SectionReader& reader, std::span<const double> values, std::span<const double> factors,
+              std::string_view end) {
+    forEachCopy(reader, [&](NumberWriter& writer, DeckUnits system) {
+        for (std::size_t n = 0; n < values.size(); ++n) {
+            const double factor = n < factors.size() ? factors[n] : 1.0;
+            if (n > 0) put(writer, " ");
+            putNumber(writer, values[n] * factorFor(reader, system, factor));
+        }
+        put(writer, end);
+    });
+}
+
 template <class T>
 void copyReals(const SectionReader& reader, std::span<const T> values, double deckFactor, double copyFactor) {
     forEachCopy(reader, [&](NumberWriter& writer, DeckUnits system) {
@@ -63,12 +77,19 @@ void copyReals(const SectionReader& reader, std::span<const T> values, double de
 
 }  // namespace
 
+void copyEcho(const SectionReader& reader, std::string_view text) {
+    if (reader.sinks == nullptr) return;
+    writeLine(reader.sinks->metricCopy, text);
+    writeLine(reader.sinks->fieldCopy, text);
+}
+
 void copyLine(const SectionReader& reader, std::string_view text) {
     copyLines(reader, text, text);
 }
 
 void copyLines(const SectionReader& reader, std::string_view metricText, std::string_view fieldText) {
     if (reader.sinks == nullptr) return;
+    reader.sinks->keywordCopied = true;
     writeLine(reader.sinks->metricCopy, metricText);
     writeLine(reader.sinks->fieldCopy, fieldText);
 }
@@ -94,14 +115,16 @@ void copyRow(const SectionReader& reader, std::initializer_list<CopyItem> items)
 }
 
 void copyRow(const SectionReader& reader, std::span<const double> values, std::span<const double> factors) {
-    forEachCopy(reader, [&](NumberWriter& writer, DeckUnits system) {
-        for (std::size_t n = 0; n < values.size(); ++n) {
-            const double factor = n < factors.size() ? factors[n] : 1.0;
-            putNumber(writer, values[n] * factorFor(reader, system, factor));
-            put(writer, " ");
-        }
-        put(writer, "/\n");
-    });
+    writeRow(reader, values, factors, " /\n");
+}
+
+void copyTableRow(const SectionReader& reader, std::span<const double> values,
+                  std::span<const double> factors) {
+    writeRow(reader, values, factors, "\n");
+}
+
+void copyTableEnd(const SectionReader& reader) {
+    if (copiesWanted(reader)) copyLine(reader, "/");
 }
 
 void copyArray(const SectionReader& reader, std::span<const double> values, double deckFactor,

@@ -17,10 +17,16 @@ std::string nameOf(const std::string& text) {
     return std::string(trim(std::string_view(text).substr(0, NameWidth)));
 }
 
+/// No limit of the box is given.
+bool isOpen(const CellBox& b) {
+    return b.i1 == 0 && b.i2 == 0 && b.j1 == 0 && b.j2 == 0 && b.k1 == 0 && b.k2 == 0;
+}
+
 void copyBoxRow(const SectionReader& reader, const ArithmeticRow& row) {
     const EqualsArray* known = reader.keyword == "EQUALS" ? findEqualsArray(row.name) : nullptr;
     const double factor = known != nullptr && known->isLength ? reader.units->copyLength : 1.0;
     const CellBox& b = row.box;
+    if (isOpen(b)) return copyRow(reader, {{0.0, 1.0, row.name}, {row.value, factor, {}}});
     copyRow(reader, {{0.0, 1.0, row.name},
                      {row.value, factor, {}},
                      {static_cast<double>(b.i1), 1.0, {}},
@@ -66,7 +72,7 @@ bool isNegativeFactor(const SectionReader& reader, const ArithmeticRow& row) {
 }
 
 void endCopiedList(const SectionReader& reader) {
-    if (reader.outputMetric) copyLine(reader, "/");
+    copyTableEnd(reader);
 }
 
 ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end) {

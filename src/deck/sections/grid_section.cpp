@@ -315,8 +315,11 @@ void leaveCornerPointDeck(const SectionReader& reader, const RunOptions& options
     const std::string path =
         options.workingFolder + outputFileName(options.outputPrefix, CornerPointDeckName);
     const int status = writeCornerPointDeck(grid, reader.units->length, path);
-    if (status == 0) return;
     const Console& console = consoleOf(reader);
+    if (const int open = unjoinedPillars(grid); open > 0)
+        warn(console, "WARNING :: COLUMNS OF BLOCKS DO NOT JOIN AT {} PILLARS, {} HOLDS ANOTHER GRID", open,
+             outputFileName(options.outputPrefix, CornerPointDeckName));
+    if (status == 0) return;
     lineToBoth(console, "ERROR: File Open Error");
     lineToBoth(console, "ERROR: File handling Error");
     both(console, "ERROR: File handling error, code = {}", status);

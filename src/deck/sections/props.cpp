@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "deck/reading/keyword_table.hpp"
+#include "deck/reading/source_copies.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/props_tables.hpp"
@@ -25,19 +26,10 @@ constexpr int MaxRegions = 10000;  // saturation regions that are held
 constexpr double RankineAtZeroFahrenheit = 459.67;
 constexpr double KelvinAtZeroCelsius = 273.15;
 
-/// Deck Rs in the other unit system's unit, for the copies.
-double copyGasRatio(const SectionReader& reader) {
-    return isMetric(reader) ? GasRatioFactor : 1.0 / GasRatioFactor;
-}
-
 void begin(SectionReader& reader) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
     copyKeyword(reader);
-}
-
-void endCopiedTable(SectionReader& reader) {
-    if (reader.outputMetric) copyLine(reader, "/");
 }
 
 void requireRows(const SectionReader& reader, std::size_t rows) {
@@ -71,9 +63,10 @@ void copyTable(const SectionReader& reader, std::span<const TableColumn> columns
     for (std::size_t c = 0; c < columns.size(); ++c) factors[c] = columns[c].copyFactor;
     for (std::size_t r = 0; r < columns[0].target->size(); ++r) {
         for (std::size_t c = 0; c < columns.size(); ++c) row[c] = (*columns[c].target)[r] / columns[c].factor;
-        copyRow(reader, std::span<const double>(row.data(), columns.size()),
-                std::span<const double>(factors.data(), columns.size()));
+        copyTableRow(reader, std::span<const double>(row.data(), columns.size()),
+                     std::span<const double>(factors.data(), columns.size()));
     }
+    copyTableEnd(reader);
 }
 
 /// The record of a PVT region, 0-based.
@@ -130,7 +123,6 @@ void readTable(SectionReader& reader, std::size_t table, std::span<const TableCo
     }
     for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
     copyTable(reader, columns);
-    endCopiedTable(reader);
     checkColumns(reader, table, lines, columns);
 }
 
@@ -151,13 +143,14 @@ struct DryColumns {
     Column FluidTables::*fvf;
     Column FluidTables::*viscosity;
     double fvfFactor = 1.0;
+    double fvfCopyFactor = 1.0;
 };
 
 void readDryTable(SectionReader& reader, const DryColumns& dry, std::size_t table, FluidTables& tables) {
     const UnitSystem& units = *reader.units;
     readTable(reader, table,
               std::array<TableColumn, 3>{{{&(tables.*dry.pressure), units.pressure, units.copyPressure},
-                                          {&(tables.*dry.fvf), dry.fvfFactor},
+                                          {&(tables.*dry.fvf), dry.fvfFactor, dry.fvfCopyFactor},
                                           {&(tables.*dry.viscosity)}}});
     requireRows(reader, (tables.*dry.pressure).size());
 }
@@ -193,20 +186,20 @@ void readPvcdo(SectionReader& reader, PropsRecords& records) {
 
 void readPvdg(SectionReader& reader, PropsRecords& records) {
     const DryColumns gas{&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity,
-                         reader.units->gasFvf};
+                         reader.units->gasFvf, inOtherUnits(reader, ItemUnit::GasFvf, 1.0)};
     readPvtRegions(reader, records,
                    [&](FluidTables& tables, std::size_t table) { readDryTable(reader, gas, table, tables); });
 }
 
 void copyPvto(const SectionReader& reader, const PvtoTable& table) {
-    const std::array<double, 4> factors{copyGasRatio(reader), reader.units->copyPressure, 1.0, 1.0};
-    for (std::size_t r = 0; r < table.Rs.size(); ++r)
-        copyRow(reader, std::array{table.Rs[r], table.pressure[r], table.fvf[r], table.viscosity[r]},
-                factors);
-    for (std::size_t r = 0; r < table.underPressure.size(); ++r)
-        copyRow(reader, std::array{table.underPressure[r], table.underFvf[r], table.underViscosity[r]},
-                std::span(factors).subspan(1));
-    if (reader.outputMetric) copyLine(reader, "/");
+    const double pressure = reader.units->copyPressure;
+    for (const std::vector<double>& record : table.records) {
+        std::vector<double> factors(record.size(), 1.0);
+        factors[0] = inOtherUnits(reader, ItemUnit::GasRatio, 1.0);
+        for (std::size_t n = 1; n < factors.size(); n += PvtoRowValues) factors[n] = pressure;
+        copyRow(reader, record, factors);
+    }
+    copyTableEnd(reader);
 }
 
 void addScaled(const Column& from, double factor, Column& to) {
@@ -377,27 +370,32 @@ void readRock(SectionReader& reader, PropsRecords& records) {
     });
 }
 
+/// One record that is copied as it stands: temperatures are no multiples of each other.
+void readPlainRow(SectionReader& reader, std::span<double> values) {
+    skipCommentLines(reader);
+    checkRead(reader, readDoubles(*reader.cursor, values));
+    checkRecord(reader, 1, values);
+}
+
 double rankine(const SectionReader& reader, double deckTemperature) {
     if (isMetric(reader)) return (deckTemperature + KelvinAtZeroCelsius) * RankinePerKelvin;
     return deckTemperature + RankineAtZeroFahrenheit;
 }
 
 void readRtemp(SectionReader& reader, PropsRecords& records) {
-    double temperature = 0.0;
-    begin(reader);
-    readScalarRow(reader, 1, std::array<ScalarItem, 1>{{{&temperature}}});
-    records.tables.reservoirTemperature = rankine(reader, temperature);
+    announce(reader, reader.keyword);
+    std::array<double, 1> item{};
+    readPlainRow(reader, item);
+    records.tables.reservoirTemperature = rankine(reader, item[0]);
 }
 
 void readStcond(SectionReader& reader, PropsRecords& records) {
-    double temperature = 0.0;
-    const UnitSystem& units = *reader.units;
-    begin(reader);
-    readScalarRow(
-        reader, 1,
-        std::array<ScalarItem, 2>{
-            {{&temperature}, {&records.tables.surfacePressure, units.pressure, units.copyPressure}}});
-    records.tables.surfaceTemperature = rankine(reader, temperature);
+    announce(reader, reader.keyword);
+    const double perUnit = reader.units->pressure;
+    std::array<double, 2> item{0.0, records.tables.surfacePressure / perUnit};
+    readPlainRow(reader, item);
+    records.tables.surfacePressure = item[1] * perUnit;
+    records.tables.surfaceTemperature = rankine(reader, item[0]);
 }
 
 void readTracer(SectionReader& reader, PropsRecords& records) {
@@ -414,7 +412,7 @@ void readTracer(SectionReader& reader, PropsRecords& records) {
         records.tables.tracerNames.push_back(name);
         records.tables.tracerUnits.push_back(unit);
     }
-    endCopiedTable(reader);
+    copyTableEnd(reader);
 }
 
 // --- the section ---------------------------------------------------------------------------------

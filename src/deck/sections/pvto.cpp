@@ -6,16 +6,16 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t RowValues = 3;         // pressure, Bo, viscosity
 constexpr std::size_t MaxLineValues = 3001;  // numbers of one line, repeats counted out
 
 /// Numbers so far make whole rows, with or without an Rs in front.
 bool isWhole(std::size_t count) {
-    return count >= RowValues && count % RowValues != RowValues - 1;
+    return count >= PvtoRowValues && count % PvtoRowValues != PvtoRowValues - 1;
 }
 
 void addUnderRows(std::span<const double> values, PvtoTable& table) {
-    for (std::size_t n = 0; n + RowValues <= values.size(); n += RowValues) {
+    table.records.back().insert(table.records.back().end(), values.begin(), values.end());
+    for (std::size_t n = 0; n + PvtoRowValues <= values.size(); n += PvtoRowValues) {
         table.underPressure.push_back(values[n]);
         table.underFvf.push_back(values[n + 1]);
         table.underViscosity.push_back(values[n + 2]);
@@ -24,19 +24,20 @@ void addUnderRows(std::span<const double> values, PvtoTable& table) {
 
 void startRs(std::span<const double> values, PvtoTable& table) {
     table.Rs.push_back(values[0]);
+    table.records.emplace_back(values.begin(), values.begin() + 1 + PvtoRowValues);
     table.pressure.push_back(values[1]);
     table.fvf.push_back(values[2]);
     table.viscosity.push_back(values[3]);
     table.underPressure.clear();
     table.underFvf.clear();
     table.underViscosity.clear();
-    addUnderRows(values.subspan(1 + RowValues), table);
+    addUnderRows(values.subspan(1 + PvtoRowValues), table);
 }
 
 /// False when the numbers are no record: a wrong count, or rows of no Rs.
 bool addRecord(std::span<const double> values, PvtoTable& table) {
     if (!isWhole(values.size())) return false;
-    if (values.size() % RowValues == 1)
+    if (values.size() % PvtoRowValues == 1)
         startRs(values, table);
     else if (!table.Rs.empty())
         addUnderRows(values, table);

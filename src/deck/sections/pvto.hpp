@@ -14,7 +14,10 @@ struct PvtoTable {
     Column Rs, pressure, fvf, viscosity;
     Column underPressure, underFvf, underViscosity;
     std::vector<int> lines;  // of the deck, by saturated row
+    std::vector<std::vector<double>>
+        records;  // by Rs: it, its saturated row and all rows under it, for copies
 };
+inline constexpr std::size_t PvtoRowValues = 3;  // pressure, Bo, viscosity
 
 /// The numbers of one line up to its slash. `slash` tells whether it has one. Stops on what is no number.
 std::vector<double> readLineNumbers(SectionReader& reader, std::string_view line, bool& slash);

@@ -1,6 +1,7 @@
 #include "deck/sections/runspec.hpp"
 
 #include "base/text.hpp"
+#include "deck/reading/deck_extent.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "model/grid_memory.hpp"
@@ -16,10 +17,11 @@ namespace {
 
 constexpr int NinePointConnections = 26;
 constexpr int DefaultStartYear = 2000;
-constexpr int LastStartYear = 9999;   // a year of more digits is a slip of the pen
-constexpr int LongestMonth = 31;      // days
-constexpr int MaxComponents = 100;    // component arrays grow with the square
-constexpr int MaxTableCount = 10000;  // tables of one kind
+constexpr int LastStartYear = 9999;      // a year of more digits is a slip of the pen
+constexpr int LongestMonth = 31;         // days
+constexpr int MaxComponents = 100;       // component arrays grow with the square
+constexpr int UncheckedCells = 100'000;  // their memory is small; too few values are told by the array itself
+constexpr int MaxTableCount = 10000;     // tables of one kind
 constexpr std::string_view TracerText =
     "-> Tracer Option Activated, Make Sure That Other Data are Assigned. ";
 
@@ -238,6 +240,20 @@ constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at RUNSPEC section"
     stopAtPlace(reader);
 }
 
+/// A large grid that no array of the deck could fill is a slip of the pen: it stops before its memory is
+/// taken.
+void checkExtent(SectionReader& reader, const RunspecRecords& records) {
+    const GridModel& grid = records.grid;
+    const std::int64_t cells = static_cast<std::int64_t>(grid.NX) * grid.NY * grid.NZ;
+    if (cells <= UncheckedCells) return;
+    const auto values = largestArray(*reader.cursor, reader.workingFolder, cells);
+    if (!values || *values >= cells) return;
+    stopOnDimensions(
+        reader, records.dimensLine,
+        fmt::format("ERROR :: DIMENS GIVES {} CELLS, THE LARGEST ARRAY OF THE DECK HAS {} VALUES", cells,
+                    *values));
+}
+
 void checkDimensions(SectionReader& reader, const RunspecRecords& records) {
     const GridModel& grid = records.grid;
     const GridSize size = checkGridSize(grid.NX, grid.NY, grid.NZ);
@@ -246,6 +262,7 @@ void checkDimensions(SectionReader& reader, const RunspecRecords& records) {
     } else if (size != GridSize::Usable) {
         stopOnDimensions(reader, records.dimensLine, "Error :: Memory error , Variable");
     }
+    checkExtent(reader, records);
 }
 
 void takeStartDate(RunOptions& options, RunClock& clock) {

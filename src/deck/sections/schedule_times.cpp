@@ -12,11 +12,12 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t MaxStepsOfList = 10000;      // step lengths of one TSTEP, rows of one DATES
-constexpr std::size_t MaxStepsOfRun = 1000000;     // beyond it a deck is taken for a mistake
-constexpr std::size_t MaxScheduleRows = 10000000;  // well and completion rows over all steps, about 2 GB
-constexpr double MaxStepLength = 1e9;              // days; more is a slip of the pen
-constexpr int LongestMonth = 31;                   // days
+constexpr std::size_t MaxStepsOfList = 10000;   // step lengths of one TSTEP, rows of one DATES
+constexpr std::size_t MaxStepsOfRun = 1000000;  // beyond it a deck is taken for a mistake
+constexpr std::size_t MaxScheduleRows =
+    10000000;                          // well and completion rows over all steps, not shared, about 2 GB
+constexpr double MaxStepLength = 1e9;  // days; more is a slip of the pen
+constexpr int LongestMonth = 31;       // days
 constexpr int LastYear = 9999;
 
 double timeReached(const Schedule& schedule) {
@@ -28,9 +29,18 @@ double timeReached(const Schedule& schedule) {
     stopAtPlace(reader);
 }
 
-void checkSizes(const SectionReader& reader, const Schedule& schedule, std::size_t newSteps) {
+/// Rows that the last step does not share with the one before it; every well takes a pointer in any case.
+std::size_t ownRows(const Schedule& schedule) {
+    constexpr std::size_t PointersPerRow = 16;
     const ScheduleStep& step = schedule.steps.back();
-    const std::size_t rows = (step.wells.size() + step.completions.size()) * (schedule.steps.size() + 1);
+    std::size_t rows = step.wells.size() / PointersPerRow;
+    const auto isOwn = [](const auto& held) { return held.use_count() == 1; };
+    rows += static_cast<std::size_t>(std::count_if(step.wells.held.begin(), step.wells.held.end(), isOwn));
+    return isOwn(step.completions.held) ? rows + step.completions.size() : rows;
+}
+
+void checkSizes(const SectionReader& reader, const Schedule& schedule, std::size_t newSteps) {
+    const std::size_t rows = schedule.heldRows + ownRows(schedule);
     if (schedule.stepLength.size() + newSteps > MaxStepsOfRun || rows > MaxScheduleRows)
         stopWith(reader, "Error :: Memory error , Schedule");
 }
@@ -104,6 +114,7 @@ void openScheduleStep(Schedule& schedule) {
     if (schedule.steps.empty()) {
         schedule.steps.emplace_back();
     } else if (schedule.steps.back().stepCount > 0) {
+        schedule.heldRows += ownRows(schedule);
         ScheduleStep next = schedule.steps.back();
         next.stepCount = 0;
         next.period = 0.0;

@@ -29,12 +29,12 @@ ScheduleWell* defineWell(const SectionReader& reader, ScheduleStep& step, const 
         warnHere(reader, "WARNING :: WELL WITHOUT NAME, ROW SKIPPED");
         return nullptr;
     }
-    if (ScheduleWell* known = findWell(step, name); known != nullptr) return known;
+    if (ScheduleWell* known = changeWell(step, name); known != nullptr) return known;
     ScheduleWell well;
     well.name = name;
     well.place = placeOf(reader);
-    step.wells.push_back(well);
-    return &step.wells.back();
+    step.wells.push_back(std::move(well));
+    return &step.wells.own(step.wells.size() - 1);
 }
 
 char directionOf(const SectionReader& reader, const std::string& word) {

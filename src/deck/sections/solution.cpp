@@ -97,7 +97,8 @@ void readSoil(SectionReader& reader, SolutionRecords& records) {
 
 void readRs(SectionReader& reader, SolutionRecords& records) {
     readStateArray(reader, records, "FIELD Solution GOR by MANUAL", NotNegative, records.initial.initialRs,
-                   records.initial.rsGiven, reader.units->gasRatio);
+                   records.initial.rsGiven, reader.units->gasRatio,
+                   inOtherUnits(reader, ItemUnit::GasRatio, 1.0));
 }
 
 void readRsTable(SectionReader& reader, Equilibrium& region) {
@@ -112,8 +113,10 @@ void readRsTable(SectionReader& reader, Equilibrium& region) {
         if (rows.last.count == 0) continue;
         region.rsTableDepth.push_back(row[0] * units.length);
         region.rsTableRs.push_back(row[1] * units.gasRatio);
-        copyRow(reader, {{row[0], units.copyLength}, {row[1]}});
+        copyTableRow(reader, row,
+                     std::array{units.copyLength, inOtherUnits(reader, ItemUnit::GasRatio, 1.0)});
     }
+    copyTableEnd(reader);
 }
 
 void readRsvd(SectionReader& reader, SolutionRecords& records) {

@@ -24,18 +24,27 @@ std::string wellName(const std::string& text) {
     return std::string(trim(trim(text).substr(0, WellNameLength)));
 }
 
-ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
-    const auto isNamed = [&name](const ScheduleWell& well) { return well.name == name; };
-    // Rows mostly name wells in the order of their introduction: the search goes on behind the last one.
-    const auto begin =
-        step.wells.begin() + static_cast<std::ptrdiff_t>(std::min(step.searchFrom, step.wells.size()));
-    auto found = std::find_if(begin, step.wells.end(), isNamed);
-    if (found == step.wells.end()) {
-        found = std::find_if(step.wells.begin(), begin, isNamed);
-        if (found == begin) return nullptr;
+/// The place of the well with this name among those of the step; their number where there is none. Rows mostly
+/// name wells in the order of their introduction: the search goes on behind the last one.
+static std::size_t placeOfWell(ScheduleStep& step, const std::string& name) {
+    const std::size_t count = step.wells.size();
+    for (std::size_t n = 0; n < count; ++n) {
+        const std::size_t w = (step.searchFrom + n) % count;
+        if (step.wells[w].name != name) continue;
+        step.searchFrom = w + 1;
+        return w;
     }
-    step.searchFrom = static_cast<std::size_t>(found - step.wells.begin()) + 1;
-    return &*found;
+    return count;
+}
+
+const ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
+    const std::size_t w = placeOfWell(step, name);
+    return w < step.wells.size() ? &step.wells[w] : nullptr;
+}
+
+ScheduleWell* changeWell(ScheduleStep& step, const std::string& name) {
+    const std::size_t w = placeOfWell(step, name);
+    return w < step.wells.size() ? &step.wells.own(w) : nullptr;
 }
 
 void setStatus(const std::string& status, ScheduleWell& well) {
@@ -47,11 +56,12 @@ void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
     const auto sameColumn = [&row](const ScheduleCompletion& other) {
         return other.i == row.i && other.j == row.j && other.wellName == row.wellName;
     };
-    const auto old = std::find_if(step.completions.begin(), step.completions.end(), [&](const auto& other) {
+    std::vector<ScheduleCompletion>& list = step.completions.own();
+    const auto old = std::find_if(list.begin(), list.end(), [&](const auto& other) {
         return other.k1 == row.k1 && other.k2 == row.k2 && sameColumn(other);
     });
-    if (old == step.completions.end()) {
-        step.completions.push_back(row);
+    if (old == list.end()) {
+        list.push_back(row);
         return;
     }
     *old = row;
@@ -60,8 +70,7 @@ void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
         return sameColumn(other) && std::min(other.k1, other.k2) >= top &&
                std::max(other.k1, other.k2) <= bottom;
     };
-    step.completions.erase(std::remove_if(old + 1, step.completions.end(), isCovered),
-                           step.completions.end());
+    list.erase(std::remove_if(old + 1, list.end(), isCovered), list.end());
 }
 
 bool nextWellRow(SectionReader& reader, ScheduleStep& step) {

@@ -19,7 +19,9 @@ ScheduleStep& presentStep(ScheduleRecords& records);
 std::string wellName(const std::string& text);
 
 /// The well of the step with just this name; null where there is none.
-ScheduleWell* findWell(ScheduleStep& step, const std::string& name);
+const ScheduleWell* findWell(ScheduleStep& step, const std::string& name);
+/// The same to be changed in this step and those behind it.
+ScheduleWell* changeWell(ScheduleStep& step, const std::string& name);
 
 /// OPEN, SHUT or STOP by the deck; counted, since a well that a limit has shut waits for it.
 void setStatus(const std::string& status, ScheduleWell& well);
@@ -42,12 +44,12 @@ void forNamedWells(const SectionReader& reader, ScheduleStep& step, const std::s
     bool found = false;
     if (name.ends_with('*')) {
         const std::string letters = name.substr(0, name.size() - 1);
-        for (ScheduleWell& well : step.wells) {
-            if (!well.name.starts_with(letters)) continue;
+        for (std::size_t w = 0; w < step.wells.size(); ++w) {
+            if (!step.wells[w].name.starts_with(letters)) continue;
             found = true;
-            change(well);
+            change(step.wells.own(w));
         }
-    } else if (ScheduleWell* well = findWell(step, wellName(name)); well != nullptr) {
+    } else if (ScheduleWell* well = changeWell(step, wellName(name)); well != nullptr) {
         found = true;
         change(*well);
     }

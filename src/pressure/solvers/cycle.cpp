@@ -82,7 +82,7 @@ void solveCoarsest(const Hierarchy& hierarchy, MultigridLevel& level, std::span<
 void roundWeights(SparseMatrix& interpolation) {
     forRanges(cutRows(interpolation.rows, ShortestVectorRange), [&](RowRange range) {
         for (int i = range.first; i < range.end; ++i)
-            roundRow({&interpolation.value[interpolation.start[i]],
+            roundRow({interpolation.value.data() + interpolation.start[i],
                       static_cast<std::size_t>(interpolation.start[i + 1] - interpolation.start[i])});
     });
 }

@@ -96,7 +96,8 @@ constexpr WellListRow WellLists[] = {{OutputFile::PrdCxnList, &DiagnosticMaps::p
 void writeZoneFile(const Simulation& s, OutputFile file, const CellValue& value) {
     const ZoneNodes nodes = zoneNodes(s.options);
     std::FILE* stream = openBeside(s.console, s.outputs, file);
-    writeBlockZone(stream, s.grid, nodes, value, s.clock.time, rowOf(file).title);
+    const double end = s.clock.time + s.clock.dt;  // of the step whose lines the maps show
+    writeBlockZone(stream, s.grid, nodes, value, end, rowOf(file).title);
     closeWhole(s.console, stream);
 }
 

@@ -1,5 +1,7 @@
 #include "streamline/diagnostics/line_output.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
@@ -60,6 +62,13 @@ void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& sim
 
 void closeLineOutput(Simulation& simulation) {
     closeLinePlot(simulation.console, simulation.lines.plot);
+}
+
+void tellFinished(const Console& console, int number, int activeLines) {
+    constexpr int ProgressParts = 10;
+    constexpr int LeastProgressStep = 5;
+    if (number % std::max(LeastProgressStep, activeLines / ProgressParts) == 0)
+        both(console, " Calculation Finished : {}", number);
 }
 
 }  // namespace kvr

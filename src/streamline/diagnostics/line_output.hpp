@@ -18,4 +18,7 @@ void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& sim
 
 void closeLineOutput(Simulation& simulation);
 
+/// " Calculation Finished : " and the number of a line that has been solved, about ten times in a step.
+void tellFinished(const Console& console, int number, int activeLines);
+
 }  // namespace kvr
