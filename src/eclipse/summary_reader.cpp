@@ -54,20 +54,21 @@ bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec
     return false;
 }
 
-/// The slot of a well's name, a new one while there are fewer than wells; 0 where there is none.
-int slotOf(const std::string& well, int wellCount, SummaryResponse& response) {
+/// The slot of a well's name, a new one where it is the first vector of the well; 0 for a well that the run
+/// does not have.
+int slotOf(const std::string& well, std::span<const std::string> wells, SummaryResponse& response) {
     std::vector<std::string>& names = response.wellNames;
     const auto known = std::find(names.begin(), names.end(), well);
     const auto slot = static_cast<int>(known - names.begin()) + 1;
     if (known != names.end()) return slot;
-    if (slot > wellCount) return 0;
+    if (std::find(wells.begin(), wells.end(), well) == wells.end()) return 0;
     names.push_back(well);
     return slot;
 }
 
 /// Adds the vectors of one place in the summary index to the plan.
 void planPlace(const Console& console, const SummarySpec& spec,
-               const std::vector<ResponseMnemonic>& mnemonics, int wellCount, std::size_t place,
+               const std::vector<ResponseMnemonic>& mnemonics, std::span<const std::string> wells, std::size_t place,
                std::set<std::pair<int, int>>& used, std::map<std::string, int>& connections,
                SummaryPlan& plan, SummaryResponse& response) {
     const std::string keyword = padded(nameOf(spec.keywords[place]), TimeKeyword.size());
@@ -80,7 +81,7 @@ void planPlace(const Console& console, const SummarySpec& spec,
             response.connections.push_back({well, number, ++connections[well], {}});
         } else {
             const bool ofField = mnemonic.id >= response::FPR && mnemonic.id <= response::FGIR;
-            const int slot = ofField ? 1 : slotOf(well, wellCount, response);
+            const int slot = ofField ? 1 : slotOf(well, wells, response);
             if (slot == 0 || !used.emplace(mnemonic.id, slot).second) continue;
             plan.entries.push_back({place, response.vectors.size(), false});
             response.vectors.push_back({mnemonic.id, slot, {}});
@@ -156,7 +157,7 @@ ReadResult readSummarySpec(const Console& console, RecordReader& reader, Summary
     return ReadResult::Ok;
 }
 
-SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
+SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, std::span<const std::string> wells,
                          SummaryResponse& response) {
     const std::vector<ResponseMnemonic> mnemonics = responseMnemonics(componentCount);
     std::set<std::pair<int, int>> used;  // mnemonic and slot
@@ -166,7 +167,7 @@ SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int co
         if (padded(nameOf(spec.keywords[place]), TimeKeyword.size()) == TimeKeyword)
             plan.time = static_cast<int>(place);
         else
-            planPlace(console, spec, mnemonics, wellCount, place, used, connections, plan, response);
+            planPlace(console, spec, mnemonics, wells, place, used, connections, plan, response);
     }
     return plan;
 }
@@ -207,8 +208,9 @@ void read_ECL_response(const Console& console, const RunOptions& options, const 
     // The last step of a schedule has every well.
     const SharedElements<ScheduleWell> wells =
         schedule.steps.empty() ? SharedElements<ScheduleWell>{} : schedule.steps.back().wells;
-    const SummaryPlan plan =
-        planResponse(console, spec, options.componentCount, static_cast<int>(wells.size()), response);
+    std::vector<std::string> names;
+    for (const ScheduleWell& well : wells) names.push_back(well.name);
+    const SummaryPlan plan = planResponse(console, spec, options.componentCount, names, response);
     writeWellDataHeads(options.componentCount, files);
     if (plan.time < 0)
         lineToBoth(console, "ERROR :: No TIME keyword was in the .SMSPEC file.");

@@ -6,6 +6,8 @@
 #include "eclipse/records.hpp"
 #include "eclipse/well_response.hpp"
 
+#include <span>
+#include <string>
 #include <string_view>
 
 namespace kvr {
@@ -32,10 +34,11 @@ struct SummaryPlan {
     std::vector<Entry> entries;
 };
 
-/// Matches the vectors with the mnemonics. A well's vectors share the slot of its name, and there are at most
-/// `wellCount` slots; a second vector of the same mnemonic and name is passed over. Those of connections are
-/// taken all.
-SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, int wellCount,
+/// Matches the vectors with the mnemonics. A well's vectors share the slot of its name, if it is one of
+/// `wells`; others, and a second vector of the same mnemonic and name, are passed over. Those of connections
+/// are taken all.
+SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount,
+                         std::span<const std::string> wells,
                          SummaryResponse& response);
 
 /// Whether the PARAMS of a step had the length that the index gives.

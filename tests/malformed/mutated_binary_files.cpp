@@ -56,6 +56,10 @@ constexpr int DefaultCount = 3000;
 
 const Console Silent{nullptr, nullptr, nullptr};
 
+std::vector<std::string> twoWells() {
+    return {"I1", "P1"};
+}
+
 std::string integers(std::string_view keyword, const std::vector<std::int32_t>& values) {
     std::string payload;
     for (const std::int32_t value : values) payload += bigEndian32(static_cast<std::uint32_t>(value));
@@ -236,7 +240,7 @@ const ReaderRow Readers[] = {
          SummarySpec spec;
          SummaryResponse response;
          const ReadResult result = readSummarySpec(Silent, reader, spec);
-         if (result == ReadResult::Ok) planResponse(Silent, spec, 2, 2, response);
+         if (result == ReadResult::Ok) planResponse(Silent, spec, 2, twoWells(), response);
          return result;
      }},
     {"summary step",
@@ -248,7 +252,7 @@ const ReaderRow Readers[] = {
          }
          spec.vectorCount = 34;
          SummaryResponse response;
-         const SummaryPlan plan = planResponse(Silent, spec, 0, 2, response);
+         const SummaryPlan plan = planResponse(Silent, spec, 0, twoWells(), response);
          StepFit fit = StepFit::Fits;
          return readSummaryStep(reader, spec, plan, response, fit);
      }},

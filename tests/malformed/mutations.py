@@ -18,11 +18,11 @@ OPTIONS = (b"FDMETHOD\nIMPES\n", b"FDMETHOD\nFIM\n", b"FDMETHOD\nSTREAMLINE\n", 
            b"SL1DCON\nEXPLICIT IRR 1.0 SPU Yes Yes Yes No /\n", b"SL1DCON\nIMPLICIT REG 2.0 SPU Yes Yes No No /\n",
            b"SL1DCON\nANALYTICAL REG 1.0 SPU Yes No No No /\n", b"SL1DCON\nEXPLICIT AUTO 1.0 2PU No Yes Yes Yes 2 /\n",
            b"SL1DCON\nEXPLICIT REG 0.5 LEONARD Yes Yes No Yes /\n", b"CFL\n0.5 1.d-3 /\n", b"CFLG\n0.5 1.d-3 /\n",
-           b"OPTIONKVR\n1 1 1 1 1 1 0 2 /\n", b"OPTIONKVR\n0 0 0 0 0 0 0 0 /\n", b"OUTPUTKVR\n1 1 1 1 1 1 1 1 1 1 /\n",
+           b"OPTIONKVR\n1 1 1 0 1 1 0 2 /\n", b"OPTIONKVR\n0 0 0 0 0 0 0 0 /\n", b"OUTPUTKVR\n1 1 1 1 1 1 1 1 1 1 /\n",
            b"OUTPUTKVR\n0 0 1 1 1 0 0 1 1 1 /\n", b"MAXDT\n5 /\n", b"OPTTSTEP\n100 /\n", b"SL1DMAP\n3 /\n",
            b"MAPPING\nAVERAGE\n", b"STEPCTRL\nNo /\n", b"STEPCTRL\nYes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.05 1.d-3 /\n",
            b"SMTHPRM\nPERMX 1 /\nPORO 2 /\n/\n", b"UPSCALE\nPERMX 2 2 1 /\n/\n", b"JFUNC\n30 /\n", b"NINEPOIN\n",
-           b"ECL2TEC\n", b"OUTWHIST\n", b"CHKRSAT\n1 /\n", b"RESTART\n1 /\n", b"DPSP\n", b"-- ConvertUnitCommandKVR\n")
+           b"ECL2TEC\n", b"CHKRSAT\n1 /\n", b"RESTART\n1 /\n", b"-- ConvertUnitCommandKVR\n")
 
 
 def place_in(rng, text):

@@ -207,7 +207,6 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
         if (skippedTitle(reader, found)) continue;
         reportNotSupported(reader, found.line);
         suggestKeyword(reader, table, found.word);
-        if (reader.outputMetric) copyEcho(reader, found.line);
         skipKeywordData(reader);
     }
 }

@@ -130,6 +130,17 @@ void skipCommentLines(SectionReader& reader) {
     }
 }
 
+namespace {
+
+/// A skipped keyword and its first line, which the copies need to have it whole.
+void copySkipped(const SectionReader& reader, std::string_view line) {
+    if (!reader.keyword.empty()) copyEcho(reader, reader.keyword);
+    copyEcho(reader, line);
+    reader.sinks->keywordCopied = true;
+}
+
+}  // namespace
+
 void skipKeywordData(SectionReader& reader) {
     std::string_view line;
     for (int n = 0; n < MaxSkippedLines && nextLine(*reader.cursor, line); ++n) {
@@ -141,7 +152,7 @@ void skipKeywordData(SectionReader& reader) {
         if (n > 0)
             echoLine(reader, line);
         else if (reader.outputMetric)
-            copyEcho(reader, line);
+            copySkipped(reader, line);
     }
 }
 

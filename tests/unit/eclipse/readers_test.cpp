@@ -182,12 +182,33 @@ TEST(InitReader, MissingItsFileSaysSoAndGoesOn) {
     EXPECT_EQ(c.screenText(), " ECLIPSE .INIT File Not Found :: " + c.path(".INIT") + "\n");
 }
 
-TEST(InitReader, StopsAtAnArrayOfAnotherLength) {
+TEST(InitReader, TakesWhatAnArrayOfAnotherLengthHasAndTellsIt) {
     ReaderCase c(2, 2, 1);
-    c.run.console = consoleOnStandardError();
-    c.folder.write("CASE.INIT", integers("INTEHEAD", initHead(2, 2, 1, 4)) + reals("PERMX   ", {1, 2, 4}));
-    EXPECT_EXIT(c.readInit(), testing::ExitedWithCode(1),
-                "code = 4\n.*Directry path.\n.*CASE.INIT: byte 1236: one real value per cell");
+    c.folder.write("CASE.INIT", integers("INTEHEAD", initHead(2, 2, 1, 4)) + reals("PERMX   ", {1, 2, 4}) +
+                                    reals("PERMY   ", {1, 2, 3, 4, 5, 6}));
+    c.readInit();
+    EXPECT_EQ(c.run.grid.PERMX[3], 4.0);
+    EXPECT_EQ(c.run.grid.PERMX[4], 100.0);
+    EXPECT_EQ(c.run.grid.PERMY[4], 4.0);
+    EXPECT_TRUE(holds(c.screenText(),
+                      " WARNING :: PERMX of INIT has 3 values, 4 cells and 4 active ones are expected"));
+    EXPECT_TRUE(holds(c.screenText(),
+                      " WARNING :: PERMY of INIT has 6 values, 4 cells and 4 active ones are expected"));
+}
+
+TEST(InitReader, ComparesNothingWithAShortHeadAndGoesOn) {
+    ReaderCase c(2, 1, 1);
+    c.folder.write("CASE.INIT", integers("INTEHEAD", {1, 2, 3}) + reals("PERMX   ", {1, 2}));
+    c.readInit();
+    EXPECT_TRUE(holds(c.screenText(), " WARNING :: INTEHEAD of INIT has 3 values"));
+    EXPECT_EQ(c.run.grid.PERMX[2], 2.0);
+}
+
+TEST(InitReader, KnowsKeywordsThatAreShiftedInTheirField) {
+    ReaderCase c(2, 1, 1);
+    c.folder.write("CASE.INIT", integers("INTEHEAD", initHead(2, 1, 1, 2)) + reals("   PERMX", {1, 2}));
+    c.readInit();
+    EXPECT_EQ(c.run.grid.PERMX[2], 2.0);
 }
 
 // --- .EGRID ------------------------------------------------------------------------------------------------

@@ -101,12 +101,15 @@ TEST_F(RealCase, HasOurTransmissibilitiesAndPoreVolumes) {
 }
 
 TEST_F(RealCase, TellsItsSummaries) {
-    WellRecord wells;
-    wells.wells.resize(2);
-    wells.wells[0].WellName = "INJ";
-    wells.wells[1].WellName = "PRD";
+    Schedule schedule;
+    schedule.steps.resize(1);
+    for (const char* name : {"INJ", "PRD"}) {
+        ScheduleWell well;
+        well.name = name;
+        schedule.steps[0].wells.push_back(well);
+    }
     SummaryResponse response;
-    read_ECL_response(run.console, options(), wells, "ECLIPSE", 1, response);
+    read_ECL_response(run.console, options(), schedule, "ECLIPSE", 1, response);
     ASSERT_EQ(response.time.size(), 1U);
     EXPECT_EQ(response.time[0], 100.0);
     const auto last = [&](int id) { return responseOf(response, id, 1)->front(); };

@@ -122,13 +122,14 @@ struct TwoWells {
         Well& injector = c.addWell("I1", "inj");
         injector.WellQw = 500.0;
         injector.Bhp = 5000.0;
-        entry.wells.resize(2);
-        entry.wells[0].histOil = 250.0;
-        entry.wells[0].histWater = 50.0;
-        entry.wells[0].histGas = 356215.2346;
-        entry.wells[0].histBhp = 1990.0;
-        entry.wells[1].isInjector = true;
-        entry.wells[1].histInjBhp = 4990.0;
+        entry.wells.push_back({});
+        entry.wells.push_back({});
+        entry.wells.own(0).histOil = 250.0;
+        entry.wells.own(0).histWater = 50.0;
+        entry.wells.own(0).histGas = 356215.2346;
+        entry.wells.own(0).histBhp = 1990.0;
+        entry.wells.own(1).isInjector = true;
+        entry.wells.own(1).histInjBhp = 4990.0;
     }
     std::vector<SummaryFigures> at(double time, int report, std::size_t wellCount = 2) {
         c.run.clock.time = time;

@@ -50,7 +50,17 @@ struct ResponseCase : SmallCase {
             writeSummaryStep(run.console, run.options, run.clock, figures);
         }
     }
-    void read(int first) { read_ECL_response(run.console, run.options, run.wells, "CASE", first, response); }
+    void read(int first) {
+        Schedule schedule;
+        schedule.steps.resize(1);
+        for (const Well& well : run.wells.wells) {
+            ScheduleWell scheduled;
+            scheduled.name = well.WellName;
+            scheduled.isInjector = well.WellKind == "inj";
+            schedule.steps[0].wells.push_back(scheduled);
+        }
+        read_ECL_response(run.console, run.options, schedule, "CASE", first, response);
+    }
     QuietConsole quiet;
     SummaryResponse response;
 };
@@ -155,6 +165,43 @@ TEST(ForeignSummary, PassesOverVectorsBeyondTheWells) {
     EXPECT_EQ(responseOf(c.response, response::WOPR, 2), nullptr);
     EXPECT_EQ(*responseOf(c.response, 44, 1), std::vector<double>{3.5});  // the last PARAMS of the file
     EXPECT_EQ(c.response.time, std::vector<double>{0.5});
+}
+
+TEST(ForeignSummary, KeepsAWellsVectorsTogetherWhateverTheirOrder) {
+    ResponseCase c;
+    c.addWell("P1", "prd");
+    c.addWell("P2", "prd");
+    writeForeign(
+        c, {{"TIME", ""}, {"WWPR", "P2"}, {"WOPR", "P1"}, {"WOPR", "P2"}, {"WWPR", "P1"}, {"WOPR", "P1"}}, 6,
+        6);
+    c.read(1);
+    EXPECT_EQ(c.response.wellNames, (std::vector<std::string>{"P2", "P1"}));
+    EXPECT_EQ(*responseOf(c.response, response::WWPR, 1), std::vector<double>{1.5});
+    EXPECT_EQ(*responseOf(c.response, response::WOPR, 1), std::vector<double>{3.5});
+    EXPECT_EQ(*responseOf(c.response, response::WOPR, 2), std::vector<double>{2.5});  // the first of two
+    EXPECT_EQ(*responseOf(c.response, response::WWPR, 2), std::vector<double>{4.5});
+}
+
+TEST(ForeignSummary, StepWithoutParamsAddsNone) {
+    ResponseCase c;
+    c.addWell("P1", "prd");
+    writeForeign(c, {{"TIME", ""}, {"WOPR", "P1"}}, 2, 2);
+    RecordWriter writer;
+    ASSERT_EQ(open_write(c.path(".S0002"), writer), 0);
+    write_keyword<std::int32_t>(writer, "SEQHDR", 1, [](std::size_t) { return 7; });
+    close(writer);
+    c.read(1);
+    EXPECT_EQ(c.response.time, std::vector<double>{0.5});
+    EXPECT_EQ(*responseOf(c.response, response::WOPR, 1), std::vector<double>{1.5});
+}
+
+TEST(ForeignSummary, MayHaveItsKeywordsShiftedInTheirFields) {
+    ResponseCase c;
+    c.addWell("P1", "prd");
+    writeForeign(c, {{"  TIME", ""}, {" WOPR", " P1"}}, 2, 2);
+    c.read(1);
+    EXPECT_EQ(c.response.time, std::vector<double>{0.5});
+    EXPECT_EQ(*responseOf(c.response, response::WOPR, 1), std::vector<double>{1.5});
 }
 
 TEST(ForeignSummary, CountsTheConnectionsOfEachWell) {

@@ -371,6 +371,25 @@ TEST(InitialArrays, StandAsTheDeckGivesThem) {
     EXPECT_EQ(Bench::timesIn(bench.console.log, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA"), 1);
 }
 
+TEST(InitialArrays, TellOfGasThatTheOilCannotHold) {
+    Bench bench(8000, {20, 20});
+    bench.useGas();
+    samples::fillOdehPvt(bench.tables);
+    finishTables(bench.tables);
+    bench.initial.equilibrationMode = false;
+    bench.initial.initialPressure.assign(2, 1014.7);  // where the oil holds 0.371
+    bench.initial.initialSwat.assign(2, 0.3);
+    bench.initial.initialRs.assign(2, 0.371 / GasRatioFactor);
+    bench.initial.initialRs[2] = 0.5 / GasRatioFactor;
+    bench.initial.swatGiven = bench.initial.rsGiven = true;
+    bench.run();
+    EXPECT_EQ(Bench::timesIn(bench.console.screen, "WARNING :: RS OF 1 CELLS IS MORE THAN THEIR OIL HOLDS"),
+              1);
+    EXPECT_EQ(Bench::timesIn(bench.console.screen, "FIRST: CELL 2 (I 1, J 1, K 2), 0.371 OF 0.5 MSCF/STB"),
+              1);
+    EXPECT_NEAR(bench.state.Rs[2], 0.371 / GasRatioFactor, 1e-8);
+}
+
 TEST(InitialArrays, FillWaterWhereOnlyOilIsGiven) {
     Bench bench(8000, {20});
     bench.initial.equilibrationMode = false;

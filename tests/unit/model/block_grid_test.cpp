@@ -110,6 +110,23 @@ TEST(CornerPointDeck, ReadBackGivesTheSameCorners) {
     std::remove(path.c_str());
 }
 
+TEST(CornerPointDeck, HoldsThisGridWhereColumnsJoin) {
+    EXPECT_EQ(unjoinedPillars(uniformBlocks(3, 2, 2, 100.1, 33.3, 7.7)), 0);
+}
+
+TEST(CornerPointDeck, HoldsAnotherGridWhereColumnsOfBlocksDoNotJoin) {
+    // The second row of cells is wider along x: its columns leave the pillars of the first row behind i = 1.
+    GridModel grid = rockOnly(2, 2, 1);
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        grid.DX[cell] = grid.CellJ[cell] == 1 ? 100.0 : 120.0;
+        grid.DY[cell] = 50.0;
+        grid.DZ[cell] = 10.0;
+        grid.TOPS[cell] = 1000.0;
+    }
+    buildBlockGrid(grid, CubicFeetPerBarrel);
+    EXPECT_EQ(unjoinedPillars(grid), 2);
+}
+
 TEST(CornerPointDeck, HasNoMoreThanSixValuesALine) {
     const GridModel grid = uniformBlocks(3, 2, 1, 100, 50, 10);
     const std::string path = scratchFile();

@@ -1,5 +1,6 @@
 #include "model/smoothing.hpp"
 
+#include "model/rock_properties.hpp"
 #include "unit/model/conditioned.hpp"
 
 #include <gtest/gtest.h>
@@ -39,6 +40,12 @@ TEST(Smoothing, CountsRepeatedNeighboursAsOftenAsTheyStandInTheTable) {
     EXPECT_TRUE(close(result[13], 13.7037037, 1e-8));
     EXPECT_TRUE(close(result[0], 7.5));
     EXPECT_TRUE(close(result[26], 19.3333333, 1e-8));
+}
+
+TEST(Smoothing, KnowsItsPropertiesInAnyCase) {
+    for (const char* name : {"PERMX", "permx", "PermX", " pErMx "})
+        EXPECT_EQ(findRockProperty(name)->name, "PERMX");
+    EXPECT_EQ(findRockProperty("PERM"), nullptr);
 }
 
 TEST(Smoothing, OfNoPassesLeavesTheValues) {

@@ -144,8 +144,9 @@ TEST(RecoveryTable, HasColumnsForWellsThatComeLater) {
     WellRun run;
     run.run.schedule.steps.resize(1);
     for (const char* name : {"INJ", "PROD", "LATE 1"}) {
-        run.run.schedule.steps[0].wells.emplace_back();
-        run.run.schedule.steps[0].wells.back().name = name;
+        ScheduleWell well;
+        well.name = name;
+        run.run.schedule.steps[0].wells.push_back(well);
     }
     run.start();
     run.step(1.0);

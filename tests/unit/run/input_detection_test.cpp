@@ -133,6 +133,14 @@ TEST_F(InputDetection, SplitsATypedPathAtItsLastBackslash) {
     EXPECT_EQ(options.dataFileBase, "C:\\run\\CASE1");
 }
 
+TEST_F(InputDetection, TakesTypedBackslashesForTheSlashesOfAFolderThatExists) {
+    fs::create_directory("sub");
+    make({"sub/CASE1.DATA"});
+    detect("sub\\CASE1\n");
+    EXPECT_EQ(options.workingFolder, "sub/");
+    EXPECT_EQ(options.dataFileBase, "sub/CASE1");
+}
+
 TEST_F(InputDetection, SplitsATypedPathAtItsLastSlash) {
     fs::create_directory("sub");
     make({"sub/CASE1.DATA"});

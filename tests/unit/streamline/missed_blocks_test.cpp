@@ -83,6 +83,21 @@ TEST(MissedBlocks, SpeakTheirStageInOrder) {
     }
 }
 
+TEST(MissedBlocks, TellHowFarTheirLinesAre) {
+    FloodRun run = missedRun(samples::quarterFiveSpot(20, 300.0), 1);
+    run.advance(1);
+    const std::string text = run.quiet.screenText();
+    const std::size_t stage = text.find("-- Saturation calculation from missed blk --");
+    EXPECT_NE(text.find(" Calculation Finished : ", stage), std::string::npos);
+}
+
+TEST(MissedBlocks, LeaveTheLaunchingCellToTheLinesThatStartThere) {
+    const samples::Flow flow = samples::quarterFiveSpot(16, 300.0);
+    FloodRun run = missedRun(flow, 6);
+    run.advance(1);
+    EXPECT_EQ(run.s.mapping.visitedSnapshot[1], 1);  // the injector's
+}
+
 TEST(MissedBlocks, WriteNoCellOfTheSnapshot) {
     // Cells of the launched line alone keep what it gave them.
     const samples::Flow flow = samples::quarterFiveSpot(16, 300.0);

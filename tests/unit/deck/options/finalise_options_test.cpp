@@ -3,6 +3,7 @@
 #include "deck/options/option_section.hpp"
 #include "unit/quiet_console.hpp"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace kvr {
@@ -14,9 +15,10 @@ struct Finished {
         grid.NX = nx;
         grid.NY = ny;
         grid.NZ = nz;
-        grid.Active.assign(nx * ny * nz, 1);
+        grid.NCELLS = nx * ny * nz;
+        grid.Active.assign(grid.NCELLS, 1);
         schedule.steps.resize(1);
-        schedule.steps[0].wells.resize(static_cast<std::size_t>(wells));
+        for (int w = 0; w < wells; ++w) schedule.steps[0].wells.push_back({});
         finaliseOptions(quiet.console, grid, tables, schedule, options);
     }
     [[nodiscard]] bool logged(const std::string& text) const {
@@ -58,6 +60,31 @@ TEST(DefaultLineCount, IsToldOnConsoleAndLog) {
     const Finished run({}, 10, 10, 3, 2);
     EXPECT_TRUE(run.logged("WARNING :: Num of Streamline was 0. Use Default :: 120\n"));
     EXPECT_TRUE(run.shown("WARNING :: Num of Streamline was 0. Use Default :: 120\n"));
+}
+
+TEST(Bounds, OfLinesFollowTheCells) {
+    RunOptions options = given();
+    options.requestedLines = 2'000'000'000;
+    const Finished small(options, 10, 10, 10);
+    EXPECT_EQ(small.options.requestedLines, 100'000);
+    EXPECT_TRUE(small.shown("WARNING :: NUMLINE 2000000000 IS TOO MUCH FOR 1000 CELLS, 100000 IS TAKEN"));
+    EXPECT_EQ(Finished(options, 20, 20, 10).options.requestedLines, 400'000);
+    options.requestedLines = 90'000;
+    EXPECT_EQ(Finished(options, 10, 10, 10).options.requestedLines, 90'000);
+}
+
+TEST(Bounds, OfTheNodeFactorFollowTheWayThroughTheGrid) {
+    RunOptions options = given();
+    options.nodeFactor = 1e30;
+    const Finished run(options, 10, 10, 5);
+    EXPECT_DOUBLE_EQ(run.options.nodeFactor, 4000.0);
+    EXPECT_TRUE(run.shown("WARNING :: SL1DCON: NODE FACTOR 1e+30 IS OUT OF RANGE 0 TO 4000 FOR THIS GRID"));
+    for (const double none : {0.0, -2.0, std::nan("")}) {
+        options.nodeFactor = none;
+        EXPECT_EQ(Finished(options, 10, 10, 5).options.nodeFactor, 1.0);
+    }
+    options.nodeFactor = 2.5;
+    EXPECT_EQ(Finished(options, 10, 10, 5).options.nodeFactor, 2.5);
 }
 
 TEST(FallBacks, GiveCriteriaAndIterationsWithoutConverge) {

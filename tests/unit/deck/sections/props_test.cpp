@@ -333,9 +333,9 @@ TEST(Props, AreCopiedInBothUnitSystemsWhenAsked) {
     bench.units = fieldUnits();
     bench.reader.outputMetric = true;
     bench.read();
-    EXPECT_NE(contentsOf(bench.sinks.fieldCopy).find("PVDO\n1000 1.2 2 /\n2000 1.1 2.5 /\n/\n"),
+    EXPECT_NE(contentsOf(bench.sinks.fieldCopy).find("PVDO\n1000 1.2 2\n2000 1.1 2.5\n/\n"),
               std::string::npos);
-    EXPECT_NE(contentsOf(bench.sinks.metricCopy).find("PVDO\n68.94757 1.2 2 /\n137.89514 1.1 2.5 /\n/\n"),
+    EXPECT_NE(contentsOf(bench.sinks.metricCopy).find("PVDO\n68.94757 1.2 2\n137.89514 1.1 2.5\n/\n"),
               std::string::npos);
 }
 

@@ -181,5 +181,22 @@ TEST(RunspecDeathTest, StopsOnLettersInDimens) {
                 "File TEST.DATA, line 2, keyword DIMENS: \"ten\"");
 }
 
+TEST(Runspec, StopsAtALargeGridThatNoArrayOfTheDeckCouldFill) {
+    const auto read = [](const std::string& dimensions) {
+        RunspecBench bench("OIL\nDIMENS\n" + dimensions + " /\nGRID\nPORO\n2500*0.2 /\n");
+        bench.speakToStandardError();
+        bench.read();
+    };
+    EXPECT_EXIT(read("50 50 100"), testing::ExitedWithCode(1),
+                "ERROR :: DIMENS GIVES 250000 CELLS, THE LARGEST ARRAY OF THE DECK HAS 2500 VALUES\n"
+                ".*line 3, keyword DIMENS");
+}
+
+TEST(Runspec, TakesALargeGridThatARowOfEqualsMayFill) {
+    RunspecBench bench("DIMENS\n50 50 100 /\nGRID\nEQUALS\nPORO 0.2 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.grid.NCELLS, 250000);
+}
+
 }  // namespace
 }  // namespace kvr

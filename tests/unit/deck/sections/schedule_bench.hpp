@@ -25,7 +25,7 @@ struct ScheduleBench {
         closeSchedule(deck.console, schedule);
         buildTimeTables(deck.console, records);
     }
-    const ScheduleWell& well(std::size_t n = 0) const { return schedule.steps.back().wells.at(n); }
+    const ScheduleWell& well(std::size_t n = 0) const { return schedule.steps.back().wells[n]; }
     const ScheduleStep& step() const { return schedule.steps.back(); }
 };
 

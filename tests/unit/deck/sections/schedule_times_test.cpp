@@ -66,6 +66,21 @@ TEST(Tstep, KeepsTheDataOfTheStepThatItClosed) {
     EXPECT_EQ(run.schedule.steps[1].wells.size(), 2U);
 }
 
+TEST(Tstep, HoldsOnceWhatAnEventLeavesAsItWas) {
+    ScheduleBench run(TwoWells +
+                      "COMPDAT\nP1 10 10 1 3 OPEN /\n/\nWCONPROD\nP* OPEN ORAT 100 /\n/\nTSTEP\n10 /\n"
+                      "WCONPROD\nP1 OPEN ORAT 50 /\n/\nTSTEP\n10 /\nCOMPDAT\nP2 1 1 1 1 OPEN /\n/\nTSTEP\n10 /\n");
+    run.readAndClose();
+    const std::vector<ScheduleStep>& steps = run.schedule.steps;
+    EXPECT_EQ(&steps[0].completions.view(), &steps[1].completions.view());
+    EXPECT_NE(&steps[1].completions.view(), &steps[2].completions.view());
+    EXPECT_EQ(steps[1].completions.size(), 1U);
+    EXPECT_EQ(steps[2].completions.size(), 2U);
+    EXPECT_NE(&steps[0].wells[0], &steps[1].wells[0]);
+    EXPECT_EQ(&steps[0].wells[1], &steps[1].wells[1]);
+    EXPECT_EQ(&steps[1].wells[0], &steps[2].wells[0]);
+}
+
 TEST(Tstep, WritesTheListToBothUnitCopies) {
     ScheduleBench run("TSTEP\n2*30.5 /\n");
     run.deck.reader.outputMetric = true;

@@ -62,7 +62,7 @@ struct Assignment {
     ScheduleStep& step() { return schedule.steps.back(); }
     void add(const ScheduleWell& well) {
         step().wells.push_back(well);
-        step().completions.push_back(completion(well.name, 1, 2));
+        step().completions.own().push_back(completion(well.name, 1, 2));
     }
     void assign(int index = 1) { AssignWells(index, console, options, units, schedule, grid, record); }
     Well& well(std::size_t n = 0) { return record.wells[n]; }
@@ -104,7 +104,7 @@ TEST(AssignWells, ListsConnectionsInTheOrderOfTheRows) {
     Assignment run;
     run.step().wells.push_back(producer("P", "ORAT"));
     run.step().completions = {completion("P", 3, 4), completion("P", 1, 1)};
-    run.step().completions[0].skin = 2.0F;
+    run.step().completions.own()[0].skin = 2.0F;
     run.assign();
     ASSERT_EQ(run.well().connections.size(), 3U);
     EXPECT_EQ(run.well().connections[0].ConnCell, 3);
@@ -123,8 +123,8 @@ TEST(AssignWells, LetsALaterRowReplaceACell) {
     Assignment run;
     run.step().wells.push_back(producer("P", "ORAT"));
     run.step().completions = {completion("P", 1, 3), completion("P", 2, 2), completion("P", 3, 3)};
-    run.step().completions[1].status = "SHUT";
-    run.step().completions[2].transFactor = 5.0;
+    run.step().completions.own()[1].status = "SHUT";
+    run.step().completions.own()[2].transFactor = 5.0;
     run.assign();
     ASSERT_EQ(run.well().connections.size(), 2U);
     EXPECT_EQ(run.well().connections[0].ConnCell, 1);
@@ -135,12 +135,12 @@ TEST(AssignWells, LetsALaterRowReplaceACell) {
 TEST(AssignWells, KeepsShutWellsOnTheList) {
     Assignment run;
     for (const char* name : {"STATUS", "NORATE", "NOWORD", "CLOSED", "NEW"}) run.add(producer(name, "ORAT"));
-    run.step().wells[0].status = "STOP";
-    run.step().wells[1].prodOil = 0.0;
-    run.step().wells[2].status = "SHUT";
-    run.step().wells[2].control = "";
-    run.step().completions[3].status = "SHUT";
-    run.step().wells[4].hasControl = false;
+    run.step().wells.own(0).status = "STOP";
+    run.step().wells.own(1).prodOil = 0.0;
+    run.step().wells.own(2).status = "SHUT";
+    run.step().wells.own(2).control = "";
+    run.step().completions.own()[3].status = "SHUT";
+    run.step().wells.own(4).hasControl = false;
     run.assign();
     ASSERT_EQ(run.record.wells.size(), 5U);
     for (std::size_t n = 0; n < 5; ++n) EXPECT_TRUE(run.well(n).shut) << run.well(n).WellName;
@@ -228,7 +228,7 @@ TEST(AssignWellsDeathTest, StopsOnAnUnknownProducerControl) {
 TEST(AssignWellsDeathTest, StopsOnAnUnknownInjectorControl) {
     Assignment run;
     run.add(injector("I", "WATER"));
-    run.step().wells[0].control = "RESV";
+    run.step().wells.own(0).control = "RESV";
     EXPECT_EXIT(assignToStandardError(run), ::testing::ExitedWithCode(1), "Invalid injector control type\n");
     EXPECT_EXIT(assignLogToStandardError(run), ::testing::ExitedWithCode(1),
                 "INVALID INJECTOR CONTROL TYPE\\.");
@@ -237,7 +237,7 @@ TEST(AssignWellsDeathTest, StopsOnAnUnknownInjectorControl) {
 TEST(AssignWellsDeathTest, StopsOnABoreWithoutRadius) {
     Assignment run;
     run.add(producer("P", "ORAT"));
-    run.step().completions[0].diameter = 0.0;
+    run.step().completions.own()[0].diameter = 0.0;
     EXPECT_EXIT(assignToStandardError(run), ::testing::ExitedWithCode(1),
                 "ERROR :: Invailed Well Input Data \\(Location\\)\nWell P: I 1, J 1, K 1 to 2, "
                 "diameter 0 ft in a grid of 1 by 1 by 4 cells\nFile ECLIPSE.DATA, line 77");
@@ -251,10 +251,10 @@ TEST(AssignWellsDeathTest, StopsOnAWellOutsideTheGrid) {
                               Place{1, 0, 0, 1}, Place{1, 0, 1, 5}, Place{1, 0, 1, 2000000000}}) {
         Assignment run;
         run.add(producer("P", "ORAT"));
-        run.step().wells[0].headI = place.headI;
-        run.step().completions[0].i = place.i;
-        run.step().completions[0].k1 = place.k1;
-        run.step().completions[0].k2 = place.k2;
+        run.step().wells.own(0).headI = place.headI;
+        run.step().completions.own()[0].i = place.i;
+        run.step().completions.own()[0].k1 = place.k1;
+        run.step().completions.own()[0].k2 = place.k2;
         EXPECT_EXIT(assignToStandardError(run), ::testing::ExitedWithCode(1),
                     "ERROR :: Invailed Well Input Data \\(Location\\)\nWell P: ");
     }
