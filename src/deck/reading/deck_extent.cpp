@@ -79,7 +79,7 @@ void countText(const DeckCursor& deck, Extent& extent) {
     std::int64_t values = 0;
     while (!rest.empty()) {
         const std::size_t length = std::min(rest.find('\n'), rest.size() - 1) + 1;
-        const std::string_view line = trimLeft(rest.substr(0, length));
+        const std::string_view line = trimLeft(rest.substr(0, rest.find('\n')));
         rest.remove_prefix(length);
         if (line.empty() || line.front() < 'A' || line.front() > 'Z') {
             countLine(line, values, extent);

@@ -122,8 +122,8 @@ struct TwoWells {
         Well& injector = c.addWell("I1", "inj");
         injector.WellQw = 500.0;
         injector.Bhp = 5000.0;
-        entry.wells.push_back({});
-        entry.wells.push_back({});
+        const ScheduleWell blank;
+        for (int w = 0; w < 2; ++w) entry.wells.push_back(blank);
         entry.wells.own(0).histOil = 250.0;
         entry.wells.own(0).histWater = 50.0;
         entry.wells.own(0).histGas = 356215.2346;

@@ -18,7 +18,8 @@ struct Finished {
         grid.NCELLS = nx * ny * nz;
         grid.Active.assign(grid.NCELLS, 1);
         schedule.steps.resize(1);
-        for (int w = 0; w < wells; ++w) schedule.steps[0].wells.push_back({});
+        const ScheduleWell well;
+        for (int w = 0; w < wells; ++w) schedule.steps[0].wells.push_back(well);
         finaliseOptions(quiet.console, grid, tables, schedule, options);
     }
     [[nodiscard]] bool logged(const std::string& text) const {

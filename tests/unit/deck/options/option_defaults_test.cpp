@@ -123,7 +123,8 @@ struct Section {
         grid.Active.assign(300, 1);
         Schedule schedule;
         schedule.steps.resize(1);
-        schedule.steps[0].wells.resize(2);
+        const ScheduleWell well;
+        for (int w = 0; w < 2; ++w) schedule.steps[0].wells.push_back(well);
         finaliseOptions(quiet.console, grid, {}, schedule, options);
     }
     QuietConsole quiet;

@@ -103,7 +103,7 @@ TEST(AssignWells, TakesTheInjectedFluidFromItsFirstLetter) {
 TEST(AssignWells, ListsConnectionsInTheOrderOfTheRows) {
     Assignment run;
     run.step().wells.push_back(producer("P", "ORAT"));
-    run.step().completions = {completion("P", 3, 4), completion("P", 1, 1)};
+    run.step().completions.own() = {completion("P", 3, 4), completion("P", 1, 1)};
     run.step().completions.own()[0].skin = 2.0F;
     run.assign();
     ASSERT_EQ(run.well().connections.size(), 3U);
@@ -122,7 +122,7 @@ TEST(AssignWells, ListsConnectionsInTheOrderOfTheRows) {
 TEST(AssignWells, LetsALaterRowReplaceACell) {
     Assignment run;
     run.step().wells.push_back(producer("P", "ORAT"));
-    run.step().completions = {completion("P", 1, 3), completion("P", 2, 2), completion("P", 3, 3)};
+    run.step().completions.own() = {completion("P", 1, 3), completion("P", 2, 2), completion("P", 3, 3)};
     run.step().completions.own()[1].status = "SHUT";
     run.step().completions.own()[2].transFactor = 5.0;
     run.assign();
