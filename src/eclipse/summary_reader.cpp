@@ -68,9 +68,9 @@ int slotOf(const std::string& well, std::span<const std::string> wells, SummaryR
 
 /// Adds the vectors of one place in the summary index to the plan.
 void planPlace(const Console& console, const SummarySpec& spec,
-               const std::vector<ResponseMnemonic>& mnemonics, std::span<const std::string> wells, std::size_t place,
-               std::set<std::pair<int, int>>& used, std::map<std::string, int>& connections,
-               SummaryPlan& plan, SummaryResponse& response) {
+               const std::vector<ResponseMnemonic>& mnemonics, std::span<const std::string> wells,
+               std::size_t place, std::set<std::pair<int, int>>& used,
+               std::map<std::string, int>& connections, SummaryPlan& plan, SummaryResponse& response) {
     const std::string keyword = padded(nameOf(spec.keywords[place]), TimeKeyword.size());
     for (const ResponseMnemonic& mnemonic : mnemonics) {
         if (keyword != mnemonic.name) continue;
@@ -157,8 +157,8 @@ ReadResult readSummarySpec(const Console& console, RecordReader& reader, Summary
     return ReadResult::Ok;
 }
 
-SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount, std::span<const std::string> wells,
-                         SummaryResponse& response) {
+SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount,
+                         std::span<const std::string> wells, SummaryResponse& response) {
     const std::vector<ResponseMnemonic> mnemonics = responseMnemonics(componentCount);
     std::set<std::pair<int, int>> used;  // mnemonic and slot
     std::map<std::string, int> connections;

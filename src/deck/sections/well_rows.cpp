@@ -24,9 +24,11 @@ std::string wellName(const std::string& text) {
     return std::string(trim(trim(text).substr(0, WellNameLength)));
 }
 
-/// The place of the well with this name among those of the step; their number where there is none. Rows mostly
-/// name wells in the order of their introduction: the search goes on behind the last one.
-static std::size_t placeOfWell(ScheduleStep& step, const std::string& name) {
+namespace {
+
+/// The place of the well with this name among those of the step; their number where there is none. Rows
+/// mostly name wells in the order of their introduction: the search goes on behind the last one.
+std::size_t placeOfWell(ScheduleStep& step, const std::string& name) {
     const std::size_t count = step.wells.size();
     for (std::size_t n = 0; n < count; ++n) {
         const std::size_t w = (step.searchFrom + n) % count;
@@ -36,6 +38,8 @@ static std::size_t placeOfWell(ScheduleStep& step, const std::string& name) {
     }
     return count;
 }
+
+}  // namespace
 
 const ScheduleWell* findWell(ScheduleStep& step, const std::string& name) {
     const std::size_t w = placeOfWell(step, name);

@@ -8,8 +8,9 @@ namespace {
 TEST(FindWell, FindsEveryWellInWhateverOrderTheyAreNamed) {
     ScheduleStep step;
     for (const char* name : {"A", "B", "C", "D"}) {
-        step.wells.emplace_back();
-        step.wells.back().name = name;
+        ScheduleWell well;
+        well.name = name;
+        step.wells.push_back(well);
     }
     for (const char* name : {"A", "B", "D", "C", "A", "A", "D", "B"}) {
         const ScheduleWell* found = findWell(step, name);
@@ -17,10 +18,10 @@ TEST(FindWell, FindsEveryWellInWhateverOrderTheyAreNamed) {
         EXPECT_EQ(found->name, name);
         EXPECT_EQ(findWell(step, "NONE"), nullptr);
     }
-    step.wells.resize(1);
+    step.wells.held.resize(1);
     EXPECT_EQ(findWell(step, "D"), nullptr);
     EXPECT_NE(findWell(step, "A"), nullptr);
-    step.wells.clear();
+    step.wells.held.clear();
     EXPECT_EQ(findWell(step, "A"), nullptr);
 }
 
