@@ -38,8 +38,7 @@ struct SummaryPlan {
 /// `wells`; others, and a second vector of the same mnemonic and name, are passed over. Those of connections
 /// are taken all.
 SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int componentCount,
-                         std::span<const std::string> wells,
-                         SummaryResponse& response);
+                         std::span<const std::string> wells, SummaryResponse& response);
 
 /// Whether the PARAMS of a step had the length that the index gives.
 enum class StepFit { Fits, OtherLength };
