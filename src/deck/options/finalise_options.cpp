@@ -19,7 +19,7 @@ constexpr double EnoughLines = 500.0;        // more than these, ...
 constexpr double ActiveCellsPerLine = 16.0;  // ... or one for so many active cells, tell nothing new
 
 constexpr long long LinesPerCell = 100;  // bounds of NUMLINE
-constexpr long long LeastLineBound = 100'000;
+constexpr long long LeastLineBound = 10'000;
 constexpr long long MostLaunchedLines = 50'000'000;
 constexpr double NodesPerLine = 100'000.0;  // bounds of the node factor
 constexpr double LeastFactorBound = 10.0;
