@@ -65,7 +65,7 @@ struct RunOptions {
     std::string deckFile;          // path of a deck named on the command line
     std::string deckFolder;        // of the deck and its INCLUDE files; ends with its separator
     std::string outputPrefix;      // stands for KVR in the names of files; empty: they have their own names
-    bool checkOnly = false;        // nothing is run or written
+    bool checkOnly = false;        // --check: as NOSIM, and nothing is written
     bool ixExtract = false;
 
     // --- numerical method --------------------------------------------------------------------
@@ -228,6 +228,11 @@ inline const std::string& solverPhase(const RunOptions& options, int index) {
 /// Methods without lines have, whatever the word.
 inline bool isAnalyticalPhase(const RunOptions& options, int index) {
     return options.method == "streamline" && solverPhase(options, index) == "btf";
+}
+
+/// The deck is read and checked alone, by the command line or by NOSIM.
+inline bool runsNothing(const RunOptions& options) {
+    return options.checkOnly || options.noSimulation;
 }
 
 inline bool isDualPorosity(const RunOptions& options) {

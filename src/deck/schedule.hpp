@@ -2,6 +2,7 @@
 
 #include "base/deck_place.hpp"
 #include "base/shared_list.hpp"
+#include "model/grid.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -53,7 +54,8 @@ struct ScheduleWell {
     std::string status = "OPEN";
     std::string control;  // as in the deck; blank: no control given yet
     bool isInjector = false;
-    bool hasControl = false;  // a control keyword has named this well
+    bool hasControl = false;   // a control keyword has named this well
+    bool holdsLimits = false;  // rates beside the control are limits; those of history keywords are not
 
     double histOil = 0.0;
     double histWater = 0.0;
@@ -85,6 +87,7 @@ struct ScheduleWell {
     double efficiency = 1.0;                      // WEFAC: share of the time that the well is on
     EconomicLimits limits;
     int openings = 0;  // how often the deck has set the status: a well that was shut by a limit opens anew
+    int connectionOpenings = 0;  // the same of single connections
 };
 
 /// One COMPDAT or WELSPEC row.
@@ -118,6 +121,7 @@ struct ScheduleStep {
     int cumulativeSteps = 0;
     std::size_t searchFrom = 0;  // place in wells behind the one that a row named last
     double mostRsRise = std::numeric_limits<double>::infinity();  // DRSDT: of Rs a day
+    std::vector<FaultMultiplier> faultMultipliers;                // MULTFLT of this step alone
 };
 
 /// Composition of an injected stream, WELLSTRE.

@@ -19,7 +19,39 @@ constexpr EqualsArray EqualsArrays[] = {
 
 constexpr std::string_view CopyArrays[] = {"PERMX", "PERMY", "PERMZ"};
 
+constexpr ArithmeticArray ArithmeticArrays[] = {
+    {"PERMX", &GridModel::PERMX}, {"PERMY", &GridModel::PERMY}, {"PERMZ", &GridModel::PERMZ},
+    {"PORO", &GridModel::PORO},   {"NTG", &GridModel::NTG},     {"MULTPV", &GridModel::MULTPV},
+};
+
+template <class Visit>
+void forEachCellOf(const GridModel& grid, const ArithmeticRow& row, Visit visit) {
+    if (row.region < 1) return forEachCell(grid, row.box, visit);
+    const CellArray<int>& numbers = regionNumbers(grid, row.regionSet);
+    for (CellId cell = 1; cell <= numbers.count(); ++cell)
+        if (numbers[cell] == row.region) visit(cell);
+}
+
+/// A row of ADD or for a region.
+void applyFurther(GridModel& grid, const ArithmeticRow& row) {
+    const ArithmeticArray* known = findArithmeticArray(row.name);
+    if (known == nullptr) return;
+    CellArray<double>& array = grid.*known->array;
+    if (array.empty()) array.assign(grid.NCELLS, 1.0);  // multipliers that no keyword has given yet
+    forEachCellOf(grid, row, [&](CellId cell) {
+        if (row.action == RowAction::Add)
+            array[cell] += row.value;
+        else
+            array[cell] = row.action == RowAction::Set ? row.value : array[cell] * row.value;
+    });
+}
+
+bool isFurther(const ArithmeticRow& row) {
+    return row.region > 0 || row.action == RowAction::Add;
+}
+
 void applyEquals(GridModel& grid, const ArithmeticRow& row) {
+    if (isFurther(row)) return applyFurther(grid, row);
     const EqualsArray* known = findEqualsArray(row.name);
     if (known == nullptr) return;
     CellArray<double>& array = grid.*known->array;
@@ -33,6 +65,7 @@ void applyCopy(GridModel& grid, const ArithmeticRow& row) {
 }
 
 void applyMultiply(GridModel& grid, const ArithmeticRow& row) {
+    if (isFurther(row)) return applyFurther(grid, row);
     const MultiplierKeyword* keyword = findMultiplier(row.name);
     if (keyword != nullptr && keyword->target == MultiplierTarget::RockArray)
         multiplyRock(grid, *keyword, row);
@@ -45,6 +78,19 @@ const EqualsArray* findEqualsArray(std::string_view name) {
     for (const EqualsArray& known : EqualsArrays)
         if (matchesInThreeForms(word, known.name)) return &known;
     return nullptr;
+}
+
+const ArithmeticArray* findArithmeticArray(std::string_view name) {
+    const std::string_view word = trim(name);
+    for (const ArithmeticArray& known : ArithmeticArrays)
+        if (matchesInThreeForms(word, known.name)) return &known;
+    return nullptr;
+}
+
+const CellArray<int>& regionNumbers(const GridModel& grid, RegionSet set) {
+    if (set == RegionSet::Flux) return grid.FLUXNUM;
+    if (set == RegionSet::Oper) return grid.OPERNUM;
+    return set == RegionSet::Default && grid.MULTNUM.empty() ? grid.FLUXNUM : grid.MULTNUM;
 }
 
 CellArray<double> GridModel::*findCopyArray(std::string_view name) {

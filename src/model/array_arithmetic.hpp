@@ -18,6 +18,16 @@ const EqualsArray* findEqualsArray(std::string_view name);
 /// Arrays that COPY knows, as source and as target; nullptr for any other word.
 CellArray<double> GridModel::*findCopyArray(std::string_view name);
 
+/// Arrays that ADD, MULTIREG, EQUALREG and ADDREG know.
+struct ArithmeticArray {
+    std::string_view name;
+    CellArray<double> GridModel::*array;
+};
+const ArithmeticArray* findArithmeticArray(std::string_view name);
+
+/// The numbering of cells that a row for a region means; empty where the deck has not given it.
+const CellArray<int>& regionNumbers(const GridModel& grid, RegionSet set);
+
 /// Copy rows that are applied, whatever number is stored.
 inline constexpr std::size_t AppliedCopyRows = 100;
 
@@ -29,9 +39,10 @@ struct ArithmeticStart {
 };
 ArithmeticStart arithmeticRowsSoFar(const GridModel& grid);
 
-/// Applies the stored rows on arrays: first every EQUALS row, then the COPY rows over whole arrays whatever
-/// box they carry, then every MULTIPLY row, each list in deck order. The order of the three is fixed, not the
-/// deck's. Rows on Trans stay for conditioning; rows with other names do nothing.
+/// Applies the stored rows on arrays: first those of EQUALS and EQUALREG, then the COPY rows over whole
+/// arrays whatever box they carry, then those of MULTIPLY, ADD, MULTIREG and ADDREG, each list in deck order.
+/// The order of the three is fixed, not the deck's. Rows on Trans stay for conditioning; rows with other
+/// names do nothing.
 void applyArithmetic(GridModel& grid, const ArithmeticStart& start);
 
 }  // namespace kvr

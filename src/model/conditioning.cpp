@@ -77,10 +77,18 @@ std::span<const ArithmeticRow> usedRows(const std::vector<ArithmeticRow>& rows) 
     return {rows.begin(), end};
 }
 
-/// Rock rows of EDIT: once per run, since the arrays keep the result.
+/// MULTPV acts on PORO, as PORV of EDIT does; the checks of porosity lie behind.
+void multiplyPoreVolumes(const Console& console, GridModel& grid) {
+    if (grid.MULTPV.empty()) return;
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) grid.PORO[cell] *= grid.MULTPV[cell];
+    lineToBoth(console, " Pore volumes multiplied by MULTPV");
+}
+
+/// MULTPV and rock rows of EDIT: once per run, since the arrays keep the result.
 void editRock(const Console& console, GridModel& grid) {
     if (grid.editRockApplied) return;
     grid.editRockApplied = true;
+    multiplyPoreVolumes(console, grid);
     for (const ArithmeticRow& row : usedRows(grid.editRows)) {
         const MultiplierKeyword* keyword = findMultiplier(row.name);
         if (keyword == nullptr) {
@@ -97,7 +105,7 @@ void multiplyTransRows(const Console& console, const GridModel& grid, const std:
                        ConnectionTable& connections) {
     for (const ArithmeticRow& row : usedRows(rows)) {
         const MultiplierKeyword* keyword = findMultiplier(row.name);
-        if (keyword == nullptr || keyword->target != MultiplierTarget::Trans) continue;
+        if (keyword == nullptr || keyword->target != MultiplierTarget::Trans || row.region > 0) continue;
         multiplyTrans(grid, *keyword, row, connections);
         reportRow(console, row, keyword->report);
     }

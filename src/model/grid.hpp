@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "base/deck_place.hpp"
 
 #include <array>
 #include <cstdint>
@@ -14,17 +15,29 @@ struct CellBox {
     int i1 = 0, i2 = 0, j1 = 0, j2 = 0, k1 = 0, k2 = 0;
 };
 
-/// One row of EQUALS (value), COPY (secondName) or MULTIPLY (value is the factor).
+/// What a row of array arithmetic does with its value.
+enum class RowAction : std::uint8_t { Set, Multiply, Add };
+
+/// Numbering of cells that MULTIREG, EQUALREG and ADDREG mean. Default: MULTNUM where it is given, else
+/// FLUXNUM.
+enum class RegionSet : std::uint8_t { Default, Mult, Flux, Oper };
+
+/// One row of EQUALS (value), COPY (secondName), MULTIPLY (value is the factor), ADD, or of their forms for
+/// regions.
 struct ArithmeticRow {
     std::string name;        // up to 8 characters, as in the deck
     std::string secondName;  // COPY target
     double value = 0.0;
     CellBox box;
+    RowAction action = RowAction::Multiply;  // of the rows behind COPY
+    RegionSet regionSet = RegionSet::Default;
+    int region = 0;  // above 0: the cells with this number in place of the box
+    DeckPlace place;
 };
 
 /// One row of FAULTS: the faces on one side of a box of cells.
 struct FaultFaces {
-    std::string fault;  // up to 8 characters
+    std::string fault;
     CellBox box;
     int face = 0;  // 1..6, low x .. high z
 };
@@ -67,18 +80,20 @@ struct GridModel {
     CellArray<int> PVTNUM;      // region of fluid and rock tables, 1-based; empty: 1 everywhere
     CellArray<int> EQLNUM;      // region of equilibrium, 1-based; empty: 1 everywhere
     CellArray<int> FIPNUM;      // region of the balance, 1-based; empty: the deck asks for none
+    CellArray<int> MULTNUM, FLUXNUM, OPERNUM;  // regions of array arithmetic; empty: not given
     std::array<double, 6> mapAxes{};
 
     // What the GRID and EDIT sections leave for conditioning.
-    std::vector<ArithmeticRow> equalsRows;    // GRID EQUALS
+    std::vector<ArithmeticRow> equalsRows;    // GRID EQUALS, EQUALREG
     std::vector<ArithmeticRow> copyRows;      // GRID COPY
-    std::vector<ArithmeticRow> multiplyRows;  // GRID MULTIPLY
+    std::vector<ArithmeticRow> multiplyRows;  // GRID MULTIPLY, ADD, MULTIREG, ADDREG
     std::vector<ArithmeticRow> editRows;      // EDIT MULTIPLY
     // MULTX-, MULTX .. MULTZ- , MULTZ at [face - 1]: of the connection through that face; empty: 1
     std::array<CellArray<double>, 6> faceMultiplier;
+    CellArray<double> MULTPV;  // of pore volumes; empty: 1
     std::vector<FaultFaces> faultFaces;
     std::vector<FaultMultiplier> faultMultipliers;
-    bool editRockApplied = false;   // EDIT rows on rock arrays have been applied in this run
+    bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run
     bool smoothingApplied = false;  // SMTHPRM rows have been applied in this run
     UpscaledRock upscaled;
     bool blockInput = false;       // DX.., DXV.. and TOPS gave the geometry

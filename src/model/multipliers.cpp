@@ -68,7 +68,13 @@ long long multiplyFaces(const GridModel& grid, ConnectionTable& connections) {
         for (CellId cell = 1; cell <= factors.count(); ++cell)
             if (factors[cell] != 1.0 && multiplyConnection(cell, face, factors[cell], connections)) ++count;
     }
-    for (const FaultMultiplier& fault : grid.faultMultipliers)
+    return count + multiplyFaults(grid, grid.faultMultipliers, connections);
+}
+
+long long multiplyFaults(const GridModel& grid, std::span<const FaultMultiplier> factors,
+                         ConnectionTable& connections) {
+    long long count = 0;
+    for (const FaultMultiplier& fault : factors)
         for (const FaultFaces& row : grid.faultFaces) {
             if (row.fault != fault.fault) continue;
             forEachCell(grid, row.box, [&](CellId cell) {

@@ -40,4 +40,8 @@ void multiplyTrans(const GridModel& grid, const MultiplierKeyword& keyword, cons
 /// both sides. Returns how many connections were multiplied.
 long long multiplyFaces(const GridModel& grid, ConnectionTable& connections);
 
+/// The same by the factors of faults alone, on top of what the connections are.
+long long multiplyFaults(const GridModel& grid, std::span<const FaultMultiplier> factors,
+                         ConnectionTable& connections);
+
 }  // namespace kvr

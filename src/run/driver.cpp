@@ -82,6 +82,7 @@ void wellEvent(Simulation& simulation) {
     if (!snapTo(tableTime(simulation.schedule.wellEventTime, clock.wellChangeIndex + 2), clock.time)) return;
     clock.wellChangeIndex += 1;
     printWellBanner(simulation.console);
+    applyFaultMultipliers(clock.wellChangeIndex + 1, simulation);
     rebuildWells(clock.wellChangeIndex + 1, simulation);
     clock.stepsSinceEvent = 0;
 }
@@ -173,17 +174,23 @@ void finishRun(Simulation& simulation, std::string_view ending) {
     closeFiles(simulation);
 }
 
+/// NOSIM and the check of the command line end here; only NOSIM has files to leave.
+int finishCheck(Simulation& simulation) {
+    if (simulation.options.checkOnly) {
+        tellMessages(simulation);
+        return 0;
+    }
+    lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
+    finishRun(simulation, "read and checked, nothing is run (NOSIM)");
+    return 0;
+}
+
 }  // namespace
 
 int runSimulation(Simulation& simulation) {
     connectConsole(simulation);
     startUp(simulation);
-    if (simulation.options.checkOnly) return 0;
-    if (simulation.options.noSimulation) {
-        lineToBoth(simulation.console, "NOSIM :: THE DECK HAS BEEN READ AND CHECKED, NOTHING IS RUN");
-        finishRun(simulation, "read and checked, nothing is run (NOSIM)");
-        return 0;
-    }
+    if (runsNothing(simulation.options)) return finishCheck(simulation);
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {

@@ -9,6 +9,7 @@
 #include "fluid/equilibrium.hpp"
 #include "implicit/fully_implicit.hpp"
 #include "model/conditioning.hpp"
+#include "model/multipliers.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -166,6 +167,15 @@ void rebuildWells(int entry, Simulation& simulation) {
     simulation.pressure.fieldStands = false;
 }
 
+void applyFaultMultipliers(int entry, Simulation& simulation) {
+    const auto place = static_cast<std::size_t>(entry) - 1;
+    if (place >= simulation.schedule.steps.size()) return;
+    const std::vector<FaultMultiplier>& factors = simulation.schedule.steps[place].faultMultipliers;
+    if (factors.empty()) return;
+    const long long faces = multiplyFaults(simulation.grid, factors, simulation.connections);
+    both(simulation.console, " Connections multiplied by MULTFLT: {}", faces);
+}
+
 void startUp(Simulation& simulation) {
     printProgramBanner(simulation.console);
     flushDenormalsInAllThreads();
@@ -181,8 +191,9 @@ void startUp(Simulation& simulation) {
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
                      simulation.velocity);
     conditionGeometry(simulation);
+    applyFaultMultipliers(1, simulation);
     tellDeckSummary(simulation);
-    if (simulation.options.checkOnly) return tellMessages(simulation);
+    if (simulation.options.checkOnly) return;
     if (simulation.options.method == "FIM") {
         simulation.options.globalIterations =
             0;  // its step has nothing to repeat: each pass would be a further step

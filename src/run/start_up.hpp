@@ -11,4 +11,8 @@ void startUp(Simulation& simulation);
 /// Wells of schedule step `entry` (1-based) with everything that is derived from them.
 void rebuildWells(int entry, Simulation& simulation);
 
+/// Connections through the faults that MULTFLT of schedule step `entry` (1-based) names, on top of what they
+/// are. Once per entry, before its wells.
+void applyFaultMultipliers(int entry, Simulation& simulation);
+
 }  // namespace kvr

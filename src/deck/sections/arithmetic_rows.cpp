@@ -4,6 +4,7 @@
 #include "deck/reading/unit_copies.hpp"
 #include "model/array_arithmetic.hpp"
 #include "model/cell_box.hpp"
+#include "model/multipliers.hpp"
 
 #include <array>
 
@@ -22,9 +23,16 @@ bool isOpen(const CellBox& b) {
     return b.i1 == 0 && b.i2 == 0 && b.j1 == 0 && b.j2 == 0 && b.k1 == 0 && b.k2 == 0;
 }
 
+/// From the deck's unit to the other system's, of what a row sets.
+double copyFactorOf(const SectionReader& reader, std::string_view name) {
+    if (reader.keyword != "EQUALS") return 1.0;
+    if (matchesInThreeForms(trim(name), "PRESSURE")) return reader.units->copyPressure;
+    const EqualsArray* known = findEqualsArray(name);
+    return known != nullptr && known->isLength ? reader.units->copyLength : 1.0;
+}
+
 void copyBoxRow(const SectionReader& reader, const ArithmeticRow& row) {
-    const EqualsArray* known = reader.keyword == "EQUALS" ? findEqualsArray(row.name) : nullptr;
-    const double factor = known != nullptr && known->isLength ? reader.units->copyLength : 1.0;
+    const double factor = copyFactorOf(reader, row.name);
     const CellBox& b = row.box;
     if (isOpen(b)) return copyRow(reader, {{0.0, 1.0, row.name}, {row.value, factor, {}}});
     copyRow(reader, {{0.0, 1.0, row.name},

@@ -27,7 +27,11 @@ void readMultiply(SectionReader& reader, GridModel& grid) {
 }
 
 void readFaultMultiplierRows(SectionReader& reader, GridModel& grid) {
-    readFaultMultipliers(reader, FaultMeans::Multiply, grid);
+    readFaultMultipliers(reader, FaultMeans::Multiply, grid, grid.faultMultipliers);
+}
+
+void readMultpv(SectionReader& reader, GridModel& grid) {
+    readPoreVolumeMultiplier(reader, grid);
 }
 
 constexpr std::array Keywords = {
@@ -35,6 +39,7 @@ constexpr std::array Keywords = {
     KeywordRow<GridModel>{"MULTIPLY", readMultiply,
                           "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
     KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
+    KeywordRow<GridModel>{"MULTPV", readMultpv, "as in `GRID`, in place of what stands there"},
 };
 
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at EDIT section",

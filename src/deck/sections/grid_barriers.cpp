@@ -13,8 +13,6 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t NameWidth = 8;
-
 struct FaceWord {
     std::string_view word;
     int face;
@@ -24,11 +22,33 @@ constexpr FaceWord FaceWords[] = {
     {"J+", 4}, {"Y-", 3}, {"J-", 3}, {"Z", 6},  {"Z+", 6}, {"K", 6},  {"K+", 6}, {"Z-", 5}, {"K-", 5},
 };
 constexpr FaceWord MinusArrays[] = {{"MULTX-", 1}, {"MULTY-", 3}, {"MULTZ-", 5}};
+constexpr std::string_view PoreVolumeArray = "MULTPV";
 
-CellArray<double>& factorsOf(GridModel& grid, int face) {
-    CellArray<double>& factors = grid.faceMultiplier[static_cast<std::size_t>(face) - 1];
+CellArray<double>& sized(const GridModel& grid, CellArray<double>& factors) {
     if (factors.empty()) factors.assign(grid.NCELLS, 1.0);
     return factors;
+}
+
+CellArray<double>& factorsOf(GridModel& grid, int face) {
+    return sized(grid, grid.faceMultiplier[static_cast<std::size_t>(face) - 1]);
+}
+
+/// The factors that a row of EQUALS or MULTIPLY names; null for any other name.
+CellArray<double>* namedFactors(std::string_view name, GridModel& grid) {
+    if (matchesInThreeForms(name, PoreVolumeArray)) return &sized(grid, grid.MULTPV);
+    for (const FaceWord& known : MinusArrays)
+        if (matchesInThreeForms(name, known.word)) return &factorsOf(grid, known.face);
+    return nullptr;
+}
+
+/// Factors of one value per cell, those below 0 told and taken for none.
+void readFactors(SectionReader& reader, std::span<double> factors) {
+    readCellArray(reader, factors);
+    const auto isBad = [](double value) { return !(value >= 0.0); };
+    const auto bad = std::count_if(factors.begin(), factors.end(), isBad);
+    if (bad == 0) return;
+    std::replace_if(factors.begin(), factors.end(), isBad, 1.0);
+    warnHere(reader, "WARNING :: {} MULTIPLIERS BELOW ZERO, SET TO 1", bad);
 }
 
 int faceOf(const SectionReader& reader, const std::string& word) {
@@ -40,7 +60,7 @@ int faceOf(const SectionReader& reader, const std::string& word) {
 }
 
 std::string faultName(const std::string& text) {
-    return std::string(trim(trim(text).substr(0, NameWidth)));
+    return std::string(trim(text));
 }
 
 bool isNamed(const std::string& fault, const std::string& name) {
@@ -57,13 +77,14 @@ std::vector<std::string> namedFaults(const GridModel& grid, const std::string& n
     return found;
 }
 
-void keepFactor(const std::string& fault, double value, FaultMeans means, GridModel& grid) {
-    for (FaultMultiplier& known : grid.faultMultipliers)
+void keepFactor(const std::string& fault, double value, FaultMeans means,
+                std::vector<FaultMultiplier>& kept) {
+    for (FaultMultiplier& known : kept)
         if (known.fault == fault) {
             known.value = means == FaultMeans::Replace ? value : known.value * value;
             return;
         }
-    grid.faultMultipliers.push_back({fault, value});
+    kept.push_back({fault, value});
 }
 
 /// A factor below 0 would let fluids run uphill in pressure: it is taken for none.
@@ -78,24 +99,22 @@ double soundFactor(const SectionReader& reader, double value) {
 void readFaceMultiplier(SectionReader& reader, int face, GridModel& grid) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
-    CellArray<double>& factors = factorsOf(grid, face);
-    readCellArray(reader, factors.cells());
-    const auto isBad = [](double value) { return !(value >= 0.0); };
-    const auto bad = std::count_if(factors.cells().begin(), factors.cells().end(), isBad);
-    if (bad == 0) return;
-    std::replace_if(factors.cells().begin(), factors.cells().end(), isBad, 1.0);
-    warnHere(reader, "WARNING :: {} MULTIPLIERS BELOW ZERO, SET TO 1", bad);
+    readFactors(reader, factorsOf(grid, face).cells());
 }
 
-bool setFaceMultiplier(const ArithmeticRow& row, bool multiplies, GridModel& grid) {
-    for (const FaceWord& known : MinusArrays) {
-        if (!matchesInThreeForms(trim(row.name), known.word)) continue;
-        CellArray<double>& factors = factorsOf(grid, known.face);
-        forEachCell(grid, row.box,
-                    [&](CellId cell) { factors[cell] = multiplies ? factors[cell] * row.value : row.value; });
-        return true;
-    }
-    return false;
+void readPoreVolumeMultiplier(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    readFactors(reader, sized(grid, grid.MULTPV).cells());
+}
+
+bool setFactors(const ArithmeticRow& row, bool multiplies, GridModel& grid) {
+    CellArray<double>* factors = namedFactors(trim(row.name), grid);
+    if (factors == nullptr) return false;
+    forEachCell(grid, row.box, [&](CellId cell) {
+        (*factors)[cell] = multiplies ? (*factors)[cell] * row.value : row.value;
+    });
+    return true;
 }
 
 void readFaults(SectionReader& reader, GridModel& grid) {
@@ -126,7 +145,8 @@ void readFaults(SectionReader& reader, GridModel& grid) {
     both(consoleOf(reader), "-> Rows of faults = {}", rows);
 }
 
-void readFaultMultipliers(SectionReader& reader, FaultMeans means, GridModel& grid) {
+void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridModel& grid,
+                          std::vector<FaultMultiplier>& kept) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
     while (nextRow(reader)) {
@@ -139,7 +159,7 @@ void readFaultMultipliers(SectionReader& reader, FaultMeans means, GridModel& gr
         copyRow(reader, {{.text = name}, {value}});
         const std::vector<std::string> faults = namedFaults(grid, name);
         if (faults.empty()) warnHere(reader, "WARNING :: FAULT {} IS NOT KNOWN, ROW SKIPPED", name);
-        for (const std::string& fault : faults) keepFactor(fault, value, means, grid);
+        for (const std::string& fault : faults) keepFactor(fault, value, means, kept);
     }
     endCopiedList(reader);
 }

@@ -5,22 +5,29 @@
 
 namespace kvr {
 
-// Keywords that weaken or strengthen connections by the faces of cells: MULTX .. MULTZ-, FAULTS, MULTFLT.
+// Keywords that weaken or strengthen connections by the faces of cells, MULTX .. MULTZ-, FAULTS, MULTFLT, and
+// the one that does so with pore volumes, MULTPV.
 
 /// One factor per cell for its connection through a face (1..6, low x .. high z).
 void readFaceMultiplier(SectionReader& reader, int face, GridModel& grid);
 
-/// Takes a row of EQUALS or MULTIPLY that names MULTX-, MULTY- or MULTZ-, and sets the factors of its box or
-/// multiplies them; false for any other name.
-bool setFaceMultiplier(const ArithmeticRow& row, bool multiplies, GridModel& grid);
+/// One factor per cell for its pore volume.
+void readPoreVolumeMultiplier(SectionReader& reader, GridModel& grid);
+
+/// Takes a row of EQUALS or MULTIPLY that names MULTX-, MULTY-, MULTZ- or MULTPV, and sets the factors of its
+/// box or multiplies them; false for any other name.
+bool setFactors(const ArithmeticRow& row, bool multiplies, GridModel& grid);
 
 /// Rows of fault name, box and face, up to a slash line.
 void readFaults(SectionReader& reader, GridModel& grid);
 
-/// What a factor does to one that the fault has from an earlier row: GRID replaces it, EDIT multiplies.
+/// What a factor does to one that the fault has from an earlier row: GRID replaces it, EDIT and SCHEDULE
+/// multiply.
 enum class FaultMeans { Replace, Multiply };
 
-/// Rows of fault name and factor, up to a slash line. A fault that FAULTS has not named is told.
-void readFaultMultipliers(SectionReader& reader, FaultMeans means, GridModel& grid);
+/// Rows of fault name and factor, up to a slash line, kept in a list with one entry per fault. A fault that
+/// FAULTS has not named is told.
+void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridModel& grid,
+                          std::vector<FaultMultiplier>& kept);
 
 }  // namespace kvr

@@ -3,13 +3,12 @@
 #include "base/hard_stop.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
-#include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/grid_arithmetic.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "model/array_arithmetic.hpp"
 #include "model/block_grid.hpp"
 #include "model/corner_point.hpp"
-#include "model/multipliers.hpp"
 #include "run/records/output_table.hpp"
 
 #include <array>
@@ -181,69 +180,31 @@ void readJfunc(SectionReader& reader, GridRecords& records) {
     copyRow(reader, {{0.0, 1.0, word}, {options.surfaceTension, 1.0, {}}});
 }
 
-// --- array arithmetic ------------------------------------------------------------------------------
-
-void readEquals(SectionReader& reader, GridRecords& records) {
-    GridModel& grid = records.grid;
-    announce(reader, reader.keyword);
-    copyKeyword(reader);
-    readBoxRows(reader, grid, grid.equalsRows, [&](ArithmeticRow row) {
-        both(consoleOf(reader), "EQUALS  : {} {}", row.name, number(row.value));
-        if (setFaceMultiplier(row, false, grid)) return;
-        const EqualsArray* array = findEqualsArray(row.name);
-        const MultiplierKeyword* multiplier = findMultiplier(row.name);
-        if (array == nullptr && (multiplier == nullptr || multiplier->target != MultiplierTarget::Trans))
-            reportNotSupported(reader, row.name);
-        if (array != nullptr && array->isLength) row.value *= reader.units->length;
-        if (array != nullptr && array->isBlockSize) {
-            grid.blockInput = true;
-            records.options.useNewtran = false;
-        }
-        grid.equalsRows.push_back(std::move(row));
-    });
-    endCopiedList(reader);
-}
-
-void readCopy(SectionReader& reader, GridRecords& records) {
-    GridModel& grid = records.grid;
-    announce(reader, reader.keyword);
-    copyKeyword(reader);
-    RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
-    while (nextTableRow(reader, rows)) {
-        checkRoom(reader, grid.copyRows);
-        ArithmeticRow row = readCopyRow(reader, rows.last);
-        both(consoleOf(reader), "COPY : {} -> {}", row.name, row.secondName);
-        for (const std::string& name : {row.name, row.secondName})
-            if (findCopyArray(name) == nullptr) reportNotSupported(reader, name);
-        grid.copyRows.push_back(std::move(row));
-    }
-    endCopiedList(reader);
-}
-
-void readMultiply(SectionReader& reader, GridRecords& records) {
-    GridModel& grid = records.grid;
-    announce(reader, reader.keyword);
-    copyKeyword(reader);
-    readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
-        both(consoleOf(reader), "MULTIPLY : {} By {}", row.name, number(row.value));
-        if (isNegativeFactor(reader, row)) return;
-        if (setFaceMultiplier(row, true, grid)) return;
-        if (findMultiplier(row.name) == nullptr) reportNotSupported(reader, row.name);
-        grid.multiplyRows.push_back(std::move(row));
-    });
-    endCopiedList(reader);
-}
+// --- multipliers ------------------------------------------------------------------------------------
 
 template <int Face>
 void readMultiplierOf(SectionReader& reader, GridRecords& records) {
     readFaceMultiplier(reader, Face, records.grid);
 }
 
+void readMultpv(SectionReader& reader, GridRecords& records) {
+    readPoreVolumeMultiplier(reader, records.grid);
+}
+
 void readFaultRows(SectionReader& reader, GridRecords& records) {
     readFaults(reader, records.grid);
 }
 void readFaultMultiplierRows(SectionReader& reader, GridRecords& records) {
-    readFaultMultipliers(reader, FaultMeans::Replace, records.grid);
+    readFaultMultipliers(reader, FaultMeans::Replace, records.grid, records.grid.faultMultipliers);
+}
+
+/// Region numbers by cell; cells left out stand in region 1.
+template <CellArray<int> GridModel::*Array>
+void readNumbers(SectionReader& reader, GridRecords& records) {
+    beginArray(reader);
+    CellArray<int>& numbers = records.grid.*Array;
+    if (numbers.empty()) numbers.assign(records.grid.NCELLS, 1);
+    readCellArray(reader, numbers.cells());
 }
 
 using Row = KeywordRow<GridRecords>;
@@ -269,8 +230,24 @@ constexpr std::array Keywords = {
     Row{"ACTNUM", readActnum, "1 active, 0 inactive, one value per cell"},
     Row{"JFUNC", readJfunc, "J-function: a word and the surface tension"},
     Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},
-    Row{"MULTIPLY", readMultiply, "multiplies PERMX, PERMY, PERMZ, PORV, MULTX, MULTY, MULTZ over a box"},
-    Row{"EQUALS", readEquals, "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS over a box"},
+    Row{"MULTIPLY", readMultiply,
+        "multiplies PERMX, PERMY, PERMZ, PORV, MULTPV, MULTX, MULTY, MULTZ, MULTX-, MULTY-, MULTZ- over a "
+        "box"},
+    Row{"EQUALS", readEquals,
+        "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS, MULTPV, MULTX-, MULTY-, MULTZ- over a box; MULTX, "
+        "MULTY, MULTZ multiply both connections of each cell along the axis"},
+    Row{"ADD", readAdd, "adds to PERMX, PERMY, PERMZ, PORO, NTG, MULTPV over a box"},
+    Row{"EQUALREG", readEqualreg,
+        "rows of PERMX, PERMY, PERMZ, PORO, NTG or MULTPV, a value, a region and its numbering (M, F, O): "
+        "sets "
+        "the array where MULTNUM, FLUXNUM or OPERNUM has that number"},
+    Row{"MULTIREG", readMultireg, "the same, multiplies"},
+    Row{"ADDREG", readAddreg, "the same, adds"},
+    Row{"MULTNUM", readNumbers<&GridModel::MULTNUM>,
+        "region of each cell for `EQUALREG`, `MULTIREG`, `ADDREG`"},
+    Row{"FLUXNUM", readNumbers<&GridModel::FLUXNUM>, "another numbering for the same"},
+    Row{"OPERNUM", readNumbers<&GridModel::OPERNUM>, "another numbering for the same"},
+    Row{"MULTPV", readMultpv, "of each cell, what its pore volume is multiplied by"},
     Row{"MULTX", readMultiplierOf<2>,
         "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
     Row{"MULTY", readMultiplierOf<4>, "the same at j + 1"},
@@ -343,6 +320,7 @@ void readGridSection(SectionReader& reader, GridRecords& records) {
     dispatchSection<GridRecords>(reader, records, Keywords, Texts);
     lineToBoth(consoleOf(reader), "-> Finished Reading GRID. Move to Next Section");
 
+    requireRegionNumbers(reader, start, grid);
     applyArithmetic(grid, start);
     warnOfUnusedCopies(reader, grid);
     completeGeometry(reader, records);

@@ -1,6 +1,7 @@
 #include "deck/sections/schedule_section.hpp"
 
 #include "deck/reading/keyword_table.hpp"
+#include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/schedule_changes.hpp"
 #include "deck/sections/schedule_streams.hpp"
 #include "deck/sections/schedule_times.hpp"
@@ -28,6 +29,12 @@ void readGruptree(SectionReader& reader, ScheduleRecords&) {
     }
 }
 
+/// Factors that act from the begin of the present step on, on top of what stands there.
+void readFaultFactors(SectionReader& reader, ScheduleRecords& records) {
+    readFaultMultipliers(reader, FaultMeans::Multiply, records.grid,
+                         records.schedule.steps.back().faultMultipliers);
+}
+
 using Row = KeywordRow<ScheduleRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSCHED", neglect<ScheduleRecords>, "neglected"},
@@ -48,12 +55,16 @@ constexpr std::array Keywords = {
     Row{"WELTARG", readWeltarg,
         "rows of a well, ORAT, WRAT, GRAT, LRAT, RESV, BHP or THP, and a value: a new target or limit"},
     Row{"WEFAC", readWefac,
-        "rows of a well and the share of the time that it is on; rates are means over time"},
+        "rows of a well and the share of the time that it is on: rates of the well are those while it is on, "
+        "those of "
+        "the field and totals count the share"},
     Row{"WECON", readWecon,
         "economic limits of a producer: least oil and gas rates, largest water cut, gas-oil ratio and "
         "water-gas ratio, workover (NONE, CON, +CON, WELL), end of the run (YES, NO), ..., item 14: least "
         "liquid rate"},
-    Row{"DRSDT", readDrsdt, "largest rise of the solution gas ratio a day"},
+    Row{"MULTFLT", readFaultFactors,
+        "rows of a fault of `FAULTS` and a factor: from here on, on top of what stands there"},
+    Row{"DRSDT", readDrsdt, "largest rise of the solution gas ratio a day, in all cells"},
     Row{"GRUPTREE", readGruptree, "read over: groups have no targets here"},
     Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run"},
     Row{"TSTEP", readTstep, "step lengths, days"},

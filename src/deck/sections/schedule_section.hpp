@@ -5,6 +5,7 @@
 #include "deck/schedule.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
+#include "model/grid.hpp"
 #include "run/records/clock.hpp"
 
 namespace kvr {
@@ -16,6 +17,7 @@ struct ScheduleRecords {
     const InitialConditions& initial;
     Schedule& schedule;
     RunClock& clock;
+    const GridModel& grid;  // its faults
 };
 
 /// Reads the section, up to its closing message. A further SCHEDULE section goes on where the last one

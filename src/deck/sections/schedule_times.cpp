@@ -118,6 +118,7 @@ void openScheduleStep(Schedule& schedule) {
         ScheduleStep next = schedule.steps.back();
         next.stepCount = 0;
         next.period = 0.0;
+        next.faultMultipliers.clear();
         schedule.steps.push_back(std::move(next));
     }
 }

@@ -103,5 +103,32 @@ TEST(Multipliers, OfAFaultActOnItsFaces) {
     EXPECT_TRUE(close(t.Trans(3, 1), 0.25 * normal.table.Trans(3, 1)));
 }
 
+TEST(Multipliers, OfPoreVolumesActOnceAndLeaveConnections) {
+    const auto normal = condition(threeBlocks(), false);
+    Conditioned c{threeBlocks(), {}};
+    c.grid.MULTPV.assign(c.grid.NCELLS, 1.0);
+    c.grid.MULTPV[2] = 1000.0;
+    RunOptions options;
+    options.useNewtran = false;
+    const Console silent{nullptr, nullptr, nullptr};
+    for (int iteration = 1; iteration <= 2; ++iteration)
+        CALCTRANS_STATICGEOPART(silent, options, UnitSystem{}, c.grid, c.table);
+    EXPECT_DOUBLE_EQ(c.grid.PORO[2], 1000.0 * normal.grid.PORO[2]);
+    EXPECT_EQ(c.grid.PORO[1], normal.grid.PORO[1]);
+    EXPECT_EQ(c.table.Trans(1, 2), normal.table.Trans(1, 2));
+}
+
+TEST(Multipliers, OfFaultsInTheScheduleMultiplyWhatConnectionsAre) {
+    auto [grid, t] = condition(threeBlocks(), false);
+    grid.faultFaces.push_back({"F", {2, 2, 1, 1, 1, 1}, 2});
+    const double first = t.Trans(2, 2);
+    const std::vector<FaultMultiplier> factors = {{"F", 0.25}, {"OTHER", 0.0}};
+    EXPECT_EQ(multiplyFaults(grid, factors, t), 1);
+    EXPECT_EQ(multiplyFaults(grid, factors, t), 1);
+    EXPECT_DOUBLE_EQ(t.Trans(2, 2), 0.0625 * first);
+    EXPECT_DOUBLE_EQ(t.Trans(3, 1), 0.0625 * first);
+    EXPECT_GT(t.Trans(1, 2), 0.0);
+}
+
 }  // namespace
 }  // namespace kvr

@@ -86,5 +86,40 @@ TEST(GridSkip, DropsWhatStandsUpToItsEnd) {
     EXPECT_EQ(bench.grid.PERMY[1], 3.0);
 }
 
+TEST(GridBarriers, KnowFaultsByTheirWholeNames) {
+    GridBench bench(2, 2, 2,
+                    SoundBlocks +
+                        "FAULTS\n'NORTHERN_1' 1 1 1 2 1 2 'X' /\n'NORTHERN_2' 1 2 1 1 1 1 'J' /\n/\n"
+                        "MULTFLT\n'NORTHERN_2' 0.1 /\n'NORTHERN_*' 0.5 /\n'NORTHERN_1' 0.2 /\n/\n");
+    bench.readGrid();
+    ASSERT_EQ(bench.grid.faultMultipliers.size(), 2U);
+    EXPECT_EQ(bench.grid.faultMultipliers[0].fault, "NORTHERN_2");
+    EXPECT_EQ(bench.grid.faultMultipliers[0].value, 0.5);
+    EXPECT_EQ(bench.grid.faultMultipliers[1].value, 0.2);
+}
+
+TEST(GridBarriers, TakeFactorsOfPoreVolumesByArrayAndByRows) {
+    GridBench bench(
+        2, 2, 2,
+        SoundBlocks +
+            "MULTPV\n4*2 4*1 /\nEQUALS\nMULTPV 3 1 1 1 1 1 1 /\n/\nMULTIPLY\nMULTPV 10 1 2 1 1 1 1 /\n/\n");
+    bench.readGrid();
+    EXPECT_EQ(bench.grid.MULTPV[1], 30.0);
+    EXPECT_EQ(bench.grid.MULTPV[2], 20.0);
+    EXPECT_EQ(bench.grid.MULTPV[4], 2.0);
+    EXPECT_EQ(bench.grid.MULTPV[5], 1.0);
+    EXPECT_EQ(bench.grid.PORO[1], 0.2) << "what a boundary cell holds in addition is no porosity above 1";
+}
+
+TEST(GridBarriers, OfPoreVolumesInEditTakeThePlaceOfThoseOfGrid) {
+    GridBench bench(2, 2, 2, SoundBlocks + "MULTPV\n8*2 /\n");
+    bench.readGrid();
+    DeckCursor edit = cursorOn("MULTPV\n8*5 /\n");
+    bench.reader.cursor = &edit;
+    bench.reader.section = "EDIT";
+    bench.readEdit();
+    EXPECT_EQ(bench.grid.MULTPV[8], 5.0);
+}
+
 }  // namespace
 }  // namespace kvr

@@ -15,7 +15,8 @@ struct ScheduleBench {
     InitialConditions initial;
     Schedule schedule;
     RunClock clock;
-    ScheduleRecords records{options, tables, initial, schedule, clock};
+    GridModel grid;
+    ScheduleRecords records{options, tables, initial, schedule, clock, grid};
 
     explicit ScheduleBench(std::string_view text) : deck(text, "SCHEDULE") {}
 
