@@ -82,10 +82,11 @@ void readSummaryPart(SectionReader& reader, Simulation& run) {
 }
 
 void readSchedulePart(SectionReader& reader, Simulation& run) {
-    ScheduleRecords records{run.options, run.fluids, run.initial, run.schedule, run.clock};
+    ScheduleRecords records{run.options, run.fluids, run.initial, run.schedule, run.clock, run.grid};
     readScheduleSection(reader, records);
     closeSchedule(run.console, run.schedule);
     AssignWells(1, run.console, run.options, run.units, run.schedule, run.grid, run.wells);
+    checkLaterWells(run.console, run.grid, run.schedule);
     buildTimeTables(run.console, records);
 }
 

@@ -130,6 +130,7 @@ void buildWellBorders(const WellRecord& wells, ImplicitWork& work) {
     }
     work.bhpChange.assign(wells.wells.size(), 0.0);
     work.switchesOfWell.assign(wells.wells.size(), 0);
+    work.switchesOfRate.assign(wells.wells.size(), 0);
 }
 
 void addWells(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,

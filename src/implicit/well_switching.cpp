@@ -1,5 +1,6 @@
 #include "implicit/well_switching.hpp"
 
+#include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_target.hpp"
 
@@ -56,6 +57,18 @@ double settledBhp(const WellInflow& inflow, const Well& well, std::uint8_t switc
     return switches == Released ? bhp : withinLimit(well, bhp);
 }
 
+/// The limit of rates that lets the well give least becomes its rate control. True when that changes its
+/// equation.
+bool chooseRate(const UnitSystem& units, const FluidTables& tables, const CellState& state,
+                double averagePressure, Well& well, std::uint8_t& switches) {
+    if (!well.holdsLimits || isInjector(well) || switches >= FreeSwitches) return false;
+    const RateLimit best = mostRestrictive(units, tables, state, averagePressure, well);
+    if (best.control == well.deckControl) return false;
+    ++switches;
+    setRateControl(best, well);
+    return isRateControlled(well);
+}
+
 double rateError(const Well& well) {
     return std::abs(controlledRate(well, well.deckControl)) / std::abs(well.TargetRate) - 1.0;
 }
@@ -74,6 +87,8 @@ bool settleWells(const UnitSystem& units, const FluidTables& tables, const CellS
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         Well& well = wells.wells[w];
         if (!hasRateTarget(well)) continue;
+        switched =
+            chooseRate(units, tables, state, averagePressure, well, work.switchesOfRate[w]) || switched;
         const WellInflow inflow = wellInflow(units, tables, state, averagePressure, well);
         switched = chooseControl(inflow, well, wells, work.switchesOfWell[w]) || switched;
         well.Bhp = settledBhp(inflow, well, work.switchesOfWell[w]);

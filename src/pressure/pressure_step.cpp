@@ -14,6 +14,7 @@
 #include "pressure/rs_limit.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
@@ -137,6 +138,7 @@ void beginStep(Simulation& s) {
     forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
     // has reached an injector's cell multiplies its rate at the limit.
+    holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     releaseWellsFromLimit(s.console, s.wells);
     updateRates(s);
     releaseWellsFromLimit(s.console, s.wells);

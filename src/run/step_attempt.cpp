@@ -8,6 +8,7 @@
 #include "pressure/rs_limit.hpp"
 #include "pressure/saturation_update.hpp"
 #include "pressure/tracer_transport.hpp"
+#include "pressure/wells/rate_limits.hpp"
 #include "report/material_balance.hpp"
 #include "run/banners.hpp"
 #include "run/status_line.hpp"
@@ -122,18 +123,18 @@ void advance(bool solve, Simulation& s) {
     }
 }
 
-/// Back to the level, but with other targets in the pressure solve.
-void returnForAnotherPass(const std::vector<double>& factors, Simulation& s) {
+/// Back to the level, but with the targets that the pass has shown to be right.
+void returnForAnotherPass(Simulation& s) {
     const double dt = s.clock.dt;
+    const std::vector<Well> shown = s.wells.wells;
     returnToStepLevel(s.stepLevel, s);
     s.clock.dt = dt;
-    for (std::size_t w = 0; w < factors.size(); ++w) s.wells.wells[w].targetFactor = factors[w];
-}
-
-std::vector<double> factorsOf(const WellRecord& wells) {
-    std::vector<double> factors;
-    for (const Well& well : wells.wells) factors.push_back(well.targetFactor);
-    return factors;
+    for (std::size_t w = 0; w < shown.size(); ++w) {
+        Well& well = s.wells.wells[w];
+        if (shown[w].controlChosen) setRateControl({shown[w].deckControl, shown[w].TargetRate}, well);
+        well.controlChosen = shown[w].controlChosen;
+        well.targetFactor = shown[w].targetFactor;
+    }
 }
 
 /// One attempt at the step, which runs again with corrected targets where its wells have left them and
@@ -149,7 +150,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
                                   figures.targetMiss / s.options.stepTargetMiss) > 1.0;
         if (!off || pass >= MostTargetPasses || !solve) return figures;
         if (!mayStillStand(s.options, figures)) return beyondRepair(figures);
-        returnForAnotherPass(factorsOf(s.wells), s);
+        returnForAnotherPass(s);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "pressure/left_over.hpp"
 #include "pressure/ordered_transport.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
@@ -55,15 +56,15 @@ bool hasRateTarget(const Well& well) {
     return !well.shut && well.deckControl != "bhp" && well.TargetRate != 0.0;
 }
 
-/// The rate that the pressure solve holds for the control of the deck; "wrat" holds the sum of all.
 double heldRate(const Well& well) {
-    return namedRate(well, well.deckControl == "wrat" ? "rate" : well.deckControl);
+    return heldRate(well, well.deckControl);
 }
 
 void measureTarget(const Well& well, AttemptFigures& figures) {
     if (!hasRateTarget(well)) return;
     const double share = std::abs(heldRate(well) / well.TargetRate) - 1.0;
     figures.targetExcess = std::max(figures.targetExcess, share);
+    figures.targetExcess = std::max(figures.targetExcess, passedLimit(well).share);
     if (isRateControlled(well)) figures.targetMiss = std::max(figures.targetMiss, -share);
 }
 
@@ -103,6 +104,15 @@ void measureMobilities(const Simulation& s, AttemptFigures& figures) {
     figures.mobilityError = error / flow;
 }
 
+/// A limit beside the control that the rates have passed further than that one is the control of the next
+/// pass over the step, or of the next step.
+void takePassedLimit(Well& well) {
+    const PassedLimit passed = passedLimit(well);
+    if (!(passed.share > 0.0) || passed.share <= std::abs(heldRate(well) / well.TargetRate) - 1.0) return;
+    setRateControl(passed.limit, well);
+    well.controlChosen = true;
+}
+
 }  // namespace
 
 bool holdsFreeGas(const GridModel& grid, const CellState& state) {
@@ -132,7 +142,9 @@ AttemptFigures unsolvedStep(const Simulation& simulation) {
 
 void correctTargets(WellRecord& wells) {
     for (Well& well : wells.wells) {
-        if (isInjector(well) || !hasRateTarget(well) || well.deckControl == "resv") continue;
+        if (isInjector(well) || !hasRateTarget(well)) continue;
+        takePassedLimit(well);
+        if (well.deckControl == "resv") continue;
         Well solved = {};
         solved.deckControl = well.deckControl;
         solved.WellQo = well.solvedQo;

@@ -55,6 +55,7 @@ void takeWelspecType(const std::string& word, ScheduleWell& well) {
 void takeWelspecControl(const SectionReader& reader, const std::string& control, double value,
                         ScheduleWell& well) {
     well.hasControl = true;
+    well.holdsLimits = false;  // the one number is the control's
     setStatus("OPEN", well);
     well.control = control;
     const UnitSystem& units = *reader.units;
@@ -78,26 +79,6 @@ struct ProducerItems {
     double vfpTable = 0.0, artificialLift = 0.0;  // read, not used
 };
 
-/// Limits beside the control that no run holds: only that of the bottom-hole pressure is.
-void tellUnheldLimits(const SectionReader& reader, const ScheduleWell& well) {
-    struct Limit {
-        std::string_view word;
-        double ScheduleWell::*value;
-    };
-    static constexpr Limit Limits[] = {{"OR", &ScheduleWell::prodOil},
-                                       {"WR", &ScheduleWell::prodWater},
-                                       {"GR", &ScheduleWell::prodGas},
-                                       {"LR", &ScheduleWell::prodLiquid},
-                                       {"RE", &ScheduleWell::prodResv}};
-    if (reader.keyword != "WCONPROD") return;  // observed rates are no limits
-    const std::string control = toUpper(trim(well.control).substr(0, 2));
-    for (const Limit& limit : Limits)
-        if (well.*limit.value > 0.0 && control != limit.word)
-            warnHere(reader,
-                     "WARNING :: WELL {}: CONTROL {} AND THE BHP LIMIT ARE HELD, THE LIMIT OF {} IS NOT",
-                     well.name, control, limit.word);
-}
-
 void tellTubing(const SectionReader& reader, double thp, double table, const ScheduleWell& well) {
     if (thp > 0.0 && table > 0.0 && reader.keyword == "WCONPROD")
         warnHere(reader, "WARNING :: WELL {}: TUBING HEAD PRESSURES AND THEIR TABLES ARE NOT USED",
@@ -117,7 +98,7 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     well.prodResv = rateFrom(reader, row.resv, units.liquidRate);
     well.prodBhp = pressureFrom(reader, row.bhp, DefaultProducerBhp);
     well.prodThp = row.thp * units.pressure;
-    tellUnheldLimits(reader, well);
+    well.holdsLimits = reader.keyword == "WCONPROD";  // observed rates are no limits
     tellTubing(reader, row.thp, row.vfpTable, well);
 }
 
@@ -137,6 +118,10 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.control = row.control;
     well.injRate = rateFrom(reader, row.rate, injectionFactor(units, row.type));
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
+    well.holdsLimits = reader.keyword == "WCONINJE";
+    if (well.holdsLimits && well.injResv > 0.0)
+        warnHere(reader, "WARNING :: WELL {}: THE LIMIT OF THE RESERVOIR RATE OF AN INJECTOR IS NOT HELD",
+                 well.name);
 }
 
 /// Behind a keyword of prediction nothing is observed of the well any more.

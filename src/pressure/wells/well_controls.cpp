@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <span>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 namespace kvr {
@@ -78,7 +79,29 @@ void assignProducer(const Console& console, const ScheduleWell& source, Well& we
     well.targetLiquid = -source.prodLiquid;
     well.targetResv = -source.prodResv;
     well.TargetRate = producerTarget(well);
+    well.holdsLimits = source.holdsLimits;
     well.BhpLimit = source.prodBhp > 0.0 ? source.prodBhp : DefaultProducerBhp;
+}
+
+/// A well at a given pressure that has limits of rates: any of them serves as the rate control that waits,
+/// the first step takes the most restrictive.
+void takeLimitsBesidePressure(Well& well) {
+    struct Row {
+        std::string_view control;
+        double Well::*target;
+    };
+    static constexpr Row Rows[] = {{"orat", &Well::targetOil},
+                                   {"wlim", &Well::targetWater},
+                                   {"grat", &Well::targetGas},
+                                   {"lrat", &Well::targetLiquid},
+                                   {"resv", &Well::targetResv}};
+    if (!well.holdsLimits || well.givenControl != "bhp") return;
+    for (const Row& row : Rows) {
+        if (well.*row.target == 0.0) continue;
+        well.deckControl = isInjector(well) ? "rate" : row.control;
+        well.TargetRate = well.*row.target;
+        return;
+    }
 }
 
 void assignInjector(const Console& console, const ScheduleWell& source, Well& well) {
@@ -92,6 +115,7 @@ void assignInjector(const Console& console, const ScheduleWell& source, Well& we
     if (well.InjectFluid == "gas") well.targetGas = source.injRate;
     well.targetResv = source.injResv;
     well.TargetRate = well.deckControl == "rate" ? source.injRate : 0.0;
+    well.holdsLimits = source.holdsLimits && source.injRate > 0.0;
     well.BhpLimit = source.injBhp > 0.0 ? source.injBhp : DefaultInjectorBhp;
 }
 
@@ -124,6 +148,7 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.efficiency = source.efficiency;
     well.limits = source.limits;
     well.openings = source.openings;
+    well.connectionOpenings = source.connectionOpenings;
     const bool shutStatus = isShutStatus(source.status);
     if (!source.hasControl || (shutStatus && trim(source.control).empty()))
         assignIdle(source, well);
@@ -131,7 +156,8 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
         assignInjector(console, source, well);
     else
         assignProducer(console, source, well);
-    well.WellControl = well.deckControl;
+    well.WellControl = well.givenControl = well.deckControl;
+    takeLimitsBesidePressure(well);
     scaleTargets(well);
     well.shut = well.shut || shutStatus || (isRateControlled(well) && well.TargetRate == 0.0);
     if (!isRateControlled(well)) well.Bhp = well.BhpLimit;
@@ -152,6 +178,12 @@ struct WellCompletions {
 
 bool insideGrid(const GridModel& grid, int i, int j) {
     return i >= 1 && i <= grid.NX && j >= 1 && j <= grid.NY;
+}
+
+void requireHead(const Console& console, const GridModel& grid, const std::string& name, int i, int j,
+                 const DeckPlace& place) {
+    if (insideGrid(grid, i, j)) return;
+    stopAtLocation(console, name, grid, fmt::format("head at I {}, J {}", i, j), place);
 }
 
 WellConnection connectionOfRow(const ScheduleCompletion& row, CellId cell) {
@@ -222,11 +254,46 @@ void assignCompletions(const Console& console, const GridModel& grid, const Sche
         addRow(console, grid, row, wells.wells[found->second], completions[found->second]);
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
-        if (!insideGrid(grid, wells.wells[w].LocI, wells.wells[w].LocJ))
-            stopAtLocation(console, wells.wells[w].WellName, grid,
-                           fmt::format("head at I {}, J {}", wells.wells[w].LocI, wells.wells[w].LocJ),
-                           step.wells[w].place);
+        const Well& well = wells.wells[w];
+        requireHead(console, grid, well.WellName, well.LocI, well.LocJ, step.wells[w].place);
         keepOpenCompletions(completions[w], wells.wells[w]);
+    }
+}
+
+/// Whether a row of a well says something that the step before has not said yet.
+bool saysNew(const ScheduleWell& well, const ScheduleStep& before, std::size_t place) {
+    if (place >= before.wells.size()) return true;
+    const ScheduleWell& old = before.wells[place];
+    return std::tie(well.name, well.control, well.injType, well.status, well.headI, well.headJ) !=
+           std::tie(old.name, old.control, old.injType, old.status, old.headI, old.headJ);
+}
+
+bool saysNew(const ScheduleCompletion& row, const ScheduleStep& before, std::size_t place) {
+    return place >= before.completions.size() ||
+           row.place.lineNumber != before.completions[place].place.lineNumber ||
+           row.wellName != before.completions[place].wellName;
+}
+
+void checkStep(const Console& console, const GridModel& grid, const ScheduleStep& step,
+               const ScheduleStep& before) {
+    for (std::size_t w = 0; w < step.wells.size(); ++w) {
+        const ScheduleWell& source = step.wells[w];
+        if (!saysNew(source, before, w)) continue;
+        assignControl(console, source);
+        requireHead(console, grid, source.name, source.headI, source.headJ, source.place);
+    }
+    for (std::size_t n = 0; n < step.completions.size(); ++n) {
+        const ScheduleCompletion& row = step.completions[n];
+        const auto source =
+            std::find_if(step.wells.begin(), step.wells.end(),
+                         [&row](const ScheduleWell& well) { return well.name == row.wellName; });
+        if (source == step.wells.end() || !saysNew(row, before, n)) continue;
+        Well well;
+        well.WellName = source->name;
+        well.LocI = source->headI;
+        well.LocJ = source->headJ;
+        WellCompletions completions;
+        addRow(console, grid, row, well, completions);
     }
 }
 
@@ -243,14 +310,15 @@ void carryBottomHolePressures(const WellRecord& before, WellRecord& wells) {
     }
 }
 
-/// What limits have closed stays so until the deck sets the status of the well again.
+/// What limits have closed stays so until the deck sets the status of the well again, or connections that of
+/// some of them.
 void carryClosures(const WellRecord& before, WellRecord& wells) {
     for (Well& well : wells.wells) {
         const auto old = std::find_if(before.wells.begin(), before.wells.end(),
                                       [&well](const Well& other) { return other.WellName == well.WellName; });
         if (old == before.wells.end() || old->openings != well.openings) continue;
         well.closedByLimit = old->closedByLimit;
-        well.closedCells = old->closedCells;
+        if (old->connectionOpenings == well.connectionOpenings) well.closedCells = old->closedCells;
         const auto isClosed = [&well](const WellConnection& connection) {
             return std::find(well.closedCells.begin(), well.closedCells.end(), connection.ConnCell) !=
                    well.closedCells.end();
@@ -287,6 +355,11 @@ int countRateWells(const WellRecord& wells) {
 }
 
 }  // namespace
+
+void checkLaterWells(const Console& console, const GridModel& grid, const Schedule& schedule) {
+    for (std::size_t n = 1; n < schedule.steps.size(); ++n)
+        checkStep(console, grid, schedule.steps[n], schedule.steps[n - 1]);
+}
 
 void AssignWells(int stepIndex, const Console& console, const RunOptions& options, const UnitSystem& units,
                  const Schedule& schedule, const GridModel& grid, WellRecord& wells) {

@@ -24,6 +24,9 @@ namespace kvr {
 void AssignWells(int stepIndex, const Console& console, const RunOptions& options, const UnitSystem& units,
                  const Schedule& schedule, const GridModel& grid, WellRecord& wells);
 
+/// The checks of controls and locations for all that later steps change, so that a run does not come upon it.
+void checkLaterWells(const Console& console, const GridModel& grid, const Schedule& schedule);
+
 /// Well index of every connection again, after the rock arrays have changed.
 void computeWellIndices(const GridModel& grid, WellRecord& wells);
 

@@ -152,7 +152,7 @@ double rowTerm(const Well& well, const ConnectionCoefficients& coefficients) {
 
 double namedRate(const Well& well, std::string_view control) {
     if (control == "orat") return well.WellQo;
-    if (control == "wrat") return well.WellQw;
+    if (control == "wrat" || control == "wlim") return well.WellQw;
     if (control == "grat") return well.WellQg;
     if (control == "lrat") return well.WellQo + well.WellQw;
     if (control == "resv") return well.reservoirRate;
@@ -169,6 +169,8 @@ double rowTarget(const Well& well) {
         others = well.WellQo + well.WellQw;
     else if (well.WellControl == "lrat")
         others = well.WellQg;
+    else if (well.WellControl == "wlim")
+        others = well.WellQo + well.WellQg;
     const double named = namedRate(well, well.WellControl);
     const double aimed = aimedRate(well);
     const double scale = std::abs(named) > SmallestNormal ? aimed / named : 1.0;

@@ -23,7 +23,8 @@ ControlShares controlShares(std::string_view control) {
     };
     static constexpr Row Rows[] = {
         {"orat", {0.0, 1.0, 0.0, 0.0}}, {"grat", {0.0, 0.0, 1.0, 0.0}}, {"lrat", {1.0, 1.0, 0.0, 0.0}},
-        {"resv", {0.0, 0.0, 0.0, 1.0}}, {"wrat", {1.0, 1.0, 1.0, 0.0}}, {"rate", {1.0, 1.0, 1.0, 0.0}},
+        {"wlim", {1.0, 0.0, 0.0, 0.0}}, {"resv", {0.0, 0.0, 0.0, 1.0}}, {"wrat", {1.0, 1.0, 1.0, 0.0}},
+        {"rate", {1.0, 1.0, 1.0, 0.0}},
     };
     for (const Row& row : Rows)
         if (control == row.control) return row.shares;
@@ -38,7 +39,12 @@ double controlledRate(const Well& well, std::string_view control) {
 
 WellInflow wellInflow(const UnitSystem& units, const FluidTables& tables, const CellState& state,
                       double averagePressure, const Well& well) {
-    const ControlShares share = controlShares(well.deckControl);
+    return wellInflow(units, tables, state, averagePressure, well, well.deckControl);
+}
+
+WellInflow wellInflow(const UnitSystem& units, const FluidTables& tables, const CellState& state,
+                      double averagePressure, const Well& well, std::string_view control) {
+    const ControlShares share = controlShares(control);
     WellInflow inflow;
     inflow.s = isInjector(well) ? 1.0 : -1.0;
     for (const WellConnection& connection : well.connections) {

@@ -11,7 +11,7 @@
 namespace kvr {
 
 /// What a control word holds at the target, as shares of the phase rates of a well. "wrat" holds the sum of
-/// all surface rates there, as in the pressure equation; "bhp" holds none of them.
+/// all surface rates there, as in the pressure equation, "wlim" water alone; "bhp" holds none of them.
 struct ControlShares {
     double water = 0.0, oil = 0.0, gas = 0.0, reservoir = 0.0;
 };
@@ -34,9 +34,11 @@ struct WellInflow {
     std::vector<FlowStart> starts;  // rising; empty where no pressure would make the well give anything
 };
 
-/// Under the deck's control.
+/// Under its rate control, or under another one.
 WellInflow wellInflow(const UnitSystem& units, const FluidTables& tables, const CellState& state,
                       double averagePressure, const Well& well);
+WellInflow wellInflow(const UnitSystem& units, const FluidTables& tables, const CellState& state,
+                      double averagePressure, const Well& well, std::string_view control);
 
 double rateAtBhp(const WellInflow& inflow, double bhp);
 

@@ -25,11 +25,12 @@ struct WellConnection {
 };
 
 struct Well {
-    std::string WellName;     // up to 8 characters
-    std::string WellKind;     // "inj" or "prd"
-    std::string WellControl;  // "bhp", "orat", "wrat", "grat", "lrat", "resv", "rate"; the control in force
-    std::string deckControl;  // the control that the schedule asked for
-    std::string InjectFluid;  // "oil", "wat", "gas"; blank for producers
+    std::string WellName;      // up to 8 characters
+    std::string WellKind;      // "inj" or "prd"
+    std::string WellControl;   // "bhp", "orat", "wrat", "grat", "lrat", "resv", "rate", "wlim"; that in force
+    std::string deckControl;   // the rate control that holds where the pressure limit does not, or "bhp"
+    std::string givenControl;  // the control that the schedule asked for
+    std::string InjectFluid;   // "oil", "wat", "gas"; blank for producers
     int LocI = 0, LocJ = 0, TopK = 0, BottomK = 0;
     double datumDepth = NoDatum;  // ft, where Bhp and its limit stand; below 0: at the first connection
     double WellRadius = 0.0;      // ft
@@ -38,12 +39,15 @@ struct Well {
     double TargetRate = 0.0;  // negative for producers; stb/day, surface barrels/day or rb/day by control
     // Targets of every phase for reports, with the sign of TargetRate.
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
-    double Bhp = 0.0;         // psia
-    double BhpLimit = 0.0;    // psia
-    bool shut = false;        // status SHUT or STOP, or a rate target of 0
-    double efficiency = 1.0;  // share of the time that the well is on; targets and indices hold it
+    double Bhp = 0.0;            // psia
+    double BhpLimit = 0.0;       // psia
+    bool shut = false;           // status SHUT or STOP, or a rate target of 0
+    bool holdsLimits = false;    // targets of the other phases are limits
+    bool controlChosen = false;  // for the pass over the step that comes; see holdMostRestrictive
+    double efficiency = 1.0;     // share of the time that the well is on; targets and indices hold it
     EconomicLimits limits;
     int openings = 0;                             // of the schedule, when the well was closed by a limit
+    int connectionOpenings = 0;                   // the same of its connections
     bool closedByLimit = false;                   // the whole well
     std::vector<CellId> closedCells;              // connections closed by a limit
     double tracerConcentration = 0.0;             // of the last WTRACER row

@@ -15,6 +15,7 @@ struct Bench {
         wells.wells.push_back(sample::well(kind, control, 1));
         wells.RateWellCount = control == "bhp" ? 0 : 1;
         work.switchesOfWell.assign(1, 0);
+        work.switchesOfRate.assign(1, 0);
         well().TargetRate = kind == "inj" ? 100.0 : -100.0;
         well().BhpLimit = kind == "inj" ? 5000.0 : 1000.0;
         well().Bhp = 2222.0;
@@ -151,4 +152,27 @@ TEST(TellSwitches, WritesALineForEachWellThatEndsOnAnotherControl) {
     bench.settle(900.0);
     tellSwitches(quiet.console, before, bench.wells);
     EXPECT_EQ(quiet.screenText(), " WELL CONTROL :: PROD : orat -> bhp, BHP limit 1000 PSIA\n");
+}
+
+TEST(SettleWells, HoldTheRateThatTakesTheLeastDrawdown) {
+    // 1 stb/day/psi of oil and of water: 100 of oil need 100 psi, 80 of water 80, 150 of liquid 75.
+    Bench bench("prd", "orat");
+    Well& well = bench.well();
+    well.givenControl = "orat";
+    well.holdsLimits = true;
+    well.targetOil = -100.0;
+    well.targetWater = -80.0;
+    well.targetLiquid = -150.0;
+    bench.state.LambdaW[1] = 1.0;
+    EXPECT_TRUE(bench.settle(3000.0));
+    EXPECT_EQ(well.WellControl, "lrat");
+    EXPECT_DOUBLE_EQ(well.Bhp, 2925.0);
+    bench.state.LambdaW[1] = 4.0;
+    EXPECT_TRUE(bench.settle(3000.0));
+    EXPECT_EQ(well.WellControl, "wlim");
+    EXPECT_DOUBLE_EQ(well.Bhp, 2980.0);
+    bench.state.LambdaW[1] = 0.0;
+    EXPECT_TRUE(bench.settle(3000.0));
+    EXPECT_EQ(well.WellControl, "orat");
+    EXPECT_FALSE(bench.settle(3000.0)) << "nothing changes any more";
 }

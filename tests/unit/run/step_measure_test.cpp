@@ -167,5 +167,36 @@ TEST(CorrectTargets, LeavesWellsWhoseRateTransportDoesNotChange) {
     for (const Well& well : run.s.wells.wells) EXPECT_EQ(well.targetFactor, 1.0) << well.deckControl;
 }
 
+TEST(MeasureStep, ComparesRatesWithTheLimitsBesideTheControl) {
+    TwoCells run;
+    Well& well = run.producer("orat", -100.0);
+    well.givenControl = "orat";
+    well.holdsLimits = true;
+    well.targetOil = -100.0;
+    well.targetLiquid = -150.0;
+    well.WellQo = -100.0;
+    well.WellQw = -65.0;
+    EXPECT_NEAR(run.figures().targetExcess, 0.1, 1e-15);
+    well.holdsLimits = false;
+    EXPECT_EQ(run.figures().targetExcess, 0.0);
+}
+
+TEST(CorrectTargets, GiveTheNextPassTheLimitThatWasPassed) {
+    TwoCells run;
+    Well& well = run.producer("orat", -100.0);
+    well.givenControl = "orat";
+    well.holdsLimits = true;
+    well.targetOil = -100.0;
+    well.targetLiquid = -150.0;
+    well.WellQo = well.solvedQo = -100.0;
+    well.WellQw = -65.0;
+    well.solvedQw = -32.0;
+    correctTargets(run.s.wells);
+    EXPECT_EQ(well.WellControl, "lrat");
+    EXPECT_EQ(well.TargetRate, -150.0);
+    EXPECT_TRUE(well.controlChosen);
+    EXPECT_DOUBLE_EQ(well.targetFactor, 132.0 / 165.0);
+}
+
 }  // namespace
 }  // namespace kvr

@@ -260,5 +260,38 @@ TEST(AssignWellsDeathTest, StopsOnAWellOutsideTheGrid) {
     }
 }
 
+TEST(AssignWells, LetAGivenPressureWaitBesideItsLimitsOfRates) {
+    Assignment a;
+    ScheduleWell well = producer("P", "BHP");
+    a.schedule.steps[0].wells = {well};
+    a.schedule.steps[0].completions = {completion("P", 1, 1)};
+    a.assign();
+    EXPECT_EQ(a.record.wells[0].deckControl, "bhp") << "observed rates are no limits";
+    a.schedule.steps[0].wells[0].holdsLimits = true;
+    a.assign();
+    EXPECT_EQ(a.record.wells[0].WellControl, "bhp");
+    EXPECT_EQ(a.record.wells[0].givenControl, "bhp");
+    EXPECT_EQ(a.record.wells[0].deckControl, "orat");
+    EXPECT_EQ(a.record.wells[0].TargetRate, -1000.0);
+    EXPECT_EQ(a.record.wells[0].Bhp, 1500.0);
+    EXPECT_EQ(a.record.RateWellCount, 0);
+    EXPECT_FALSE(a.record.wells[0].shut);
+}
+
+TEST(CheckLaterWells, StopsOnWhatALaterStepWouldStopOn) {
+    Assignment a;
+    a.schedule.steps[0].wells = {producer("P", "ORAT")};
+    a.schedule.steps[0].completions = {completion("P", 1, 1)};
+    a.schedule.steps.push_back(a.schedule.steps[0]);
+    checkLaterWells(a.console, a.grid, a.schedule);  // nothing new, nothing wrong
+    a.schedule.steps[1].completions.push_back(completion("P", 5, 5));
+    EXPECT_EXIT(checkLaterWells(consoleOnStandardError(), a.grid, a.schedule), testing::ExitedWithCode(1),
+                "Well P: I 1, J 1, K 5 to 5");
+    a.schedule.steps[1] = a.schedule.steps[0];
+    a.schedule.steps[1].wells[0].control = "NONSENSE";
+    EXPECT_EXIT(checkLaterWells(consoleOnStandardError(), a.grid, a.schedule), testing::ExitedWithCode(1),
+                "Invalid producer control type");
+}
+
 }  // namespace
 }  // namespace kvr
