@@ -3,6 +3,7 @@
 #include "run/start_up.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 namespace kvr {
@@ -18,11 +19,16 @@ double waterCut(const Rates& rates) {
     const double liquid = rates.water + rates.oil;
     return liquid > 0.0 ? rates.water / liquid : 0.0;
 }
+/// Without a denominator no limit is high enough, but for nothing at all.
+double ratioOf(double of, double to) {
+    if (to > 0.0) return of / to;
+    return of > 0.0 ? std::numeric_limits<double>::infinity() : 0.0;
+}
 double gasOilRatio(const Rates& rates) {
-    return rates.oil > 0.0 ? rates.gas / rates.oil : 0.0;
+    return ratioOf(rates.gas, rates.oil);
 }
 double waterGasRatio(const Rates& rates) {
-    return rates.gas > 0.0 ? rates.water / rates.gas : 0.0;
+    return ratioOf(rates.water, rates.gas);
 }
 
 using Figure = double (*)(const Rates&);

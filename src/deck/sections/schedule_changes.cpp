@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace kvr {
 
@@ -12,14 +13,19 @@ namespace {
 
 // --- WELOPEN -----------------------------------------------------------------------------------------
 
+constexpr int Defaulted = std::numeric_limits<int>::min();
+
+/// Items of connections that are given as 0 or less mean any of them; the row is for the well itself only
+/// where all of them are left out.
 struct WelopenRow {
     std::string name, status = "OPEN";
-    int i = 0, j = 0, k = 0;  // 0 or less: any
-    int first = 0, last = 0;  // of the well's connections, in the order in which the deck gave them
+    int i = Defaulted, j = Defaulted, k = Defaulted;
+    int first = Defaulted, last = Defaulted;  // numbers of connections, in the order of the deck
 };
 
 bool namesConnections(const WelopenRow& row) {
-    return row.i > 0 || row.j > 0 || row.k > 0 || row.first > 0 || row.last > 0;
+    const int items[] = {row.i, row.j, row.k, row.first, row.last};
+    return std::any_of(std::begin(items), std::end(items), [](int item) { return item != Defaulted; });
 }
 
 /// The connections of a well one by one, a later row for a cell in place of the earlier.
@@ -52,9 +58,14 @@ bool isNamed(const WelopenRow& row, const ScheduleWell& well, const ScheduleComp
            (row.first <= 0 || number >= row.first) && (row.last <= 0 || number <= row.last);
 }
 
-void openConnections(const SectionReader& reader, const WelopenRow& row, const ScheduleWell& well,
+std::string itemText(int item) {
+    return item > 0 ? fmt::format("{}", item) : "ANY";
+}
+
+void openConnections(const SectionReader& reader, const WelopenRow& row, ScheduleWell& well,
                      ScheduleStep& step) {
     int number = 0, found = 0;
+    ++well.connectionOpenings;
     for (ScheduleCompletion& connection : connectionsOf(well, step)) {
         if (!isNamed(row, well, connection, ++number)) continue;
         connection.status = row.status;
@@ -66,7 +77,8 @@ void openConnections(const SectionReader& reader, const WelopenRow& row, const S
         warnHere(
             reader,
             "WARNING :: WELL {} HAS NO CONNECTION THERE, ROW SKIPPED :: I {} J {} K {}, NUMBERS {} TO {}",
-            well.name, row.i, row.j, row.k, row.first, row.last);
+            well.name, itemText(row.i), itemText(row.j), itemText(row.k), itemText(row.first),
+            itemText(row.last));
 }
 
 // --- WELTARG -----------------------------------------------------------------------------------------
@@ -194,11 +206,11 @@ void readWecon(SectionReader& reader, ScheduleRecords& records) {
     const UnitSystem& units = *reader.units;
     while (nextWellRow(reader, presentStep(records))) {
         std::string name, workover = "NONE", end = "NO", follower, quantity, second;
-        std::array<double, 8>
-            item{};  // oil, gas, water cut, GOR, WGR, second water cut, gas-liquid ratio, liquid
-        readRow(reader, std::array<ListTarget, 14>{&name, &item[0], &item[1], &item[2], &item[3], &item[4],
+        // oil, gas, water cut, GOR, WGR, second water cut, gas-liquid ratio, liquid, temperature, reservoir
+        std::array<double, 10> item{};
+        readRow(reader, std::array<ListTarget, 16>{&name, &item[0], &item[1], &item[2], &item[3], &item[4],
                                                    &workover, &end, &follower, &quantity, &item[5], &second,
-                                                   &item[6], &item[7]});
+                                                   &item[6], &item[7], &item[8], &item[9]});
         EconomicLimits limits;
         limits.leastOil = limitOf(item[0], units.liquidRate);
         limits.leastGas = limitOf(item[1], units.gasRate);
@@ -208,11 +220,15 @@ void readWecon(SectionReader& reader, ScheduleRecords& records) {
         limits.leastLiquid = limitOf(item[7], units.liquidRate);
         limits.workover = workoverOf(reader, workover);
         limits.endsRun = toUpper(trim(end)).starts_with('Y');
-        if (toUpper(trim(quantity)).starts_with('P') || item[5] > 0.0 || item[6] > 0.0)
-            warnHere(
-                reader,
-                "WARNING :: WELL {}: POTENTIALS, SECOND WATER CUTS AND GAS-LIQUID RATIOS ARE NO LIMITS HERE",
-                name);
+        if (toUpper(trim(quantity)).starts_with('P') || item[5] > 0.0 || item[6] > 0.0 || item[8] > 0.0 ||
+            item[9] > 0.0)
+            warnHere(reader,
+                     "WARNING :: WELL {}: POTENTIALS, SECOND WATER CUTS, GAS-LIQUID RATIOS, TEMPERATURES AND "
+                     "RESERVOIR RATES ARE NO LIMITS HERE",
+                     name);
+        if (!trim(follower).empty())
+            warnHere(reader, "WARNING :: WELL {}: THE WELL {} THAT IS TO FOLLOW IT IS NOT OPENED", name,
+                     follower);
         forNamedWells(reader, presentStep(records), name, [&](ScheduleWell& well) { well.limits = limits; });
     }
 }
@@ -220,13 +236,18 @@ void readWecon(SectionReader& reader, ScheduleRecords& records) {
 void readDrsdt(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
-    std::array<double, 1> rise{0.0};
-    checkRead(reader, readDoubles(*reader.cursor, rise));
-    if (rise[0] < 0.0) {
-        warnHere(reader, "WARNING :: RISE OF RS {} IS BELOW ZERO, SET TO 0", number(rise[0]));
-        rise[0] = 0.0;
+    double rise = std::numeric_limits<double>::infinity();  // not given: no limit
+    std::string cells = "ALL";
+    const std::array<ListTarget, 2> targets = {&rise, &cells};
+    checkRead(reader, readList(*reader.cursor, targets));
+    if (rise < 0.0) {
+        warnHere(reader, "WARNING :: RISE OF RS {} IS BELOW ZERO, SET TO 0", number(rise));
+        rise = 0.0;
     }
-    presentStep(records).mostRsRise = rise[0] * reader.units->gasRatio;
+    if (!toUpper(trim(cells)).starts_with('A'))
+        warnHere(reader, "WARNING :: DRSDT {}: THE LIMIT HOLDS IN ALL CELLS, NOT ONLY IN THOSE WITH FREE GAS",
+                 cells);
+    presentStep(records).mostRsRise = rise * reader.units->gasRatio;
 }
 
 }  // namespace kvr

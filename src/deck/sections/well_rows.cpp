@@ -74,7 +74,12 @@ void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step) {
         return sameColumn(other) && std::min(other.k1, other.k2) >= top &&
                std::max(other.k1, other.k2) <= bottom;
     };
+    const auto meets = [&, top = top, bottom = bottom](const ScheduleCompletion& other) {
+        return sameColumn(other) && std::min(other.k1, other.k2) <= bottom &&
+               std::max(other.k1, other.k2) >= top;
+    };
     list.erase(std::remove_if(old + 1, list.end(), isCovered), list.end());
+    if (std::any_of(old + 1, list.end(), meets)) list.push_back(row);
 }
 
 bool nextWellRow(SectionReader& reader, ScheduleStep& step) {

@@ -27,7 +27,7 @@ ScheduleWell* changeWell(ScheduleStep& step, const std::string& name);
 void setStatus(const std::string& status, ScheduleWell& well);
 
 /// A row for the very cells of an earlier one takes its place, and those of the same well behind it that it
-/// covers go; any other is put behind.
+/// covers go; it stands once more behind those that it covers in part. Any other is put behind.
 void keepCompletion(const ScheduleCompletion& row, ScheduleStep& step);
 
 /// nextRow; a well's unquoted name alone on its line looks like a keyword and ends the rows, which is told.

@@ -102,5 +102,56 @@ TEST(ScheduleChanges, GroupsAreReadOverAndNoSimIsTaken) {
     EXPECT_FALSE(bench.deck.printed("not surpported"));
 }
 
+TEST(ScheduleChanges, OfConnectionsAreThoseWithAnyItemEvenOfZeros) {
+    ScheduleBench bench(Connected + "WELOPEN\n'P1' 'SHUT' 0 0 0 2* /\n'P2' 'SHUT' 5* /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).status, "OPEN");
+    EXPECT_EQ(bench.well(0).connectionOpenings, 1);
+    EXPECT_EQ(bench.well(0).openings, 1);
+    for (std::size_t n = 2; n < bench.step().completions.size(); ++n)
+        EXPECT_EQ(bench.step().completions[n].status, "SHUT") << n;
+    ASSERT_EQ(bench.step().completions.size(), 5U);  // the two rows of COMPDAT, and K 1, 2, 3 of P1
+    EXPECT_EQ(bench.well(1).status, "SHUT");
+}
+
+TEST(ScheduleChanges, TellOfEconomicLimitsThatAreNotHeld) {
+    ScheduleBench bench(TwoWells + "WECON\n'P1' 10 4* 'WELL' 'NO' 'P2' /\n'P2' 14* 100 /\n/\n");
+    bench.read();
+    EXPECT_TRUE(bench.deck.printed("WARNING :: WELL P1: THE WELL P2 THAT IS TO FOLLOW IT IS NOT OPENED"));
+    EXPECT_TRUE(bench.deck.printed("WARNING :: WELL P2: POTENTIALS, SECOND WATER CUTS"));
+}
+
+TEST(ScheduleChanges, LimitNoRiseThatIsNotGivenAndTellThatAllCellsAreMeant) {
+    ScheduleBench bench("DRSDT\n1* /\nTSTEP\n1 /\nDRSDT\n0.01 'FREE' /\nTSTEP\n1 /\n");
+    bench.read();
+    EXPECT_TRUE(std::isinf(bench.schedule.steps[0].mostRsRise));
+    EXPECT_FALSE(std::isinf(bench.schedule.steps[1].mostRsRise));
+    EXPECT_TRUE(bench.deck.printed("WARNING :: DRSDT FREE: THE LIMIT HOLDS IN ALL CELLS"));
+}
+
+TEST(ScheduleChanges, MultiplyFaultsFromTheirStepOnOnce) {
+    ScheduleBench bench("TSTEP\n1 /\nMULTFLT\n'F1' 0.5 /\n'F1' 0.1 /\n'G' 2 /\n/\nTSTEP\n1 /\nTSTEP\n1 /\n");
+    bench.grid.faultFaces.push_back({"F1", {}, 2});
+    bench.read();
+    EXPECT_TRUE(bench.schedule.steps[0].faultMultipliers.empty());
+    ASSERT_EQ(bench.schedule.steps[1].faultMultipliers.size(), 1U);
+    EXPECT_DOUBLE_EQ(bench.schedule.steps[1].faultMultipliers[0].value, 0.05);
+    EXPECT_TRUE(bench.schedule.steps[2].faultMultipliers.empty()) << "it has acted";
+    EXPECT_TRUE(bench.deck.printed("WARNING :: FAULT G IS NOT KNOWN"));
+}
+
+TEST(ScheduleChanges, ACompletionGivenAnewStandsBehindThoseThatItMeetsInPart) {
+    ScheduleBench bench(
+        TwoWells +
+        "COMPDAT\n'P1' 0 0 1 5 'OPEN' 2* 0.5 /\n'P1' 0 0 3 7 'SHUT' 2* 0.6 /\n'P1' 0 0 1 5 'OPEN' 2* "
+        "0.7 /\n/\n");
+    bench.read();
+    // The second row would shut cells 3 to 5 again, were it the last to name them.
+    ASSERT_EQ(bench.step().completions.size(), 3U);
+    EXPECT_DOUBLE_EQ(bench.step().completions[0].diameter, 0.7);
+    EXPECT_EQ(bench.step().completions[2].k1, 1);
+    EXPECT_EQ(bench.step().completions[2].status, "OPEN");
+}
+
 }  // namespace
 }  // namespace kvr
