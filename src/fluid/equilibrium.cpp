@@ -200,6 +200,12 @@ PhaseState givenSaturations(const InitialConditions& initial, CellId cell) {
     return found;
 }
 
+/// The region whose RSVD serves a cell of a state given by arrays; where the deck has none for it, region 1.
+const Equilibrium& rsRegionOf(const GridModel& grid, const InitialConditions& initial, CellId cell) {
+    const auto place = static_cast<std::size_t>(std::max(equilibriumOf(grid, cell), 1)) - 1;
+    return initial.regions[place < initial.regions.size() ? place : 0];
+}
+
 void initialiseByArrays(const Console& console, const GridModel& grid, const FluidTables& tables,
                         const InitialConditions& initial, const RunOptions& options, CellState& state) {
     ExcessGas excess;
@@ -207,7 +213,7 @@ void initialiseByArrays(const Console& console, const GridModel& grid, const Flu
         if (grid.Active[cell] == 0) continue;
         const double pressure = given(initial.initialPressure, cell);
         const FluidTables& fluids = pvtAt(tables, cell);
-        const Equilibrium& region = initial.regions[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1];
+        const Equilibrium& region = rsRegionOf(grid, initial, cell);
         const int rsRows = static_cast<int>(region.rsTableDepth.size());
         double rs = given(initial.initialRs, cell);
         if (!initial.rsGiven && rsRows > 0)
@@ -221,22 +227,43 @@ void initialiseByArrays(const Console& console, const GridModel& grid, const Flu
     tellExcess(console, grid, excess);
 }
 
-/// Every active cell has its tables: what follows indexes the regions unasked.
+/// Every active cell has a record of EQUIL and saturation tables: what follows indexes them unasked. Cells
+/// whose state arrays give need no record.
 void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables,
                     const InitialConditions& initial) {
+    const auto hasRecord = [&initial](int region) {
+        return region >= 1 && static_cast<std::size_t>(region) <= initial.regions.size() &&
+               initial.regions[static_cast<std::size_t>(region) - 1].isGiven;
+    };
+    const auto refuse = [&](std::string_view what, int number, std::string_view keyword, CellId cell) {
+        both(console, "ERROR :: NO {} {} FOR {}, GRID {} (I {}, J {}, K {})", what, number, keyword, cell,
+             grid.CellI[cell], grid.CellJ[cell], grid.CellK[cell]);
+        hardStop(console);
+    };
     const int regions = static_cast<int>(tables.regions.size());
-    const int equilibria = static_cast<int>(initial.regions.size());
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
-        const int region = equilibriumOf(grid, cell);
-        if (grid.Active[cell] == 0 || (region >= 1 && region <= equilibria)) continue;
-        both(console, "ERROR :: NO EQUIL RECORD {} FOR EQLNUM, GRID {}", region, cell);
-        hardStop(console);
+        if (grid.Active[cell] == 0) continue;
+        const int equilibrium = equilibriumOf(grid, cell), saturation = grid.SATNUM[cell];
+        if (initial.equilibrationMode && !hasRecord(equilibrium))
+            refuse("EQUIL RECORD", equilibrium, "EQLNUM", cell);
+        if (saturation < 1 || saturation > regions) refuse("SATURATION TABLE", saturation, "SATNUM", cell);
     }
+}
+
+/// Where neither water nor gas is there is oil, whatever phases the deck names.
+void tellOilOfNoPhase(const Console& console, const GridModel& grid, const RunOptions& options,
+                      const CellState& state) {
+    constexpr double LeastOil = 1e-6;  // saturation
+    if (options.hasOil) return;
+    CellId first = 0;
+    int count = 0;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
-        if (grid.Active[cell] == 0 || (grid.SATNUM[cell] >= 1 && grid.SATNUM[cell] <= regions)) continue;
-        both(console, "ERROR :: NO SATURATION TABLE {} FOR SATNUM, GRID {}", grid.SATNUM[cell], cell);
-        hardStop(console);
+        if (grid.Active[cell] == 0 || !(state.So[cell] > LeastOil)) continue;
+        if (count++ == 0) first = cell;
     }
+    if (count > 0)
+        warn(console, "WARNING :: THE RUN HAS NO OIL, BUT {} CELLS START WITH IT; FIRST: GRID {}, {}", count,
+             first, number(state.So[first]));
 }
 
 void chooseDirectSolver(const Console& console, const GridModel& grid, RunOptions& options) {
@@ -264,6 +291,7 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
         initialiseByDepth(console, grid, tables, initial, options, state);
     else
         initialiseByArrays(console, grid, tables, initial, options, state);
+    tellOilOfNoPhase(console, grid, options, state);
 }
 
 void releaseInitialArrays(InitialConditions& initial) {

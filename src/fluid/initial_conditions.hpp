@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "base/deck_place.hpp"
 
 #include <vector>
 
@@ -12,6 +13,9 @@ struct Equilibrium {
     double datumPressure = 0.0;
     double wocDepth = 0.0;
     double gocDepth = 0.0;
+    DeckPlace place;                   // of its record
+    bool isGiven = false;              // by a record of EQUIL
+    double rsTableItem = 0.0;          // item 7: above 0 where RSVD is asked for
     std::vector<double> rsTableDepth;  // RSVD rows; empty when not given
     std::vector<double> rsTableRs;
 };

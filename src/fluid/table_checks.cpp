@@ -233,28 +233,37 @@ void completeScalars(const Console& console, FluidTables& tables) {
     if (tables.gasDensity <= 0.0) tables.gasDensity = DefaultGasDensity;
 }
 
-/// What a further PVT region does not give it has from the region before.
-void fillFromRegionBefore(const FluidTables& before, FluidTables& region) {
-    const auto copy = [&](auto... columns) { ((region.*columns = before.*columns), ...); };
-    if (region.OilPressure.empty())
-        copy(&FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity, &FluidTables::OilRs,
-             &FluidTables::UnderRows);
+/// What a further PVT region does not give it has from the region before, which is told.
+void fillFromRegionBefore(const Console& console, std::size_t number, const FluidTables& before,
+                          FluidTables& region) {
+    const auto copy = [&](std::string_view what, auto... columns) {
+        ((region.*columns = before.*columns), ...);
+        warn(console, "WARNING :: PVT REGION {} HAS NO {}, THAT OF THE REGION BEFORE IS TAKEN", number, what);
+    };
+    if (region.OilPressure.empty() && !before.OilPressure.empty())
+        copy("TABLE OF OIL", &FluidTables::OilPressure, &FluidTables::OilFvf, &FluidTables::OilViscosity,
+             &FluidTables::OilRs, &FluidTables::UnderRows);
+    if (region.GasPressure.empty() && before.hasGas)
+        copy("TABLE OF GAS", &FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity);
     if (region.GasPressure.empty())
-        copy(&FluidTables::GasPressure, &FluidTables::GasFvf, &FluidTables::GasViscosity);
+        ((region.GasPressure = before.GasPressure), (region.GasFvf = before.GasFvf),
+         (region.GasViscosity = before.GasViscosity));
     if (region.waterFvf <= LeastGiven)
-        copy(&FluidTables::referencePressureWater, &FluidTables::waterFvf, &FluidTables::waterCompressibility,
-             &FluidTables::waterViscosity, &FluidTables::waterViscosibility);
+        copy("PVTW", &FluidTables::referencePressureWater, &FluidTables::waterFvf,
+             &FluidTables::waterCompressibility, &FluidTables::waterViscosity,
+             &FluidTables::waterViscosibility);
     if (region.rockReferencePressure <= LeastGiven && region.rockCompressibility <= LeastGiven)
-        copy(&FluidTables::rockReferencePressure, &FluidTables::rockCompressibility);
+        copy("ROCK", &FluidTables::rockReferencePressure, &FluidTables::rockCompressibility);
     if (region.oilDensity <= 0.0 && region.waterDensity <= 0.0 && region.gasDensity <= 0.0)
-        copy(&FluidTables::oilDensity, &FluidTables::waterDensity, &FluidTables::gasDensity);
+        copy("DENSITY", &FluidTables::oilDensity, &FluidTables::waterDensity, &FluidTables::gasDensity);
 }
 
-void completeFurtherRegions(FluidTables& tables) {
+void completeFurtherRegions(const Console& console, FluidTables& tables) {
     const FluidTables* before = &tables;
+    std::size_t number = 1;
     for (FluidTables& region : tables.furtherPvt) {
         region.hasGas = tables.hasGas;
-        fillFromRegionBefore(*before, region);
+        fillFromRegionBefore(console, ++number, *before, region);
         before = &region;
     }
 }
@@ -275,7 +284,7 @@ void completeTables(const Console& console, int regionCount, FluidTables& tables
     completePvt(console, tables);
     completeRegions(console, regionCount, tables);
     completeScalars(console, tables);
-    completeFurtherRegions(tables);
+    completeFurtherRegions(console, tables);
     finishTables(tables);
     if (BubblePoint(tables, tables.MaxRs) > 0.0) return;
     both(console, "WARNING :: Dead oil PVT table confirmed..");

@@ -1,7 +1,11 @@
 #include "deck/sections/solution.hpp"
 
+#include "base/text.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "deck/sections/arithmetic_rows.hpp"
+#include "model/cell_box.hpp"
+#include "model/multipliers.hpp"
 
 #include <algorithm>
 #include <array>
@@ -12,24 +16,42 @@ namespace kvr {
 
 namespace {
 
-/// One record of EQUIL.
-void readEquilibrium(SectionReader& reader, Equilibrium& region) {
-    skipCommentLines(reader);
-    std::array<double, 5> items{};  // datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth
-    checkRead(reader, readDoubles(*reader.cursor, items));
+/// Items of a record of EQUIL behind the depths: what they ask for beyond what is done is told.
+void tellEquilibriumItems(const SectionReader& reader, std::span<const double> items) {
     if (items[3] != 0.0)
         warnHere(reader, "WARNING :: CAPILLARY PRESSURE {} AT THE WATER-OIL CONTACT IS NOT USED, 0 IS",
                  number(items[3]));
+    if (items[5] != 0.0)
+        warnHere(reader, "WARNING :: CAPILLARY PRESSURE {} AT THE GAS-OIL CONTACT IS NOT USED, 0 IS",
+                 number(items[5]));
+    if (items[7] > 0.0)
+        warnHere(reader, "WARNING :: EQUIL ITEM 8: GAS HOLDS NO OIL HERE, TABLES OF IT ARE NOT USED");
+    if (items[8] != 0.0)
+        warnHere(reader,
+                 "WARNING :: EQUIL ITEM 9: CELLS ARE TAKEN AT THEIR CENTRES, {} PARTS OF A CELL ARE NOT",
+                 number(std::abs(items[8])));
+}
+
+/// One record of EQUIL.
+void readEquilibrium(SectionReader& reader, Equilibrium& region) {
+    skipCommentLines(reader);
+    // Datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth, Pc there, RSVD, RVVD, accuracy.
+    std::array<double, 9> items{};
+    const ListEnd end = readDoubles(*reader.cursor, items);
+    checkRead(reader, end);
+    tellEquilibriumItems(reader, items);
+    region.isGiven = true;
+    region.place = placeOf(reader);
+    region.rsTableItem = items[6];
     const UnitSystem& units = *reader.units;
     region.datumDepth = items[0] * units.length;
     region.datumPressure = items[1] * units.pressure;
     region.wocDepth = items[2] * units.length;
     region.gocDepth = items[4] * units.length;
-    copyRow(reader, {{items[0], units.copyLength},
-                     {items[1], units.copyPressure},
-                     {items[2], units.copyLength},
-                     {items[3], units.copyPressure},
-                     {items[4], units.copyLength}});
+    const std::array<double, 6> copyFactors = {units.copyLength,   units.copyPressure, units.copyLength,
+                                               units.copyPressure, units.copyLength,   units.copyPressure};
+    const auto given = static_cast<std::size_t>(std::max(end.count, 5));
+    copyRow(reader, std::span<const double>(items).first(given), copyFactors);
 }
 
 /// The regions of equilibrium that keywords of one record or table each fill.
@@ -58,6 +80,9 @@ void readEquil(SectionReader& reader, SolutionRecords& records) {
         if (r > 0 && dataEnded(reader)) return;
         readEquilibrium(reader, equilibriumRegion(records, r));
     }
+    if (!dataEnded(reader))
+        warnHere(reader, "WARNING :: MORE RECORDS OF EQUIL THAN THE {} OF EQLDIMS, NOT READ",
+                 equilibria(records));
 }
 
 constexpr ValueRule Share{0.0, 1.0, false};
@@ -99,6 +124,54 @@ void readRs(SectionReader& reader, SolutionRecords& records) {
     readStateArray(reader, records, "FIELD Solution GOR by MANUAL", NotNegative, records.initial.initialRs,
                    records.initial.rsGiven, reader.units->gasRatio,
                    inOtherUnits(reader, ItemUnit::GasRatio, 1.0));
+}
+
+// --- rows of EQUALS --------------------------------------------------------------------------------
+
+/// Calls `take(row)` for every row of array, value and box; one whose array is not known is reported.
+template <class Take>
+void readEqualsRows(SectionReader& reader, const GridModel& grid, const Take& take) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
+    bool boxed = false;
+    while (nextTableRow(reader, rows)) {
+        const ArithmeticRow row = readBoxRow(reader, grid, rows.last);
+        tellMissingBox(reader, rows.last, boxed);
+        if (!take(row)) reportNotSupported(reader, row.name);
+    }
+    endCopiedList(reader);
+}
+
+struct StateArray {
+    std::string_view name;
+    CellArray<double> InitialConditions::*values;
+    bool InitialConditions::*given;
+    double factor;
+};
+
+/// Arrays of the initial state over boxes; as a whole array they take the place of EQUIL.
+void readStateEquals(SectionReader& reader, SolutionRecords& records) {
+    InitialConditions& initial = records.initial;
+    const StateArray arrays[] = {
+        {"PRESSURE", &InitialConditions::initialPressure, &InitialConditions::pressureGiven,
+         reader.units->pressure},
+        {"SWAT", &InitialConditions::initialSwat, &InitialConditions::swatGiven, 1.0},
+        {"SGAS", &InitialConditions::initialSgas, &InitialConditions::sgasGiven, 1.0},
+        {"SOIL", &InitialConditions::initialSoil, &InitialConditions::soilGiven, 1.0},
+        {"RS", &InitialConditions::initialRs, &InitialConditions::rsGiven, reader.units->gasRatio}};
+    readEqualsRows(reader, records.grid, [&](const ArithmeticRow& row) {
+        const auto* const known = std::find_if(
+            std::begin(arrays), std::end(arrays),
+            [&row](const StateArray& array) { return matchesInThreeForms(trim(row.name), array.name); });
+        if (known == std::end(arrays)) return false;
+        CellArray<double>& values = initial.*known->values;
+        if (values.empty()) values.assign(records.grid.NCELLS, 0.0);
+        forEachCell(records.grid, row.box, [&](CellId cell) { values[cell] = row.value * known->factor; });
+        initial.*known->given = true;
+        initial.equilibrationMode = false;
+        return true;
+    });
 }
 
 void readRsTable(SectionReader& reader, Equilibrium& region) {
@@ -170,11 +243,15 @@ using Row = KeywordRow<SolutionRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSOL", neglect<SolutionRecords>, "neglected"},
     Row{"RPTRST", neglectRestartReports<SolutionRecords>, "neglected"},
-    Row{"EQUIL", readEquil, "datum depth and pressure, WOC depth, Pc there, GOC depth"},
+    Row{"EQUIL", readEquil,
+        "datum depth and pressure, WOC depth, Pc there, GOC depth, Pc there, items of `RSVD`, `RVVD` and "
+        "accuracy; "
+        "both Pc, `RVVD` and the accuracy are not used, `RSVD` is where it is given"},
     Row{"PRESSURE", readPressure, "initial pressure, one value per cell"},
     Row{"SWAT", readSwat, "initial water saturation, one value per cell"},
     Row{"SGAS", readSgas, "initial gas saturation, one value per cell"},
     Row{"SOIL", readSoil, "initial oil saturation, one value per cell"},
+    Row{"EQUALS", readStateEquals, "rows of PRESSURE, SWAT, SGAS, SOIL or RS, a value and a box"},
     Row{"RSVD", readRsvd, "rows of depth and solution gas ratio"},
     Row{"RS", readRs, "initial solution gas ratio, one value per cell"},
     Row{"NEI", readNei, "initial composition, the same in all cells"},
@@ -225,6 +302,23 @@ bool sumIsOff(const InitialConditions& initial, CellId cell) {
     return all ? std::abs(sum - 1.0) > SumSlack : sum > 1.0 + SumSlack;
 }
 
+/// Item 7 of EQUIL says whether RSVD holds, or oil is saturated at the contact; here RSVD does where it is
+/// given.
+void tellRsTables(const Console& console, const SolutionRecords& records) {
+    if (!records.initial.equilibrationMode || records.tables.MaxRs <= 0.0) return;
+    for (const Equilibrium& region : records.initial.regions) {
+        const bool hasTable = !region.rsTableDepth.empty();
+        if (!region.isGiven || hasTable == (region.rsTableItem > 0.0)) continue;
+        if (hasTable)
+            warnAt(console, region.place, "EQUIL",
+                   "WARNING :: EQUIL ITEM 7: RSVD IS USED, THOUGH OIL SATURATED AT THE GAS-OIL CONTACT IS "
+                   "ASKED FOR");
+        else
+            warnAt(console, region.place, "EQUIL",
+                   "WARNING :: EQUIL ITEM 7: NO RSVD IS GIVEN, OIL IS SATURATED AT THE GAS-OIL CONTACT");
+    }
+}
+
 void checkArrays(const SectionReader& reader, const SolutionRecords& records) {
     const InitialConditions& initial = records.initial;
     tellCells(
@@ -262,6 +356,31 @@ void readRegionNumbers(SectionReader& reader, RegionRecords& records) {
     readCellArray(reader, numbers.cells());
 }
 
+/// Region numbers over boxes.
+void readRegionEquals(SectionReader& reader, RegionRecords& records) {
+    constexpr double LargestNumber = 1e9;  // beyond any region
+    struct RegionArray {
+        std::string_view name;
+        CellArray<int> GridModel::*numbers;
+    };
+    static constexpr RegionArray Arrays[] = {{"SATNUM", &GridModel::SATNUM},
+                                             {"PVTNUM", &GridModel::PVTNUM},
+                                             {"EQLNUM", &GridModel::EQLNUM},
+                                             {"FIPNUM", &GridModel::FIPNUM}};
+    GridModel& grid = records.grid;
+    readEqualsRows(reader, grid, [&](const ArithmeticRow& row) {
+        const auto* const known = std::find_if(
+            std::begin(Arrays), std::end(Arrays),
+            [&row](const RegionArray& array) { return matchesInThreeForms(trim(row.name), array.name); });
+        if (known == std::end(Arrays)) return false;
+        CellArray<int>& numbers = grid.*known->numbers;
+        if (numbers.empty()) numbers.assign(grid.NCELLS, 1);
+        const int number = static_cast<int>(std::clamp(row.value, -LargestNumber, LargestNumber));
+        forEachCell(grid, row.box, [&](CellId cell) { numbers[cell] = number; });
+        return true;
+    });
+}
+
 constexpr std::array RegionKeywords = {
     KeywordRow<RegionRecords>{"SATNUM", readRegionNumbers<&GridModel::SATNUM>,
                               "saturation table number, one per cell"},
@@ -271,6 +390,8 @@ constexpr std::array RegionKeywords = {
                               "number of the record of `EQUIL` and the table of `RSVD`, one per cell"},
     KeywordRow<RegionRecords>{"FIPNUM", readRegionNumbers<&GridModel::FIPNUM>,
                               "region of the balance by regions, one per cell"},
+    KeywordRow<RegionRecords>{"EQUALS", readRegionEquals,
+                              "rows of SATNUM, PVTNUM, EQLNUM or FIPNUM, a number and a box"},
 };
 constexpr int MaxBalanceRegions = 10000;
 
@@ -307,6 +428,7 @@ void readSolution(SectionReader& reader, SolutionRecords& records) {
         lineToBoth(consoleOf(reader),
                    "No RS-Depth(RSVD) Table - Table is assumed inside the code while not used");
     }
+    tellRsTables(consoleOf(reader), records);
     if (records.initial.equilibrationMode) return;
     checkArrays(reader, records);
 }

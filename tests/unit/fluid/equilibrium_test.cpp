@@ -32,6 +32,7 @@ struct Bench {
         grid.Active.assign(grid.NCELLS, 1);
         grid.SATNUM.assign(grid.NCELLS, 1);
         grid.JFactor.assign(grid.NCELLS, 1.0);
+        for (CellArray<int>* index : {&grid.CellI, &grid.CellJ, &grid.CellK}) index->assign(grid.NCELLS, 1);
         allocateCellState(grid.NCELLS, 0, state);
         for (int k = 1; k <= grid.NZ; ++k) {
             const double bottom = top + thickness[static_cast<std::size_t>(k) - 1];
@@ -40,6 +41,7 @@ struct Bench {
         }
         options.hasOil = options.hasWater = true;
         initial.equilibrationMode = true;
+        initial.regions[0].isGiven = true;
         fillConstantFluid();
     }
     Bench(const Bench&) = delete;
@@ -390,6 +392,49 @@ TEST(InitialArrays, TellOfGasThatTheOilCannotHold) {
     EXPECT_EQ(Bench::timesIn(bench.console.screen, "FIRST: CELL 2 (I 1, J 1, K 2), 0.371 OF 0.5 MSCF/STB"),
               1);
     EXPECT_NEAR(bench.state.Rs[2], 0.371 / GasRatioFactor, 1e-8);
+}
+
+TEST(Equilibrium, StopsAtACellWhoseRegionHasNoRecordEvenIfItHasATable) {
+    Bench bench(8000, {20, 20});
+    bench.contacts(8000, 4000, 9000, 7000);
+    bench.initial.regions.resize(2);
+    bench.initial.regions[1].rsTableDepth = {7000.0, 9000.0};
+    bench.initial.regions[1].rsTableRs = {1.0, 1.0};
+    bench.grid.EQLNUM.assign(2, 1);
+    bench.grid.EQLNUM[2] = 2;
+    bench.grid.CellK[2] = 2;
+    bench.console.screen = stderr;
+    EXPECT_EXIT(bench.run(), testing::ExitedWithCode(1),
+                "ERROR :: NO EQUIL RECORD 2 FOR EQLNUM, GRID 2 .I 1, J 1, K 2.");
+}
+
+TEST(InitialArrays, TellOfOilInARunWithoutIt) {
+    const auto told = [](double water) {
+        Bench bench(8000, {20});
+        bench.options.hasOil = false;
+        bench.initial.equilibrationMode = false;
+        bench.initial.initialPressure.assign(1, 3000.0);
+        bench.initial.initialSwat.assign(1, water);
+        bench.initial.swatGiven = true;
+        bench.run();
+        return Bench::timesIn(bench.console.screen,
+                              "WARNING :: THE RUN HAS NO OIL, BUT 1 CELLS START WITH IT");
+    };
+    EXPECT_EQ(told(0.7), 1);
+    EXPECT_EQ(told(1.0), 0);
+}
+
+TEST(InitialArrays, NeedNoRecordOfEquilibriumForARegion) {
+    Bench bench(8000, {20, 20});
+    bench.initial.equilibrationMode = false;
+    bench.initial.regions[0].isGiven = false;
+    bench.initial.initialPressure.assign(2, 3000.0);
+    bench.initial.initialSwat.assign(2, 0.4);
+    bench.initial.swatGiven = true;
+    bench.grid.EQLNUM.assign(2, 3);
+    bench.run();
+    EXPECT_EQ(bench.state.Pressure[2], 3000.0);
+    EXPECT_DOUBLE_EQ(bench.state.So[2], 0.6);
 }
 
 TEST(InitialArrays, FillWaterWhereOnlyOilIsGiven) {

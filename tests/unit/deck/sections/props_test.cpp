@@ -371,6 +371,18 @@ TEST(Props, GiveEachRegionOfFluidsItsTables) {
     EXPECT_EQ(pvtAt(bench.tables, 1).rockCompressibility, 1e-6);
 }
 
+TEST(Props, TellWhatARegionOfFluidsTakesFromTheOneBefore) {
+    PropsBench bench("PVDO\n1000 1.2 1\n4000 1.1 1.2\n/\nDENSITY\n50 60 0.1 /\n55 70 0.1 /\n");
+    bench.tables.hasGas = false;
+    bench.options.maxPvtTables = 2;
+    bench.read();
+    EXPECT_TRUE(
+        bench.printed("WARNING :: PVT REGION 2 HAS NO TABLE OF OIL, THAT OF THE REGION BEFORE IS TAKEN"));
+    EXPECT_FALSE(bench.printed("PVT REGION 2 HAS NO DENSITY"));
+    EXPECT_FALSE(bench.printed("PVT REGION 2 HAS NO TABLE OF GAS"));
+    EXPECT_EQ(bench.tables.furtherPvt[0].OilFvf, bench.tables.OilFvf);
+}
+
 TEST(Props, FillOpenNumbersOfATableByTheirNeighbours) {
     PropsBench bench("SWOF\n0.2 0 1 0\n0.4 1* 0.5 1*\n0.8 0.6 0 1* /\n");
     bench.read();

@@ -185,6 +185,21 @@ TEST(Regions, SetsNumbersOutOfRangeToOneWithAWarning) {
               "WARNING :: SATNUM, GRID 3 IS OUT OF RANGE. SET AS 1 \n");
 }
 
+TEST(Regions, TakeNumbersOverBoxes) {
+    DeckBench bench(
+        "FIPNUM\n2*1 2*2 /\nEQUALS\nSATNUM 2 2 3 1 1 1 1 /\nFIPNUM 7 4 4 1 1 1 1 /\nMISCNUM 1 /\n/\n",
+        "REGIONS");
+    GridModel grid;
+    grid.NX = grid.NCELLS = 4;
+    grid.NY = grid.NZ = 1;
+    grid.SATNUM.assign(4, 1);
+    readRegionText(bench, grid);
+    EXPECT_EQ(grid.SATNUM.slots, (std::vector<int>{1, 1, 2, 2, 1}));
+    EXPECT_EQ(grid.FIPNUM[3], 2);
+    EXPECT_EQ(grid.FIPNUM[4], 7);
+    EXPECT_TRUE(bench.printed(" MISCNUM  -> not surpported  "));
+}
+
 void readBadRegions(std::string_view text) {
     DeckBench bench(text, "REGIONS");
     bench.speakToStandardError();
@@ -199,6 +214,59 @@ TEST(RegionsDeathTest, SpeaksOfTheSummarySectionAndOfTheGridSection) {
                 "Reading error, in SUMMARY Section");
     EXPECT_EXIT(readBadRegions("INCLUDE\n'missing' /\n"), testing::ExitedWithCode(1),
                 "ERROR: INCLUDE File Open Error at GRID section\nFile I/O Error, in GRID Section 2");
+}
+
+TEST(Solution, TellsOfItemsOfEquilThatAreNotUsed) {
+    SolutionBench bench("EQUIL\n 8400 4800 8450 2 8300 3 0 1 -5 /\n");
+    bench.read();
+    EXPECT_TRUE(bench.printed("WARNING :: CAPILLARY PRESSURE 2 AT THE WATER-OIL CONTACT"));
+    EXPECT_TRUE(bench.printed("WARNING :: CAPILLARY PRESSURE 3 AT THE GAS-OIL CONTACT"));
+    EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 8"));
+    EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 9: CELLS ARE TAKEN AT THEIR CENTRES, 5 PARTS"));
+    SolutionBench quiet("EQUIL\n 8400 4800 8450 0 8300 0 1 0 0 /\n");
+    quiet.read();
+    EXPECT_FALSE(quiet.printed("WARNING"));
+}
+
+TEST(Solution, TellsWhereTheTableOfSolutionGasIsNotWhatEquilAsksFor) {
+    const std::string table = "RSVD\n8300 1.27\n8450 1.27 /\n";
+    const auto says = [](const std::string& text, const char* line) {
+        SolutionBench bench(text);
+        bench.tables.MaxRs = 1.0;
+        bench.read();
+        return bench.printed(line);
+    };
+    EXPECT_TRUE(says("EQUIL\n 8400 4800 8450 0 8300 /\n" + table, "WARNING :: EQUIL ITEM 7: RSVD IS USED"));
+    EXPECT_TRUE(says("EQUIL\n 8400 4800 8450 0 8300 0 1 /\n", "WARNING :: EQUIL ITEM 7: NO RSVD IS GIVEN"));
+    EXPECT_FALSE(says("EQUIL\n 8400 4800 8450 0 8300 0 1 /\n" + table, "ITEM 7"));
+    EXPECT_FALSE(says("EQUIL\n 8400 4800 8450 0 8300 /\n", "ITEM 7"));
+}
+
+TEST(Solution, CopiesTheItemsOfEquilThatAreGiven) {
+    SolutionBench bench("EQUIL\n 8400 4800 8450 0 8300 0 1 /\n");
+    bench.reader.outputMetric = true;
+    bench.read();
+    EXPECT_EQ(contentsOf(bench.sinks.fieldCopy), "EQUIL\n8400 4800 8450 0 8300 0 1 /\n");
+}
+
+TEST(Solution, TakesArraysOverBoxes) {
+    SolutionBench bench(
+        "EQUIL\n 8400 4800 8450 0 8300 /\nEQUALS\nPRESSURE 3000 /\nSWAT 0.2 /\nswat 0.5 2 3 1 1 1 1 /\nTEMPI "
+        "9 /\n/\n");
+    bench.read();
+    EXPECT_FALSE(bench.initial.equilibrationMode);
+    EXPECT_EQ(bench.initial.initialPressure[3], 3000.0);
+    EXPECT_EQ(bench.initial.initialSwat[1], 0.2);
+    EXPECT_EQ(bench.initial.initialSwat[3], 0.5);
+    EXPECT_TRUE(bench.initial.swatGiven && !bench.initial.sgasGiven);
+    EXPECT_TRUE(bench.printed(" TEMPI    -> not surpported  "));
+}
+
+TEST(Solution, TellsOfRecordsBeyondTheRegionsOfEquilibrium) {
+    SolutionBench bench("EQUIL\n 8400 4800 8450 0 8300 /\n 8400 4900 8450 0 8300 /\n");
+    bench.read();
+    EXPECT_EQ(bench.initial.regions.size(), 1U);
+    EXPECT_TRUE(bench.printed("WARNING :: MORE RECORDS OF EQUIL THAN THE 1 OF EQLDIMS"));
 }
 
 }  // namespace
