@@ -41,6 +41,11 @@ void takePresent(const UnitSystem& units, const Well& well, SummaryFigures& figu
     figures.bhp = well.Bhp;
 }
 
+/// A well's rates are means over time, and are told as those of the share of it in which it is on (WEFAC).
+void showRatesWhileOn(double efficiency, SummaryFigures& figures) {
+    for (double* rate : {&figures.oil, &figures.water, &figures.gas}) *rate /= efficiency;
+}
+
 void growTo(std::size_t count, std::vector<double>& sums) {
     if (sums.size() < count) sums.resize(count, 0.0);
 }
@@ -99,6 +104,7 @@ std::vector<SummaryFigures> summaryFigures(const UnitSystem& units, const RunClo
         if (w < wells.wells.size()) takePresent(units, wells.wells[w], figures);
         if (clock.reportIndex == 0) figures.historyBhp = figures.bhp;
         addToTotals(w, dt, figures, totals);
+        if (w < wells.wells.size()) showRatesWhileOn(wells.wells[w].efficiency, figures);
     }
     return all;
 }

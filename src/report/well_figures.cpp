@@ -32,6 +32,11 @@ void addFlow(const ReportedFlow& flow, ReportedFlow& sum) {
     sum.reservoir += flow.reservoir;
 }
 
+void scale(double factor, ReportedFlow& flow) {
+    for (double* rate : {&flow.oil, &flow.water, &flow.gas, &flow.reservoir}) *rate *= factor;
+}
+
+/// Rates of a well are those while it is on (WEFAC); those of the field are means over time.
 void takeRates(const UnitSystem& units, const WellRecord& wells, StepFigures& figures) {
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         WellFigures& well = figures.wells[w];
@@ -39,6 +44,9 @@ void takeRates(const UnitSystem& units, const WellRecord& wells, StepFigures& fi
         well.injection = rateOf(units, wells.wells[w], 1.0);
         addFlow(well.production, figures.field.production);
         addFlow(well.injection, figures.field.injection);
+        const double on = 1.0 / wells.wells[w].efficiency;
+        scale(on, well.production);
+        scale(on, well.injection);
     }
 }
 
