@@ -14,8 +14,6 @@ namespace kvr {
 
 namespace {
 
-constexpr double LeastInPlace = 1e-9;  // surface volume; rounding leaves less of a phase that is not there
-
 constexpr double MscfPerMillion = 1000.0;  // Mscf per "M Mscf"
 
 PhaseAmounts surfaceAmounts(const InPlaceSums& sums) {

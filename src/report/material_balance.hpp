@@ -10,6 +10,8 @@ InPlaceSums sumInPlace(const GridModel& grid, const CellState& state, bool hasGa
 
 /// Material balance error of one phase, as a fraction: 1 - (now - netInflow)/initial; with nothing in
 /// place at the start (now - netInflow)/now, and 0 when there is nothing now either.
+inline constexpr double LeastInPlace =
+    1e-9;  // surface volume; rounding leaves less of a phase that is not there
 double balanceError(double initial, double now, double netInflow);
 
 /// Recovered fraction 1 - now/initial, as (initial - now)/initial; an initial amount of 0 or less counts

@@ -56,10 +56,10 @@ void tellTotals(const Simulation& s) {
     const StepFigures figures = stepFigures(s);
     const ReportedFlow& out = figures.field.produced;
     const ReportedFlow& in = figures.field.injected;
-    const BalanceRow& last = s.balance.rows.back();
-    tellPhase(s, "Oil", out.oil, in.oil, last.errorOil, Quantity::LiquidTotal);
-    tellPhase(s, "Water", out.water, in.water, last.errorWater, Quantity::LiquidTotal);
-    if (s.options.hasGas) tellPhase(s, "Gas", out.gas, in.gas, last.errorGas, Quantity::GasTotal);
+    const PhaseAmounts error = judgedErrors(s.balance);
+    tellPhase(s, "Oil", out.oil, in.oil, error.oil, Quantity::LiquidTotal);
+    tellPhase(s, "Water", out.water, in.water, error.water, Quantity::LiquidTotal);
+    if (s.options.hasGas) tellPhase(s, "Gas", out.gas, in.gas, error.gas, Quantity::GasTotal);
 }
 
 std::string limitText(const WellCourse& well, const std::string& name) {

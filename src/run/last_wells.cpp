@@ -44,9 +44,15 @@ void tellHead(const Simulation& s) {
     tell(s.console, units);
 }
 
+/// Another rate than that of its control holds the well.
+bool isHeldByRateLimit(const Well& well) {
+    return isRateControlled(well) && !well.givenControl.empty() && well.WellControl != well.givenControl;
+}
+
 std::string_view stateOf(const Well& well) {
     if (well.shut) return "  shut";
     if (isAtLimit(well)) return isInjector(well) ? "  injects, at its BHP limit" : "  at its BHP limit";
+    if (isHeldByRateLimit(well)) return "  at a limit of its rates";
     return isInjector(well) ? "  injects" : "";
 }
 
@@ -70,7 +76,7 @@ std::string rowText(const Simulation& s, const Well& well, const StepFigures& fi
 }  // namespace
 
 bool isAtLimit(const Well& well) {
-    return !well.shut && well.WellControl == "bhp" && well.deckControl != "bhp";
+    return !well.shut && well.WellControl == "bhp" && well.givenControl != "bhp";
 }
 
 void tellLastWells(const Simulation& simulation) {

@@ -1,6 +1,7 @@
 #include "run/report_rows.hpp"
 
 #include "base/constants.hpp"
+#include "report/material_balance.hpp"
 #include "report/run_vectors.hpp"
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 namespace kvr {
 
 namespace {
+
+constexpr double NegligibleShare = 1e-3;  // of the pore volume: what a phase with less is judged against
 
 struct TableColumn {
     std::string_view name;
@@ -50,10 +53,25 @@ long cutsSoFar(const Simulation& simulation) {
     return simulation.control.rejected + simulation.implicit.counts.cuts;
 }
 
-double largestBalanceError(const BalanceRecord& balance) {
-    if (balance.rows.empty()) return 0.0;
+PhaseAmounts judgedErrors(const BalanceRecord& balance) {
+    if (balance.rows.empty()) return {};
     const BalanceRow& row = balance.rows.back();
-    return Percent * std::max({std::abs(row.errorOil), std::abs(row.errorWater), std::abs(row.errorGas)});
+    const double least = NegligibleShare * row.poreVolume;
+    const auto judged = [&](double PhaseAmounts::*phase, double error) {
+        const double first = balance.initial.*phase, now = row.inPlace.*phase;
+        if (first >= least) return error;
+        const double base = first >= LeastInPlace ? first : now;  // what balanceError has divided by
+        const double against =
+            std::max({first, now, balance.field.produced.*phase, balance.field.injected.*phase, least});
+        return against > 0.0 ? error * base / against : error;
+    };
+    return {judged(&PhaseAmounts::oil, row.errorOil), judged(&PhaseAmounts::water, row.errorWater),
+            judged(&PhaseAmounts::gas, row.errorGas)};
+}
+
+double largestBalanceError(const BalanceRecord& balance) {
+    const PhaseAmounts errors = judgedErrors(balance);
+    return Percent * std::max({std::abs(errors.oil), std::abs(errors.water), std::abs(errors.gas)});
 }
 
 void addReportRow(Simulation& simulation) {

@@ -15,7 +15,13 @@ long cutsSoFar(const Simulation& simulation);
 /// "2003-05-12": the clock's calendar date.
 std::string dateText(const RunClock& clock);
 
-/// Largest balance error of a phase in the last row of the balance, per cent.
+/// Errors of the last row of the balance as they are judged, fractions. Of a phase of which a thousandth of
+/// the pore volume or more was in place they are those of the row; any other is held against the most of what
+/// was and is in place, what wells have produced and injected, and that thousandth, so that the rounding of
+/// next to nothing is no error.
+PhaseAmounts judgedErrors(const BalanceRecord& balance);
+
+/// The largest of them, per cent.
 double largestBalanceError(const BalanceRecord& balance);
 
 }  // namespace kvr

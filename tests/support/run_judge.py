@@ -8,6 +8,7 @@ import numpy
 PHASES = "OWG"
 LEAST_IN_PLACE = 1e-9  # stb or Mscf: rounding leaves less of a phase that is not there
 LEAST_THROUGHPUT = 1e-3  # of what is in place, where less has moved
+NEGLIGIBLE_SHARE = 1e-3  # of the pore volume: a phase of which less was in place is judged against this much
 END_TOLERANCE = 1e-6  # of the length of the schedule
 SHUT_FLOW = 1e-6  # stb/day or Mscf/day: a shut well gives none
 CONSOLE_LIMIT = 1 << 20  # bytes
@@ -129,20 +130,30 @@ def phase_totals(table):
             for total, word in words.items()}
 
 
+def judged_amount(first, now, produced, injected, least):
+    """What an error of a phase is held against: what was in place; where that is next to nothing the most of what is in place and
+    has moved, and a negligible share of the pore volume."""
+    return first if first >= least and first > 0.0 else max(first, now.max(), produced, injected, least)
+
+
 def phase_balances(sweep, totals):
     """Errors of each phase: over time as the report has them, at the end also from amounts and rates of wells here, and at the end
     over what has moved."""
     largest, moved = [], []
+    pores = sweep["PVT"][0]  # reservoir barrels, about the scale of stb and Mscf
     for phase in PHASES:
         first, now = sweep[f"F{phase}IP_ORG"][0], sweep[f"F{phase}IP_NOW"]
         produced, injected = totals[f"F{phase}PT"], totals.get(f"F{phase}IT", 0.0)
         if max(first, now.max(), produced, injected) <= LEAST_IN_PLACE:
             continue
         base = first if first > 0.0 else now[-1]
-        own = abs(now[-1] - first - injected + produced) / base if base > 0.0 else math.inf
-        reported = numpy.abs(sweep[f"MBE{phase}"])
+        against = judged_amount(first, now, produced, injected, NEGLIGIBLE_SHARE * pores)
+        own = abs(now[-1] - first - injected + produced) / against if against > 0.0 else math.inf
+        reported = numpy.abs(sweep[f"MBE{phase}"]) * (base / against if base > 0.0 else 1.0)
+        base = against
         largest.append(max(reported.max(), own, key=lambda x: math.inf if math.isnan(x) else x))
-        moved.append(max(reported[-1], own) * base / max(produced, injected, LEAST_THROUGHPUT * max(first, now[-1])))
+        moved.append(max(reported[-1], own) * base / max(produced, injected,
+                                                                          LEAST_THROUGHPUT * max(first, now[-1], NEGLIGIBLE_SHARE * pores)))
     return max(largest, default=0.0), max(moved, default=0.0)
 
 

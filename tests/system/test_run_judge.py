@@ -53,10 +53,11 @@ def recovery(changes=None):
     return " ".join(NAMES) + "\n" + "\n".join(" ".join(str(value) for value in row.values()) for row in rows.values()) + "\n"
 
 
-def sweep(water_error=0.0, last=50.0, water=97500.0):
+def sweep(water_error=0.0, last=50.0, water=97500.0, first_gas=0.0, gas_error=0.0):
     """The balance table of 100,000 stb of oil and of water, less what the wells have produced, the error in the last row."""
-    names = "TIME FPR MBEO MBEW MBEG FOIP_ORG FOIP_NOW FWIP_ORG FWIP_NOW FGIP_ORG FGIP_NOW FPR".split()
-    rows = [[0.0, 2000.0, 0, 0, 0, 1e5, 1e5, 1e5, 1e5, 0, 0, 1.0], [last, 2100.0, 0, water_error, 0, 1e5, 92500.0, 1e5, water, 0, 500, 1.0]]
+    names = "TIME PVT FPR MBEO MBEW MBEG FOIP_ORG FOIP_NOW FWIP_ORG FWIP_NOW FGIP_ORG FGIP_NOW FPR".split()
+    rows = [[0.0, 2.5e5, 2000.0, 0, 0, 0, 1e5, 1e5, 1e5, 1e5, first_gas, first_gas, 1.0],
+            [last, 2.5e5, 2100.0, 0, water_error, gas_error, 1e5, 92500.0, 1e5, water, first_gas, first_gas + 500, 1.0]]
     return "".join(f" |{name}|" for name in names) + "\n" + "\n".join(" ".join(map(str, row)) for row in rows) + "\n"
 
 
@@ -102,6 +103,22 @@ def test_an_error_is_held_against_what_is_in_place_and_against_what_has_moved(tm
     figures = measured(tmp_path, balance=sweep(water_error=-0.004))
     assert figures.balance == pytest.approx(0.004)
     assert figures.balance_moved == pytest.approx(0.004 * 1e5 / 2500.0)
+
+
+def test_an_error_of_a_phase_that_holds_next_to_nothing_is_held_against_what_moved_or_a_share_of_the_pores(tmp_path):
+    # A thousandth of an Mscf was there at first, five hundred have been injected: ten thousand times the first is one in fifty.
+    figures = measured(tmp_path, balance=sweep(first_gas=0.001, gas_error=1e4))
+    assert figures.balance == pytest.approx(10.0 / 500.001)
+    # Without wells the thousandth part of the pore volume is 250.
+    still = {(time, "WGIR:I"): 0.0 for time in STEPS}
+    text = sweep(first_gas=0.001, gas_error=1.0).replace("500.001", "0.0")
+    assert measured(tmp_path, wells=still, balance=text).balance == pytest.approx(0.001 / 250.0)
+
+
+def test_a_true_error_of_a_phase_that_was_there_is_not_made_small_by_what_has_moved(tmp_path):
+    # 250 of 300 Mscf that were there: above a thousandth of the pores, so that what was there counts.
+    figures = measured(tmp_path, balance=sweep(first_gas=300.0, gas_error=0.25))
+    assert figures.balance == pytest.approx(0.25)
 
 
 def test_amounts_at_the_end_are_held_against_the_rates_of_the_wells_whatever_the_report_says(tmp_path):
