@@ -25,7 +25,6 @@ void passBetweenTracedNodes(const SolverLine& line, const std::vector<double>& s
     }
 }
 
-/// The face of `from` behind which `to` lies, 0 if it is no neighbour.
 /// Where the node of the solver that the flow comes from is no longer than the traced one.
 void findResolved(const SolverLine& line, std::vector<std::uint8_t>& told) {
     constexpr double Slack = 1e-6;  // of equal times that were summed differently
@@ -37,6 +36,7 @@ void findResolved(const SolverLine& line, std::vector<std::uint8_t>& told) {
     }
 }
 
+/// The face of `from` behind which `to` lies, 0 if it is no neighbour.
 int faceTowards(const ConnectionTable& connections, CellId from, CellId to) {
     const CellId* neighbour = connections.Neighbour.row(from);
     for (int face = 1; face <= FaceCount; ++face)

@@ -75,6 +75,8 @@ NodeData emptySum(const NodeData& centre) {
     NodeData sum;
     sum.Bw = sum.Bo = sum.Bg = sum.MuW = sum.MuO = sum.MuG = 0.0;
     sum.region = centre.region;
+    sum.pvt = centre.pvt;
+    sum.limitsRs = centre.limitsRs;
     sum.keepsAmounts = centre.keepsAmounts;
     return sum;
 }
@@ -82,8 +84,9 @@ NodeData emptySum(const NodeData& centre) {
 /// The phases of a node whose saturations still are the amounts that they stand for.
 void splitPhases(const FluidTables& fluids, NodeData& mean) {
     const ConservedAmounts amounts{mean.Sw, mean.So, mean.Sg};
-    const RecoveryFactors factors{mean.pressure, mean.Bw, mean.Bo, mean.Bg};
-    const PhaseState state = fluids.hasGas ? recoverState(fluids, regionTable(fluids, mean.region), false,
+    const RecoveryFactors factors{mean.pressure, mean.Bw, mean.Bo, mean.Bg, mean.limitsRs};
+    const FluidTables& pvt = mean.pvt != nullptr ? *mean.pvt : fluids;
+    const PhaseState state = fluids.hasGas ? recoverState(pvt, regionTable(fluids, mean.region), false,
                                                           factors, mean.saturatedRs, amounts)
                                            : recoverState(fluids, mean.region, false, factors, amounts);
     mean.Sw = state.Sw;
@@ -94,7 +97,8 @@ void splitPhases(const FluidTables& fluids, NodeData& mean) {
 }
 
 /// What a node holds that covers parts of several cells: the sums of their parts, at the means of their
-/// factors. `first` is the traced node in which it begins, and moves on to the one in which it ends.
+/// factors, by the tables of the cell at its centre. `first` is the traced node in which it begins, and moves
+/// on to the one in which it ends.
 NodeData meanOverNode(const std::vector<NodeData>& nodes, const FluidTables& fluids, const SolverLine& line,
                       std::size_t i, std::size_t& first) {
     const auto dataOf = [&](std::size_t traced) -> const NodeData& {

@@ -62,6 +62,22 @@ TEST(LoadNodes, GivesALongNodeWhatItCoversOfEveryCell) {
     EXPECT_EQ(line.nodes[1].Cw, 0.5);
 }
 
+TEST(LoadNodes, GivesALongNodeTheTablesOfTheCellAtItsCentre) {
+    const FluidTables tables = samples::plainFlood();
+    const FluidTables other = samples::plainFlood();
+    SolverLine line = samples::floodedLine(tables, {10.0, 20.0, 40.0});
+    std::vector<NodeData> nodes(4);
+    for (std::size_t c = 1; c <= 3; ++c) {
+        line.tracedCell[c] = static_cast<CellId>(c);
+        nodes[c].pvt = c == 2 ? &other : &tables;
+        nodes[c].limitsRs = c == 2;
+    }
+    layNodes(NodeControl::Regular, 2.0 / 3.0, 1.0, line);
+    loadNodes(nodes, tables, {}, true, line);
+    EXPECT_EQ(line.nodes[1].pvt, &other);
+    EXPECT_EQ(line.nodes[2].pvt, &tables);
+}
+
 TEST(LoadInlet, GivesInjectedWaterAllThatItsEndPointsLeave) {
     Inlet inlet("wat");
     inlet.load(true);
