@@ -7,13 +7,16 @@ namespace kvr {
 
 namespace {
 
-/// Keywords that ask for reports and files, or say how the numbers are found and how much memory to take.
-constexpr std::array<std::string_view, 44> OutputKeywords = {
-    "BOUNDARY", "COLUMNS",  "DATE",     "DEBUG",    "DIFFCOEF", "ECHO",     "EXCEL",    "FMTIN",    "FMTOUT",
-    "GRIDFILE", "GRIDUNIT", "HISTDATE", "INIT",     "LOAD",     "LOGIC",    "MAPAXES",  "MAPUNITS", "MEMORY",
-    "MESSAGES", "MESSOPTS", "MONITOR",  "NARROW",   "NMATOPTS", "NMESSAGE", "NOECHO",   "NOWARN",   "NSTACK",
-    "NUPCOL",   "OUTRAD",   "OUTSOL",   "PARALLEL", "PRINT",    "RPTONLY",  "RPTONLYO", "RUNSUM",   "SAVE",
-    "SEPARATE", "SMRYDIMS", "TITLE",    "TUNING",   "UNIFIN",   "UNIFOUT",  "WARN",     "WIDE"};
+/// Keywords that ask for reports and files, say how the numbers are found and how much memory to take, or
+/// repeat what is so in any case.
+constexpr std::array<std::string_view, 49> OutputKeywords = {
+    "BOUNDARY", "COLUMNS",  "COORDSYS", "CPR",    "DATE",     "DEBUG",    "DIFFCOEF",
+    "ECHO",     "EXCEL",    "FAULTDIM", "FMTIN",  "FMTOUT",   "GRIDFILE", "GRIDUNIT",
+    "HISTDATE", "INIT",     "LOAD",     "LOGIC",  "MAPAXES",  "MAPUNITS", "MEMORY",
+    "MESSAGES", "MESSOPTS", "MONITOR",  "NARROW", "NMATOPTS", "NMESSAGE", "NOECHO",
+    "NONNC",    "NOWARN",   "NSTACK",   "NUPCOL", "OUTRAD",   "OUTSOL",   "PARALLEL",
+    "PRINT",    "RPTONLY",  "RPTONLYO", "RUNSUM", "SAVE",     "SEPARATE", "SMRYDIMS",
+    "SPECGRID", "TITLE",    "TUNING",   "UNIFIN", "UNIFOUT",  "WARN",     "WIDE"};
 constexpr std::string_view ReportPrefix = "RPT";
 constexpr std::string_view DimensionSuffix = "DIMS";  // sizes that other programs set memory aside by
 constexpr std::string_view SummarySection = "SUMMARY";

@@ -19,11 +19,29 @@ namespace fs = std::filesystem;
 constexpr std::array<OutputFile, 4> ReportKinds = {OutputFile::EclipseRestart, OutputFile::EclipseSummary,
                                                    OutputFile::EclipseLines, OutputFile::LinePlots};
 
-/// Name or pattern of a file in this run.
-std::string runName(const Simulation& s, OutputFile file) {
+/// Name or pattern of a file in a run of the given header and prefix.
+std::string nameOf(const std::string& header, const std::string& prefix, OutputFile file) {
     const std::string_view name = outputName(file);
-    if (name.starts_with("*.")) return s.options.headerName + std::string(name.substr(1));
-    return outputFileName(s.outputs.prefix, name);
+    if (name.starts_with("*.")) return header + std::string(name.substr(1));
+    return outputFileName(prefix, name);
+}
+
+std::string runName(const Simulation& s, OutputFile file) {
+    return nameOf(s.options.headerName, s.outputs.prefix, file);
+}
+
+/// The name of a deck in a pattern means itself, whatever characters it has.
+std::string literal(const std::string& text) {
+    std::string pattern;
+    for (const char c : text) {
+        if (std::string_view("*?[\\").find(c) != std::string_view::npos) pattern += '\\';
+        pattern += c;
+    }
+    return pattern;
+}
+
+std::string runPattern(const Simulation& s, OutputFile file) {
+    return nameOf(literal(s.options.headerName), literal(s.outputs.prefix), file);
 }
 
 bool matches(const std::string& pattern, const std::string& name) {
@@ -54,7 +72,7 @@ std::vector<std::string> listedBefore(const Simulation& s) {
 bool isStale(const Simulation& s, const std::string& name, const std::vector<std::string>& listed) {
     const bool ours = std::find(listed.begin(), listed.end(), name) != listed.end();
     return std::any_of(ReportKinds.begin(), ReportKinds.end(), [&](OutputFile kind) {
-        return (ours || isOn(s.options, rowOf(kind).output)) && matches(runName(s, kind), name);
+        return (ours || isOn(s.options, rowOf(kind).output)) && matches(runPattern(s, kind), name);
     });
 }
 
@@ -94,7 +112,7 @@ void writeFilesIndex(const Simulation& s) {
     for (std::size_t n = 0; n < static_cast<std::size_t>(OutputFile::AllCount); ++n) {
         const auto file = static_cast<OutputFile>(n);
         if (file == OutputFile::FilesIndex) continue;
-        const std::string pattern = runName(s, file);
+        const std::string pattern = runPattern(s, file);
         for (const std::string& name : names) {
             std::error_code failure;
             if (!matches(pattern, name) || fs::file_size(s.outputs.folder + name, failure) == 0) continue;

@@ -96,6 +96,22 @@ def test_a_deck_that_is_only_read_says_so(tmp_path):
     assert row(closing(result.console), "Run") == "read and checked, nothing is run (NOSIM)"
 
 
+def test_a_check_and_a_deck_that_is_only_read_end_at_the_same_place(tmp_path):
+    (tmp_path / "READ.DATA").write_text(small_deck.deck().replace("OIL\n", "NOSIM\nOIL\n", 1))
+    (tmp_path / "FLOOD.DATA").write_text(small_deck.deck())
+    read, check = run_named("READ", folder=tmp_path), run_named("FLOOD", "--check", folder=tmp_path)
+    assert read.returncode == check.returncode == 0
+
+    def told(text):
+        """What the deck holds, and the messages about it."""
+        lines = text.splitlines()
+        return [line for line in lines if line[:10].strip() in ("Grid", "Fluids", "Units", "In place", "Wells", "Schedule", "Method")
+                or line.startswith(("Warnings  ", "NOT USED", "Not needed"))]
+    assert len(told(check.console)) >= 8
+    assert [line.replace("line 6", "line 5") for line in told(read.console)][:7] == told(check.console)[:7]
+    assert "Date " not in read.console + check.console
+
+
 def test_a_balance_error_above_one_per_cent_is_a_warning(tmp_path):
     options = small_deck.deck().split("TUNEKVR")[1]
     deck = small_deck.deck(options="TUNEKVR" + options + "MAPPING\nAVERAGE /\nSTEPCTRL\nNo /\n",
@@ -148,6 +164,17 @@ def test_the_index_lists_every_file_that_holds_something(tmp_path):
     left = {path.name for path in tmp_path.iterdir()} - {"FLOOD.DATA", "FLOOD_Files.txt"}
     assert sorted(listed) == sorted(left)
     assert all(path.stat().st_size > 0 for path in tmp_path.iterdir()), "empty files are removed"
+
+
+def test_a_name_with_signs_of_patterns_means_itself(tmp_path):
+    options = small_deck.deck().split("TUNEKVR")[1].replace("1 0 0 0 0 0 0 1 0 0 /", "1 0 0 1 0 0 0 1 1 1 /")
+    (tmp_path / "FLOOD[12].DATA").write_text(small_deck.deck(options="TUNEKVR" + options))
+    (tmp_path / "FLOOD1.X0007").write_text("of another run")
+    assert run_named("FLOOD[12]", folder=tmp_path).returncode == 0
+    assert (tmp_path / "FLOOD1.X0007").exists()
+    listed = [line.split()[0] for line in (tmp_path / "FLOOD[12]_Files.txt").read_text().splitlines()]
+    left = {path.name for path in tmp_path.iterdir()} - {"FLOOD[12].DATA", "FLOOD[12]_Files.txt", "FLOOD1.X0007"}
+    assert sorted(listed) == sorted(left)
 
 
 def test_files_of_an_earlier_run_of_the_name_are_removed(tmp_path):

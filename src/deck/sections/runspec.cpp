@@ -289,6 +289,9 @@ void readRunspec(SectionReader& reader, RunspecRecords& records) {
     records.options.outputMetric = reader.outputMetric;
     lineToBoth(consoleOf(reader), "-> Finished Reading RUNSPEC. Move to Next Section");
     checkDimensions(reader, records);
+    if (records.units.deck == DeckUnits::None)
+        warn(consoleOf(reader),
+             "WARNING :: NEITHER FIELD NOR METRIC IS GIVEN, THE DECK IS READ IN FIELD UNITS");
     takeStartDate(records.options, records.clock);
     if (!allocateGrid(records.grid)) {
         stopOnDimensions(reader, records.dimensLine, "Error :: Memory error , Variable");

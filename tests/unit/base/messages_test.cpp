@@ -53,14 +53,15 @@ TEST(UnusedKeywords, ThatOnlySteerOutputStandApartFromThoseThatChangeTheAnswer) 
     noteUnused(run.console, "WELLDIMS", {"CASE.DATA", 2}, "RUNSPEC");
     noteUnused(run.console, "FOPR", {"CASE.DATA", 3}, "SUMMARY");
     noteUnused(run.console, "TUNING", {"CASE.DATA", 4}, "SCHEDULE");
+    noteUnused(run.console, "FAULTDIM", {"CASE.DATA", 4}, "RUNSPEC");
     noteUnused(run.console, "FAULTS", {"CASE.DATA", 5}, "GRID");
     noteUnused(run.console, "FAULTS", {"CASE.DATA", 6}, "GRID");
     const std::vector<UnusedKeyword>& unused = run.messages.unused;
-    ASSERT_EQ(unused.size(), 5U);
-    for (std::size_t n = 0; n < 4; ++n) EXPECT_EQ(unused[n].effect, KeywordEffect::Output) << unused[n].name;
-    EXPECT_EQ(unused[4].effect, KeywordEffect::Answer);
-    EXPECT_EQ(unused[4].count, 2);
-    EXPECT_EQ(unused[4].place.lineNumber, 5);
+    ASSERT_EQ(unused.size(), 6U);
+    for (std::size_t n = 0; n < 5; ++n) EXPECT_EQ(unused[n].effect, KeywordEffect::Output) << unused[n].name;
+    EXPECT_EQ(unused[5].effect, KeywordEffect::Answer);
+    EXPECT_EQ(unused[5].count, 2);
+    EXPECT_EQ(unused[5].place.lineNumber, 5);
     EXPECT_EQ(warningCount(run.messages), 2);
 }
 

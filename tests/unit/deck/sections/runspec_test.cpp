@@ -198,5 +198,15 @@ TEST(Runspec, TakesALargeGridThatARowOfEqualsMayFill) {
     EXPECT_EQ(bench.grid.NCELLS, 250000);
 }
 
+TEST(Runspec, TellsOfADeckWithoutAUnitWord) {
+    RunspecBench bench(OneCell);
+    bench.read();
+    EXPECT_TRUE(
+        bench.printed("WARNING :: NEITHER FIELD NOR METRIC IS GIVEN, THE DECK IS READ IN FIELD UNITS"));
+    RunspecBench metric("METRIC\n" + std::string(OneCell));
+    metric.read();
+    EXPECT_FALSE(metric.printed("NEITHER FIELD NOR METRIC"));
+}
+
 }  // namespace
 }  // namespace kvr
