@@ -86,6 +86,7 @@ MISTAKES = {
                                    True),
     "no PVT table of gas": Mistake(deck(runspec=RUNSPEC.replace("OIL\n", "OIL\nGAS\n")), "ERROR :: NO PVT TABLE OF GAS", "", "PVDG",
                                    True),
+    "no oil": Mistake(deck(runspec=RUNSPEC.replace("OIL\n", "")), "WARNING :: THE RUN HAS NO OIL, BUT 25 CELLS START WITH IT"),
     "saturations that do not add up": Mistake(
         deck(runspec=RUNSPEC.replace("OIL\n", "OIL\nGAS\n"), props=PROPS + GAS_TABLES,
              solution=SOLUTION + "SGAS\n25*0.1 /\nSOIL\n25*0.4 /\n"),
@@ -113,9 +114,17 @@ MISTAKES = {
     "a well name alone on its line": Mistake(
         deck(schedule=schedule(WELLS.replace("'PROD' 'OPEN' 'BHP' 5* 2000 /", "PROD\n'OPEN' 'BHP' 5* 2000 /"))),
         "WARNING :: PROD ALONE ON ITS LINE", "WCONPROD\nPROD\n", "WCONPROD"),
-    "a limit that is not held": Mistake(
-        deck(schedule=schedule(WELLS.replace("'OPEN' 'BHP' 5* 2000", "'OPEN' 'ORAT' 40 2* 60 1* 2000"))),
-        "WARNING :: WELL PROD: CONTROL OR AND THE BHP LIMIT ARE HELD, THE LIMIT OF LR IS NOT", "'ORAT' 40", "WCONPROD"),
+    "a limit of an injector that is not held": Mistake(
+        deck(schedule=schedule(WELLS.replace("'RATE' 50 1* 9000", "'RATE' 50 70 9000"))),
+        "WARNING :: WELL INJ: THE LIMIT OF THE RESERVOIR RATE OF AN INJECTOR IS NOT HELD", "'RATE' 50 70", "WCONINJE"),
+    "a later well outside the grid": Mistake(
+        deck(schedule=schedule(WELLS + "TSTEP\n30 /\nWELSPECS\n'LATE' 'G' 3 7 8000 'OIL' /\n/\n")),
+        "Well LATE: head at I 3, J 7 in a grid of 5 by 5 by 1 cells", "'LATE' 'G'", "COMPDAT or WELSPECS", True),
+    "no unit word": Mistake(deck(runspec=RUNSPEC.replace("FIELD\n", "")), "WARNING :: NEITHER FIELD NOR METRIC IS GIVEN"),
+    "a copy behind the factor": Mistake(deck(grid=GRID + "MULTIPLY\nPERMX 2 /\n/\nCOPY\nPERMX PERMY /\n/\n"),
+                                        "WARNING :: COPY OF PERMX ACTS BEFORE MULTIPLY AND ADD", "PERMX PERMY", "COPY"),
+    "a region without its numbering": Mistake(deck(grid=GRID + "MULTIREG\nPERMX 2 1 M /\n/\n"),
+                                              "ERROR :: REGION 1 OF PERMX, BUT THE DECK DOES NOT GIVE MULTNUM", "PERMX 2 1", "MULTIREG", True),
     "a row without its box": Mistake(deck(grid=GRID + "EQUALS\nPORO 0.1 1 2 1 2 1 1 /\nPERMX 50 /\n/\n"),
                                      "WARNING :: A ROW WITHOUT A BOX MEANS ALL CELLS", "PERMX 50", "EQUALS"),
     "a box outside the grid": Mistake(deck(grid=GRID + "BOX\n1 6 1 5 1 1 /\n"), "ERROR :: BOX OUTSIDE THE GRID", "1 6 1 5", "BOX",

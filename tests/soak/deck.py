@@ -133,7 +133,7 @@ def solution_section(model, units):
         return text + "".join(array(keyword, values * factors.get(keyword, 1.0))
                               for keyword, values in initial.arrays.items()) + "\n"
     text += (f"EQUIL\n{number(initial.datum * units.length)} {number(initial.pressure * units.pressure)} "
-             f"{number(initial.water_contact * units.length)} 0 {number(initial.gas_contact * units.length)} 0 /\n")
+             f"{number(initial.water_contact * units.length)} 0 {number(initial.gas_contact * units.length)} 0{' 1' if model.fluid.live_oil else ''} /\n")
     if model.fluid.live_oil:
         depth = model.grid.depth
         text += "RSVD\n" + table((d * units.length, initial.rs * units.rs())

@@ -46,6 +46,11 @@ ONE_FLUID_TWICE = dict(oil=keyword_deck.DEAD_OIL + keyword_deck.DEAD_OIL.replace
                        density=keyword_deck.DENSITY + "50 64 0.06 /\n", rock=keyword_deck.ROCK + "4000 4.0E-6 /\n",
                        tables="1 2 40 40")
 
+def limited(control):
+    """A producer under a rate that the injector nearly makes up for, until long behind the breakthrough."""
+    return WELLS.replace("'BHP' 5* 3000", control).replace("'RATE' 1200", "'RATE' 800") + 2 * STEPS
+
+
 RATE_WELLS = WELLS.replace("'BHP' 5* 3000", "'ORAT' 600 4* 1500").replace("'RATE' 1200", "'RATE' 750")
 
 WATER_CUT_LIMIT = "WECON\n'PROD' 2* {limit} 2* {workover} /\n/\n"
@@ -94,6 +99,11 @@ CASES = {
                                regions="EQLNUM\n" + HALVES, solution="EQUIL\n8000 4000 9000 0 7000 0 /\n8000 3000 8020 0 7000 0 /\n"),
                    KeywordDeck(grid=GEOMETRY + "MULTX\n" + by_cell(lambda i, j, k: 0.02 if i == 5 else 1)),
                    ("FOPT", "FWPT", "WBHP:INJ")),
+    "EQUALS of REGIONS": Case(
+        KeywordDeck(oil=SECOND_FLUID, water=TWO_WATERS, density=TWO_DENSITIES, rock=ONE_FLUID_TWICE["rock"], tables="1 2 40 40",
+                    regions="EQUALS\nPVTNUM 1 /\nPVTNUM 2 6 10 1 10 1 2 /\n/\n"),
+        KeywordDeck(regions="PVTNUM\n" + HALVES, **ONE_FLUID_TWICE), ("FOPT", "FWPT", "WBHP:INJ")),
+    "EQUALS of SOLUTION": Case(KeywordDeck(solution="EQUALS\nPRESSURE 4000 /\nSWAT 0.2 /\nSWAT 0.6 6 10 1 10 1 2 /\n/\n"), PLAIN),
     "WELOPEN of wells": Case(flood(WELLS + "TSTEP\n4*60 /\nWELOPEN\n'PROD' 'SHUT' /\n/\nTSTEP\n2*60 /\nWELOPEN\n'PROD' 'OPEN' /\n/\n"
                                    "TSTEP\n6*60 /\n"), PLAIN, ("FOPT", "WBHP:INJ")),
     "WELOPEN of connections": Case(
@@ -103,6 +113,22 @@ CASES = {
         KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 3* 1 1 /\n'INJ' 'SHUT' 3* 2 2 /\n/\n" + STEPS),
         KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS),
         peer=KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n'INJ' 'SHUT' 0 0 2 /\n/\n" + STEPS)),
+    "WELOPEN of all connections": Case(
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n/\nTSTEP\n2*60 /\n"
+                    "WELOPEN\n'PROD' 'OPEN' 0 0 0 2* /\n/\nTSTEP\n10*60 /\n"),
+        KeywordDeck(grid=GEOMETRY + TIGHT_LAYERS, schedule=WELLS + "WELOPEN\n'PROD' 'SHUT' 0 0 1 /\n/\n" + STEPS)),
+    "a liquid limit beside the oil rate": Case(flood(limited("'ORAT' 600 2* 700 1* 1000")), flood(limited("'ORAT' 600 4* 1000"))),
+    "a water limit beside the oil rate": Case(flood(limited("'ORAT' 600 150 3* 1000")), flood(limited("'ORAT' 600 4* 1000"))),
+    "oil and water limits beside the liquid rate": Case(flood(limited("'LRAT' 500 200 1* 700 1* 1000")),
+                                                        flood(limited("'LRAT' 3* 700 1* 1000"))),
+    "an oil limit beside the pressure": Case(flood(WELLS.replace("'BHP' 5* 3000", "'BHP' 500 4* 3000") + 2 * STEPS),
+                                             flood(WELLS + 2 * STEPS)),
+    "a rate limit beside an injector's pressure": Case(
+        flood(WELLS.replace("'RATE' 1200 1* 9000", "'BHP' 900 1* 7000") + 2 * STEPS),
+        flood(WELLS.replace("'RATE' 1200 1* 9000", "'BHP' 2* 7000") + 2 * STEPS), ("FOPT",)),
+    "a gas limit beside the oil rate": Case(
+        live_oil_deck(schedule=GAS_WELLS.replace("'BHP' 5* 3000", "'ORAT' 800 1* 1500 2* 1000") + 2 * STEPS),
+        live_oil_deck(schedule=GAS_WELLS.replace("'BHP' 5* 3000", "'ORAT' 800 4* 1000") + 2 * STEPS), ("FOPT", "FGPT")),
     "WELTARG": Case(flood(RATE_WELLS + "TSTEP\n3*60 /\nWELTARG\n'PROD' ORAT 400 /\n'INJ' WRAT 500 /\n/\nTSTEP\n3*60 /\n"
                           "WELTARG\n'PROD' 'ORAT' 800 /\n'INJ' WRAT 1000 /\n/\nTSTEP\n6*60 /\n"), flood(RATE_WELLS + STEPS),
                     ("FOPT",)),
@@ -118,6 +144,23 @@ CASES = {
     "FAULTS, MULTFLT": Case(with_grid(FAULT + "MULTFLT\n'F1' 0.001 /\n'F2' 0.002 /\n/\n"), PLAIN),
     "MULTFLT of EDIT": Case(KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F*' 0.001 /\n/\n"), PLAIN,
                             peer=KeywordDeck(grid=GEOMETRY + FAULT, edit="MULTFLT\n'F1' 0.001 /\n'F2' 0.001 /\n/\n")),
+    "MULTFLT of SCHEDULE": Case(KeywordDeck(grid=GEOMETRY + FAULT, schedule=WELLS + "TSTEP\n3*60 /\nMULTFLT\n'F1' 0.001 /\n"
+                                            "'F2' 0.002 /\n/\nTSTEP\n9*60 /\n"), PLAIN),
+    "MULTFLT of SCHEDULE, again and again": Case(
+        KeywordDeck(grid=GEOMETRY + FAULT + "MULTFLT\n'F*' 0.03 /\n/\n",
+                    schedule=WELLS + "TSTEP\n3*60 /\nMULTFLT\n'F1' 0.03 /\n'F2' 0.03 /\n/\nTSTEP\n3*60 /\nMULTFLT\n'F1' 1000 /\n"
+                    "'F2' 1000 /\n/\nTSTEP\n6*60 /\n"), with_grid(FAULT + "MULTFLT\n'F1' 0.0009 /\n'F2' 0.0009 /\n/\n"),
+        peer=KeywordDeck(grid=GEOMETRY + FAULT + "MULTFLT\n'F1' 0.03 /\n'F2' 0.03 /\n/\n",
+                         schedule=WELLS + "TSTEP\n3*60 /\nMULTFLT\n'F1' 0.03 /\n'F2' 0.03 /\n/\nTSTEP\n3*60 /\nMULTFLT\n'F1' 1000 /\n"
+                         "'F2' 1000 /\n/\nTSTEP\n6*60 /\n")),
+    "ADD": Case(with_grid("ADD\nPERMX 200 1 5 1 10 1 2 /\nPORO 0.1 1 5 1 10 1 2 /\n/\n"), PLAIN),
+    "MULTIREG": Case(with_grid("MULTNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 M /\nPORO 1.5 2 M /\n/\n"), PLAIN),
+    "MULTIREG by FLUXNUM": Case(with_grid("FLUXNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 /\nPORO 1.5 2 F /\n/\n"), PLAIN),
+    "EQUALREG": Case(with_grid("MULTNUM\n" + HALVES + "EQUALREG\nPERMX 300 1 M /\nPORO 0.3 2 M /\n/\n"), PLAIN),
+    "ADDREG": Case(with_grid("OPERNUM\n" + HALVES + "ADDREG\nPERMX 200 1 O /\nPORO 0.1 2 O /\n/\n"), PLAIN),
+    "MULTPV": Case(with_grid("MULTPV\n100*2 100*1 /\n"), PLAIN),
+    "MULTPV of EDIT": Case(KeywordDeck(grid=GEOMETRY + "MULTPV\n200*0.5 /\n", edit="MULTPV\n100*2 100*1 /\n"), PLAIN),
+    "MULTPV of rows": Case(with_grid("EQUALS\nMULTPV 4 1 10 1 10 1 1 /\n/\nMULTIPLY\nMULTPV 0.5 1 10 1 10 1 1 /\n/\n"), PLAIN),
     "MULTX": Case(with_grid("MULTX\n" + BARRIER_X), PLAIN),
     "MULTX-": Case(with_grid("MULTX-\n" + BARRIER_X_MINUS), PLAIN),
     "MULTY": Case(with_grid("MULTY\n" + BARRIER_Y), PLAIN),
@@ -130,7 +173,8 @@ CASES = {
                                          schedule=THREE_LAYERS + 2 * STEPS), KeywordDeck(schedule=THREE_LAYERS + 2 * STEPS)),
     "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
     "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
-    "WEFAC": Case(flood(WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
+    "WEFAC": Case(KeywordDeck(schedule=WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS, summary="WOPR\n/\nWWIR\n/\n"),
+                  KeywordDeck(summary="WOPR\n/\nWWIR\n/\n"), ("FOPT", "FOPR", "WOPR:PROD", "WWIR:INJ", "WBHP:INJ")),
 }
 
 
