@@ -73,7 +73,13 @@ def with_grid(text, base=GEOMETRY):
     return KeywordDeck(grid=base + text)
 
 
+def late_with_grid(text):
+    """Until water is no longer a little of what has come: when it comes is a matter of how much a method smears."""
+    return KeywordDeck(grid=GEOMETRY + text, schedule=WELLS + LATE_WATER)
+
+
 PLAIN = KeywordDeck()
+LATE = late_with_grid("")
 THREE_LAYERS = WELLS.replace("1  1  1 2", "1  1  1 1").replace("10 10 1 2", "10 10 2 2")
 
 CASES = {
@@ -153,11 +159,11 @@ CASES = {
         peer=KeywordDeck(grid=GEOMETRY + FAULT + "MULTFLT\n'F1' 0.03 /\n'F2' 0.03 /\n/\n",
                          schedule=WELLS + "TSTEP\n3*60 /\nMULTFLT\n'F1' 0.03 /\n'F2' 0.03 /\n/\nTSTEP\n3*60 /\nMULTFLT\n'F1' 1000 /\n"
                          "'F2' 1000 /\n/\nTSTEP\n6*60 /\n")),
-    "ADD": Case(with_grid("ADD\nPERMX 200 1 5 1 10 1 2 /\nPORO 0.1 1 5 1 10 1 2 /\n/\n"), PLAIN),
-    "MULTIREG": Case(with_grid("MULTNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 M /\nPORO 1.5 2 M /\n/\n"), PLAIN),
-    "MULTIREG by FLUXNUM": Case(with_grid("FLUXNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 /\nPORO 1.5 2 F /\n/\n"), PLAIN),
-    "EQUALREG": Case(with_grid("MULTNUM\n" + HALVES + "EQUALREG\nPERMX 300 1 M /\nPORO 0.3 2 M /\n/\n"), PLAIN),
-    "ADDREG": Case(with_grid("OPERNUM\n" + HALVES + "ADDREG\nPERMX 200 1 O /\nPORO 0.1 2 O /\n/\n"), PLAIN),
+    "ADD": Case(late_with_grid("ADD\nPERMX 200 1 5 1 10 1 2 /\nPORO 0.1 1 5 1 10 1 2 /\n/\n"), LATE),
+    "MULTIREG": Case(late_with_grid("MULTNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 M /\nPORO 1.5 2 M /\n/\n"), LATE),
+    "MULTIREG by FLUXNUM": Case(late_with_grid("FLUXNUM\n" + HALVES + "MULTIREG\nPERMX 3 1 /\nPORO 1.5 2 F /\n/\n"), LATE),
+    "EQUALREG": Case(late_with_grid("MULTNUM\n" + HALVES + "EQUALREG\nPERMX 300 1 M /\nPORO 0.3 2 M /\n/\n"), LATE),
+    "ADDREG": Case(late_with_grid("OPERNUM\n" + HALVES + "ADDREG\nPERMX 200 1 O /\nPORO 0.1 2 O /\n/\n"), LATE),
     "MULTPV": Case(with_grid("MULTPV\n100*2 100*1 /\n"), PLAIN),
     "MULTPV of EDIT": Case(KeywordDeck(grid=GEOMETRY + "MULTPV\n200*0.5 /\n", edit="MULTPV\n100*2 100*1 /\n"), PLAIN),
     "MULTPV of rows": Case(with_grid("EQUALS\nMULTPV 4 1 10 1 10 1 1 /\n/\nMULTIPLY\nMULTPV 0.5 1 10 1 10 1 1 /\n/\n"), PLAIN),
