@@ -62,20 +62,25 @@ TEST(LoadNodes, GivesALongNodeWhatItCoversOfEveryCell) {
     EXPECT_EQ(line.nodes[1].Cw, 0.5);
 }
 
-TEST(LoadNodes, GivesALongNodeTheTablesOfTheCellAtItsCentre) {
-    const FluidTables tables = samples::plainFlood();
-    const FluidTables other = samples::plainFlood();
+TEST(LoadNodes, GivesALongNodeTheTablesAndTheLimitOfSolutionGasOfTheCellAtItsCentre) {
+    const FluidTables tables = samples::lightOil();
+    const FluidTables other = samples::lightOil();
     SolverLine line = samples::floodedLine(tables, {10.0, 20.0, 40.0});
     std::vector<NodeData> nodes(4);
     for (std::size_t c = 1; c <= 3; ++c) {
         line.tracedCell[c] = static_cast<CellId>(c);
+        nodes[c].Sw = 0.2;
+        nodes[c].So = 0.8;
+        nodes[c].pressure = 3000.0;
         nodes[c].pvt = c == 2 ? &other : &tables;
         nodes[c].limitsRs = c == 2;
     }
     layNodes(NodeControl::Regular, 2.0 / 3.0, 1.0, line);
     loadNodes(nodes, tables, {}, true, line);
     EXPECT_EQ(line.nodes[1].pvt, &other);
+    EXPECT_TRUE(line.nodes[1].limitsRs);
     EXPECT_EQ(line.nodes[2].pvt, &tables);
+    EXPECT_FALSE(line.nodes[2].limitsRs);
 }
 
 TEST(LoadInlet, GivesInjectedWaterAllThatItsEndPointsLeave) {
