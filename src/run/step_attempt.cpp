@@ -9,6 +9,7 @@
 #include "pressure/saturation_update.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "pressure/wells/rate_limits.hpp"
+#include "pressure/wells/well_controls.hpp"
 #include "report/material_balance.hpp"
 #include "run/banners.hpp"
 #include "run/status_line.hpp"
@@ -137,6 +138,15 @@ void returnForAnotherPass(Simulation& s) {
     }
 }
 
+/// Targets by what the wells have given, with the line of each well that another limit holds from now on.
+void correctControls(Simulation& s) {
+    std::vector<std::string> before;
+    for (const Well& well : s.wells.wells) before.push_back(well.WellControl);
+    correctTargets(s.wells);
+    for (std::size_t w = 0; w < before.size(); ++w)
+        if (s.wells.wells[w].WellControl != before[w]) tellSwitch(s.console, s.wells.wells[w], before[w]);
+}
+
 /// One attempt at the step, which runs again with corrected targets where its wells have left them and
 /// nothing else is wrong with it.
 AttemptFigures attempt(bool solve, Simulation& s) {
@@ -145,7 +155,7 @@ AttemptFigures attempt(bool solve, Simulation& s) {
         advance(solve, s);
         if (s.pressure.failed) return unsolvedStep(s);
         figures = measureStep(s);
-        if (solve) correctTargets(s.wells);
+        if (solve) correctControls(s);
         const bool off = std::max(figures.targetExcess / s.options.stepTargetError,
                                   figures.targetMiss / s.options.stepTargetMiss) > 1.0;
         if (!off || pass >= MostTargetPasses || !solve) return figures;

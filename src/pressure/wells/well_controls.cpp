@@ -3,6 +3,7 @@
 #include "base/hard_stop.hpp"
 #include "base/messages.hpp"
 #include "base/text.hpp"
+#include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_index.hpp"
 #include "pressure/wells/well_listing.hpp"
 
@@ -299,13 +300,22 @@ void checkStep(const Console& console, const GridModel& grid, const ScheduleStep
 
 // --- the rest of the table ---------------------------------------------------------------------------
 
+/// The limit of rates that has held a well goes on to do so where the deck still has it.
+void carryRateLimit(const Well& before, Well& well) {
+    if (before.shut || before.deckControl == before.givenControl) return;
+    if (const auto limit = rateLimit(well, before.deckControl); limit.has_value())
+        setRateControl(*limit, well);
+}
+
 /// Rate wells that were open before start from the bottom-hole pressure that they had.
 void carryBottomHolePressures(const WellRecord& before, WellRecord& wells) {
     std::unordered_map<std::string_view, const Well*> old;
     for (const Well& well : before.wells) old.emplace(well.WellName, &well);
     for (Well& well : wells.wells) {
         const auto found = old.find(well.WellName);
-        if (found == old.end() || !isRateControlled(well)) continue;
+        if (found == old.end()) continue;
+        carryRateLimit(*found->second, well);
+        if (!isRateControlled(well)) continue;
         if (!found->second->shut && found->second->WellKind == well.WellKind) well.Bhp = found->second->Bhp;
     }
 }

@@ -278,6 +278,24 @@ TEST(AssignWells, LetAGivenPressureWaitBesideItsLimitsOfRates) {
     EXPECT_FALSE(a.record.wells[0].shut);
 }
 
+TEST(AssignWells, KeepTheLimitThatHeldAWellWhereTheDeckStillHasIt) {
+    Assignment a;
+    a.add(producer("P", "ORAT"));
+    a.step().wells[0].holdsLimits = true;
+    a.schedule.steps.push_back(a.schedule.steps[0]);
+    a.assign();
+    EXPECT_EQ(a.well().WellControl, "orat");
+    a.well().WellControl = a.well().deckControl = "lrat";
+    const WellRecord held = a.record;
+    a.assign(2);
+    EXPECT_EQ(a.well().WellControl, "lrat");
+    EXPECT_EQ(a.well().TargetRate, -1200.0);
+    a.record = held;
+    a.step().wells[0].prodLiquid = 0.0;
+    a.assign(2);
+    EXPECT_EQ(a.well().WellControl, "orat");
+}
+
 TEST(CheckLaterWells, StopsOnWhatALaterStepWouldStopOn) {
     Assignment a;
     a.schedule.steps[0].wells = {producer("P", "ORAT")};
