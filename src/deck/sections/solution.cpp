@@ -148,18 +148,30 @@ struct StateArray {
     CellArray<double> InitialConditions::*values;
     bool InitialConditions::*given;
     double factor;
+    double most;  // in units of the deck
 };
+
+/// A value outside 0 .. most becomes the nearest one inside.
+double soundValue(const SectionReader& reader, const ArithmeticRow& row, double most) {
+    const double value = std::clamp(row.value, 0.0, most);
+    if (value != row.value)
+        warnHere(reader, "WARNING :: {} {} IS OUT OF RANGE, SET TO {}", row.name, number(row.value),
+                 number(value));
+    return value;
+}
 
 /// Arrays of the initial state over boxes; as a whole array they take the place of EQUIL.
 void readStateEquals(SectionReader& reader, SolutionRecords& records) {
+    constexpr double AnyAmount = std::numeric_limits<double>::max();
     InitialConditions& initial = records.initial;
     const StateArray arrays[] = {
         {"PRESSURE", &InitialConditions::initialPressure, &InitialConditions::pressureGiven,
-         reader.units->pressure},
-        {"SWAT", &InitialConditions::initialSwat, &InitialConditions::swatGiven, 1.0},
-        {"SGAS", &InitialConditions::initialSgas, &InitialConditions::sgasGiven, 1.0},
-        {"SOIL", &InitialConditions::initialSoil, &InitialConditions::soilGiven, 1.0},
-        {"RS", &InitialConditions::initialRs, &InitialConditions::rsGiven, reader.units->gasRatio}};
+         reader.units->pressure, AnyAmount},
+        {"SWAT", &InitialConditions::initialSwat, &InitialConditions::swatGiven, 1.0, 1.0},
+        {"SGAS", &InitialConditions::initialSgas, &InitialConditions::sgasGiven, 1.0, 1.0},
+        {"SOIL", &InitialConditions::initialSoil, &InitialConditions::soilGiven, 1.0, 1.0},
+        {"RS", &InitialConditions::initialRs, &InitialConditions::rsGiven, reader.units->gasRatio,
+         AnyAmount}};
     readEqualsRows(reader, records.grid, [&](const ArithmeticRow& row) {
         const auto* const known = std::find_if(
             std::begin(arrays), std::end(arrays),
@@ -167,7 +179,8 @@ void readStateEquals(SectionReader& reader, SolutionRecords& records) {
         if (known == std::end(arrays)) return false;
         CellArray<double>& values = initial.*known->values;
         if (values.empty()) values.assign(records.grid.NCELLS, 0.0);
-        forEachCell(records.grid, row.box, [&](CellId cell) { values[cell] = row.value * known->factor; });
+        const double value = soundValue(reader, row, known->most) * known->factor;
+        forEachCell(records.grid, row.box, [&](CellId cell) { values[cell] = value; });
         initial.*known->given = true;
         initial.equilibrationMode = false;
         return true;

@@ -252,13 +252,15 @@ TEST(Solution, CopiesTheItemsOfEquilThatAreGiven) {
 TEST(Solution, TakesArraysOverBoxes) {
     SolutionBench bench(
         "EQUIL\n 8400 4800 8450 0 8300 /\nEQUALS\nPRESSURE 3000 /\nSWAT 0.2 /\nswat 0.5 2 3 1 1 1 1 /\nTEMPI "
-        "9 /\n/\n");
+        "9 /\nSGAS 1.5 /\n/\n");
     bench.read();
     EXPECT_FALSE(bench.initial.equilibrationMode);
     EXPECT_EQ(bench.initial.initialPressure[3], 3000.0);
     EXPECT_EQ(bench.initial.initialSwat[1], 0.2);
     EXPECT_EQ(bench.initial.initialSwat[3], 0.5);
-    EXPECT_TRUE(bench.initial.swatGiven && !bench.initial.sgasGiven);
+    EXPECT_TRUE(bench.initial.swatGiven && !bench.initial.soilGiven);
+    EXPECT_EQ(bench.initial.initialSgas[1], 1.0);
+    EXPECT_TRUE(bench.printed("WARNING :: SGAS 1.5 IS OUT OF RANGE, SET TO 1"));
     EXPECT_TRUE(bench.printed(" TEMPI    -> not surpported  "));
 }
 
