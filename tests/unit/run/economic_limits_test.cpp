@@ -26,7 +26,7 @@ struct ThreeConnections {
         row.k1 = 1;
         row.k2 = 3;
         row.diameter = 0.5;
-        step.completions.push_back(row);
+        step.completions.own().push_back(row);
         s.schedule.steps = {step};
         s.schedule.reportEnd = {10.0, 20.0, 30.0};
         s.clock.reportIndex = 2;
@@ -47,7 +47,7 @@ struct ThreeConnections {
             well.WellQg -= gas[n];
         }
     }
-    EconomicLimits& limits() { return s.schedule.steps[0].wells[0].limits; }
+    EconomicLimits& limits() { return s.schedule.steps[0].wells.own(0).limits; }
     [[nodiscard]] const Well& well() const { return s.wells.wells[0]; }
     [[nodiscard]] std::vector<CellId> open() const {
         std::vector<CellId> cells;
@@ -123,7 +123,7 @@ TEST(EconomicLimits, CountRatesWhileTheWellIsOn) {
     // A mean of 60 a day over half of the time is 120 while it is on.
     ThreeConnections run;
     run.limits().leastOil = 100.0;
-    run.s.schedule.steps[0].wells[0].efficiency = 0.5;
+    run.s.schedule.steps[0].wells.own(0).efficiency = 0.5;
     run.flow({20, 20, 20}, {0, 0, 0});
     applyEconomicLimits(run.s);
     EXPECT_FALSE(run.well().shut);
@@ -158,7 +158,7 @@ TEST(EconomicLimits, HoldUntilTheDeckSetsTheStatusAgain) {
         return run.open().size();
     };
     EXPECT_EQ(rebuilt(), 2U);
-    ScheduleWell& well = run.s.schedule.steps[0].wells[0];
+    ScheduleWell& well = run.s.schedule.steps[0].wells.own(0);
     ++well.connectionOpenings;  // WELOPEN of connections
     EXPECT_EQ(rebuilt(), 3U);
     run.limits().leastOil = 1000.0;

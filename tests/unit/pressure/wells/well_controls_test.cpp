@@ -263,11 +263,12 @@ TEST(AssignWellsDeathTest, StopsOnAWellOutsideTheGrid) {
 TEST(AssignWells, LetAGivenPressureWaitBesideItsLimitsOfRates) {
     Assignment a;
     ScheduleWell well = producer("P", "BHP");
-    a.schedule.steps[0].wells = {well};
-    a.schedule.steps[0].completions = {completion("P", 1, 1)};
+    a.schedule.steps[0].wells = {};
+    a.schedule.steps[0].wells.push_back(well);
+    a.schedule.steps[0].completions.own() = {completion("P", 1, 1)};
     a.assign();
     EXPECT_EQ(a.record.wells[0].deckControl, "bhp") << "observed rates are no limits";
-    a.schedule.steps[0].wells[0].holdsLimits = true;
+    a.schedule.steps[0].wells.own(0).holdsLimits = true;
     a.assign();
     EXPECT_EQ(a.record.wells[0].WellControl, "bhp");
     EXPECT_EQ(a.record.wells[0].givenControl, "bhp");
@@ -281,7 +282,7 @@ TEST(AssignWells, LetAGivenPressureWaitBesideItsLimitsOfRates) {
 TEST(AssignWells, KeepTheLimitThatHeldAWellWhereTheDeckStillHasIt) {
     Assignment a;
     a.add(producer("P", "ORAT"));
-    a.step().wells[0].holdsLimits = true;
+    a.step().wells.own(0).holdsLimits = true;
     a.schedule.steps.push_back(a.schedule.steps[0]);
     a.assign();
     EXPECT_EQ(a.well().WellControl, "orat");
@@ -291,22 +292,23 @@ TEST(AssignWells, KeepTheLimitThatHeldAWellWhereTheDeckStillHasIt) {
     EXPECT_EQ(a.well().WellControl, "lrat");
     EXPECT_EQ(a.well().TargetRate, -1200.0);
     a.record = held;
-    a.step().wells[0].prodLiquid = 0.0;
+    a.step().wells.own(0).prodLiquid = 0.0;
     a.assign(2);
     EXPECT_EQ(a.well().WellControl, "orat");
 }
 
 TEST(CheckLaterWells, StopsOnWhatALaterStepWouldStopOn) {
     Assignment a;
-    a.schedule.steps[0].wells = {producer("P", "ORAT")};
-    a.schedule.steps[0].completions = {completion("P", 1, 1)};
+    a.schedule.steps[0].wells = {};
+    a.schedule.steps[0].wells.push_back(producer("P", "ORAT"));
+    a.schedule.steps[0].completions.own() = {completion("P", 1, 1)};
     a.schedule.steps.push_back(a.schedule.steps[0]);
     checkLaterWells(a.console, a.grid, a.schedule);  // nothing new, nothing wrong
-    a.schedule.steps[1].completions.push_back(completion("P", 5, 5));
+    a.schedule.steps[1].completions.own().push_back(completion("P", 5, 5));
     EXPECT_EXIT(checkLaterWells(consoleOnStandardError(), a.grid, a.schedule), testing::ExitedWithCode(1),
                 "Well P: I 1, J 1, K 5 to 5");
     a.schedule.steps[1] = a.schedule.steps[0];
-    a.schedule.steps[1].wells[0].control = "NONSENSE";
+    a.schedule.steps[1].wells.own(0).control = "NONSENSE";
     EXPECT_EXIT(checkLaterWells(consoleOnStandardError(), a.grid, a.schedule), testing::ExitedWithCode(1),
                 "Invalid producer control type");
 }
