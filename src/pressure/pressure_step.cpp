@@ -34,6 +34,8 @@ constexpr double HopelessStep = 1e-4;          // days; a run whose steps are al
 constexpr int MostHopelessSteps = 100;         // ... so many times in a row would never end
 constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
 
+constexpr double HandedOnResidual = 1e-6;  // of the volume balance, where the next step takes up what is left
+
 constexpr int FreeSides = 4;            // iterations in which phases may change sides freely
 constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from the other side
 
@@ -314,7 +316,7 @@ Verdict iterate(Simulation& s, Progress& progress) {
     if (it == 0) {
         assemble(!carriesAmounts(s.options), Upstream::Found, s);
         work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
-        work.matrix.system.tolerance = handsOn(s.options) ? 0.5 * AcceptedResidual : SolverTolerance;
+        work.matrix.system.tolerance = handsOn(s.options) ? HandedOnResidual : SolverTolerance;
     } else if (assembleNext(progress, s)) {
         settleRateWells(work.matrix, s.wells);
         return Verdict::Converged;

@@ -73,8 +73,8 @@ SolveResult solveBicg(const LinearSystem& system, std::span<double> solution, So
         result = judgeSolution(system, solution, result.iterations + outcome.iterations, memory.vectors.r);
         if (!(result.residual <= 1.0)) break;
     }
-    if (!(result.residual <= AcceptedResidual)) resortToIncomplete(system, solution, memory, result);
-    judgeConvergence(result);
+    if (!(result.residual <= accepted(system))) resortToIncomplete(system, solution, memory, result);
+    judgeConvergence(system, result);
     return result;
 }
 

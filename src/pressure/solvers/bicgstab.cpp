@@ -9,8 +9,8 @@ namespace {
 constexpr int Restarts = 4;
 }
 
-void judgeConvergence(SolveResult& result) {
-    if (result.failure == SolveFailure::None && result.residual > AcceptedResidual)
+void judgeConvergence(const LinearSystem& system, SolveResult& result) {
+    if (result.failure == SolveFailure::None && result.residual > accepted(system))
         result.failure = SolveFailure::NotConverged;
 }
 

@@ -81,6 +81,6 @@ void resortToIncomplete(const LinearSystem& system, std::span<double> solution, 
                         SolveResult& result);
 
 /// Marks an iterative result that is finite but not good enough as NotConverged.
-void judgeConvergence(SolveResult& result);
+void judgeConvergence(const LinearSystem& system, SolveResult& result);
 
 }  // namespace kvr

@@ -38,7 +38,7 @@ SolveResult failed(SolveFailure failure, int code = 0) {
 SolveResult judgeDirect(const LinearSystem& system, std::span<const double> solution, SolverMemory& memory) {
     memory.vectors.resize(system.size);
     SolveResult result = judgeSolution(system, solution, 1, memory.vectors.r);
-    if (result.failure == SolveFailure::None && result.residual > AcceptedResidual)
+    if (result.failure == SolveFailure::None && result.residual > accepted(system))
         result.failure = SolveFailure::Singular;
     return result;
 }

@@ -26,6 +26,11 @@ struct LinearSystem {
     std::uint64_t patternStamp = 0;      // changes whenever the pattern does
 };
 
+/// The residual above which a solve has failed at its iteration limit.
+inline double accepted(const LinearSystem& system) {
+    return system.tolerance > AcceptedResidual ? system.tolerance : AcceptedResidual;
+}
+
 /// Why a solve gave no result.
 enum class SolveFailure {
     None,

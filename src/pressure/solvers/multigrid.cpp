@@ -239,14 +239,14 @@ SolveResult solveMultigrid(const LinearSystem& system, std::span<double> solutio
         memory.vectors.resize(system.size);
         result = judgeSolution(system, solution, 0, memory.vectors.r);
         if (result.residual > system.tolerance) solveByCycles(system, solution, memory, result);
-        if (!(result.residual <= AcceptedResidual)) resortToIncomplete(system, solution, memory, result);
-        if (!(result.residual <= AcceptedResidual) && system.size <= SmallSystem)
+        if (!(result.residual <= accepted(system))) resortToIncomplete(system, solution, memory, result);
+        if (!(result.residual <= accepted(system)) && system.size <= SmallSystem)
             resortToDense(system, solution, memory, result);
     } catch (const std::bad_alloc&) {
         memory.multigrid = {};
         return refusal(MultigridCode::Memory);
     }
-    judgeConvergence(result);
+    judgeConvergence(system, result);
     return result;
 }
 
