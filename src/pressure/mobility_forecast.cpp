@@ -25,7 +25,8 @@ void setMobilities(const RelPerms& kr, CellId c, CellState& state) {
     state.LambdaG[c] = kr.g / state.MuG[c];
 }
 
-/// What gravity and capillarity will bring, at the rates of the step before, as far as it is there.
+/// What gravity and capillarity will bring behind the transport, at the rates of the step before, as far as
+/// it is there.
 void addExchange(double dt, const CellAmounts& rate, CellAmounts& amounts) {
     for (CellId c = 1; c <= rate.water.count(); ++c) {
         amounts.water[c] = std::max(0.0, amounts.water[c] + dt * rate.water[c]);
@@ -39,16 +40,17 @@ void addExchange(double dt, const CellAmounts& rate, CellAmounts& amounts) {
 void forecastMobilities(double dt, Simulation& s) {
     CellAmounts amounts;
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
-    addExchange(0.5 * dt, s.pressure.exchanged, amounts);
     TransportAccount account;
-    advanceInOrder(0.5 * dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections,
-                   s.fluids, s.velocity.CellFaceFlux, s.wells, {}, s.state, amounts, account);
+    advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
+                   s.velocity.CellFaceFlux, s.wells, {}, buoyancyOf(s), s.state, amounts, account);
+    addExchange(dt, s.pressure.exchanged, amounts);
     s.pressure.mobilityRatio.assign(s.grid.NCELLS, 1.0);
 #pragma omp parallel for schedule(static) if (s.grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= s.grid.NCELLS; ++c) {
         if (s.grid.Active[c] == 0 || !(s.state.PoreVolume[c] > 0.0)) continue;
-        const PhaseState then = stateOfAmounts(s.options, s.grid, s.fluids, amounts, s.state, c);
-        const RelPerms kr = relPermsAtCell(s.fluids, c, s.grid.SATNUM[c], then.Sw, then.Sg);
+        const PhaseState end = stateOfAmounts(s.options, s.grid, s.fluids, amounts, s.state, c);
+        const RelPerms kr = relPermsAtCell(s.fluids, c, s.grid.SATNUM[c], 0.5 * (s.state.Sw[c] + end.Sw),
+                                           0.5 * (s.state.Sg[c] + end.Sg));
         const double before = totalMobility(c, s.state);
         if (!std::isfinite(kr.w + kr.o + kr.g) || !(before > 0.0)) continue;
         setMobilities(kr, c, s.state);
