@@ -142,6 +142,26 @@ void keepWaterMoved(const Simulation& s, const TransportAccount& account, Direct
 
 }  // namespace
 
+bool gravityInTransport(const Simulation& s) {
+    const RunOptions& options = s.options;
+    return carriesAmounts(options) && options.lineGravity && !s.fluids.hasGas &&
+           !options.orthogonalProjection;
+}
+
+Buoyancy buoyancyOf(const Simulation& s) {
+    Buoyancy buoyancy;
+    buoyancy.acts = gravityInTransport(s);
+    buoyancy.flowUnit = s.units.FlowUnit;
+    if (!buoyancy.acts || !s.options.lineCapillary || !(s.fluids.PcowSpan > CapillarySpanLimit))
+        return buoyancy;
+    buoyancy.pcow.assign(s.grid.NCELLS, 0.0);
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
+        if (s.grid.Active[cell] != 0)
+            buoyancy.pcow[cell] =
+                s.grid.JFactor[cell] * PcowFn(s.fluids, s.state.Sw[cell], s.grid.SATNUM[cell]);
+    return buoyancy;
+}
+
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
                           const CellAmounts& amounts, const CellState& state, CellId cell) {
     const double inverse = 1.0 / state.PoreVolume[cell];
@@ -166,7 +186,7 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     const CellArray<double> waterBefore = carries ? amounts.water : CellArray<double>{};
     TransportAccount account;
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
-                   s.velocity.CellFaceFlux, s.wells, makeUp, s.state, amounts, account);
+                   s.velocity.CellFaceFlux, s.wells, makeUp, buoyancyOf(s), s.state, amounts, account);
     s.pressure.deficit += account.deficit;
     if (!s.fluids.hasGas) keepWaterMoved(s, account, s.pressure.waterMoved);
     if (carries)

@@ -12,6 +12,13 @@ namespace kvr {
 /// date. `tracers`: they move with the water; lines bring their own.
 void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& simulation);
 
+/// Whether the transport takes gravity along: where water and oil go by amounts, without gas and without
+/// lines that take it along themselves.
+bool gravityInTransport(const Simulation& simulation);
+
+/// Gravity for advanceInOrder, at the saturations of the state.
+Buoyancy buoyancyOf(const Simulation& simulation);
+
 /// State of a cell that holds the given amounts, at its present pressure. Without gas factors, Rs and bubble
 /// point stand.
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,

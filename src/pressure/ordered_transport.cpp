@@ -17,12 +17,12 @@ constexpr int Axes = 3;
 
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
-                    const MakeUp& makeUp, const CellState& state, CellAmounts& amounts,
-                    TransportAccount& account) {
+                    const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
+                    CellAmounts& amounts, TransportAccount& account) {
     FlowOrder order;
     orderByFlow(grid, connections, flux, order);
-    Walk walk{dt,    slope, grid, connections, tables,  flux,    wells, makeUp,
-              state, {},    {},   {},          amounts, account, {},    0};
+    Walk walk{dt,    slope, grid, connections, tables, flux,    wells,   makeUp, buoyancy,
+              state, {},    {},   {},          {},     amounts, account, {},     0};
     walk.passed.assign(grid.NCELLS, Axes, {});
     account.deficit = 0.0;
     listOutlets(walk);

@@ -5,6 +5,7 @@
 #include "fluid/tables.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
+#include "pressure/buoyant_flow.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/wells/wells.hpp"
 
@@ -46,13 +47,14 @@ struct TransportAccount {
 /// leaves such a cell is that of what enters it whoever makes it up. What leaves a cell with free gas is
 /// never made up by others. So every component is conserved, no amount falls below zero, and the cost does
 /// not grow with the smallest cell: a tank that many times its content flows through is steady. Cells that
-/// flow into each other in a ring are repeated until their flows stand still, or where the ring turns fast
-/// are one tank (RingPlan). Injecting connections bring their ConnQ. `slope` is the steepest rise of a
-/// fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not
-/// changed.
+/// What gravity does to water and oil that go along with the flow, each face by itself, is part of it
+/// (BuoyantFlow). Cells that flow into each other in a ring are repeated until their flows stand still, or
+/// where the ring turns fast are one tank (RingPlan). Injecting connections bring their ConnQ. `slope` is the
+/// steepest rise of a fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to
+/// be fresh; it is not changed.
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
-                    const MakeUp& makeUp, const CellState& state, CellAmounts& amounts,
-                    TransportAccount& account);
+                    const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
+                    CellAmounts& amounts, TransportAccount& account);
 
 }  // namespace kvr

@@ -88,6 +88,7 @@ void spreadMixture(std::span<const CellId> cells, const ConservedAmounts& whole,
 void passMixed(std::span<const CellId> cells, Walk& walk, std::span<ConservedAmounts> held, double& deficit) {
     TankFlows flows;
     ConservedAmounts start;
+    walk.buoyant.clear();
     for (const CellId cell : cells) {
         const TankFlows own = flowsOf(cell, walk);
         add(1.0, own.inflow, flows.inflow);
@@ -96,13 +97,16 @@ void passMixed(std::span<const CellId> cells, Walk& walk, std::span<ConservedAmo
     }
     const TankFluid fluid = commonFluid(cells, walk);
     TankOutflow outflow;
-    if (fluid.poreVolume > 0.0) outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start);
+    for (BuoyantFlow& face : walk.buoyant) face.followed = 0.0;
+    if (fluid.poreVolume > 0.0)
+        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start, walk.buoyant);
     outflow.apart = outflow.own;
     outflow.followed = 0.0;
     deficit = outflow.deficit;
     ConservedAmounts end = start;
     add(walk.dt, flows.inflow, end);
-    for (const CellId cell : cells) add(-walk.dt, share(cell, 1.0, outflow, walk), end);
+    std::size_t buoyant = 0;
+    for (const CellId cell : cells) add(-walk.dt, share(cell, 1.0, fluid, outflow, buoyant, walk), end);
     spreadMixture(cells, end, walk, held);
 }
 

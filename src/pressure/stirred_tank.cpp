@@ -13,6 +13,7 @@ namespace {
 constexpr double Courant = 0.8;            // of a substep: below 1 no component is overdrawn by its own flow
 constexpr int MostSubsteps = 4000;         // behind them a tank counts as steady
 constexpr double StillComposition = 1e-8;  // change of a volume share in one substep
+constexpr double BuoyantSlope = 2.0;       // steeper than without is what gravity makes of a fractional flow
 constexpr double MobilityGuard = 1e-20;    // 1/cp
 
 /// Saturations as volume shares, and the solution gas of the oil.
@@ -97,19 +98,89 @@ double givenShare(double missing, double asked) {
     return missing > 0.0 && asked > 0.0 ? std::max(0.0, 1.0 - missing / asked) : 1.0;
 }
 
+/// Water of volume `water` in the place of oil.
+void exchange(const TankFluid& fluid, double water, ConservedAmounts& out) {
+    out.water += water / fluid.factors.Bw;
+    out.oil -= water / fluid.factors.Bo;
+}
+
 /// Shares of the outflow that were there, and the reservoir volume of what was not.
-void accountForMissing(const TankFluid& fluid, const TankFlows& flows, double dt,
-                       const ConservedAmounts& missing, TankOutflow& out) {
+void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
+                       double dt, const ConservedAmounts& missing, std::span<const BuoyantFlow> buoyant,
+                       TankOutflow& out) {
     if (!(missing.water + missing.oil + missing.gas > 0.0)) return;
     ConservedAmounts asked;
     add(dt * flows.rest, out.own, asked);
     add(dt * flows.asked, out.apart, asked);
-    add(dt * out.followed, flows.request, asked);
+    add(dt * out.followed, request, asked);
+    for (const BuoyantFlow& face : buoyant)
+        exchange(fluid, dt * face.flow * ((1.0 - face.followed) * face.own + face.followed * face.apart),
+                 asked);
     out.given = {givenShare(missing.water, asked.water), givenShare(missing.oil, asked.oil),
                  givenShare(missing.gas, asked.gas)};
     const double freeGas = std::max(0.0, missing.gas - fluid.saturatedRs * missing.oil);
     out.deficit =
         fluid.factors.Bw * missing.water + fluid.factors.Bo * missing.oil + fluid.factors.Bg * freeGas;
+}
+
+/// Mobilities of water and oil of a tank in a state.
+struct PairMobility {
+    double water = 0.0, oil = 0.0;  // 1/cp
+};
+
+PairMobility pairMobility(const FluidTables& tables, const TankFluid& fluid, double Sw) {
+    const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, Sw, 0.0);
+    return {kr.w / fluid.MuW, kr.o / fluid.MuO};
+}
+
+/// What gravity makes of the flows with a known make-up, at the mobilities of the middle of the step; returns
+/// the water in them that takes the place of oil, volume a day.
+double moveKnown(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
+                 const TankFlows& flows, double dt, const ConservedAmounts& start,
+                 std::span<BuoyantFlow> buoyant) {
+    const bool any = std::any_of(buoyant.begin(), buoyant.end(),
+                                 [](const BuoyantFlow& face) { return face.followed > 0.0; });
+    if (!any) return 0.0;
+    ConservedAmounts end = moved(start, dt, flows.inflow, 1.0, flows.request);
+    end = {std::max(0.0, end.water), std::max(0.0, end.oil), 0.0};
+    const double Sw = 0.5 * (stateOf(tables, table, fluid, start).Sw + stateOf(tables, table, fluid, end).Sw);
+    const PairMobility lambda = pairMobility(tables, fluid, Sw);
+    double water = 0.0;
+    for (BuoyantFlow& face : buoyant) {
+        face.known = face.pull < 0.0 ? -std::min(1.0, -face.pull * lambda.oil) * face.knownWater
+                                     : std::min(1.0, face.pull * lambda.water) * face.knownOil;
+        water += face.flow * face.followed * face.known;
+    }
+    return water;
+}
+
+/// What gravity makes of the flows of a tank's own mobilities over a substep.
+struct OwnExchange {
+    PairMobility lambda;
+    ConservedAmounts rest,
+        asked;  // surface amounts a day in the place of others, in flows.rest and flows.asked
+};
+
+OwnExchange moveOwn(const FluidTables& tables, const TankFluid& fluid, double Sw,
+                    std::span<const BuoyantFlow> buoyant) {
+    OwnExchange moved;
+    if (buoyant.empty()) return moved;
+    moved.lambda = pairMobility(tables, fluid, Sw);
+    for (const BuoyantFlow& face : buoyant) {
+        const double water = face.flow * buoyantShare(face.pull, moved.lambda.water, moved.lambda.oil);
+        exchange(fluid, (1.0 - face.followed) * water, moved.rest);
+        exchange(fluid, face.followed * water, moved.asked);
+    }
+    return moved;
+}
+
+/// Counts a substep, a share of the step, in the means of the faces.
+void addMeans(double share, bool follow, const PairMobility& lambda, std::span<BuoyantFlow> buoyant) {
+    for (BuoyantFlow& face : buoyant) {
+        const double water = share * buoyantShare(face.pull, lambda.water, lambda.oil);
+        face.own += water;
+        if (!follow) face.apart += water;
+    }
 }
 
 bool isStill(const PhaseState& before, const PhaseState& now) {
@@ -129,16 +200,18 @@ ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, co
 }
 
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
-                      double slope, const ConservedAmounts& start) {
+                      double slope, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant) {
     TankOutflow out;
     const SaturationTable& table = regionTable(tables, fluid.region);
     const ConservedAmounts floor = floorOf(tables, table, fluid, start);
+    ConservedAmounts request = flows.request;
+    exchange(fluid, moveKnown(tables, table, fluid, flows, dt, start, buoyant), request);
     if (flows.rest <= 0.0) {
         if (flows.asked <= 0.0) return out;
-        if (staysAbove(moved(start, dt, flows.inflow, 1.0, flows.request), floor)) return out;
+        if (staysAbove(moved(start, dt, flows.inflow, 1.0, request), floor)) return out;
     }
     const double inVolume = volumeOf(fluid, flows.inflow);
-    const double h = substepOf(fluid, flows, inVolume, dt, slope);
+    const double h = substepOf(fluid, flows, inVolume, dt, buoyant.empty() ? slope : BuoyantSlope * slope);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;
     PhaseState state = stateOf(tables, table, fluid, held);
@@ -149,10 +222,12 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         if (steady) length = left;
         const ConservedAmounts own =
             steady ? perVolume(flows.inflow, inVolume) : flowing(tables, fluid, state);
+        const OwnExchange turned = steady ? OwnExchange{} : moveOwn(tables, fluid, state.Sw, buoyant);
         const auto after = [&](double time, bool follow) {
-            const ConservedAmounts rest = moved(held, time, flows.inflow, flows.rest, own);
-            return follow ? moved(rest, time, {}, 1.0, flows.request)
-                          : moved(rest, time, {}, flows.asked, own);
+            const ConservedAmounts net = moved(held, time, flows.inflow, flows.rest, own);
+            const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);
+            if (follow) return moved(rest, time, {}, 1.0, request);
+            return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0, turned.asked);
         };
         const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
         ConservedAmounts next = after(length, follow);
@@ -163,6 +238,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
             next = after(left, follow);
         }
         add(length / dt, own, out.own);
+        addMeans(length / dt, follow, turned.lambda, buoyant);
         if (follow)
             out.followed += length / dt;
         else
@@ -172,7 +248,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         left = length < left ? left - length : 0.0;
         if (left > 0.0) state = staysAbove(next, {}) ? nextState : stateOf(tables, table, fluid, held);
     }
-    accountForMissing(fluid, flows, dt, missing, out);
+    accountForMissing(fluid, flows, request, dt, missing, buoyant, out);
     return out;
 }
 

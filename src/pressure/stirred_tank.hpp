@@ -3,6 +3,9 @@
 #include "base/cell_array.hpp"
 #include "fluid/state_recovery.hpp"
 #include "fluid/tables.hpp"
+#include "pressure/buoyant_flow.hpp"
+
+#include <span>
 
 namespace kvr {
 
@@ -61,8 +64,9 @@ ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, co
 
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
 /// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose
-/// composition stands still takes the rest of the step at once.
+/// composition stands still takes the rest of the step at once. `buoyant`: those of the flows on which
+/// gravity acts, two phases; what it makes of them is written there.
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
-                      double slope, const ConservedAmounts& start);
+                      double slope, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant = {});
 
 }  // namespace kvr

@@ -1,5 +1,6 @@
 #include "pressure/transport_walk.hpp"
 
+#include "base/constants.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/flow_order.hpp"
 
@@ -103,7 +104,37 @@ ConservedAmounts amountsOf(const CellAmounts& amounts, CellId cell) {
     return {amounts.water[cell], amounts.oil[cell], amounts.gas[cell]};
 }
 
-TankFlows flowsOf(CellId cell, const Walk& walk) {
+/// What drives water against oil out of a cell through a face by gravity, times the transmissibility,
+/// reservoir volume a day per mobility.
+double buoyantPull(CellId cell, int face, const Walk& walk) {
+    if (!walk.buoyancy.acts) return 0.0;
+    const CellId other = walk.connections.Neighbour(cell, face);
+    const double head = walk.connections.DepthDiff(cell, face) / SquareInchesPerSquareFoot;
+    if (head == 0.0) return 0.0;
+    const CellState& state = walk.state;
+    const double heavier =
+        0.5 * ((state.RhoW[cell] + state.RhoW[other]) - (state.RhoO[cell] + state.RhoO[other]));
+    const CellArray<double>& pcow = walk.buoyancy.pcow;
+    const double capillary = pcow.empty() ? 0.0 : pcow[other] - pcow[cell];
+    return walk.connections.Trans(cell, face) * walk.buoyancy.flowUnit *
+           lastingDrive(heavier * head, capillary);
+}
+
+void listBuoyant(CellId cell, int face, double out, Walk& walk) {
+    const double pull = buoyantPull(cell, face, walk);
+    if (pull == 0.0) return;
+    BuoyantFlow flow{out, pull / out};
+    const FacePlace place = placeOf(walk.connections, cell, face);
+    if (faceIsKnown(walk.makeUp, place)) {
+        const ConservedAmounts& known = walk.makeUp.face(place.cell, place.axis);
+        flow.followed = 1.0;
+        flow.knownWater = walk.state.Bw[cell] * known.water;
+        flow.knownOil = walk.state.Bo[cell] * known.oil;
+    }
+    walk.buoyant.push_back(flow);
+}
+
+TankFlows flowsOf(CellId cell, Walk& walk) {
     TankFlows flows;
     for (int face = 1; face <= Faces; ++face) {
         if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
@@ -116,6 +147,7 @@ TankFlows flowsOf(CellId cell, const Walk& walk) {
             flows.ask(out, walk.makeUp.face(place.cell, place.axis));
         else
             flows.rest += out;
+        if (out > 0.0) listBuoyant(cell, face, out, walk);
     }
     for (int k = walk.firstOutlet[cell]; k != NoConnection;
          k = walk.outlets[static_cast<std::size_t>(k)].next) {
@@ -131,13 +163,22 @@ TankFlows flowsOf(CellId cell, const Walk& walk) {
     return flows;
 }
 
-ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Walk& walk) {
+/// Water that gravity has put in the place of oil in a flow, volume a day.
+double turnedByGravity(const BuoyantFlow& face, double timesFollowed) {
+    return face.flow *
+           ((1.0 - face.followed) * face.own + face.followed * (face.apart + timesFollowed * face.known));
+}
+
+ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const TankOutflow& outflow,
+                       std::size_t& buoyant, Walk& walk) {
     ConservedAmounts sum;
-    const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked) {
+    const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked, double turned) {
         const double followed = known ? trust * flow : 0.0;
         ConservedAmounts passed = (flow - followed) * outflow.own;
         add(followed, outflow.apart, passed);
         add(followed * outflow.followed, asked, passed);
+        passed.water += turned / fluid.factors.Bw;
+        passed.oil -= turned / fluid.factors.Bo;
         passed = {passed.water * outflow.given.water, passed.oil * outflow.given.oil,
                   passed.gas * outflow.given.gas};
         add(1.0, passed, sum);
@@ -149,8 +190,10 @@ ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Wa
         if (!(out > 0.0)) continue;
         const FacePlace place = placeOf(walk.connections, cell, face);
         const bool known = faceIsKnown(walk.makeUp, place);
-        walk.passed(place.cell, place.axis) =
-            passedBy(out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{});
+        const bool pulled = buoyantPull(cell, face, walk) != 0.0;
+        const double turned = pulled ? turnedByGravity(walk.buoyant[buoyant++], outflow.followed) : 0.0;
+        walk.passed(place.cell, place.axis) = passedBy(
+            out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{}, turned);
     }
     for (int k = walk.firstOutlet[cell]; k != NoConnection;
          k = walk.outlets[static_cast<std::size_t>(k)].next) {
@@ -164,21 +207,25 @@ ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Wa
         const bool known = connectionIsKnown(walk.makeUp, outlet);
         const ConservedAmounts& asked =
             known ? walk.makeUp.connection[outlet.well][outlet.connection] : ConservedAmounts{};
-        rate = -1.0 * passedBy(-connection.reservoirRate, known, asked);
+        rate = -1.0 * passedBy(-connection.reservoirRate, known, asked, 0.0);
     }
     return sum;
 }
 
 ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit) {
+    walk.buoyant.clear();
     TankFlows flows = flowsOf(cell, walk);
     const double trust = trustOf(cell, flows, walk);
     flows.follow(trust);
+    for (BuoyantFlow& face : walk.buoyant) face.followed *= trust;
     ConservedAmounts end = start;
     TankOutflow outflow;
+    const TankFluid fluid = fluidOf(cell, walk);
     if (walk.state.PoreVolume[cell] > 0.0)
-        outflow = emptyTank(walk.tables, fluidOf(cell, walk), flows, walk.dt, walk.slope, start);
+        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start, walk.buoyant);
     deficit = outflow.deficit;
-    const ConservedAmounts out = share(cell, trust, outflow, walk);
+    std::size_t buoyant = 0;
+    const ConservedAmounts out = share(cell, trust, fluid, outflow, buoyant, walk);
     add(walk.dt, flows.inflow, end);
     add(-walk.dt, out, end);
     return end;

@@ -27,10 +27,12 @@ struct Walk {
     const DirectionArray<double>& flux;
     const WellRecord& wells;
     const MakeUp& makeUp;
+    const Buoyancy& buoyancy;
     const CellState& state;
     CellArray<int> firstOutlet;
     std::vector<Outlet> outlets;
     DirectionArray<ConservedAmounts> passed;  // a day, by low cell and axis, along the flow
+    std::vector<BuoyantFlow> buoyant;         // of the tank at work, in the order of its faces
     CellAmounts& amounts;
     TransportAccount& account;
     CellArray<int> unit;  // of the cells of rings, 0 elsewhere; empty before the first ring
@@ -57,11 +59,13 @@ ConservedAmounts amountsOf(const CellAmounts& amounts, CellId cell);
 ConservedAmounts operator*(double factor, const ConservedAmounts& a);
 
 /// What flows in and what is asked for, from the faces and connections of a cell, but for the faces between
-/// cells of one unit of a ring.
-TankFlows flowsOf(CellId cell, const Walk& walk);
+/// cells of one unit of a ring. Adds those on which gravity acts to `walk.buoyant`.
+TankFlows flowsOf(CellId cell, Walk& walk);
 
-/// Hands what a tank has let out to the faces and connections of a cell; returns the sum, a day.
-ConservedAmounts share(CellId cell, double trust, const TankOutflow& outflow, Walk& walk);
+/// Hands what a tank has let out to the faces and connections of a cell; returns the sum, a day. `buoyant`:
+/// the next of the tank's faces on which gravity acts, moved on.
+ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const TankOutflow& outflow,
+                       std::size_t& buoyant, Walk& walk);
 
 /// One cell: its flows in, its tank, its flows out. Returns what it holds at the end.
 ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit);

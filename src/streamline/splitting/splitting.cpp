@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/cell_transport.hpp"
 #include "pressure/flow_order.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
@@ -27,8 +28,10 @@ constexpr double RestChange = 1e-9;  // of a phase over what is left of the step
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
     ConservedAmounts rate;     // of change, per day
+    ConservedAmounts leaving;  // over the faces that it gives through, per day
     double largestRate = 0.0;  // that a substep has to resolve, 1/day
     bool working = false;      // active, with pore volume
+    bool lacking = false;      // asked for more than it holds
     ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
     PhaseState phases;
     double Bo = 1.0;
@@ -38,24 +41,26 @@ struct CellWork {
     double slopeW = 0.0, slopeG = 0.0;  // psi, capillary pressures per saturation; 0 without
 };
 
-/// Share of what transport has brought into a cell that is still there; the rest has passed on.
-struct StillHeld {
-    double water = 1.0, oil = 1.0;
+/// Shares of what a cell is asked for in a substep that it can give.
+struct GivenShare {
+    double water = 1.0, oil = 1.0, gas = 1.0;
 };
 
 /// Arrays and switches of one call of the stage.
 struct SplittingStage {
     bool capillary = false;
     bool projection = false;
-    bool carries = false;       // amounts that saturations do not show are handed on
-    bool throughFlow = false;   // phases against the total flow that transport has moved
-    double daysMoved = 0.0;     // ... in days of transport to one of this stage, 0 ahead of it
-    CellArray<StillHeld> held;  // behind the transport, where phases go against the flow that it has moved
-    bool continues = false;     // the stage ahead of the transport has told its part of the step's exchange
+    bool carries = false;      // amounts that saturations do not show are handed on
+    bool buoyant = false;      // the transport takes gravity along
+    bool throughFlow = false;  // phases against the total flow that transport has moved
+    double daysMoved = 0.0;    // ... in days of transport to one of this stage, 0 ahead of it
+    bool continues = false;    // the stage ahead of the transport has told its part of the step's exchange
     int firstFace = 1;
     CellArray<SplittingCell> shared;
     CellArray<CellWork> own;
-    CellArray<std::uint8_t> moved;        // what neighbours see has changed in the last substep
+    bool bounded = false;           // some cell is asked for more than it holds, and `given` tells its shares
+    CellArray<GivenShare> given;    // 1 wherever a cell holds what it is asked for
+    CellArray<std::uint8_t> moved;  // what neighbours see has changed in the last substep
     CellArray<ConservedAmounts> start;    // the amounts when the stage began, where they are carried
     DirectionArray<double> waterRate;     // surface volume a day by low cell and axis, where tracers move
     DirectionArray<double> waterPassed;   // ... and its sum over the stage, surface volume
@@ -165,9 +170,11 @@ SplittingStage beginStage(Simulation& simulation) {
     // Lines that take gravity along themselves leave nothing of their flow to correct.
     stage.throughFlow = stage.carries && !stage.projection && simulation.velocity.CellFaceFlux.width > 0 &&
                         (simulation.fluids.hasGas || exchangesAhead(simulation));
+    stage.buoyant = gravityInTransport(simulation);
     stage.shared.assign(count, {});
     stage.own.assign(count, {});
     stage.moved.assign(count, 1);
+    stage.given.assign(count, {});
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
     if (stage.carries && simulation.state.tracer.width > 0) {
@@ -209,46 +216,14 @@ double totalOutflow(const Simulation& simulation, CellId cell, int face) {
     return outflowThrough(simulation.connections, simulation.velocity.CellFaceFlux, cell, face);
 }
 
-/// A cell through which more flows in the step than it holds cannot give back all that came in.
-StillHeld stillHeld(const Simulation& simulation, CellId cell) {
-    double water = 0.0, oil = 0.0;
-    for (int face = 1; face <= FaceCount; ++face) {
-        if (simulation.connections.Neighbour(cell, face) <= 0) continue;
-        const double out = waterOutflow(simulation, cell, face);
-        water += std::max(0.0, -out);
-        oil += std::max(0.0, out - totalOutflow(simulation, cell, face));
-    }
-    const CellState& state = simulation.state;
-    const SaturationTable& table = regionTable(simulation.fluids, simulation.grid.SATNUM[cell]);
-    const double days = simulation.clock.workDt;
-    const auto share = [&](double held, double brought) {
-        const double volume = std::max(0.0, held) * state.PoreVolume[cell];
-        return brought * days > volume ? volume / (brought * days) : 1.0;
-    };
-    return {share(state.Sw[cell] - table.SwAxis.front(), water),
-            share(state.So[cell] - (1.0 - table.SwAxis.back()), oil)};
-}
-
-void findHeld(const Simulation& simulation, SplittingStage& stage) {
-    if (!stage.throughFlow || simulation.pressure.waterMoved.width == 0) return;
-    const CellId count = simulation.grid.NCELLS;
-    stage.held.assign(count, {});
-#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
-    for (CellId cell = 1; cell <= count; ++cell)
-        if (stage.own[cell].working) stage.held[cell] = stillHeld(simulation, cell);
-}
-
 /// What transport has moved out of a cell through a face.
 ThroughFlow outflow(const Simulation& simulation, const SplittingStage& stage, CellId cell, int face) {
     ThroughFlow through;
     through.daysMoved = stage.daysMoved;
+    through.buoyant = stage.buoyant;
     through.total = totalOutflow(simulation, cell, face);
-    if (stage.held.empty()) return through;
-    through.water = waterOutflow(simulation, cell, face);
-    const StillHeld& held =
-        stage.held[through.total > 0.0 ? simulation.connections.Neighbour(cell, face) : cell];
-    through.heldWater = held.water;
-    through.heldOil = held.oil;
+    if (stage.daysMoved > 0.0 && simulation.pressure.waterMoved.width > 0)
+        through.water = waterOutflow(simulation, cell, face);
     return through;
 }
 
@@ -272,6 +247,22 @@ double capillaryPull(const SplittingCell& i, const SplittingCell& j, double tran
            pull(std::max(i.lambdaG, j.lambdaG), work.slopeG);
 }
 
+/// Share of an exchange over a face that both cells can give: each component by the cell that it leaves.
+double givenShare(const GivenShare& i, const GivenShare& j, const ConservedAmounts& passing) {
+    const auto byGiver = [](double amount, double own, double others) {
+        if (amount == 0.0) return 1.0;
+        return amount > 0.0 ? own : others;
+    };
+    return std::min({byGiver(passing.water, i.water, j.water), byGiver(passing.oil, i.oil, j.oil),
+                     byGiver(passing.gas, i.gas, j.gas)});
+}
+
+void addLeaving(const ConservedAmounts& passing, ConservedAmounts& leaving) {
+    leaving.water += std::max(0.0, passing.water);
+    leaving.oil += std::max(0.0, passing.oil);
+    leaving.gas += std::max(0.0, passing.gas);
+}
+
 /// Rates of change of a cell from its own faces alone; lines have taken their part of a face between two
 /// cells that they have entered, and only of such a one: both sides of a face have to see the same.
 /// Every connection is worked from both sides, so that each cell writes only itself. Returns the rate that a
@@ -288,6 +279,7 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
+    work.leaving = {};
     double pull = 0.0;
     for (int face = stage.firstFace; face <= FaceCount; ++face) {
         const CellId j = neighbour[face - 1];
@@ -296,11 +288,14 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
         const ThroughFlow through =
             stage.throughFlow ? outflow(simulation, stage, cell, face) : ThroughFlow{};
-        const double water = out.amount.water;
+        ExchangeRates passing;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
-                        hasGas, through, out);
+                        hasGas, through, passing);
+        if (stage.bounded) scale(givenShare(stage.given[cell], stage.given[j], passing.amount), passing);
+        add(passing, out);
+        addLeaving(passing.amount, work.leaving);
         if (stage.waterRate.width > 0 && face % 2 == 0)
-            stage.waterRate(cell, face / 2) = out.amount.water - water;
+            stage.waterRate(cell, face / 2) = passing.amount.water;
         if (stage.capillary) pull += capillaryPull(stage.shared[cell], stage.shared[j], t, work);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];
@@ -337,7 +332,7 @@ PhaseState recoverCell(const Simulation& simulation, CellId cell, const CellWork
 /// one whose recovery is not a number.
 void advanceCell(const Simulation& simulation, CellId cell, double dt, SplittingStage& stage) {
     CellWork& work = stage.own[cell];
-    stage.moved[cell] = 0;
+    stage.moved[cell] = work.lacking ? 1 : 0;  // rates next to it are those of what it could give
     if (!work.working || unchanged(work.rate)) return;
     work.amount.water += dt * work.rate.water;
     work.amount.oil += dt * work.rate.oil;
@@ -349,6 +344,39 @@ void advanceCell(const Simulation& simulation, CellId cell, double dt, Splitting
     refreshCell(simulation, cell, stage);
 }
 
+double shareOf(double held, double asked) {
+    return asked > held ? std::max(0.0, held) / asked : 1.0;
+}
+
+/// What a cell can give of what it is asked for in `dt` days.
+GivenShare whatItGives(const Simulation& simulation, CellId cell, double dt, const CellWork& work) {
+    const double days = dt / simulation.state.PoreVolume[cell];
+    return {shareOf(work.amount.water, days * work.leaving.water),
+            shareOf(work.amount.oil, days * work.leaving.oil),
+            shareOf(work.amount.gas, days * work.leaving.gas)};
+}
+
+/// No cell gives more than it holds: what flows out of one that is asked for more in `dt` days flows less.
+void boundByContents(const Simulation& simulation, double dt, double left, SplittingStage& stage) {
+    const CellId count = simulation.grid.NCELLS;
+    bool bounded = false;
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells) reduction(|| : bounded)
+    for (CellId cell = 1; cell <= count; ++cell) {
+        if (!stage.own[cell].working) continue;
+        GivenShare& given = stage.given[cell];
+        given = whatItGives(simulation, cell, dt, stage.own[cell]);
+        const bool lacking = std::min({given.water, given.oil, given.gas}) < 1.0;
+        stage.own[cell].lacking = lacking;
+        stage.moved[cell] = lacking ? 1 : 0;
+        bounded = bounded || lacking;
+    }
+    if (!bounded) return;
+    stage.bounded = true;
+#pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
+    for (CellId cell = 1; cell <= count; ++cell) formRates(simulation, cell, left, stage);
+    stage.bounded = false;
+}
+
 /// One substep of at most `left` days; returns its length.
 double substep(const Simulation& simulation, double left, SplittingStage& stage) {
     const CellId count = simulation.grid.NCELLS;
@@ -357,6 +385,7 @@ double substep(const Simulation& simulation, double left, SplittingStage& stage)
     for (CellId cell = 1; cell <= count; ++cell)
         rate = std::max(rate, formRates(simulation, cell, left, stage));
     const double dt = splittingSubstep(simulation.options, rate, left);
+    boundByContents(simulation, dt, left, stage);
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) advanceCell(simulation, cell, dt, stage);
     for (std::size_t n = 0; n < stage.waterRate.slots.size(); ++n)
@@ -481,7 +510,6 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     SplittingStage stage = beginStage(simulation);
     stage.continues = exchangesAhead(simulation);
     stage.daysMoved = stage.continues ? 1.0 / HalfStep : 1.0;
-    findHeld(simulation, stage);
     runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
     simulation.pressure.waterMoved = DirectionArray<double>();

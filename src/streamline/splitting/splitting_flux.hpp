@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fluid/state_recovery.hpp"
+#include "pressure/buoyant_flow.hpp"
 
 #include <algorithm>
 
@@ -20,6 +21,22 @@ struct ExchangeRates {
     ConservedAmounts amount;
     double volumeW = 0.0, volumeO = 0.0, volumeG = 0.0;
 };
+
+inline void scale(double factor, ExchangeRates& rates) {
+    rates.amount = {factor * rates.amount.water, factor * rates.amount.oil, factor * rates.amount.gas};
+    rates.volumeW *= factor;
+    rates.volumeO *= factor;
+    rates.volumeG *= factor;
+}
+
+inline void add(const ExchangeRates& more, ExchangeRates& sum) {
+    sum.amount.water += more.amount.water;
+    sum.amount.oil += more.amount.oil;
+    sum.amount.gas += more.amount.gas;
+    sum.volumeW += more.volumeW;
+    sum.volumeO += more.volumeO;
+    sum.volumeG += more.volumeG;
+}
 
 /// A phase that is less mobile than this, 1/cp, in both cells together has no potential, and one whose
 /// upstream mobility is below it does not flow.
@@ -122,7 +139,7 @@ inline void addThroughFlowExchange(const SplittingCell& i, const SplittingCell& 
 /// `daysMoved`: days of that transport to one of the exchange, 0 ahead of the transport.
 struct ThroughFlow {
     double total = 0.0, water = 0.0, daysMoved = 1.0;
-    double heldWater = 1.0, heldOil = 1.0;  // share of what came in that the cell behind the face still holds
+    bool buoyant = false;  // the transport has taken gravity along
 };
 
 /// What gravity and capillarity change in the flow of a phase: what they keep of what transport took along,
@@ -150,21 +167,23 @@ inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j
     const SplittingCell& up = outward ? i : j;
     const double pair = up.lambdaO + up.lambdaW;
     if (!(pair > 0.0)) return;
-    const ThroughPair flux =
-        throughFlowFlux(trans, through.total, (water.weight - oil.weight) + (j.pcow - i.pcow), water, oil);
-    const double movedWater = sign * through.total * (up.lambdaW / pair);
-    const double movedOil = sign * through.total - movedWater;
+    const double gravity = water.weight - oil.weight, capillary = j.pcow - i.pcow;
+    const ThroughPair flux = throughFlowFlux(trans, through.total, gravity + capillary, water, oil);
+    const double flow = sign * through.total;
+    double movedWater = flow * (up.lambdaW / pair);
+    if (through.buoyant)
+        movedWater += flow * buoyantShare(trans * lastingDrive(gravity, capillary) / through.total,
+                                          up.lambdaW, up.lambdaO);
+    const double movedOil = flow - movedWater;
     const HeldBack waterHeld = heldBack(movedWater, sign * flux.a, sign * through.water);
     const HeldBack oilHeld = heldBack(movedOil, sign * flux.b, sign * (through.total - through.water));
     // Water out of i in place of oil.
-    const double kept =
-        sign * through.daysMoved * (through.heldOil * oilHeld.kept - through.heldWater * waterHeld.kept);
+    const double kept = sign * through.daysMoved * (oilHeld.kept - waterHeld.kept);
     const double q = kept + sign * (oilHeld.turned - waterHeld.turned);
     out.amount.water += q * (q > 0.0 ? i : j).inverseBw;
     out.amount.oil -= q * (q > 0.0 ? j : i).inverseBo;
-    const bool given = !outward;  // i has been brought what it gives back
-    out.volumeW += given && q > 0.0 ? q - kept : q;
-    out.volumeO -= given && q < 0.0 ? q - kept : q;
+    out.volumeW += q - kept;
+    out.volumeO -= q - kept;
 }
 
 /// Adds what leaves cell i over one face to `out`. Water and oil, and with a gas phase gas and oil, exchange

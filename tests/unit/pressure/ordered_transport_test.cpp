@@ -36,9 +36,10 @@ struct TransportRun {
             amounts.oil[cell] = (1.0 - sw) * flow.state.PoreVolume[cell] / flow.state.Bo[cell];
         }
     }
+    Buoyancy buoyancy;
     void advance(double days, double slope) {
         advanceInOrder(days, slope, flow.grid, flow.connections, fluids, flow.velocity.CellFaceFlux,
-                       flow.wells, makeUp, flow.state, amounts, account);
+                       flow.wells, makeUp, buoyancy, flow.state, amounts, account);
     }
     [[nodiscard]] ConservedAmounts total() const {
         ConservedAmounts sum;
@@ -374,6 +375,69 @@ TEST(AdvanceInOrder, KeepsEveryComponentInFastAndSlowRingsThatCross) {
         run.fill(0.25);
         expectConservedOverSteps(run, 0.1);
     }
+}
+
+/// 10 a day from one cell into the next, both half full of water, mobilities 0.5 and 0.5; 64 and 53 lb/ft3.
+TransportRun slopingRow(double depthOfSecond, double trans) {
+    TransportRun run = shareRow(2, 100.0, 10.0);
+    run.fill(0.5);
+    run.flow.connections.DepthDiff.assign(2, 6, 0.0);
+    run.flow.connections.DepthDiff(1, 2) = depthOfSecond;
+    run.flow.connections.DepthDiff(2, 1) = -depthOfSecond;
+    run.flow.connections.Trans.assign(2, 6, trans);
+    run.flow.state.RhoW.assign(2, 64.0);
+    run.flow.state.RhoO.assign(2, 53.0);
+    run.buoyancy.acts = true;
+    return run;
+}
+
+/// Water that passes a day in a step too short for the cells to change.
+double waterPassed(double depthOfSecond, double trans, double capillary = 0.0) {
+    TransportRun run = slopingRow(depthOfSecond, trans);
+    if (capillary != 0.0) {
+        run.buoyancy.pcow.assign(2, 0.0);
+        run.buoyancy.pcow[2] = capillary;
+    }
+    run.advance(1e-7, 1.0);
+    return run.account.passed(1, 1).water;
+}
+
+TEST(AdvanceInOrder, HoldsWaterBackOnTheWayUpAndOilOnTheWayDown) {
+    // d = 11 * 20 / 144 psi = 1.527778, T 5, q 10: m lo = 5 * 1.527778 / 10 * 0.5 = 0.3819444 of the water
+    // stay below, of the oil above.
+    EXPECT_NEAR(waterPassed(-20.0, 5.0), 5.0 * (1.0 - 0.3819444), 1e-5);
+    EXPECT_NEAR(waterPassed(20.0, 5.0), 10.0 - 5.0 * (1.0 - 0.3819444), 1e-5);
+    EXPECT_NEAR(waterPassed(0.0, 5.0), 5.0, 1e-5) << "level";
+}
+
+TEST(AdvanceInOrder, TakesNoPhaseAlongThatGravityTurnsAgainstTheFlow) {
+    EXPECT_NEAR(waterPassed(-20.0, 50.0), 0.0, 1e-5);
+    EXPECT_NEAR(waterPassed(20.0, 50.0), 10.0, 1e-5);
+}
+
+TEST(AdvanceInOrder, LeavesOutOfGravityWhatCapillarityHoldsUp) {
+    EXPECT_NEAR(waterPassed(-20.0, 5.0, 220.0 / 144.0), 5.0, 1e-5) << "at rest";
+    EXPECT_NEAR(waterPassed(-20.0, 5.0, 110.0 / 144.0), 5.0 * (1.0 - 0.5 * 0.3819444), 1e-5) << "half";
+    EXPECT_NEAR(waterPassed(-20.0, 5.0, -110.0 / 144.0), 5.0 * (1.0 - 0.3819444), 1e-5) << "the same way";
+}
+
+TEST(AdvanceInOrder, ChangesAKnownMakeUpByGravity) {
+    TransportRun run = slopingRow(-20.0, 5.0);
+    run.makeUp.faceKnown.assign(2, 3, 0);
+    run.makeUp.face.assign(2, 3, {});
+    run.makeUp.faceKnown(1, 1) = 1;
+    run.makeUp.face(1, 1) = {0.3, 0.7, 0.0};
+    run.advance(1e-7, 1.0);
+    EXPECT_NEAR(run.account.passed(1, 1).water, 3.0 * (1.0 - 0.3819444), 1e-5);
+    EXPECT_NEAR(run.account.passed(1, 1).oil, 7.0 + 3.0 * 0.3819444, 1e-5);
+}
+
+TEST(AdvanceInOrder, KeepsEveryComponentWithGravityOnTheWay) {
+    for (const double depth : {-20.0, 20.0})
+        for (const double trans : {5.0, 50.0}) {
+            TransportRun run = slopingRow(depth, trans);
+            expectConservedOverSteps(run, 0.1);
+        }
 }
 
 }  // namespace

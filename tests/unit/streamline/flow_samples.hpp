@@ -45,6 +45,7 @@ inline Flow emptyFlow(int nx, int ny, int nz, double dx, double dy, double dz) {
     flow.grid = uniformBlocks(nx, ny, nz, dx, dy, dz);
     flow.options.gridDimensionality = dimensionalityOf(flow.grid);
     flow.connections.Neighbour.assign(flow.grid.NCELLS, flow.connections.NDIR, 0);
+    flow.connections.DepthDiff.assign(flow.grid.NCELLS, flow.connections.NDIR, 0.0);
     buildNeighbours(flow.grid, flow.connections);
     const CellId count = flow.grid.NCELLS;
     allocateCellState(count, 0, flow.state);

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+/// Gravity in the transport of water and oil by the total flow of faces.
+struct Buoyancy {
+    bool acts = false;
+    double flowUnit = 1.0;   // of transmissibilities, see UnitSystem
+    CellArray<double> pcow;  // psi, of the cells when the transport starts; empty without capillarity
+};
+
+/// What drives water against oil in a flow by gravity, psi, as far as capillarity does not hold it up.
+inline double lastingDrive(double gravity, double capillary) {
+    const double both = gravity + capillary;
+    return gravity > 0.0 ? std::clamp(both, 0.0, gravity) : std::clamp(both, gravity, 0.0);
+}
+
+/// Water that gravity puts in the place of oil in a flow q, per volume of the flow, negative where it holds
+/// water back. With m = T d / q, d what drives water along the flow against oil, mobilities of the cell that
+/// the flow comes from:
+///   water q fw (1 - min(1, -m lo)) for m < 0,  oil q fo (1 - min(1, m lw)) for m > 0
+/// which is phase-potential upstream (Brenier and Jaffre 1991) where both phases go along with the flow. A
+/// phase that gravity turns against the flow stays; what it does beyond that is an exchange of the cells.
+inline double buoyantShare(double pull, double lambdaW, double lambdaO) {
+    const double sum = lambdaW + lambdaO;
+    if (!(sum > 0.0)) return 0.0;
+    if (pull < 0.0) return -std::min(1.0, -pull * lambdaO) * (lambdaW / sum);
+    return std::min(1.0, pull * lambdaW) * (lambdaO / sum);
+}
+
+/// A flow out of a cell through a face on which gravity acts, and what it has made of it.
+struct BuoyantFlow {
+    double flow = 0.0;                        // reservoir volume a day
+    double pull = 0.0;                        // m of buoyantShare, cp
+    double followed = 0.0;                    // share of the flow that follows a known make-up ...
+    double knownWater = 0.0, knownOil = 0.0;  // ... and what that is made of, volumes per volume
+    // Water in the place of oil, volume per volume, means over the step: in what flows as the cell's own
+    // mobilities make it, in that over the times when the known make-up was not followed, in what follows it.
+    double own = 0.0, apart = 0.0, known = 0.0;
+};
+
+}  // namespace kvr
