@@ -25,7 +25,7 @@ struct Flood {
     }
 };
 
-TEST(ForecastMobilities, TakesThoseOfHalfTheStepAndLeavesTheStateAsItIs) {
+TEST(ForecastMobilities, TakesThoseOfTheMeanOfTheStepAndLeavesTheStateAsItIs) {
     Flood run;
     const CellState before = run.s.state;
     const double dt = 2.0;
