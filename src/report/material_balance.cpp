@@ -68,9 +68,10 @@ void addObservedFlows(const ScheduleStep* inForce, double dt, BalanceRecord& rec
     if (record.wells.size() < inForce->wells.size()) record.wells.resize(inForce->wells.size());
     for (std::size_t n = 0; n < inForce->wells.size(); ++n) {
         const ObservedRates rates = observedRates(inForce->wells[n]);
+        const double daysOn = inForce->wells[n].efficiency * dt;
         for (WellTotals* totals : {&record.wells[n], &record.field}) {
-            addFlow(rates.production, dt, totals->observedProduced);
-            addFlow(rates.injection, dt, totals->observedInjected);
+            addFlow(rates.production, daysOn, totals->observedProduced);
+            addFlow(rates.injection, daysOn, totals->observedInjected);
         }
     }
 }

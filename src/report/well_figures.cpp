@@ -66,8 +66,11 @@ void takeObserved(const UnitSystem& units, const ScheduleStep* inForce, StepFigu
         observed.production = reported(units, rates.production);
         observed.injection = reported(units, rates.injection);
         observed.bhp = well.isInjector ? well.histInjBhp : well.histBhp;
-        addFlow(observed.production, figures.field.observed.production);
-        addFlow(observed.injection, figures.field.observed.injection);
+        ObservedFigures mean = observed;  // over the time that the well is on and off
+        scale(well.efficiency, mean.production);
+        scale(well.efficiency, mean.injection);
+        addFlow(mean.production, figures.field.observed.production);
+        addFlow(mean.injection, figures.field.observed.injection);
     }
 }
 

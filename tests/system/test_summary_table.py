@@ -217,6 +217,21 @@ def test_observed_rates_of_the_deck_have_vectors_and_true_sums(tmp_path):
     assert fixed == pytest.approx(summary["WOPTH:PROD"][-1], rel=1e-6) == pytest.approx(30.0 * 40.0 + 20.0 * 20.0, rel=1e-6)
 
 
+def test_observed_totals_count_the_time_that_a_well_is_on(tmp_path):
+    # Rates of wells are those while they are on, rates of the field means over time, as in `flow`.
+    factors = "WEFAC\n'PROD' 0.8 /\n'INJ' 0.5 /\n/\nTSTEP\n20 20 /\n"
+    deck = VIEWERS.replace(ASKED, "SUMMARY\nFOPRH\n").replace(
+        LONG_REPORTS, HISTORY.split("TSTEP")[0] + factors + "END\n")
+    finished_normally(run(tmp_path, deck))
+    summary, _ = summary_of(tmp_path / "KVR_Summary.csv")
+    last = {name: column[-1] for name, column in summary.items()}
+    assert last["TIME"] == pytest.approx(40.0)
+    assert last["WOPRH:PROD"] == pytest.approx(30.0) and last["WWIRH:INJ"] == pytest.approx(45.0)
+    assert last["FOPRH"] == pytest.approx(0.8 * 30.0) and last["FWIRH"] == pytest.approx(0.5 * 45.0)
+    assert last["FOPTH"] == last["WOPTH:PROD"] == pytest.approx(0.8 * 30.0 * 40.0, rel=1e-6)
+    assert last["FWITH"] == last["WWITH:INJ"] == pytest.approx(0.5 * 45.0 * 40.0, rel=1e-6)
+
+
 def test_a_deck_without_observed_rates_has_no_columns_for_them(viewed):
     summary, _ = summary_of(viewed.folder / "KVR_Summary.csv")
     assert not [name for name in summary if name.split(":")[0].endswith("H")]
