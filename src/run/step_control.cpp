@@ -7,9 +7,11 @@ namespace kvr {
 
 namespace {
 
-constexpr int MostCuts = 3;              // of one step, then it is taken fully implicitly
-constexpr int MostCutsWithGas = 1;       // the same beside free gas, where phases come and go
-constexpr double GasShare = 0.2;         // of the limits of a coupling beside free gas
+constexpr int MostCuts = 3;         // of one step, then it is taken fully implicitly
+constexpr int MostCutsWithGas = 1;  // the same beside free gas, where phases come and go
+constexpr double GasShare = 0.2;    // of the limits of a coupling beside free gas
+constexpr double LagShare =
+    5.0 / 3.0;  // of the limit of mobilities that were not forecast: their error has no other source
 constexpr double WholeLimit = 1.0;       // one cell's volume the next solve takes up, whatever it is made of
 constexpr double LargestGrowth = 3.0;    // from step to step
 constexpr double LargestCut = 0.1;       // of one rejection
@@ -19,6 +21,12 @@ constexpr double SplinterShare = 0.01;   // of MAXDT: a shorter rest of the way 
 constexpr double RoundedRest = 1e-9;     // ... but for what rounding leaves
 constexpr double Safety = 0.8;           // of a length that a figure asks for
 constexpr double FailedSolveCut = 0.25;  // of a step whose pressure was not found
+
+/// Share of a limit that holds for a step.
+double shareOfLimit(double gasShare, double AttemptFigures::*figure, const AttemptFigures& figures) {
+    const bool lags = figure == &AttemptFigures::mobilityError && !figures.forecast;
+    return (figures.freeGas ? gasShare : 1.0) * (lags ? LagShare : 1.0);
+}
 
 /// A figure of a step with its limit.
 struct Row {
@@ -44,7 +52,7 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     StepJudgement judgement;
     double worst = 0.0;
     for (const Row& row : Rows) {
-        const double limit = options.*row.limit * (figures.freeGas ? row.gasShare : 1.0);
+        const double limit = options.*row.limit * shareOfLimit(row.gasShare, row.figure, figures);
         const double share = figures.*row.figure / limit;
         if (std::isfinite(share) && share <= worst) continue;
         worst = std::isfinite(share) ? share : HUGE_VAL;

@@ -100,6 +100,7 @@ void measureMobilities(const Simulation& s, AttemptFigures& figures) {
         lag += through * std::abs(before - mean) / mean;
     }
     if (!(flow > 0.0)) return;
+    figures.forecast = !ratio.empty();
     figures.mobilityLag = lag / flow;
     figures.mobilityError = error / flow;
 }

@@ -31,6 +31,7 @@ struct AttemptFigures {
     double mobilityError = 0.0;  // mean relative distance, weighted by the flow, of the total mobility that
                                  // the pressure was solved with from the mean of the step's begin and end
     double mobilityLag = 0.0;    // the same for the mobility of the step's begin
+    bool forecast = true;        // the pressure was solved with mobilities that had been forecast
 };
 
 /// How long steps may be, and how often they were taken anew; kept for the run.

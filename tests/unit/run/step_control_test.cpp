@@ -78,6 +78,19 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
     }
 }
 
+TEST(JudgeStep, AllowsMobilitiesThatWereNotForecastALargerError) {
+    const RunOptions options;
+    AttemptFigures figures = figuresOf(0.0, 1.5 * options.stepMobilityError);
+    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
+    figures.forecast = false;
+    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    figures.mobilityError = 1.7 * options.stepMobilityError;
+    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
+    figures.volumeError = 1.5 * options.stepVolumeError;
+    figures.mobilityError = 0.0;
+    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter) << "mobilities alone";
+}
+
 TEST(JudgeStep, HandsTheThirdRejectionToTheImplicitMethod) {
     EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 1).verdict, StepVerdict::Shorter);
     EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 2).verdict, StepVerdict::Implicit);
