@@ -384,7 +384,8 @@ TEST(InitialArrays, TellOfGasThatTheOilCannotHold) {
     bench.initial.initialRs.assign(2, 0.371 / GasRatioFactor);
     bench.initial.initialRs[2] = 0.5 / GasRatioFactor;
     bench.initial.swatGiven = bench.initial.rsGiven = true;
-    for (CellArray<int>* place : {&bench.grid.CellI, &bench.grid.CellJ, &bench.grid.CellK}) place->assign(2, 1);
+    for (CellArray<int>* place : {&bench.grid.CellI, &bench.grid.CellJ, &bench.grid.CellK})
+        place->assign(2, 1);
     bench.grid.CellK[2] = 2;
     bench.run();
     EXPECT_EQ(Bench::timesIn(bench.console.screen, "WARNING :: RS OF 1 CELLS IS MORE THAN THEIR OIL HOLDS"),

@@ -67,9 +67,10 @@ TEST(Tstep, KeepsTheDataOfTheStepThatItClosed) {
 }
 
 TEST(Tstep, HoldsOnceWhatAnEventLeavesAsItWas) {
-    ScheduleBench run(TwoWells +
-                      "COMPDAT\nP1 10 10 1 3 OPEN /\n/\nWCONPROD\nP* OPEN ORAT 100 /\n/\nTSTEP\n10 /\n"
-                      "WCONPROD\nP1 OPEN ORAT 50 /\n/\nTSTEP\n10 /\nCOMPDAT\nP2 1 1 1 1 OPEN /\n/\nTSTEP\n10 /\n");
+    ScheduleBench run(
+        TwoWells +
+        "COMPDAT\nP1 10 10 1 3 OPEN /\n/\nWCONPROD\nP* OPEN ORAT 100 /\n/\nTSTEP\n10 /\n"
+        "WCONPROD\nP1 OPEN ORAT 50 /\n/\nTSTEP\n10 /\nCOMPDAT\nP2 1 1 1 1 OPEN /\n/\nTSTEP\n10 /\n");
     run.readAndClose();
     const std::vector<ScheduleStep>& steps = run.schedule.steps;
     EXPECT_EQ(&steps[0].completions.view(), &steps[1].completions.view());
