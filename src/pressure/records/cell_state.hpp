@@ -74,7 +74,7 @@ struct WellMovement {
 struct PressureStage {
     CellArray<double>
         mobilityRatio;      // total mobility of the last solve over that of its time level, empty: 1
-    bool forecasts = true;  // pressures are solved with mobilities forecast for the middle of the step
+    bool forecasts = true;  // pressures are solved with mobilities forecast for the mean of the step
     DirectionArray<double> waterMoved;  // volume a day by low cell and axis 1..3, toward the high side, of
                                         // the last transport without gas; until gravity and capillarity act
     CellAmounts exchanged;  // a day, what gravity and capillarity brought into cells in the step before

@@ -155,10 +155,11 @@ inline HeldBack heldBack(double moved, double flowing, double brought) {
 }
 
 /// Adds what gravity and capillarity change in the flow of water and oil out of i, where transport has moved
-/// both with the total flow by mobilities alone. The change is that of the flow at the mobilities of the
-/// cells, and of what transport has brought no more is taken back: lines may have made the flow up otherwise.
-/// It is all taken back behind the transport, while what goes against the flow goes ahead and behind.
-/// What is only taken back has been brought before, and limits no substep of the cell that gives it.
+/// both with the total flow, by mobilities alone or with gravity (`through.buoyant`). The change is that of
+/// the flow at the mobilities of the cells, and of what transport has brought no more is taken back: lines
+/// may have made the flow up otherwise. It is all taken back behind the transport, while what goes against
+/// the flow goes ahead and behind. What is only taken back has been brought before, and limits no substep:
+/// contents bound it.
 inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j, double trans,
                                   const ThroughFlow& through, const PairPhase& water, const PairPhase& oil,
                                   ExchangeRates& out) {

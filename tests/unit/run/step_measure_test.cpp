@@ -167,8 +167,8 @@ TEST(CorrectTargets, LeavesWellsWhoseRateTransportDoesNotChange) {
     for (const Well& well : run.s.wells.wells) EXPECT_EQ(well.targetFactor, 1.0) << well.deckControl;
 }
 
-TEST(MeasureStep, ComparesRatesWithTheLimitsBesideTheControl) {
-    TwoCells run;
+/// A producer of 100 of oil, at most 150 of liquid, that gives 165.
+Well& beyondItsLiquid(TwoCells& run) {
     Well& well = run.producer("orat", -100.0);
     well.givenControl = "orat";
     well.holdsLimits = true;
@@ -176,6 +176,12 @@ TEST(MeasureStep, ComparesRatesWithTheLimitsBesideTheControl) {
     well.targetLiquid = -150.0;
     well.WellQo = -100.0;
     well.WellQw = -65.0;
+    return well;
+}
+
+TEST(MeasureStep, ComparesRatesWithTheLimitsBesideTheControl) {
+    TwoCells run;
+    Well& well = beyondItsLiquid(run);
     EXPECT_NEAR(run.figures().targetExcess, 0.1, 1e-15);
     well.holdsLimits = false;
     EXPECT_EQ(run.figures().targetExcess, 0.0);
@@ -183,13 +189,8 @@ TEST(MeasureStep, ComparesRatesWithTheLimitsBesideTheControl) {
 
 TEST(CorrectTargets, GiveTheNextPassTheLimitThatWasPassed) {
     TwoCells run;
-    Well& well = run.producer("orat", -100.0);
-    well.givenControl = "orat";
-    well.holdsLimits = true;
-    well.targetOil = -100.0;
-    well.targetLiquid = -150.0;
-    well.WellQo = well.solvedQo = -100.0;
-    well.WellQw = -65.0;
+    Well& well = beyondItsLiquid(run);
+    well.solvedQo = -100.0;
     well.solvedQw = -32.0;
     correctTargets(run.s.wells);
     EXPECT_EQ(well.WellControl, "lrat");
