@@ -271,7 +271,8 @@ struct PlotCase : SmallCase {
         run.clock.time = 31.5;
         for (const int step : {1, 2}) {
             run.clock.reportIndex = step;
-            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
+            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
+                             {run.units, run.connections, run.velocity}, run.lines.diagnostics);
         }
     }
     void append(const std::string& extension, std::string_view keyword, const std::vector<float>& values) {
@@ -327,7 +328,8 @@ TEST(RestartPlots, TakeTheTimesOfFlightOfOurOwnRuns) {
         times->assign(c.run.grid.NCELLS, 12.5);
     for (CellArray<int>* wells : {&maps.injector, &maps.producer, &maps.connection})
         wells->assign(c.run.grid.NCELLS, 1);
-    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state, maps);
+    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state,
+                     {c.run.units, c.run.connections, c.run.velocity}, maps);
     c.convert();
     EXPECT_EQ(c.folder.read("CASE_TOFP_STEP_0002_TIME_31.ECLTXT"), "12.5\n12.5\n12.5\n");
     EXPECT_FALSE(std::filesystem::exists(c.path("_PRDID_STEP_0002_TIME_31.ECLTXT")));
