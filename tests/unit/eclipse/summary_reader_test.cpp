@@ -1,6 +1,5 @@
 #include "eclipse/summary_reader.hpp"
 
-#include "eclipse/outside_command.hpp"
 #include "eclipse/restart_file.hpp"
 #include "eclipse/restart_plots.hpp"
 #include "eclipse/summary_files.hpp"
@@ -341,33 +340,6 @@ TEST(RestartPlots, StopAtABrokenFile) {
     c.folder.write("CASE.X0002", bytes.substr(0, 1300));
     c.run.console = Console{stderr, nullptr, nullptr};
     EXPECT_EXIT(c.convert(), testing::ExitedWithCode(1), "ERROR: File Open Error\n.*CASE.X0002: byte 1236: ");
-}
-
-// --- command -----------------------------------------------------------------------------------------------
-
-TEST(OutsideCommand, ChangesFolderOnlyWithoutTheLinuxSwitch) {
-    RunOptions options;
-    options.simulatorCommand = " $e300 ";
-    options.headerName = "CASE";
-    options.workingFolder = "/data/";
-    EXPECT_EQ(outsideCommand(options), "cd /d /data/ & $e300 CASE");
-    options.linuxRun = true;
-    EXPECT_EQ(outsideCommand(options), "$e300 CASE");
-}
-
-TEST(OutsideCommand, ThatFailsIsToldAndTheRunGoesOn) {
-    const QuietConsole quiet;
-    RunOptions options;
-    options.linuxRun = true;
-    options.simulatorCommand = "false";
-    runOutsideCommand(quiet.console, options);
-    EXPECT_EQ(quiet.screenText(),
-              "Run Simulation by ECLIPSE\nCommandline -$eclipse- is not recognized\n"
-              "Check environmental varialbe of computer\n");
-    options.simulatorCommand = "true";
-    const QuietConsole second;
-    runOutsideCommand(second.console, options);
-    EXPECT_EQ(second.screenText(), "Run Simulation by ECLIPSE\n");
 }
 
 }  // namespace
