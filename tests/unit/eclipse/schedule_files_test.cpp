@@ -71,12 +71,10 @@ struct HistoryCase {
 /// What our own reader makes of a schedule behind the definitions of the wells.
 struct ReadBack : ScheduleBench {
     explicit ReadBack(const std::string& text, const UnitSystem& units = {})
-        : ScheduleBench(kept), kept(Definitions + text) {
+        : ScheduleBench(Definitions + text) {
         deck.units = units;
-        deck.cursor = cursorOn(kept);
         readAndClose();
     }
-    std::string kept;
 };
 
 // --- history ---------------------------------------------------------------------------------------------
@@ -139,6 +137,13 @@ TEST(HistorySchedule, TakesTheRateOfTheDeckWhereTheResponseHasNone) {
     EXPECT_TRUE(holds(text, "'GASI' GAS OPEN 700 1* 6* RATE /\n"));
 }
 
+TEST(HistorySchedule, LeavesOutAProducerWithoutRates) {
+    HistoryCase c;
+    c.response.vectors.erase(c.response.vectors.begin(), c.response.vectors.begin() + 3);
+    EXPECT_FALSE(holds(c.write(), "WCONHIST"));
+    EXPECT_EQ(countOf(c.quiet.screenText(), "THE SUMMARY HAS NO RATES OF PRODUCER PROD"), 1);
+}
+
 TEST(HistorySchedule, IsInTheUnitsOfTheDeck) {
     HistoryCase c;
     c.units = metricUnits();
@@ -192,11 +197,7 @@ struct StepCase : HistoryCase {
 
 /// The file has the definitions of the wells itself.
 struct WholeReadBack : ScheduleBench {
-    explicit WholeReadBack(const std::string& text) : ScheduleBench(""), kept(text) {
-        deck.cursor = cursorOn(kept);
-        readAndClose();
-    }
-    std::string kept;
+    explicit WholeReadBack(const std::string& text) : ScheduleBench(text) { readAndClose(); }
 };
 
 TEST(StepSchedule, IsReadBackWithItsControls) {
