@@ -57,12 +57,13 @@ struct HistoryCase {
                             {response::WGIR, 3, {700.0, 650.0}},  {response::WBHP, 3, {5000.0, 5100.0}}};
     }
     std::string write() {
-        Write_ECLSchedule_forHM(quiet.console, options, units, bench.schedule, response);
+        Write_ECLSchedule_forHM(console, options, units, bench.schedule, response);
         return folder.read("SCHEDULE_TEMPORARY_FOR_HM.DATA");
     }
     ScheduleBench bench;
     ScratchFolder folder;
     QuietConsole quiet;
+    Console console = quiet.console;
     RunOptions options;
     UnitSystem units;
     SummaryResponse response;
@@ -162,7 +163,7 @@ TEST(HistorySchedule, IsInTheUnitsOfTheDeck) {
 TEST(HistorySchedule, StopsWhereItsFileCannotStand) {
     HistoryCase c;
     c.options.workingFolder = "/nowhere/at/all/";
-    c.quiet.console.screen = stderr;
+    c.console = consoleOnStandardError();
     EXPECT_EXIT(c.write(), testing::ExitedWithCode(1),
                 "ERROR: SMSPEC file is not given. Cannot Check .SXXXX file.\n"
                 "       File I/O Error, in Summary file");
@@ -189,7 +190,7 @@ struct StepCase : HistoryCase {
         add("PROD", "prd", "lrat", -410.0, 2000.0);
     }
     std::string write(int step, double dt) {
-        Write_ECLSchedule_forOP(quiet.console, options, units, bench.schedule.steps[0], wells, 0.0, step, dt);
+        Write_ECLSchedule_forOP(console, options, units, bench.schedule.steps[0], wells, 0.0, step, dt);
         return folder.read(stepScheduleName(step));
     }
     WellRecord wells;
@@ -266,7 +267,7 @@ TEST(StepSchedule, PassesOverAProducerWhoseControlItDoesNotKnow) {
 TEST(StepSchedule, StopsWhereItsFileCannotStand) {
     StepCase c;
     c.options.workingFolder = "/nowhere/at/all/";
-    c.quiet.console.screen = stderr;
+    c.console = consoleOnStandardError();
     EXPECT_EXIT(c.write(1, 5.0), testing::ExitedWithCode(1),
                 "ERROR: Fatal Error during module Write_ECLSchedule_forOP\n"
                 "ERROR: Fatal Error during module Write_ECLSchedule_forOP.\n"
