@@ -196,15 +196,15 @@ def gas_injection(request, tmp_path_factory):
 
 
 def spe1_factors(p, rs):
-    """Bo and Bg (rb/Mscf) by the deck's rows: saturated, or up the branch of Rs 1.27 where the oil holds that above its bubble
-    point."""
-    table = numpy.array([[14.7, 1.062], [264.7, 1.15], [514.7, 1.207], [1014.7, 1.295], [2014.7, 1.435], [2514.7, 1.5],
-                         [3014.7, 1.565], [4014.7, 1.695], [5014.7, 1.827]])
+    """Bo and Bg (rb/Mscf) by the deck's rows: the saturated ones, and where the oil holds less gas than it could, up from its
+    bubble point by the slopes of 1/B of the two branches that are given."""
+    rows = numpy.array([[0.636, 2014.7, 1.435], [0.775, 2514.7, 1.5], [0.93, 3014.7, 1.565], [1.27, 4014.7, 1.695],
+                        [1.618, 5014.7, 1.827]])
+    slope = [(1.0 / 1.579 - 1.0 / 1.695) / 5000.0, (1.0 / 1.737 - 1.0 / 1.827) / 4000.0]
     gas = numpy.array([[2014.7, 1.614], [2514.7, 1.294], [3014.7, 1.08], [4014.7, 0.811], [5014.7, 0.649], [9014.7, 0.386]])
-    bg = 1.0 / numpy.interp(p, gas[:, 0], 1.0 / gas[:, 1])
-    if p > 4014.7 and abs(rs - 1.27) < 1e-3:
-        return 1.0 / numpy.interp(p, [4014.7, 9014.7], [1.0 / 1.695, 1.0 / 1.579]), bg
-    return numpy.interp(p, table[:, 0], table[:, 1]), bg
+    bubble, saturated = (numpy.interp(rs, rows[:, 0], rows[:, n]) for n in (1, 2))
+    above = max(0.0, p - bubble)
+    return 1.0 / (1.0 / saturated + above * numpy.interp(rs, [1.27, 1.618], slope)), 1.0 / numpy.interp(p, gas[:, 0], 1.0 / gas[:, 1])
 
 
 @needs_flow
