@@ -300,3 +300,20 @@ def test_times_along_the_lines_of_a_commercial_restart_are_those_of_finite_volum
     difference = numpy.abs(nodes[:, 3] - reference) / reference
     print(f"times at {len(nodes)} nodes: mean {difference.mean():.4f}, median {numpy.median(difference):.4f}")
     assert difference.mean() < 0.03
+
+
+def test_wells_that_only_the_restart_knows_send_lines_and_take_them(tmp_path):
+    """The deck without any well keyword: wells, rates and names of the commercial restart."""
+    if not PUBLIC_DECKS.exists():
+        pytest.skip("the public decks are not beside the checkout")
+    for path in (PUBLIC_DECKS / "restart/2D_HOMO").iterdir():
+        if path.suffix != ".DATA":
+            (tmp_path / path.name).write_bytes(path.read_bytes())
+    deck = public_deck("restart/2D_HOMO/ECLIPSE.DATA")
+    deck = deck[:deck.index("WELSPECS")] + deck[deck.index("TSTEP"):]
+    result = traced(tmp_path, deck, "true")
+    assert "WARNING :: Welldata not read from Input - Overwrite from SUMMRY file" in result.console
+    assert "Successed Streamline : 1000" in result.console
+    assert by_pair(result).sum() == pytest.approx(463.1, rel=0.01)  # 603.03 stb/day at the 87966 psia of the injector's cell
+    assert re.search(r"^INJ +0\.0 +603\.0", result.console, re.M)
+    assert re.search(r"^PRD +49\.2 +24\.8", result.console, re.M)
