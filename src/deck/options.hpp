@@ -84,7 +84,7 @@ struct RunOptions {
     double stepDeficit = 1e-4;               // share of the pore volume of the field
     double stepTargetError = 8e-3;           // relative
     double stepTargetMiss = 0.03;            // relative
-    double stepMobilityError = 0.03;         // relative, mean over the flow
+    double stepMobilityError = 0.025;        // relative, mean over the flow
     double stepSmallest = 1e-3;              // days
     double maxDt = 1.0e7;                    // days; MAXDT
     bool optimalTstep = false;               // OPTTSTEP
