@@ -157,7 +157,8 @@ struct RunOptions {
     bool linuxRun = false;
     bool co2Model = false;
     std::string simulatorCommand = "$e300";
-    int restartStep = 0;  // RESTART
+    bool outsideAllowed = true;  // a command of the deck may be run; on the command line --allow-outside
+    int restartStep = 0;         // RESTART
 
     // --- property conditioning ----------------------------------------------------------------
     bool flowUpscaling = false;
@@ -233,6 +234,11 @@ inline bool isAnalyticalPhase(const RunOptions& options, int index) {
 /// The deck is read and checked alone, by the command line or by NOSIM.
 inline bool runsNothing(const RunOptions& options) {
     return options.checkOnly || options.noSimulation;
+}
+
+/// Lines show what the restarts of another simulator hold; the run has no transport of its own.
+inline bool onlyTraces(const RunOptions& options) {
+    return options.traceFromRestart && !options.useEclipsePressure;
 }
 
 inline bool isDualPorosity(const RunOptions& options) {

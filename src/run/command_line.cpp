@@ -29,6 +29,8 @@ void declare(CLI::App& app, CommandLine& command) {
         ->check(CLI::Range(1, MostThreads));
     app.add_flag("--check", command.check,
                  "read and check the deck and say what it holds; run and write nothing");
+    app.add_flag("--allow-outside", command.allowOutside,
+                 "let the deck start the outside simulator that it names (ECLCOMM)");
     app.add_flag("--verbose", command.verbose, "show on the console what the log has, too");
 }
 
