@@ -5,6 +5,7 @@
 #include "base/threads.hpp"
 #include "base/written_files.hpp"
 #include "deck/deck_reader.hpp"
+#include "deck/native_deck.hpp"
 #include "eclipse/output_stage.hpp"
 #include "fluid/equilibrium.hpp"
 #include "implicit/fully_implicit.hpp"
@@ -28,6 +29,7 @@
 #include "run/deck_summary.hpp"
 #include "run/erase_script.hpp"
 #include "run/input_detection.hpp"
+#include "run/ix_trace.hpp"
 #include "run/process.hpp"
 #include "run/run_files.hpp"
 #include "run/unbuilt_features.hpp"
@@ -39,8 +41,6 @@
 namespace kvr {
 
 namespace {
-
-constexpr int ReservedInputMode = 2;
 
 void resetCounters(RunClock& clock) {
     clock.hmIteration = 0;
@@ -68,9 +68,12 @@ void readInput(Simulation& simulation) {
     RunOptions& options = simulation.options;
     options.debugOutput = true;
     options.componentCount = 0;
-    if (options.inputMode == ReservedInputMode) normalStop();
-    if (options.inputMode != 1) refuseUnbuiltFeatures(simulation.console, options);
-    readDeck(simulation);
+    if (options.inputMode == input_mode::Reserved) normalStop();
+    if (options.inputMode != input_mode::EclipseForm) refuseUnbuiltFeatures(simulation.console, options);
+    if (options.inputMode == input_mode::NativeDeck)
+        readNativeDeck(simulation);
+    else
+        readDeck(simulation);
     refuseUnbuiltFeatures(simulation.console, options);
 }
 
@@ -89,6 +92,7 @@ void requirePressure(const Simulation& simulation) {
 void openAndRead(Simulation& simulation) {
     resetCounters(simulation.clock);
     openInput(simulation);
+    if (tracesIxRun(simulation.options)) return traceIxRun(simulation);
     readInput(simulation);
     requirePressure(simulation);
 }
@@ -181,6 +185,7 @@ void startUp(Simulation& simulation) {
     flushDenormalsInAllThreads();
     keepDenseAlgebraOnOneThread();
     openAndRead(simulation);
+    if (tracesIxRun(simulation.options)) return;
     if (simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
     if (!simulation.options.checkOnly) removeStaleFiles(simulation);
