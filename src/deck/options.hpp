@@ -165,7 +165,8 @@ struct RunOptions {
     bool linuxRun = false;
     bool co2Model = false;
     std::string simulatorCommand = "$e300";
-    int restartStep = 0;  // RESTART
+    bool outsideAllowed = true;  // a command of the deck may be run; on the command line --allow-outside
+    int restartStep = 0;         // RESTART
 
     // --- property conditioning ----------------------------------------------------------------
     bool flowUpscaling = false;

@@ -23,8 +23,12 @@ std::string runFile(const RunOptions& options, std::string_view letters, int ste
     return runFile(options, numbered(letters, step));
 }
 
+const std::string& outsideFolder(const RunOptions& options) {
+    return options.deckFile.empty() ? options.workingFolder : options.deckFolder;
+}
+
 std::string outsideFile(const RunOptions& options, std::string_view header, std::string_view extension) {
-    return options.workingFolder + std::string(trim(header)) + std::string(extension);
+    return outsideFolder(options) + std::string(trim(header)) + std::string(extension);
 }
 
 std::string outsideFile(const RunOptions& options, std::string_view header, std::string_view letters,

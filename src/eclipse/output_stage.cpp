@@ -144,8 +144,10 @@ void reportEclipseFiles(Simulation& simulation) {
 
 void convertOutsideRun(Simulation& simulation) {
     const RunOptions& options = simulation.options;
-    if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
-    runOutsideCommand(simulation.console, options);
+    if (options.deleteEclipseRun)
+        clear_ECLIPSE_Data(simulation.console, outsideFile(options, options.headerName, ""));
+    lineToBoth(simulation.console, "Run Simulation by ECLIPSE");
+    runOutsideCommand(simulation.console, options, options.headerName);
     input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
     input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
 }

@@ -4,15 +4,20 @@
 #include "deck/options.hpp"
 
 #include <string>
+#include <string_view>
 
 namespace kvr {
 
-/// The line for the system shell: with LINUXRUN the command and the header, else a change into the working
-/// folder before them, in the form of the shell that the command belongs to.
-std::string outsideCommand(const RunOptions& options);
+/// The line for the system shell that runs `deck` (its name without folder and extension): with LINUXRUN the
+/// command and the deck, else a change into the folder before them, in the form of the shell that the command
+/// belongs to.
+std::string outsideCommand(const RunOptions& options, std::string_view deck);
 
-/// Runs the outside simulator by it and waits. A command that ends with a failure is told; the caller goes
-/// on with the files that are there.
-void runOutsideCommand(const Console& console, const RunOptions& options);
+/// Stops, with the command, where the input asks for one and the command line has not allowed it.
+void requirePermission(const Console& console, const RunOptions& options, std::string_view deck);
+
+/// Shows the command, runs it and waits: in the present folder, or in that of a deck named on the command
+/// line. One that ends with a failure is told, and false comes back.
+bool runOutsideCommand(const Console& console, const RunOptions& options, std::string_view deck);
 
 }  // namespace kvr

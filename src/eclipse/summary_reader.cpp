@@ -51,7 +51,21 @@ bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec
         spec.numbers = data.integers;
         return true;
     }
+    if (keyword == "UNITS   ") {
+        spec.units = data.texts;
+        return true;
+    }
     return false;
+}
+
+/// Rates of liquids show the system.
+ResponseUnits unitsOf(const SummarySpec& spec) {
+    for (const Text8& unit : spec.units) {
+        const std::string word = toUpper(nameOf(unit));
+        if (word.starts_with("SM3")) return ResponseUnits::Metric;
+        if (word.starts_with("STB") || word.starts_with("MSCF")) return ResponseUnits::Field;
+    }
+    return ResponseUnits::Unknown;
 }
 
 /// The slot of a well's name, a new one where it is the first vector of the well; 0 for a well that the run
@@ -122,7 +136,11 @@ void readSteps(const Console& console, const RunOptions& options, std::string_vi
             return lineToBoth(console, "ERROR :: Time Step does not match with SMSPEC and SUMMARY file");
         const std::string path = outsideFile(options, header, ".S", step);
         RecordReader reader;
-        if (open_read(path, ByteOrder::Big, reader) != 0) return log(console, " Not Found -> {}", path);
+        if (open_read(path, ByteOrder::Big, reader) != 0) {
+            log(console, " Not Found -> {}", path);
+            if (step == 0) continue;  // not every simulator writes one of time zero
+            return;
+        }
         log(console, " Start Reading -> {}", path);
         StepFit fit = StepFit::Fits;
         if (readSummaryStep(reader, spec, plan, response, fit) == ReadResult::Error)
@@ -163,6 +181,7 @@ SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int co
     std::set<std::pair<int, int>> used;  // mnemonic and slot
     std::map<std::string, int> connections;
     SummaryPlan plan;
+    response.units = unitsOf(spec);
     for (std::size_t place = 0; place < spec.keywords.size(); ++place) {
         if (padded(nameOf(spec.keywords[place]), TimeKeyword.size()) == TimeKeyword)
             plan.time = static_cast<int>(place);

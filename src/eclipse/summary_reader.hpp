@@ -18,6 +18,7 @@ struct SummarySpec {
     std::vector<Text8> keywords;
     std::vector<Text8> wells;
     std::vector<std::int32_t> numbers;
+    std::vector<Text8> units;
 };
 
 /// Reads an open .SMSPEC file. KEYWORDS and WGNAMES must be equally long, else the reading fails.

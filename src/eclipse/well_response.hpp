@@ -13,6 +13,7 @@ namespace response {
 inline constexpr int WOPR = 1, WWPR = 2, WGPR = 3, WBHP = 4, WWCT = 5, WGOR = 6;
 inline constexpr int WOPRH = 7, WWPRH = 8, WGPRH = 9, WBHPH = 10, WWCTH = 11, WGORH = 12;
 inline constexpr int CVFR = 15;
+inline constexpr int WWIR = 20, WGIR = 21, WOIR = 22;
 inline constexpr int FPR = 41, FGIR = 50;
 inline constexpr int FirstComponent = 51, SecondComponentRun = 101;
 }  // namespace response
@@ -39,9 +40,13 @@ struct ConnectionResponse {
     std::vector<double> values;
 };
 
+/// Units of a summary, by what it says of them.
+enum class ResponseUnits { Unknown, Field, Metric };
+
 /// What the summary files of a run tell, step by step.
 struct SummaryResponse {
     int firstStep = 0;
+    ResponseUnits units = ResponseUnits::Unknown;
     std::vector<double> time;             // days, one a step
     std::vector<std::string> wellNames;   // by slot, in the order in which the index names them
     std::vector<ResponseVector> vectors;  // of wells and field

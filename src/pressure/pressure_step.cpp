@@ -102,20 +102,6 @@ void setFlashAmounts(const CellAmounts& held, const CellArray<double>& poreVolum
     }
 }
 
-/// The level from which the step starts: state, amounts, wells.
-void saveTimeLevel(Simulation& s) {
-    PressureStage& stage = s.pressure;
-    keepLevel(s.fluids.hasGas, s.state, s.timeLevel);
-    if (s.clock.time <= 0.0) stage.carried = {};  // a run starts with what its saturations show
-    measureWholeAmounts(s.grid, s.state, stage.carried, stage.timeLevelAmounts);
-    if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
-}
-
-/// Whether steps may end on what is left over, see mayBeHandedOn.
-bool handsOn(const RunOptions& options) {
-    return options.stepControl && carriesAmounts(options);
-}
-
 /// Mobilities of the middle of the step, where a step before tells how the field flows. Beside gas the level
 /// serves better: what comes out of solution there is no matter of flow.
 void forecast(Simulation& s) {
@@ -394,6 +380,19 @@ void refreshOnly(int firstCall, Simulation& s) {
 }
 
 }  // namespace
+
+void saveTimeLevel(Simulation& s) {
+    PressureStage& stage = s.pressure;
+    keepLevel(s.fluids.hasGas, s.state, s.timeLevel);
+    if (s.clock.time <= 0.0) stage.carried = {};  // a run starts with what its saturations show
+    measureWholeAmounts(s.grid, s.state, stage.carried, stage.timeLevelAmounts);
+    if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
+}
+
+/// Whether steps may end on what is left over, see mayBeHandedOn.
+bool handsOn(const RunOptions& options) {
+    return options.stepControl && carriesAmounts(options);
+}
 
 void returnToStepStart(const CellState& start, Simulation& simulation) {
     CellState& state = simulation.state;

@@ -9,6 +9,9 @@ namespace kvr {
 /// doSolve 0 only refreshes. Leaves CellState, WellRecord and the velocity field consistent.
 void PressureStep(Simulation& simulation, int firstCall, int doSolve);
 
+/// The level from which a step starts: state and amounts.
+void saveTimeLevel(Simulation& simulation);
+
 /// Puts saturations, Rs and Pb back to where the transport of the step's first pass began: those of
 /// `start`, with what the step's time level holds flashed at the present pressures where gas is free or
 /// comes out of solution. Pressures, rates and velocities stand.

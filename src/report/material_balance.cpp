@@ -238,6 +238,15 @@ void advanceBalance(Simulation& simulation, double executedDt) {
     record.rows.push_back(makeRow(simulation, executedDt));
 }
 
+void RESET_INITIAL_INPLACE(Simulation& simulation) {
+    BalanceRecord& record = simulation.balance;
+    record.now = sumInPlace(simulation.grid, simulation.state, simulation.options.hasGas);
+    addCarried(simulation.pressure.carried, record.now);
+    record.initial = surfaceAmounts(record.now);
+    record.netInflow = {};
+    record.firstOfRegion.clear();
+}
+
 void ReportMBE(const Simulation& simulation) {
     const Console& console = simulation.console;
     lineToLog(console, OpeningArrow);

@@ -21,7 +21,9 @@ constexpr const char* Purpose =
 
 void declare(CLI::App& app, CommandLine& command) {
     app.set_version_flag("--version", fmt::format("KVR {}", Version));
-    app.add_option("CASE.DATA", command.deck, "the deck to run; .DATA may be left out");
+    app.add_option(
+        "CASE.DATA", command.deck,
+        "the deck to run, .DATA may be left out; a folder with a three-file deck; or an .afi file");
     app.add_option("--output-dir", command.outputFolder, "folder for all results, made where it is missing")
         ->type_name("DIR");
     app.add_option("--threads", command.threads, "number of threads; results are the same for any")
@@ -29,6 +31,8 @@ void declare(CLI::App& app, CommandLine& command) {
         ->check(CLI::Range(1, MostThreads));
     app.add_flag("--check", command.check,
                  "read and check the deck and say what it holds; run and write nothing");
+    app.add_flag("--allow-outside", command.allowOutside,
+                 "let the deck start the outside simulator that it names (ECLCOMM)");
     app.add_flag("--verbose", command.verbose, "show on the console what the log has, too");
 }
 

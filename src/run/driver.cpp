@@ -1,9 +1,12 @@
 #include "run/driver.hpp"
 
 #include "base/constants.hpp"
+#include "base/end_signal.hpp"
 #include "base/stopwatch.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/output_stage.hpp"
+#include "eclipse/schedule_files.hpp"
+#include "eclipse/summary_reader.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"
 #include "report/report_output.hpp"
@@ -13,6 +16,7 @@
 #include "run/closing_summary.hpp"
 #include "run/economic_limits.hpp"
 #include "run/ix_trace.hpp"
+#include "run/outside_decks.hpp"
 #include "run/process.hpp"
 #include "run/report_rows.hpp"
 #include "run/run_files.hpp"
@@ -21,6 +25,7 @@
 #include "run/step_attempt.hpp"
 #include "run/step_control.hpp"
 #include "run/time_stepping.hpp"
+#include "run/traced_step.hpp"
 
 #include <filesystem>
 
@@ -30,6 +35,7 @@ namespace {
 
 /// What the tables ask for, in even parts of what the steps before allow.
 double chosenLength(double asked, const Simulation& s) {
+    if (s.options.traceFromRestart) return asked;
     if (!underStepControl(s.options)) return evenPart(s.implicit.longestStep, asked);
     const double allowed = s.pressure.fieldStands ? s.control.longest : firstLength(asked);
     if (allowed < asked) return evenPart(allowed, asked);
@@ -169,6 +175,14 @@ void connectConsole(Simulation& simulation) {
     console.atStop = &simulation.atStop;
 }
 
+/// What a run has given, as a history schedule for another.
+void leaveWellHistory(Simulation& s) {
+    if (!s.options.outputWellHistory) return;
+    if (solverPhase(s.options, s.clock.solverPhaseIndex) != "btf")
+        read_ECL_response(s.console, s.options, s.schedule, s.options.headerName, 1, s.outside.response);
+    Write_ECLSchedule_forHM(s.console, s.options, s.units, s.schedule, s.outside.response);
+}
+
 void finishRun(Simulation& simulation, std::string_view ending) {
     endStatus(simulation);
     warnOfBalance(simulation);
@@ -203,18 +217,22 @@ int runSimulation(Simulation& simulation) {
         finishRun(simulation, "traced, nothing is simulated");
         return 0;
     }
+    if (optimisesOutsideRun(simulation.options) && !prepareStepDecks(simulation))
+        return finishBySignal(simulation);
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
         if (endSignal() != 0) return finishBySignal(simulation);
         const bool timeAhead = beginStep(simulation);
-        const bool solve = pressureIsUpdated(simulation.options, clock);
-        if (timeAhead)
-            takeStep(solve, simulation);
-        else
+        if (!timeAhead)
             clock.workDt = clock.dt;
+        else if (!simulation.options.traceFromRestart)
+            takeStep(pressureIsUpdated(simulation.options, clock), simulation);
+        else if (!takeTracedStep(simulation))
+            return finishBySignal(simulation);
         advanceCalendar(clock.workDt, clock);
         clock.time += clock.workDt;
+        if (simulation.options.traceFromRestart) passTableEntries(simulation);
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
@@ -224,6 +242,7 @@ int runSimulation(Simulation& simulation) {
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
+    leaveWellHistory(simulation);
     finishRun(simulation, "finished");
     return 0;
 }

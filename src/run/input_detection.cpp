@@ -297,6 +297,7 @@ void findInput(const Console& console, RunOptions& options) {
 
 void detectInput(const Console& console, const CommandLine& command, RunOptions& options) {
     options.checkOnly = command.check;
+    options.outsideAllowed = !isNamed(command) || command.allowOutside;
     if (isNamed(command)) return takeNamedDeck(console, command, options);
     findInput(console, options);
     options.deckFolder = options.workingFolder;

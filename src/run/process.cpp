@@ -15,15 +15,6 @@ namespace kvr {
 
 namespace {
 
-// A signal handler can reach nothing else.
-volatile std::sig_atomic_t caughtSignal = 0;
-
-void keepSignal(int signal) {
-    caughtSignal = signal;
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
-}
-
 /// What an exception that nobody takes means. Files get what they were to get; nothing else is safe here.
 [[noreturn]] void endWithALine() {
     const char* line = "ERROR :: THE PROGRAM CANNOT GO ON";
@@ -54,19 +45,6 @@ void replaceClosedStreams() {
 void endOnFailuresWithALine() {
     std::set_terminate(endWithALine);
     std::signal(SIGPIPE, SIG_IGN);
-}
-
-void catchEndSignals() {
-    std::signal(SIGINT, keepSignal);
-    std::signal(SIGTERM, keepSignal);
-}
-
-int endSignal() {
-    return caughtSignal;
-}
-
-std::string_view signalName(int signal) {
-    return signal == SIGINT ? "SIGINT" : "SIGTERM";
 }
 
 int statusOfSignal(int signal) {

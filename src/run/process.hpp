@@ -2,8 +2,6 @@
 
 #include "run/records/command_line.hpp"
 
-#include <string_view>
-
 namespace kvr {
 
 /// Standard streams that are closed are opened on nothing, before any file is: it would take their place,
@@ -13,14 +11,6 @@ void replaceClosedStreams();
 /// Memory that runs out anywhere, in a thread too, ends the process with a line and exit status 1; a console
 /// whose reader has gone is an error of writing and no signal.
 void endOnFailuresWithALine();
-
-/// SIGINT and SIGTERM no longer end the process but are kept for `endSignal`; the second one ends it.
-void catchEndSignals();
-/// The signal that asks the run to end; 0: none yet.
-int endSignal();
-
-/// "SIGINT" or "SIGTERM".
-std::string_view signalName(int signal);
 
 /// Exit status of a process that a signal ended in good order: 128 and its number.
 int statusOfSignal(int signal);

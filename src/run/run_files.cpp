@@ -48,6 +48,25 @@ bool matches(const std::string& pattern, const std::string& name) {
     return fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
 }
 
+/// A file of the outside run that this one reads or drives, though it has the name of one of ours.
+bool isOutside(const RunOptions& options, OutputFile file) {
+    const bool standsOnOutsideRun =
+        options.traceFromRestart || options.eclipseToTecplot || options.eclipseToIx || options.ixExtract;
+    if (!standsOnOutsideRun) return false;
+    switch (file) {
+        case OutputFile::EclipseGrid:
+        case OutputFile::EclipseInit:
+        case OutputFile::EclipseRestart:
+        case OutputFile::EclipseSummarySpec:
+        case OutputFile::EclipseSummary:
+        case OutputFile::EclipseRft:
+        case OutputFile::EclipseEnd:
+            return true;
+        default:
+            return false;
+    }
+}
+
 /// Regular files of the folder, by name.
 std::vector<std::string> namesIn(const std::string& folder) {
     std::vector<std::string> names;
@@ -72,7 +91,8 @@ std::vector<std::string> listedBefore(const Simulation& s) {
 bool isStale(const Simulation& s, const std::string& name, const std::vector<std::string>& listed) {
     const bool ours = std::find(listed.begin(), listed.end(), name) != listed.end();
     return std::any_of(ReportKinds.begin(), ReportKinds.end(), [&](OutputFile kind) {
-        return (ours || isOn(s.options, rowOf(kind).output)) && matches(runPattern(s, kind), name);
+        return !isOutside(s.options, kind) && (ours || isOn(s.options, rowOf(kind).output)) &&
+               matches(runPattern(s, kind), name);
     });
 }
 
@@ -99,7 +119,9 @@ void removeStaleFiles(const Simulation& s) {
 void removeEmptyFiles(const Simulation& s) {
     if (!isNamed(s.command)) return;
     for (std::size_t n = 0; n < static_cast<std::size_t>(OutputFile::AllCount); ++n) {
-        const std::string path = s.outputs.folder + runName(s, static_cast<OutputFile>(n));
+        const auto file = static_cast<OutputFile>(n);
+        if (isOutside(s.options, file)) continue;
+        const std::string path = s.outputs.folder + runName(s, file);
         std::error_code failure;
         if (fs::is_regular_file(path, failure) && fs::file_size(path, failure) == 0)
             fs::remove(path, failure);
@@ -111,7 +133,7 @@ void writeFilesIndex(const Simulation& s) {
     const std::vector<std::string> names = namesIn(s.outputs.folder);
     for (std::size_t n = 0; n < static_cast<std::size_t>(OutputFile::AllCount); ++n) {
         const auto file = static_cast<OutputFile>(n);
-        if (file == OutputFile::FilesIndex) continue;
+        if (file == OutputFile::FilesIndex || isOutside(s.options, file)) continue;
         const std::string pattern = runPattern(s, file);
         for (const std::string& name : names) {
             std::error_code failure;

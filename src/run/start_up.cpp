@@ -1,14 +1,25 @@
 #include "run/start_up.hpp"
 
+#include "base/end_signal.hpp"
 #include "base/hard_stop.hpp"
 #include "base/stopwatch.hpp"
 #include "base/threads.hpp"
 #include "base/written_files.hpp"
 #include "deck/deck_reader.hpp"
+#include "deck/ix_deck.hpp"
 #include "deck/native_deck.hpp"
+#include "eclipse/activity_reader.hpp"
+#include "eclipse/file_failure.hpp"
+#include "eclipse/grid_reader.hpp"
+#include "eclipse/init_reader.hpp"
 #include "eclipse/output_stage.hpp"
+#include "eclipse/outside_command.hpp"
+#include "eclipse/outside_run.hpp"
+#include "eclipse/restart_plots.hpp"
+#include "eclipse/restart_velocity.hpp"
 #include "fluid/equilibrium.hpp"
 #include "implicit/fully_implicit.hpp"
+#include "model/block_grid.hpp"
 #include "model/conditioning.hpp"
 #include "model/multipliers.hpp"
 #include "pressure/properties.hpp"
@@ -77,11 +88,16 @@ void readInput(Simulation& simulation) {
     refuseUnbuiltFeatures(simulation.console, options);
 }
 
+/// Runs that take their state, or all they do, from an outside run.
+bool standsOnOutsideRun(const RunOptions& options) {
+    return options.traceFromRestart || options.eclipseToTecplot || options.eclipseToIx;
+}
+
 /// A deck without SOLUTION leaves cells without any pressure: nothing can flow, or everything at once.
 void requirePressure(const Simulation& simulation) {
     const InitialConditions& initial = simulation.initial;
     const auto cells = initial.initialPressure.cells();
-    if (initial.equilibrationMode || simulation.options.eclipseToTecplot ||
+    if (initial.equilibrationMode || standsOnOutsideRun(simulation.options) ||
         std::any_of(cells.begin(), cells.end(), [](double p) { return p > 0.0; }))
         return;
     lineToBoth(simulation.console, "ERROR :: NO INITIAL PRESSURE ABOVE 0, GIVE EQUIL OR PRESSURE");
@@ -89,19 +105,66 @@ void requirePressure(const Simulation& simulation) {
     hardStop(simulation.console);
 }
 
+/// What stands at the end of a conversion: every file whole, the log last.
+void closeConversion(Simulation& simulation) {
+    checkWritten(simulation.console);
+    closeOutputs(simulation.outputs);
+    closeLog(simulation.outputs, simulation.console);
+}
+
+/// An .afi file alone: IX runs, its grid and restarts become plots, and the run ends.
+[[noreturn]] void extractAndStop(Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    ix_run(simulation);
+    input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
+    input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
+    closeConversion(simulation);
+    normalStop();
+}
+
+/// The check of an .afi file without results beside it: there is nothing of the run to read yet.
+[[noreturn]] void checkIxDeckAndStop(const Simulation& simulation) {
+    readIxDeck(simulation.console, simulation.options);
+    both(simulation.console, "No results of {} are there: a run of the outside simulator would make them",
+         simulation.options.deckFile);
+    normalStop();
+}
+
+/// A command with ecl2ix converts the deck itself; the grid stands beside it as corner points.
+[[noreturn]] void convertDeckAndStop(Simulation& simulation) {
+    const Console& console = simulation.console;
+    const std::string path = outputPath(simulation.outputs, outputName(OutputFile::CoordinateFile));
+    const int status = writeCornerPointDeck(simulation.grid, simulation.units.length, path);
+    if (status != 0) stopOnFileStatus(console, status, path);
+    lineToBoth(console, "Run Simulation by ECLIPSE");
+    runOutsideCommand(console, simulation.options, simulation.options.headerName);
+    closeConversion(simulation);
+    normalStop();
+}
+
+/// Nothing of a run is done before it is known that its command may be run.
+void requireOutsidePermission(const Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    if (standsOnOutsideRun(options) && !runsNothing(options))
+        requirePermission(simulation.console, options, options.headerName);
+}
+
 void openAndRead(Simulation& simulation) {
     resetCounters(simulation.clock);
     openInput(simulation);
     if (tracesIxRun(simulation.options)) return traceIxRun(simulation);
+    if (simulation.options.ixExtract) {
+        if (simulation.options.checkOnly) checkIxDeckAndStop(simulation);
+        extractAndStop(simulation);
+    }
     readInput(simulation);
+    requireOutsidePermission(simulation);
     requirePressure(simulation);
 }
 
 void convertAndClose(Simulation& simulation) {
     convertOutsideRun(simulation);
-    checkWritten(simulation.console);
-    closeOutputs(simulation.outputs);
-    closeLog(simulation.outputs, simulation.console);
+    closeConversion(simulation);
 }
 
 /// Conversion mode: the run ends here. A deck under the default name is read and converted a second time
@@ -164,6 +227,17 @@ void conditionGeometry(Simulation& simulation) {
 
 }  // namespace
 
+/// Grid, activity, connections and initial state of an outside run in place of the deck's.
+void takeOutsideModel(Simulation& s) {
+    const std::string& header = s.options.headerName;
+    input_GRID(s.console, s.options, s.units, header, s.grid);
+    input_ACTNUM_EGRID(s.console, s.options, header, s.grid);
+    input_INIT_TRANS(s.console, s.options, s.units, header, s.grid, s.connections);
+    input_RST2Velocity(s, header, 0);
+    refreshProperties(s.grid, s.fluids, s.state);
+    deriveFromWells(s);
+}
+
 void rebuildWells(int entry, Simulation& simulation) {
     AssignWells(entry, simulation.console, simulation.options, simulation.units, simulation.schedule,
                 simulation.grid, simulation.wells);
@@ -186,7 +260,9 @@ void startUp(Simulation& simulation) {
     keepDenseAlgebraOnOneThread();
     openAndRead(simulation);
     if (tracesIxRun(simulation.options)) return;
-    if (simulation.options.eclipseToTecplot) convertAndStop(simulation);
+    const bool converts = !runsNothing(simulation.options);
+    if (converts && simulation.options.eclipseToIx) convertDeckAndStop(simulation);
+    if (converts && simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
     if (!simulation.options.checkOnly) removeStaleFiles(simulation);
     const StageTimer timer(simulation.times.initialisation);
@@ -197,6 +273,7 @@ void startUp(Simulation& simulation) {
                      simulation.velocity);
     conditionGeometry(simulation);
     applyFaultMultipliers(1, simulation);
+    if (simulation.options.useEclipseTrans && !simulation.options.checkOnly) takeOutsideModel(simulation);
     tellDeckSummary(simulation);
     if (simulation.options.checkOnly) return;
     if (simulation.options.method == "FIM") {

@@ -88,7 +88,8 @@ bool hasFailed(const Simulation& s) {
     return underStepControl(s.options) && isLost(s.options, measureStep(s));
 }
 
-/// The mapping sub-steps of a step; an attempt that has failed is not gone on with.
+}  // namespace
+
 void saturationStage(Simulation& s) {
     const std::string& method = s.options.method;
     if (method == "FIM" || method == "EbFVM") return;
@@ -103,6 +104,8 @@ void saturationStage(Simulation& s) {
     }
     clock.workDt = wholeStep;
 }
+
+namespace {
 
 /// Pressure and saturations of one step, repeated for the global iterations. Returns early where no pressure
 /// has been found.
@@ -308,7 +311,7 @@ void watchProgress(Simulation& s) {
 }  // namespace
 
 bool underStepControl(const RunOptions& options) {
-    return options.stepControl && carriesAmounts(options);
+    return options.stepControl && carriesAmounts(options) && !options.traceFromRestart;
 }
 
 void takeStep(bool solve, Simulation& simulation) {

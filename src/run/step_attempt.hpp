@@ -10,6 +10,9 @@ namespace kvr {
 /// length that was executed; the calendar is moved by the caller. `solve`: the pressure is to be solved anew.
 void takeStep(bool solve, Simulation& simulation);
 
+/// The mapping sub-steps of a step on its flow field; an attempt that has failed is not gone on with.
+void saturationStage(Simulation& simulation);
+
 /// The fully implicit method of the run itself is not judged from outside, it has its own attempts.
 bool underStepControl(const RunOptions& options);
 

@@ -13,6 +13,11 @@ void allocateStreamlines(Simulation& simulation);
 void StreamlineStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
                     double remainingToReport);
 
+/// The same on a field that an outside run has left (input_RST2Velocity): lines, their files, the rates by pair
+/// and the maps, but no transport and no mapping, since cells and wells are those of the restart.
+void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
+                           double remainingToReport);
+
 /// Lines on the flow field and the cells of the end of a step whose saturations have moved without any: for
 /// the files of a report, the rates by pair and the maps of the end of the run alone. Nothing is done where
 /// none of them is due. The step still stands at its begin.

@@ -112,6 +112,7 @@ enum class OutputFile {
     AmgInfo,
     BicgstabInfo,
     CoordinateFile,
+    HistorySchedule,
     EraseScript,
     RunSummary,
     FilesIndex,

@@ -8,6 +8,8 @@
 #include "deck/schedule.hpp"
 #include "deck/summary_request.hpp"
 #include "eclipse/output_record.hpp"
+#include "eclipse/outside_record.hpp"
+#include "eclipse/restart_record.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
 #include "implicit/implicit_work.hpp"
@@ -78,6 +80,8 @@ struct Simulation {
 
     BalanceRecord balance;
     EclipseOutput eclipse;
+    OutsideRun outside;
+    RestartRecord restart;
 };
 
 }  // namespace kvr

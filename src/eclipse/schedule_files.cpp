@@ -1,0 +1,313 @@
+#include "eclipse/schedule_files.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/text.hpp"
+#include "base/written_files.hpp"
+#include "eclipse/deck_text.hpp"
+#include "eclipse/file_names.hpp"
+#include "run/records/output_table.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+/// A control of producers: its word in the deck, that of the wells in force, and the place of its rate among
+/// the rates of WCONPROD; -1: it has none.
+struct ProducerControl {
+    std::string_view word;
+    std::string_view control;
+    int rate;
+    bool ofGas;
+};
+constexpr int Rates = 5;  // oil, water, gas, liquid, reservoir volume
+constexpr std::array<ProducerControl, 6> ProducerControls = {{{"ORAT", "orat", 0, false},
+                                                              {"WRAT", "wrat", 1, false},
+                                                              {"GRAT", "grat", 2, true},
+                                                              {"LRAT", "lrat", 3, false},
+                                                              {"RESV", "resv", 4, false},
+                                                              {"BHP", "bhp", -1, false}}};
+struct InjectedFluid {
+    char letter;
+    std::string_view word;
+    int response;
+};
+constexpr std::array<InjectedFluid, 3> Fluids = {
+    {{'W', "WATER", response::WWIR}, {'G', "GAS", response::WGIR}, {'O', "OIL", response::WOIR}}};
+
+/// The words that end a run whose schedule cannot be written.
+struct FailureWords {
+    std::string_view first, second, third;
+};
+constexpr FailureWords HistoryOpen{"ERROR: SMSPEC file is not given. Cannot Check .SXXXX file.",
+                                   "       File I/O Error, in Summary file", ""};
+constexpr FailureWords HistoryWrite{"ERROR: Fatal Error during module Write_ECLSchedule_forHM",
+                                    "ERROR: Fatal Error during module Write_ECLSchedule_forHM.",
+                                    "       Extract of History-Calculation faild..."};
+constexpr FailureWords StepWrite{"ERROR: Fatal Error during module Write_ECLSchedule_forOP",
+                                 "ERROR: Fatal Error during module Write_ECLSchedule_forOP.",
+                                 "       Writing of Optimization schedule faild..."};
+
+[[noreturn]] void stopWith(const Console& console, const FailureWords& words, const std::string& path) {
+    for (const std::string_view line : {words.first, words.second, words.third})
+        if (!line.empty()) lineToBoth(console, line);
+    lineToBoth(console, path);
+    hardStop(console);
+}
+
+std::FILE* openOrStop(const Console& console, const std::string& path, const FailureWords& words) {
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) stopWith(console, words, path);
+    return file;
+}
+
+void closeWritten(const Console& console, std::FILE* file, const std::string& path,
+                  const FailureWords& words) {
+    const bool broken = std::ferror(file) != 0;
+    if (std::fclose(file) != 0 || broken) stopWith(console, words, path);
+}
+
+const InjectedFluid& fluidOf(std::string_view text) {
+    const std::string letters = toUpper(trim(text).substr(0, 1));
+    for (const InjectedFluid& fluid : Fluids)
+        if (!letters.empty() && letters.front() == fluid.letter) return fluid;
+    return Fluids.front();
+}
+
+double rateFactor(const UnitSystem& units, const InjectedFluid& fluid) {
+    return fluid.letter == 'G' ? units.gasRate : units.liquidRate;
+}
+
+// --- history ---------------------------------------------------------------------------------------------
+
+/// What turns numbers of the response into numbers of the deck.
+struct ResponseFactors {
+    double liquid = 1.0, gas = 1.0, pressure = 1.0;
+};
+
+ResponseFactors responseFactors(const UnitSystem& deck, const SummaryResponse& response) {
+    if (response.units == ResponseUnits::Unknown) return {};
+    const UnitSystem file = response.units == ResponseUnits::Metric ? metricUnits() : fieldUnits();
+    const double volume = file.VolumeFactor / deck.VolumeFactor;
+    return {file.liquidRate / deck.liquidRate * volume, file.gasRate / deck.gasRate * volume,
+            file.pressure / deck.pressure};
+}
+
+/// The response of one well at one report.
+struct WellAtReport {
+    const SummaryResponse& response;
+    int slot = 0;  // 0: the response does not have the well
+    std::size_t report = 0;
+
+    [[nodiscard]] double value(int id, double otherwise) const {
+        const std::vector<double>* values = slot == 0 ? nullptr : responseOf(response, id, slot);
+        return values == nullptr || report >= values->size() ? otherwise : (*values)[report];
+    }
+};
+
+WellAtReport wellAt(const SummaryResponse& response, const std::string& name, std::size_t report) {
+    const auto found = std::find(response.wellNames.begin(), response.wellNames.end(), name);
+    const bool known = found != response.wellNames.end();
+    return {response, known ? static_cast<int>(found - response.wellNames.begin()) + 1 : 0, report};
+}
+
+std::string_view statusOf(const ScheduleWell& well) {
+    const std::string letters = toUpper(trim(well.status).substr(0, 2));
+    return letters == "SH" ? "SHUT" : letters == "ST" ? "STOP" : "OPEN";
+}
+
+/// The word of a control of the deck, in full; ORAT for one that a history cannot hold.
+std::string_view controlWord(std::string_view control) {
+    const std::string letters = toUpper(trim(control).substr(0, 2));
+    for (const ProducerControl& row : ProducerControls)
+        if (letters == row.word.substr(0, 2)) return row.word;
+    return ProducerControls.front().word;
+}
+
+/// Gas is held at the pressure of the run, which its rate follows; liquids at their rate.
+std::string injectorRow(const UnitSystem& units, const ResponseFactors& factors, const ScheduleWell& well,
+                        const WellAtReport& at) {
+    const InjectedFluid& fluid = fluidOf(well.injType);
+    const bool gas = fluid.letter == 'G';
+    const double factor = gas ? factors.gas : factors.liquid;
+    const double given = well.injRate / rateFactor(units, fluid) / factor;
+    const double rate = at.value(fluid.response, given) * factor;
+    const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
+    return fmt::format("{} {} {} {} {} 6* {}", quoted(well.name), fluid.word, statusOf(well),
+                       deckNumber(rate), bhp > 0.0 ? deckNumber(bhp) : "1*",
+                       gas && bhp > 0.0 ? "BHP" : "RATE");
+}
+
+std::string producerRow(const ResponseFactors& factors, const ScheduleWell& well, const WellAtReport& at) {
+    const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
+    return fmt::format("{} OPEN {} {} {} {} 3* {}", quoted(well.name), controlWord(well.control),
+                       deckNumber(at.value(response::WOPR, 0.0) * factors.liquid),
+                       deckNumber(at.value(response::WWPR, 0.0) * factors.liquid),
+                       deckNumber(at.value(response::WGPR, 0.0) * factors.gas),
+                       bhp > 0.0 ? deckNumber(bhp) : "1*");
+}
+
+/// The part of the schedule in force just before `time`.
+const ScheduleStep* entryBefore(const Schedule& schedule, double time) {
+    const ScheduleStep* entry = nullptr;
+    for (std::size_t n = 0; n < schedule.steps.size(); ++n) {
+        const bool started = n < schedule.wellEventTime.size() && schedule.wellEventTime[n] < time;
+        if (n == 0 || started) entry = &schedule.steps[n];
+    }
+    return entry;
+}
+
+void putHistoryOf(const UnitSystem& units, const ResponseFactors& factors, const ScheduleStep& entry,
+                  const SummaryResponse& response, std::size_t report, std::FILE* file) {
+    std::vector<std::string> injectors, producers;
+    for (const ScheduleWell& well : entry.wells) {
+        if (!well.hasControl) continue;
+        const WellAtReport at = wellAt(response, well.name, report);
+        if (well.isInjector)
+            injectors.push_back(injectorRow(units, factors, well, at));
+        else
+            producers.push_back(producerRow(factors, well, at));
+    }
+    putKeyword("WCONINJH", injectors, file);
+    putKeyword("WCONHIST", producers, file);
+}
+
+// --- one step --------------------------------------------------------------------------------------------
+
+std::string integerOrDefault(int value) {
+    return value > 0 ? fmt::format("{}", value) : "1*";
+}
+
+std::vector<std::string> definitionRows(const UnitSystem& units, const ScheduleStep& entry) {
+    std::vector<std::string> rows;
+    for (const ScheduleWell& well : entry.wells)
+        rows.push_back(fmt::format("{} {} {} {} {} {}", quoted(well.name),
+                                   quoted(well.group.empty() ? "G" : well.group), well.headI, well.headJ,
+                                   well.refDepth >= 0.0 ? deckNumber(well.refDepth / units.length) : "1*",
+                                   well.preferredPhase.empty() ? "OIL" : well.preferredPhase));
+    return rows;
+}
+
+std::vector<std::string> connectionRows(const UnitSystem& units, const ScheduleStep& entry) {
+    std::vector<std::string> rows;
+    const auto given = [](double value, double factor) {
+        return value >= 0.0 ? deckNumber(value / factor) : std::string("1*");
+    };
+    for (const ScheduleCompletion& row : entry.completions)
+        rows.push_back(fmt::format("{} {} {} {} {} {} {} {} {} {} {} 1* {}", quoted(row.wellName),
+                                   integerOrDefault(row.i), integerOrDefault(row.j), row.k1, row.k2,
+                                   row.status, integerOrDefault(row.satTable),
+                                   given(row.transFactor, units.connectionFactor),
+                                   row.diameter > 0.0 ? deckNumber(row.diameter / units.length) : "1*",
+                                   given(static_cast<double>(row.kh), units.length),
+                                   deckNumber(static_cast<double>(row.skin)), row.direction));
+    return rows;
+}
+
+std::vector<std::string> efficiencyRows(const WellRecord& wells) {
+    std::vector<std::string> rows;
+    for (const Well& well : wells.wells)
+        if (well.efficiency != 1.0)
+            rows.push_back(fmt::format("{} {}", quoted(well.WellName), deckNumber(well.efficiency)));
+    return rows;
+}
+
+/// Rate that the deck would give: that of the time that the well is on, as a magnitude.
+double deckRate(const Well& well, double factor) {
+    return well.efficiency > 0.0 ? std::abs(well.TargetRate) / well.efficiency / factor : 0.0;
+}
+
+std::string openOrShut(const Well& well) {
+    return well.shut ? "SHUT" : "OPEN";
+}
+
+std::vector<std::string> injectorControls(const UnitSystem& units, const WellRecord& wells) {
+    std::vector<std::string> rows;
+    for (const Well& well : wells.wells) {
+        if (!isInjector(well)) continue;
+        const InjectedFluid& fluid = fluidOf(well.InjectFluid);
+        const bool byRate = well.deckControl != "bhp";
+        rows.push_back(fmt::format("{} {} {} {} {} 1* {}", quoted(well.WellName), fluid.word,
+                                   openOrShut(well), byRate ? "RATE" : "BHP",
+                                   byRate ? deckNumber(deckRate(well, rateFactor(units, fluid))) : "1*",
+                                   deckNumber(well.BhpLimit / units.pressure)));
+    }
+    return rows;
+}
+
+const ProducerControl* controlOf(const Well& well) {
+    const auto* const found =
+        std::find_if(ProducerControls.begin(), ProducerControls.end(),
+                     [&well](const ProducerControl& row) { return row.control == well.deckControl; });
+    return found == ProducerControls.end() ? nullptr : found;
+}
+
+std::vector<std::string> producerControls(const Console& console, const UnitSystem& units,
+                                          const WellRecord& wells) {
+    std::vector<std::string> rows;
+    for (const Well& well : wells.wells) {
+        if (isInjector(well)) continue;
+        const ProducerControl* const control = controlOf(well);
+        if (control == nullptr) {
+            lineToBoth(console, " Control Mode is not surpported for producer");
+            both(console, "Well {}: control '{}'", well.WellName, well.deckControl);
+            continue;
+        }
+        std::string row = fmt::format("{} {} {}", quoted(well.WellName), openOrShut(well), control->word);
+        const double factor = control->ofGas ? units.gasRate : units.liquidRate;
+        for (int place = 0; place < Rates; ++place)
+            row += " " + (place == control->rate ? deckNumber(deckRate(well, factor)) : "1*");
+        rows.push_back(row + " " + deckNumber(well.BhpLimit / units.pressure));
+    }
+    return rows;
+}
+
+}  // namespace
+
+void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, const UnitSystem& units,
+                             const Schedule& schedule, const SummaryResponse& response) {
+    const std::string path =
+        options.workingFolder + outputFileName(options.outputPrefix, outputName(OutputFile::HistorySchedule));
+    std::FILE* file = openOrStop(console, path, HistoryOpen);
+    const ResponseFactors factors = responseFactors(units, response);
+    double before = 0.0;
+    for (std::size_t report = 0; report < response.time.size(); ++report) {
+        const double time = response.time[report];
+        if (!(time > before)) continue;  // a report at time zero closes no step
+        putTimeBanner(time, file);
+        if (const ScheduleStep* entry = entryBefore(schedule, time); entry != nullptr)
+            putHistoryOf(units, factors, *entry, response, report, file);
+        putRecord("TSTEP", deckNumber(time - before), file);
+        before = time;
+    }
+    closeWritten(console, file, path, HistoryWrite);
+    log(console, " File Created -> {}", path);
+}
+
+std::string stepScheduleName(int step) {
+    return fmt::format("SCHEDULE_STP{:04d}.DATA", step);
+}
+
+void Write_ECLSchedule_forOP(const Console& console, const RunOptions& options, const UnitSystem& units,
+                             const ScheduleStep& entry, const WellRecord& wells, double time, int step,
+                             double dt) {
+    const std::string path = outsideFolder(options) + stepScheduleName(step);
+    std::FILE* file = openOrStop(console, path, StepWrite);
+    log(console, " -> File Generated for Schedule of Optimization    :: {}", path);
+    putTimeBanner(time, file);
+    putRecord("RPTRST", "BASIC=2", file);
+    if (std::isfinite(entry.mostRsRise))
+        putRecord("DRSDT", deckNumber(entry.mostRsRise / units.gasRatio), file);
+    putKeyword("WELSPECS", definitionRows(units, entry), file);
+    putKeyword("COMPDAT", connectionRows(units, entry), file);
+    putKeyword("WCONINJE", injectorControls(units, wells), file);
+    putKeyword("WCONPROD", producerControls(console, units, wells), file);
+    putKeyword("WEFAC", efficiencyRows(wells), file);
+    putRecord("TSTEP", deckNumber(dt), file);
+    closeWritten(console, file, path, StepWrite);
+}
+
+}  // namespace kvr

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "run/records/simulation.hpp"
+
+namespace kvr {
+
+/// One step of a run that traces an outside simulator's: its run where that is due, its restart into cells,
+/// wells and flow field, then lines on that field. Cells stay those of the restart; with useEclipsePressure
+/// the restart gives the pressure alone, and saturations move by the run's own transport from where they
+/// stood. Leaves clock.dt and clock.workDt at the length that was covered. False: a signal has asked the run
+/// to end, and the step has not been made.
+bool takeTracedStep(Simulation& simulation);
+
+/// Takes the tables of the schedule past what the time of a restart has left behind, with the wells of the
+/// last event among it: the steps of an outside run are its own.
+void passTableEntries(Simulation& simulation);
+
+}  // namespace kvr
