@@ -20,7 +20,8 @@ SmallCase& bigCase() {
 void writeSet(const Simulation& run) {
     writeGridFile(run.console, run.options, run.grid);
     writeInitFile(run.console, run.options, run.units, run.grid, run.connections);
-    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
+    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
+                     {run.units, run.connections, run.velocity}, run.lines.diagnostics);
 }
 
 void writeBinarySet(benchmark::State& state) {

@@ -58,7 +58,10 @@ ShellEnd runShell(const std::string& line, const std::string& folder) {
     bool told = false;
     for (double look = ShortestLook;; look = std::min(LongestLook, 2.0 * look)) {
         const pid_t ended = waitpid(child, &state, WNOHANG);
-        if (ended == child) return endOf(state);
+        if (ended == child) {
+            if (told) kill(-child, SIGTERM);  // what the shell has left behind
+            return endOf(state);
+        }
         if (ended < 0 && errno != EINTR) return {};
         if (endSignal() != 0 && !told) {
             told = true;

@@ -244,6 +244,11 @@ inline bool runsNothing(const RunOptions& options) {
     return options.checkOnly || options.noSimulation;
 }
 
+/// Lines show what the restarts of another simulator hold; the run has no transport of its own.
+inline bool onlyTraces(const RunOptions& options) {
+    return options.traceFromRestart && !options.useEclipsePressure;
+}
+
 inline bool isDualPorosity(const RunOptions& options) {
     return options.modelName == "DPSP";
 }

@@ -3,6 +3,7 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/keyword_loop.hpp"
+#include "eclipse/pillar_reader.hpp"
 #include "model/cell_geometry.hpp"
 #include "model/corner_point.hpp"
 #include "model/grid_memory.hpp"
@@ -179,11 +180,15 @@ void input_GRID(const Console& console, const RunOptions& options, const UnitSys
     const std::string path = outsideFile(options, header, ".GRID");
     const bool fresh = grid.NCELLS == 0;
     RecordReader reader;
-    if (open_read(path, ByteOrder::Big, reader) != 0) {
+    if (open_read(path, ByteOrder::Big, reader) == 0) {
+        if (readGridBlocks(console, reader, grid) == ReadResult::Error) stopOnRecordFault(console, reader);
+    } else if (open_read(outsideFile(options, header, ".EGRID"), ByteOrder::Big, reader) == 0) {
+        both(console, " Geometry from the .EGRID file :: {}", reader.path);
+        if (readPillarBlocks(console, reader, grid) == ReadResult::Error) stopOnRecordFault(console, reader);
+    } else {
         both(console, " ECLIPSE .GRID File Not Found :: {}", path);
         return;
     }
-    if (readGridBlocks(console, reader, grid) == ReadResult::Error) stopOnRecordFault(console, reader);
     close(reader);
     nodesFromCorners(grid);
     if (fresh) {

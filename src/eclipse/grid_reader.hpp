@@ -22,9 +22,9 @@ CornerOrder cornerOrderOf(const std::vector<float>& values);
 /// Cells that the file does not name keep their corners.
 ReadResult readGridBlocks(const Console& console, RecordReader& reader, GridModel& grid);
 
-/// Corners, I, J, K and activity of the cells from the .GRID file of an outside run in the working folder;
-/// then the nodes, and for a grid that the file brought, centres, sizes and volumes. A missing file is told
-/// and leaves everything as it was.
+/// Corners, I, J, K and activity of the cells from the .GRID file of an outside run in the working folder, or
+/// from its .EGRID file where there is no other; then the nodes, and for a grid that the file brought,
+/// centres, sizes and volumes. Where neither is there, that is told and everything stays as it was.
 void input_GRID(const Console& console, const RunOptions& options, const UnitSystem& units,
                 std::string_view header, GridModel& grid);
 

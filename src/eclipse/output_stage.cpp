@@ -99,7 +99,8 @@ void clearRates(std::vector<SummaryFigures>& figures) {
 }
 
 void writeStep(Simulation& run) {
-    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
+    writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
+                     {run.units, run.connections, run.velocity}, run.lines.diagnostics);
     writeSummaryStep(run.console, run.options, run.clock, run.eclipse.steps);
     run.eclipse.steps.clear();
 }

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <sstream>
 
 namespace kvr {
 

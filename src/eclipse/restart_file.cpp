@@ -5,10 +5,12 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
+#include "pressure/velocity.hpp"
 #include "run/records/output_table.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <fmt/format.h>
 
 namespace kvr {
 
@@ -80,6 +82,42 @@ void writeMaps(RecordWriter& writer, const GridModel& grid, CellId active, const
                          [&](CellId cell) { return (maps.*row.values)[cell]; });
 }
 
+struct FluxRow {
+    std::string_view keyword;  // before the axis and "+"
+    double PhaseFlux::*flux;
+    bool RunOptions::*phase;
+};
+constexpr FluxRow FluxRows[] = {{"FLROIL", &PhaseFlux::oil, &RunOptions::hasOil},
+                                {"FLRWAT", &PhaseFlux::water, &RunOptions::hasWater},
+                                {"FLRGAS", &PhaseFlux::gas, &RunOptions::hasGas}};
+
+void writeAxisFluxes(RecordWriter& writer, const RunOptions& options, const GridModel& grid, CellId active,
+                     const CellState& state, const FluxSource& source, int axis) {
+    constexpr std::string_view Axes = "IJK";
+    const int face = 2 * axis;
+    const auto shares = [&](CellId cell) {
+        return phaseSharesThroughFace(source.units.FlowUnit, source.connections, state, cell, face,
+                                      source.velocity.CellFaceFlux(cell, face));
+    };
+    for (const FluxRow& row : FluxRows) {
+        if (!(options.*row.phase)) continue;
+        const std::string keyword =
+            fmt::format("{}{}+", row.keyword, Axes[static_cast<std::size_t>(axis) - 1]);
+        writeActiveCells(writer, keyword, grid, active,
+                         [&](CellId cell) { return toBarrels(source.units, shares(cell).*row.flux); });
+    }
+}
+
+/// Nothing has flowed at time zero, nor in a run that solves no pressure.
+void writeFluxes(RecordWriter& writer, const RunOptions& options, const RunClock& clock,
+                 const GridModel& grid, CellId active, const CellState& state, const FluxSource& source) {
+    if (clock.reportIndex < 1 || source.velocity.CellFaceFlux.slots.empty()) return;
+    const std::array<int, 3> cells = {grid.NX, grid.NY, grid.NZ};
+    for (int axis = 1; axis <= 3; ++axis)
+        if (cells[static_cast<std::size_t>(axis) - 1] > 1)
+            writeAxisFluxes(writer, options, grid, active, state, source, axis);
+}
+
 }  // namespace
 
 HourMinute hourMinute(double days) {
@@ -90,7 +128,8 @@ HourMinute hourMinute(double days) {
 }
 
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
-                      const GridModel& grid, const CellState& state, const DiagnosticMaps& maps) {
+                      const GridModel& grid, const CellState& state, const FluxSource& source,
+                      const DiagnosticMaps& maps) {
     if (!isOn(options, OutputSwitch::Eclipse)) return;
     const CellId active = activeCount(grid);
     RecordWriter writer;
@@ -105,6 +144,7 @@ void writeRestartFile(const Console& console, const RunOptions& options, const R
     if (hasDissolvedGas(state))
         writeActiveCells(writer, "RS", grid, active,
                          [&](CellId cell) { return state.Rs[cell] * GasRatioFactor; });
+    writeFluxes(writer, options, clock, grid, active, state, source);
     writeMaps(writer, grid, active, maps);
     closeOrStop(console, writer);
     tellGenerated(console, writer.path);

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "base/console.hpp"
+#include "base/units.hpp"
 #include "deck/options.hpp"
+#include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
+#include "pressure/records/velocity_field.hpp"
 #include "run/records/clock.hpp"
 #include "streamline/diagnostics/diagnostic_maps.hpp"
 
@@ -19,10 +22,20 @@ struct HourMinute {
 };
 HourMinute hourMinute(double days);
 
-/// Replaces the .X file of the clock's report step: pressure (psia) and saturations of the active cells,
-/// then, where there are any, the maps of wells and times of flight (days). Without the option it does
-/// nothing.
+/// What the fluxes through the faces are made of.
+struct FluxSource {
+    const UnitSystem& units;
+    const ConnectionTable& connections;
+    const VelocityField& velocity;
+};
+
+/// Replaces the .X file of the clock's report step: pressure (psia) and saturations of the active cells;
+/// behind the first step the fluxes of the phases through the faces toward higher index along every axis of
+/// more than one cell (rb/day, FLR.. keywords), which together are the field that the lines of the step
+/// followed; then, where there are any, the maps of wells and times of flight (days). Without the option it
+/// does nothing.
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
-                      const GridModel& grid, const CellState& state, const DiagnosticMaps& maps);
+                      const GridModel& grid, const CellState& state, const FluxSource& source,
+                      const DiagnosticMaps& maps);
 
 }  // namespace kvr

@@ -5,7 +5,6 @@ namespace kvr {
 /// What the reader of outside restarts keeps from call to call.
 struct RestartRecord {
     bool wellsFromFile = false;  // the deck has none: the wells are those of the last restart
-    bool readBefore = false;     // a restart has been read: a run may go on from it
 };
 
 }  // namespace kvr

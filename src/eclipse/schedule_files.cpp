@@ -259,8 +259,8 @@ std::vector<std::string> producerControls(const Console& console, const UnitSyst
         std::string row = fmt::format("{} {} {}", quoted(well.WellName), openOrShut(well), control->word);
         const double factor = control->ofGas ? units.gasRate : units.liquidRate;
         for (int place = 0; place < Rates; ++place)
-            row += " " + (place == control->rate ? deckNumber(deckRate(well, factor)) : "1*");
-        rows.push_back(row + " " + deckNumber(well.BhpLimit / units.pressure));
+            row += fmt::format(" {}", place == control->rate ? deckNumber(deckRate(well, factor)) : "1*");
+        rows.push_back(fmt::format("{} {}", row, deckNumber(well.BhpLimit / units.pressure)));
     }
     return rows;
 }

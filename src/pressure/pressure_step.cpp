@@ -102,6 +102,11 @@ void setFlashAmounts(const CellAmounts& held, const CellArray<double>& poreVolum
     }
 }
 
+/// Whether steps may end on what is left over, see mayBeHandedOn.
+bool handsOn(const RunOptions& options) {
+    return options.stepControl && carriesAmounts(options);
+}
+
 /// Mobilities of the middle of the step, where a step before tells how the field flows. Beside gas the level
 /// serves better: what comes out of solution there is no matter of flow.
 void forecast(Simulation& s) {
@@ -387,11 +392,6 @@ void saveTimeLevel(Simulation& s) {
     if (s.clock.time <= 0.0) stage.carried = {};  // a run starts with what its saturations show
     measureWholeAmounts(s.grid, s.state, stage.carried, stage.timeLevelAmounts);
     if (s.fluids.hasGas) setFlashAmounts(stage.timeLevelAmounts, s.state.PoreVolume, stage.flashAmounts);
-}
-
-/// Whether steps may end on what is left over, see mayBeHandedOn.
-bool handsOn(const RunOptions& options) {
-    return options.stepControl && carriesAmounts(options);
 }
 
 void returnToStepStart(const CellState& start, Simulation& simulation) {

@@ -104,7 +104,58 @@ PhaseState updatedState(const FluidTables& tables, int region, bool keepEndPoint
     return found;
 }
 
+bool isGiven(GivenArrays given, CellArray<double> CellState::*array) {
+    return std::find(given.begin(), given.end(), array) != given.end();
+}
+
+/// Which of the properties that lead to others are given.
+struct GivenProperties {
+    bool Rs, Pb, RhoO, RhoW, RhoG;
+};
+
+void completeSolutionGas(const FluidTables& all, const GivenProperties& given, CellId c, CellState& state) {
+    const FluidTables& tables = pvtAt(all, c);
+    if (tables.MaxRs <= 0.0) return;
+    const double p = state.Pressure[c];
+    const bool free = state.Sg[c] > MachineEpsilon;
+    if (!given.Rs) {
+        const double most = SolutionRs(tables, p);
+        state.Rs[c] = free ? most : std::min(state.Rs[c], most);
+    }
+    if (!given.Pb) state.Pb[c] = free ? p : std::min(p, BubblePoint(tables, state.Rs[c]));
+}
+
+void completeDensities(const FluidTables& all, const GivenProperties& given, CellId c, CellState& state) {
+    const FluidTables& tables = pvtAt(all, c);
+    if (!given.RhoO) state.RhoO[c] = oilDensityAt(tables, state.Rs[c], state.Bo[c]);
+    if (!given.RhoW) state.RhoW[c] = waterDensityAt(tables, state.Bw[c]);
+    if (!given.RhoG) state.RhoG[c] = gasDensityAt(tables, state.Bg[c]);
+}
+
 }  // namespace
+
+void completeProperties(const GridModel& grid, const FluidTables& tables, GivenArrays given,
+                        CellState& state) {
+    const GivenProperties known{isGiven(given, &CellState::Rs), isGiven(given, &CellState::Pb),
+                                isGiven(given, &CellState::RhoO), isGiven(given, &CellState::RhoW),
+                                isGiven(given, &CellState::RhoG)};
+#pragma omp parallel if (grid.NCELLS >= ParallelCells)
+    {
+        std::vector<double> kept(given.size());
+#pragma omp for schedule(static)
+        for (CellId c = 1; c <= grid.NCELLS; ++c) {
+            if (grid.Active[c] == 0) continue;
+            for (std::size_t n = 0; n < given.size(); ++n) kept[n] = (state.*given[n])[c];
+            completeSolutionGas(tables, known, c, state);
+            pressureProperties(grid, tables, c, state);
+            relativePermeabilities(grid, tables, c, state);
+            phasePressures(grid, tables, c, state);
+            for (std::size_t n = 0; n < given.size(); ++n) (state.*given[n])[c] = kept[n];
+            completeDensities(tables, known, c, state);
+            mobilities(c, state);
+        }
+    }
+}
 
 PhaseState flashCell(const FluidTables& tables, const SaturationTable& table, bool keepEndPoints, double p,
                      const CellState& state, CellId cell, const ConservedAmounts& amounts) {

@@ -8,6 +8,8 @@
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/surface_volumes.hpp"
 
+#include <span>
+
 namespace kvr {
 
 /// Every property of every active cell from its pressure, saturations, Rs and Pb, without touching
@@ -25,6 +27,16 @@ void refreshProperties(const GridModel& grid, const FluidTables& tables, CellSta
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
                       const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state,
                       bool relPermsHeld = false);
+
+/// Arrays of a state that something else than the tables has filled.
+using GivenArrays = std::span<CellArray<double> CellState::*const>;
+
+/// Every property of every active cell that is not among the given ones, from its pressure and saturations
+/// and from those: a cell with free gas is saturated, one without it holds the Rs that stands there, at most
+/// that of its pressure. Densities follow the formation factors, mobilities the relative permeabilities and
+/// viscosities, wherever these are from.
+void completeProperties(const GridModel& grid, const FluidTables& tables, GivenArrays given,
+                        CellState& state);
 
 /// What a change of saturations alone asks for: relative permeabilities, mobilities, phase pressures.
 void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellState& state);

@@ -79,6 +79,29 @@ PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connectio
     return phaseFlux(flowUnit, connections, s, c, d, nullptr);
 }
 
+PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& s,
+                                 CellId c, int d, double total) {
+    PhaseFlux flux = phaseFlux(flowUnit, connections, s, c, d, nullptr);
+    const bool forward = (total >= 0.0) == (FaceSign[static_cast<std::size_t>(d) - 1] > 0.0);
+    const CellId from = forward ? c : connections.Neighbour(c, d);
+    if (from <= 0) return flux;
+    const double mobility = s.LambdaO[from] + s.LambdaW[from] + s.LambdaG[from];
+    if (!(mobility > 0.0)) return flux;
+    const double missing = (total - (flux.oil + flux.water + flux.gas)) / mobility;
+    flux.oil += missing * s.LambdaO[from];
+    flux.water += missing * s.LambdaW[from];
+    flux.gas += missing * s.LambdaG[from];
+    return flux;
+}
+
+void velocitiesOfFluxes(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
+                        const ConnectionTable& connections, VelocityField& velocity) {
+    if (velocity.CellFaceVelocity.slots.empty()) return;
+    const bool boxGrid = !options.useNewtran;
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) velocityOfCell(boxGrid, units.VolumeFactor, grid, connections, c, velocity);
+}
+
 void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
                                const ConnectionTable& connections, const CellState& state,
                                const UpstreamSides& sides, VelocityField& velocity) {

@@ -26,6 +26,15 @@ struct PhaseFlux {
 PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
                                CellId cell, int face);
 
+/// The fluxes of the phases that make up `total` through one face: each as the present potential of its phase
+/// drives it, and what these together lack of the total by the mobilities of the side that it comes from.
+PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
+                                 CellId cell, int face, double total);
+
+/// Velocities of the fluxes that stand in the field, where it has room for them: flux * VolumeFactor / area.
+void velocitiesOfFluxes(const RunOptions& options, const UnitSystem& units, const GridModel& grid,
+                        const ConnectionTable& connections, VelocityField& velocity);
+
 /// Total flux from the phase pressures, and velocity where the field has room for it. Phases come from the
 /// sides that the pressure was solved with, so that the fluxes are those of its balance; where `sides` is
 /// empty, from those of the present potentials.

@@ -91,12 +91,12 @@ void printMethod(const Simulation& s) {
     screen(s.console, "CFL condition for 1D : {}", number(s.options.cfl));
 }
 
-void prepareFields(Simulation& s) {
+/// `storage`: how cells hold their fluids at the start of the step.
+void prepareFields(Storage storage, Simulation& s) {
     prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
     buildTraceField(s.options, s.grid, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
                     s.lines.field.trace);
     LineField& field = s.lines.field;
-    const Storage storage = storageOf(s.options, s.fluids);
     gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storage, s.clock.workDt,
                    field.nodes);
     field.passes = carriesAmounts(s.options);
@@ -238,7 +238,7 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     lineToScreen(simulation.console, "-- Saturation calculation --");
     launch(simulation);
     printMethod(simulation);
-    prepareFields(simulation);
+    prepareFields(storageOf(simulation.options, simulation.fluids), simulation);
     clearVisited(simulation.mapping);
     if (substepNumber(simulation.clock, remainingToEnd) <= 1)
         clearOutlets(simulation.wells, simulation.lines.outlets);
@@ -264,11 +264,33 @@ void drawLines(Simulation& simulation, double remainingToEnd, double remainingTo
     lineToScreen(simulation.console, "");
     lineToScreen(simulation.console, "-- Lines of the report, saturations stay --");
     launch(simulation);
-    prepareFields(simulation);
+    prepareFields(storageOf(simulation.options, simulation.fluids), simulation);
     simulation.lines.field.passes = false;
     clearVisited(simulation.mapping);
     clearOutlets(simulation.wells, simulation.lines.outlets);
     runLines(0, start, remainingToEnd, simulation);
+    closeLineOutput(simulation);
+    clearStep(simulation);
+}
+
+void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int /*iteration*/,
+                           double remainingToEnd, double remainingToReport) {
+    if (simulation.wells.wells.empty()) return;
+    const double start = wallSeconds();
+    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
+    openLineOutput(remainingToReport, simulation);
+    prepareSolver(simulation, remainingToEnd);
+    simulation.lines.field.solver = LineSolver::Still;
+    lineToScreen(simulation.console, "");
+    lineToScreen(simulation.console, "-- Saturation calculation --");
+    launch(simulation);
+    printMethod(simulation);
+    // The cells are those of the restart, and lines that only show them need no older ones.
+    prepareFields(Storage::Present, simulation);
+    simulation.lines.field.passes = false;
+    clearVisited(simulation.mapping);
+    clearOutlets(simulation.wells, simulation.lines.outlets);
+    runLines(iterationsLeft, start, remainingToEnd, simulation);
     closeLineOutput(simulation);
     clearStep(simulation);
 }

@@ -104,7 +104,8 @@ struct Corpus {
         Simulation& run = small.run;
         writeGridFile(run.console, run.options, run.grid);
         writeInitFile(run.console, run.options, run.units, run.grid, run.connections);
-        writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
+        writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
+                         {run.units, run.connections, run.velocity}, run.lines.diagnostics);
         writeSummarySpec(run.console, run.options, run.grid, {"I1", "P1"});
         writeSummaryStep(run.console, run.options, run.clock, std::vector<SummaryFigures>(2));
         addRftRecords(run.console, run.options, run.clock, run.grid, run.state, run.wells, run.eclipse);

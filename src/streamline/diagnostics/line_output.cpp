@@ -7,6 +7,7 @@ namespace kvr {
 namespace {
 
 constexpr double ReportSlack = 1e-8;  // days to a report time that count as none
+constexpr int LongLineParts = 100;    // of the most nodes that a line may have: more make it a long one
 
 /// Somebody looks at the pair table.
 bool tablesPairs(const RunOptions& o) {
@@ -53,9 +54,15 @@ void putLaunchedLine(const LineResult& result, int iterationsLeft, Simulation& s
 
 void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& simulation) {
     Simulation& s = simulation;
-    plot(result, iterationsLeft, s);
+    const bool joins = result.record.status == TraceStatus::ReachedWell;
     const bool oneSide = s.lines.pairs.injectors == 0 || s.lines.pairs.producers == 0;
-    const bool shown = result.record.status == TraceStatus::ReachedWell || oneSide;
+    if (onlyTraces(s.options)) {
+        const bool isLong = result.record.nodeCount > s.lines.nodeCapacity / LongLineParts;
+        if (joins || (oneSide && isLong)) plot(result, iterationsLeft, s);
+        return;
+    }
+    plot(result, iterationsLeft, s);
+    const bool shown = joins || oneSide;
     if (isOn(s.options, OutputSwitch::Lines) && shown && !isOn(s.options, OutputSwitch::View))
         writeLineGeometry(s.grid, plotted(result, s), stream(s.outputs, OutputFile::RunStreamline));
 }

@@ -13,7 +13,8 @@ void openLineOutput(double remainingToReport, Simulation& simulation);
 void putLaunchedLine(const LineResult& result, int iterationsLeft, Simulation& simulation);
 
 /// A line through a missed cell: to the plot alike; to the geometry where nothing else shows the lines of the
-/// run and the line joins two wells or there is one side of wells only.
+/// run and the line joins two wells or there is one side of wells only. In a run that only traces restarts
+/// the plot alone takes it, and with one side of wells only where it is long.
 void putMissedLine(const LineResult& result, int iterationsLeft, Simulation& simulation);
 
 void closeLineOutput(Simulation& simulation);

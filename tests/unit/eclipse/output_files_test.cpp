@@ -22,7 +22,7 @@ void writeInit(const SmallCase& c) {
 }
 void writeRestart(const SmallCase& c) {
     writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state,
-                     c.run.lines.diagnostics);
+                     {c.run.units, c.run.connections, c.run.velocity}, c.run.lines.diagnostics);
 }
 void addRft(SmallCase& c) {
     addRftRecords(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state, c.run.wells,

@@ -1,6 +1,5 @@
 #include "eclipse/summary_reader.hpp"
 
-#include "eclipse/outside_command.hpp"
 #include "eclipse/restart_file.hpp"
 #include "eclipse/restart_plots.hpp"
 #include "eclipse/summary_files.hpp"
@@ -271,7 +270,8 @@ struct PlotCase : SmallCase {
         run.clock.time = 31.5;
         for (const int step : {1, 2}) {
             run.clock.reportIndex = step;
-            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state, run.lines.diagnostics);
+            writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
+                             {run.units, run.connections, run.velocity}, run.lines.diagnostics);
         }
     }
     void append(const std::string& extension, std::string_view keyword, const std::vector<float>& values) {
@@ -327,7 +327,8 @@ TEST(RestartPlots, TakeTheTimesOfFlightOfOurOwnRuns) {
         times->assign(c.run.grid.NCELLS, 12.5);
     for (CellArray<int>* wells : {&maps.injector, &maps.producer, &maps.connection})
         wells->assign(c.run.grid.NCELLS, 1);
-    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state, maps);
+    writeRestartFile(c.run.console, c.run.options, c.run.clock, c.run.grid, c.run.state,
+                     {c.run.units, c.run.connections, c.run.velocity}, maps);
     c.convert();
     EXPECT_EQ(c.folder.read("CASE_TOFP_STEP_0002_TIME_31.ECLTXT"), "12.5\n12.5\n12.5\n");
     EXPECT_FALSE(std::filesystem::exists(c.path("_PRDID_STEP_0002_TIME_31.ECLTXT")));
@@ -339,33 +340,6 @@ TEST(RestartPlots, StopAtABrokenFile) {
     c.folder.write("CASE.X0002", bytes.substr(0, 1300));
     c.run.console = Console{stderr, nullptr, nullptr};
     EXPECT_EXIT(c.convert(), testing::ExitedWithCode(1), "ERROR: File Open Error\n.*CASE.X0002: byte 1236: ");
-}
-
-// --- command -----------------------------------------------------------------------------------------------
-
-TEST(OutsideCommand, ChangesFolderOnlyWithoutTheLinuxSwitch) {
-    RunOptions options;
-    options.simulatorCommand = " $e300 ";
-    options.headerName = "CASE";
-    options.workingFolder = "/data/";
-    EXPECT_EQ(outsideCommand(options), "cd /d /data/ & $e300 CASE");
-    options.linuxRun = true;
-    EXPECT_EQ(outsideCommand(options), "$e300 CASE");
-}
-
-TEST(OutsideCommand, ThatFailsIsToldAndTheRunGoesOn) {
-    const QuietConsole quiet;
-    RunOptions options;
-    options.linuxRun = true;
-    options.simulatorCommand = "false";
-    runOutsideCommand(quiet.console, options);
-    EXPECT_EQ(quiet.screenText(),
-              "Run Simulation by ECLIPSE\nCommandline -$eclipse- is not recognized\n"
-              "Check environmental varialbe of computer\n");
-    options.simulatorCommand = "true";
-    const QuietConsole second;
-    runOutsideCommand(second.console, options);
-    EXPECT_EQ(second.screenText(), "Run Simulation by ECLIPSE\n");
 }
 
 }  // namespace

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/console.hpp"
+#include "base/units.hpp"
+#include "eclipse/restart_well_tables.hpp"
+#include "fluid/tables.hpp"
+#include "model/connections.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+#include "pressure/records/velocity_field.hpp"
+#include "pressure/wells/wells.hpp"
+
+#include <span>
+#include <string>
+
+namespace kvr {
+
+/// Compares the wells of a restart with those of the run, in the order of both where the file has no names:
+/// head, number of connections, type and phase. Tells the first difference of each well, and heads outside
+/// the grid.
+void checkWells(const Console& console, const GridModel& grid, std::span<const FileWell> file,
+                const WellRecord& wells);
+
+/// The wells of a run whose deck has none: kind, connections, factors and pressures as the restart has them.
+/// Names are those of the file, else `names` where these are as many, else W1, W2 ... Wells of no known type
+/// and connections outside the grid or in cells without flow are left out.
+void makeWells(const Console& console, const GridModel& grid, std::span<const FileWell> file,
+               std::span<const std::string> names, WellRecord& wells);
+
+/// Status, bottom-hole pressure and rates of the run's wells from the restart. A connection flows what the
+/// connection table says, at the conditions of its cell:
+///   Q = Bo qo + Bw qw + Bg (qg - Rs qo).
+/// Where there is no such table, it flows what the well model gives at the file's bottom-hole pressure; where
+/// there is none either, what the field takes from its cell or leaves there. Nothing flows back. A well that
+/// flows nothing is shut.
+void updateWells(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                 const FluidTables& tables, const CellState& state, const VelocityField& velocity,
+                 std::span<const FileWell> file, WellRecord& wells, PressureStage& stage);
+
+}  // namespace kvr

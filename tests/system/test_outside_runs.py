@@ -1,0 +1,239 @@
+"""Runs that start an outside simulator: what they ask before, how often they try, and how they end."""
+
+import os
+import shutil
+import signal
+import subprocess
+import time
+
+import pytest
+
+import kvr_run
+import small_deck
+from kvr_run import run
+from named_run import run_named
+from public_floods import needs_public_decks
+
+HOMO = kvr_run.PUBLIC_DECKS / "restart" / "2D_HOMO"
+TURN = "Run of the outside simulator, turn :: "
+INTERRUPTED = 128 + signal.SIGINT
+
+
+def traced(command, extra="ECLTRACE", linux=True):
+    """A small deck whose run is that of `command`."""
+    lines = ["", "TUNEKVR", "FDMETHOD", "STREAMLINE", "NUMLINE", "20 INJ No /", extra, "ECLCOMM", command]
+    return small_deck.deck(options="\n".join(lines + (["LINUXRUN"] if linux else []) + [""]))
+
+
+def script(folder, name, text):
+    path = folder / name
+    path.write_text("#!/bin/sh\n" + text)
+    path.chmod(0o755)
+    return path
+
+
+def environment(folder, **more):
+    return dict(os.environ, PATH=f"{folder}:{os.environ['PATH']}", TERM="dumb", **more)
+
+
+class Going:
+    """A run that does not end by itself; its console goes to a file."""
+
+    def __init__(self, folder, deck, words=(), **more):
+        (folder / "ECLIPSE.DATA").write_text(deck)
+        self.console_file = folder / "console.txt"
+        with open(self.console_file, "wb") as console:
+            self.process = subprocess.Popen([kvr_run.PROGRAM, *words], cwd=folder, stdin=subprocess.DEVNULL,
+                                            stdout=console, stderr=subprocess.STDOUT, env=environment(folder, **more))
+
+    @property
+    def console(self):
+        return self.console_file.read_text(errors="replace")
+
+    def wait_for(self, text, seconds=30):
+        end = time.monotonic() + seconds
+        while text not in self.console:
+            assert self.process.poll() is None, self.console[-2000:]
+            assert time.monotonic() < end, self.console[-2000:]
+            time.sleep(0.02)
+
+    def interrupt(self, seconds=20):
+        self.process.send_signal(signal.SIGINT)
+        try:
+            return self.process.wait(seconds)
+        finally:
+            self.process.kill()
+
+
+def process_state(pid):
+    try:
+        with open(f"/proc/{pid}/stat") as status:
+            return status.read().rsplit(")", 1)[1].split()[0]
+    except OSError:
+        return ""
+
+
+def test_on_the_command_line_a_command_waits_for_permission_and_is_shown(tmp_path):
+    script(tmp_path, "simulator", "touch has_run\n")
+    (tmp_path / "CASE.DATA").write_text(traced("./simulator --fast"))
+    ended = run_named(tmp_path / "CASE.DATA")
+    assert ended.returncode == 1
+    assert "--allow-outside" in ended.console
+    assert "Command :: ./simulator --fast CASE" in ended.console
+    assert not (tmp_path / "has_run").exists()
+
+
+def test_a_conversion_waits_for_permission_too(tmp_path):
+    script(tmp_path, "ecl2ix", "touch has_run\n")
+    (tmp_path / "CASE.DATA").write_text(traced("./ecl2ix", extra=""))
+    assert run_named(tmp_path / "CASE.DATA").returncode == 1
+    assert not (tmp_path / "has_run").exists()
+    assert run_named(tmp_path / "CASE.DATA", "--allow-outside").returncode == 0
+    assert (tmp_path / "has_run").exists()
+
+
+def test_a_check_runs_no_command(tmp_path):
+    script(tmp_path, "simulator", "touch has_run\n")
+    (tmp_path / "CASE.DATA").write_text(traced("./simulator"))
+    ended = run_named(tmp_path / "CASE.DATA", "--check", "--allow-outside")
+    assert ended.returncode == 0
+    assert not (tmp_path / "has_run").exists()
+
+
+def test_the_command_is_printed_before_it_runs(tmp_path):
+    script(tmp_path, "ecl2ix", 'echo "THE COMMAND RAN $*"\n')
+    result = run(tmp_path, traced("./ecl2ix -x", extra=""))
+    assert result.status == 0
+    assert "Command :: ./ecl2ix -x ECLIPSE\nTHE COMMAND RAN -x ECLIPSE\n" in result.console
+    assert (tmp_path / "_COORD_BYKVR.tmp").stat().st_size > 0
+
+
+def test_without_a_shell_of_its_kind_the_change_of_folder_fails_and_the_command_runs(tmp_path):
+    script(tmp_path, "ecl2ix", "touch has_run\n")
+    (tmp_path / "ECLIPSE.DATA").write_text(traced("./ecl2ix", extra="", linux=False))
+    process = subprocess.run([kvr_run.PROGRAM], cwd=tmp_path, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+    assert "Command :: cd /d  & ./ecl2ix ECLIPSE" in process.stdout
+    assert (tmp_path / "has_run").exists()
+
+
+def test_a_missing_command_is_tried_again_until_a_signal_ends_the_run(tmp_path):
+    going = Going(tmp_path, traced("no_such_simulator"))
+    going.wait_for(TURN + "3")
+    assert going.interrupt() == INTERRUPTED
+    for text in ("Command :: no_such_simulator ECLIPSE", "Commandline -$eclipse- is not recognized",
+                 "Check environmental varialbe of computer", "exit status 127", "ECLIPSE Restart is not exported.",
+                 "     -> Change RPTRST or Inputdeck", "IS ENDED BY SIGINT IN TURN"):
+        assert text in going.console, text
+    assert going.console.count("Run Simulation by ECLIPSE") >= 3
+
+
+def test_a_named_deck_shows_the_turns_too(tmp_path):
+    going = Going(tmp_path, traced("no_such_simulator"), ("ECLIPSE.DATA", "--allow-outside"))
+    going.wait_for(TURN + "2")
+    assert going.interrupt() == INTERRUPTED
+    assert "ECLIPSE Restart is not exported." in going.console
+    assert "IS ENDED BY SIGINT IN TURN" in going.console
+
+
+def test_a_killed_command_is_told_and_tried_again(tmp_path):
+    script(tmp_path, "simulator", "kill -9 $$\n")
+    going = Going(tmp_path, traced("exec simulator"))
+    going.wait_for(TURN + "2")
+    assert going.interrupt() == INTERRUPTED
+    assert "Command ended :: ended by signal 9" in going.console
+
+
+def test_a_signal_ends_the_command_that_is_waited_for(tmp_path):
+    script(tmp_path, "simulator", "sleep 300 & echo $! > child; wait\n")
+    going = Going(tmp_path, traced("simulator; true"))
+    going.wait_for(TURN + "1")
+    end = time.monotonic() + 20
+    while not (tmp_path / "child").exists() or not (tmp_path / "child").read_text().strip():
+        assert time.monotonic() < end
+        time.sleep(0.02)
+    child = int((tmp_path / "child").read_text())
+    assert going.interrupt(10) == INTERRUPTED
+    assert "IS ENDED BY SIGINT IN TURN 1" in going.console
+    time.sleep(0.5)
+    state = process_state(child)
+    assert state in ("", "Z"), "what the command had started has ended with it"
+
+
+# --- behind a run that has left its files ---------------------------------------------------------------------
+
+def homo_deck(command, extra=""):
+    return ((HOMO / "ECLIPSE.DATA").read_text()
+            + f"\nTUNEKVR\nNUMLINE\n50 INJ No /\nECLTRACE\nLINUXRUN\n{extra}ECLCOMM\n{command}\n")
+
+
+def homo_files(folder, end_file="Errors 0"):
+    for path in HOMO.iterdir():
+        if path.suffix not in (".DATA", ".ECLEND"):
+            shutil.copy(path, folder / path.name)
+    if end_file is not None:
+        (folder / "ECLIPSE.ECLEND").write_text(f" Error summary\n {end_file}\n")
+
+
+@needs_public_decks
+@pytest.mark.parametrize("end_file", [None, "Errors 3"], ids=["no end file", "errors"])
+def test_a_run_with_errors_is_repeated(tmp_path, end_file):
+    homo_files(tmp_path, end_file)
+    going = Going(tmp_path, homo_deck("$e300"), e300="true")
+    going.wait_for(TURN + "2")
+    assert going.interrupt() == INTERRUPTED
+    assert "Error found in .ECLEND file. Run again..." in going.console
+    assert " ECLIPSE seemed working successfully " in going.console
+
+
+@needs_public_decks
+def test_the_counts_of_frontsim_do_not_matter(tmp_path):
+    homo_files(tmp_path, "Errors 3")
+    script(tmp_path, "fake_simulator", "touch has_run\n")
+    (tmp_path / "ECLIPSE.DATA").write_text(homo_deck("$frontsim"))
+    process = subprocess.run([kvr_run.PROGRAM], cwd=tmp_path, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                             env=environment(tmp_path, frontsim="fake_simulator"), timeout=120)
+    assert process.returncode == 0, process.stdout[-2000:]
+    assert (tmp_path / "has_run").exists()
+    assert process.stdout.count(TURN) == 1
+
+
+@needs_public_decks
+def test_a_traced_run_leaves_the_files_of_the_outside_run_alone(tmp_path):
+    homo_files(tmp_path)
+    before = {path.name: path.read_bytes() for path in tmp_path.iterdir()}
+    result = run(tmp_path, homo_deck("true", "OUTPUTKVR\n1 0 1 1 0 0 0 1 1 0 /\n"))
+    assert result.status == 0, result.console[-2000:]
+    assert "END SIMULATION" in result.console
+    for name, content in before.items():
+        assert (tmp_path / name).read_bytes() == content, name
+    again = run(tmp_path)
+    assert again.status == 0
+    for name, content in before.items():
+        assert (tmp_path / name).read_bytes() == content, name
+
+
+@needs_public_decks
+def test_a_run_that_is_cleared_before_has_to_write_its_files_anew(tmp_path):
+    homo_files(tmp_path)
+    kept = tmp_path / "kept"
+    kept.mkdir()
+    for path in tmp_path.glob("ECLIPSE.*"):
+        shutil.copy(path, kept / path.name)
+    script(tmp_path, "simulator", "test ! -e $1.X0001 && test ! -e $1.ECLEND && cp kept/$1.* . && touch was_clear\n")
+    result = run(tmp_path, homo_deck("./simulator", "DELECL\n"))
+    assert result.status == 0, result.console[-2000:]
+    assert (tmp_path / "was_clear").exists()
+    assert " ECLIPSE Pre-Run File Deleted from 0 to 2" in result.console
+
+
+@needs_public_decks
+def test_a_run_started_from_another_folder_traces_beside_its_deck_and_reports_elsewhere(tmp_path):
+    case, results = tmp_path / "case", tmp_path / "results"
+    case.mkdir()
+    homo_files(case)
+    (case / "ECLIPSE.DATA").write_text(homo_deck("touch ran_here; true"))
+    ended = run_named(case / "ECLIPSE.DATA", "--allow-outside", "--output-dir", results, folder=tmp_path)
+    assert ended.returncode == 0, ended.console[-2000:] + ended.errors
+    assert (case / "ran_here").exists()
+    assert (results / "ECLIPSE_Summary.csv").exists()
+    assert not list(results.glob("ECLIPSE.X*"))
