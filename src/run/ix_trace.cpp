@@ -16,7 +16,9 @@
 #include "report/material_balance.hpp"
 #include "report/report_output.hpp"
 #include "report/static_plots.hpp"
+#include "report/summary_table.hpp"
 #include "report/well_tables.hpp"
+#include "run/closing_summary.hpp"
 #include "run/deck_summary.hpp"
 #include "streamline/streamline_step.hpp"
 
@@ -38,9 +40,13 @@ void takeHead(const OutsideHead& head, Simulation& s) {
     options.startYear = s.clock.year = head.startYear;
 }
 
-/// Without a deck there are no tables of fluids: what a restart does not bring follows from the defaults.
+/// Without a deck there are no tables of fluids: what a restart does not bring follows from the defaults, of
+/// which the log alone tells.
 void completeFluids(Simulation& s) {
-    completeTables(s.console, s.options.maxRockTables, s.fluids);
+    Console quiet = s.console;
+    quiet.screen = nullptr;
+    quiet.messages = nullptr;
+    completeTables(quiet, s.options.maxRockTables, s.fluids);
 }
 
 /// Geometry, rock and connections. Permeabilities and porosities come first, for the connections to be made;
@@ -97,6 +103,15 @@ void startReports(Simulation& s) {
     checkWritten(s.console);
 }
 
+/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero.
+void reportWellFlows(Simulation& s) {
+    advanceCalendar(s.clock.workDt, s.clock);
+    s.clock.time = s.clock.endTime;
+    reportWells(s);
+    startSummaryTable(s);
+    noteCourse(s);
+}
+
 }  // namespace
 
 void traceIxRun(Simulation& simulation) {
@@ -112,9 +127,8 @@ void traceIxRun(Simulation& simulation) {
     startReports(simulation);
     simulation.clock.solverPhaseIndex = 1;
     simulation.clock.reportIndex = 1;
-    simulation.course.stepsBegun = true;
     StreamlineRestartStep(simulation, 0, 0, 0.0, 0.0);
-    simulation.clock.time = simulation.clock.endTime;
+    reportWellFlows(simulation);
     checkWritten(simulation.console);
 }
 

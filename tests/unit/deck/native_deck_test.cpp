@@ -66,7 +66,7 @@ TEST(NativeDeck, ReadsTheSectionsOfItsFilesInTheirOrder) {
          {"\n---- READ FROM RUNSPEC ----\nREADING - RUNSPEC SECTION\n", "\n---- READ FROM GRID ----\n",
           "\n---- READ FROM EDIT ----\nNote: Only Multiply will be taken into account.\n",
           "\n---- READ FROM PROPS ----\nREAD -> PVDO\n", "\n---- READ FROM REGIONS ----\nREAD -> SATNUM\n",
-          "\n---- READ FROM SOLUTION ----\nREAD -> PRESSURE\n",
+          "\n---- READ FROM SOLUTION ----\nREAD -> FIELD PRESSURE by MANUAL\n",
           "\n---- READ FROM SCHEDULE ----\nREAD -> WELSPECS\n",
           "\n---- READ FROM STREAMLINE for KVR ----\nREAD -> MAXDT\n", "Keywords not supported: 0\n"}) {
         const std::size_t found = said.find(line, place);
