@@ -17,7 +17,7 @@ std::string quoted(std::string_view name) {
 }
 
 std::string deckNumber(double value) {
-    return fmt::format("{}", value);
+    return fmt::format("{}", value + 0.0);  // no sign before a zero
 }
 
 void putKeyword(std::string_view keyword, const std::vector<std::string>& rows, std::FILE* file) {

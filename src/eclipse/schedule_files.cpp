@@ -1,6 +1,7 @@
 #include "eclipse/schedule_files.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/text.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/deck_text.hpp"
@@ -160,16 +161,31 @@ const ScheduleStep* entryBefore(const Schedule& schedule, double time) {
     return entry;
 }
 
-void putHistoryOf(const UnitSystem& units, const ResponseFactors& factors, const ScheduleStep& entry,
-                  const SummaryResponse& response, std::size_t report, std::FILE* file) {
+bool hasRates(const WellAtReport& at) {
+    const std::array<int, 3> rates = {response::WOPR, response::WWPR, response::WGPR};
+    return at.slot > 0 && std::any_of(rates.begin(), rates.end(), [&at](int id) {
+               return responseOf(at.response, id, at.slot) != nullptr;
+           });
+}
+
+void tellWithoutRates(const Console& console, const ScheduleWell& well, std::size_t report) {
+    if (report > 0) return;  // told of the first report
+    warn(console, "WARNING :: THE SUMMARY HAS NO RATES OF PRODUCER {}, WHICH GETS NO HISTORY", well.name);
+}
+
+void putHistoryOf(const Console& console, const UnitSystem& units, const ResponseFactors& factors,
+                  const ScheduleStep& entry, const SummaryResponse& response, std::size_t report,
+                  std::FILE* file) {
     std::vector<std::string> injectors, producers;
     for (const ScheduleWell& well : entry.wells) {
         if (!well.hasControl) continue;
         const WellAtReport at = wellAt(response, well.name, report);
         if (well.isInjector)
             injectors.push_back(injectorRow(units, factors, well, at));
-        else
+        else if (hasRates(at))
             producers.push_back(producerRow(factors, well, at));
+        else
+            tellWithoutRates(console, well, report);
     }
     putKeyword("WCONINJH", injectors, file);
     putKeyword("WCONHIST", producers, file);
@@ -279,7 +295,7 @@ void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, 
         if (!(time > before)) continue;  // a report at time zero closes no step
         putTimeBanner(time, file);
         if (const ScheduleStep* entry = entryBefore(schedule, time); entry != nullptr)
-            putHistoryOf(units, factors, *entry, response, report, file);
+            putHistoryOf(console, units, factors, *entry, response, report, file);
         putRecord("TSTEP", deckNumber(time - before), file);
         before = time;
     }

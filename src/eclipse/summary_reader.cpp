@@ -51,10 +51,8 @@ bool takeSpecBlock(const BlockHeader& header, const BlockData& data, SummarySpec
         spec.numbers = data.integers;
         return true;
     }
-    if (keyword == "UNITS   ") {
-        spec.units = data.texts;
-        return true;
-    }
+    // The system of units alone is taken from these, so they do not count as used.
+    if (keyword == "UNITS   ") spec.units = data.texts;
     return false;
 }
 

@@ -57,12 +57,13 @@ struct HistoryCase {
                             {response::WGIR, 3, {700.0, 650.0}},  {response::WBHP, 3, {5000.0, 5100.0}}};
     }
     std::string write() {
-        Write_ECLSchedule_forHM(quiet.console, options, units, bench.schedule, response);
+        Write_ECLSchedule_forHM(console, options, units, bench.schedule, response);
         return folder.read("SCHEDULE_TEMPORARY_FOR_HM.DATA");
     }
     ScheduleBench bench;
     ScratchFolder folder;
     QuietConsole quiet;
+    Console console = quiet.console;
     RunOptions options;
     UnitSystem units;
     SummaryResponse response;
@@ -71,12 +72,10 @@ struct HistoryCase {
 /// What our own reader makes of a schedule behind the definitions of the wells.
 struct ReadBack : ScheduleBench {
     explicit ReadBack(const std::string& text, const UnitSystem& units = {})
-        : ScheduleBench(kept), kept(Definitions + text) {
+        : ScheduleBench(Definitions + text) {
         deck.units = units;
-        deck.cursor = cursorOn(kept);
         readAndClose();
     }
-    std::string kept;
 };
 
 // --- history ---------------------------------------------------------------------------------------------
@@ -139,6 +138,13 @@ TEST(HistorySchedule, TakesTheRateOfTheDeckWhereTheResponseHasNone) {
     EXPECT_TRUE(holds(text, "'GASI' GAS OPEN 700 1* 6* RATE /\n"));
 }
 
+TEST(HistorySchedule, LeavesOutAProducerWithoutRates) {
+    HistoryCase c;
+    c.response.vectors.erase(c.response.vectors.begin(), c.response.vectors.begin() + 3);
+    EXPECT_FALSE(holds(c.write(), "WCONHIST"));
+    EXPECT_EQ(countOf(c.quiet.screenText(), "THE SUMMARY HAS NO RATES OF PRODUCER PROD"), 1);
+}
+
 TEST(HistorySchedule, IsInTheUnitsOfTheDeck) {
     HistoryCase c;
     c.units = metricUnits();
@@ -157,7 +163,7 @@ TEST(HistorySchedule, IsInTheUnitsOfTheDeck) {
 TEST(HistorySchedule, StopsWhereItsFileCannotStand) {
     HistoryCase c;
     c.options.workingFolder = "/nowhere/at/all/";
-    c.quiet.console.screen = stderr;
+    c.console = consoleOnStandardError();
     EXPECT_EXIT(c.write(), testing::ExitedWithCode(1),
                 "ERROR: SMSPEC file is not given. Cannot Check .SXXXX file.\n"
                 "       File I/O Error, in Summary file");
@@ -184,7 +190,7 @@ struct StepCase : HistoryCase {
         add("PROD", "prd", "lrat", -410.0, 2000.0);
     }
     std::string write(int step, double dt) {
-        Write_ECLSchedule_forOP(quiet.console, options, units, bench.schedule.steps[0], wells, 0.0, step, dt);
+        Write_ECLSchedule_forOP(console, options, units, bench.schedule.steps[0], wells, 0.0, step, dt);
         return folder.read(stepScheduleName(step));
     }
     WellRecord wells;
@@ -192,11 +198,7 @@ struct StepCase : HistoryCase {
 
 /// The file has the definitions of the wells itself.
 struct WholeReadBack : ScheduleBench {
-    explicit WholeReadBack(const std::string& text) : ScheduleBench(""), kept(text) {
-        deck.cursor = cursorOn(kept);
-        readAndClose();
-    }
-    std::string kept;
+    explicit WholeReadBack(const std::string& text) : ScheduleBench(text) { readAndClose(); }
 };
 
 TEST(StepSchedule, IsReadBackWithItsControls) {
@@ -265,7 +267,7 @@ TEST(StepSchedule, PassesOverAProducerWhoseControlItDoesNotKnow) {
 TEST(StepSchedule, StopsWhereItsFileCannotStand) {
     StepCase c;
     c.options.workingFolder = "/nowhere/at/all/";
-    c.quiet.console.screen = stderr;
+    c.console = consoleOnStandardError();
     EXPECT_EXIT(c.write(1, 5.0), testing::ExitedWithCode(1),
                 "ERROR: Fatal Error during module Write_ECLSchedule_forOP\n"
                 "ERROR: Fatal Error during module Write_ECLSchedule_forOP.\n"
