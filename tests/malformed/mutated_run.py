@@ -50,13 +50,13 @@ def environment_of_runs():
 
 
 def cpu_of(pid):
-    """Seconds that a living process has used."""
+    """Seconds that a living process and the commands that it has run have used."""
     try:
         with open(f"/proc/{pid}/stat") as stat:
             fields = stat.read().rsplit(")", 1)[1].split()
     except OSError:
         return 0.0
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+    return sum(map(int, fields[11:15])) / os.sysconf("SC_CLK_TCK")
 
 
 def watched(process, cpu_seconds, end_seconds):

@@ -15,12 +15,16 @@ import small_deck  # noqa: E402
 HOMO = kvr_run.PUBLIC_DECKS / "restart" / "2D_HOMO"
 BINARY = (".X0000", ".X0001", ".INIT", ".EGRID", ".GRID", ".SMSPEC", ".S0001")
 AFI = b'# a run\nSIMULATION ix {\n}\nINCLUDE "CASE.ixf" {type="ixf_model"}\n'
-# The command that stands for the other simulator does nothing: its files are there.
+# What stands for the other simulator: its files are there, and the decks of single steps get the same ones.
+COMMAND = b"""for file in ECLIPSE.*; do
+  case $file in *.DATA) ;; *) [ "$1" = ECLIPSE ] || cp "$file" "$1.${file##*.}" ;; esac
+done
+"""
 TRACED = """
 TUNEKVR
 ECLTRACE
 ECLCOMM
-true
+sh command.sh
 LINUXRUN
 NUMLINE
 30 INJ Yes /
@@ -28,7 +32,7 @@ OUTPUTKVR
 1 0 1 1 0 0 0 1 0 0 /
 {more}
 """
-WRITTEN = "\nTUNEKVR\nNUMLINE\n30 INJ No /\nOUTPUTKVR\n1 0 0 0 0 0 0 0 0 1 /\n"
+WRITTEN = "\nTUNEKVR\nNUMLINE\n30 INJ No /\nOUTPUTKVR\n1 0 0 0 0 0 0 0 1 0 /\n"
 
 
 @dataclasses.dataclass
@@ -41,7 +45,7 @@ class TracedRun:
 
 def traced(name, deck, files, more="", ecl_end=b""):
     text = deck + ("" if "\nEND" in deck else "\nEND\n") + TRACED.format(more=more)
-    return TracedRun(name, {"ECLIPSE.DATA": text.encode(), "ECLIPSE.ECLEND": ecl_end or sound_end()}, files)
+    return TracedRun(name, {"ECLIPSE.DATA": text.encode(), "ECLIPSE.ECLEND": ecl_end or sound_end(), "command.sh": COMMAND}, files)
 
 
 def sound_end():
