@@ -12,7 +12,7 @@ import kvr_run
 import mutated_run
 import restart_mutations
 import small_decks
-import traced_runs
+import left_results
 
 DRIVER = pathlib.Path(__file__).resolve().parent / "mutate_restarts"
 SANITIZED = os.environ.get("KVR_SANITIZED", "") == "1"
@@ -22,7 +22,7 @@ SEED = 1
 
 @pytest.fixture(scope="module")
 def runs():
-    return traced_runs.traced_runs(kvr_run.PROGRAM)
+    return left_results.traced_runs(kvr_run.PROGRAM)
 
 
 def test_damaged_restarts_end_well(tmp_path):

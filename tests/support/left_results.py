@@ -4,13 +4,10 @@ or .afi file beside them, and the words that start the program."""
 import dataclasses
 import pathlib
 import subprocess
-import sys
 import tempfile
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
-
-import kvr_run  # noqa: E402
-import small_deck  # noqa: E402
+import kvr_run
+import small_deck
 
 HOMO = kvr_run.PUBLIC_DECKS / "restart" / "2D_HOMO"
 BINARY = (".X0000", ".X0001", ".INIT", ".EGRID", ".GRID", ".SMSPEC", ".S0001")
