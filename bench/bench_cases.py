@@ -19,7 +19,8 @@ BUILD = ROOT / "build" / "bench"
 sys.path.insert(0, str(ROOT / "tests" / "support"))
 import kvr_run  # noqa: E402
 
-PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading"]
+PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
+            "bench_eclipse_files"]
 
 # One documented choice of lines a case; the option section stands behind END. tests/validation/test_bench_choices.py
 # holds the accuracy that goes with the speed.

@@ -373,5 +373,58 @@ TEST(CornerOrder, OfAFaultedThinCellIsStillSeen) {
     EXPECT_EQ(cornerOrderOf(byAxis), CornerOrder::ByAxis);
 }
 
+// --- .EGRID where there is no .GRID ------------------------------------------------------------------------
+
+TEST(PillarReader, PlacesCornersOnSlantingPillarsInFeet) {
+    ScratchFolder folder;
+    RecordWriter writer;
+    ASSERT_EQ(open_write(folder.path + "SLANT.EGRID", writer), 0);
+    const std::vector<Text8> unit = {text8("METRES"), text8("")};
+    write_keyword<Text8>(writer, "GRIDUNIT", std::span<const Text8>(unit));
+    const std::vector<std::int32_t> head = {1, 1, 1, 1};
+    write_keyword<std::int32_t>(writer, "GRIDHEAD", std::span<const std::int32_t>(head));
+    // Four pillars from depth 1000 to 1100 m that lean by 10 m along x.
+    std::vector<float> pillars;
+    for (const float y : {0.0F, 50.0F})
+        for (const float x : {0.0F, 100.0F}) {
+            const float ends[] = {x, y, 1000.0F, x + 10.0F, y, 1100.0F};
+            pillars.insert(pillars.end(), std::begin(ends), std::end(ends));
+        }
+    write_keyword<float>(writer, "COORD", std::span<const float>(pillars));
+    const std::vector<float> depths = {1000, 1000, 1000, 1000, 1050, 1050, 1050, 1050};
+    write_keyword<float>(writer, "ZCORN", std::span<const float>(depths));
+    write_header(writer, "ENDGRID", 0, ElementType::Inte);
+    close(writer);
+
+    Simulation run;
+    const QuietConsole quiet;
+    run.options.workingFolder = folder.path;
+    GridModel grid;
+    input_GRID(quiet.console, run.options, run.units, "SLANT", grid);
+    ASSERT_EQ(grid.NCELLS, 1);
+    constexpr double Feet = 3.28084;
+    EXPECT_NEAR(cornerOf(grid, 1, 1)[0], 0.0, 1e-3);
+    EXPECT_NEAR(cornerOf(grid, 1, 6)[0], 105.0 * Feet, 1e-3);  // half way down: 5 m along x
+    EXPECT_NEAR(cornerOf(grid, 1, 7)[1], 50.0 * Feet, 1e-3);
+    EXPECT_NEAR(cornerOf(grid, 1, 8)[2], 1050.0 * Feet, 1e-3);
+    EXPECT_EQ(grid.Active[1], 1);
+}
+
+TEST(PillarReader, RefusesArraysOfAnotherLength) {
+    ScratchFolder folder;
+    RecordWriter writer;
+    ASSERT_EQ(open_write(folder.path + "SHORT.EGRID", writer), 0);
+    const std::vector<std::int32_t> head = {1, 1, 1, 1};
+    write_keyword<std::int32_t>(writer, "GRIDHEAD", std::span<const std::int32_t>(head));
+    const std::vector<float> few(7, 1.0F);
+    write_keyword<float>(writer, "ZCORN", std::span<const float>(few));
+    close(writer);
+    Simulation run;
+    run.options.workingFolder = folder.path;
+    GridModel grid;
+    EXPECT_EXIT(input_GRID(consoleOnStandardError(), run.options, run.units, "SHORT", grid),
+                testing::ExitedWithCode(1), "pillars and depths of the corners of every cell were expected");
+}
+
 }  // namespace
 }  // namespace kvr

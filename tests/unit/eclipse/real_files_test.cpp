@@ -77,6 +77,24 @@ TEST_F(RealCase, GivesAGridToAModelThatHasNone) {
     EXPECT_NEAR(fresh.BulkVolume[1], 25000.0 / 5.614583, 1e-2);
 }
 
+TEST_F(RealCase, HasTheSameGeometryInBothGridFiles) {
+    GridModel byCells;
+    input_GRID(run.console, options(), run.units, "ECLIPSE", byCells);
+    fs::remove(folder.path + "ECLIPSE.GRID");
+    GridModel byPillars;
+    input_GRID(run.console, options(), run.units, "ECLIPSE", byPillars);
+    ASSERT_EQ(byPillars.NCELLS, byCells.NCELLS);
+    for (CellId cell = 1; cell <= byCells.NCELLS; ++cell) {
+        for (int n = 1; n <= 8; ++n)
+            for (int axis = 0; axis < 3; ++axis)
+                ASSERT_NEAR(cornerOf(byPillars, cell, n)[axis], cornerOf(byCells, cell, n)[axis], 1e-4);
+        ASSERT_NEAR(byPillars.DX[cell], byCells.DX[cell], 1e-4);
+        ASSERT_NEAR(byPillars.BulkVolume[cell], byCells.BulkVolume[cell], 1e-4);
+        ASSERT_EQ(byPillars.Active[cell], byCells.Active[cell]);
+    }
+    EXPECT_NE(quiet.screenText().find(" Geometry from the .EGRID file :: "), std::string::npos);
+}
+
 TEST_F(RealCase, HasTheActivityOfItsDeck) {
     input_ACTNUM_EGRID(run.console, options(), "ECLIPSE", run.grid);
     EXPECT_EQ(quiet.screenText().find("WARNING"), std::string::npos);

@@ -9,6 +9,8 @@
 #include "unit/quiet_console.hpp"
 #include "unit/scratch_folder.hpp"
 
+#include <cmath>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace kvr {
@@ -110,7 +112,8 @@ TEST(RestartVelocity, PutsTheFluxOfAFaceAtBothItsCells) {
     EXPECT_NEAR(c.outward(2, 1), -150.0, 1e-9);  // what leaves cell 1 enters cell 2
     EXPECT_NEAR(c.outward(2, 2), 60.0, 1e-9);
     EXPECT_EQ(c.outward(3, 2), 0.0);  // there is nothing behind the last cell
-    EXPECT_NE(c.quiet.screenText().find("FLUX DATA FOUND :: Trace Streamline using FLO_X+"), std::string::npos);
+    EXPECT_NE(c.quiet.screenText().find("FLUX DATA FOUND :: Trace Streamline using FLO_X+"),
+              std::string::npos);
 }
 
 TEST(RestartVelocity, LeavesAxesThatTheFileDoesNotHaveWithoutFlux) {
@@ -316,8 +319,23 @@ TEST(RestartVelocity, TellsOfAnotherGrid) {
     c.add("PRESSURE", std::vector<float>(5, 3100.0F));
     c.read();
     EXPECT_NE(c.quiet.screenText().find(" ERROR :: ACTNUM not match from INIT and KVR"), std::string::npos);
-    EXPECT_NE(c.quiet.screenText().find("Dimension does not match - Restart and Grid file"), std::string::npos);
-    EXPECT_NE(c.quiet.screenText().find("WARNING :: PRESSURE of the restart has 5 values"), std::string::npos);
+    EXPECT_NE(c.quiet.screenText().find("Dimension does not match - Restart and Grid file"),
+              std::string::npos);
+    EXPECT_NE(c.quiet.screenText().find("WARNING :: PRESSURE of the restart has 5 values"),
+              std::string::npos);
+}
+
+TEST(RestartVelocity, StopsAtAFileThatEndsInsideABlock) {
+    RestartCase c(3);
+    c.begin();
+    c.add("PRESSURE", {3100.0F, 3050.0F, 3000.0F});
+    c.add("SWAT", {0.3F, 0.3F, 0.3F});
+    close(c.writer);
+    const std::string path = c.folder.path + "CASE.X0001";
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) - 6);
+    c.run.console = consoleOnStandardError();
+    EXPECT_EXIT(input_RST2Velocity(c.run, "CASE", 1), testing::ExitedWithCode(1),
+                "this block has more elements than the rest of the file holds");
 }
 
 // --- wells -------------------------------------------------------------------------------------------------
@@ -368,8 +386,9 @@ TEST(RestartWells, OfADeckWithoutWellsComeFromTheFile) {
     EXPECT_EQ(c.run.tags.CellTag[1], CellTagKind::Injector);
     EXPECT_EQ(c.run.tags.CellTag[2], CellTagKind::Pop);
     EXPECT_EQ(c.run.tags.CellTag[3], CellTagKind::Producer);
-    EXPECT_NE(c.quiet.screenText().find("WARNING :: Welldata not read from Input - Overwrite from SUMMRY file"),
-              std::string::npos);
+    EXPECT_NE(
+        c.quiet.screenText().find("WARNING :: Welldata not read from Input - Overwrite from SUMMRY file"),
+        std::string::npos);
 }
 
 TEST(RestartWells, OfTheDeckTakeTheirRatesFromTheFile) {

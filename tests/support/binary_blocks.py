@@ -1,0 +1,39 @@
+"""Reads keyword blocks of binary files of the kind .X0001, .INIT, .EGRID: framed big-endian records."""
+
+import pathlib
+import struct
+
+import numpy
+
+TYPES = {"INTE": ">i4", "REAL": ">f4", "DOUB": ">f8", "LOGI": ">i4", "CHAR": "S8"}
+
+
+def blocks(path):
+    """Keyword and values of every block, in the order of the file."""
+    data = pathlib.Path(path).read_bytes()
+    place = 0
+
+    def record():
+        nonlocal place
+        (length,) = struct.unpack_from(">i", data, place)
+        payload = data[place + 4:place + 4 + length]
+        place += 8 + length
+        return payload
+
+    while place < len(data):
+        head = record()
+        keyword, kind = head[:-8].decode("ascii").strip(), head[-4:].decode("ascii")
+        (count,) = struct.unpack(">i", head[-8:-4])
+        width = numpy.dtype(TYPES[kind]).itemsize if kind in TYPES else 0
+        payload = b""
+        while len(payload) < count * width:
+            payload += record()
+        yield keyword, numpy.frombuffer(payload, TYPES.get(kind, "S1"))
+
+
+def arrays(path):
+    """The first block of each keyword."""
+    found = {}
+    for keyword, values in blocks(path):
+        found.setdefault(keyword, values)
+    return found

@@ -1,0 +1,144 @@
+"""Time of flight by finite volumes on given face fluxes, and face fluxes by Darcy's law from the files of another simulator."""
+
+import numpy
+
+CUBIC_FEET_PER_BARREL = 5.614583
+DARCY_HEAD = 144.0  # lb/ft3 * ft to psi
+
+
+def net_outflow(fluxes):
+    """What leaves each cell through its faces: `fluxes` by axis x, y, z on arrays [k, j, i], of the face toward higher
+    index, positive that way."""
+    total = numpy.zeros_like(fluxes[0])
+    for axis, flux in zip((2, 1, 0), fluxes):
+        total += flux
+        inner = numpy.moveaxis(total, axis, 0)
+        inner[1:] -= numpy.moveaxis(flux, axis, 0)[:-1]
+    return total
+
+
+def refine(fluxes, parts):
+    """Fluxes through the high faces of parts of the cells, linear along each axis inside a cell. `parts`: along x, y, z."""
+    refined = []
+    for n, (axis, flux) in enumerate(zip((2, 1, 0), fluxes)):
+        low = numpy.zeros_like(flux)
+        numpy.moveaxis(low, axis, 0)[1:] = numpy.moveaxis(flux, axis, 0)[:-1]
+        m = parts[n]
+        steps = numpy.arange(1, m + 1) / m
+        shape = list(flux.shape)
+        fine = numpy.expand_dims(low, axis + 1) + numpy.expand_dims(flux - low, axis + 1) * steps.reshape(
+            [-1 if d == axis + 1 else 1 for d in range(4)])
+        shape[axis] *= m
+        fine = fine.reshape(shape)
+        for other, count in zip((2, 1, 0), parts):
+            if other != axis:
+                fine = numpy.repeat(fine, count, axis=other) / count
+        refined.append(fine)
+    return refined
+
+
+def upwind_times(fluxes, volume, entering):
+    """First-order finite volumes of v . grad(tau) = porosity: tau = (volume + sum of q_in tau_in) / (sum of q_in + entering)
+    in the order of flow. Fluid enters wells with time 0: `entering`, volume a day. Parts on cycles keep NaN."""
+    shape = volume.shape
+    strides = [1, shape[2], shape[1] * shape[2]]
+    count = volume.size
+    flat = [flux.ravel() for flux in fluxes]
+    cells = numpy.arange(count)
+    sources, targets, rates = [], [], []
+    for stride, flux in zip(strides, flat):
+        forward = cells[flux > 0.0]
+        backward = cells[flux < 0.0]
+        sources += [forward, backward + stride]
+        targets += [forward + stride, backward]
+        rates += [flux[forward], -flux[backward]]
+    sources, targets, rates = (numpy.concatenate(parts) for parts in (sources, targets, rates))
+    order = numpy.argsort(sources, kind="stable")
+    sources, targets, rates = sources[order], targets[order], rates[order]
+    first = numpy.searchsorted(sources, numpy.arange(count + 1))
+    waiting = numpy.bincount(targets, minlength=count)
+    inflow = numpy.bincount(targets, weights=rates, minlength=count) + entering.ravel()
+    brought = volume.ravel().astype(float).copy()
+    times = numpy.full(count, numpy.nan)
+    front = cells[(waiting == 0) & (inflow > 0.0)]
+    while front.size:
+        times[front] = brought[front] / inflow[front]
+        counts = first[front + 1] - first[front]
+        if counts.sum() == 0:
+            break
+        offsets = numpy.repeat(first[front] - numpy.concatenate([[0], numpy.cumsum(counts)[:-1]]), counts)
+        edges = offsets + numpy.arange(counts.sum())
+        numpy.add.at(brought, targets[edges], rates[edges] * times[sources[edges]])
+        numpy.subtract.at(waiting, targets[edges], 1)
+        touched = numpy.unique(targets[edges])
+        front = touched[(waiting[touched] == 0) & (inflow[touched] > 0.0)]
+    return times.reshape(shape)
+
+
+def part_times(fluxes, volume, entering, parts):
+    """Times on `parts` of every cell along x, y, z as one array [k, j, i] of the parts. What enters spreads over the parts of
+    its cell."""
+    share = numpy.prod(parts)
+    fine_volume, fine_entering = volume / share, entering / share
+    for axis, count in zip((2, 1, 0), parts):
+        fine_volume = numpy.repeat(fine_volume, count, axis=axis)
+        fine_entering = numpy.repeat(fine_entering, count, axis=axis)
+    return upwind_times(refine(fluxes, parts), fine_volume, fine_entering)
+
+
+def cell_means(times, parts):
+    """Mean of each cell of what its parts have."""
+    nz, ny, nx = times.shape
+    return times.reshape(nz // parts[2], parts[2], ny // parts[1], parts[1], nx // parts[0], parts[0]).mean(axis=(1, 3, 5))
+
+
+def mean_difference(times, reference, slowest=0.05):
+    """Mean relative difference, without the slowest cells by the reference and those that either leaves out."""
+    known = numpy.isfinite(reference) & (times < 1e9)
+    times, reference = times[known], reference[known]
+    kept = reference <= numpy.quantile(reference, 1.0 - slowest)
+    return float(numpy.mean(numpy.abs(times[kept] - reference[kept]) / reference[kept]))
+
+
+def darcy_fluxes(static, pressures, densities, mobilities):
+    """Total reservoir flux through the high faces, rb/day: sum over the phases of T * upstream mobility * (p - p_next + rho *
+    depth difference / 144), with the transmissibilities and depths of the static file. Arrays [k, j, i] by phase."""
+    shape = densities[0].shape
+    depth = static["DEPTH"].reshape(shape).astype(float)
+    fluxes = []
+    for axis, keyword in zip((2, 1, 0), ("TRANX", "TRANY", "TRANZ")):
+        trans = static[keyword].reshape(shape).astype(float)
+        total = numpy.zeros(shape)
+        here = tuple(slice(None, -1) if d == axis else slice(None) for d in range(3))
+        there = tuple(slice(1, None) if d == axis else slice(None) for d in range(3))
+        for p, rho, mobility in zip(pressures, densities, mobilities):
+            drive = p[here] - p[there] + 0.5 * (rho[here] + rho[there]) * (depth[there] - depth[here]) / DARCY_HEAD
+            total[here] += trans[here] * drive * numpy.where(drive > 0.0, mobility[here], mobility[there])
+        fluxes.append(total)
+    return fluxes
+
+
+def at_points(times, places):
+    """Bilinear between the centres of the parts of one layer: `places` x, y as shares of the grid's lengths."""
+    ny, nx = times.shape
+    x = numpy.clip(places[:, 0] * nx - 0.5, 0, nx - 1.000001)
+    y = numpy.clip(places[:, 1] * ny - 0.5, 0, ny - 1.000001)
+    i, j = x.astype(int), y.astype(int)
+    a, b = x - i, y - j
+    return ((1 - a) * (1 - b) * times[j, i] + a * (1 - b) * times[j, i + 1] + (1 - a) * b * times[j + 1, i]
+            + a * b * times[j + 1, i + 1])
+
+
+def line_nodes(path):
+    """Nodes of every line of a plot file of lines: arrays of x, y, depth, time of flight and what follows."""
+    text = path.read_text().splitlines()
+    lines = []
+    place = 0
+    while place < len(text):
+        head = text[place].split()
+        place += 1
+        if head[:1] == ["ZONE"] and "F=POINT" in head:
+            count = int(head[head.index("=") + 1])
+            lines.append(numpy.array([[float(word) for word in row.split()] for row in text[place:place + count]]))
+            place += count
+    return lines

@@ -1,0 +1,319 @@
+"""Lines on the restarts of other simulators, and of our own runs, against finite volumes, Darcy's law and our own pressures."""
+
+import re
+import shutil
+
+import numpy
+import pytest
+from binary_blocks import arrays
+from flux_times import at_points, cell_means, darcy_fluxes, line_nodes, mean_difference, net_outflow, part_times
+from kvr_run import PUBLIC_DECKS, REPOSITORY, finished_normally, public_deck, run
+from peer_flow import needs_flow
+
+RUNNER = REPOSITORY / "tools/outside/flow_run"
+OUTPUT = "OUTPUTKVR\n1 0 0 1 0 0 0 1 0 0 /\n"
+UNREACHED = 1e9
+
+needs_decks = pytest.mark.skipif(not PUBLIC_DECKS.exists(), reason="the public decks are not beside the checkout")
+
+
+def without_end(deck):
+    return re.sub(r"^END\b.*", "", deck, flags=re.M | re.S)
+
+
+def traced(folder, deck, command, lines="1000 INJ No", files=None, output=OUTPUT):
+    options = f"\nEND\nTUNEKVR\nECLTRACE\nLINUXRUN\nECLCOMM\n{command}\nNUMLINE\n{lines} /\n{output}"
+    return finished_normally(run(folder, without_end(deck) + options, files))
+
+
+def by_pair(result):
+    """Rates by pair, rb/day, in the order of the file: injectors running fastest."""
+    return numpy.loadtxt(result.folder / "KVR_Run_RateAllocation.out", ndmin=2)[:, 2]
+
+
+def time_map(result, name="INJ"):
+    return numpy.loadtxt(result.folder / f"KVR_Run_Tau{name}.out")
+
+
+def deck_array(keyword, values):
+    rows = [" ".join(f"{value:.9g}" for value in values[n:n + 8]) for n in range(0, len(values), 8)]
+    return "\n".join([keyword, *rows, "/", ""])
+
+
+def own_pressure(folder, deck, restart, keywords, files=None):
+    """Lines by a pressure of our own on the cells of a restart: one step so short that nothing moves."""
+    state = "SOLUTION\n" + "".join(deck_array(keyword, restart[keyword]) for keyword in keywords)
+    deck = re.sub(r"^SOLUTION\b.*?(?=^(SUMMARY|SCHEDULE)\b)", lambda _: state, without_end(deck), flags=re.M | re.S)
+    deck = re.sub(r"^TSTEP\b.*?/", "TSTEP\n0.001 /", deck, flags=re.M | re.S)
+    return finished_normally(run(folder, deck + f"\nEND\nTUNEKVR\nNUMLINE\n1000 INJ No /\n{OUTPUT}", files))
+
+
+def median_difference(one, other):
+    known = (one < UNREACHED) & (other < UNREACHED)
+    assert known.mean() > 0.95
+    return float(numpy.median(numpy.abs(one[known] - other[known]) / other[known]))
+
+
+def interpolated(x, table_x, table_y):
+    """Linear, the last piece going on."""
+    y = numpy.interp(x, table_x, table_y)
+    slope = (table_y[-1] - table_y[-2]) / (table_x[-1] - table_x[-2])
+    return numpy.where(x > table_x[-1], table_y[-1] + slope * (x - table_x[-1]), y)
+
+
+# --- five-spot on the first layer of the tenth comparative case, 60 x 220 ---------------------------------------------------
+
+FIVE = {"p": numpy.array([300.0, 800.0, 8000.0]), "bo": numpy.array([1.05, 1.02, 1.01]), "muo": numpy.array([2.85, 2.99, 3.0])}
+FIVE_CELLS = (1, 220, 60)
+FIVE_INJECTOR = (0, 109, 29)
+FIVE_PRODUCERS = [(0, 0, 0), (0, 0, 59), (0, 219, 59), (0, 219, 0)]
+
+
+def five_factors(p):
+    inverse = interpolated(p, FIVE["p"], 1.0 / FIVE["bo"])
+    x = 3e-6 * (p - 6000.0)
+    return 1.0 / inverse, 1.01 / (1.0 + x + 0.5 * x * x)
+
+
+def five_field(folder, step):
+    """Fluxes by Darcy's law, pore volumes and pressures of a restart, by the fluids of the deck."""
+    static, restart = arrays(folder / "ECLIPSE.INIT"), arrays(folder / f"ECLIPSE.X{step:04d}")
+    p, sw = (restart[name].reshape(FIVE_CELLS).astype(float) for name in ("PRESSURE", "SWAT"))
+    bo, bw = five_factors(p)
+    muo = interpolated(p, FIVE["p"], 1.0 / FIVE["bo"]) / interpolated(p, FIVE["p"], 1.0 / (FIVE["bo"] * FIVE["muo"]))
+    s = numpy.linspace(0.2, 0.8, 13)
+    share = (s - 0.2) / 0.6
+    krw, kro = (numpy.interp(sw, s, table) for table in (numpy.round(share**2, 4), numpy.round((1.0 - share)**2, 4)))
+    fluxes = darcy_fluxes(static, [p, p], [53.0 / bo, 64.0 / bw], [kro / muo, krw / 0.3])
+    volume = static["PORV"].reshape(FIVE_CELLS).astype(float) * (1.0 + 1e-6 * (p - 6000.0))
+    return fluxes, volume, p
+
+
+@pytest.fixture(scope="module")
+def five_spot(tmp_path_factory):
+    """FIVE1 through flow for 600 days, every restart traced."""
+    if shutil.which("flow") is None or not PUBLIC_DECKS.exists():
+        pytest.skip("flow or the public decks are not here")
+    folder = tmp_path_factory.mktemp("five")
+    deck = public_deck("waterflood/FIVE1.DATA").replace("40*50", "12*50")
+    files = {"FIVE1.INC": public_deck("waterflood/FIVE1.INC")}
+    return deck, files, traced(folder, deck, RUNNER, files=files)
+
+
+@needs_flow
+def test_every_restart_of_the_five_spot_is_traced(five_spot):
+    deck, files, result = five_spot
+    for step in range(1, 13):
+        assert f"EXTRACT RESTART -> ECLIPSE.X{step:04d}" in result.log
+    assert result.console.count("Construct Velocity Field from Pressure") == 12
+
+
+@needs_flow
+def test_times_along_lines_are_those_of_finite_volumes(five_spot):
+    """At every node of every line against finite volumes on 12 and 24 parts of a cell, extrapolated: 5 % on the mean."""
+    result = five_spot[2]
+    fluxes, volume, _ = five_field(result.folder, 12)
+    entering = numpy.zeros(FIVE_CELLS)
+    entering[FIVE_INJECTOR] = net_outflow(fluxes)[FIVE_INJECTOR]
+    fine, coarse = (part_times(fluxes, volume, entering, (m, m, 1)) for m in (24, 12))
+    nodes = numpy.concatenate([line[1:-1] for line in line_nodes(result.folder / "Streamline_Time_600.plt")])
+    places = nodes[:, :2] / numpy.array([60 * 20.0, 220 * 10.0])
+    reference = 2.0 * at_points(fine[0], places) - at_points(coarse[0], places)
+    difference = numpy.abs(nodes[:, 3] - reference) / reference
+    print(f"times at {len(nodes)} nodes: mean {difference.mean():.4f}, median {numpy.median(difference):.4f}")
+    twin = 2.0 * cell_means(fine, (24, 24, 1)) - cell_means(coarse, (12, 12, 1))
+    # The map keeps the smallest time of a cell, the twin its mean.
+    print(f"map of the cells: mean {mean_difference(time_map(result).reshape(FIVE_CELLS), twin):.4f}")
+    assert difference.mean() < 0.05
+
+
+@needs_flow
+def test_rates_by_pair_are_the_reservoir_rates_of_the_producers(five_spot):
+    result = five_spot[2]
+    restart = arrays(result.folder / "ECLIPSE.X0012")
+    _, _, p = five_field(result.folder, 12)
+    words = restart["INTEHEAD"][26]
+    rates = by_pair(result)
+    for n, cell in enumerate(FIVE_PRODUCERS):
+        oil, water = restart["XWEL"][(n + 1) * words:(n + 1) * words + 2]
+        bo, bw = five_factors(p[cell])
+        print(f"producer {n + 1}: {rates[n]:.4f} rb/day by lines, {oil * bo + water * bw:.4f} by the restart")
+        assert rates[n] == pytest.approx(oil * bo + water * bw, rel=0.02)
+
+
+@needs_flow
+def test_our_own_pressure_on_the_same_cells_gives_the_same_times(five_spot, tmp_path):
+    deck, files, result = five_spot
+    restart = arrays(result.folder / "ECLIPSE.X0012")
+    own = own_pressure(tmp_path, deck, restart, ("PRESSURE", "SWAT"), files)
+    difference = median_difference(time_map(result), time_map(own))
+    print(f"own pressure against the restart's: median {difference:.5f}")
+    assert difference < 0.03
+
+
+@needs_decks
+def test_our_own_run_traced_back_has_its_lines(tmp_path):
+    """The five-spot by our own solver with binary files, then traced from these."""
+    deck = public_deck("waterflood/FIVE1.DATA").replace("40*50", "6*50")
+    files = {"FIVE1.INC": public_deck("waterflood/FIVE1.INC")}
+    first = tmp_path / "run"
+    first.mkdir()
+    own = finished_normally(run(first, without_end(deck) + "\nEND\nTUNEKVR\nNUMLINE\n1000 INJ No /\nOUTPUTKVR\n1 0 0 1 0 0 0 1 1 0 /\n",
+                                files))
+    second = tmp_path / "back"
+    second.mkdir()
+    for path in first.glob("ECLIPSE.*"):
+        if path.suffix != ".DATA":
+            shutil.copy(path, second)
+    back = traced(second, deck, "true", files=files)
+    assert "FLUX DATA FOUND :: Trace Streamline using FLO_X+" in back.console
+    assert by_pair(back) == pytest.approx(by_pair(own), rel=0.005)
+    one, other = time_map(back), time_map(own)
+    known = (one < UNREACHED) & (other < UNREACHED)
+    difference = numpy.abs(one[known] - other[known]) / other[known]
+    print(f"times: mean {difference.mean():.2e}, median {numpy.median(difference):.2e}")
+    assert known.mean() > 0.99 and difference.mean() < 0.005
+    rows = {row.split()[0]: row.split()[1:] for row in own.console.splitlines() if re.match(r"P[1-4] ", row)}
+    again = {row.split()[0]: row.split()[1:] for row in back.console.splitlines() if re.match(r"P[1-4] ", row)}
+    for well, figures in rows.items():
+        assert float(again[well][0]) == pytest.approx(float(figures[0]), rel=0.05, abs=0.1), well
+
+
+# --- first comparative case: gas injection into live oil, 10 x 10 x 3 --------------------------------------------------------
+
+SPE1_CELLS = (3, 10, 10)
+
+
+@pytest.fixture(scope="module", params=[36, 120])
+def gas_injection(request, tmp_path_factory):
+    """SPE1CASE2 through flow for so many months, lines from the producer."""
+    if shutil.which("flow") is None or not PUBLIC_DECKS.exists():
+        pytest.skip("flow or the public decks are not here")
+    folder = tmp_path_factory.mktemp("gas")
+    months = "31 28 31 30 31 30 31 31 30 31 30 31\n" * (request.param // 12)
+    deck = re.sub(r"^TSTEP\b.*?/", f"TSTEP\n{months}/", public_deck("spe1/SPE1CASE2.DATA"), flags=re.M | re.S)
+    return deck, request.param, traced(folder, deck, RUNNER, "1000 PRD No")
+
+
+def spe1_factors(p, rs):
+    """Bo and Bg (rb/Mscf) by the deck's rows: the saturated ones, and where the oil holds less gas than it could, up from its
+    bubble point by the slopes of 1/B of the two branches that are given."""
+    rows = numpy.array([[0.636, 2014.7, 1.435], [0.775, 2514.7, 1.5], [0.93, 3014.7, 1.565], [1.27, 4014.7, 1.695],
+                        [1.618, 5014.7, 1.827]])
+    slope = [(1.0 / 1.579 - 1.0 / 1.695) / 5000.0, (1.0 / 1.737 - 1.0 / 1.827) / 4000.0]
+    gas = numpy.array([[2014.7, 1.614], [2514.7, 1.294], [3014.7, 1.08], [4014.7, 0.811], [5014.7, 0.649], [9014.7, 0.386]])
+    bubble, saturated = (numpy.interp(rs, rows[:, 0], rows[:, n]) for n in (1, 2))
+    above = max(0.0, p - bubble)
+    return 1.0 / (1.0 / saturated + above * numpy.interp(rs, [1.27, 1.618], slope)), 1.0 / numpy.interp(p, gas[:, 0], 1.0 / gas[:, 1])
+
+
+@needs_flow
+def test_rates_by_pair_of_gas_injection_are_the_reservoir_rate_of_the_producer(gas_injection):
+    _, step, result = gas_injection
+    restart = arrays(result.folder / f"ECLIPSE.X{step:04d}")
+    p, rs = (float(restart[name].reshape(SPE1_CELLS)[2, 9, 9]) for name in ("PRESSURE", "RS"))
+    oil, _, gas = restart["XWEL"][:3]
+    bo, bg = spe1_factors(p, rs)
+    expected = oil * bo + (gas - rs * oil) * bg
+    print(f"step {step}: {by_pair(result).sum():.1f} rb/day by lines, {expected:.1f} by the restart")
+    assert by_pair(result).sum() == pytest.approx(expected, rel=0.02)
+
+
+@needs_flow
+def test_our_own_pressure_on_the_cells_of_gas_injection_gives_the_same_times(gas_injection, tmp_path):
+    deck, step, result = gas_injection
+    restart = arrays(result.folder / f"ECLIPSE.X{step:04d}")
+    own = own_pressure(tmp_path, deck, restart, ("PRESSURE", "SWAT", "SGAS", "RS"))
+    difference = median_difference(time_map(result), time_map(own))
+    print(f"step {step}: own pressure against the restart's: median {difference:.5f}")
+    assert difference < 0.03
+
+
+# --- 2D_HOMO: a restart of a commercial simulator with face fluxes -----------------------------------------------------------
+
+HOMO_CELLS = (1, 21, 21)
+
+
+@pytest.fixture(scope="module")
+def commercial(tmp_path_factory):
+    if not PUBLIC_DECKS.exists():
+        pytest.skip("the public decks are not beside the checkout")
+    folder = tmp_path_factory.mktemp("homo")
+    for path in (PUBLIC_DECKS / "restart/2D_HOMO").iterdir():
+        if path.suffix != ".DATA":
+            (folder / path.name).write_bytes(path.read_bytes())
+    return traced(folder, public_deck("restart/2D_HOMO/ECLIPSE.DATA"), "true")
+
+
+def homo_fluxes(restart, factors):
+    fluxes = [factors[0] * restart[f"FLOOIL{axis}+"].reshape(HOMO_CELLS).astype(float)
+              + factors[1] * restart[f"FLOWAT{axis}+"].reshape(HOMO_CELLS).astype(float) for axis in "IJ"]
+    return [*fluxes, numpy.zeros(HOMO_CELLS)]
+
+
+def test_the_fluxes_of_a_commercial_restart_are_found(commercial):
+    assert "FLUX DATA FOUND :: Trace Streamline using FLO_X+" in commercial.console
+    for keyword in ("PRESSURE", "SWAT    ", "FLOOILI+", "FLOWATJ+", "OIL_VISC", "WATKR   "):
+        assert f" RESTART Key employd -> {keyword}" in commercial.log
+    for keyword in ("HIDDEN  ", "1OVERBO ", "REGRPT  "):
+        assert f" RESTART Key ignored  : {keyword}" in commercial.log
+
+
+def test_the_fluxes_of_a_commercial_restart_follow_darcys_law(commercial):
+    """The file's own factors, viscosities and relative permeabilities with its transmissibilities and pressures."""
+    restart, static = (arrays(commercial.folder / f"ECLIPSE.{kind}") for kind in ("X0001", "INIT"))
+    p = restart["PRESSURE"].reshape(HOMO_CELLS).astype(float)
+    grid = {name: restart[name].reshape(HOMO_CELLS).astype(float) for name in
+            ("OILKR", "WATKR", "OIL_VISC", "WAT_VISC", "OIL_DEN", "WAT_DEN", "1OVERBO", "1OVERBW")}
+    largest = 0.0
+    for phase, kr, viscosity, density, inverse in (("OIL", "OILKR", "OIL_VISC", "OIL_DEN", "1OVERBO"),
+                                                   ("WAT", "WATKR", "WAT_VISC", "WAT_DEN", "1OVERBW")):
+        mobility = grid[kr] / grid[viscosity] * grid[inverse]
+        darcy = darcy_fluxes(static, [p], [grid[density]], [mobility])
+        for axis, flux in zip("IJ", darcy):
+            file = restart[f"FLO{phase}{axis}+"].reshape(HOMO_CELLS)
+            largest = max(largest, float(numpy.abs(flux - file).max()))
+    print(f"largest difference {largest:.5f} stb/day, {largest / 603.03:.2e} of what is injected")
+    assert largest < 1e-4 * 603.03
+
+
+def test_the_well_rates_of_a_commercial_restart_are_taken(commercial):
+    rows = {row.split()[0]: [float(word) for word in row.split()[1:3]] for row in commercial.console.splitlines()
+            if re.match(r"(INJ|PRD) ", row) and "STB" not in row}
+    assert rows["INJ"][1] == pytest.approx(603.03, abs=0.05)
+    assert rows["PRD"] == pytest.approx([49.24, 24.77], abs=0.05)
+
+
+def test_times_along_the_lines_of_a_commercial_restart_are_those_of_finite_volumes(commercial):
+    restart, static = (arrays(commercial.folder / f"ECLIPSE.{kind}") for kind in ("X0001", "INIT"))
+    factors = [1.0 / restart[name].reshape(HOMO_CELLS).astype(float) for name in ("1OVERBO", "1OVERBW")]
+    fluxes = homo_fluxes(restart, factors)
+    p = restart["PRESSURE"].reshape(HOMO_CELLS).astype(float)
+    x = 3e-6 * (p - 4000.0)
+    volume = static["PORV"].reshape(HOMO_CELLS).astype(float) * (1.0 + x + 0.5 * x * x)
+    entering = numpy.zeros(HOMO_CELLS)
+    entering[0, 0, 0] = net_outflow(fluxes)[0, 0, 0]
+    fine, coarse = (part_times(fluxes, volume, entering, (m, m, 1))[0] for m in (40, 20))
+    nodes = numpy.concatenate([line[1:-1] for line in line_nodes(commercial.folder / "Streamline_Time_100.plt")])
+    places = nodes[:, :2] / 1050.0
+    reference = 2.0 * at_points(fine, places) - at_points(coarse, places)
+    difference = numpy.abs(nodes[:, 3] - reference) / reference
+    print(f"times at {len(nodes)} nodes: mean {difference.mean():.4f}, median {numpy.median(difference):.4f}")
+    assert difference.mean() < 0.03
+
+
+def test_wells_that_only_the_restart_knows_send_lines_and_take_them(tmp_path):
+    """The deck without any well keyword: wells, rates and names of the commercial restart."""
+    if not PUBLIC_DECKS.exists():
+        pytest.skip("the public decks are not beside the checkout")
+    for path in (PUBLIC_DECKS / "restart/2D_HOMO").iterdir():
+        if path.suffix != ".DATA":
+            (tmp_path / path.name).write_bytes(path.read_bytes())
+    deck = public_deck("restart/2D_HOMO/ECLIPSE.DATA")
+    deck = deck[:deck.index("WELSPECS")] + deck[deck.index("TSTEP"):]
+    result = traced(tmp_path, deck, "true")
+    assert "WARNING :: Welldata not read from Input - Overwrite from SUMMRY file" in result.console
+    assert "Successed Streamline : 1000" in result.console
+    assert by_pair(result).sum() == pytest.approx(463.1, rel=0.01)  # 603.03 stb/day at the 87966 psia of the injector's cell
+    assert re.search(r"^INJ +0\.0 +603\.0", result.console, re.M)
+    assert re.search(r"^PRD +49\.2 +24\.8", result.console, re.M)
