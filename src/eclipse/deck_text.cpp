@@ -4,7 +4,7 @@ namespace kvr {
 
 namespace {
 
-constexpr int ValuesPerLine = 8;
+constexpr int ValuesPerLine = 6;  // of 17 digits: simulators read no more than 128 characters of a line
 
 void putLine(std::string_view line, std::FILE* file) {
     std::fputs(fmt::format("{}\n", line).c_str(), file);

@@ -181,7 +181,8 @@ RestartReading input_RST2Velocity(Simulation& simulation, std::string_view heade
     log(console, " EXTRACT RESTART -> {}", path);
     RestartScan scan;
     scan.units = *fileUnits(inte_head::FieldUnits, simulation.units);
-    scan.cells.keepSaturations = simulation.options.useEclipsePressure;
+    scan.cells.keepSaturations =
+        simulation.options.useEclipsePressure && step > 0;  // those of the start are taken
     readFile(simulation, reader, scan);
     setStepLength(console, simulation.options, scan, simulation.clock);
     reading.found = true;

@@ -178,8 +178,10 @@ void connectConsole(Simulation& simulation) {
 /// What a run has given, as a history schedule for another.
 void leaveWellHistory(Simulation& s) {
     if (!s.options.outputWellHistory) return;
+    RunOptions place = s.options;
+    if (!s.options.traceFromRestart) place.deckFile.clear();  // own files stand where the results do
     if (solverPhase(s.options, s.clock.solverPhaseIndex) != "btf")
-        read_ECL_response(s.console, s.options, s.schedule, s.options.headerName, 1, s.outside.response);
+        read_ECL_response(s.console, place, s.schedule, s.options.headerName, 1, s.outside.response);
     Write_ECLSchedule_forHM(s.console, s.options, s.units, s.schedule, s.outside.response);
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/end_signal.hpp"
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/stopwatch.hpp"
 #include "base/threads.hpp"
 #include "base/written_files.hpp"
@@ -142,6 +143,15 @@ void closeConversion(Simulation& simulation) {
     normalStop();
 }
 
+/// The history at the end of a run is made of its own summary files.
+void warnOfMissingSummary(const Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    if (!options.outputWellHistory || options.traceFromRestart || isOn(options, OutputSwitch::Eclipse))
+        return;
+    warn(simulation.console,
+         "WARNING :: OUTWHIST NEEDS THE SUMMARY FILES OF THE RUN, WHICH OUTPUTKVR 9 SWITCHES ON");
+}
+
 /// Nothing of a run is done before it is known that its command may be run.
 void requireOutsidePermission(const Simulation& simulation) {
     const RunOptions& options = simulation.options;
@@ -159,6 +169,7 @@ void openAndRead(Simulation& simulation) {
     }
     readInput(simulation);
     requireOutsidePermission(simulation);
+    warnOfMissingSummary(simulation);
     requirePressure(simulation);
 }
 

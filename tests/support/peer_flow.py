@@ -24,9 +24,9 @@ def run_flow(folder, deck, timeout=600):
     return process.returncode, process.stdout + process.stderr
 
 
-def vectors(folder, *names):
+def vectors(folder, *names, case="PEER"):
     """Vectors of the run in `folder` by name, with TIME in days."""
-    process = subprocess.run([SUMMARY, "PEER", "TIME", *names], cwd=folder, text=True, capture_output=True)
+    process = subprocess.run([SUMMARY, case, "TIME", *names], cwd=folder, text=True, capture_output=True)
     lines = [line.split() for line in process.stdout.splitlines() if line.strip()]
     assert lines and lines[0] == ["TIME", *names], process.stdout[:500] + process.stderr[:500]
     values = numpy.array([[float(word) for word in words] for words in lines[1:]])
