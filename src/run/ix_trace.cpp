@@ -1,11 +1,13 @@
 #include "run/ix_trace.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/written_files.hpp"
 #include "deck/ix_deck.hpp"
 #include "deck/options/finalise_options.hpp"
 #include "deck/options/option_section.hpp"
 #include "eclipse/activity_reader.hpp"
+#include "eclipse/file_names.hpp"
 #include "eclipse/grid_reader.hpp"
 #include "eclipse/init_reader.hpp"
 #include "eclipse/outside_head.hpp"
@@ -55,7 +57,8 @@ void readModel(Simulation& s) {
     const std::string& header = s.options.headerName;
     input_GRID(s.console, s.options, s.units, header, s.grid);
     if (s.grid.NCELLS == 0) {
-        lineToBoth(s.console, "ERROR :: NO GRID OF THE RUN TO TRACE IN");
+        both(s.console, "ERROR :: NO GRID OF THE RUN TO TRACE IN :: {}",
+             outsideFile(s.options, header, ".GRID"));
         hardStop(s.console);
     }
     takeHead(readOutsideHead(s.options, header), s);
@@ -74,9 +77,11 @@ void readField(Simulation& s) {
     allocateCellState(s.grid.NCELLS, s.options.tracerCount, s.state);
     const RestartReading read = input_RST2Velocity(s, s.options.headerName, TracedRestart);
     if (!read.found) {
-        lineToBoth(s.console, "ERROR :: NO RESTART OF THE RUN TO TRACE");
+        both(s.console, "ERROR :: NO RESTART OF THE RUN TO TRACE :: {}",
+             outsideFile(s.options, s.options.headerName, ".X", TracedRestart));
         hardStop(s.console);
     }
+    if (s.wells.wells.empty()) warn(s.console, "WARNING :: THE RESTART HAS NO WELLS, NO LINE STARTS");
     s.clock.endTime = s.schedule.endTime = read.time;
     s.clock.workDt = s.clock.dt;
     releaseConditioning(needsFaceVelocity(s.options), s.connections);
@@ -107,6 +112,7 @@ void startReports(Simulation& s) {
 void reportWellFlows(Simulation& s) {
     advanceCalendar(s.clock.workDt, s.clock);
     s.clock.time = s.clock.endTime;
+    advanceBalance(s, 0.0);
     reportWells(s);
     startSummaryTable(s);
     noteCourse(s);

@@ -126,8 +126,9 @@ void closeConversion(Simulation& simulation) {
 /// The check of an .afi file without results beside it: there is nothing of the run to read yet.
 [[noreturn]] void checkIxDeckAndStop(const Simulation& simulation) {
     readIxDeck(simulation.console, simulation.options);
-    both(simulation.console, "No results of {} are there: a run of the outside simulator would make them",
-         simulation.options.deckFile);
+    tell(simulation.console,
+         fmt::format("No results of {} are there: a run of the outside simulator would make them",
+                     simulation.options.deckFile));
     normalStop();
 }
 

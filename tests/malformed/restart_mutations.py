@@ -4,7 +4,8 @@ Pure functions of the bytes and of a stream of random numbers."""
 import dataclasses
 import struct
 
-SIZES = {b"INTE": 4, b"REAL": 4, b"DOUB": 8, b"LOGI": 4, b"CHAR": 8, b"MESS": 0}
+from block_files import SIZES, blocks_of, file_of
+
 TYPES = [*SIZES, b"C016", b"\0\0\0\0", b"real", b"XXXX"]
 KEYWORDS = [b"INTEHEAD", b"DOUBHEAD", b"LOGIHEAD", b"IWEL    ", b"SWEL    ", b"XWEL    ", b"ZWEL    ", b"ICON    ", b"SCON    ",
             b"XCON    ", b"PRESSURE", b"SWAT    ", b"SGAS    ", b"SOIL    ", b"RS      ", b"RV      ", b"BO      ",
@@ -15,52 +16,6 @@ KEYWORDS = [b"INTEHEAD", b"DOUBHEAD", b"LOGIHEAD", b"IWEL    ", b"SWEL    ", b"X
 INTEGERS = [0, 1, 2, -1, 3, 7, 21, 22, 440, 441, 442, 999, 1000, 65536, 2147483647, -2147483648, 46341]
 REALS = [0.0, -0.0, 1.0, -1.0, 1e30, -1e30, 1e38, 1e-38, float("nan"), float("inf"), -float("inf"), 0.5, 2.0, 1e-10, 1e6]
 WORDS = [b"        ", b"INJ     ", b"PRD     ", b"TIME    ", b"WOPR    ", b"WBHP    ", b"\0" * 8, b"\xff" * 8, b":+:+:+:+"]
-
-
-@dataclasses.dataclass
-class Block:
-    """A keyword with its records: header and data as the file has them, marks and all."""
-    keyword: bytes
-    count: int
-    kind: bytes
-    data: list  # payloads of the data records
-
-    def header(self):
-        return self.keyword + struct.pack(">i", self.count) + self.kind
-
-
-def framed(payload):
-    mark = struct.pack(">i", len(payload))
-    return mark + payload + mark
-
-
-def blocks_of(data):
-    """The blocks of a sound file with big-endian marks; None where the file is no such file."""
-    records, at = [], 0
-    while at < len(data):
-        if at + 4 > len(data):
-            return None
-        length = struct.unpack_from(">i", data, at)[0]
-        if length < 0 or at + 8 + length > len(data):
-            return None
-        records.append(data[at + 4:at + 4 + length])
-        at += 8 + length
-    blocks = []
-    while records:
-        head = records.pop(0)
-        if len(head) != 16 or head[12:] not in SIZES:
-            return None
-        block = Block(head[:8], struct.unpack(">i", head[8:12])[0], head[12:], [])
-        left = block.count * SIZES[block.kind]
-        while left > 0 and records:
-            block.data.append(records.pop(0))
-            left -= len(block.data[-1])
-        blocks.append(block)
-    return blocks
-
-
-def file_of(blocks):
-    return b"".join(framed(block.header()) + b"".join(map(framed, block.data)) for block in blocks)
 
 
 def some_bytes(rng, data):

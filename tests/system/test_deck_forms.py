@@ -5,11 +5,13 @@ import re
 
 import pytest
 
+import binary_blocks
 import deck_forms
 import kvr_run
+import left_results
 import small_deck
 import three_files
-from named_run import run_named
+from named_run import run_named, summary_of
 
 needs_public_decks = pytest.mark.skipif(not kvr_run.PUBLIC_DECKS.exists(),
                                         reason="the folder of public decks is not beside the checkout")
@@ -90,3 +92,78 @@ def test_what_stands_behind_the_last_section_is_told_with_its_place(tmp_path):
     assert ended.returncode == 0
     assert "PROPS AND WHAT STANDS BEHIND IT IS NOT READ" in ended.console
     assert "Reservoir.DATA, line" in ended.console
+
+
+# --- .afi ------------------------------------------------------------------------------------------------------------
+
+AFI = left_results.AFI.decode()
+needs_commercial_run = pytest.mark.skipif(not left_results.HOMO.exists(),
+                                          reason="the folder of public decks is not beside the checkout")
+
+
+def afi_folder(folder, left_out=()):
+    """The results of the commercial case beside an .afi file."""
+    run = next(run for run in left_results.commercial_runs() if run.name == "afi")
+    folder.mkdir(exist_ok=True)
+    for name, data in {**run.inputs, **run.files}.items():
+        if not name.endswith(tuple(left_out)):
+            (folder / name).write_bytes(data)
+
+
+@needs_commercial_run
+@pytest.mark.parametrize("left_out", [(), (".GRID",), (".EGRID",), (".SMSPEC", ".S0001")])
+def test_the_results_beside_an_afi_file_are_traced(tmp_path, left_out):
+    afi_folder(tmp_path / "run", left_out)
+    ended = run_named("run/CASE.afi", "--output-dir", "out", folder=tmp_path)
+    assert ended.returncode == 0, ended.console
+    log = (tmp_path / "out" / "CASE_dbg.out").read_text()
+    assert "Type = ixf_model Path -> CASE.ixf" in log
+    assert " SIMULATI -> not surpported  " in log
+    assert "FILE I/O -> END OF FILE DETECTED BEFORE STREAMLINE INFO.." in log
+    assert "FLUX DATA FOUND :: Trace Streamline using FLO_X+" in log
+    assert "Successed Streamline : 1000" in log
+    lines = (tmp_path / "out" / "CASE_Streamline_Time_100.plt").read_text()
+    assert lines.count("Zone") == 1001  # the grid and the lines
+    assert (tmp_path / "out" / "CASE_TPlot_poil.plt").stat().st_size > 0
+    assert "1 producing, 1 injecting" in ended.console
+
+
+@needs_commercial_run
+def test_rates_of_a_traced_afi_run_are_those_of_its_restart(tmp_path):
+    afi_folder(tmp_path)
+    assert run_named("CASE", folder=tmp_path).returncode == 0
+    columns, _ = summary_of(tmp_path / "CASE_Summary.csv")
+    last = [values for keyword, values in binary_blocks.blocks(left_results.HOMO / "ECLIPSE.S0001") if keyword == "PARAMS"][-1]
+    names = [name.decode().strip() for name in binary_blocks.arrays(left_results.HOMO / "ECLIPSE.SMSPEC")["KEYWORDS"]]
+    theirs = dict(zip(names, last))
+    assert columns["TIME"] == [100.0]
+    for name in ("FOPR", "FWPR", "FWCT"):
+        assert columns[name][-1] == pytest.approx(theirs[name], rel=1e-5)
+
+
+@needs_commercial_run
+def test_an_afi_run_without_a_grid_ends_with_a_message(tmp_path):
+    afi_folder(tmp_path, (".GRID", ".EGRID"))
+    (tmp_path / "CASE.afi").write_text("")
+    ended = run_named("CASE.afi", folder=tmp_path)
+    assert ended.returncode == 1
+    assert "ERROR :: NO GRID OF THE RUN TO TRACE IN :: CASE.GRID" in ended.console
+    assert " ECLIPSE .GRID File Not Found :: CASE.GRID" in (tmp_path / "CASE_dbg.out").read_text()
+
+
+@needs_commercial_run
+def test_a_check_of_an_afi_file_writes_nothing(tmp_path):
+    afi_folder(tmp_path)
+    before = sorted(path.name for path in tmp_path.iterdir())
+    ended = run_named("CASE.afi", "--check", folder=tmp_path)
+    assert ended.returncode == 0 and "21 x 21 x 1 = 441 cells" in ended.console
+    assert sorted(path.name for path in tmp_path.iterdir()) == before
+
+
+def test_an_afi_file_without_results_waits_for_permission_to_run_a_program(tmp_path):
+    (tmp_path / "CASE.afi").write_text(AFI)
+    ended = run_named("CASE.afi", folder=tmp_path)
+    assert ended.returncode == 1
+    assert "ECLRUN ix" in ended.console and "--allow-outside" in ended.console
+    ended = run_named("CASE.afi", "--check", folder=tmp_path)
+    assert ended.returncode == 0 and "No results of CASE.afi are there" in ended.console
