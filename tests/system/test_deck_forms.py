@@ -123,7 +123,7 @@ def test_the_results_beside_an_afi_file_are_traced(tmp_path, left_out):
     assert "FLUX DATA FOUND :: Trace Streamline using FLO_X+" in log
     assert "Successed Streamline : 1000" in log
     lines = (tmp_path / "out" / "CASE_Streamline_Time_100.plt").read_text()
-    assert lines.count("Zone") == 1001  # the grid and the lines
+    assert lines.count("ZONE I =") == 1000
     assert (tmp_path / "out" / "CASE_TPlot_poil.plt").stat().st_size > 0
     assert "1 producing, 1 injecting" in ended.console
 
@@ -167,3 +167,15 @@ def test_an_afi_file_without_results_waits_for_permission_to_run_a_program(tmp_p
     assert "ECLRUN ix" in ended.console and "--allow-outside" in ended.console
     ended = run_named("CASE.afi", "--check", folder=tmp_path)
     assert ended.returncode == 0 and "No results of CASE.afi are there" in ended.console
+
+
+def test_a_restart_without_wells_is_told(tmp_path):
+    own = next(run for run in left_results.own_runs(kvr_run.PROGRAM) if run.name == "dead")
+    for name, data in own.files.items():
+        (tmp_path / name.replace("ECLIPSE", "CASE")).write_bytes(data)
+    (tmp_path / "CASE.afi").write_text(AFI)
+    ended = run_named("CASE.afi", folder=tmp_path)
+    assert ended.returncode == 0, ended.console
+    assert "WARNING :: THE RESTART HAS NO WELLS, NO LINE STARTS" in ended.console
+    assert "5 x 5 x 1 = 25 cells" in ended.console
+    assert (tmp_path / "CASE_Tplot_Static_kx.plt").exists()
