@@ -241,9 +241,9 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "the same for the Krylov methods"},
     {OutputFile::CoordinateFile, 0, "_COORD_BYKVR.tmp", OutputSwitch::Always, "", "",
      "a block-input grid as corner points (`COORD`, `ZCORN`), to include in another deck"},
-    {OutputFile::HistorySchedule, 0, "SCHEDULE_TEMPORARY_FOR_HM.DATA", OutputSwitch::Always, "", "",
+    {OutputFile::HistorySchedule, 0, "SCHEDULE_TEMPORARY_FOR_HM.DATA", OutputSwitch::WellHistory, "", "",
      "rates and bottom-hole pressures of a run as a history schedule (`WCONINJH`, `WCONHIST`, `TSTEP`), with "
-     "`OUTWHIST` and of every outside run that is traced"},
+     "`OUTWHIST`, and of every outside run that is traced"},
     {OutputFile::EraseScript, 0, "0EraseData.bat", OutputSwitch::Always, "", "", "deletes what runs leave"},
     {OutputFile::RunSummary, 0, "KVR_Summary.csv", OutputSwitch::Always, "", "",
      "field and well vectors under their usual mnemonics, one row at time zero and per step, commas between; "
@@ -309,6 +309,8 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.flowUpscaling;
         case OutputSwitch::HistoryMatch:
             return options.historyMatch;
+        case OutputSwitch::WellHistory:
+            return options.outputWellHistory || options.traceFromRestart;
         case OutputSwitch::Unwritten:
             return false;
     }

@@ -144,6 +144,7 @@ enum class OutputSwitch {
     Smoothing,         // SMTHPRM
     Upscaling,         // UPSCALE
     HistoryMatch,      // DOINV
+    WellHistory,       // OUTWHIST, and of a run that is traced
     Unwritten          // opened for readers that look for the name; nothing fills it
 };
 bool isOn(const RunOptions& options, OutputSwitch output);
