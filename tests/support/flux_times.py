@@ -119,14 +119,19 @@ def darcy_fluxes(static, pressures, densities, mobilities):
 
 
 def at_points(times, places):
-    """Bilinear between the centres of the parts of one layer: `places` x, y as shares of the grid's lengths."""
-    ny, nx = times.shape
-    x = numpy.clip(places[:, 0] * nx - 0.5, 0, nx - 1.000001)
-    y = numpy.clip(places[:, 1] * ny - 0.5, 0, ny - 1.000001)
-    i, j = x.astype(int), y.astype(int)
-    a, b = x - i, y - j
-    return ((1 - a) * (1 - b) * times[j, i] + a * (1 - b) * times[j, i + 1] + (1 - a) * b * times[j + 1, i]
-            + a * b * times[j + 1, i + 1])
+    """Linear between the centres of the parts: `places` x, y, z as shares of the grid's lengths."""
+    lows, shares = [], []
+    for axis, count in zip((0, 1, 2), times.shape[::-1]):
+        x = numpy.clip(places[:, axis] * count - 0.5, 0.0, max(count - 1.000001, 0.0))
+        lows.append(x.astype(int))
+        shares.append(x - lows[-1])
+    values = numpy.zeros(len(places))
+    for corner in range(8):
+        steps = [(corner >> axis) & 1 for axis in range(3)]
+        weight = numpy.prod([share if step else 1.0 - share for share, step in zip(shares, steps)], axis=0)
+        i, j, k = (numpy.minimum(low + step, count - 1) for low, step, count in zip(lows, steps, times.shape[::-1]))
+        values += numpy.where(weight > 0.0, weight * times[k, j, i], 0.0)
+    return values
 
 
 def line_nodes(path):
