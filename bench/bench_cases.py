@@ -22,17 +22,15 @@ import kvr_run  # noqa: E402
 PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
             "bench_eclipse_files"]
 
-# One documented choice of lines a case; the option section stands behind END. tests/validation/test_bench_choices.py
-# holds the accuracy that goes with the speed.
+# Lines whose tracing and transport are measured; the option section stands behind END.
 CHOICES = {"FIVE1": {"lines": 30, "nodes": "IRR"},
            "FIVE5": {"lines": 4000, "nodes": "REG", "factor": 0.5},
            "FIVE85": {"lines": 60000, "nodes": "REG", "factor": 0.5},
            "LIVEWAT": {"lines": 400, "nodes": "REG"}}
 
-# Every flood takes 2000 days in pressure steps of 50; the largest case is measured once.
+# Every flood takes 2000 days in pressure steps of 50.
 WHOLE_RUN = "40*50"
 STEPS = {"20*100": WHOLE_RUN}
-LARGEST = "FIVE85"
 
 # Rows of the program's closing table of stages.
 STAGES = {"Deck reading": "deck", "Initialisation": "start", "Pressure": "pressure", "Streamlines": "lines",
@@ -145,34 +143,9 @@ def stage_seconds(log):
     return found
 
 
-def balance_error(table):
-    """Error of the oil balance at the end of a run, % of the initial oil."""
-    names, *_, last = [line.split() for line in table.splitlines() if line.strip()]
-    return 100.0 * float(last[names.index("|MBEO|")])
-
-
 def cells_of(deck):
     sizes = re.search(r"^DIMENS\s+(\d+)\s+(\d+)\s+(\d+)", deck, re.MULTILINE)
     return int(sizes[1]) * int(sizes[2]) * int(sizes[3])
-
-
-def whole_run(decks, name, threads, repeats):
-    runs = []
-    for _ in range(1 if name == LARGEST else repeats):
-        with tempfile.TemporaryDirectory() as scratch:
-            folder = placed(decks, name, scratch)
-            figures = measure([BUILD / "kvr"], folder, threads)
-            log = (folder / "KVR_dbg.out").read_text(errors="replace")
-            figures["cells"] = cells_of((folder / "ECLIPSE.DATA").read_text())
-            figures["balance"] = balance_error((folder / "KVR_Run_SweepVolume.out").read_text())
-            runs.append(figures | stage_seconds(log))
-    return medians(runs)
-
-
-def peer_run(decks, name):
-    with tempfile.TemporaryDirectory() as scratch:
-        folder = placed(decks, name, scratch, options=False)
-        return measure(["flow", "ECLIPSE.DATA", f"--output-dir={folder}"], folder, 1)
 
 
 # --- cost of step control ----------------------------------------------------------------------------

@@ -5,16 +5,9 @@ import platform
 import subprocess
 
 import bench_cases
+import bench_runs
 
 STAGE_ROWS = {"lines": "line stage", "pressure": "pressure stage", "wall": "whole run"}
-
-
-def run_name(name, threads):
-    return f"{name}, {threads} thread{'s' if threads > 1 else ''}"
-
-
-def peer_name(name):
-    return f"{name}, peer"
 
 
 def print_table(head, rows, markdown):
@@ -77,22 +70,35 @@ def print_rows(rows, baseline, markdown):
     for name, row in rows.items():
         before = baseline.get(name, {}).get("user")
         table.append([name, figure(row, "user", 3), figure(row, "wall", 2), figure(row, "megabytes", 0),
-                      bytes_per_cell(row), figure(row, "rate", 1), figure(row, "balance", 2),
-                      f"{row['user'] / before:.2f}" if before else "-"])
-    print_table(["case", "user s", "wall s", "MB", "bytes/cell", "million/s", "oil balance %", "against baseline"], table, markdown)
+                      bytes_per_cell(row), figure(row, "rate", 1), f"{row['user'] / before:.2f}" if before else "-"])
+    print_table(["case", "user s", "wall s", "MB", "bytes/cell", "million/s", "against baseline"], table, markdown)
 
 
-def speed_ups(name, rows):
-    one, two = rows.get(run_name(name, 1)), rows.get(run_name(name, 2))
-    if not one or not two:
+def print_distances(rows, markdown):
+    """Each whole run's distance from its reference curves beside its time."""
+    table = [[name, figure(row, "user", 2), figure(row, "steps", 0), figure(row, "waterCut", 4),
+              figure(row, "oil", 2), figure(row, "pressureOff", 2), f"{row['balance']:.1e}",
+              *(figure(row, stage, 2) for stage in ("pressure", "lines", "splitting"))]
+             for name, row in rows.items() if "balance" in row]
+    if table:
+        print_table(["run", "user s", "steps", "water cut", "oil %", "pressure %", "balance %", "pressure s", "lines s",
+                     "gravity s"], table, markdown)
+
+
+def ratio(rows, text, above, below, key="user"):
+    """A row of the table of ratios, where both were measured."""
+    if above not in rows or below not in rows or not rows[below][key] > 0.0:
         return []
-    return [[f"{name}: two threads, {label}", f"{one[key] / two[key]:.2f}"] for key, label in STAGE_ROWS.items()
-            if two[key] > 0.0]
+    return [[text, f"{rows[above][key] / rows[below][key]:.2f}"]]
 
 
-def peer_ratio(name, rows):
-    own, peer = rows.get(run_name(name, 1)), rows.get(peer_name(name))
-    return [[f"{name}: user seconds of the peer over ours", f"{peer['user'] / own['user']:.1f}"]] if own and peer else []
+def run_ratios(name, rows):
+    own, implicit, peer = (bench_runs.row_name(name, method) for method in bench_runs.METHODS)
+    two = bench_runs.row_name(name, bench_runs.METHODS[0], 2)
+    table = ratio(rows, f"{own} over fully implicit", own, implicit) + ratio(rows, f"{own} over the peer", own, peer)
+    for key, label in STAGE_ROWS.items():
+        table += ratio(rows, f"{own}: one thread over two, {label}", own, two, key)
+    return table
 
 
 def step_control_name(name, word):
@@ -105,20 +111,12 @@ def step_control_cost(name, rows):
 
 
 def shared_name(beside, threads):
-    return f"three steps of {run_name(bench_cases.SHARED_CASE, threads)}, beside {beside} busy processes"
+    return f"three steps of {bench_cases.SHARED_CASE} on {threads} threads, beside {beside} busy processes"
 
 
 def shared_cost(beside, rows):
     one, two = rows.get(shared_name(beside, 1)), rows.get(shared_name(beside, 2))
     return [[f"two threads over one, wall, beside {beside} busy processes", f"{two['wall'] / one['wall']:.2f}"]] if one and two else []
-
-
-def growth(rows):
-    small, large = rows.get(run_name("FIVE5", 1)), rows.get(run_name("FIVE85", 1))
-    if not small or not large:
-        return []
-    return [["user seconds of FIVE85 over FIVE5", f"{large['user'] / small['user']:.1f}"],
-            ["cells of FIVE85 over FIVE5", f"{large['cells'] / small['cells']:.1f}"]]
 
 
 def reading(name, rows):
@@ -128,13 +126,11 @@ def reading(name, rows):
 
 def print_ratios(rows, markdown):
     table = []
-    for name in bench_cases.CHOICES:
-        for ratios in (speed_ups, peer_ratio, reading):
-            table += ratios(name, rows)
+    for name in bench_runs.LINES:
+        table += run_ratios(name, rows) + reading(name, rows)
     for name in bench_cases.STEP_CONTROL_DECKS:
         table += step_control_cost(name, rows)
     for beside in (0, bench_cases.BUSY_PROCESSES):
         table += shared_cost(beside, rows)
-    table += growth(rows)
     if table:
         print_table(["ratio", ""], table, markdown)

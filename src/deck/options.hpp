@@ -28,6 +28,14 @@ struct PhasePrices {
     double gas = 0.0;
 };
 
+/// Values of inputMode.
+namespace input_mode {
+inline constexpr int EclipseForm = 1;  // one file
+inline constexpr int Reserved = 2;     // ends the run at once
+inline constexpr int NativeDeck = 3;   // three files
+inline constexpr int IxDeck = 4;       // .afi
+}  // namespace input_mode
+
 /// Every option of a run. Written only while the deck is read, except globalIterations (0 for FIM)
 /// and solverPhaseName. Initialisers are the built-in values; `setOptionDefaults` and
 /// `finaliseOptions` complete them.
@@ -57,7 +65,7 @@ struct RunOptions {
     std::string gridDimensionality = "xyz_3d";  // "x_1d", "xy_2d", "xz_2d", "xyz_3d"
 
     // --- files and input form ----------------------------------------------------------------
-    int inputMode = 3;         // 1 ECLIPSE form, 3 native deck, 4 IX deck
+    int inputMode = input_mode::NativeDeck;
     std::string dataFileBase;  // path and header of the deck, without extension
     std::string headerName = "ECLIPSE";
     std::string workingFolder;     // of the results; ends with its separator; blank for the present folder
@@ -84,7 +92,7 @@ struct RunOptions {
     double stepDeficit = 1e-4;               // share of the pore volume of the field
     double stepTargetError = 8e-3;           // relative
     double stepTargetMiss = 0.03;            // relative
-    double stepMobilityError = 0.03;         // relative, mean over the flow
+    double stepMobilityError = 0.025;        // relative, mean over the flow
     double stepSmallest = 1e-3;              // days
     double maxDt = 1.0e7;                    // days; MAXDT
     bool optimalTstep = false;               // OPTTSTEP

@@ -1,6 +1,7 @@
 #include "eclipse/summary_reader.hpp"
 
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/text.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
@@ -127,6 +128,11 @@ void openSpec(const Console& console, const RunOptions& options, std::string_vie
     hardStop(console);
 }
 
+bool hasVector(const SummaryResponse& response, int id) {
+    return std::any_of(response.vectors.begin(), response.vectors.end(),
+                       [id](const ResponseVector& vector) { return vector.id == id; });
+}
+
 void readSteps(const Console& console, const RunOptions& options, std::string_view header,
                const SummarySpec& spec, const SummaryPlan& plan, SummaryResponse& response) {
     for (int step = response.firstStep;; ++step) {
@@ -228,6 +234,8 @@ void read_ECL_response(const Console& console, const RunOptions& options, const 
     std::vector<std::string> names;
     for (const ScheduleWell& well : wells) names.push_back(well.name);
     const SummaryPlan plan = planResponse(console, spec, options.componentCount, names, response);
+    if (!names.empty() && !hasVector(response, response::WOPR))
+        warn(console, "WARNING :: No WOPR is in the .SMSPEC file, oil rates of wells are not known");
     writeWellDataHeads(options.componentCount, files);
     if (plan.time < 0)
         lineToBoth(console, "ERROR :: No TIME keyword was in the .SMSPEC file.");

@@ -19,7 +19,7 @@ void addCell(const CellState& state, CellId cell, bool hasGas, RegionInPlace& re
     sums.waterPore += volume * state.Sw[cell];
     sums.oil += oil;
     sums.water += volume * state.Sw[cell] / state.Bw[cell];
-    region.pressure += volume * state.Pressure[cell];
+    addPressure(state, cell, region.pressure);
     if (!hasGas) return;
     sums.gasPore += volume * state.Sg[cell];
     sums.freeGas += volume * state.Sg[cell] / state.Bg[cell];
@@ -42,7 +42,7 @@ std::string rowOf(const Simulation& run, std::size_t index, const RegionInPlace&
     const double recovered = firstOil > 0.0 ? (firstOil - sums.oil) / firstOil : 0.0;
     std::string row = fmt::format("{:>16}{:>16}", number(run.clock.time), index + 1);
     for (const double value :
-         {region.pressure, toBarrels(run.units, sums.poreVolume), toBarrels(run.units, sums.oil),
+         {meanOf(region.pressure), toBarrels(run.units, sums.poreVolume), toBarrels(run.units, sums.oil),
           toBarrels(run.units, sums.water), toMscf(run.units, sums.freeGas + sums.dissolvedGas), recovered})
         row += fmt::format("{:>16}", number(value));
     return row + "\n";
@@ -60,8 +60,6 @@ std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& st
         addCell(state, cell, hasGas, regions[number - 1]);
         addCarried(carried, cell, regions[number - 1].sums);
     }
-    for (RegionInPlace& region : regions)
-        if (region.sums.poreVolume > 0.0) region.pressure /= region.sums.poreVolume;
     return regions;
 }
 

@@ -3,16 +3,17 @@
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "report/balance_record.hpp"
+#include "report/mean_pressure.hpp"
 #include "run/records/simulation.hpp"
 
 #include <vector>
 
 namespace kvr {
 
-/// Fluids in place of one region, and its mean pressure by pore volume, psia.
+/// Fluids in place of one region, and its mean pressure, psia.
 struct RegionInPlace {
     InPlaceSums sums;
-    double pressure = 0.0;
+    MeanPressure pressure;
 };
 
 /// The same sums as those of the field (sumInPlace with what cells hold beyond their saturations), by region

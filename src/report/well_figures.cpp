@@ -1,6 +1,7 @@
 #include "report/well_figures.hpp"
 
 #include "base/text.hpp"
+#include "report/mean_pressure.hpp"
 
 #include <algorithm>
 
@@ -126,7 +127,7 @@ std::vector<std::string> runWellNames(const Schedule& schedule, const WellRecord
 StepFigures stepFigures(const Simulation& run) {
     StepFigures figures;
     figures.time = run.clock.time;
-    figures.averagePressure = run.pressure.AveragePressure;
+    figures.averagePressure = fieldPressure(run.grid, run.state);
     figures.wells.resize(runWellNames(run.schedule, run.wells).size());
     for (std::size_t w = 0; w < run.wells.wells.size(); ++w) figures.wells[w].bhp = run.wells.wells[w].Bhp;
     if (run.balance.rows.empty()) return figures;

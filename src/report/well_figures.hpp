@@ -31,7 +31,7 @@ struct StepFigures {
     double time = 0.0;  // days
     WellFigures field;
     ReportedFlow inPlace;
-    double averagePressure = 0.0;      // psia
+    double averagePressure = 0.0;      // psia, by the volume of oil and gas (MeanPressure)
     double recovery = 0.0;             // FOE
     double deltaRecovery = 0.0;        // of the step
     double npv = 0.0;                  // $

@@ -21,7 +21,9 @@ constexpr const char* Purpose =
 
 void declare(CLI::App& app, CommandLine& command) {
     app.set_version_flag("--version", fmt::format("KVR {}", Version));
-    app.add_option("CASE.DATA", command.deck, "the deck to run; .DATA may be left out");
+    app.add_option(
+        "CASE.DATA", command.deck,
+        "the deck to run, .DATA may be left out; a folder with a three-file deck; or an .afi file");
     app.add_option("--output-dir", command.outputFolder, "folder for all results, made where it is missing")
         ->type_name("DIR");
     app.add_option("--threads", command.threads, "number of threads; results are the same for any")

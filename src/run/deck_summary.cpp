@@ -53,11 +53,18 @@ std::string scheduleText(const Simulation& s) {
 }
 
 std::string wellsText(const Simulation& s) {
-    if (s.schedule.steps.empty()) return "none";
+    const auto counted = [](std::size_t all, long injectors) {
+        return fmt::format("{} producing, {} injecting", static_cast<long>(all) - injectors, injectors);
+    };
+    if (s.schedule.steps.empty()) {  // of a run that is only traced
+        const std::vector<Well>& wells = s.wells.wells;
+        if (wells.empty()) return "none";
+        return counted(wells.size(), std::count_if(wells.begin(), wells.end(),
+                                                   [](const Well& w) { return isInjector(w); }));
+    }
     const SharedElements<ScheduleWell>& wells = s.schedule.steps.back().wells;
-    const auto injectors =
-        std::count_if(wells.begin(), wells.end(), [](const auto& w) { return w.isInjector; });
-    return fmt::format("{} producing, {} injecting", static_cast<long>(wells.size()) - injectors, injectors);
+    return counted(wells.size(),
+                   std::count_if(wells.begin(), wells.end(), [](const auto& w) { return w.isInjector; }));
 }
 
 std::string inPlaceText(const Simulation& s) {

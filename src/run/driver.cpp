@@ -15,6 +15,7 @@
 #include "run/banners.hpp"
 #include "run/closing_summary.hpp"
 #include "run/economic_limits.hpp"
+#include "run/ix_trace.hpp"
 #include "run/outside_decks.hpp"
 #include "run/process.hpp"
 #include "run/report_rows.hpp"
@@ -83,6 +84,12 @@ void reportStep(double executedDt, Simulation& simulation) {
     clock.completedSteps += 1;
 }
 
+/// In a run from the three-file deck every phase goes on with explicit lines behind a well event.
+void explicitBehindEvent(RunOptions& options) {
+    if (options.inputMode != input_mode::NativeDeck) return;
+    for (std::string& phase : options.solverPhaseName) phase = "mas";
+}
+
 void wellEvent(Simulation& simulation) {
     RunClock& clock = simulation.clock;
     if (!snapTo(tableTime(simulation.schedule.wellEventTime, clock.wellChangeIndex + 2), clock.time)) return;
@@ -90,6 +97,7 @@ void wellEvent(Simulation& simulation) {
     printWellBanner(simulation.console);
     applyFaultMultipliers(clock.wellChangeIndex + 1, simulation);
     rebuildWells(clock.wellChangeIndex + 1, simulation);
+    explicitBehindEvent(simulation.options);
     clock.stepsSinceEvent = 0;
 }
 
@@ -207,6 +215,10 @@ int runSimulation(Simulation& simulation) {
     connectConsole(simulation);
     startUp(simulation);
     if (runsNothing(simulation.options)) return finishCheck(simulation);
+    if (tracesIxRun(simulation.options)) {
+        finishRun(simulation, "traced, nothing is simulated");
+        return 0;
+    }
     if (optimisesOutsideRun(simulation.options) && !prepareStepDecks(simulation))
         return finishBySignal(simulation);
     startStatus(simulation);

@@ -317,7 +317,7 @@ STEPCTRL
 -- Volume that cells did not hold, share of the field  [Def = 1.E-4]
 -- Rate over its target                                [Def = 8.E-3]
 -- Rate away from the solved one                       [Def = 3.E-2]
--- Error of the mobilities of the solve                [Def = 0.03]
+-- Error of the mobilities of the solve                [Def = 0.025]
 -- Smallest step, days                                 [Def = 1.E-3]
 -- (limits are a fifth of these beside free gas)
 Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.03 1.d-3 /

@@ -2,12 +2,14 @@
 
 #include "base/hard_stop.hpp"
 #include "base/text.hpp"
+#include "deck/native_deck.hpp"
 #include "deck/reading/deck_cursor.hpp"
 #include "run/example_deck.hpp"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,13 +18,10 @@ namespace kvr {
 
 namespace {
 
-constexpr int EclipseForm = 1;  // values of inputMode
-constexpr int NativeDeck = 3;
-constexpr int IxDeck = 4;
-
 constexpr std::string_view DataExtension = ".DATA";
 constexpr std::size_t MostDecksNamed = 10;  // behind a name that is not found
 constexpr std::string_view IxExtension = ".afi";
+constexpr std::string_view FirstRestart = ".X0001";  // of a run that has left results
 constexpr std::size_t MaxNameLength = 2048;
 constexpr std::string_view NotFound = "WARNING: KVR Input File not found";
 constexpr std::string_view HeaderPrompt = "Input Header name of ECLIPSE RESTART :: -XXXX-.DATA";
@@ -35,9 +34,10 @@ struct KnownDeck {
     int inputMode;
 };
 constexpr std::array<KnownDeck, 3> KnownDecks = {
-    {{"ECLIPSE.DATA", "Insted of that, we found ECLIPSE.DATA file ...", "ECLIPSE", EclipseForm},
-     {"FRONTSIM.DATA", "Insted of that, we found FRONTSIM.DATA file ...", "FRONTSIM", EclipseForm},
-     {"ECLIPSE.afi", "Insted of that, we found IX.afi file ...", "ECLIPSE", IxDeck}}};
+    {{"ECLIPSE.DATA", "Insted of that, we found ECLIPSE.DATA file ...", "ECLIPSE", input_mode::EclipseForm},
+     {"FRONTSIM.DATA", "Insted of that, we found FRONTSIM.DATA file ...", "FRONTSIM",
+      input_mode::EclipseForm},
+     {"ECLIPSE.afi", "Insted of that, we found IX.afi file ...", "ECLIPSE", input_mode::IxDeck}}};
 
 constexpr std::array<std::string_view, 12> UsageText = {
     "---- ECLRUN / HISTORY MATCH / DATA CONVERSION ------",
@@ -66,8 +66,16 @@ void takeHeader(std::string_view header, RunOptions& options) {
     options.dataFileBase = header;
 }
 
+/// Files of the three-file deck that a folder (blank, or with its separator) lacks.
+std::vector<std::string> missingParts(const std::string& folder) {
+    std::vector<std::string> missing;
+    for (const std::string_view name : NativeDeckFiles)
+        if (!exists(folder + std::string(name))) missing.emplace_back(name);
+    return missing;
+}
+
 bool detectNativeDeck(const Console& console, RunOptions& options) {
-    if (!exists("Reservoir.DATA") || !exists("Well.DATA") || !exists("Simulation.DATA")) return false;
+    if (!missingParts("").empty()) return false;
     lineToBoth(console, "WARNING: KVR Files detected...");
     takeHeader("KVR", options);
     return true;
@@ -79,7 +87,7 @@ bool detectKnownDeck(const Console& console, RunOptions& options) {
         lineToBoth(console, NotFound);
         lineToBoth(console, deck.message);
         options.inputMode = deck.inputMode;
-        options.ixExtract = deck.inputMode == IxDeck;
+        options.ixExtract = deck.inputMode == input_mode::IxDeck;
         takeHeader(deck.header, options);
         return true;
     }
@@ -136,20 +144,39 @@ void splitName(const std::string& name, RunOptions& options) {
     options.headerName =
         trimLeft(std::string_view(name).substr(headerStart, name.size() - headerStart - extension));
     options.dataFileBase = options.workingFolder + options.headerName;
-    options.inputMode = isIx ? IxDeck : EclipseForm;
+    options.inputMode = isIx ? input_mode::IxDeck : input_mode::EclipseForm;
     options.ixExtract = isIx;
+}
+
+bool isFolder(const std::string& name) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(name, ignored);
+}
+
+std::string withSeparator(const std::string& folder) {
+    return folder.ends_with('/') ? folder : folder + "/";
+}
+
+/// The folder of a path, with its separator; blank for the present one.
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.size() - std::filesystem::path(path).filename().string().size());
+}
+
+bool isIxName(const std::string& name) {
+    return name.ends_with(".afi") || name.ends_with(".Afi") || name.ends_with(".AFI");
 }
 
 /// Decks that lie where the name points: in the folder that it is, or beside the file that it is not.
 std::vector<std::string> decksAt(const std::string& name) {
     const std::filesystem::path place(name);
     std::error_code failure;
-    const bool isFolder = std::filesystem::is_directory(place, failure);
-    const std::filesystem::path folder = isFolder ? place : place.parent_path();
+    const std::filesystem::path folder = isFolder(name) ? place : place.parent_path();
     std::vector<std::string> decks;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.empty() ? "." : folder, failure))
-        if (toUpper(entry.path().extension().string()) == DataExtension)
-            decks.push_back((folder / entry.path().filename()).string());
+    for (const auto& entry : std::filesystem::directory_iterator(folder.empty() ? "." : folder, failure)) {
+        const std::string file = entry.path().filename().string();
+        if (toUpper(entry.path().extension().string()) == DataExtension || isIxName(file))
+            decks.push_back((folder / file).string());
+    }
     std::sort(decks.begin(), decks.end());
     return decks;
 }
@@ -164,13 +191,23 @@ void tellDecksAt(const Console& console, const std::string& name) {
     both(console, "Decks there ::{}", text);
 }
 
-/// The deck as named, or with the extension added.
+/// A folder with some files of a three-file deck: what it lacks.
+void tellMissingParts(const Console& console, const std::string& name) {
+    if (!isFolder(name)) return;
+    const std::vector<std::string> missing = missingParts(withSeparator(name));
+    if (missing.size() == NativeDeckFiles.size()) return;
+    for (const std::string& part : missing) both(console, "Not there for a three-file deck :: {}", part);
+}
+
+/// The deck as named, or with an extension added.
 std::string namedDeck(const Console& console, const std::string& name) {
-    for (const std::string& path : {existingPath(name), existingPath(name + std::string(DataExtension))})
+    for (const std::string_view extension : {std::string_view(), DataExtension, IxExtension,
+                                             std::string_view(".Afi"), std::string_view(".AFI")}) {
+        const std::string path = existingPath(name + std::string(extension));
         if (!path.empty()) return path;
-    std::error_code ignored;
-    const bool isFolder = std::filesystem::is_directory(name, ignored);
-    both(console, "ERROR :: Cannot find file :: {}{}", name, isFolder ? ", a folder" : "");
+    }
+    both(console, "ERROR :: Cannot find file :: {}{}", name, isFolder(name) ? ", a folder" : "");
+    tellMissingParts(console, name);
     tellDecksAt(console, name);
     hardStop(console);
 }
@@ -182,29 +219,69 @@ std::string madeFolder(const Console& console, const std::string& name) {
         both(console, "ERROR :: Cannot make the folder for output :: {}", name);
         hardStop(console);
     }
-    return name.ends_with('/') ? name : name + "/";
+    return withSeparator(name);
+}
+
+/// The folder of the three-file deck that a name stands for: the folder itself, or that of one of the three.
+std::optional<std::string> nativeFolder(const std::string& name) {
+    std::string folder;
+    if (isFolder(name)) {
+        folder = withSeparator(name);
+    } else {
+        const std::string file = std::filesystem::path(name).filename().string();
+        if (std::find(NativeDeckFiles.begin(), NativeDeckFiles.end(), file) == NativeDeckFiles.end())
+            return std::nullopt;
+        folder = folderOf(name);
+    }
+    if (!missingParts(folder).empty()) return std::nullopt;
+    return folder;
+}
+
+/// The name of a folder as its parent has it, also where it is called "." or "..".
+std::string folderName(const std::string& folder) {
+    std::error_code failure;
+    std::filesystem::path whole = std::filesystem::canonical(folder.empty() ? "." : folder, failure);
+    if (!whole.has_filename()) whole = whole.parent_path();
+    return whole.has_filename() ? whole.filename().string() : "KVR";
 }
 
 /// Results stand under the name of the deck, beside it unless another folder is asked for.
-void takeNamedDeck(const Console& console, const CommandLine& command, RunOptions& options) {
-    const std::string path = namedDeck(console, command.deck);
-    const std::filesystem::path parts(path);
-    const bool isIx = path.ends_with(IxExtension);
-    options.deckFile = path;
-    options.deckFolder = path.substr(0, path.size() - parts.filename().string().size());
-    options.headerName = parts.stem().string();
-    options.outputPrefix = options.headerName;
+void nameResults(const Console& console, const CommandLine& command, const std::string& header,
+                 RunOptions& options) {
+    options.headerName = header;
+    options.outputPrefix = header;
     options.workingFolder = options.deckFolder;
     if (!command.outputFolder.empty() && !command.check)
         options.workingFolder = madeFolder(console, command.outputFolder);
     options.dataFileBase = options.workingFolder + options.headerName;
     options.useRelativePath = true;
-    options.inputMode = isIx ? IxDeck : EclipseForm;
-    options.ixExtract = isIx;
+}
+
+/// A three-file deck has the name of its folder.
+void takeNativeDeck(const Console& console, const CommandLine& command, const std::string& folder,
+                    RunOptions& options) {
+    options.deckFolder = folder;
+    options.deckFile = folder + std::string(NativeDeckFiles.front());
+    options.inputMode = input_mode::NativeDeck;
+    nameResults(console, command, folderName(folder), options);
+}
+
+/// An .afi file whose run has left results is traced from them; one without is run first.
+void takeNamedDeck(const Console& console, const CommandLine& command, RunOptions& options) {
+    const bool isNamedFile = !existingPath(command.deck + std::string(DataExtension)).empty();
+    const std::optional<std::string> folder = isNamedFile ? std::nullopt : nativeFolder(command.deck);
+    if (folder) return takeNativeDeck(console, command, *folder, options);
+    const std::string path = namedDeck(console, command.deck);
+    options.deckFile = path;
+    options.deckFolder = folderOf(path);
+    nameResults(console, command, std::filesystem::path(path).stem().string(), options);
+    options.inputMode = isIxName(path) ? input_mode::IxDeck : input_mode::EclipseForm;
+    options.ixExtract = options.inputMode == input_mode::IxDeck &&
+                        !exists(options.deckFolder + options.headerName + std::string(FirstRestart));
 }
 
 void findInput(const Console& console, RunOptions& options) {
-    options.inputMode = NativeDeck;
+    options.inputMode = input_mode::NativeDeck;
     if (detectNativeDeck(console, options) || detectKnownDeck(console, options)) return;
 
     lineToBoth(console, NotFound);

@@ -7,6 +7,8 @@
 #include "base/threads.hpp"
 #include "base/written_files.hpp"
 #include "deck/deck_reader.hpp"
+#include "deck/ix_deck.hpp"
+#include "deck/native_deck.hpp"
 #include "eclipse/activity_reader.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/grid_reader.hpp"
@@ -39,6 +41,7 @@
 #include "run/deck_summary.hpp"
 #include "run/erase_script.hpp"
 #include "run/input_detection.hpp"
+#include "run/ix_trace.hpp"
 #include "run/process.hpp"
 #include "run/run_files.hpp"
 #include "run/unbuilt_features.hpp"
@@ -50,8 +53,6 @@
 namespace kvr {
 
 namespace {
-
-constexpr int ReservedInputMode = 2;
 
 void resetCounters(RunClock& clock) {
     clock.hmIteration = 0;
@@ -79,9 +80,12 @@ void readInput(Simulation& simulation) {
     RunOptions& options = simulation.options;
     options.debugOutput = true;
     options.componentCount = 0;
-    if (options.inputMode == ReservedInputMode) normalStop();
-    if (options.inputMode != 1) refuseUnbuiltFeatures(simulation.console, options);
-    readDeck(simulation);
+    if (options.inputMode == input_mode::Reserved) normalStop();
+    if (options.inputMode != input_mode::EclipseForm) refuseUnbuiltFeatures(simulation.console, options);
+    if (options.inputMode == input_mode::NativeDeck)
+        readNativeDeck(simulation);
+    else
+        readDeck(simulation);
     refuseUnbuiltFeatures(simulation.console, options);
 }
 
@@ -119,6 +123,15 @@ void closeConversion(Simulation& simulation) {
     normalStop();
 }
 
+/// The check of an .afi file without results beside it: there is nothing of the run to read yet.
+[[noreturn]] void checkIxDeckAndStop(const Simulation& simulation) {
+    readIxDeck(simulation.console, simulation.options);
+    tell(simulation.console,
+         fmt::format("No results of {} are there: a run of the outside simulator would make them",
+                     simulation.options.deckFile));
+    normalStop();
+}
+
 /// A command with ecl2ix converts the deck itself; the grid stands beside it as corner points.
 [[noreturn]] void convertDeckAndStop(Simulation& simulation) {
     const Console& console = simulation.console;
@@ -150,7 +163,11 @@ void requireOutsidePermission(const Simulation& simulation) {
 void openAndRead(Simulation& simulation) {
     resetCounters(simulation.clock);
     openInput(simulation);
-    if (simulation.options.ixExtract && !simulation.options.checkOnly) extractAndStop(simulation);
+    if (tracesIxRun(simulation.options)) return traceIxRun(simulation);
+    if (simulation.options.ixExtract) {
+        if (simulation.options.checkOnly) checkIxDeckAndStop(simulation);
+        extractAndStop(simulation);
+    }
     readInput(simulation);
     requireOutsidePermission(simulation);
     warnOfMissingSummary(simulation);
@@ -254,6 +271,7 @@ void startUp(Simulation& simulation) {
     flushDenormalsInAllThreads();
     keepDenseAlgebraOnOneThread();
     openAndRead(simulation);
+    if (tracesIxRun(simulation.options)) return;
     const bool converts = !runsNothing(simulation.options);
     if (converts && simulation.options.eclipseToIx) convertDeckAndStop(simulation);
     if (converts && simulation.options.eclipseToTecplot) convertAndStop(simulation);

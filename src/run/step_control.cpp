@@ -10,8 +10,7 @@ namespace {
 constexpr int MostCuts = 3;         // of one step, then it is taken fully implicitly
 constexpr int MostCutsWithGas = 1;  // the same beside free gas, where phases come and go
 constexpr double GasShare = 0.2;    // of the limits of a coupling beside free gas
-constexpr double LagShare =
-    5.0 / 3.0;  // of the limit of mobilities that were not forecast: their error has no other source
+constexpr double LagShare = 2.0;  // of the limit of mobilities not forecast: their error has no other source
 constexpr double WholeLimit = 1.0;       // one cell's volume the next solve takes up, whatever it is made of
 constexpr double LargestGrowth = 3.0;    // from step to step
 constexpr double LargestCut = 0.1;       // of one rejection
@@ -34,26 +33,41 @@ struct Row {
     double AttemptFigures::*figure;
     double RunOptions::*limit;
     double gasShare;  // of the limit, beside free gas
+    double order;     // of the figure in the length of the step
 };
 
+constexpr double Quadratic = 2.0;   // errors of a step
+constexpr double ByTheFront = 1.0;  // a share of the cells, which a front passes in proportion to time
+
 constexpr Row Rows[] = {
-    {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError, GasShare},
+    {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError, GasShare,
+     Quadratic},
     {"volume error of a cell", &AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError,
-     WholeLimit},
-    {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit, GasShare},
-    {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError, GasShare},
-    {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, GasShare},
-    {"error of mobility", &AttemptFigures::mobilityError, &RunOptions::stepMobilityError, GasShare},
+     WholeLimit, Quadratic},
+    {"volume that cells did not hold", &AttemptFigures::deficit, &RunOptions::stepDeficit, GasShare,
+     Quadratic},
+    {"rate over a target", &AttemptFigures::targetExcess, &RunOptions::stepTargetError, GasShare, Quadratic},
+    {"rate away from the solved one", &AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, GasShare,
+     Quadratic},
+    {"error of mobility", &AttemptFigures::mobilityError, &RunOptions::stepMobilityError, GasShare,
+     ByTheFront},
 };
+
+/// What a step may be of its length for a figure to come to its limit, of which it has that share.
+double askedOf(double share, double order) {
+    if (!std::isfinite(share)) return 0.0;
+    return share > 0.0 ? Safety / std::pow(share, 1.0 / order) : HUGE_VAL;
+}
 
 }  // namespace
 
 StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts) {
     StepJudgement judgement;
-    double worst = 0.0;
+    double worst = 0.0, asked = LargestGrowth;
     for (const Row& row : Rows) {
         const double limit = options.*row.limit * shareOfLimit(row.gasShare, row.figure, figures);
         const double share = figures.*row.figure / limit;
+        asked = std::min(asked, askedOf(share, row.order));
         if (std::isfinite(share) && share <= worst) continue;
         worst = std::isfinite(share) ? share : HUGE_VAL;
         judgement.reason = row.name;
@@ -61,8 +75,6 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
         judgement.limit = limit;
     }
     if (!figures.pressureSolved) judgement.reason = "pressure without a solution";
-    // The figures are errors of a step: about quadratic in its length.
-    const double asked = worst > 0.0 ? Safety / std::sqrt(worst) : LargestGrowth;
     if (figures.pressureSolved && worst <= 1.0) {
         judgement.length = dt * std::clamp(asked, 1.0, LargestGrowth);
         return judgement;

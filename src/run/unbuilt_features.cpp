@@ -14,8 +14,6 @@ struct FeatureRow {
 };
 
 constexpr FeatureRow Features[] = {
-    {[](const RunOptions& o) { return o.inputMode == 3; }, "the native three-file deck"},
-    {[](const RunOptions& o) { return o.inputMode == 4; }, "the IX deck"},
     {[](const RunOptions& o) { return o.componentCount > 0; }, "compositional runs (COMPS)"},
     {[](const RunOptions& o) { return o.co2Model; }, "the CO2 solubility model (CO2MBM)"},
     {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},

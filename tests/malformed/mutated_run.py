@@ -50,13 +50,13 @@ def environment_of_runs():
 
 
 def cpu_of(pid):
-    """Seconds that a living process has used."""
+    """Seconds that a living process and the commands that it has run have used."""
     try:
         with open(f"/proc/{pid}/stat") as stat:
             fields = stat.read().rsplit(")", 1)[1].split()
     except OSError:
         return 0.0
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+    return sum(map(int, fields[11:15])) / os.sysconf("SC_CLK_TCK")
 
 
 def watched(process, cpu_seconds, end_seconds):
@@ -155,7 +155,8 @@ def unreadable_sheet(path):
 BINARY = re.compile(r"\.(X\d{4}|S\d{4}|SMSPEC|EGRID|INIT|UNRST|UNSMRY)$")
 
 
-def unreadable_results(folder, inputs):
+def unreadable_results(folder, inputs, own_files=True):
+    """What is wrong with the results; without `own_files` the binary files are another program's, damaged ones too."""
     for path in folder.iterdir():
         if path.name in inputs or not path.is_file():
             continue
@@ -163,12 +164,12 @@ def unreadable_results(folder, inputs):
             wrong = unreadable_sheet(path)
             if wrong:
                 return wrong
-        elif BINARY.search(path.name) and bad_records(path.read_bytes()):
+        elif own_files and BINARY.search(path.name) and bad_records(path.read_bytes()):
             return f"*{path.suffix[:2]} has broken records"
     return ""
 
 
-def run(program, folder, words=(), cpu_seconds=CPU_SECONDS, end_seconds=END_SECONDS):
+def run(program, folder, words=(), cpu_seconds=CPU_SECONDS, end_seconds=END_SECONDS, own_files=True):
     """Runs `ECLIPSE.DATA` of a folder; console and errors go to files there."""
     folder = pathlib.Path(folder)
     inputs = {path.name for path in folder.iterdir()}
@@ -179,7 +180,7 @@ def run(program, folder, words=(), cpu_seconds=CPU_SECONDS, end_seconds=END_SECO
     process.returncode = status
     verdict, cause = judge_end(status, asked, forced, tail_of(folder / CONSOLE), tail_of(folder / ERRORS))
     if verdict in ("ended", "long") and status in (0, 128 + signal.SIGTERM):
-        wrong = unreadable_results(folder, inputs | {CONSOLE, ERRORS})
+        wrong = unreadable_results(folder, inputs | {CONSOLE, ERRORS}, own_files)
         verdict, cause = ("unreadable", wrong) if wrong else (verdict, cause)
     return Trial(verdict, cause, usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024.0, status)
 

@@ -30,12 +30,16 @@ class Finished:
         return self.read("KVR_dbg.out")
 
     def table(self, name="KVR_Run_Recovery.out"):
-        """Columns by name of a table with one header line and blank-separated numbers."""
-        lines = [line for line in self.read(name).splitlines() if line.strip()]
-        names = lines[0].split()
-        values = numpy.array([[float(word) for word in line.split()] for line in lines[1:]])
-        assert values.shape[1] == len(names)
-        return {column: values[:, i] for i, column in enumerate(names)}
+        return read_table(self.folder / name)
+
+
+def read_table(path):
+    """Columns by name of a table with one header line and blank-separated numbers."""
+    lines = [line for line in pathlib.Path(path).read_text().splitlines() if line.strip()]
+    names = lines[0].split()
+    values = numpy.array([[float(word) for word in line.split()] for line in lines[1:]])
+    assert values.shape[1] == len(names)
+    return {column: values[:, i] for i, column in enumerate(names)}
 
 
 def run(folder, deck=None, files=None, standard_input="", timeout=600, name="ECLIPSE.DATA"):

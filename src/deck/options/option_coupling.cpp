@@ -51,10 +51,9 @@ std::string linesToCopy(const SectionReader& reader, const std::string& path) {
 }  // namespace
 
 void setRestartTracing(SectionReader& reader, RunOptions& options) {
-    constexpr int EclipseForm = 1;
     announceSwitch(reader, options.traceFromRestart, "TRACING FROM ECLIPSE");
     lineToBoth(consoleOf(reader), "JUST TRACING STREAMLINE FROM RST");
-    options.inputMode = EclipseForm;
+    options.inputMode = input_mode::EclipseForm;
 }
 
 void setWellHistoryOutput(SectionReader& reader, RunOptions& options) {

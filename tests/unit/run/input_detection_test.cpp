@@ -37,7 +37,7 @@ protected:
         console.input = std::tmpfile();
         std::fwrite(answers.data(), 1, answers.size(), console.input);
         std::rewind(console.input);
-        detectInput(console, CommandLine{}, options);
+        detectInput(console, command, options);
         std::rewind(console.screen);
         for (int c = std::fgetc(console.screen); c != EOF; c = std::fgetc(console.screen)) {
             printed.push_back(static_cast<char>(c));
@@ -50,6 +50,7 @@ protected:
     fs::path home;
     fs::path folder;
     Console console;
+    CommandLine command;
     RunOptions options;
     std::string printed;
 };
@@ -169,6 +170,83 @@ TEST_F(InputDetection, WritesTheExampleDeckAtEveryZeroAndAsksAgain) {
     EXPECT_EQ(printed.find(generated, second + 1), std::string::npos);
     EXPECT_TRUE(said("Cannot find file :: x.DATA\nInput Header name of ECLIPSE RESTART"));
     EXPECT_EQ(options.headerName, "y");
+}
+
+TEST_F(InputDetection, TakesANamedFolderWithThreeFilesForADeckOfItsName) {
+    fs::create_directory("NORTH");
+    make({"NORTH/Reservoir.DATA", "NORTH/Well.DATA", "NORTH/Simulation.DATA"});
+    for (const char* name : {"NORTH", "NORTH/", "NORTH/Well.DATA"}) {
+        options = RunOptions{};
+        command.deck = name;
+        detect();
+        EXPECT_EQ(options.inputMode, 3) << name;
+        EXPECT_EQ(options.headerName, "NORTH");
+        EXPECT_EQ(options.outputPrefix, "NORTH");
+        EXPECT_EQ(options.deckFolder, "NORTH/");
+        EXPECT_EQ(options.workingFolder, "NORTH/");
+        EXPECT_EQ(options.dataFileBase, "NORTH/NORTH");
+    }
+}
+
+TEST_F(InputDetection, GivesThePresentFolderItsName) {
+    fs::create_directory("SOUTH");
+    fs::current_path("SOUTH");
+    make({"Reservoir.DATA", "Well.DATA", "Simulation.DATA"});
+    command.deck = ".";
+    command.outputFolder = "results";
+    detect();
+    EXPECT_EQ(options.headerName, "SOUTH");
+    EXPECT_EQ(options.deckFolder, "./");
+    EXPECT_EQ(options.dataFileBase, "results/SOUTH");
+}
+
+TEST_F(InputDetection, TakesADeckBesideAFolderOfTheSameName) {
+    fs::create_directory("NORTH");
+    make({"NORTH.DATA", "NORTH/Reservoir.DATA", "NORTH/Well.DATA", "NORTH/Simulation.DATA"});
+    command.deck = "NORTH";
+    detect();
+    EXPECT_EQ(options.inputMode, 1);
+    EXPECT_EQ(options.deckFile, "NORTH.DATA");
+}
+
+TEST_F(InputDetection, TakesOneOfTheThreeNamesForASingleDeckWhereItStandsAlone) {
+    make({"Reservoir.DATA"});
+    command.deck = "Reservoir.DATA";
+    detect();
+    EXPECT_EQ(options.inputMode, 1);
+    EXPECT_EQ(options.headerName, "Reservoir");
+}
+
+TEST_F(InputDetection, TracesTheResultsBesideANamedIxDeckAndRunsOneWithout) {
+    make({"RUN.Afi"});
+    for (const char* name : {"RUN", "RUN.Afi"}) {
+        command.deck = name;
+        detect();
+        EXPECT_EQ(options.inputMode, 4) << name;
+        EXPECT_EQ(options.deckFile, "RUN.Afi");
+        EXPECT_TRUE(options.ixExtract);
+    }
+    make({"RUN.X0001"});
+    detect();
+    EXPECT_EQ(options.inputMode, 4);
+    EXPECT_FALSE(options.ixExtract);
+}
+
+void nameAFolder() {
+    Console console;
+    console.screen = stderr;
+    CommandLine command;
+    command.deck = "NORTH";
+    RunOptions options;
+    detectInput(console, command, options);
+}
+
+TEST_F(InputDetectionDeathTest, TellsWhichOfTheThreeFilesAFolderLacks) {
+    fs::create_directory("NORTH");
+    make({"NORTH/Reservoir.DATA", "NORTH/Simulation.DATA"});
+    EXPECT_EXIT(
+        nameAFolder(), testing::ExitedWithCode(1),
+        "ERROR :: Cannot find file :: NORTH, a folder\nNot there for a three-file deck :: Well.DATA\n");
 }
 
 void missTwice(std::string_view answers) {
