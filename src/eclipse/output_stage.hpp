@@ -19,7 +19,8 @@ void reportEclipseFiles(Simulation& simulation);
 /// early where a signal has asked the run to end.
 void convertOutsideRun(Simulation& simulation);
 
-/// At the end of the run: closes .RFT and, unless the run traces from outside restarts, leaves .ECLEND.
+/// At the end of the run: closes .RFT and leaves .ECLEND; not in runs that stand on an outside run, nor,
+/// where one is there, at a stop before the first file of the run.
 void finishEclipseFiles(Simulation& simulation);
 
 }  // namespace kvr

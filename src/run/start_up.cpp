@@ -44,6 +44,7 @@
 #include "run/ix_trace.hpp"
 #include "run/process.hpp"
 #include "run/run_files.hpp"
+#include "run/traced_step.hpp"
 #include "run/unbuilt_features.hpp"
 #include "streamline/streamline_step.hpp"
 #include "streamline/tracing/cell_tags.hpp"
@@ -157,12 +158,13 @@ void leaveAtSignal(Simulation& simulation) {
 }
 
 /// The history at the end of a run is made of its own summary files.
-void warnOfMissingSummary(const Simulation& simulation) {
-    const RunOptions& options = simulation.options;
-    if (!options.outputWellHistory || options.traceFromRestart || isOn(options, OutputSwitch::Eclipse))
-        return;
-    warn(simulation.console,
-         "WARNING :: OUTWHIST NEEDS THE SUMMARY FILES OF THE RUN, WHICH OUTPUTKVR 9 SWITCHES ON");
+void switchOnSummary(Simulation& simulation) {
+    RunOptions& options = simulation.options;
+    if (!options.outputWellHistory || isOn(options, OutputSwitch::Eclipse)) return;
+    if (options.traceFromRestart) return;
+    options.outputEclipse = "Yes";
+    lineToBoth(simulation.console,
+               "OUTWHIST :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN, THE HISTORY IS MADE OF THEIR SUMMARY");
 }
 
 /// Nothing of a run is done before it is known that its command may be run.
@@ -182,7 +184,7 @@ void openAndRead(Simulation& simulation) {
     }
     readInput(simulation);
     requireOutsidePermission(simulation);
-    warnOfMissingSummary(simulation);
+    switchOnSummary(simulation);
     requirePressure(simulation);
 }
 
@@ -293,8 +295,10 @@ void startUp(Simulation& simulation) {
     const bool readsOld = simulation.options.useEclipseTrans;  // what stands there may be what is to be taken
     if (!simulation.options.checkOnly && !readsOld) removeStaleFiles(simulation);
     const StageTimer timer(simulation.times.initialisation);
+    startAtRestart(simulation);
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
+    passTablesAtRestart(simulation);
     allocateStreamlines(simulation);
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
                      simulation.velocity);

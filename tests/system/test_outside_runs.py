@@ -311,13 +311,19 @@ def test_a_traced_run_follows_the_restarts_of_the_run(tmp_path):
     assert after["FPR"] == pytest.approx(before["FPR"][rows], rel=1e-5)
 
 
-def test_a_traced_run_goes_on_behind_the_restart_that_its_deck_names(tmp_path):
-    own_run(tmp_path)
+@pytest.mark.parametrize("steps, whole", [("4*30", True), ("2*30", False)], ids=["whole schedule", "schedule behind it"])
+def test_a_traced_run_goes_on_behind_the_restart_that_its_deck_names(tmp_path, steps, whole):
+    before = own_run(tmp_path).table()
     solution = "SOLUTION\nRESTART\n'ECLIPSE' 2 /\n"
+    sections = schedule(steps).replace("SCHEDULE\n", "SCHEDULE\nSKIPREST\n") if whole else schedule(steps)
     result = kvr_run.finished_normally(
-        run(tmp_path, small_deck.deck(solution=solution, schedule=schedule("4*30"), options=TRACED_END)))
+        run(tmp_path, small_deck.deck(solution=solution, schedule=sections, options=TRACED_END)))
     assert restarts_read(result) == [0, 3, 4]
-    assert list(result.table()["TIME"]) == [0, 90, 120]
+    after = result.table()
+    assert list(after["TIME"]) == [60, 90, 120]
+    assert "Step 4 Time 90 --> 120 Stop Time: 120" in result.console
+    rows = [int(numpy.argmin(abs(before["TIME"] - time))) for time in (90, 120)]
+    assert after["WOPR:PROD"][1:] == pytest.approx(before["WOPR:PROD"][rows], rel=1e-3)
 
 
 def test_the_times_of_the_restarts_are_those_of_the_run(tmp_path):
@@ -369,10 +375,38 @@ def test_a_run_leaves_its_history_and_repeats_it(tmp_path):
         assert again.table()[column][-1] == pytest.approx(before.table()[column][-1], abs=1e-3 * flow), column
 
 
-def test_a_history_without_summary_files_is_warned_of_at_the_start(tmp_path):
-    result = run(tmp_path, small_deck.deck(options=kvr_run.options(lines=20, solver="DGESV", extra="OUTWHIST")))
-    assert "WARNING :: OUTWHIST NEEDS" in result.console
-    assert result.status == 1
+def test_a_history_switches_the_summary_files_on(tmp_path):
+    plain = kvr_run.options(lines=20, solver="DGESV", extra="OUTWHIST")
+    result = kvr_run.finished_normally(run(tmp_path, small_deck.deck(options=plain)))
+    assert "OUTWHIST :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN" in result.console
+    assert result.read("SCHEDULE_TEMPORARY_FOR_HM.DATA").count("TSTEP") == 2
+
+
+@pytest.mark.parametrize("fault", ["reading", "permission", "afi"])
+def test_a_stop_leaves_the_end_file_of_the_outside_run(tmp_path, fault):
+    deck = traced("true", extra="ECL2TEC" if fault == "permission" else "ECLTRACE")
+    end_file = " Error summary\n Errors 0\n"
+    (tmp_path / "CASE.ECLEND").write_text(end_file)
+    name = "CASE.afi" if fault == "afi" else "CASE.DATA"
+    (tmp_path / name).write_text(deck.replace("5 5 1 /", "5 x 1 /") if fault == "reading" else deck)
+    assert run_named(tmp_path / name).returncode == 1
+    assert (tmp_path / "CASE.ECLEND").read_text() == end_file
+
+
+def test_a_command_behind_a_variable_that_is_not_set_runs_nothing(tmp_path):
+    script(tmp_path, "ECLIPSE", "touch has_run\n")
+    going = Going(tmp_path, traced("$no_such_variable"))
+    going.wait_for(TURN + "2")
+    assert going.interrupt() == INTERRUPTED
+    assert "The variable no_such_variable of the environment is not set" in going.console
+    assert not (tmp_path / "has_run").exists()
+
+
+def test_the_reason_of_a_refused_command_stands_last(tmp_path):
+    (tmp_path / "CASE.DATA").write_text(traced("./simulator"))
+    lines = [line for line in run_named(tmp_path / "CASE.DATA").console.splitlines() if line.strip()]
+    assert lines[-1] == "Command :: ./simulator CASE"
+    assert "--allow-outside" in lines[-2]
 
 
 @needs_public_decks
