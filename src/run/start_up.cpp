@@ -247,7 +247,8 @@ void takeOutsideModel(Simulation& s) {
     input_INIT_TRANS(s.console, s.options, s.units, header, s.grid, s.connections);
     input_RST2Velocity(s, header, 0);
     refreshProperties(s.grid, s.fluids, s.state);
-    deriveFromWells(s);
+    if (s.restart.wellsFromFile) return deriveFromWells(s);
+    rebuildWells(1, s);  // restart 0 stands before anything flows: its wells are not those of the first step
 }
 
 void rebuildWells(int entry, Simulation& simulation) {
