@@ -238,9 +238,10 @@ int runSimulation(Simulation& simulation) {
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
-        applyEconomicLimits(simulation);
+        if (!simulation.options.traceFromRestart) applyEconomicLimits(simulation);
         noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
+        if (simulation.options.traceFromRestart) passWellEvents(simulation);
         wellEvent(simulation);
         nextTableEntries(simulation);
     }
