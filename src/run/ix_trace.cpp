@@ -22,6 +22,7 @@
 #include "report/well_tables.hpp"
 #include "run/closing_summary.hpp"
 #include "run/deck_summary.hpp"
+#include "run/run_files.hpp"
 #include "streamline/streamline_step.hpp"
 
 namespace kvr {
@@ -98,6 +99,7 @@ void setTraceOptions(Simulation& s) {
 }
 
 void startReports(Simulation& s) {
+    removeStaleFiles(s);
     allocateStreamlines(s);
     writeStaticPlots(s);
     reportOutput(s, 0, s.schedule.endTime);
