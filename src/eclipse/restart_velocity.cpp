@@ -6,6 +6,7 @@
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
 #include "eclipse/keyword_loop.hpp"
+#include "eclipse/line_files.hpp"
 #include "eclipse/restart_cells.hpp"
 #include "eclipse/restart_flux.hpp"
 #include "eclipse/restart_units.hpp"
@@ -146,6 +147,15 @@ void makeField(Simulation& run, RestartScan& scan) {
     velocitiesOfFluxes(run.options, run.units, run.grid, run.connections, run.velocity);
 }
 
+/// The index of line files anew for wells that were not known when it was written.
+void nameWells(Simulation& run) {
+    std::vector<std::string> names;
+    for (const Well& well : run.wells.wells) names.push_back(well.WellName);
+    if (names.size() == run.eclipse.wellCount) return;
+    run.eclipse.wellCount = names.size();
+    writeLineSpec(run.console, run.options, run.grid, names, run.eclipse.paths);
+}
+
 /// The wells behind the field; a deck without wells has those of the file.
 void takeWells(Simulation& run, std::string_view header, const RestartScan& scan) {
     const std::vector<FileWell> file = wellsOf(scan.wells, scan.units);
@@ -157,6 +167,7 @@ void takeWells(Simulation& run, std::string_view header, const RestartScan& scan
         const std::vector<std::string> names =
             named || file.empty() ? std::vector<std::string>{} : summaryWells(run, header);
         makeWells(run.console, run.grid, file, names, run.wells);
+        nameWells(run);
     } else if (hasTable) {
         checkWells(run.console, run.grid, file, run.wells);
     }
