@@ -158,7 +158,12 @@ void Check_ECLEND(const Console& console, const std::string& path, int& errors) 
     errors = 0;
     errno = 0;
     std::ifstream file(path);
-    if (!fileExists(path) || !file) {
+    if (fileExists(path) && !file) {
+        tellFileStatus(console, errno, path);
+        errors = NoFile;
+        return;
+    }
+    if (!fileExists(path)) {
         log(console, "Error :: File not found : {}", path);
         errors = NoFile;
         return;

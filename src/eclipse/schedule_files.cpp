@@ -265,7 +265,7 @@ std::vector<std::string> producerControls(const Console& console, const UnitSyst
                                           const WellRecord& wells) {
     std::vector<std::string> rows;
     for (const Well& well : wells.wells) {
-        if (isInjector(well)) continue;
+        if (isInjector(well) || (well.shut && well.deckControl.empty())) continue;
         const ProducerControl* const control = controlOf(well);
         if (control == nullptr) {
             lineToBoth(console, " Control Mode is not surpported for producer");

@@ -238,7 +238,7 @@ int runSimulation(Simulation& simulation) {
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
-        applyEconomicLimits(simulation);
+        if (!simulation.options.traceFromRestart) applyEconomicLimits(simulation);
         noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
         wellEvent(simulation);

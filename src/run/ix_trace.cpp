@@ -110,7 +110,8 @@ void startReports(Simulation& s) {
     checkWritten(s.console);
 }
 
-/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero.
+/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero. They
+/// come behind the lines, whose files are named by the step that the clock has not yet made.
 void reportWellFlows(Simulation& s) {
     advanceCalendar(s.clock.workDt, s.clock);
     s.clock.time = s.clock.endTime;

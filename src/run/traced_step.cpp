@@ -10,6 +10,7 @@
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
 #include "run/step_attempt.hpp"
+#include "run/step_level.hpp"
 #include "streamline/streamline_step.hpp"
 
 #include <algorithm>
@@ -32,8 +33,16 @@ bool traceWholeRun(Simulation& s) {
     return true;
 }
 
+/// A repeated pass over the step starts where the first one did.
+void returnToStart(Simulation& s) {
+    const RunClock now = s.clock;
+    returnToStepLevel(s.stepLevel, s);
+    s.clock = now;
+}
+
 bool runStepDeck(Simulation& s) {
     if (!s.options.useEclipsePressure) return forward_restart_run(s);
+    if (s.clock.iteration > 0) returnToStart(s);
     beginOutsideStep(s);
     rewriteStepDeck(s, s.clock.reportIndex, s.clock.dt);
     writeStepSolution(s.console, s.options, s.units, s.state, s.clock.reportIndex);
@@ -69,6 +78,10 @@ void passEntries(const std::vector<double>& table, double time, int ahead, int& 
 
 bool takeTracedStep(Simulation& s) {
     RunClock& clock = s.clock;
+    if (s.options.globalIterations > 0) {
+        s.iterationStart = s.state;
+        keepStepLevel(s, s.stepLevel);
+    }
     for (;;) {
         if (!outsideStage(s)) return false;
         updateStatus(s);

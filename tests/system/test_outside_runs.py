@@ -1,11 +1,13 @@
 """Runs that start an outside simulator: what they ask before, how often they try, and how they end."""
 
 import os
+import re
 import shutil
 import signal
 import subprocess
 import time
 
+import numpy
 import pytest
 
 import kvr_run
@@ -237,3 +239,97 @@ def test_a_run_started_from_another_folder_traces_beside_its_deck_and_reports_el
     assert (case / "ran_here").exists()
     assert (results / "ECLIPSE_Summary.csv").exists()
     assert not list(results.glob("ECLIPSE.X*"))
+
+
+# --- runs of our own, followed as if they were another's ----------------------------------------------------------
+
+TRACED_END = "TUNEKVR\nNUMLINE\n20 INJ No /\nECLTRACE\nLINUXRUN\nECLCOMM\ntrue\n"
+
+
+def schedule(steps):
+    return small_deck.SCHEDULE.replace("2*30", steps)
+
+
+def own_run(folder, steps="4*30", extra=""):
+    """A run that leaves its binary files, four reports of 30 days."""
+    binary = kvr_run.options(lines=20, solver="DGESV", extra=extra).replace("1 0 0 0 0 0 0 1 0 0 /",
+                                                                            "1 0 0 0 0 0 0 1 1 0 /")
+    return kvr_run.finished_normally(run(folder, small_deck.deck(schedule=schedule(steps), options=binary)))
+
+
+def restarts_read(result):
+    return [int(step) for step in re.findall(r"EXTRACT RESTART -> .*ECLIPSE\.X(\d{4})", result.log)]
+
+
+def test_a_traced_run_follows_the_restarts_of_the_run(tmp_path):
+    before = own_run(tmp_path).table()
+    traced_run = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("4*30"), options=TRACED_END)))
+    assert restarts_read(traced_run) == [0, 1, 2, 3, 4]
+    after = traced_run.table()
+    assert list(after["TIME"]) == [0, 30, 60, 90, 120]
+    rows = [int(numpy.argmin(abs(before["TIME"] - time))) for time in after["TIME"]]
+    assert after["FPR"] == pytest.approx(before["FPR"][rows], rel=1e-5)
+
+
+def test_a_traced_run_goes_on_behind_the_restart_that_its_deck_names(tmp_path):
+    own_run(tmp_path)
+    solution = "SOLUTION\nRESTART\n'ECLIPSE' 2 /\n"
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(solution=solution, schedule=schedule("4*30"), options=TRACED_END)))
+    assert restarts_read(result) == [0, 3, 4]
+    assert list(result.table()["TIME"]) == [0, 90, 120]
+
+
+def test_the_times_of_the_restarts_are_those_of_the_run(tmp_path):
+    own_run(tmp_path)
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("8*15"), options=TRACED_END)))
+    assert restarts_read(result) == [0, 1, 2, 3, 4]
+    assert list(result.table()["TIME"]) == [0, 30, 60, 90, 120]
+
+
+def test_a_missing_restart_is_told_and_the_field_before_it_serves(tmp_path):
+    own_run(tmp_path)
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("6*30"), options=TRACED_END)))
+    assert restarts_read(result) == [0, 1, 2, 3, 4]
+    assert result.console.count("RESTART File Not Found :: ") == 2
+    assert result.table()["TIME"][-1] == 180
+
+
+def test_a_run_without_a_summary_index_stops_with_a_message(tmp_path):
+    own_run(tmp_path)
+    (tmp_path / "ECLIPSE.SMSPEC").unlink()
+    result = run(tmp_path, small_deck.deck(schedule=schedule("4*30"), options=TRACED_END))
+    assert result.status == 1
+    assert "ERROR: SMSPEC file is not given. Cannot Check .SXXXX file." in result.console
+
+
+def test_model_and_state_of_an_outside_run_serve_the_runs_own_solvers(tmp_path):
+    before = own_run(tmp_path)
+    taken = own_run(tmp_path, extra="USEECLTR")
+    assert restarts_read(taken) == [0]
+    assert "Sum Trans Error : X direc = 0" in taken.console
+    for column, values in before.table().items():
+        assert taken.table()[column] == pytest.approx(values, rel=1e-4, abs=1e-6), column
+
+
+def test_a_run_leaves_its_history_and_repeats_it(tmp_path):
+    before = own_run(tmp_path, extra="OUTWHIST")
+    text = before.read("SCHEDULE_TEMPORARY_FOR_HM.DATA")
+    assert text.count("TSTEP\n30 /") == 4
+    assert "'INJ' WATER OPEN 50 " in text
+    controls = small_deck.SCHEDULE.index("WCONPROD")
+    repeated = small_deck.SCHEDULE[:controls] + "INCLUDE\n'HISTORY.INC' /\nEND\n"
+    again_folder = tmp_path / "again"
+    again_folder.mkdir()
+    again = kvr_run.finished_normally(run(again_folder, small_deck.deck(schedule=repeated), {"HISTORY.INC": text}))
+    for column in ("WOPR:PROD", "WWPR:PROD", "WWIR:INJ"):
+        assert again.table()[column][-1] == pytest.approx(before.table()[column][-1], rel=1e-3, abs=1e-6), column
+
+
+def test_a_history_without_summary_files_is_warned_of_at_the_start(tmp_path):
+    result = run(tmp_path, small_deck.deck(options=kvr_run.options(lines=20, solver="DGESV", extra="OUTWHIST")))
+    assert "WARNING :: OUTWHIST NEEDS" in result.console
+    assert result.status == 1
