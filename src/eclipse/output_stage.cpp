@@ -1,5 +1,6 @@
 #include "eclipse/output_stage.hpp"
 
+#include "base/end_signal.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/end_file.hpp"
 #include "eclipse/file_failure.hpp"
@@ -149,6 +150,7 @@ void convertOutsideRun(Simulation& simulation) {
         clear_ECLIPSE_Data(simulation.console, outsideFile(options, options.headerName, ""));
     lineToBoth(simulation.console, "Run Simulation by ECLIPSE");
     runOutsideCommand(simulation.console, options, options.headerName);
+    if (endSignal() != 0) return;
     input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
     input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
 }

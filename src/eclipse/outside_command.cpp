@@ -1,5 +1,6 @@
 #include "eclipse/outside_command.hpp"
 
+#include "base/end_signal.hpp"
 #include "base/hard_stop.hpp"
 #include "base/shell.hpp"
 #include "base/text.hpp"
@@ -24,9 +25,10 @@ std::string howItEnded(const ShellEnd& end) {
 }  // namespace
 
 std::string outsideCommand(const RunOptions& options, std::string_view deck) {
-    const std::string run = std::string(trim(options.simulatorCommand)) + " " + std::string(trim(deck));
+    const std::string run =
+        std::string(trim(options.simulatorCommand)) + " " + shellWord(std::string(trim(deck)));
     if (options.linuxRun) return run;
-    return "cd /d " + std::string(trim(outsideFolder(options))) + " & " + run;
+    return "cd /d " + shellWord(std::string(trim(outsideFolder(options)))) + " & " + run;
 }
 
 void requirePermission(const Console& console, const RunOptions& options, std::string_view deck) {
@@ -41,7 +43,8 @@ bool runOutsideCommand(const Console& console, const RunOptions& options, std::s
     requirePermission(console, options, deck);
     const std::string line = outsideCommand(options, deck);
     tell(console, "Command :: " + line);
-    const ShellEnd end = runShell(line, folderOfShell(options));
+    const ShellEnd end = runShell(console, line, folderOfShell(options));
+    if (endSignal() != 0) return false;
     if (succeeded(end)) return true;
     tell(console, "Commandline -$eclipse- is not recognized");
     tell(console, "Check environmental varialbe of computer");

@@ -241,6 +241,7 @@ int runSimulation(Simulation& simulation) {
         if (!simulation.options.traceFromRestart) applyEconomicLimits(simulation);
         noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
+        if (simulation.options.traceFromRestart) passWellEvents(simulation);
         wellEvent(simulation);
         nextTableEntries(simulation);
     }

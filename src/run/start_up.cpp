@@ -49,6 +49,7 @@
 #include "streamline/tracing/cell_tags.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace kvr {
 
@@ -113,10 +114,20 @@ void closeConversion(Simulation& simulation) {
     closeLog(simulation.outputs, simulation.console);
 }
 
+/// A command that a signal has ended ends the conversion with it.
+void leaveAtSignal(Simulation& simulation) {
+    if (endSignal() == 0) return;
+    tell(simulation.console,
+         fmt::format("RUN OF THE OUTSIDE SIMULATOR IS ENDED BY {}", signalName(endSignal())));
+    closeConversion(simulation);
+    std::exit(statusOfSignal(endSignal()));
+}
+
 /// An .afi file alone: IX runs, its grid and restarts become plots, and the run ends.
 [[noreturn]] void extractAndStop(Simulation& simulation) {
     const RunOptions& options = simulation.options;
     ix_run(simulation);
+    leaveAtSignal(simulation);
     input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
     input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
     closeConversion(simulation);
@@ -140,6 +151,7 @@ void closeConversion(Simulation& simulation) {
     if (status != 0) stopOnFileStatus(console, status, path);
     lineToBoth(console, "Run Simulation by ECLIPSE");
     runOutsideCommand(console, simulation.options, simulation.options.headerName);
+    leaveAtSignal(simulation);
     closeConversion(simulation);
     normalStop();
 }
@@ -176,6 +188,7 @@ void openAndRead(Simulation& simulation) {
 
 void convertAndClose(Simulation& simulation) {
     convertOutsideRun(simulation);
+    leaveAtSignal(simulation);
     closeConversion(simulation);
 }
 
@@ -247,7 +260,8 @@ void takeOutsideModel(Simulation& s) {
     input_INIT_TRANS(s.console, s.options, s.units, header, s.grid, s.connections);
     input_RST2Velocity(s, header, 0);
     refreshProperties(s.grid, s.fluids, s.state);
-    deriveFromWells(s);
+    // Wells are still shut in a restart of time zero: those of the schedule stand.
+    if (!s.schedule.steps.empty() && !s.schedule.steps.front().wells.empty()) rebuildWells(1, s);
 }
 
 void rebuildWells(int entry, Simulation& simulation) {
@@ -276,7 +290,8 @@ void startUp(Simulation& simulation) {
     if (converts && simulation.options.eclipseToIx) convertDeckAndStop(simulation);
     if (converts && simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
-    if (!simulation.options.checkOnly) removeStaleFiles(simulation);
+    const bool readsOld = simulation.options.useEclipseTrans;  // what stands there may be what is to be taken
+    if (!simulation.options.checkOnly && !readsOld) removeStaleFiles(simulation);
     const StageTimer timer(simulation.times.initialisation);
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
@@ -285,7 +300,10 @@ void startUp(Simulation& simulation) {
                      simulation.velocity);
     conditionGeometry(simulation);
     applyFaultMultipliers(1, simulation);
-    if (simulation.options.useEclipseTrans && !simulation.options.checkOnly) takeOutsideModel(simulation);
+    if (readsOld && !simulation.options.checkOnly) {
+        takeOutsideModel(simulation);
+        removeStaleFiles(simulation);
+    }
     tellDeckSummary(simulation);
     if (simulation.options.checkOnly) return;
     if (simulation.options.method == "FIM") {

@@ -105,6 +105,10 @@ void passTableEntries(Simulation& s) {
     passEntries(s.schedule.reportEnd, clock.time, 0, clock.reportIndex);
     passEntries(s.schedule.stepEnd, clock.time, 1, clock.tstepIndex);
     passEntries(s.options.solverPhaseEnd, clock.time, 0, clock.solverPhaseIndex);
+}
+
+void passWellEvents(Simulation& s) {
+    RunClock& clock = s.clock;
     const int before = clock.wellChangeIndex;
     passEntries(s.schedule.wellEventTime, clock.time, 2, clock.wellChangeIndex);
     if (clock.wellChangeIndex != before) rebuildWells(clock.wellChangeIndex + 1, s);
