@@ -1,6 +1,7 @@
 #include "eclipse/pillar_reader.hpp"
 
 #include "base/units.hpp"
+#include "eclipse/cell_arrays.hpp"
 #include "eclipse/keyword_loop.hpp"
 #include "model/corner_point.hpp"
 #include "model/grid_memory.hpp"
@@ -122,6 +123,8 @@ ReadResult readPillarBlocks(const Console& console, RecordReader& reader, GridMo
     if (!scan.hasHead) return rejectBlock(reader, whole, "the file has no head of a grid");
     if (scan.COORD.size() != pillarCount(grid) * PillarValues || scan.ZCORN.size() != cells * CornersOfCell)
         return rejectBlock(reader, whole, "pillars and depths of the corners of every cell were expected");
+    if (!areCoordinates(scan.COORD) || !areCoordinates(scan.ZCORN))
+        return rejectBlock(reader, whole, "corners that are no places");
     if (!scan.ACTNUM.empty() && scan.ACTNUM.size() != cells)
         return rejectBlock(reader, whole, "ACTNUM: one value per cell was expected");
     placeCells(scan, grid);

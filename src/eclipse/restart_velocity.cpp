@@ -1,5 +1,6 @@
 #include "eclipse/restart_velocity.hpp"
 
+#include "base/hard_stop.hpp"
 #include "base/messages.hpp"
 #include "base/text.hpp"
 #include "eclipse/file_failure.hpp"
@@ -32,6 +33,7 @@ struct RestartScan {
     RestartWellTables wells;
     double time = 0.0;  // days
     bool hasTime = false;
+    bool hasFractions = false;  // of a compositional run
 };
 
 std::int32_t slotOf(const std::vector<std::int32_t>& head, std::size_t slot) {
@@ -70,6 +72,17 @@ void takeTime(const BlockData& data, RestartScan& scan) {
     scan.hasTime = true;
 }
 
+/// A field from the pressures of a compositional run needs a flash, which this version does not have.
+void requireBlackOil(const Simulation& run, const RestartScan& scan) {
+    if (anyFlux(scan.fluxes)) return;
+    if (!scan.hasFractions && run.options.componentCount == 0) return;
+    lineToBoth(run.console, scan.hasFractions
+                                ? "ERROR :: The restart is compositional (ZMF1) and has no fluxes, "
+                                  "this version makes no field of its pressures"
+                                : "ERROR :: Cannot construc velocity, Total mole fraction is missing...");
+    hardStop(run.console);
+}
+
 /// Takes a block; false for a keyword that has no use.
 bool takeBlock(Simulation& run, const BlockHeader& header, const BlockData& data, RestartScan& scan) {
     const std::string_view keyword = view(header.keyword);
@@ -81,6 +94,7 @@ bool takeBlock(Simulation& run, const BlockHeader& header, const BlockData& data
         takeTime(data, scan);
         return true;
     }
+    scan.hasFractions = scan.hasFractions || keyword == "ZMF1    ";
     if (takeWellBlock(header, data, scan.wells)) return true;
     if (takeFluxBlock(run.console, run.grid, header, data, scan.fluxes)) return true;
     return takeCellBlock(run.console, run.grid, scan.units, header, data, scan.cells, run.state);
@@ -209,6 +223,7 @@ RestartReading input_RST2Velocity(Simulation& simulation, std::string_view heade
         simulation.options.useEclipsePressure && step > 0;  // those of the start are taken
     closeInactiveCells(simulation.grid, simulation.connections);
     readFile(simulation, reader, scan);
+    requireBlackOil(simulation, scan);
     setStepLength(console, simulation.options, scan, simulation.clock);
     reading.found = true;
     reading.hasFluxes = anyFlux(scan.fluxes);
