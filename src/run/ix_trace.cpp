@@ -22,6 +22,7 @@
 #include "report/well_tables.hpp"
 #include "run/closing_summary.hpp"
 #include "run/deck_summary.hpp"
+#include "run/run_files.hpp"
 #include "streamline/streamline_step.hpp"
 
 namespace kvr {
@@ -98,6 +99,7 @@ void setTraceOptions(Simulation& s) {
 }
 
 void startReports(Simulation& s) {
+    removeStaleFiles(s);
     allocateStreamlines(s);
     writeStaticPlots(s);
     reportOutput(s, 0, s.schedule.endTime);
@@ -108,7 +110,8 @@ void startReports(Simulation& s) {
     checkWritten(s.console);
 }
 
-/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero.
+/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero. They
+/// come behind the lines, whose files are named by the step that the clock has not yet made.
 void reportWellFlows(Simulation& s) {
     advanceCalendar(s.clock.workDt, s.clock);
     s.clock.time = s.clock.endTime;
