@@ -1,7 +1,7 @@
 #include "matching/matching_system.hpp"
 
-#include "matching/box_grid.hpp"
-#include "matching/dense_system.hpp"
+#include "unit/matching/box_grid.hpp"
+#include "unit/matching/dense_system.hpp"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,10 +1,10 @@
 #include "matching/minimise.hpp"
 
-#include "matching/box_grid.hpp"
-#include "matching/dense_system.hpp"
 #include "matching/gauss_newton.hpp"
 #include "matching/lsqr.hpp"
-#include "quiet_console.hpp"
+#include "unit/matching/box_grid.hpp"
+#include "unit/matching/dense_system.hpp"
+#include "unit/quiet_console.hpp"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "matching/well_match.hpp"
 
 #include "matching/travel_time_shift.hpp"
-#include "quiet_console.hpp"
+#include "unit/quiet_console.hpp"
 
 #include <gtest/gtest.h>
 
