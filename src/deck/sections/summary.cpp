@@ -77,7 +77,7 @@ constexpr std::array SummaryKeywords = {
     Row{"FGIT", askOfField, "field: gas injected"},
     Row{"FOIT", askOfField, "field: oil injected"},
     Row{"FVIT", askOfField, "field: reservoir volume injected"},
-    Row{"FPR", askOfField, "field: average pressure"},
+    Row{"FPR", askOfField, "field: average pressure, by the volume of oil and gas"},
     Row{"FOIP", askOfField, "field: oil in place"},
     Row{"FWIP", askOfField, "field: water in place"},
     Row{"FGIP", askOfField, "field: gas in place, dissolved gas included"},
