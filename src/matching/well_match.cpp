@@ -70,6 +70,20 @@ const std::vector<double>& quantityOf(const MisfitSettings& settings, const Well
     return settings.quantity == MatchedQuantity::Cut ? series.cut : series.gasOilRatio;
 }
 
+/// Mean of observed minus calculated over the measured pressures that count.
+template <class Counts>
+double meanDifference(std::span<const double> observed, std::span<const double> calculated,
+                      const Counts& counts) {
+    double sum = 0.0;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < observed.size(); ++i) {
+        if (observed[i] <= 0.0 || !counts(i)) continue;
+        sum += observed[i] - calculated[i];
+        ++count;
+    }
+    return count == 0 ? 0.0 : sum / static_cast<double>(count);
+}
+
 void measurePressure(const Console& console, const MisfitSettings& settings, bool pressureControlled,
                      WellMatch& well) {
     const std::vector<double>&obs = well.obs.pressure, &cal = well.cal.pressure;
@@ -94,22 +108,14 @@ MisfitSettings misfitSettings(const RunOptions& options) {
 }
 
 double meanPressureDifference(std::span<const double> observed, std::span<const double> calculated) {
-    double sum = 0.0;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < observed.size(); ++i) {
-        if (observed[i] <= 0.0) continue;
-        sum += observed[i] - calculated[i];
-        ++count;
-    }
-    return count == 0 ? 0.0 : sum / static_cast<double>(count);
+    return meanDifference(observed, calculated, [](std::size_t) { return true; });
 }
 
 double latePressureDifference(std::span<const double> times, std::span<const double> observed,
                               std::span<const double> calculated, double weight) {
-    const auto late =
-        std::find_if(times.begin(), times.end(), [&](double time) { return time > weight * times.back(); });
-    const auto first = static_cast<std::size_t>(late - times.begin());
-    return meanPressureDifference(observed.subspan(first), calculated.subspan(first));
+    if (times.empty()) return 0.0;
+    const double end = *std::max_element(times.begin(), times.end());
+    return meanDifference(observed, calculated, [&](std::size_t i) { return times[i] > weight * end; });
 }
 
 double beyondCriterion(double misfit, double criterion) {

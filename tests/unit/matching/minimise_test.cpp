@@ -219,6 +219,20 @@ TEST(Minimisation, ChangesActiveCellsOnlyAndSaysThatItIsCalled) {
     }
 }
 
+TEST(Minimisation, WithoutActiveCellsOrDataNothingChanges) {
+    const GridModel nothing = boxGrid(2, 1, 1, {1, 2}), grid = boxGrid(2, 1, 1);
+    CellArray<double> lnk, new_lnk;
+    lnk.assign(2, 2.0);
+    const QuietConsole quiet;
+    for (const MinimisationMethod method : {MinimisationMethod::Lsqr, MinimisationMethod::GaussNewton}) {
+        const MinimisationSettings settings{method, 400, {0.1, 0.1, 0.1}};
+        minimise(quiet.console, settings, nothing, dataOf(nothing, {{3.0, 4.0}}, {10.0}), lnk, new_lnk);
+        EXPECT_EQ(new_lnk.slots, lnk.slots);
+        minimise(quiet.console, settings, grid, {}, lnk, new_lnk);
+        EXPECT_EQ(new_lnk.slots, lnk.slots);
+    }
+}
+
 TEST(Minimisation, TellsTheFirstNineIterationsAndEveryTenth) {
     const GridModel grid = boxGrid(40, 1, 1);
     DenseRows rows(40, std::vector<double>(40, 0.0));

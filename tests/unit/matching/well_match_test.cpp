@@ -46,6 +46,9 @@ TEST(PressureMisfit, UnderAWeightCountsLateTimesOnly) {
         << "25 % is not above";
     EXPECT_NEAR(latePressureDifference(Times, Observed, Calculated, 0.5), -30.0, 1e-12);
     EXPECT_EQ(latePressureDifference(Times, Observed, Calculated, 1.0), 0.0);
+    EXPECT_EQ(latePressureDifference({}, {}, {}, 0.5), 0.0);
+    const std::vector<double> unsorted{400.0, 100.0, 200.0};
+    EXPECT_NEAR(latePressureDifference(unsorted, Observed, Calculated, 0.4), -40.0, 1e-12);
 }
 
 TEST(BeyondCriterion, SmallMisfitsCountAsMatched) {
