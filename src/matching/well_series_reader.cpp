@@ -5,13 +5,10 @@
 #include "base/text.hpp"
 #include "eclipse/well_data_layout.hpp"
 #include "matching/calculated_wells.hpp"
+#include "matching/well_data_text.hpp"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <charconv>
-#include <cmath>
-#include <cstdio>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -41,62 +38,15 @@ constexpr std::vector<double> WellSeries::*Lists[] = {
 enum ListPlace { Time, Oil, Water, Gas, Pressure, Cut, GasOilRatio, ListCount };
 constexpr int UnknownColumn = -1;
 
-struct WellDataText {
+struct SeriesText : WellDataText {
     const Console& console;
     const SideWords& words;
-    DeckPlace place;
-    std::string_view left;  // unread lines
-    std::vector<std::string_view> line;
 };
 
-[[noreturn]] void stopAt(const WellDataText& text, std::string_view message) {
+[[noreturn]] void stopAt(const SeriesText& text, std::string_view message) {
     lineToBoth(text.console, message);
     lineToBoth(text.console, placeText(text.place, ""));
     hardStop(text.console);
-}
-
-[[noreturn]] void stopOnOpening(const Console& console, int status, const std::string& path) {
-    if (status == OpenErrorStatus)
-        lineToBoth(console, "ERROR: File Open Error");
-    else if (status == HandlingErrorStatus)
-        lineToBoth(console, "ERROR: File handling Error at *.obs file for INVERSION ");
-    else
-        both(console, "ERROR: File handling error in obs file for inversion, code = {}", status);
-    lineToBoth(console, path);
-    hardStop(console);
-}
-
-std::string wholeFile(const Console& console, const std::string& path) {
-    errno = 0;
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) stopOnOpening(console, errno == ENOENT ? OpenErrorStatus : errno, path);
-    std::string text;
-    std::array<char, 65536> piece;
-    for (std::size_t count; (count = std::fread(piece.data(), 1, piece.size(), file)) > 0;)
-        text.append(piece.data(), count);
-    const bool failed = std::ferror(file) != 0;  // a folder opens but cannot be read
-    std::fclose(file);
-    if (failed) stopOnOpening(console, HandlingErrorStatus, path);
-    return text;
-}
-
-/// Splits the next line that is not blank into its words; false at the end of the file.
-bool nextLine(WellDataText& text) {
-    constexpr std::string_view Separators = " \t\r,";
-    while (!text.left.empty()) {
-        const std::size_t end = std::min(text.left.find('\n'), text.left.size());
-        std::string_view line = text.left.substr(0, end);
-        text.left.remove_prefix(std::min(end + 1, text.left.size()));
-        ++text.place.lineNumber;
-        text.line.clear();
-        for (std::size_t at = 0; (at = line.find_first_not_of(Separators, at)) != line.npos;) {
-            const std::size_t stop = std::min(line.find_first_of(Separators, at), line.size());
-            text.line.push_back(line.substr(at, stop - at));
-            at = stop;
-        }
-        if (!text.line.empty()) return true;
-    }
-    return false;
 }
 
 /// The list that a column fills; ListCount + c - 1 for component c.
@@ -111,7 +61,7 @@ int listOfColumn(std::string_view word, int componentCount) {
 }
 
 /// The list of each column behind the well's name.
-std::vector<int> readHead(WellDataText& text, int componentCount) {
+std::vector<int> readHead(SeriesText& text, int componentCount) {
     std::vector<int> lists;
     const auto takeLine = [&](std::size_t first) {
         for (std::size_t n = first; n < text.line.size(); ++n) {
@@ -134,28 +84,12 @@ std::vector<int> readHead(WellDataText& text, int componentCount) {
     return lists;
 }
 
-std::optional<double> numberOf(std::string_view word) {
-    std::string form(word.starts_with('+') ? word.substr(1) : word);
-    std::replace_if(
-        form.begin(), form.end(), [](char c) { return c == 'd' || c == 'D'; }, 'E');
-    double value = 0.0;
-    const auto [stop, status] = std::from_chars(form.data(), form.data() + form.size(), value);
-    if (status == std::errc::result_out_of_range && stop == form.data() + form.size()) {
-        // Too small to be held is 0; too large is no number.
-        return form.find("E-") == std::string::npos && form.find("e-") == std::string::npos
-                   ? std::nullopt
-                   : std::optional<double>(0.0);
-    }
-    if (status != std::errc() || stop != form.data() + form.size() || !std::isfinite(value)) return {};
-    return value;
-}
-
 /// What has been said of a well already.
 struct WellRemarks {
     bool order = false, range = false;
 };
 
-void checkPoint(const WellDataText& text, const WellSeries& series, WellRemarks& remarks) {
+void checkPoint(const SeriesText& text, const WellSeries& series, WellRemarks& remarks) {
     const std::size_t last = series.time.size() - 1;
     if (series.time[last] < 0.0) stopAt(text, text.words.suspicious);
     if (!remarks.order && last > 0 && series.time[last] <= series.time[last - 1]) {
@@ -173,7 +107,7 @@ void checkPoint(const WellDataText& text, const WellSeries& series, WellRemarks&
            series.name);
 }
 
-void takeRow(const WellDataText& text, const std::vector<int>& lists, WellSeries& series) {
+void takeRow(const SeriesText& text, const std::vector<int>& lists, WellSeries& series) {
     for (std::size_t n = 0; n < lists.size(); ++n) {
         const std::optional<double> value = numberOf(text.line[n + 1]);
         if (!value) stopAt(text, text.words.unreadable);
@@ -186,7 +120,7 @@ void takeRow(const WellDataText& text, const std::vector<int>& lists, WellSeries
     log(text.console, "{} Point  : {}", text.words.row, series.count());
 }
 
-void readRows(WellDataText& text, const std::vector<int>& lists, std::vector<WellSeries>& wells) {
+void readRows(SeriesText& text, const std::vector<int>& lists, std::vector<WellSeries>& wells) {
     std::vector<WellRemarks> remarks(wells.size());
     std::set<std::string, std::less<>> strangers;
     while (nextLine(text)) {
@@ -228,8 +162,8 @@ std::vector<WellSeries> readWellSeries(const Console& console, const std::string
     const SideWords& words = Words[side == WellDataSide::Observed ? 0 : 1];
     const std::string path = folder + std::string(words.file);
     lineToBoth(console, words.reading);
-    const std::string contents = wholeFile(console, path);
-    WellDataText text{console, words, {path, 0}, contents, {}};
+    const std::string contents = readWellData(console, path);
+    SeriesText text{{{path, 0}, contents, {}}, console, words};
     std::vector<WellSeries> series(wells.size());
     for (std::size_t w = 0; w < wells.size(); ++w) {
         series[w].name = wells[w].substr(0, NameLength);
