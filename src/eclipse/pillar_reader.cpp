@@ -22,6 +22,7 @@ struct PillarScan {
     std::vector<float> COORD, ZCORN;
     std::vector<std::int32_t> ACTNUM;
     bool hasHead = false;
+    bool fresh = false;  // the grid is made from the file, and so is its activity
 };
 
 std::size_t pillarCount(const GridModel& grid) {
@@ -102,6 +103,7 @@ void placeCells(const PillarScan& scan, GridModel& grid) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         for (int corner = 1; corner <= static_cast<int>(CornersOfCell); ++corner)
             placeCorner(scan, grid, cell, corner);
+        if (!scan.fresh) continue;
         grid.Active[cell] =
             scan.ACTNUM.empty() || scan.ACTNUM[static_cast<std::size_t>(cell) - 1] > 0 ? 1 : 0;
     }
@@ -111,6 +113,7 @@ void placeCells(const PillarScan& scan, GridModel& grid) {
 
 ReadResult readPillarBlocks(const Console& console, RecordReader& reader, GridModel& grid) {
     PillarScan scan;
+    scan.fresh = grid.NCELLS == 0;
     const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
         return takeBlock(console, reader, header, data, scan, grid);
     });

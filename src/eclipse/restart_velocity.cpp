@@ -13,6 +13,7 @@
 #include "eclipse/restart_units.hpp"
 #include "eclipse/restart_wells.hpp"
 #include "eclipse/summary_reader.hpp"
+#include "model/neighbours.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "streamline/tracing/cell_tags.hpp"
@@ -50,9 +51,11 @@ FileUnits unitsOf(const Console& console, const UnitSystem& run, std::int32_t co
 void checkHead(const Console& console, const GridModel& grid, const std::vector<std::int32_t>& head) {
     if (slotOf(head, inte_head::ActiveCells) != activeCount(grid))
         lineToBoth(console, " ERROR :: ACTNUM not match from INIT and KVR");
-    const long long cells = static_cast<long long>(slotOf(head, inte_head::NX)) *
-                            slotOf(head, inte_head::NY) * slotOf(head, inte_head::NZ);
-    if (cells != grid.NCELLS) lineToBoth(console, "Dimension does not match - Restart and Grid file");
+    double cells = 1.0;  // of what a damaged header may say, no integer holds the product
+    for (const std::size_t slot : {inte_head::NX, inte_head::NY, inte_head::NZ})
+        cells *= static_cast<double>(slotOf(head, slot));
+    if (cells != static_cast<double>(grid.NCELLS))
+        lineToBoth(console, "Dimension does not match - Restart and Grid file");
 }
 
 void takeHead(const Simulation& run, const std::vector<std::int32_t>& head, RestartScan& scan) {
@@ -129,7 +132,8 @@ std::vector<std::string> summaryWells(const Simulation& run, std::string_view he
     if (readSummarySpec(run.console, reader, spec) != ReadResult::Error) {
         for (std::size_t n = 0; n < std::min(spec.keywords.size(), spec.wells.size()); ++n) {
             const std::string name(trim(view(spec.wells[n])));
-            const bool ofWell = view(spec.keywords[n]).starts_with('W') && !name.starts_with(':');
+            const char kind = view(spec.keywords[n]).front();  // vectors of wells and of their connections
+            const bool ofWell = (kind == 'W' || kind == 'C') && !name.starts_with(':');
             if (ofWell && !name.empty() && std::find(names.begin(), names.end(), name) == names.end())
                 names.push_back(name);
         }
@@ -142,15 +146,14 @@ std::vector<std::string> summaryWells(const Simulation& run, std::string_view he
 void makeField(Simulation& run, RestartScan& scan) {
     completeSaturations(run.grid, scan.cells, run.state);
     const bool fromPressures = !anyFlux(scan.fluxes);
-    const bool pressureRead = std::find(scan.cells.given.begin(), scan.cells.given.end(),
-                                        &CellState::Pressure) != scan.cells.given.end();
     if (fromPressures) {
         lineToBoth(run.console, "FLUX NOT FOUND...");
         lineToBoth(run.console, "Construct Velocity Field from Pressure");
     } else {
         lineToBoth(run.console, "FLUX DATA FOUND :: Trace Streamline using FLO_X+");
     }
-    if (fromPressures || pressureRead) completeProperties(run.grid, run.fluids, scan.cells.given, run.state);
+    // Also where the file has no pressures: factors of absent phases are still those of the restart before.
+    completeProperties(run.grid, run.fluids, scan.cells.given, run.state);
     if (fromPressures) {
         BuildVelocityFromPressure(run.options, run.units, run.grid, run.connections, run.state, {},
                                   run.velocity);
@@ -162,32 +165,42 @@ void makeField(Simulation& run, RestartScan& scan) {
 }
 
 /// The index of line files anew for wells that were not known when it was written.
-void nameWells(Simulation& run) {
+void tellLineFiles(Simulation& run) {
     std::vector<std::string> names;
     for (const Well& well : run.wells.wells) names.push_back(well.WellName);
-    if (names.size() == run.eclipse.wellCount) return;
+    if (names == run.restart.namedWells) return;
+    run.restart.namedWells = names;
     run.eclipse.wellCount = names.size();
     writeLineSpec(run.console, run.options, run.grid, names, run.eclipse.paths);
 }
 
+/// A well that flows by the file marks its cells, whatever target the deck has for it.
+void tagFlowingWells(const WellRecord& wells, CellTags& tags) {
+    for (const Well& well : wells.wells) {
+        if (well.shut || well.reservoirRate == 0.0) continue;
+        for (const WellConnection& connection : well.connections)
+            tags.CellTag[connection.ConnCell] = tagKindOf(well.WellKind);
+    }
+}
+
 /// The wells behind the field; a deck without wells has those of the file.
 void takeWells(Simulation& run, std::string_view header, const RestartScan& scan) {
-    const std::vector<FileWell> file = wellsOf(scan.wells, scan.units);
+    std::vector<FileWell> file = wellsOf(scan.wells, scan.units);
     const bool hasTable = !scan.wells.IWEL.empty();
     if (run.wells.wells.empty()) run.restart.wellsFromFile = true;
     if (run.restart.wellsFromFile) {
         const bool named =
-            std::any_of(file.begin(), file.end(), [](const FileWell& w) { return !w.name.empty(); });
-        const std::vector<std::string> names =
-            named || file.empty() ? std::vector<std::string>{} : summaryWells(run, header);
-        makeWells(run.console, run.grid, file, names, run.wells);
-        nameWells(run);
+            std::all_of(file.begin(), file.end(), [](const FileWell& w) { return !w.name.empty(); });
+        if (!named) nameWells(summaryWells(run, header), file);
+        makeWells(run.console, run.grid, file, run.wells);
+        tellLineFiles(run);
     } else if (hasTable) {
         checkWells(run.console, run.grid, file, run.wells);
     }
     updateWells(run.units, run.grid, run.connections, run.fluids, run.state, run.velocity, file, run.wells,
                 run.pressure);
     rebuildCellTags(run.grid.NCELLS, run.wells, run.tags);
+    tagFlowingWells(run.wells, run.tags);
 }
 
 }  // namespace
@@ -208,6 +221,7 @@ RestartReading input_RST2Velocity(Simulation& simulation, std::string_view heade
     scan.units = *fileUnits(inte_head::FieldUnits, simulation.units);
     scan.cells.keepSaturations =
         simulation.options.useEclipsePressure && step > 0;  // those of the start are taken
+    closeInactiveCells(simulation.grid, simulation.connections);
     readFile(simulation, reader, scan);
     requireBlackOil(simulation, scan);
     setStepLength(console, simulation.options, scan, simulation.clock);

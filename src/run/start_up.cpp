@@ -261,7 +261,9 @@ void takeOutsideModel(Simulation& s) {
     input_RST2Velocity(s, header, 0);
     refreshProperties(s.grid, s.fluids, s.state);
     // Wells are still shut in a restart of time zero: those of the schedule stand.
-    if (!s.schedule.steps.empty() && !s.schedule.steps.front().wells.empty()) rebuildWells(1, s);
+    const bool scheduled = !s.schedule.steps.empty() && !s.schedule.steps.front().wells.empty();
+    if (scheduled && !s.restart.wellsFromFile) return rebuildWells(1, s);
+    deriveFromWells(s);
 }
 
 void rebuildWells(int entry, Simulation& simulation) {

@@ -184,6 +184,8 @@ def test_our_own_run_traced_back_has_its_lines(tmp_path):
     assert known.mean() > 0.99 and difference.mean() < 0.005
     rows = {row.split()[0]: row.split()[1:] for row in own.console.splitlines() if re.match(r"P[1-4] ", row)}
     again = {row.split()[0]: row.split()[1:] for row in back.console.splitlines() if re.match(r"P[1-4] ", row)}
+    assert len(rows) == 4
+    # The run's rates are those of its step, the restart's what its field lets out of the cells at the end of it.
     for well, figures in rows.items():
         assert float(again[well][0]) == pytest.approx(float(figures[0]), rel=0.05, abs=0.1), well
 
@@ -261,7 +263,7 @@ def test_our_own_pressure_on_the_cells_of_gas_injection_gives_the_same_times(gas
 
 
 @needs_flow
-def test_times_along_lines_of_gas_injection_are_those_of_finite_volumes(gas_injection, tmp_path):
+def test_half_of_the_nodes_of_gas_injection_are_near_finite_volumes(gas_injection, tmp_path):
     """Lines from the injector at the last month. Gas rises and oil sinks between three layers, so that the finite volumes want
     many parts along z; where the flow turns they are not done with these, and the median is held."""
     deck, step, result = gas_injection
@@ -310,8 +312,8 @@ def test_the_fluxes_of_a_commercial_restart_are_found(commercial):
         assert f" RESTART Key ignored  : {keyword}" in commercial.log
 
 
-def test_the_fluxes_of_a_commercial_restart_follow_darcys_law(commercial):
-    """The file's own factors, viscosities and relative permeabilities with its transmissibilities and pressures."""
+def test_the_file_of_the_commercial_simulator_agrees_with_darcys_law(commercial):
+    """Of the reference, no line of ours: the file's own factors, viscosities and relative permeabilities with its transmissibilities and pressures."""
     restart, static = (arrays(commercial.folder / f"ECLIPSE.{kind}") for kind in ("X0001", "INIT"))
     p = restart["PRESSURE"].reshape(HOMO_CELLS).astype(float)
     grid = {name: restart[name].reshape(HOMO_CELLS).astype(float) for name in
@@ -365,3 +367,21 @@ def test_wells_that_only_the_restart_knows_send_lines_and_take_them(tmp_path):
     assert by_pair(result).sum() == pytest.approx(463.1, rel=0.01)  # 603.03 stb/day at the 87966 psia of the injector's cell
     assert re.search(r"^INJ +0\.0 +603\.0", result.console, re.M)
     assert re.search(r"^PRD +49\.2 +24\.8", result.console, re.M)
+
+
+@needs_decks
+def test_a_run_on_the_transmissibilities_of_another_flows_as_without_them(tmp_path):
+    """USEECLTR alone: model and restart 0 of the commercial simulator, in which nothing flows yet; the solver and the wells are
+    ours."""
+    deck = without_end(public_deck("restart/2D_HOMO/ECLIPSE.DATA"))
+    rates = []
+    for name, words in (("own", ""), ("other", "USEECLTR\nLINUXRUN\nECLCOMM\ntrue\n")):
+        folder = tmp_path / name
+        folder.mkdir()
+        for path in (PUBLIC_DECKS / "restart/2D_HOMO").iterdir():
+            if path.suffix != ".DATA":
+                (folder / path.name).write_bytes(path.read_bytes())
+        result = finished_normally(run(folder, deck + f"\nEND\nTUNEKVR\nFDMETHOD\nFIM\n{words}"))
+        rates.append([float(result.table()[column][-1]) for column in ("WOPR:PRD", "WWPR:PRD")])
+    print(rates)
+    assert rates[1] == pytest.approx(rates[0], rel=0.01) and rates[0][0] > 1.0
