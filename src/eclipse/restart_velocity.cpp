@@ -72,6 +72,14 @@ void takeTime(const BlockData& data, RestartScan& scan) {
     scan.hasTime = true;
 }
 
+bool bringsFactors(const RunOptions& options, const RestartCells& cells) {
+    const auto given = [&cells](CellArray<double> CellState::*array) {
+        return std::find(cells.given.begin(), cells.given.end(), array) != cells.given.end();
+    };
+    return (!options.hasOil || given(&CellState::Bo)) && (!options.hasWater || given(&CellState::Bw)) &&
+           (!options.hasGas || given(&CellState::Bg));
+}
+
 /// A field from the pressures of a compositional run needs a flash, which this version does not have.
 void requireBlackOil(const Simulation& run, const RestartScan& scan) {
     if (anyFlux(scan.fluxes)) return;
@@ -227,6 +235,7 @@ RestartReading input_RST2Velocity(Simulation& simulation, std::string_view heade
     setStepLength(console, simulation.options, scan, simulation.clock);
     reading.found = true;
     reading.hasFluxes = anyFlux(scan.fluxes);
+    reading.hasFactors = bringsFactors(simulation.options, scan.cells);
     if (scan.hasTime) reading.time = scan.time;
     makeField(simulation, scan);
     takeWells(simulation, header, scan);

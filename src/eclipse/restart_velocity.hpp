@@ -9,9 +9,10 @@ namespace kvr {
 
 /// What the reading of a restart has found. A restart that is not there leaves the run as it was.
 struct RestartReading {
-    bool found = false;      // the file stands and has been read
-    bool hasFluxes = false;  // a face flux keyword was in it; else the field was made from its pressures
-    double time = 0.0;       // days, of the restart; that of the clock where the file has none
+    bool found = false;       // the file stands and has been read
+    bool hasFluxes = false;   // a face flux keyword was in it; else the field was made from its pressures
+    bool hasFactors = false;  // formation volume factors of every phase of the run were in it
+    double time = 0.0;        // days, of the restart; that of the clock where the file has none
 };
 
 /// Turns step `step` of an outside run into the run's own state: the file is the working folder's

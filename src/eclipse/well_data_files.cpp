@@ -1,9 +1,9 @@
 #include "eclipse/well_data_files.hpp"
 
 #include "base/number_writer.hpp"
-#include "base/text.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/file_failure.hpp"
+#include "eclipse/well_data_layout.hpp"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +12,6 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t NameWidth = 8, NameGap = 4, HeadGap = 13;
-constexpr std::array<std::string_view, 8> Columns = {"WNAME", "TIME", "WOPR", "WWPR",
-                                                     "WGPR",  "WBHP", "WWCT", "WGOR"};
 constexpr std::array<int, 6> CalculatedIds = {response::WOPR, response::WWPR, response::WGPR,
                                               response::WBHP, response::WWCT, response::WGOR};
 constexpr std::array<int, 6> ObservedIds = {response::WOPRH, response::WWPRH, response::WGPRH,
@@ -26,17 +23,10 @@ std::FILE* createFile(const Console& console, const std::string& path) {
     return file;
 }
 
-void putHeadName(std::string_view name, NumberWriter& writer) {
-    put(writer, padded(name, NameWidth + HeadGap));
-}
-
 void putHead(int componentCount, std::FILE* file) {
     NumberWriter writer;
     writer.file = file;
-    for (const std::string_view column : Columns) putHeadName(column, writer);
-    put(writer, "\n");
-    for (int c = 1; c <= componentCount; ++c) putHeadName(fmt::format("WZMF_{:04d}", c), writer);
-    if (componentCount > 0) put(writer, "\n");
+    putWellDataHead(componentCount, writer);
     flush(writer);
 }
 
@@ -44,7 +34,7 @@ void putRows(const std::vector<int>& ids, const SharedElements<ScheduleWell>& we
              const SummaryResponse& response, std::FILE* file) {
     NumberWriter writer;
     writer.file = file;
-    const auto putValue = [&](double value) { put(writer, fmt::format("{:20.12E} ", value)); };
+    std::vector<double> values(ids.size() + 1);
     for (std::size_t slot = 0; slot < response.wellNames.size(); ++slot) {
         const std::string& name = response.wellNames[slot];
         const bool injects = std::any_of(wells.begin(), wells.end(), [&](const ScheduleWell& well) {
@@ -52,13 +42,12 @@ void putRows(const std::vector<int>& ids, const SharedElements<ScheduleWell>& we
         });
         if (injects) continue;
         for (std::size_t step = 0; step < response.time.size(); ++step) {
-            put(writer, padded(name, NameWidth + NameGap));
-            putValue(response.time[step]);
-            for (const int id : ids) {
-                const std::vector<double>* values = responseOf(response, id, static_cast<int>(slot) + 1);
-                putValue(values == nullptr ? 0.0 : (*values)[step]);
+            values[0] = response.time[step];
+            for (std::size_t n = 0; n < ids.size(); ++n) {
+                const std::vector<double>* vector = responseOf(response, ids[n], static_cast<int>(slot) + 1);
+                values[n + 1] = vector == nullptr ? 0.0 : (*vector)[step];
             }
-            put(writer, "\n");
+            putWellDataRow(name, values, writer);
         }
     }
     flush(writer);

@@ -82,6 +82,10 @@ void readField(Simulation& s) {
              outsideFile(s.options, s.options.headerName, ".X", TracedRestart));
         hardStop(s.console);
     }
+    if (!read.hasFactors)
+        warn(s.console,
+             "WARNING :: The restart has no formation volume factors (BO, BW, BG), those of default tables "
+             "serve");
     if (s.wells.wells.empty()) warn(s.console, "WARNING :: THE RESTART HAS NO WELLS, NO LINE STARTS");
     s.clock.endTime = s.schedule.endTime = read.time;
     s.clock.workDt = s.clock.dt;

@@ -10,4 +10,8 @@ void dgbtrf_(const int* m, const int* n, const int* kl, const int* ku, double* a
              int* pivot, int* info);
 void dgbtrs_(const char* trans, const int* n, const int* kl, const int* ku, const int* columns,
              const double* ab, const int* ldab, const int* pivot, double* b, const int* ldb, int* info);
+void dposv_(const char* triangle, const int* n, const int* columns, double* a, const int* lda, double* b,
+            const int* ldb, int* info);
+void dsyev_(const char* vectors, const char* triangle, const int* n, double* a, const int* lda,
+            double* eigenvalues, double* work, const int* workLength, int* info);
 }

@@ -119,12 +119,13 @@ TEST_F(RealCase, GivesTheFieldOfItsFluxesAtTheFactorsOfItsFile) {
                 largest, std::abs(run.velocity.CellFaceFlux(cell, 4) - through("FLOOILJ+", "FLOWATJ+")));
     }
     EXPECT_LT(largest, 1e-4 * Injected);
-    // What enters and leaves a cell without a well: the field is filling up from 3000 to 88,000 psia, and the
-    // compression of a cell takes the difference, at most 6e-6 a psi of its 891 rb at 230 psi a day.
+    // What enters and leaves a cell without a well does not cancel: water widens by 3 % from a cell to the next
+    // beside the injector (5.5 of its 182 rb/day), and as the field fills up to 88,000 psia cells and what is in
+    // them are compressed (6e-6 a psi of 891 rb at 230 psi a day).
     double imbalance = 0.0;
     for (CellId cell = 2; cell < run.grid.NCELLS; ++cell)
         imbalance = std::max(imbalance, std::abs(netOutflow(run.velocity, cell)));
-    EXPECT_LT(imbalance, 891.0 * 6e-6 * 230.0);
+    EXPECT_LT(imbalance, 182.0 * 0.03 + 891.0 * 6e-6 * 230.0 + 0.1);
     EXPECT_GT(imbalance, 1e-4 * Injected);
 }
 

@@ -37,6 +37,15 @@ TEST(JudgeStep, LetsTheNextStepGrowByTheRootOfWhatIsLeftOfTheLimits) {
     }
 }
 
+TEST(JudgeStep, LetsTheErrorOfMobilityGrowWithTheLength) {
+    AttemptFigures figures;
+    figures.mobilityError = 0.05;  // half the limit
+    EXPECT_NEAR(judgeStep(tenths(), figures, 10.0, 0).length, 16.0, 1e-12);
+    figures.volumeError = 0.04;
+    EXPECT_NEAR(judgeStep(tenths(), figures, 10.0, 0).length, 10.0 * 0.8 / std::sqrt(0.4), 1e-12)
+        << "the least that a figure asks for";
+}
+
 TEST(JudgeStep, ShortensAStepBeyondALimitByTheSameRule) {
     struct Row {
         double figure, share;
@@ -55,14 +64,16 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
         double AttemptFigures::*figure;
         double RunOptions::*limit;
         std::string_view reason;
+        double share;  // of the length: 0.8 over the root, or of mobilities over the figure itself
     };
     const Row rows[] = {
-        {&AttemptFigures::volumeError, &RunOptions::stepVolumeError, "volume error of the field"},
-        {&AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError, "volume error of a cell"},
-        {&AttemptFigures::deficit, &RunOptions::stepDeficit, "volume that cells did not hold"},
-        {&AttemptFigures::targetExcess, &RunOptions::stepTargetError, "rate over a target"},
-        {&AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, "rate away from the solved one"},
-        {&AttemptFigures::mobilityError, &RunOptions::stepMobilityError, "error of mobility"},
+        {&AttemptFigures::volumeError, &RunOptions::stepVolumeError, "volume error of the field", 0.4},
+        {&AttemptFigures::largestVolumeError, &RunOptions::stepCellVolumeError, "volume error of a cell",
+         0.4},
+        {&AttemptFigures::deficit, &RunOptions::stepDeficit, "volume that cells did not hold", 0.4},
+        {&AttemptFigures::targetExcess, &RunOptions::stepTargetError, "rate over a target", 0.4},
+        {&AttemptFigures::targetMiss, &RunOptions::stepTargetMiss, "rate away from the solved one", 0.4},
+        {&AttemptFigures::mobilityError, &RunOptions::stepMobilityError, "error of mobility", 0.2},
     };
     for (const Row& row : rows) {
         RunOptions options = tenths();
@@ -74,7 +85,7 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
         EXPECT_EQ(judgement.reason, row.reason);
         EXPECT_EQ(judgement.figure, 0.08);
         EXPECT_EQ(judgement.limit, 0.02);
-        EXPECT_NEAR(judgement.length, 0.4, 1e-12);
+        EXPECT_NEAR(judgement.length, row.share, 1e-12);
     }
 }
 
@@ -84,7 +95,7 @@ TEST(JudgeStep, AllowsMobilitiesThatWereNotForecastALargerError) {
     EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
     figures.forecast = false;
     EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Accepted);
-    figures.mobilityError = 1.7 * options.stepMobilityError;
+    figures.mobilityError = 2.1 * options.stepMobilityError;
     EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
     figures.volumeError = 1.5 * options.stepVolumeError;
     figures.mobilityError = 0.0;
