@@ -169,7 +169,8 @@ def test_native_files_go_before_any_other_deck(tmp_path):
     files = {"Reservoir.DATA": "", "Well.DATA": "", "Simulation.DATA": ""}
     result = run(tmp_path, small_deck.deck(), files=files)
     assert "WARNING: KVR Files detected..." in result.console
-    assert "the native three-file deck" in result.console
+    assert "ERROR :: DIMENS NOT SPECIFIED" in result.console
+    assert "File Reservoir.DATA" in result.console
     assert result.status == 1
 
 
