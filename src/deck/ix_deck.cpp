@@ -3,6 +3,7 @@
 #include "base/text.hpp"
 #include "deck/deck_opening.hpp"
 
+#include <algorithm>
 #include <array>
 
 namespace kvr {

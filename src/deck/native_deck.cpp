@@ -118,6 +118,15 @@ void readOptions(DeckReading& deck) {
     tellRest(deck);
 }
 
+/// An outside simulator reads one file: what its command gets is a name without one.
+void warnOfCommand(const DeckReading& deck) {
+    const RunOptions& options = deck.run.options;
+    if (!options.traceFromRestart && !options.eclipseToTecplot && !options.eclipseToIx) return;
+    warn(deck.run.console,
+         "WARNING :: The command of the outside simulator gets the name {}, of which there is no deck",
+         options.headerName);
+}
+
 }  // namespace
 
 void readNativeDeck(Simulation& simulation) {
@@ -126,6 +135,7 @@ void readNativeDeck(Simulation& simulation) {
     readReservoir(deck);
     readWells(deck);
     readOptions(deck);
+    warnOfCommand(deck);
     finishDeck(deck);
 }
 

@@ -166,7 +166,9 @@ struct RunOptions {
     bool co2Model = false;
     std::string simulatorCommand = "$e300";
     bool outsideAllowed = true;  // a command of the deck may be run; on the command line --allow-outside
+    std::string restartName;     // RESTART: of the run that wrote it
     int restartStep = 0;         // RESTART
+    bool restartInside = false;  // SKIPREST: the schedule is that of the whole run
 
     // --- property conditioning ----------------------------------------------------------------
     bool flowUpscaling = false;

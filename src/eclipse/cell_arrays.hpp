@@ -3,6 +3,8 @@
 #include "eclipse/records.hpp"
 #include "model/grid.hpp"
 
+#include <vector>
+
 namespace kvr {
 
 /// Number of cells whose ACTNUM is above 0.
@@ -58,5 +60,8 @@ void writeWords(RecordWriter& writer, std::string_view keyword,
         writer, keyword, static_cast<std::int32_t>(Count), [&](std::size_t n) { return text8(words[n]); },
         Cut::OneRecord);
 }
+
+/// Whether all values are places on earth, in any unit of length.
+bool areCoordinates(const std::vector<float>& values);
 
 }  // namespace kvr

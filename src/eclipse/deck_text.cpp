@@ -4,7 +4,8 @@ namespace kvr {
 
 namespace {
 
-constexpr int ValuesPerLine = 6;  // of 17 digits: simulators read no more than 128 characters of a line
+constexpr int ValuesPerLine = 8;
+constexpr std::size_t LineWidth = 128;  // simulators read no more of a line
 
 void putLine(std::string_view line, std::FILE* file) {
     std::fputs(fmt::format("{}\n", line).c_str(), file);
@@ -34,17 +35,23 @@ void putRecord(std::string_view keyword, std::string_view record, std::FILE* fil
 
 void putBlock(std::string_view keyword, std::span<const double> values, double factor, std::FILE* file) {
     putLine(keyword, file);
+    std::string line;
     int column = 0;
     for (std::size_t n = 0; n < values.size();) {
         std::size_t end = n + 1;
         while (end < values.size() && values[end] == values[n]) ++end;
         const std::string value = deckNumber(values[n] * factor);
         const std::string item = end - n > 1 ? fmt::format("{}*{}", end - n, value) : value;
-        column = (column + 1) % ValuesPerLine;
-        std::fputs(fmt::format("{}{}", item, column == 0 ? "\n" : " ").c_str(), file);
+        if (column == ValuesPerLine || line.size() + 1 + item.size() > LineWidth) {
+            putLine(line, file);
+            line.clear();
+            column = 0;
+        }
+        line += (column++ == 0 ? "" : " ") + item;
         n = end;
     }
-    putLine(column == 0 ? "/" : "\n/", file);
+    if (!line.empty()) putLine(line, file);
+    putLine("/", file);
 }
 
 void putTimeBanner(double time, std::FILE* file) {

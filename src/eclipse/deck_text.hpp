@@ -21,7 +21,8 @@ std::string deckNumber(double value);
 void putKeyword(std::string_view keyword, const std::vector<std::string>& rows, std::FILE* file);
 /// One record behind a keyword, its slash on the line.
 void putRecord(std::string_view keyword, std::string_view record, std::FILE* file);
-/// Values of every cell, six to a line, then the slash line; equal ones in a row with their count.
+/// Values of every cell, at most eight and 128 characters to a line, then the slash line; equal ones in a row
+/// with their count.
 void putBlock(std::string_view keyword, std::span<const double> values, double factor, std::FILE* file);
 
 /// The comment before the keywords of a time: rows of 40 dashes around it.

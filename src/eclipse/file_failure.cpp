@@ -18,10 +18,14 @@ void tellStatus(const Console& console, int status, std::string_view lastLine) {
 
 }  // namespace
 
-void stopOnFileStatus(const Console& console, int status, const std::string& path,
-                      std::string_view lastLine) {
+void tellFileStatus(const Console& console, int status, const std::string& path, std::string_view lastLine) {
     tellStatus(console, status, lastLine);
     lineToBoth(console, path);
+}
+
+void stopOnFileStatus(const Console& console, int status, const std::string& path,
+                      std::string_view lastLine) {
+    tellFileStatus(console, status, path, lastLine);
     hardStop(console);
 }
 

@@ -12,6 +12,10 @@ namespace kvr {
 /// Last line of the report on a file that cannot be written; readers close with it too.
 inline constexpr std::string_view CannotCreate = "       Cannot create file for output. Check Directry path.";
 
+/// The report on a file by its status (-1, -2, others) and the path.
+void tellFileStatus(const Console& console, int status, const std::string& path,
+                    std::string_view lastLine = CannotCreate);
+
 /// The report on a file by its status (-1, -2, others), the path, then the stop. `lastLine` closes the
 /// report of the other statuses.
 [[noreturn]] void stopOnFileStatus(const Console& console, int status, const std::string& path,

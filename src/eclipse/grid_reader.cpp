@@ -1,5 +1,7 @@
 #include "eclipse/grid_reader.hpp"
 
+#include "base/messages.hpp"
+#include "eclipse/cell_arrays.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/keyword_loop.hpp"
@@ -115,6 +117,7 @@ ReadResult takeCorners(RecordReader& reader, const BlockHeader& header, const Bl
                        GridModel& grid) {
     if (data.reals.size() != CornerValues) return rejectBlock(reader, header, "24 values were expected");
     if (scan.cell == 0) return rejectBlock(reader, header, "no cell has been named before these corners");
+    if (!areCoordinates(data.reals)) return rejectBlock(reader, header, "corners that are no places");
     if (scan.order == CornerOrder::Undecided) scan.order = cornerOrderOf(data.reals);
     const std::array<float, CornerValues> corners = cornersIn(data.reals, scan.order);
     std::copy(corners.begin(), corners.end(), cornerOf(grid, scan.cell, 1));
@@ -186,7 +189,7 @@ void input_GRID(const Console& console, const RunOptions& options, const UnitSys
         both(console, " Geometry from the .EGRID file :: {}", reader.path);
         if (readPillarBlocks(console, reader, grid) == ReadResult::Error) stopOnRecordFault(console, reader);
     } else {
-        both(console, " ECLIPSE .GRID File Not Found :: {}", path);
+        warn(console, " ECLIPSE .GRID File Not Found :: {}", path);
         return;
     }
     close(reader);

@@ -10,7 +10,8 @@ namespace kvr {
 
 /// Slots of INTEHEAD that both the static and the restart files use, 1-based.
 namespace inte_head {
-inline constexpr std::size_t Units = 3, NX = 9, NY = 10, NZ = 11, ActiveCells = 12, GridType = 14, Phases = 15;
+inline constexpr std::size_t Units = 3, NX = 9, NY = 10, NZ = 11, ActiveCells = 12, GridType = 14,
+                             Phases = 15;
 inline constexpr std::size_t Day = 65, Month = 66, Year = 67;
 inline constexpr std::int32_t FieldUnits = 2;
 inline constexpr std::int32_t CornerPointGrid = 0, BlockCentredGrid = 3;

@@ -18,20 +18,29 @@ namespace {
 
 constexpr std::size_t LeastHeadSlots = 67;  // as far as the checks look
 
+// Values of a file below 0 or above these, or that are no numbers, are left out.
+constexpr double MostSize = 1e9, MostPermeability = 1e12, MostShare = 1e6, MostTrans = 1e15,
+                 MostVolume = 1e18;
+
+/// A pore volume that differs by less from porosity times net-to-gross times bulk volume is that product in
+/// single precision.
+constexpr double PoreVolumeRounding = 1e-4;
+
 struct PropertyRow {
     std::string_view keyword;
     std::string_view alternative;  // blank: none
     CellArray<double> GridModel::*values;
+    double most;
 };
 constexpr PropertyRow Properties[] = {
-    {"DX      ", "", &GridModel::DX},
-    {"DY      ", "", &GridModel::DY},
-    {"DZ      ", "", &GridModel::DZ},
-    {"PERMX   ", "XPERM   ", &GridModel::PERMX},
-    {"PERMY   ", "YPERM   ", &GridModel::PERMY},
-    {"PERMZ   ", "ZPERM   ", &GridModel::PERMZ},
-    {"NTG     ", "", &GridModel::NTG},
-    {"PORO    ", "POROSITY", &GridModel::PORO},
+    {"DX      ", "", &GridModel::DX, MostSize},
+    {"DY      ", "", &GridModel::DY, MostSize},
+    {"DZ      ", "", &GridModel::DZ, MostSize},
+    {"PERMX   ", "XPERM   ", &GridModel::PERMX, MostPermeability},
+    {"PERMY   ", "YPERM   ", &GridModel::PERMY, MostPermeability},
+    {"PERMZ   ", "ZPERM   ", &GridModel::PERMZ, MostPermeability},
+    {"NTG     ", "", &GridModel::NTG, MostShare},
+    {"PORO    ", "POROSITY", &GridModel::PORO, MostShare},
 };
 
 struct TransRow {
@@ -109,11 +118,11 @@ ReadResult createCells(RecordReader& reader, const BlockHeader& header, const st
     return ReadResult::EndOfFile;
 }
 
-/// Hands out every value of a block with its cell: of all cells, or else of the active ones as far as there
-/// are values and cells; that their counts differ is told.
+/// Hands out every value of a block from 0 to `most` with its cell: of all cells, or else of the active ones
+/// as far as there are values and cells; that their counts differ, and how many values are none, is told.
 template <class Take>
 void spread(const Console& console, const BlockHeader& header, const std::vector<float>& values,
-            const GridModel& grid, Take take) {
+            const GridModel& grid, double most, Take take) {
     const bool whole = values.size() == static_cast<std::size_t>(grid.NCELLS);
     const auto active = static_cast<std::size_t>(activeCount(grid));
     if (!whole && values.size() != active)
@@ -121,8 +130,18 @@ void spread(const Console& console, const BlockHeader& header, const std::vector
              trim(view(header.keyword)), values.size(), grid.NCELLS, active);
     const std::size_t count = whole ? values.size() : std::min(values.size(), active);
     ActiveWalk walk{grid};
-    for (std::size_t n = 0; n < count; ++n)
-        take(whole ? static_cast<CellId>(n) + 1 : walk.next(), static_cast<double>(values[n]));
+    long long leftOut = 0;
+    for (std::size_t n = 0; n < count; ++n) {
+        const CellId cell = whole ? static_cast<CellId>(n) + 1 : walk.next();
+        const auto value = static_cast<double>(values[n]);
+        if (value >= 0.0 && value <= most)
+            take(cell, value);
+        else
+            ++leftOut;
+    }
+    if (leftOut > 0)
+        warn(console, " WARNING :: {} values of {} in INIT are beyond its range and left out", leftOut,
+             trim(view(header.keyword)));
 }
 
 /// Puts a value from a file into its place. Gives the difference to what stood there, as far as it shows in
@@ -149,6 +168,17 @@ void holdPresentPoreVolumes(GridModel& grid) {
         if (grid.Active[cell] == 0) grid.PORV[cell] = 0.0;
 }
 
+/// Pores of the outside run where it has edited them (MULTPV, PORV): the porosity becomes what gives its pore
+/// volume with the net-to-gross and the bulk volume held, so that everything that reads the rock has it.
+void adoptPoreVolumes(GridModel& grid) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        const double rock = grid.NTG[cell] * grid.BulkVolume[cell];
+        const double held = grid.PORO[cell] * rock, wanted = grid.PORV[cell];
+        if (grid.Active[cell] == 0 || !(rock > 0.0) || !(wanted > 0.0)) continue;
+        if (std::abs(wanted - held) > PoreVolumeRounding * held) grid.PORO[cell] = wanted / rock;
+    }
+}
+
 bool names(const BlockHeader& header, std::string_view keyword, std::string_view alternative) {
     return view(header.keyword) == keyword || view(header.keyword) == alternative;
 }
@@ -165,7 +195,7 @@ struct InitTarget {
 void takePoreVolumes(const BlockHeader& header, const BlockData& data, InitTarget& target) {
     target.poreVolumeSeen = true;
     const double factor = CubicFeetPerBarrel / target.units.VolumeFactor;  // rb to internal volume
-    spread(target.console, header, data.reals, target.grid, [&](CellId cell, double value) {
+    spread(target.console, header, data.reals, target.grid, MostVolume, [&](CellId cell, double value) {
         target.differences.poreVolume += replace(target.grid.PORV[cell], value * factor);
     });
 }
@@ -174,14 +204,14 @@ void takePoreVolumes(const BlockHeader& header, const BlockData& data, InitTarge
 bool takeNamed(const BlockHeader& header, const BlockData& data, InitTarget& target) {
     for (const PropertyRow& row : Properties) {
         if (!names(header, row.keyword, row.alternative)) continue;
-        spread(target.console, header, data.reals, target.grid,
+        spread(target.console, header, data.reals, target.grid, row.most,
                [&](CellId cell, double value) { (target.grid.*row.values)[cell] = value; });
         return true;
     }
     for (std::size_t axis = 0; axis < std::size(TransRows); ++axis) {
         const TransRow& row = TransRows[axis];
         if (!names(header, row.keyword, row.alternative)) continue;
-        spread(target.console, header, data.reals, target.grid, [&](CellId cell, double value) {
+        spread(target.console, header, data.reals, target.grid, MostTrans, [&](CellId cell, double value) {
             target.differences.trans[axis] += replace(target.connections.Trans(cell, row.face), value);
         });
         return true;
@@ -237,7 +267,10 @@ ReadResult readInitBlocks(const Console& console, const RunOptions& options, con
     });
     if (result == ReadResult::Error || fresh) return result;
     fillLowFaces(grid, connections);
-    if (!target.poreVolumeSeen) rebuildPoreVolumes(grid);
+    if (target.poreVolumeSeen)
+        adoptPoreVolumes(grid);
+    else
+        rebuildPoreVolumes(grid);
     return result;
 }
 
@@ -249,7 +282,7 @@ void input_INIT_TRANS(const Console& console, const RunOptions& options, const U
     InitDifferences differences;
     RecordReader reader;
     if (open_read(path, ByteOrder::Big, reader) != 0) {
-        both(console, " ECLIPSE .INIT File Not Found :: {}", path);
+        warn(console, " ECLIPSE .INIT File Not Found :: {}", path);
         return;
     }
     if (readInitBlocks(console, options, units, reader, grid, connections, differences) == ReadResult::Error)

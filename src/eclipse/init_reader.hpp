@@ -22,7 +22,8 @@ struct InitDifferences {
 /// .INIT file: arrays of every cell as they are, arrays of the active cells spread over them. The header is
 /// compared with the model; differences are told. A model without cells gets them from the header, provided
 /// that the file has pore volumes for as many, and nothing else is read. PORV is filled from PORO, NTG and
-/// BulkVolume first where the model has none, with 0 in inactive cells.
+/// BulkVolume first where the model has none, with 0 in inactive cells. Where PORV of the file is not that
+/// product, PORO becomes what makes it so. Values that no such quantity can have are left out and told.
 ReadResult readInitBlocks(const Console& console, const RunOptions& options, const UnitSystem& units,
                           RecordReader& reader, GridModel& grid, ConnectionTable& connections,
                           InitDifferences& differences);

@@ -27,6 +27,7 @@ struct AskedVector {
 struct EclipseOutput {
     RecordWriter rft;           // open from the first report step to the end of the run
     bool rftNamed = false;      // the log has told its name
+    bool begun = false;         // the run has written files of its own, so that .ECLEND is its to replace
     std::size_t wellCount = 0;  // wells of the run
     std::vector<AskedVector> asked;
     std::vector<std::vector<float>> steps;  // PARAMS of each step since the last .S file

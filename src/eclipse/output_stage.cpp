@@ -1,5 +1,6 @@
 #include "eclipse/output_stage.hpp"
 
+#include "base/end_signal.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/end_file.hpp"
 #include "eclipse/file_failure.hpp"
@@ -124,6 +125,7 @@ void startEclipseFiles(Simulation& simulation) {
     simulation.eclipse.wellCount = wells.size();
     writeLineSpec(simulation.console, options, simulation.grid, wells, simulation.eclipse.paths);
     if (options.traceFromRestart) return;
+    simulation.eclipse.begun = true;
     if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
     writeInitFile(simulation.console, options, simulation.units, simulation.grid, simulation.connections);
     for (const SummaryRequest& request : spelledOut(simulation.summaryRequests, options.useHistoryControls))
@@ -149,14 +151,28 @@ void convertOutsideRun(Simulation& simulation) {
         clear_ECLIPSE_Data(simulation.console, outsideFile(options, options.headerName, ""));
     lineToBoth(simulation.console, "Run Simulation by ECLIPSE");
     runOutsideCommand(simulation.console, options, options.headerName);
+    if (endSignal() != 0) return;
     input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
     input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
 }
 
+namespace {
+
+/// An end file that stands there may be that of an outside run, of which a stop before the first file of this
+/// run leaves nothing changed.
+bool mayEnd(const Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    if (options.traceFromRestart || options.eclipseToTecplot || options.eclipseToIx || options.ixExtract)
+        return false;
+    return simulation.eclipse.begun || !fileExists(runFile(options, ".ECLEND"));
+}
+
+}  // namespace
+
 void finishEclipseFiles(Simulation& simulation) {
     unwatchFile(simulation.console, simulation.eclipse.rft.file);
     closeOrStop(simulation.console, simulation.eclipse.rft);
-    if (!simulation.options.traceFromRestart)
+    if (mayEnd(simulation))
         Output_ECLEND_Normal(simulation.console, simulation.options, simulation.messages,
                              simulation.course.endSignal != 0 ? 1 : 0);
 }

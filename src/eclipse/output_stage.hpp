@@ -15,10 +15,12 @@ void takeSummaryStep(Simulation& simulation);
 /// At a report time, unless the run traces from outside restarts: .RFT, .X and .S of the report step.
 void reportEclipseFiles(Simulation& simulation);
 
-/// Conversion mode: runs the outside simulator, takes its grid and turns its restarts into plot files.
+/// Conversion mode: runs the outside simulator, takes its grid and turns its restarts into plot files. Leaves
+/// early where a signal has asked the run to end.
 void convertOutsideRun(Simulation& simulation);
 
-/// At the end of the run: closes .RFT and, unless the run traces from outside restarts, leaves .ECLEND.
+/// At the end of the run: closes .RFT and leaves .ECLEND; not in runs that stand on an outside run, nor,
+/// where one is there, at a stop before the first file of the run.
 void finishEclipseFiles(Simulation& simulation);
 
 }  // namespace kvr

@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -147,7 +148,9 @@ bool first_outside_run(Simulation& s) {
 void ix_run(Simulation& s) {
     s.options.simulatorCommand = IxCommand;
     lineToBoth(s.console, "Run Simulation by IX");
-    if (!runOutsideCommand(s.console, s.options, s.options.headerName)) hardStop(s.console);
+    const bool whole = runOutsideCommand(s.console, s.options, s.options.headerName);
+    if (endSignal() != 0) return;
+    if (!whole) hardStop(s.console);
     s.options.traceFromRestart = true;
 }
 
@@ -156,10 +159,16 @@ void Check_ECLEND(const Console& console, const std::string& path, int& errors) 
     constexpr int NoFile = 1;
     lineToLog(console, " Function Callecd  : Check_ECLEND");
     errors = 0;
+    std::error_code failure;
+    if (!std::filesystem::exists(path, failure)) {
+        log(console, "Error :: File not found : {}", path);
+        errors = NoFile;
+        return;
+    }
     errno = 0;
     std::ifstream file(path);
-    if (!fileExists(path) || !file) {
-        log(console, "Error :: File not found : {}", path);
+    if (!file || !fileExists(path)) {
+        tellFileStatus(console, errno != 0 ? errno : HandlingErrorStatus, path);
         errors = NoFile;
         return;
     }

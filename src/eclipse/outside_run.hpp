@@ -21,7 +21,7 @@ bool forward_restart_run(Simulation& simulation);
 bool first_outside_run(Simulation& simulation);
 
 /// Runs IX by its own command; from then on the run traces from an outside run. A command that ends with a
-/// failure stops.
+/// failure stops; one that a signal has ended leaves that to the caller.
 void ix_run(Simulation& simulation);
 
 /// The number behind the word "Errors" in the first 100 lines of an end file; 0 without the word, 1 where

@@ -1,6 +1,7 @@
 #include "eclipse/pillar_reader.hpp"
 
 #include "base/units.hpp"
+#include "eclipse/cell_arrays.hpp"
 #include "eclipse/keyword_loop.hpp"
 #include "model/corner_point.hpp"
 #include "model/grid_memory.hpp"
@@ -21,6 +22,7 @@ struct PillarScan {
     std::vector<float> COORD, ZCORN;
     std::vector<std::int32_t> ACTNUM;
     bool hasHead = false;
+    bool fresh = false;  // the grid is made from the file, and so is its activity
 };
 
 std::size_t pillarCount(const GridModel& grid) {
@@ -101,6 +103,7 @@ void placeCells(const PillarScan& scan, GridModel& grid) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         for (int corner = 1; corner <= static_cast<int>(CornersOfCell); ++corner)
             placeCorner(scan, grid, cell, corner);
+        if (!scan.fresh) continue;
         grid.Active[cell] =
             scan.ACTNUM.empty() || scan.ACTNUM[static_cast<std::size_t>(cell) - 1] > 0 ? 1 : 0;
     }
@@ -110,6 +113,7 @@ void placeCells(const PillarScan& scan, GridModel& grid) {
 
 ReadResult readPillarBlocks(const Console& console, RecordReader& reader, GridModel& grid) {
     PillarScan scan;
+    scan.fresh = grid.NCELLS == 0;
     const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
         return takeBlock(console, reader, header, data, scan, grid);
     });
@@ -119,6 +123,8 @@ ReadResult readPillarBlocks(const Console& console, RecordReader& reader, GridMo
     if (!scan.hasHead) return rejectBlock(reader, whole, "the file has no head of a grid");
     if (scan.COORD.size() != pillarCount(grid) * PillarValues || scan.ZCORN.size() != cells * CornersOfCell)
         return rejectBlock(reader, whole, "pillars and depths of the corners of every cell were expected");
+    if (!areCoordinates(scan.COORD) || !areCoordinates(scan.ZCORN))
+        return rejectBlock(reader, whole, "corners that are no places");
     if (!scan.ACTNUM.empty() && scan.ACTNUM.size() != cells)
         return rejectBlock(reader, whole, "ACTNUM: one value per cell was expected");
     placeCells(scan, grid);

@@ -58,12 +58,6 @@ constexpr CellRow Rows[] = {
 
 constexpr std::string_view VaporisedOil = "RV      ";
 
-void tellLeftOut(const Console& console, const BlockHeader& header, long long leftOut) {
-    if (leftOut > 0)
-        warn(console, " WARNING :: {} values of {} in the restart are beyond its range and left out", leftOut,
-             trim(view(header.keyword)));
-}
-
 /// Rounding beyond 0 and 1 is taken off.
 double inside(const CellRow& row, double value) {
     const bool saturation = row.range.most == SaturationRange.most;
@@ -103,6 +97,12 @@ bool isIn(const RestartCells& cells, CellArray<double> CellState::*array) {
 }
 
 }  // namespace
+
+void tellLeftOut(const Console& console, const BlockHeader& header, long long leftOut) {
+    if (leftOut > 0)
+        warn(console, " WARNING :: {} values of {} in the restart are beyond its range and left out", leftOut,
+             trim(view(header.keyword)));
+}
 
 std::size_t realCount(const BlockData& data) {
     return data.reals.empty() ? data.doubles.size() : data.reals.size();

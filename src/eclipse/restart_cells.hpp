@@ -30,6 +30,9 @@ void completeSaturations(const GridModel& grid, RestartCells& cells, CellState& 
 /// A formation volume factor of 1 for every phase whose saturation is no more than rounding.
 void neutralAbsentPhases(const GridModel& grid, CellState& state);
 
+/// Tells how many values of a block were no value of its quantity, where any were.
+void tellLeftOut(const Console& console, const BlockHeader& header, long long leftOut);
+
 /// Number of values of a block of real numbers, and one of them.
 std::size_t realCount(const BlockData& data);
 inline double realAt(const BlockData& data, std::size_t n) {

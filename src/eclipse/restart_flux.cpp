@@ -59,9 +59,14 @@ bool takeFluxBlock(const Console& console, const GridModel& grid, const BlockHea
     (name.reservoir ? fluxes.hasReservoir : fluxes.hasSurface)[name.axis] = true;
     CellArray<float>& target = (name.reservoir ? fluxes.reservoir : fluxes.surface)[name.axis][name.phase];
     target.assign(grid.NCELLS, 0.0F);
+    long long leftOut = 0;
     spreadOverCells(console, grid, header, data, [&](CellId cell, double value) {
-        if (std::abs(value) <= LargestFlux) target[cell] = static_cast<float>(value);
+        if (std::abs(value) <= LargestFlux)
+            target[cell] = static_cast<float>(value);
+        else
+            ++leftOut;
     });
+    tellLeftOut(console, header, leftOut);
     return true;
 }
 

@@ -1,16 +1,19 @@
 #include "eclipse/restart_velocity.hpp"
 
+#include "base/hard_stop.hpp"
 #include "base/messages.hpp"
 #include "base/text.hpp"
 #include "eclipse/file_failure.hpp"
 #include "eclipse/file_names.hpp"
 #include "eclipse/init_file.hpp"
 #include "eclipse/keyword_loop.hpp"
+#include "eclipse/line_files.hpp"
 #include "eclipse/restart_cells.hpp"
 #include "eclipse/restart_flux.hpp"
 #include "eclipse/restart_units.hpp"
 #include "eclipse/restart_wells.hpp"
 #include "eclipse/summary_reader.hpp"
+#include "model/neighbours.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "streamline/tracing/cell_tags.hpp"
@@ -30,6 +33,7 @@ struct RestartScan {
     RestartWellTables wells;
     double time = 0.0;  // days
     bool hasTime = false;
+    bool hasFractions = false;  // of a compositional run
 };
 
 std::int32_t slotOf(const std::vector<std::int32_t>& head, std::size_t slot) {
@@ -47,9 +51,11 @@ FileUnits unitsOf(const Console& console, const UnitSystem& run, std::int32_t co
 void checkHead(const Console& console, const GridModel& grid, const std::vector<std::int32_t>& head) {
     if (slotOf(head, inte_head::ActiveCells) != activeCount(grid))
         lineToBoth(console, " ERROR :: ACTNUM not match from INIT and KVR");
-    const long long cells = static_cast<long long>(slotOf(head, inte_head::NX)) *
-                            slotOf(head, inte_head::NY) * slotOf(head, inte_head::NZ);
-    if (cells != grid.NCELLS) lineToBoth(console, "Dimension does not match - Restart and Grid file");
+    double cells = 1.0;  // of what a damaged header may say, no integer holds the product
+    for (const std::size_t slot : {inte_head::NX, inte_head::NY, inte_head::NZ})
+        cells *= static_cast<double>(slotOf(head, slot));
+    if (cells != static_cast<double>(grid.NCELLS))
+        lineToBoth(console, "Dimension does not match - Restart and Grid file");
 }
 
 void takeHead(const Simulation& run, const std::vector<std::int32_t>& head, RestartScan& scan) {
@@ -66,6 +72,25 @@ void takeTime(const BlockData& data, RestartScan& scan) {
     scan.hasTime = true;
 }
 
+bool bringsFactors(const RunOptions& options, const RestartCells& cells) {
+    const auto given = [&cells](CellArray<double> CellState::*array) {
+        return std::find(cells.given.begin(), cells.given.end(), array) != cells.given.end();
+    };
+    return (!options.hasOil || given(&CellState::Bo)) && (!options.hasWater || given(&CellState::Bw)) &&
+           (!options.hasGas || given(&CellState::Bg));
+}
+
+/// A field from the pressures of a compositional run needs a flash, which this version does not have.
+void requireBlackOil(const Simulation& run, const RestartScan& scan) {
+    if (anyFlux(scan.fluxes)) return;
+    if (!scan.hasFractions && run.options.componentCount == 0) return;
+    lineToBoth(run.console, scan.hasFractions
+                                ? "ERROR :: The restart is compositional (ZMF1) and has no fluxes, "
+                                  "this version makes no field of its pressures"
+                                : "ERROR :: Cannot construc velocity, Total mole fraction is missing...");
+    hardStop(run.console);
+}
+
 /// Takes a block; false for a keyword that has no use.
 bool takeBlock(Simulation& run, const BlockHeader& header, const BlockData& data, RestartScan& scan) {
     const std::string_view keyword = view(header.keyword);
@@ -77,6 +102,7 @@ bool takeBlock(Simulation& run, const BlockHeader& header, const BlockData& data
         takeTime(data, scan);
         return true;
     }
+    scan.hasFractions = scan.hasFractions || keyword == "ZMF1    ";
     if (takeWellBlock(header, data, scan.wells)) return true;
     if (takeFluxBlock(run.console, run.grid, header, data, scan.fluxes)) return true;
     return takeCellBlock(run.console, run.grid, scan.units, header, data, scan.cells, run.state);
@@ -114,7 +140,8 @@ std::vector<std::string> summaryWells(const Simulation& run, std::string_view he
     if (readSummarySpec(run.console, reader, spec) != ReadResult::Error) {
         for (std::size_t n = 0; n < std::min(spec.keywords.size(), spec.wells.size()); ++n) {
             const std::string name(trim(view(spec.wells[n])));
-            const bool ofWell = view(spec.keywords[n]).starts_with('W') && !name.starts_with(':');
+            const char kind = view(spec.keywords[n]).front();  // vectors of wells and of their connections
+            const bool ofWell = (kind == 'W' || kind == 'C') && !name.starts_with(':');
             if (ofWell && !name.empty() && std::find(names.begin(), names.end(), name) == names.end())
                 names.push_back(name);
         }
@@ -127,15 +154,14 @@ std::vector<std::string> summaryWells(const Simulation& run, std::string_view he
 void makeField(Simulation& run, RestartScan& scan) {
     completeSaturations(run.grid, scan.cells, run.state);
     const bool fromPressures = !anyFlux(scan.fluxes);
-    const bool pressureRead = std::find(scan.cells.given.begin(), scan.cells.given.end(),
-                                        &CellState::Pressure) != scan.cells.given.end();
     if (fromPressures) {
         lineToBoth(run.console, "FLUX NOT FOUND...");
         lineToBoth(run.console, "Construct Velocity Field from Pressure");
     } else {
         lineToBoth(run.console, "FLUX DATA FOUND :: Trace Streamline using FLO_X+");
     }
-    if (fromPressures || pressureRead) completeProperties(run.grid, run.fluids, scan.cells.given, run.state);
+    // Also where the file has no pressures: factors of absent phases are still those of the restart before.
+    completeProperties(run.grid, run.fluids, scan.cells.given, run.state);
     if (fromPressures) {
         BuildVelocityFromPressure(run.options, run.units, run.grid, run.connections, run.state, {},
                                   run.velocity);
@@ -146,23 +172,43 @@ void makeField(Simulation& run, RestartScan& scan) {
     velocitiesOfFluxes(run.options, run.units, run.grid, run.connections, run.velocity);
 }
 
+/// The index of line files anew for wells that were not known when it was written.
+void tellLineFiles(Simulation& run) {
+    std::vector<std::string> names;
+    for (const Well& well : run.wells.wells) names.push_back(well.WellName);
+    if (names == run.restart.namedWells) return;
+    run.restart.namedWells = names;
+    run.eclipse.wellCount = names.size();
+    writeLineSpec(run.console, run.options, run.grid, names, run.eclipse.paths);
+}
+
+/// A well that flows by the file marks its cells, whatever target the deck has for it.
+void tagFlowingWells(const WellRecord& wells, CellTags& tags) {
+    for (const Well& well : wells.wells) {
+        if (well.shut || well.reservoirRate == 0.0) continue;
+        for (const WellConnection& connection : well.connections)
+            tags.CellTag[connection.ConnCell] = tagKindOf(well.WellKind);
+    }
+}
+
 /// The wells behind the field; a deck without wells has those of the file.
 void takeWells(Simulation& run, std::string_view header, const RestartScan& scan) {
-    const std::vector<FileWell> file = wellsOf(scan.wells, scan.units);
+    std::vector<FileWell> file = wellsOf(scan.wells, scan.units);
     const bool hasTable = !scan.wells.IWEL.empty();
     if (run.wells.wells.empty()) run.restart.wellsFromFile = true;
     if (run.restart.wellsFromFile) {
         const bool named =
-            std::any_of(file.begin(), file.end(), [](const FileWell& w) { return !w.name.empty(); });
-        const std::vector<std::string> names =
-            named || file.empty() ? std::vector<std::string>{} : summaryWells(run, header);
-        makeWells(run.console, run.grid, file, names, run.wells);
+            std::all_of(file.begin(), file.end(), [](const FileWell& w) { return !w.name.empty(); });
+        if (!named) nameWells(summaryWells(run, header), file);
+        makeWells(run.console, run.grid, file, run.wells);
+        tellLineFiles(run);
     } else if (hasTable) {
         checkWells(run.console, run.grid, file, run.wells);
     }
     updateWells(run.units, run.grid, run.connections, run.fluids, run.state, run.velocity, file, run.wells,
                 run.pressure);
     rebuildCellTags(run.grid.NCELLS, run.wells, run.tags);
+    tagFlowingWells(run.wells, run.tags);
 }
 
 }  // namespace
@@ -183,10 +229,13 @@ RestartReading input_RST2Velocity(Simulation& simulation, std::string_view heade
     scan.units = *fileUnits(inte_head::FieldUnits, simulation.units);
     scan.cells.keepSaturations =
         simulation.options.useEclipsePressure && step > 0;  // those of the start are taken
+    closeInactiveCells(simulation.grid, simulation.connections);
     readFile(simulation, reader, scan);
+    requireBlackOil(simulation, scan);
     setStepLength(console, simulation.options, scan, simulation.clock);
     reading.found = true;
     reading.hasFluxes = anyFlux(scan.fluxes);
+    reading.hasFactors = bringsFactors(simulation.options, scan.cells);
     if (scan.hasTime) reading.time = scan.time;
     makeField(simulation, scan);
     takeWells(simulation, header, scan);

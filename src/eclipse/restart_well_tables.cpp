@@ -26,7 +26,8 @@ constexpr std::size_t Factor = 1, Diameter = 3;
 namespace xcon {
 constexpr std::size_t Oil = 1, Water = 2, Gas = 3;
 }
-constexpr double NoValue = 1e19;  // tables are filled with 1e20 where there is none
+constexpr double NoValue = 1e12;  // no rate, factor or pressure is so large; tables are filled with 1e20
+constexpr double LargestPressure = 1e7;  // psia, as of cells
 
 struct LengthRow {
     std::size_t slot;  // of INTEHEAD, 1-based
@@ -123,6 +124,7 @@ FileWell wellOf(const RestartWellTables& t, const FileUnits& units, std::size_t 
     well.hasRates = holds(t.XWEL.size(), t.wellDoubles, entry);
     well.rates = ratesOf(real(xwel::Oil), real(xwel::Water), real(xwel::Gas), units);
     well.bhp = usable(real(xwel::Bhp)) * units.pressure;
+    if (!(well.bhp <= LargestPressure)) well.bhp = 0.0;
     well.connections = connectionsOf(t, units, entry);
     return well;
 }

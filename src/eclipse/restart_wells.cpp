@@ -2,7 +2,6 @@
 
 #include "base/messages.hpp"
 #include "eclipse/restart_flux.hpp"
-#include "fluid/black_oil.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 
@@ -46,12 +45,6 @@ bool agrees(const GridModel& grid, const FileWell& entry, const Well& well) {
 
 // --- wells that only the file knows ----------------------------------------------------------------------
 
-std::string nameOf(const FileWell& entry, std::span<const std::string> names, std::size_t count,
-                   std::size_t place) {
-    if (!entry.name.empty()) return entry.name;
-    return names.size() == count ? names[place] : fmt::format("W{}", place + 1);
-}
-
 void addConnections(const GridModel& grid, const FileWell& entry, Well& well) {
     for (const FileConnection& given : entry.connections) {
         const CellId cell = cellAt(grid, given.place);
@@ -68,9 +61,9 @@ void addConnections(const GridModel& grid, const FileWell& entry, Well& well) {
     }
 }
 
-Well wellFrom(const GridModel& grid, const FileWell& entry, const std::string& name) {
+Well wellFrom(const GridModel& grid, const FileWell& entry) {
     Well well;
-    well.WellName = name;
+    well.WellName = entry.name;
     well.WellKind = entry.kind;
     well.InjectFluid = entry.fluid;
     well.WellControl = well.deckControl = well.givenControl = "bhp";
@@ -85,13 +78,10 @@ Well wellFrom(const GridModel& grid, const FileWell& entry, const std::string& n
 // --- rates -----------------------------------------------------------------------------------------------
 
 /// Reservoir volume a day of surface rates in a cell; free gas of the other sign than the gas is rounding.
-double reservoirVolume(const FluidTables& all, const CellState& state, CellId cell, const FileRates& rates) {
-    const FluidTables& tables = pvtAt(all, cell);
-    const double p = state.Pressure[cell];
-    const double Bo = usableOilProperties(tables, p, state.Pb[cell]).Bo;
+double reservoirVolume(const CellState& state, CellId cell, const FileRates& rates) {
     double freeGas = rates.gas - state.Rs[cell] * rates.oil;
     if (freeGas * rates.gas < 0.0) freeGas = 0.0;
-    return Bo * rates.oil + WaterFvf(tables, p) * rates.water + GasFvf(tables, p) * freeGas;
+    return state.Bo[cell] * rates.oil + state.Bw[cell] * rates.water + state.Bg[cell] * freeGas;
 }
 
 /// The part of a rate that has the well's own direction.
@@ -99,21 +89,17 @@ double ownDirection(const Well& well, double rate) {
     return isInjector(well) ? std::max(rate, 0.0) : std::min(rate, 0.0);
 }
 
-void setFileRates(const FluidTables& tables, const CellState& state, const Well& well, const FileRates& rates,
+void setFileRates(const CellState& state, const Well& well, const FileRates& rates,
                   WellConnection& connection) {
     connection.ConnQo = rates.oil;
     connection.ConnQw = rates.water;
     connection.ConnQg = rates.gas;
-    connection.reservoirRate = ownDirection(well, reservoirVolume(tables, state, connection.ConnCell, rates));
+    connection.reservoirRate = ownDirection(well, reservoirVolume(state, connection.ConnCell, rates));
 }
 
 /// Surface rates that make up a reservoir rate: what the injector injects, or what the cell lets through.
-FileRates surfaceRates(const FluidTables& all, const CellState& state, const Well& well, CellId cell,
-                       double reservoir) {
-    const FluidTables& tables = pvtAt(all, cell);
-    const double p = state.Pressure[cell];
-    const double Bo = usableOilProperties(tables, p, state.Pb[cell]).Bo;
-    const double Bw = WaterFvf(tables, p), Bg = GasFvf(tables, p);
+FileRates surfaceRates(const CellState& state, const Well& well, CellId cell, double reservoir) {
+    const double Bo = state.Bo[cell], Bw = state.Bw[cell], Bg = state.Bg[cell];
     if (isInjector(well)) {
         if (well.InjectFluid == "oil") return {reservoir / Bo, 0.0, 0.0};
         if (well.InjectFluid == "gas") return {0.0, 0.0, reservoir / Bg};
@@ -126,13 +112,10 @@ FileRates surfaceRates(const FluidTables& all, const CellState& state, const Wel
     return {oil, flow * state.LambdaW[cell] / Bw, flow * state.LambdaG[cell] / Bg + state.Rs[cell] * oil};
 }
 
-void setFieldRates(const FluidTables& tables, const CellState& state, const VelocityField& velocity,
-                   const Well& well, WellConnection& connection) {
+void setFieldRates(const CellState& state, const VelocityField& velocity, const Well& well,
+                   WellConnection& connection) {
     const double rate = ownDirection(well, netOutflow(velocity, connection.ConnCell));
-    const FileRates surface = surfaceRates(tables, state, well, connection.ConnCell, rate);
-    connection.ConnQo = surface.oil;
-    connection.ConnQw = surface.water;
-    connection.ConnQg = surface.gas;
+    setFileRates(state, well, surfaceRates(state, well, connection.ConnCell, rate), connection);
     connection.reservoirRate = rate;
 }
 
@@ -148,15 +131,32 @@ bool tellsConnections(const FileWell* entry) {
     return entry != nullptr && !entry->connections.empty() && entry->connections.front().hasRates;
 }
 
-void setConnectionRates(const GridModel& grid, const FluidTables& tables, const CellState& state,
-                        const VelocityField& velocity, const FileWell* entry, Well& well) {
+void setConnectionRates(const GridModel& grid, const CellState& state, const VelocityField& velocity,
+                        const FileWell* entry, Well& well) {
     for (WellConnection& connection : well.connections) {
         if (tellsConnections(entry)) {
             const FileConnection* given = connectionIn(grid, *entry, connection.ConnCell);
-            setFileRates(tables, state, well, given == nullptr ? FileRates{} : given->rates, connection);
+            setFileRates(state, well, given == nullptr ? FileRates{} : given->rates, connection);
         } else if (!well.shut && (entry == nullptr || entry->bhp <= 0.0)) {
-            setFieldRates(tables, state, velocity, well, connection);
+            setFieldRates(state, velocity, well, connection);
         }
+    }
+}
+
+bool flowsAnywhere(const Well& well) {
+    return std::any_of(
+        well.connections.begin(), well.connections.end(),
+        [](const WellConnection& connection) { return std::abs(connection.reservoirRate) > LeastRate; });
+}
+
+/// The rates of the well over its connections by their factors, evenly where these have none.
+void shareWellRates(const CellState& state, const FileRates& rates, Well& well) {
+    double factors = 0.0;
+    for (const WellConnection& connection : well.connections) factors += connection.ConnWI;
+    const double even = 1.0 / static_cast<double>(well.connections.size());
+    for (WellConnection& connection : well.connections) {
+        const double share = factors > 0.0 ? connection.ConnWI / factors : even;
+        setFileRates(state, well, {share * rates.oil, share * rates.water, share * rates.gas}, connection);
     }
 }
 
@@ -189,8 +189,6 @@ void closeWell(const FileWell* entry, Well& well) {
         well.shut = !entry->open || !(std::abs(well.reservoirRate) > LeastRate);
         if (entry->bhp > 0.0) well.Bhp = entry->bhp;
     }
-    // A well that flows marks its cells, whatever target the deck has for it.
-    if (!well.shut && std::abs(well.TargetRate) <= LeastRate) well.TargetRate = well.reservoirRate;
 }
 
 }  // namespace
@@ -207,16 +205,30 @@ void checkWells(const Console& console, const GridModel& grid, std::span<const F
     }
 }
 
+void nameWells(std::span<const std::string> names, std::vector<FileWell>& file) {
+    for (std::size_t n = 0; n < file.size(); ++n)
+        if (file[n].name.empty())
+            file[n].name = names.size() == file.size() ? names[n] : fmt::format("W{}", n + 1);
+}
+
 void makeWells(const Console& console, const GridModel& grid, std::span<const FileWell> file,
-               std::span<const std::string> names, WellRecord& wells) {
-    wells = {};
-    for (std::size_t n = 0; n < file.size(); ++n) {
-        if (!isInside(grid, file[n].head)) {
+               WellRecord& wells) {
+    for (Well& well : wells.wells) {
+        well.shut = true;
+        for (WellConnection& connection : well.connections) connection.ConnFactor = connection.ConnWI = 0.0;
+    }
+    for (const FileWell& entry : file) {
+        if (!isInside(grid, entry.head)) {
             lineToBoth(console, "ERROR :: Invailed Well Input Data (Location)");
             continue;
         }
-        if (file[n].kind.empty()) continue;
-        wells.wells.push_back(wellFrom(grid, file[n], nameOf(file[n], names, file.size(), n)));
+        if (entry.kind.empty()) continue;
+        const auto known = std::find_if(wells.wells.begin(), wells.wells.end(),
+                                        [&](const Well& well) { return well.WellName == entry.name; });
+        if (known != wells.wells.end())
+            *known = wellFrom(grid, entry);
+        else
+            wells.wells.push_back(wellFrom(grid, entry));
     }
 }
 
@@ -232,7 +244,10 @@ void updateWells(const UnitSystem& units, const GridModel& grid, const Connectio
     UpdateWellRates(units, grid, tables, state, wells, stage);
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         Well& well = wells.wells[w];
-        setConnectionRates(grid, tables, state, velocity, entries[w], well);
+        setConnectionRates(grid, state, velocity, entries[w], well);
+        if (entries[w] != nullptr && entries[w]->hasRates && !flowsAnywhere(well) &&
+            !well.connections.empty())
+            shareWellRates(state, entries[w]->rates, well);
         sumRates(entries[w], well);
         closeWell(entries[w], well);
     }

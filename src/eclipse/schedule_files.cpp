@@ -16,21 +16,20 @@ namespace kvr {
 
 namespace {
 
-/// A control of producers: its word in the deck, that of the wells in force, and the place of its rate among
-/// the rates of WCONPROD; -1: it has none.
+/// A control of producers: its word in the deck, that of the wells in force, and its target; null: it has
+/// none. The targets stand in this order in WCONPROD.
 struct ProducerControl {
     std::string_view word;
     std::string_view control;
-    int rate;
+    double Well::*target;
     bool ofGas;
 };
-constexpr int Rates = 5;  // oil, water, gas, liquid, reservoir volume
-constexpr std::array<ProducerControl, 6> ProducerControls = {{{"ORAT", "orat", 0, false},
-                                                              {"WRAT", "wrat", 1, false},
-                                                              {"GRAT", "grat", 2, true},
-                                                              {"LRAT", "lrat", 3, false},
-                                                              {"RESV", "resv", 4, false},
-                                                              {"BHP", "bhp", -1, false}}};
+constexpr std::array<ProducerControl, 6> ProducerControls = {{{"ORAT", "orat", &Well::targetOil, false},
+                                                              {"WRAT", "wrat", &Well::targetWater, false},
+                                                              {"GRAT", "grat", &Well::targetGas, true},
+                                                              {"LRAT", "lrat", &Well::targetLiquid, false},
+                                                              {"RESV", "resv", &Well::targetResv, false},
+                                                              {"BHP", "bhp", nullptr, false}}};
 struct InjectedFluid {
     char letter;
     std::string_view word;
@@ -231,13 +230,19 @@ std::vector<std::string> efficiencyRows(const WellRecord& wells) {
     return rows;
 }
 
-/// Rate that the deck would give: that of the time that the well is on, as a magnitude.
-double deckRate(const Well& well, double factor) {
-    return well.efficiency > 0.0 ? std::abs(well.TargetRate) / well.efficiency / factor : 0.0;
+/// A rate as the deck would give it, that of the time that the well is on, or a default for none.
+std::string deckRate(const Well& well, double target, double factor) {
+    if (target == 0.0 || well.efficiency <= 0.0) return "1*";
+    return deckNumber(std::abs(target) / well.efficiency / factor);
 }
 
 std::string openOrShut(const Well& well) {
     return well.shut ? "SHUT" : "OPEN";
+}
+
+/// The control that was asked for; that in force where none is known.
+const std::string& askedControl(const Well& well) {
+    return well.givenControl.empty() ? well.deckControl : well.givenControl;
 }
 
 std::vector<std::string> injectorControls(const UnitSystem& units, const WellRecord& wells) {
@@ -245,37 +250,48 @@ std::vector<std::string> injectorControls(const UnitSystem& units, const WellRec
     for (const Well& well : wells.wells) {
         if (!isInjector(well)) continue;
         const InjectedFluid& fluid = fluidOf(well.InjectFluid);
-        const bool byRate = well.deckControl != "bhp";
-        rows.push_back(fmt::format("{} {} {} {} {} 1* {}", quoted(well.WellName), fluid.word,
-                                   openOrShut(well), byRate ? "RATE" : "BHP",
-                                   byRate ? deckNumber(deckRate(well, rateFactor(units, fluid))) : "1*",
+        const double rate = well.deckControl == "rate" ? well.TargetRate : 0.0;
+        rows.push_back(fmt::format("{} {} {} {} {} {} {}", quoted(well.WellName), fluid.word,
+                                   openOrShut(well), askedControl(well) == "bhp" ? "BHP" : "RATE",
+                                   deckRate(well, rate, rateFactor(units, fluid)),
+                                   deckRate(well, well.holdsLimits ? well.targetResv : 0.0, units.liquidRate),
                                    deckNumber(well.BhpLimit / units.pressure)));
     }
     return rows;
 }
 
-const ProducerControl* controlOf(const Well& well) {
+const ProducerControl* controlOf(const std::string& word) {
     const auto* const found =
         std::find_if(ProducerControls.begin(), ProducerControls.end(),
-                     [&well](const ProducerControl& row) { return row.control == well.deckControl; });
+                     [&word](const ProducerControl& row) { return row.control == word; });
     return found == ProducerControls.end() ? nullptr : found;
+}
+
+/// What stands in the column of a rate: the target in force, and those of the other rates where they are
+/// limits. A limit of water under another control has a word of its own.
+double columnTarget(const Well& well, const ProducerControl& column) {
+    const std::string_view inForce = well.deckControl == "wlim" ? "wrat" : std::string_view(well.deckControl);
+    if (column.control == inForce) return well.TargetRate;
+    return well.holdsLimits || column.control == well.givenControl ? well.*column.target : 0.0;
 }
 
 std::vector<std::string> producerControls(const Console& console, const UnitSystem& units,
                                           const WellRecord& wells) {
     std::vector<std::string> rows;
     for (const Well& well : wells.wells) {
-        if (isInjector(well)) continue;
-        const ProducerControl* const control = controlOf(well);
+        if (isInjector(well) || (well.shut && askedControl(well).empty())) continue;
+        const ProducerControl* const control = controlOf(askedControl(well));
         if (control == nullptr) {
-            lineToBoth(console, " Control Mode is not surpported for producer");
-            both(console, "Well {}: control '{}'", well.WellName, well.deckControl);
+            tell(console, " Control Mode is not surpported for producer");
+            tell(console, fmt::format("Well {}: control '{}'", well.WellName, askedControl(well)));
             continue;
         }
         std::string row = fmt::format("{} {} {}", quoted(well.WellName), openOrShut(well), control->word);
-        const double factor = control->ofGas ? units.gasRate : units.liquidRate;
-        for (int place = 0; place < Rates; ++place)
-            row += fmt::format(" {}", place == control->rate ? deckNumber(deckRate(well, factor)) : "1*");
+        for (const ProducerControl& column : ProducerControls) {
+            if (column.target == nullptr) continue;
+            const double factor = column.ofGas ? units.gasRate : units.liquidRate;
+            row += fmt::format(" {}", deckRate(well, columnTarget(well, column), factor));
+        }
         rows.push_back(fmt::format("{} {}", row, deckNumber(well.BhpLimit / units.pressure)));
     }
     return rows;

@@ -61,15 +61,31 @@ std::ifstream openMainDeck(const Console& console, const std::string& path) {
 struct DeckLines {
     std::ifstream in;
     std::string path;
-    std::string line;  // the one that opened the present section
+    std::string line;        // the one that opened the present section
+    bool isTitle = false;    // the next line is the text of TITLE
+    bool isSkipped = false;  // up to ENDSKIP
 };
+
+/// The section that the present line opens, END, or nothing: a title and what is skipped open none.
+std::string opened(DeckLines& deck) {
+    const std::string word = toUpper(firstWord(deck.line));
+    if (deck.isTitle) {
+        deck.isTitle = false;
+        return {};
+    }
+    if (word == "ENDSKIP") deck.isSkipped = false;
+    if (deck.isSkipped) return {};
+    deck.isTitle = word == "TITLE";
+    deck.isSkipped = word == "SKIP" || word == "SKIP100";
+    return sectionOf(deck.line);
+}
 
 /// Hands lines on, to `file` or to nothing, up to one that opens a section other than the present one; the
 /// word of that, blank at the end of the deck.
 std::string copySection(const Console& console, DeckLines& deck, std::FILE* file) {
     while (std::getline(deck.in, deck.line)) {
         if (!deck.line.empty() && deck.line.back() == '\r') deck.line.pop_back();
-        const std::string section = sectionOf(deck.line);
+        const std::string section = opened(deck);
         if (!section.empty()) {
             lineToLog(console, " -> Finished Reading RUNSPEC. Move to Next Section ::");
             return section;
@@ -110,11 +126,17 @@ void splitDeck(const Console& console, const RunOptions& options, int step) {
     const std::string path = outsideFile(options, restartDeckName(options, step), ".DATA");
     std::FILE* file = replaceTextOrStop(console, path);
     std::string section = copySection(console, deck, file);
+    bool hasSchedule = false;
     while (!section.empty() && section != "END") {
         std::fputs((deck.line + "\n").c_str(), file);
         const std::string replacement = replacementOf(section, step);
+        hasSchedule = hasSchedule || section == "SCHEDULE";
         if (!replacement.empty()) putRecord("INCLUDE", quoted(replacement), file);
         section = copySection(console, deck, replacement.empty() ? file : nullptr);
+    }
+    if (!hasSchedule) {  // as in a deck whose schedule is a file of its own
+        std::fputs("SCHEDULE\n", file);
+        putRecord("INCLUDE", quoted(stepScheduleName(step)), file);
     }
     std::fputs("END\n", file);
     closeOrStop(console, file, path);

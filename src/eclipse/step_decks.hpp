@@ -17,7 +17,8 @@ std::string restartDeckName(const RunOptions& options, int step);
 std::string stepSolutionName(int step);
 
 /// The deck of one step: lines of the main deck up to SOLUTION, then in place of the contents of SOLUTION and
-/// of SCHEDULE the files of that step; what stands between them is copied. Stops without the main deck.
+/// of SCHEDULE the files of that step; what stands between them is copied. A deck without SCHEDULE gets one.
+/// Stops without the main deck.
 void splitDeck(const Console& console, const RunOptions& options, int step);
 
 /// Writes the state of every cell as the solution of one step, in the units of the deck: PRESSURE, SWAT, and

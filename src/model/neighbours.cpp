@@ -28,4 +28,17 @@ void buildNeighbours(const GridModel& grid, ConnectionTable& connections) {
             connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? neighbourOf(grid, cell, d) : 0;
 }
 
+void closeInactiveCells(const GridModel& grid, ConnectionTable& connections) {
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] != 0) continue;
+        for (int d = 1; d <= connections.Trans.width; ++d) {
+            connections.Trans(cell, d) = 0.0;
+            const CellId beside = neighbourOf(grid, cell, d);
+            if (beside <= 0) continue;
+            for (int back = 1; back <= connections.Trans.width; ++back)
+                if (connections.Neighbour(beside, back) == cell) connections.Trans(beside, back) = 0.0;
+        }
+    }
+}
+
 }  // namespace kvr

@@ -23,4 +23,8 @@ CellId neighbourOf(const GridModel& grid, CellId cell, int direction);
 /// Fills the first NDIR columns of Neighbour. An inactive cell has none; an inactive neighbour stays.
 void buildNeighbours(const GridModel& grid, ConnectionTable& connections);
 
+/// No transmissibility to or from inactive cells: for cells that the files of another simulator have taken
+/// out of a model whose connections stand.
+void closeInactiveCells(const GridModel& grid, ConnectionTable& connections);
+
 }  // namespace kvr

@@ -5,6 +5,7 @@
 #include "base/written_files.hpp"
 #include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
+#include "report/region_balance.hpp"
 #include "report/well_figures.hpp"
 
 #include <algorithm>
@@ -244,7 +245,8 @@ void RESET_INITIAL_INPLACE(Simulation& simulation) {
     addCarried(simulation.pressure.carried, record.now);
     record.initial = surfaceAmounts(record.now);
     record.netInflow = {};
-    record.firstOfRegion.clear();
+    record.started = true;
+    if (!record.firstOfRegion.empty()) record.firstOfRegion = regionAmounts(simulation);
 }
 
 void ReportMBE(const Simulation& simulation) {

@@ -63,16 +63,22 @@ std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& st
     return regions;
 }
 
+std::vector<PhaseAmounts> regionAmounts(const Simulation& simulation) {
+    std::vector<PhaseAmounts> amounts;
+    for (const RegionInPlace& region : sumRegions(simulation.grid, simulation.state,
+                                                  simulation.pressure.carried, simulation.options.hasGas))
+        amounts.push_back(
+            {region.sums.oil, region.sums.water, region.sums.freeGas + region.sums.dissolvedGas});
+    return amounts;
+}
+
 void reportRegions(Simulation& simulation) {
     BalanceRecord& record = simulation.balance;
     const std::vector<RegionInPlace> regions =
         sumRegions(simulation.grid, simulation.state, simulation.pressure.carried, simulation.options.hasGas);
     if (regions.empty()) return;
     const bool first = record.firstOfRegion.empty();
-    if (first)
-        for (const RegionInPlace& region : regions)
-            record.firstOfRegion.push_back(
-                {region.sums.oil, region.sums.water, region.sums.freeGas + region.sums.dissolvedGas});
+    if (first) record.firstOfRegion = regionAmounts(simulation);
     const std::string path = outputPath(simulation.outputs, outputName(OutputFile::RunRegions));
     std::FILE* file =
         first ? openForReplace(simulation.console, path) : openForAppend(simulation.console, path);

@@ -21,6 +21,9 @@ struct RegionInPlace {
 std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& state,
                                       const CellAmounts& carried, bool hasGas);
 
+/// Surface amounts of the regions as the cells are now.
+std::vector<PhaseAmounts> regionAmounts(const Simulation& simulation);
+
 /// Rows of the present time behind those of the balance, one per region; nothing without FIPNUM.
 void reportRegions(Simulation& simulation);
 

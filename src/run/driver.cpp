@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/end_signal.hpp"
+#include "base/messages.hpp"
 #include "base/stopwatch.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/output_stage.hpp"
@@ -154,12 +155,11 @@ void leaveAtStop(Simulation& simulation) {
     s.console.screen = screen;
 }
 
-int finishBySignal(Simulation& simulation) {
+int finishBySignal(Simulation& simulation, std::string_view where) {
     endStatus(simulation);
     simulation.course.endSignal = endSignal();
     const int status = statusOfSignal(simulation.course.endSignal);
-    leave(simulation,
-          fmt::format("ended by {} behind a whole step", signalName(simulation.course.endSignal)));
+    leave(simulation, fmt::format("ended by {} {}", signalName(simulation.course.endSignal), where));
     closeFiles(simulation);
     return status;
 }
@@ -175,9 +175,16 @@ void connectConsole(Simulation& simulation) {
     console.atStop = &simulation.atStop;
 }
 
+/// Wells are those of another run, which closes them itself.
+bool followsOutsideWells(const RunOptions& options) {
+    return options.traceFromRestart && !options.useEclipsePressure;
+}
+
 /// What a run has given, as a history schedule for another.
 void leaveWellHistory(Simulation& s) {
     if (!s.options.outputWellHistory) return;
+    if (s.options.useEclipsePressure)  // its steps are runs of their own
+        return warn(s.console, "WARNING :: OUTWHIST LEAVES NO HISTORY OF A RUN WITH USEECLP");
     RunOptions place = s.options;
     if (!s.options.traceFromRestart) place.deckFile.clear();  // own files stand where the results do
     if (solverPhase(s.options, s.clock.solverPhaseIndex) != "btf")
@@ -220,27 +227,28 @@ int runSimulation(Simulation& simulation) {
         return 0;
     }
     if (optimisesOutsideRun(simulation.options) && !prepareStepDecks(simulation))
-        return finishBySignal(simulation);
+        return finishBySignal(simulation, "during the outside run");
     startStatus(simulation);
     RunClock& clock = simulation.clock;
     for (;;) {
-        if (endSignal() != 0) return finishBySignal(simulation);
+        if (endSignal() != 0) return finishBySignal(simulation, "behind a whole step");
         const bool timeAhead = beginStep(simulation);
         if (!timeAhead)
             clock.workDt = clock.dt;
         else if (!simulation.options.traceFromRestart)
             takeStep(pressureIsUpdated(simulation.options, clock), simulation);
         else if (!takeTracedStep(simulation))
-            return finishBySignal(simulation);
+            return finishBySignal(simulation, "during the outside run");
         advanceCalendar(clock.workDt, clock);
         clock.time += clock.workDt;
         if (simulation.options.traceFromRestart) passTableEntries(simulation);
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
-        applyEconomicLimits(simulation);
+        if (!followsOutsideWells(simulation.options)) applyEconomicLimits(simulation);
         noteClosedWells(simulation);
         if (clock.time >= clock.endTime - TimeTolerance) break;
+        if (simulation.options.traceFromRestart) passWellEvents(simulation);
         wellEvent(simulation);
         nextTableEntries(simulation);
     }

@@ -22,6 +22,7 @@
 #include "report/well_tables.hpp"
 #include "run/closing_summary.hpp"
 #include "run/deck_summary.hpp"
+#include "run/run_files.hpp"
 #include "streamline/streamline_step.hpp"
 
 namespace kvr {
@@ -81,6 +82,10 @@ void readField(Simulation& s) {
              outsideFile(s.options, s.options.headerName, ".X", TracedRestart));
         hardStop(s.console);
     }
+    if (!read.hasFactors)
+        warn(s.console,
+             "WARNING :: The restart has no formation volume factors (BO, BW, BG), those of default tables "
+             "serve");
     if (s.wells.wells.empty()) warn(s.console, "WARNING :: THE RESTART HAS NO WELLS, NO LINE STARTS");
     s.clock.endTime = s.schedule.endTime = read.time;
     s.clock.workDt = s.clock.dt;
@@ -98,6 +103,7 @@ void setTraceOptions(Simulation& s) {
 }
 
 void startReports(Simulation& s) {
+    removeStaleFiles(s);
     allocateStreamlines(s);
     writeStaticPlots(s);
     reportOutput(s, 0, s.schedule.endTime);
@@ -108,7 +114,8 @@ void startReports(Simulation& s) {
     checkWritten(s.console);
 }
 
-/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero.
+/// Rates of the wells at the time of the restart, whose way there is not known: totals stay at zero. They
+/// come behind the lines, whose files are named by the step that the clock has not yet made.
 void reportWellFlows(Simulation& s) {
     advanceCalendar(s.clock.workDt, s.clock);
     s.clock.time = s.clock.endTime;

@@ -44,11 +44,13 @@
 #include "run/ix_trace.hpp"
 #include "run/process.hpp"
 #include "run/run_files.hpp"
+#include "run/traced_step.hpp"
 #include "run/unbuilt_features.hpp"
 #include "streamline/streamline_step.hpp"
 #include "streamline/tracing/cell_tags.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace kvr {
 
@@ -113,10 +115,20 @@ void closeConversion(Simulation& simulation) {
     closeLog(simulation.outputs, simulation.console);
 }
 
+/// A command that a signal has ended ends the conversion with it.
+void leaveAtSignal(Simulation& simulation) {
+    if (endSignal() == 0) return;
+    tell(simulation.console,
+         fmt::format("RUN OF THE OUTSIDE SIMULATOR IS ENDED BY {}", signalName(endSignal())));
+    closeConversion(simulation);
+    std::exit(statusOfSignal(endSignal()));
+}
+
 /// An .afi file alone: IX runs, its grid and restarts become plots, and the run ends.
 [[noreturn]] void extractAndStop(Simulation& simulation) {
     const RunOptions& options = simulation.options;
     ix_run(simulation);
+    leaveAtSignal(simulation);
     input_GRID(simulation.console, options, simulation.units, options.headerName, simulation.grid);
     input_RST2Tecplot(simulation.console, options, simulation.grid, options.headerName, 0, simulation.clock);
     closeConversion(simulation);
@@ -140,17 +152,19 @@ void closeConversion(Simulation& simulation) {
     if (status != 0) stopOnFileStatus(console, status, path);
     lineToBoth(console, "Run Simulation by ECLIPSE");
     runOutsideCommand(console, simulation.options, simulation.options.headerName);
+    leaveAtSignal(simulation);
     closeConversion(simulation);
     normalStop();
 }
 
 /// The history at the end of a run is made of its own summary files.
-void warnOfMissingSummary(const Simulation& simulation) {
-    const RunOptions& options = simulation.options;
-    if (!options.outputWellHistory || options.traceFromRestart || isOn(options, OutputSwitch::Eclipse))
-        return;
-    warn(simulation.console,
-         "WARNING :: OUTWHIST NEEDS THE SUMMARY FILES OF THE RUN, WHICH OUTPUTKVR 9 SWITCHES ON");
+void switchOnSummary(Simulation& simulation) {
+    RunOptions& options = simulation.options;
+    if (!options.outputWellHistory || isOn(options, OutputSwitch::Eclipse)) return;
+    if (options.traceFromRestart) return;
+    options.outputEclipse = "Yes";
+    lineToBoth(simulation.console,
+               "OUTWHIST :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN, THE HISTORY IS MADE OF THEIR SUMMARY");
 }
 
 /// Nothing of a run is done before it is known that its command may be run.
@@ -170,12 +184,13 @@ void openAndRead(Simulation& simulation) {
     }
     readInput(simulation);
     requireOutsidePermission(simulation);
-    warnOfMissingSummary(simulation);
+    switchOnSummary(simulation);
     requirePressure(simulation);
 }
 
 void convertAndClose(Simulation& simulation) {
     convertOutsideRun(simulation);
+    leaveAtSignal(simulation);
     closeConversion(simulation);
 }
 
@@ -247,6 +262,9 @@ void takeOutsideModel(Simulation& s) {
     input_INIT_TRANS(s.console, s.options, s.units, header, s.grid, s.connections);
     input_RST2Velocity(s, header, 0);
     refreshProperties(s.grid, s.fluids, s.state);
+    // Wells are still shut in a restart of time zero: those of the schedule stand.
+    const bool scheduled = !s.schedule.steps.empty() && !s.schedule.steps.front().wells.empty();
+    if (scheduled && !s.restart.wellsFromFile) return rebuildWells(1, s);
     deriveFromWells(s);
 }
 
@@ -276,16 +294,22 @@ void startUp(Simulation& simulation) {
     if (converts && simulation.options.eclipseToIx) convertDeckAndStop(simulation);
     if (converts && simulation.options.eclipseToTecplot) convertAndStop(simulation);
 
-    if (!simulation.options.checkOnly) removeStaleFiles(simulation);
+    const bool readsOld = simulation.options.useEclipseTrans;  // what stands there may be what is to be taken
+    if (!simulation.options.checkOnly && !readsOld) removeStaleFiles(simulation);
     const StageTimer timer(simulation.times.initialisation);
+    startAtRestart(simulation);
     initialiseState(simulation);
     startClock(simulation.schedule, simulation.clock);
+    passTablesAtRestart(simulation);
     allocateStreamlines(simulation);
     AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
                      simulation.velocity);
     conditionGeometry(simulation);
     applyFaultMultipliers(1, simulation);
-    if (simulation.options.useEclipseTrans && !simulation.options.checkOnly) takeOutsideModel(simulation);
+    if (readsOld && !simulation.options.checkOnly) {
+        takeOutsideModel(simulation);
+        removeStaleFiles(simulation);
+    }
     tellDeckSummary(simulation);
     if (simulation.options.checkOnly) return;
     if (simulation.options.method == "FIM") {

@@ -11,8 +11,17 @@ namespace kvr {
 /// to end, and the step has not been made.
 bool takeTracedStep(Simulation& simulation);
 
-/// Takes the tables of the schedule past what the time of a restart has left behind, with the wells of the
-/// last event among it: the steps of an outside run are its own.
+/// The clock of a run that goes on from a restart (RESTART) starts at its time; a schedule that begins there
+/// is moved to it. Behind the reading of the deck.
+void startAtRestart(Simulation& simulation);
+
+/// Takes the tables of times past what the time of a restart has left behind: the steps of an outside run are
+/// its own.
 void passTableEntries(Simulation& simulation);
+/// The same for a run that has started at a restart: what ends there is past, too.
+void passTablesAtRestart(Simulation& simulation);
+/// The same for well events, with the wells of the last of them; behind the report of the step, which shows
+/// those of the restart.
+void passWellEvents(Simulation& simulation);
 
 }  // namespace kvr

@@ -214,6 +214,33 @@ void sizeStage(Simulation& s) {
     if (s.tags.CellTag.empty()) s.tags.CellTag.assign(s.grid.NCELLS, CellTagKind::Pop);
 }
 
+/// Lines that show the cells and move nothing.
+struct StillLines {
+    std::string_view heading;
+    Storage storage;  // how cells hold their fluids
+    bool tellsMethod = false;
+    int iterationsLeft = 0;
+};
+
+void traceStillLines(const StillLines& how, double remainingToEnd, double remainingToReport, Simulation& s) {
+    const double start = wallSeconds();
+    clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
+    openLineOutput(remainingToReport, s);
+    prepareSolver(s, remainingToEnd);
+    s.lines.field.solver = LineSolver::Still;
+    lineToScreen(s.console, "");
+    lineToScreen(s.console, how.heading);
+    launch(s);
+    if (how.tellsMethod) printMethod(s);
+    prepareFields(how.storage, s);
+    s.lines.field.passes = false;
+    clearVisited(s.mapping);
+    clearOutlets(s.wells, s.lines.outlets);
+    runLines(how.iterationsLeft, start, remainingToEnd, s);
+    closeLineOutput(s);
+    clearStep(s);
+}
+
 }  // namespace
 
 void allocateStreamlines(Simulation& simulation) {
@@ -256,43 +283,17 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
 void drawLines(Simulation& simulation, double remainingToEnd, double remainingToReport) {
     if (simulation.wells.wells.empty()) return;
     if (!linesAreDue(simulation.options, remainingToEnd, remainingToReport)) return;
-    const double start = wallSeconds();
-    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
-    openLineOutput(remainingToReport, simulation);
-    prepareSolver(simulation, remainingToEnd);
-    simulation.lines.field.solver = LineSolver::Still;
-    lineToScreen(simulation.console, "");
-    lineToScreen(simulation.console, "-- Lines of the report, saturations stay --");
-    launch(simulation);
-    prepareFields(storageOf(simulation.options, simulation.fluids), simulation);
-    simulation.lines.field.passes = false;
-    clearVisited(simulation.mapping);
-    clearOutlets(simulation.wells, simulation.lines.outlets);
-    runLines(0, start, remainingToEnd, simulation);
-    closeLineOutput(simulation);
-    clearStep(simulation);
+    const Storage storage = storageOf(simulation.options, simulation.fluids);
+    traceStillLines({"-- Lines of the report, saturations stay --", storage}, remainingToEnd,
+                    remainingToReport, simulation);
 }
 
 void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int /*iteration*/,
                            double remainingToEnd, double remainingToReport) {
     if (simulation.wells.wells.empty()) return;
-    const double start = wallSeconds();
-    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
-    openLineOutput(remainingToReport, simulation);
-    prepareSolver(simulation, remainingToEnd);
-    simulation.lines.field.solver = LineSolver::Still;
-    lineToScreen(simulation.console, "");
-    lineToScreen(simulation.console, "-- Saturation calculation --");
-    launch(simulation);
-    printMethod(simulation);
     // The cells are those of the restart, and lines that only show them need no older ones.
-    prepareFields(Storage::Present, simulation);
-    simulation.lines.field.passes = false;
-    clearVisited(simulation.mapping);
-    clearOutlets(simulation.wells, simulation.lines.outlets);
-    runLines(iterationsLeft, start, remainingToEnd, simulation);
-    closeLineOutput(simulation);
-    clearStep(simulation);
+    traceStillLines({"-- Saturation calculation --", Storage::Present, true, iterationsLeft}, remainingToEnd,
+                    remainingToReport, simulation);
 }
 
 }  // namespace kvr

@@ -126,6 +126,8 @@ def test_the_results_beside_an_afi_file_are_traced(tmp_path, left_out):
     assert lines.count("ZONE I =") == 1000
     assert (tmp_path / "out" / "CASE_TPlot_poil.plt").stat().st_size > 0
     assert "1 producing, 1 injecting" in ended.console
+    # The restart holds reciprocals of its factors, under names of its own.
+    assert "WARNING :: The restart has no formation volume factors (BO, BW, BG), those of default tables serve" in ended.console
 
 
 @needs_commercial_run

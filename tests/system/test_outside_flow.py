@@ -115,6 +115,21 @@ def test_the_history_of_a_gas_flood_gives_its_rates_again_but_for_gas_at_a_press
     assert again["WGPR:PROD"] == pytest.approx(before["WGPR:PROD"], rel=0.01)
 
 
+def test_gas_at_the_pressure_of_a_report_nears_its_rate_with_shorter_reports(tmp_path):
+    """Why the test before allows what it does: the pressure of a report's end is held through all of it."""
+    names, times, misses = ("WGIR:INJ", "WGPR:PROD"), [30, 60, 90, 120], []
+    for steps in ("4*30", "24*5"):
+        folder = tmp_path / steps.replace("*", "_")
+        folder.mkdir()
+        trace(folder, spe1(), steps)
+        flow(folder, "HISTORY", history_deck(folder, spe1()))
+        before, again = (at_reports(folder, name, times, *names) for name in ("CASE", "HISTORY"))
+        misses.append([max(abs(again[name] / before[name] - 1)) for name in names])
+    for monthly, short in zip(*misses):
+        assert short < 0.5 * monthly
+        assert short < 1.5e-3
+
+
 def test_the_history_of_a_metric_deck_is_in_its_units(tmp_path):
     runspec = small_deck.RUNSPEC.replace("FIELD", "METRIC").replace("2 1 /", "2 1 1 2 /") + "TABDIMS\n/\n"
     text = small_deck.deck(runspec=runspec, options="").replace("END\n", "")

@@ -1,11 +1,13 @@
 """Runs that start an outside simulator: what they ask before, how often they try, and how they end."""
 
 import os
+import re
 import shutil
 import signal
 import subprocess
 import time
 
+import numpy
 import pytest
 
 import kvr_run
@@ -159,6 +161,45 @@ def test_a_signal_ends_the_command_that_is_waited_for(tmp_path):
     assert state in ("", "Z"), "what the command had started has ended with it"
 
 
+def test_a_command_that_ignores_the_signal_is_ended_all_the_same(tmp_path):
+    script(tmp_path, "simulator", "trap '' INT\necho $$ > child\nwhile true; do sleep 0.1; done\n")
+    going = Going(tmp_path, traced("simulator"))
+    end = time.monotonic() + 20
+    while not (tmp_path / "child").exists() or not (tmp_path / "child").read_text().strip():
+        assert time.monotonic() < end
+        time.sleep(0.02)
+    assert going.interrupt(20) == INTERRUPTED
+    assert "Waiting for the outside simulator to end" in going.console
+    time.sleep(0.5)
+    assert process_state(int((tmp_path / "child").read_text())) in ("", "Z")
+
+
+@pytest.mark.parametrize("extra, command", [("ECL2TEC", "simulator"), ("", "./ecl2ix")], ids=["plots", "deck"])
+def test_a_signal_ends_a_conversion(tmp_path, extra, command):
+    for name in ("simulator", "ecl2ix"):
+        script(tmp_path, name, "touch has_run\nsleep 300\n")
+    going = Going(tmp_path, traced(command, extra=extra))
+    end = time.monotonic() + 20
+    while not (tmp_path / "has_run").exists():
+        assert time.monotonic() < end
+        time.sleep(0.02)
+    assert going.interrupt() == INTERRUPTED
+    assert "RUN OF THE OUTSIDE SIMULATOR IS ENDED BY SIGINT" in going.console
+    assert "is not recognized" not in going.console
+    assert going.console.count("Run Simulation by ECLIPSE") == 1
+
+
+@pytest.mark.parametrize("name", ["X;touch made;", "MY CASE", "a$(touch made)b"])
+def test_the_name_of_a_deck_is_one_word_of_the_command(tmp_path, name):
+    script(tmp_path, "ecl2ix", 'echo "$#" > count; touch "$1.told"\n')
+    (tmp_path / f"{name}.DATA").write_text(traced("./ecl2ix", extra=""))
+    ended = run_named(tmp_path / f"{name}.DATA", "--allow-outside")
+    assert ended.returncode == 0, ended.console[-1000:]
+    assert (tmp_path / "count").read_text() == "1\n"
+    assert (tmp_path / f"{name}.told").exists()
+    assert not (tmp_path / "made").exists()
+
+
 # --- behind a run that has left its files ---------------------------------------------------------------------
 
 def homo_deck(command, extra=""):
@@ -237,3 +278,145 @@ def test_a_run_started_from_another_folder_traces_beside_its_deck_and_reports_el
     assert (case / "ran_here").exists()
     assert (results / "ECLIPSE_Summary.csv").exists()
     assert not list(results.glob("ECLIPSE.X*"))
+
+
+# --- runs of our own, followed as if they were another's ----------------------------------------------------------
+
+TRACED_END = "TUNEKVR\nNUMLINE\n20 INJ No /\nECLTRACE\nLINUXRUN\nECLCOMM\ntrue\n"
+
+
+def schedule(steps):
+    return small_deck.SCHEDULE.replace("2*30", steps)
+
+
+def own_run(folder, steps="4*30", extra=""):
+    """A run that leaves its binary files, four reports of 30 days."""
+    binary = kvr_run.options(lines=20, solver="DGESV", extra=extra).replace("1 0 0 0 0 0 0 1 0 0 /",
+                                                                            "1 0 0 0 0 0 0 1 1 0 /")
+    return kvr_run.finished_normally(run(folder, small_deck.deck(schedule=schedule(steps), options=binary)))
+
+
+def restarts_read(result):
+    return [int(step) for step in re.findall(r"EXTRACT RESTART -> .*ECLIPSE\.X(\d{4})", result.log)]
+
+
+def test_a_traced_run_follows_the_restarts_of_the_run(tmp_path):
+    before = own_run(tmp_path).table()
+    traced_run = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("4*30"), options=TRACED_END)))
+    assert restarts_read(traced_run) == [0, 1, 2, 3, 4]
+    after = traced_run.table()
+    assert list(after["TIME"]) == [0, 30, 60, 90, 120]
+    rows = [int(numpy.argmin(abs(before["TIME"] - time))) for time in after["TIME"]]
+    assert after["FPR"] == pytest.approx(before["FPR"][rows], rel=1e-5)
+
+
+@pytest.mark.parametrize("steps, whole", [("4*30", True), ("2*30", False)], ids=["whole schedule", "schedule behind it"])
+def test_a_traced_run_goes_on_behind_the_restart_that_its_deck_names(tmp_path, steps, whole):
+    before = own_run(tmp_path).table()
+    solution = "SOLUTION\nRESTART\n'ECLIPSE' 2 /\n"
+    sections = schedule(steps).replace("SCHEDULE\n", "SCHEDULE\nSKIPREST\n") if whole else schedule(steps)
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(solution=solution, schedule=sections, options=TRACED_END)))
+    assert restarts_read(result) == [0, 3, 4]
+    after = result.table()
+    assert list(after["TIME"]) == [60, 90, 120]
+    assert "Step 4 Time 90 --> 120 Stop Time: 120" in result.console
+    rows = [int(numpy.argmin(abs(before["TIME"] - time))) for time in (90, 120)]
+    assert after["WOPR:PROD"][1:] == pytest.approx(before["WOPR:PROD"][rows], rel=1e-3)
+
+
+def test_the_times_of_the_restarts_are_those_of_the_run(tmp_path):
+    own_run(tmp_path)
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("8*15"), options=TRACED_END)))
+    assert restarts_read(result) == [0, 1, 2, 3, 4]
+    assert list(result.table()["TIME"]) == [0, 30, 60, 90, 120]
+
+
+def test_a_missing_restart_is_told_and_the_field_before_it_serves(tmp_path):
+    own_run(tmp_path)
+    result = kvr_run.finished_normally(
+        run(tmp_path, small_deck.deck(schedule=schedule("6*30"), options=TRACED_END)))
+    assert restarts_read(result) == [0, 1, 2, 3, 4]
+    assert result.console.count("RESTART File Not Found :: ") == 2
+    assert result.table()["TIME"][-1] == 180
+
+
+def test_a_run_without_a_summary_index_stops_with_a_message(tmp_path):
+    own_run(tmp_path)
+    (tmp_path / "ECLIPSE.SMSPEC").unlink()
+    result = run(tmp_path, small_deck.deck(schedule=schedule("4*30"), options=TRACED_END))
+    assert result.status == 1
+    assert "ERROR: SMSPEC file is not given. Cannot Check .SXXXX file." in result.console
+
+
+def test_model_and_state_of_an_outside_run_serve_the_runs_own_solvers(tmp_path):
+    before = own_run(tmp_path)
+    taken = own_run(tmp_path, extra="USEECLTR")
+    assert restarts_read(taken) == [0]
+    assert "Sum Trans Error : X direc = 0" in taken.console
+    for column, values in before.table().items():
+        assert taken.table()[column] == pytest.approx(values, rel=1e-4, abs=1e-6), column
+
+
+def test_a_run_leaves_its_history_and_repeats_it(tmp_path):
+    before = own_run(tmp_path, extra="OUTWHIST")
+    text = before.read("SCHEDULE_TEMPORARY_FOR_HM.DATA")
+    assert text.count("TSTEP\n30 /") == 4
+    assert "'INJ' WATER OPEN 50 " in text
+    controls = small_deck.SCHEDULE.index("WCONPROD")
+    repeated = small_deck.SCHEDULE[:controls] + "INCLUDE\n'HISTORY.INC' /\nEND\n"
+    again_folder = tmp_path / "again"
+    again_folder.mkdir()
+    again = kvr_run.finished_normally(run(again_folder, small_deck.deck(schedule=repeated), {"HISTORY.INC": text}))
+    flow = before.table()["WWIR:INJ"][-1]  # the water has just broken through: against what flows
+    for column in ("WOPR:PROD", "WWPR:PROD", "WWIR:INJ"):
+        assert again.table()[column][-1] == pytest.approx(before.table()[column][-1], abs=1e-3 * flow), column
+
+
+def test_a_history_switches_the_summary_files_on(tmp_path):
+    plain = kvr_run.options(lines=20, solver="DGESV", extra="OUTWHIST")
+    result = kvr_run.finished_normally(run(tmp_path, small_deck.deck(options=plain)))
+    assert "OUTWHIST :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN" in result.console
+    assert result.read("SCHEDULE_TEMPORARY_FOR_HM.DATA").count("TSTEP") == 2
+
+
+@pytest.mark.parametrize("fault", ["reading", "permission", "afi"])
+def test_a_stop_leaves_the_end_file_of_the_outside_run(tmp_path, fault):
+    deck = traced("true", extra="ECL2TEC" if fault == "permission" else "ECLTRACE")
+    end_file = " Error summary\n Errors 0\n"
+    (tmp_path / "CASE.ECLEND").write_text(end_file)
+    name = "CASE.afi" if fault == "afi" else "CASE.DATA"
+    (tmp_path / name).write_text(deck.replace("5 5 1 /", "5 x 1 /") if fault == "reading" else deck)
+    assert run_named(tmp_path / name).returncode == 1
+    assert (tmp_path / "CASE.ECLEND").read_text() == end_file
+
+
+def test_a_command_behind_a_variable_that_is_not_set_runs_nothing(tmp_path):
+    script(tmp_path, "ECLIPSE", "touch has_run\n")
+    going = Going(tmp_path, traced("$no_such_variable"))
+    going.wait_for(TURN + "2")
+    assert going.interrupt() == INTERRUPTED
+    assert "The variable no_such_variable of the environment is not set" in going.console
+    assert not (tmp_path / "has_run").exists()
+
+
+def test_the_reason_of_a_refused_command_stands_last(tmp_path):
+    (tmp_path / "CASE.DATA").write_text(traced("./simulator"))
+    lines = [line for line in run_named(tmp_path / "CASE.DATA").console.splitlines() if line.strip()]
+    assert lines[-1] == "Command :: ./simulator CASE"
+    assert "--allow-outside" in lines[-2]
+
+
+@needs_public_decks
+def test_wells_that_the_start_of_the_outside_run_has_shut_flow_by_the_schedule(tmp_path):
+    plain, taken = tmp_path / "plain", tmp_path / "taken"
+    tables = []
+    for folder, extra in ((plain, ""), (taken, "USEECLTR\n")):
+        folder.mkdir()
+        homo_files(folder)
+        deck = (HOMO / "ECLIPSE.DATA").read_text() + f"\nTUNEKVR\nNUMLINE\n50 INJ No /\n{extra}"
+        tables.append(kvr_run.finished_normally(run(folder, deck)).table())
+    for column in ("WOPR:PRD", "WWIR:INJ", "FPR"):
+        assert tables[1][column][-1] == pytest.approx(tables[0][column][-1], rel=0.01), column

@@ -2,12 +2,14 @@
 
 import struct
 
+import numpy
 import pytest
 
 import block_files
 import kvr_run
 import left_results
 import small_deck
+from named_run import run_named
 
 ACTIVE_CELLS, WELLS = 12, 17  # of INTEHEAD
 
@@ -64,7 +66,8 @@ def test_files_of_another_grid_altogether_end_the_run_with_a_message(tmp_path, s
     run, other = sound
     ended = trace(tmp_path, run, {name: other[name] for name in run.files if name in other})
     assert ended.status == 1
-    assert "ERROR" in ended.console
+    assert "ECLIPSE.EGRID: byte " in ended.console
+    assert "the grid has other dimensions than the run" in ended.console
 
 
 @pytest.mark.parametrize("share", [0.02, 0.5, 0.99])
@@ -107,4 +110,42 @@ def test_a_wrong_count_of_active_cells_is_told(tmp_path, sound):
     run, _ = sound
     restart = changed(run.files["ECLIPSE.X0001"], b"INTEHEAD", with_slot(ACTIVE_CELLS, 7))
     ended = trace(tmp_path, run, dict(run.files, **{"ECLIPSE.X0001": restart}))
+    assert ended.status == 0
     assert " ERROR :: ACTNUM not match from INIT and KVR" in ended.console
+
+
+def test_a_compositional_restart_without_fluxes_is_refused(tmp_path, sound):
+    run, _ = sound
+    blocks = [block for block in block_files.blocks_of(run.files["ECLIPSE.X0001"]) if not block.keyword.startswith(b"FL")]
+    fractions = next(block for block in blocks if block.keyword == b"SWAT    ")
+    blocks.append(block_files.Block(b"ZMF1    ", fractions.count, fractions.kind, fractions.data))
+    ended = trace(tmp_path, run, dict(run.files, **{"ECLIPSE.X0001": block_files.file_of(blocks)}))
+    assert ended.status == 1
+    assert "ERROR :: The restart is compositional (ZMF1) and has no fluxes" in ended.console
+
+
+def test_a_pore_volume_of_the_outside_run_gives_its_times_of_flight(tmp_path, sound):
+    """Twice the pores take the lines twice the time."""
+    run, _ = sound
+    double = changed(run.files["ECLIPSE.INIT"], b"PORV    ",
+                     lambda record: (2 * numpy.frombuffer(record, ">f4")).astype(">f4").tobytes())
+    times = []
+    for name, spec in (("plain", run.files["ECLIPSE.INIT"]), ("double", double)):
+        (tmp_path / name).mkdir()
+        ended = trace(tmp_path / name, run, dict(run.files, **{"ECLIPSE.INIT": spec}))
+        assert ended.status == 0
+        lines = (tmp_path / name / "Streamline_Time_60.plt").read_text().split("ZONE I =")[1:]
+        assert lines
+        times.append(max(float(row.split()[3]) for line in lines for row in line.splitlines()[1:] if row.strip()))
+    assert times[1] == pytest.approx(2.0 * times[0], rel=1e-5)
+
+
+def test_a_named_run_shows_what_its_files_lack(tmp_path, sound):
+    run, _ = sound
+    files = {name: data for name, data in run.files.items() if not name.endswith((".INIT", ".EGRID"))}
+    for name, data in {**run.inputs, **files}.items():
+        (tmp_path / name).write_bytes(data)
+    ended = run_named("ECLIPSE.DATA", "--allow-outside", folder=tmp_path)
+    assert ended.returncode == 0, ended.console
+    assert " ECLIPSE .GRID File Not Found :: " in ended.console
+    assert " ECLIPSE .INIT File Not Found :: " in ended.console

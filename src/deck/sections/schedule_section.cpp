@@ -35,6 +35,11 @@ void readFaultFactors(SectionReader& reader, ScheduleRecords& records) {
                          records.schedule.steps.back().faultMultipliers);
 }
 
+void readSkiprest(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    records.options.restartInside = true;
+}
+
 using Row = KeywordRow<ScheduleRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSCHED", neglect<ScheduleRecords>, "neglected"},
@@ -66,6 +71,8 @@ constexpr std::array Keywords = {
         "rows of a fault of `FAULTS` and a factor: from here on, on top of what stands there"},
     Row{"DRSDT", readDrsdt, "largest rise of the solution gas ratio a day, in all cells"},
     Row{"GRUPTREE", readGruptree, "read over: groups have no targets here"},
+    Row{"SKIPREST", readSkiprest,
+        "the schedule is that of the whole run, not of what is behind its `RESTART`"},
     Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run"},
     Row{"TSTEP", readTstep, "step lengths, days"},
     Row{"DATES", readDates, "report dates: day, month, year"},

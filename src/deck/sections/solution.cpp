@@ -247,8 +247,8 @@ void readZmf(SectionReader& reader, SolutionRecords& records) {
 void readRestart(SectionReader& reader, SolutionRecords& records) {
     announce(reader, reader.keyword);
     skipCommentLines(reader);
-    std::string name;  // the header name of the run stands for it
-    const std::array<ListTarget, 2> targets = {&name, &records.options.restartStep};
+    RunOptions& options = records.options;
+    const std::array<ListTarget, 2> targets = {&options.restartName, &options.restartStep};
     checkRead(reader, readList(*reader.cursor, targets));
 }
 

@@ -107,6 +107,16 @@ TEST(EndFileCheck, CountsAMissingFileOrNumberAsAnError) {
     EXPECT_EQ(errorsIn(" Errors many\n"), 1);
 }
 
+TEST(EndFileCheck, ReportsWhatCannotBeOpenedAsAFile) {
+    const ScratchFolder folder;
+    const QuietConsole quiet;
+    std::filesystem::create_directory(folder.path + "CASE.ECLEND");
+    int errors = 0;
+    Check_ECLEND(quiet.console, folder.path + "CASE.ECLEND", errors);
+    EXPECT_EQ(errors, 1);
+    EXPECT_EQ(quiet.screenText(), "ERROR: File handling Error\n" + folder.path + "CASE.ECLEND\n");
+}
+
 TEST(EndFileCheck, FindsNoErrorsInTheRunsOwn) {
     SmallCase c(1, 1, 1);
     Output_ECLEND_Normal(c.run.console, c.run.options, {});

@@ -9,6 +9,7 @@
 #include "unit/quiet_console.hpp"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace kvr {
 namespace {
@@ -143,6 +144,46 @@ TEST(InitReader, RebuildsPoreVolumesThatTheFileLacks) {
     // 100 x 100 x 20 ft are 35621.523450 rb.
     EXPECT_NEAR(c.run.grid.PORV[1], 0.25 * 35621.5234435, 1e-3);
     EXPECT_NEAR(c.run.grid.PORV[2], 0.25 * 35621.5234435, 1e-3);
+}
+
+TEST(InitReader, MakesThePorosityThatGivesThePoreVolumeOfTheFile) {
+    ReaderCase c(3, 1, 1);
+    // 100 x 100 x 20 ft are 35621.52345 rb: a porosity of 0.2 with a net-to-gross of 0.5 gives 3562.152345
+    // rb.
+    c.folder.write("CASE.INIT", integers("INTEHEAD", initHead(3, 1, 1, 3)) +
+                                    reals("PORO    ", {0.2F, 0.2F, 0.2F}) +
+                                    reals("NTG     ", {0.5F, 0.5F, 0.5F}) +
+                                    reals("PORV    ", {3562.1523F, 7124.3047F, 0.0F}));
+    c.readInit();
+    EXPECT_EQ(c.run.grid.PORO[1],
+              static_cast<double>(0.2F));        // the same but for rounding: nothing is changed
+    EXPECT_NEAR(c.run.grid.PORO[2], 0.4, 1e-6);  // multiplied by two there
+    EXPECT_EQ(c.run.grid.PORO[3], static_cast<double>(0.2F));
+}
+
+TEST(InitReader, LeavesOutWhatNoRockCanHave) {
+    ReaderCase c(3, 1, 1);
+    const float none = std::numeric_limits<float>::quiet_NaN(),
+                endless = std::numeric_limits<float>::infinity();
+    c.folder.write("CASE.INIT",
+                   integers("INTEHEAD", initHead(3, 1, 1, 3)) + reals("PERMX   ", {none, 7.0F, -3.0F}) +
+                       reals("TRANX   ", {endless, 4.0F, 0.0F}) + reals("PORV    ", {none, -1.0F, 5.0F}));
+    const double before = c.run.connections.Trans(1, 2), volume = 0.2 * 35621.5234435;
+    ASSERT_NEAR(c.run.grid.PORO[1], 0.2, 1e-12);
+    c.readInit();
+    EXPECT_EQ(c.run.grid.PERMX[1], 100.0);
+    EXPECT_EQ(c.run.grid.PERMX[2], 7.0);
+    EXPECT_EQ(c.run.grid.PERMX[3], 100.0);
+    EXPECT_EQ(c.run.connections.Trans(1, 2), before);
+    EXPECT_EQ(c.run.connections.Trans(2, 2), 4.0);
+    EXPECT_NEAR(c.run.grid.PORV[1], volume, 1e-3);
+    EXPECT_NEAR(c.run.grid.PORV[2], volume, 1e-3);
+    EXPECT_TRUE(
+        holds(c.screenText(), " WARNING :: 2 values of PERMX in INIT are beyond its range and left out\n"));
+    EXPECT_TRUE(
+        holds(c.screenText(), " WARNING :: 1 values of TRANX in INIT are beyond its range and left out\n"));
+    EXPECT_TRUE(
+        holds(c.screenText(), " WARNING :: 2 values of PORV in INIT are beyond its range and left out\n"));
 }
 
 TEST(InitReader, SpreadsCompressedArraysOverTheActiveCells) {
@@ -362,6 +403,15 @@ TEST(GridReader, StopsAtMoreCellsThanTheFileCanHold) {
     expectGridStop(integers("DIMENS  ", {0, 10, 10}), "a dimension is not positive");
     expectGridStop(integers("DIMENS  ", {2, 10}), "three dimensions were expected");
     expectGridStop(integers("DIMENS  ", std::vector<std::int32_t>(12, 1)), "byte 0: ");
+}
+
+TEST(GridReader, StopsAtCornersThatAreNoPlaces) {
+    std::vector<float> corners = blockCorners(0.0F, false);
+    corners[5] = std::numeric_limits<float>::quiet_NaN();
+    const std::string head = twoCellGrid(false).substr(0, 44);
+    expectGridStop(
+        head + integers("COORDS  ", {1, 1, 1, 1, 1}) + reals("CORNERS ", corners) + std::string(1000, '\0'),
+        "corners that are no places");
 }
 
 TEST(CornerOrder, OfAFaultedThinCellIsStillSeen) {

@@ -27,6 +27,7 @@ struct RestartCase {
         run.options.workingFolder = folder.path;
         run.options.dataFileBase = folder.path + "CASE";
         refreshProperties(run.grid, run.fluids, run.state);
+        for (double& flux : run.velocity.CellFaceFlux.slots) flux = 99.0;  // of the step before
         head[2] = 2;
         head[8] = nx;
         head[9] = ny;
@@ -124,6 +125,67 @@ TEST(RestartVelocity, LeavesAxesThatTheFileDoesNotHaveWithoutFlux) {
     for (CellId cell = 1; cell <= 8; ++cell)
         for (int face = 3; face <= 6; ++face) EXPECT_EQ(c.run.velocity.CellFaceFlux(cell, face), 0.0);
     EXPECT_NEAR(c.run.velocity.CellFaceFlux(1, 2), 10.0, 1e-9);
+}
+
+TEST(RestartVelocity, TellsTheAxesApart) {
+    RestartCase c(2, 2, 2);
+    c.begin();
+    c.add("FLRWATI+", {1, 0, 2, 0, 3, 0, 4, 0});
+    c.add("FLRWATJ+", {10, 20, 0, 0, 30, 40, 0, 0});
+    c.add("FLRWATK+", {100, 200, 300, 400, 0, 0, 0, 0});
+    c.read();
+    const VelocityField& field = c.run.velocity;
+    EXPECT_EQ(field.CellFaceFlux(3, 2), 2.0);  // cell (1, 2, 1)
+    EXPECT_EQ(field.CellFaceFlux(4, 1), 2.0);
+    EXPECT_EQ(field.CellFaceFlux(6, 4), 40.0);  // cell (2, 1, 2)
+    EXPECT_EQ(field.CellFaceFlux(8, 3), 40.0);
+    EXPECT_EQ(field.CellFaceFlux(2, 6), 200.0);  // cell (2, 1, 1)
+    EXPECT_EQ(field.CellFaceFlux(6, 5), 200.0);
+}
+
+TEST(RestartVelocity, ConvertsTheGasFluxOfAFieldAndOfAMetricFile) {
+    for (const std::int32_t units : {2, 1}) {
+        RestartCase c(2);
+        c.run.fluids = samples::lightOil();
+        c.run.options.hasGas = true;
+        c.head[2] = units;
+        const bool field = units == 2;
+        c.begin();
+        c.add("SGAS", {0.1F, 0.1F});
+        c.add("BO", {1.5F, 1.5F});
+        c.add("BG", field ? std::vector<float>{0.890538F, 0.890538F} : std::vector<float>{0.005F, 0.005F});
+        c.add("RS", field ? std::vector<float>{1.1229166F, 1.1229166F} : std::vector<float>{200.0F, 200.0F});
+        c.add("FLOOILI+", {66.6666667F, 0.0F});
+        c.add("FLOGASI+", {field ? 1000.0F : 20000.0F, 0.0F});
+        c.read();
+        // Field: 100 rb of oil and 823.871 of gas; metric: 100 m3 of oil, 20000 x 0.005 - 66.667 m3 of gas.
+        const double expected = field ? 923.87142 : (100.0 + 100.0 - 66.6666667) * 6.2898111;
+        EXPECT_NEAR(c.run.velocity.CellFaceFlux(1, 2), expected, 2e-3);
+    }
+}
+
+TEST(RestartVelocity, ClosesTheFacesOfCellsThatAreInactiveBehindTheDeck) {
+    RestartCase c(3);
+    c.run.grid.Active[2] = 0;  // as the activity of the other run has it
+    c.head[11] = 2;
+    c.begin();
+    c.add("PRESSURE", {3100.0F, 2900.0F});
+    c.read();
+    EXPECT_EQ(c.run.velocity.CellFaceFlux(1, 2), 0.0);
+    EXPECT_EQ(c.run.velocity.CellFaceFlux(3, 1), 0.0);
+}
+
+TEST(RestartVelocity, ReadsPhasePressuresAndTheOilSaturation) {
+    RestartCase c(2);
+    c.begin();
+    c.add("POIL", {3100.0F, 3000.0F});
+    c.add("PWAT", {3090.0F, 2995.0F});
+    c.add("SOIL", {0.7F, 0.6F});
+    c.add("SWAT", {0.25F, 0.35F});
+    c.read();
+    EXPECT_EQ(c.run.state.PressureW[1], 3090.0);
+    EXPECT_NEAR(c.run.state.So[1], 0.7, 1e-7);  // as the file says, not what water leaves
+    EXPECT_NEAR(c.run.state.Sw[2], 0.35, 1e-7);
 }
 
 TEST(RestartVelocity, TakesReservoirFluxesAsTheyAre) {
@@ -338,6 +400,16 @@ TEST(RestartVelocity, StopsAtAFileThatEndsInsideABlock) {
                 "this block has more elements than the rest of the file holds");
 }
 
+TEST(RestartVelocity, TellsOfDimensionsThatNoIntegerHolds) {
+    for (const std::int32_t wild : {2147483647, -2147483647 - 1}) {
+        RestartCase c(2);
+        c.head[8] = c.head[9] = c.head[10] = wild;
+        c.begin();
+        EXPECT_TRUE(c.read().found);
+        EXPECT_NE(c.quiet.screenText().find("Dimension does not match"), std::string::npos);
+    }
+}
+
 // --- wells -------------------------------------------------------------------------------------------------
 
 /// Two wells at the ends of a row of three cells: an injector of water and a producer.
@@ -352,11 +424,13 @@ struct WellCase : RestartCase {
         head[33] = 3;   // of SCON
         head[34] = 3;   // of XCON
     }
-    void addTables() {
-        addAs<std::int32_t>("IWEL", {1, 1, 1, 0, 1, 1, 3, 0, 0, 0, 1, 0, 3, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0});
+    void addTables(const std::vector<std::int32_t>& wells = {1, 1, 1, 0, 1, 1, 3, 0, 0, 0, 1, 0,
+                                                             3, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0},
+                   const char* first = "I-1", const char* second = "P-1") {
+        addAs<std::int32_t>("IWEL", wells);
         addAs<double>("XWEL",
                       {0.0, -100.0, 0.0, -100.0, 0.0, 0.0, 3500.0, 60.0, 40.0, 0.0, 0.0, 0.0, 0.0, 2500.0});
-        addAs<Text8>("ZWEL", {text8("I-1"), text8(""), text8(""), text8("P-1"), text8(""), text8("")});
+        addAs<Text8>("ZWEL", {text8(first), text8(""), text8(""), text8(second), text8(""), text8("")});
         addAs<std::int32_t>(
             "ICON", {1, 1, 1, 1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 3, 1, 3, 1, 1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 3});
         add("SCON", {2.5F, 0.0F, 0.5F, 1.5F, 0.0F, 0.5F});
@@ -428,13 +502,50 @@ TEST(RestartWells, WithoutTablesFlowWhatTheFieldTakesFromTheirCells) {
     EXPECT_NEAR(c.run.wells.wells[0].WellQw, 30.0, 1e-9);
 }
 
-TEST(RestartWells, BeyondTheGridAreLeftOut) {
+TEST(RestartWells, BeyondTheGridAreLeftOutAndTheOthersKeepTheirRates) {
     WellCase c;
     c.begin();
-    c.addAs<std::int32_t>("IWEL", {9, 1, 1, 0, 1, 1, 3, 0, 0, 0, 1, 0, 3, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0});
+    c.addTables({9, 1, 1, 0, 1, 1, 3, 0, 0, 0, 1, 0, 3, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0}, "", "");
     c.read();
-    EXPECT_EQ(c.run.wells.wells.size(), 1U);
+    ASSERT_EQ(c.run.wells.wells.size(), 1U);
+    EXPECT_EQ(c.run.wells.wells[0].WellName, "W2");  // nothing names it
+    EXPECT_EQ(c.run.wells.wells[0].Bhp, 2500.0);
+    EXPECT_NEAR(c.run.wells.wells[0].reservoirRate, -100.0, 1e-9);
+    EXPECT_FALSE(c.run.wells.wells[0].shut);
     EXPECT_NE(c.quiet.screenText().find("ERROR :: Invailed Well Input Data (Location)"), std::string::npos);
+}
+
+TEST(RestartWells, KeepTheirPlacesFromRestartToRestart) {
+    WellCase c;
+    c.begin();
+    // The first well is not drilled yet: its type is 0.
+    c.addTables({1, 1, 1, 0, 1, 1, 0, 0, 0, 0, 0, 0, 3, 1, 1, 0, 1, 1, 1, 0, 0, 0, 1, 0}, "I-1", "P-1");
+    c.read();
+    ASSERT_EQ(c.run.wells.wells.size(), 1U);
+    EXPECT_EQ(c.run.wells.wells[0].WellName, "P-1");
+    c.begin();
+    c.addTables();
+    c.read();
+    ASSERT_EQ(c.run.wells.wells.size(), 2U);
+    EXPECT_EQ(c.run.wells.wells[0].WellName, "P-1");
+    EXPECT_EQ(c.run.wells.wells[1].WellName, "I-1");
+    EXPECT_NEAR(c.run.wells.wells[1].reservoirRate, 100.0, 1e-9);
+    c.begin();  // a restart without any
+    c.read();
+    ASSERT_EQ(c.run.wells.wells.size(), 2U);
+    EXPECT_TRUE(c.run.wells.wells[0].shut);
+}
+
+TEST(RestartWells, WithoutConnectionRatesShareOutThoseOfTheWell) {
+    WellCase c;
+    c.head[34] = 0;  // no words of XCON
+    c.begin();
+    c.addTables();
+    c.read();
+    ASSERT_EQ(c.run.wells.wells.size(), 2U);
+    EXPECT_FALSE(c.run.wells.wells[1].shut);
+    EXPECT_LT(c.run.wells.wells[1].reservoirRate, 0.0);
+    EXPECT_EQ(c.run.wells.wells[1].WellQo, -60.0);
 }
 
 TEST(RestartWells, OfLengthsThatTheFileDoesNotHoldAreNone) {

@@ -255,9 +255,37 @@ TEST(StepSchedule, PutsARateUnderItsControl) {
     EXPECT_TRUE(holds(c.quiet.logText(), " -> File Generated for Schedule of Optimization    :: "));
 }
 
+TEST(StepSchedule, KeepsTheLimitsBesideTheControl) {
+    StepCase c;
+    Well& well = c.wells.wells[2];
+    well.holdsLimits = true;
+    well.givenControl = "orat";  // the limit of liquid holds at present
+    well.targetOil = -100.0;
+    well.targetLiquid = -410.0;
+    EXPECT_TRUE(holds(c.write(1, 5.0), "'PROD' OPEN ORAT 100 1* 1* 410 1* 2000 /\n"));
+    well.givenControl = "bhp";  // with a limit of water, which has a word of its own
+    well.deckControl = "wlim";
+    well.TargetRate = well.targetWater = -500.0;
+    well.targetOil = well.targetLiquid = 0.0;
+    EXPECT_TRUE(holds(c.write(1, 5.0), "'PROD' OPEN BHP 1* 500 1* 1* 1* 2000 /\n"));
+    Well& injector = c.wells.wells[0];
+    injector.holdsLimits = true;
+    injector.givenControl = "bhp";
+    injector.targetResv = 90.0;
+    EXPECT_TRUE(holds(c.write(1, 5.0), "'INJ' WATER OPEN BHP 60 90 9000 /\n"));
+}
+
+TEST(StepSchedule, GivesTheRateOfTheTimeThatAWellIsOn) {
+    StepCase c;
+    c.wells.wells[2].efficiency = 0.5;
+    const std::string text = c.write(1, 5.0);
+    EXPECT_TRUE(holds(text, "'PROD' OPEN LRAT 1* 1* 1* 820 1* 2000 /\n"));
+    EXPECT_TRUE(holds(text, "WEFAC\n'PROD' 0.5 /\n/\n"));
+}
+
 TEST(StepSchedule, PassesOverAProducerWhoseControlItDoesNotKnow) {
     StepCase c;
-    c.wells.wells[2].deckControl = "wlim";
+    c.wells.wells[2].deckControl = "strange";
     const std::string text = c.write(1, 5.0);
     EXPECT_FALSE(holds(text, "WCONPROD"));
     EXPECT_TRUE(holds(text, "TSTEP\n5 /\n"));
@@ -291,6 +319,26 @@ TEST(DeckSplitter, IncludesTheFilesOfTheStepInPlaceOfTwoSections) {
         "RUNSPEC\nDIMENS\n 3 1 1 /\n-- SOLUTION in a comment\nPROPS\nPVDO\n/\nSOLUTION  ====\nINCLUDE\n"
         "'SOLUTION_STP0012.DATA' /\nSUMMARY\nFOPR\nSCHEDULE\nINCLUDE\n'SCHEDULE_STP0012.DATA' /\nEND\n");
     EXPECT_TRUE(holds(quiet.logText(), " -> Finished Reading RUNSPEC. Move to Next Section ::\n"));
+}
+
+TEST(DeckSplitter, TakesNoSectionFromATitleOrFromWhatIsSkipped) {
+    SmallCase c(3, 1, 1);
+    const std::string head = "RUNSPEC\nTITLE\nEND of field life study\nSKIP\nSCHEDULE\nEND\nENDSKIP\nOIL\n";
+    c.folder.write("CASE.DATA", head + "SOLUTION\nSWAT\nSCHEDULE\nTSTEP\n");
+    splitDeck(c.run.console, c.run.options, 1);
+    EXPECT_EQ(c.folder.read("CASE_RST0001.DATA"),
+              head +
+                  "SOLUTION\nINCLUDE\n'SOLUTION_STP0001.DATA' /\nSCHEDULE\nINCLUDE\n"
+                  "'SCHEDULE_STP0001.DATA' /\nEND\n");
+}
+
+TEST(DeckSplitter, GivesADeckWithoutScheduleOne) {
+    SmallCase c(3, 1, 1);
+    c.folder.write("CASE.DATA", "RUNSPEC\nSOLUTION\nSWAT\n");
+    splitDeck(c.run.console, c.run.options, 1);
+    EXPECT_EQ(c.folder.read("CASE_RST0001.DATA"),
+              "RUNSPEC\nSOLUTION\nINCLUDE\n'SOLUTION_STP0001.DATA' /\nSCHEDULE\nINCLUDE\n"
+              "'SCHEDULE_STP0001.DATA' /\nEND\n");
 }
 
 TEST(DeckSplitter, StopsWithoutTheMainDeck) {
@@ -341,6 +389,18 @@ TEST(StepSolution, HasAValuePerCellAndASlashLineBehindEachBlock) {
     EXPECT_EQ(water[19], 1.0 / 3.0);
     EXPECT_FALSE(holds(text, "SGAS"));
     EXPECT_TRUE(holds(quiet.logText(), " -> File Generated for Solution of Optimization    :: "));
+}
+
+TEST(StepSolution, HasNoLineThatSimulatorsDoNotReadWhole) {
+    SmallCase c(30, 1, 1);
+    for (CellId cell = 1; cell <= 30; ++cell) c.run.state.Sw[cell] = 1e-10 / (3.0 + cell / 2);
+    writeStepSolution(c.run.console, c.run.options, c.run.units, c.run.state, 1);
+    std::istringstream lines(c.folder.read("SOLUTION_STP0001.DATA"));
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 128U);
+    const std::vector<double> water = blockOf(c.folder.read("SOLUTION_STP0001.DATA"), "SWAT    ");
+    ASSERT_EQ(water.size(), 30U);
+    for (CellId cell = 1; cell <= 30; ++cell)
+        EXPECT_EQ(water[static_cast<std::size_t>(cell) - 1], c.run.state.Sw[cell]);
 }
 
 TEST(StepSolution, HasGasAndItsRatioInTheUnitsOfTheDeck) {

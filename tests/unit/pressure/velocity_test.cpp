@@ -42,6 +42,23 @@ TEST(FaceFlux, IsPositiveTowardsIncreasingIndexOnBothSidesOfAFace) {
     EXPECT_EQ(phases.water, 0.0);
 }
 
+TEST(FaceFlux, IsSharedAmongThePhasesSoThatItsTotalStands) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    s.state.LambdaW[1] = s.state.LambdaW[2] = 0.2;
+    // By the potentials 80 and 20; half of that is to go through, by mobilities of 4 to 1.
+    const PhaseFlux high = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, 50.0);
+    EXPECT_NEAR(high.oil, 40.0, 1e-10);
+    EXPECT_NEAR(high.water, 10.0, 1e-10);
+    EXPECT_EQ(high.gas, 0.0);
+    s.state.LambdaW[1] = 0.0;
+    s.state.LambdaW[2] = 0.8;
+    // Against the potentials: what is missing comes from the other side, half of it water.
+    const PhaseFlux back = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, -20.0);
+    EXPECT_NEAR(back.oil, 80.0 - 50.0, 1e-10);
+    EXPECT_NEAR(back.water, -50.0, 1e-10);
+}
+
 TEST(FaceFlux, IsZeroOnBoundaryFaces) {
     Simulation s;
     pair(3000.0, 2900.0, s);

@@ -66,6 +66,20 @@ std::vector<std::string> words(const std::string& line) {
     return parts;
 }
 
+TEST(MaterialBalance, CountsFromTheCellsOfARestartOnceItIsReset) {
+    BalanceRun balance;
+    balance.step(0.0);
+    balance.setCell(0.45, 0.5, 0.05);  // as another simulator has left them
+    RESET_INITIAL_INPLACE(balance.run);
+    balance.step(0.0);
+    const BalanceRow& row = balance.run.balance.rows.back();
+    EXPECT_EQ(balance.run.balance.initial.oil, 1000.0 * 0.45 / 1.5);
+    EXPECT_NEAR(row.errorOil, 0.0, Tight);
+    EXPECT_NEAR(row.errorWater, 0.0, Tight);
+    EXPECT_NEAR(row.errorGas, 0.0, Tight);
+    EXPECT_NEAR(row.recoveryOil, 0.0, Tight);
+}
+
 TEST(BalanceError, IsWhatTheWellsDoNotExplain) {
     EXPECT_NEAR(balanceError(1e7, 9.8e6, -2.1e5), -0.001, 1e-3 * Tight);
     EXPECT_EQ(balanceError(1e7, 1e7, 0.0), 0.0);

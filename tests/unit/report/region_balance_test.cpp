@@ -1,6 +1,7 @@
 #include "report/region_balance.hpp"
 
 #include "pressure/properties.hpp"
+#include "report/material_balance.hpp"
 #include "unit/report/report_run.hpp"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,20 @@ TEST(RegionBalance, CountsWhatCellsHoldBeyondTheirSaturations) {
     EXPECT_DOUBLE_EQ(regions[0].sums.oil, 165.0);
     EXPECT_DOUBLE_EQ(regions[0].sums.freeGas, 12007.0);
     EXPECT_DOUBLE_EQ(regions[1].sums.water, 38.0);
+}
+
+TEST(RegionBalance, CountsFromTheCellsOfARestartAndKeepsItsRows) {
+    const FourCells four;
+    Simulation run;
+    run.console = Console{nullptr, nullptr, nullptr};
+    run.grid = four.grid;
+    run.state = four.state;
+    run.balance.firstOfRegion = regionAmounts(run);
+    for (CellId cell = 1; cell <= 4; ++cell) run.state.So[cell] = 0.25;
+    RESET_INITIAL_INPLACE(run);
+    ASSERT_EQ(run.balance.firstOfRegion.size(), 3U);  // the rows of the table go on behind those of time zero
+    EXPECT_DOUBLE_EQ(run.balance.firstOfRegion[0].oil, 80.0);
+    EXPECT_TRUE(run.balance.started);
 }
 
 TEST(RegionBalance, HasNoGasWithoutAGasPhaseAndNothingWithoutRegions) {

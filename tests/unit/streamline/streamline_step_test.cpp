@@ -56,6 +56,30 @@ TEST(StreamlineStep, ChangesNothingByLinesThatAreRejected) {
     EXPECT_NE(run.quiet.screenText().find("Successed Streamline : 3\n"), std::string::npos);
 }
 
+TEST(StreamlineRestartStep, TracesLinesAndMovesNothing) {
+    FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
+    run.s.options.traceFromRestart = true;
+    run.s.options.outputSensitivity = true;  // somebody looks at the rates by pair
+    run.s.timeLevel = {};                    // a run that only traces keeps none
+    const std::vector<double> water = run.s.state.Sw.slots;
+    StreamlineRestartStep(run.s, 0, 0, 970.0, 1.0);
+    EXPECT_EQ(run.s.state.Sw.slots, water);
+    ASSERT_EQ(run.s.lines.pairs.allocation.size(), 1U);
+    EXPECT_NEAR(run.s.lines.pairs.allocation[0], 50.0, 1e-9);
+    EXPECT_NEAR(run.s.lines.pairs.fastest.at(0).endTime, run.s.state.PoreVolume[1] * 10.0 / 50.0,
+                run.s.state.PoreVolume[1] / 50.0 + 1e-9);  // all cells, less what well cells leave out
+    EXPECT_NE(run.quiet.screenText().find("Successed Streamline : 1\n"), std::string::npos);
+}
+
+TEST(StreamlineRestartStep, DoesNothingWithoutWells) {
+    samples::Flow flow = samples::column(10, 500.0, 50.0);
+    flow.wells.wells.clear();
+    FloodRun run(flow, 1, 30.0);
+    run.s.options.traceFromRestart = true;
+    StreamlineRestartStep(run.s, 0, 0, 970.0, 1.0);
+    EXPECT_EQ(run.quiet.screenText(), "");
+}
+
 TEST(StreamlineStep, SolvesNothingWithAWordThatMatchesNothing) {
     FloodRun run(samples::column(10, 500.0, 50.0), 1, 30.0);
     run.s.options.solverPhaseName = {"xyz"};
