@@ -119,9 +119,9 @@ TEST_F(RealCase, GivesTheFieldOfItsFluxesAtTheFactorsOfItsFile) {
                 largest, std::abs(run.velocity.CellFaceFlux(cell, 4) - through("FLOOILJ+", "FLOWATJ+")));
     }
     EXPECT_LT(largest, 1e-4 * Injected);
-    // What enters and leaves a cell without a well does not cancel: water widens by 3 % from a cell to the next
-    // beside the injector (5.5 of its 182 rb/day), and as the field fills up to 88,000 psia cells and what is in
-    // them are compressed (6e-6 a psi of 891 rb at 230 psi a day).
+    // What enters and leaves a cell without a well does not cancel: water widens by 3 % from a cell to the
+    // next beside the injector (5.5 of its 182 rb/day), and as the field fills up to 88,000 psia cells and
+    // what is in them are compressed (6e-6 a psi of 891 rb at 230 psi a day).
     double imbalance = 0.0;
     for (CellId cell = 2; cell < run.grid.NCELLS; ++cell)
         imbalance = std::max(imbalance, std::abs(netOutflow(run.velocity, cell)));
