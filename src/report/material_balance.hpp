@@ -24,8 +24,8 @@ double recoveredFraction(double initial, double now);
 /// hold: net inflow stays 0.
 void advanceBalance(Simulation& simulation, double executedDt);
 
-/// What the present cells hold counts as in place at the start from now on, and nothing has flowed through the
-/// wells: for a run whose cells another simulator's restart has filled.
+/// What the present cells hold counts as in place at the start from now on, and nothing has flowed through
+/// the wells: for a run whose cells another simulator's restart has filled.
 void RESET_INITIAL_INPLACE(Simulation& simulation);
 
 /// The row that `advanceBalance` made, into the log and the tables: KVR_Run_SweepVolume.out always holds

@@ -13,8 +13,8 @@ void allocateStreamlines(Simulation& simulation);
 void StreamlineStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
                     double remainingToReport);
 
-/// The same on a field that an outside run has left (input_RST2Velocity): lines, their files, the rates by pair
-/// and the maps, but no transport and no mapping, since cells and wells are those of the restart.
+/// The same on a field that an outside run has left (input_RST2Velocity): lines, their files, the rates by
+/// pair and the maps, but no transport and no mapping, since cells and wells are those of the restart.
 void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
                            double remainingToReport);
 
