@@ -167,16 +167,20 @@ void readSection(DeckReading& deck, SectionRow row) {
     readSectionAt(deck, row, deck.cursor);
 }
 
+void closeSection(DeckReading& deck, SectionRow row) {
+    DeckCursor nothing;
+    nothing.fileName = deck.cursor.fileName;
+    nothing.lineNumber = deck.cursor.lineNumber;
+    readSectionAt(deck, row, nothing);
+}
+
 void closeMissingSections(DeckReading& deck, SectionRow end) {
     requireGrid(deck);
     for (std::size_t row = 0; row < at(end); ++row) {
         if (deck.done[row] || !Sections[row].closes) continue;
-        DeckCursor nothing;
-        nothing.fileName = deck.cursor.fileName;
-        nothing.lineNumber = deck.cursor.lineNumber;
         warn(deck.run.console, "WARNING :: THE DECK HAS NO SECTION {}, ITS DEFAULTS ARE TAKEN",
              Sections[row].word);
-        readSectionAt(deck, static_cast<SectionRow>(row), nothing);
+        closeSection(deck, static_cast<SectionRow>(row));
     }
 }
 

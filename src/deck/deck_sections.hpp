@@ -63,6 +63,9 @@ inline constexpr std::string_view OptionBanner = "---- READ FROM STREAMLINE for 
 /// Reads a section from the deck's place on; stops where it needs a grid and there is none.
 void readSection(DeckReading& deck, SectionRow row);
 
+/// Gives a section that the deck does not have the defaults of its end, or stops with its message.
+void closeSection(DeckReading& deck, SectionRow row);
+
 /// Sections before `end` that the deck does not have still close: their tables and arrays get their
 /// defaults, with a warning each, or the run stops with the section's message.
 void closeMissingSections(DeckReading& deck, SectionRow end);

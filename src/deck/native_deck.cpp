@@ -75,7 +75,10 @@ void readReservoirSection(DeckReading& deck, SectionRow row) {
     if (row != SectionRow::Runspec) {
         const bool isNext = section.namesItself ? nextWordOf(deck) == padded(section.word, FullKeyword)
                                                 : passWord(deck, section.word);
-        if (!isNext && section.closes) warnOfMissing(deck, section);
+        if (!isNext && section.closes) {
+            warnOfMissing(deck, section);
+            return closeSection(deck, row);
+        }
     }
     readSection(deck, row);
 }
