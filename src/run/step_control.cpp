@@ -107,7 +107,8 @@ bool isLost(const RunOptions& options, const AttemptFigures& figures) {
 
 double evenPart(double longest, double dt) {
     if (longest <= 0.0 || dt <= longest) return dt;
-    return dt / std::ceil(dt / longest);
+    // A way of whole parts stays one of as many, whatever rounding makes of it.
+    return dt / std::ceil(dt / longest - RoundedRest);
 }
 
 double partWithoutSplinter(double longest, double way) {

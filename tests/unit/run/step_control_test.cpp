@@ -209,6 +209,12 @@ TEST(EvenPart, SharesAStepEvenly) {
     EXPECT_EQ(evenPart(10.0, 30.0), 10.0);
 }
 
+TEST(EvenPart, KeepsWholePartsAsManyAsTheyAreBeyondRounding) {
+    EXPECT_EQ(evenPart(10.0 * (1.0 - 1e-14), 30.0), 10.0);
+    EXPECT_EQ(evenPart(0.1, 0.1 + 0.1 + 0.1), (0.1 + 0.1 + 0.1) / 3.0);
+    EXPECT_EQ(evenPart(9.99, 30.0), 7.5);
+}
+
 TEST(FirstLength, IsATenthOfWhatIsAskedFor) {
     EXPECT_DOUBLE_EQ(firstLength(50.0), 5.0);
 }
