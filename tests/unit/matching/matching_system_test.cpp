@@ -1,6 +1,6 @@
 #include "matching/matching_system.hpp"
 
-#include "unit/matching/box_grid.hpp"
+#include "unit/box_grid.hpp"
 #include "unit/matching/dense_system.hpp"
 
 #include <gtest/gtest.h>

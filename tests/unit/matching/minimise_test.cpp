@@ -2,7 +2,7 @@
 
 #include "matching/gauss_newton.hpp"
 #include "matching/lsqr.hpp"
-#include "unit/matching/box_grid.hpp"
+#include "unit/box_grid.hpp"
 #include "unit/matching/dense_system.hpp"
 #include "unit/quiet_console.hpp"
 

@@ -2,18 +2,14 @@
 
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
+#include "unit/box_grid.hpp"
 
 namespace kvr {
 
 /// A box of nx * ny * nz cells of size 10 x 20 x 5 ft with its top at 1000 ft, all active.
 inline GridModel boxModel(int nx, int ny, int nz) {
     constexpr double SizeX = 10.0, SizeY = 20.0, SizeZ = 5.0, Top = 1000.0;
-    GridModel grid;
-    grid.NX = nx;
-    grid.NY = ny;
-    grid.NZ = nz;
-    grid.NCELLS = nx * ny * nz;
-    grid.Active.assign(grid.NCELLS, 1);
+    GridModel grid = boxGrid(nx, ny, nz);
     grid.BulkVolume.assign(grid.NCELLS, 1000.0);
     grid.CellCentre.assign(grid.NCELLS, 3, 0.0);
     grid.xyz_3d.assign(static_cast<std::size_t>(24) * (static_cast<std::size_t>(grid.NCELLS) + 1), 0.0F);

@@ -6,7 +6,7 @@
 
 namespace kvr {
 
-/// A box of active cells but for those named; what the minimisation asks of a grid, and no geometry.
+/// A box of active cells but for those named, without geometry.
 inline GridModel boxGrid(int nx, int ny, int nz, std::initializer_list<CellId> inactive = {}) {
     GridModel grid;
     grid.NX = nx;
