@@ -111,7 +111,7 @@ def step_control_cost(name, rows):
 
 
 def shared_name(beside, threads):
-    return f"three steps of {bench_cases.SHARED_CASE} on {threads} threads, beside {beside} busy processes"
+    return f"three steps of {bench_cases.SHARED_CASE} on {threads} thread{'s' if threads > 1 else ''}, beside {beside} busy processes"
 
 
 def shared_cost(beside, rows):
