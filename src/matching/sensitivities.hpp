@@ -1,0 +1,64 @@
+#pragma once
+
+#include "base/cell_array.hpp"
+#include "base/console.hpp"
+#include "deck/options.hpp"
+#include "matching/sensitivity_rows.hpp"
+#include "matching/well_match.hpp"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kvr {
+
+/// Rows of the linear system of one inversion, one row a well in the order of the `WellMatch` list (a well
+/// without a value has an empty row). Columns are cells; inactive ones never stand in a row.
+///
+/// A change d ln k of the cells answers a misfit where
+///   -travelTime(well) . d ln k = shift(well)          travelTime: days that the well's curve comes EARLIER
+///   per
+///                                                     unit of ln k (rows are >= 0 as lines make them, so the
+///                                                     row of the system is the negative of what stands here)
+///   pressure(well) . d ln k = misfit_bhp(well)        pressure: psi that the bottom-hole pressure RISES per
+///   unit
+///                                                     of ln k (producers >= 0, injectors <= 0), mean of the
+///                                                     observed points
+struct MatchSensitivities {
+    SensitivityRows travelTime;  // days per unit of ln k; of cut, gas-oil ratio: MatchedQuantity of the run
+    SensitivityRows pressure;    // psi per unit of ln k
+};
+
+/// What reading back needs beside the files of the steps.
+struct SensitivityReading {
+    std::string folder;                  // of the files: blank, or ended by its separator
+    std::vector<std::string> wellNames;  // every well of the run, injectors too, in the order of WellRecord
+    std::vector<double> stepEnds;        // days, end of each report step; file K0001 is that of the first
+    bool travelTime = true;              // which kinds are wanted; the rows of the other stay empty
+    bool pressure = true;
+    int iteration = 0;  // of the plots that OPTIONKVR 4 asks for: HM_SENSITIVITY_GTTI_Ite and so on
+};
+
+/// Reads the files HM_SENSTEMP_GTTI.K0001 .. and HM_SENSTEMP_GBHPI.K0001 .. of the report steps back, step
+/// after step ("GTTI Sensitivity reconstructed Tstep: ", "File : "), smooths each well's values along the
+/// steps (AVGSENS), weighs them (SNSTIMWT) and reduces them to one row a well: the travel-time row to the
+/// change of the shift that `travelTimeShift` finds, the pressure row to the change of the mean pressure of
+/// the observed points. `wells`: histories at the same times, as alignSeries gives them, producers in any
+/// order, found by name. A step without a file counts as zeros, which a warning tells. One cell array and one
+/// row at a time are held beside the rows.
+MatchSensitivities reconstructSensitivities(const Console& console, const RunOptions& options,
+                                            const SensitivityReading& reading,
+                                            const CellArray<std::uint8_t>& Active,
+                                            std::span<const WellMatch> wells);
+
+/// Weights that reduce one value a report step to one value a well: sum over steps of weight * value.
+/// Travel time, from the calculated curve c at the observed times t(i): c is moved by what the values change
+/// it, so the shift of best fit changes by sum(c'(i) change(i)) / sum(c'(i)^2); a flat curve has zeros.
+/// Pressure: the share of the observed points that belong to the step. A point belongs to the two steps whose
+/// ends enclose it, in proportion to its nearness.
+std::vector<double> travelTimeWeights(std::span<const double> stepEnds, const WellMatch& well,
+                                      MatchedQuantity quantity);
+std::vector<double> pressureWeights(std::span<const double> stepEnds, const WellMatch& well);
+
+}  // namespace kvr
