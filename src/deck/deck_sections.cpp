@@ -89,6 +89,8 @@ std::size_t at(SectionRow row) {
 
 void requireGrid(DeckReading& deck) {
     if (deck.run.grid.NCELLS > 0) return;
+    if (!deck.done[at(SectionRow::Runspec)])
+        lineToBoth(deck.run.console, "NO RUNSPEC SECTION BEFORE THIS ONE: IT GIVES DIMENS, PHASES AND UNITS");
     lineToBoth(deck.run.console, "ERROR :: DIMENS NOT SPECIFIED");
     stopAtPlace(readerFor(deck, deck.cursor, "DIMENS", ""));
 }

@@ -9,6 +9,7 @@
 #include "fluid/table_lookup.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace kvr {
 
@@ -89,6 +90,84 @@ double cellPressure(const CellView& cell) {
     return p.oil;
 }
 
+/// Saturations and oil pressure that stand at one depth, or on the mean over a cell.
+struct DepthState {
+    double Sw = 0.0, Sg = 0.0;
+    double pressure = 0.0;  // psia
+};
+
+/// Capillary pressure of a curve by saturation, psi, scaled by the cell's factor; beyond the curve its ends.
+double capillaryAt(const Column& axis, const Column& capillary, double factor, double saturation) {
+    if (factor <= 0.0) return 0.0;
+    const double within = std::clamp(saturation, axis.front(), axis.back());
+    return factor * TableLookup(axis, capillary, 1, 1, static_cast<int>(axis.size()), within);
+}
+
+/// Where the transition zones of gas and water meet no oil is left: water has the saturation at which both
+/// capillary pressures together balance gas against water, and gas has the rest. Bisection: both curves fall
+/// with the water saturation.
+DepthState gasOverWater(const CellView& cell) {
+    constexpr int Halvings = 60;
+    const SaturationTable& table = cell.table;
+    const double pull = cell.columns.gas - cell.columns.water;
+    const auto gasPull = [&](double sw) {
+        return capillaryAt(table.SgAxis, table.Pcog, cell.pcogFactor, 1.0 - sw);
+    };
+    double low = table.SwAxis.front(), high = table.SwAxis.back();
+    for (int n = 0; n < Halvings; ++n) {
+        const double sw = 0.5 * (low + high);
+        const double held = capillaryAt(table.SwAxis, table.Pcow, cell.pcowFactor, sw) + gasPull(sw);
+        (held > pull ? low : high) = sw;
+    }
+    const double sw = 0.5 * (low + high);
+    return {sw, 1.0 - sw, cell.columns.gas - gasPull(sw)};
+}
+
+DepthState stateAt(const CellView& cell, const InitDepthTable& rows, bool hasGas) {
+    const DepthState found = {waterSaturation(cell, rows), hasGas ? gasSaturation(cell, rows) : 0.0,
+                              cellPressure(cell)};
+    constexpr double Slack = 1e-9;  // of saturations: rounding of tables that end at one another
+    const bool overlap = found.Sw + found.Sg > 1.0 + Slack && cell.pcowFactor > 0.0;
+    return overlap ? gasOverWater(cell) : found;
+}
+
+bool sameFluids(const DepthState& a, const DepthState& b) {
+    return a.Sw == b.Sw && a.Sg == b.Sg;
+}
+
+/// The state of a cell between two depths: that of its centre, where no contact or transition lies in it or
+/// `slices` is 0; else the mean over that many level slices of equal height, each at its middle.
+DepthState meanState(CellView cell, const InitDepthTable& rows, bool hasGas, std::array<double, 2> depths,
+                     int slices) {
+    const auto at = [&](double depth) {
+        cell.depth = depth;
+        cell.columns = pressuresAt(rows, depth);
+        return stateAt(cell, rows, hasGas);
+    };
+    const DepthState centre = at(cell.depth);
+    if (slices == 0 || (sameFluids(at(depths[0]), centre) && sameFluids(at(depths[1]), centre)))
+        return centre;
+    DepthState mean;
+    const double height = (depths[1] - depths[0]) / slices;
+    for (int slice = 0; slice < slices; ++slice) {
+        const DepthState part = at(depths[0] + (slice + 0.5) * height);
+        mean.Sw += part.Sw / slices;
+        mean.Sg += part.Sg / slices;
+        mean.pressure += part.pressure / slices;
+    }
+    return mean;
+}
+
+/// Shallowest and deepest corner of a cell, ft.
+std::array<double, 2> depthRange(const GridModel& grid, CellId cell) {
+    std::array<double, 2> range = {cornerOf(grid, cell, 1)[2], cornerOf(grid, cell, 1)[2]};
+    for (int corner = 2; corner <= 8; ++corner) {
+        const double depth = cornerOf(grid, cell, corner)[2];
+        range = {std::min(range[0], depth), std::max(range[1], depth)};
+    }
+    return range;
+}
+
 /// Cells whose oil cannot hold the gas that the deck gives it.
 struct ExcessGas {
     int cells = 0;
@@ -161,24 +240,24 @@ void initialiseByDepth(const Console& console, const GridModel& grid, const Flui
         const FluidTables& fluids = pvtAt(tables, cell);
         const int region = grid.SATNUM[cell];
         const double depth = grid.CellCentre(cell, 3);
+        const Equilibrium& record = initial.regions[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1];
         const CellView view{
             regionTable(tables, region),
             inverses[static_cast<std::size_t>(region) - 1],
             options.hasWater && tables.PcowSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
             tables.hasGas && tables.PcogSpan > CapillarySpanLimit ? grid.JFactor[cell] : 0.0,
             depth,
-            pressuresAt(rows, depth)};
+            {}};
+        const DepthState mean = meanState(view, rows, tables.hasGas, depthRange(grid, cell), record.slices);
         PhaseState found;
-        found.Sw = waterSaturation(view, rows);
-        found.Sg = tables.hasGas ? gasSaturation(view, rows) : 0.0;
+        found.Sw = mean.Sw;
+        found.Sg = mean.Sg;
         found.So = 1.0 - found.Sw - found.Sg;
-        const double pressure = cellPressure(view);
+        const double pressure = mean.pressure;
         finishCell(fluids, view.table, options.keepIrreducibleSaturation,
                    bubblePointAtDepth(fluids, rows, depth, pressure), pressure, found);
         storeCell(found, pressure, cell, state);
-        if (initial.regions[static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1].rsTableDepth.empty() ||
-            found.So <= MachineEpsilon)
-            continue;
+        if (record.rsTableDepth.empty() || found.So <= MachineEpsilon) continue;
         noteExcess(rsAtDepth(rows, depth), found.Rs, cell, excess);
     }
     tellExcess(console, grid, excess);

@@ -13,9 +13,10 @@ struct Equilibrium {
     double datumPressure = 0.0;
     double wocDepth = 0.0;
     double gocDepth = 0.0;
-    DeckPlace place;                   // of its record
-    bool isGiven = false;              // by a record of EQUIL
-    double rsTableItem = 0.0;          // item 7: above 0 where RSVD is asked for
+    DeckPlace place;           // of its record
+    bool isGiven = false;      // by a record of EQUIL
+    double rsTableItem = 0.0;  // item 7: above 0 where RSVD is asked for
+    int slices = 0;            // horizontal parts of a cell whose saturations are averaged; 0: its centre
     std::vector<double> rsTableDepth;  // RSVD rows; empty when not given
     std::vector<double> rsTableRs;
 };

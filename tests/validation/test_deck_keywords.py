@@ -240,6 +240,25 @@ def test_regions_of_the_balance_hold_what_an_independent_simulator_counts(tmp_pa
     numpy.testing.assert_allclose(table["FOIP"][first] + table["FOIP"][second], balance["|FOIP_NOW|"], rtol=1e-6)
 
 
+CONTACTS_IN_CELLS = "EQUIL\n8010 3000 {water} 0 {gas} 0 1 0 {parts} /\nRSVD\n8000 0.8\n8100 0.8 /\n"
+TRANSITION = keyword_deck.SWOF.replace("0.2 0.00 1.00 0", "0.2 0.00 1.00 6").replace("0.5 0.15 0.25 0", "0.5 0.15 0.25 2").replace(
+    "0.3 0.03 0.70 0", "0.3 0.03 0.70 4")
+
+
+@pytest.mark.parametrize("parts", ["1*", "0", "-2", "-20"])
+@pytest.mark.parametrize("curve", [keyword_deck.SWOF, TRANSITION], ids=["sharp", "transition"])
+def test_cells_that_contacts_cross_hold_what_an_independent_simulator_counts(parts, curve, tmp_path):
+    deck = live_oil_deck(relperm=curve + keyword_deck.SGOF, solution=CONTACTS_IN_CELLS.format(water=8036.3, gas=8006.2, parts=parts),
+                         summary="FOIP\nFWIP\nFGIP\n", schedule=GAS_WELLS + "TSTEP\n0.01 /\n")
+    peer = flow_vectors(tmp_path / "peer", deck.text(), "FOIP", "FWIP", "FGIP")
+    result = kvr_run.finished_normally(kvr_run.run(tmp_path, deck.text("TUNEKVR\nFDMETHOD\nFIM\n")))
+    balance = result.table("KVR_Run_SweepVolume.out")
+    for name in ("FOIP", "FWIP", "FGIP"):
+        ours, theirs = balance[f"|{name}_NOW|"][-1], peer[name][-1]
+        print(f"{parts}, {name}: {100 * (ours / theirs - 1):.3f} %")
+        assert ours == pytest.approx(theirs, rel=0.005)
+
+
 @pytest.mark.parametrize("method", METHODS)
 def test_groups_that_are_read_over_change_nothing(method, tmp_path):
     options = f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n20 /\n"

@@ -296,6 +296,10 @@ void readSgfn(SectionReader& reader, PropsRecords& records) {
 
 /// Oil with one other phase: water, or gas in a run without water.
 void readSof2(SectionReader& reader, PropsRecords& records) {
+    if (records.options.hasWater && records.options.hasGas)
+        warnHere(reader,
+                 "WARNING :: SOF2 IN A RUN WITH WATER AND GAS: OIL MOVES ALIKE BESIDE BOTH, SOF3 TELLS THEM "
+                 "APART");
     readPhaseTables(reader, records, [&](PhaseTables& table) {
         return std::vector<TableColumn>{{&table.So}, {&table.Krow}};
     });

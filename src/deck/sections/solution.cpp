@@ -16,6 +16,10 @@ namespace kvr {
 
 namespace {
 
+constexpr double DefaultHalfSlices =
+    -5.0;                                // item 9 of EQUIL where it is not given: level parts, as published
+constexpr double MostHalfSlices = 20.0;  // as published
+
 /// Items of a record of EQUIL behind the depths: what they ask for beyond what is done is told.
 void tellEquilibriumItems(const SectionReader& reader, std::span<const double> items) {
     if (items[3] != 0.0)
@@ -26,10 +30,16 @@ void tellEquilibriumItems(const SectionReader& reader, std::span<const double> i
                  number(items[5]));
     if (items[7] > 0.0)
         warnHere(reader, "WARNING :: EQUIL ITEM 8: GAS HOLDS NO OIL HERE, TABLES OF IT ARE NOT USED");
-    if (items[8] != 0.0)
-        warnHere(reader,
-                 "WARNING :: EQUIL ITEM 9: CELLS ARE TAKEN AT THEIR CENTRES, {} PARTS OF A CELL ARE NOT",
-                 number(std::abs(items[8])));
+    if (items[8] > 0.0)
+        warnHere(reader, "WARNING :: EQUIL ITEM 9: PARTS OF CELLS ARE LEVEL, NOT TILTED WITH THE CELL");
+    if (std::abs(items[8]) > MostHalfSlices)
+        warnHere(reader, "WARNING :: EQUIL ITEM 9: {} PARTS OF HALF A CELL ARE TAKEN AS {}",
+                 number(std::abs(items[8])), number(MostHalfSlices));
+}
+
+/// Level parts of a cell by item 9 of EQUIL, which counts those of half a cell.
+int slicesOf(double item) {
+    return 2 * static_cast<int>(std::min(std::abs(item), MostHalfSlices));
 }
 
 /// One record of EQUIL.
@@ -37,12 +47,14 @@ void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     // Datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth, Pc there, RSVD, RVVD, accuracy.
     std::array<double, 9> items{};
+    items[8] = DefaultHalfSlices;
     const ListEnd end = readDoubles(*reader.cursor, items);
     checkRead(reader, end);
     tellEquilibriumItems(reader, items);
     region.isGiven = true;
     region.place = placeOf(reader);
     region.rsTableItem = items[6];
+    region.slices = slicesOf(items[8]);
     const UnitSystem& units = *reader.units;
     region.datumDepth = items[0] * units.length;
     region.datumPressure = items[1] * units.pressure;
@@ -258,8 +270,8 @@ constexpr std::array Keywords = {
     Row{"RPTRST", neglectRestartReports<SolutionRecords>, "neglected"},
     Row{"EQUIL", readEquil,
         "datum depth and pressure, WOC depth, Pc there, GOC depth, Pc there, items of `RSVD`, `RVVD` and "
-        "accuracy; "
-        "both Pc, `RVVD` and the accuracy are not used, `RSVD` is where it is given"},
+        "accuracy (parts of half a cell whose saturations are averaged, 5 where it is not given; 0: the "
+        "cell's centre); both Pc and `RVVD` are not used, `RSVD` is where it is given"},
     Row{"PRESSURE", readPressure, "initial pressure, one value per cell"},
     Row{"SWAT", readSwat, "initial water saturation, one value per cell"},
     Row{"SGAS", readSgas, "initial gas saturation, one value per cell"},

@@ -135,6 +135,7 @@ void readAndStop(std::string_view text) {
 
 TEST(DeckReaderDeathTest, StopsWithoutDimensions) {
     EXPECT_EXIT(readAndStop(""), testing::ExitedWithCode(1),
+                "NO RUNSPEC SECTION BEFORE THIS ONE: IT GIVES DIMENS, PHASES AND UNITS\n"
                 "ERROR :: DIMENS NOT SPECIFIED\nFile .*CASE.DATA, line 0");
     EXPECT_EXIT(readAndStop(Grid), testing::ExitedWithCode(1),
                 "ERROR :: DIMENS NOT SPECIFIED\nFile .*, line 1,");

@@ -214,6 +214,17 @@ TEST(Equilibrium, WithoutCapillaryPressurePartsTheZonesAtTheContacts) {
     EXPECT_EQ(bench.state.So[3], 0.0);
 }
 
+TEST(Equilibrium, AveragesACellThatAContactCrossesOverItsSlices) {
+    Bench bench(100, {100, 100});
+    bench.contacts(100, 3000, 130, 50);
+    bench.run();
+    EXPECT_NEAR(bench.state.Sw[1], 1.0, 1e-12) << "by its centre alone, 20 ft below the contact";
+    bench.initial.regions[0].slices = 10;
+    bench.run();
+    EXPECT_NEAR(bench.state.Sw[1], 0.3 * 0.2 + 0.7 * 1.0, 1e-12) << "three of ten slices stand above it";
+    EXPECT_NEAR(bench.state.Sw[2], 1.0, 1e-12);
+}
+
 TEST(Equilibrium, HoldsTheColumnOfThePhaseThatMovesInBalance) {
     Bench bench(8000, {20, 20, 20});
     bench.useGas();

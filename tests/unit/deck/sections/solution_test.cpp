@@ -217,15 +217,30 @@ TEST(RegionsDeathTest, SpeaksOfTheSummarySectionAndOfTheGridSection) {
 }
 
 TEST(Solution, TellsOfItemsOfEquilThatAreNotUsed) {
-    SolutionBench bench("EQUIL\n 8400 4800 8450 2 8300 3 0 1 -5 /\n");
+    SolutionBench bench("EQUIL\n 8400 4800 8450 2 8300 3 0 1 25 /\n");
     bench.read();
     EXPECT_TRUE(bench.printed("WARNING :: CAPILLARY PRESSURE 2 AT THE WATER-OIL CONTACT"));
     EXPECT_TRUE(bench.printed("WARNING :: CAPILLARY PRESSURE 3 AT THE GAS-OIL CONTACT"));
     EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 8"));
-    EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 9: CELLS ARE TAKEN AT THEIR CENTRES, 5 PARTS"));
+    EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 9: PARTS OF CELLS ARE LEVEL, NOT TILTED WITH THE CELL"));
+    EXPECT_TRUE(bench.printed("WARNING :: EQUIL ITEM 9: 25 PARTS OF HALF A CELL ARE TAKEN AS 20"));
     SolutionBench quiet("EQUIL\n 8400 4800 8450 0 8300 0 1 0 0 /\n");
     quiet.read();
     EXPECT_FALSE(quiet.printed("WARNING"));
+}
+
+TEST(Solution, ReadsThePartsOfACellWhoseSaturationsAreAveraged) {
+    const auto slices = [](const std::string& items) {
+        SolutionBench bench("EQUIL\n 8400 4800 8450 0 8300" + items + " /\n");
+        bench.read();
+        return bench.initial.regions[0].slices;
+    };
+    EXPECT_EQ(slices(""), 10) << "five parts of half a cell where nothing is said";
+    EXPECT_EQ(slices(" 0 1 0 1*"), 10);
+    EXPECT_EQ(slices(" 0 1 0 0"), 0) << "the centre";
+    EXPECT_EQ(slices(" 0 1 0 -3"), 6);
+    EXPECT_EQ(slices(" 0 1 0 3"), 6);
+    EXPECT_EQ(slices(" 0 1 0 1e30"), 40);
 }
 
 TEST(Solution, TellsWhereTheTableOfSolutionGasIsNotWhatEquilAsksFor) {
