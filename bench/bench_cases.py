@@ -20,7 +20,7 @@ sys.path.insert(0, str(ROOT / "tests" / "support"))
 import kvr_run  # noqa: E402
 
 PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
-            "bench_eclipse_files"]
+            "bench_eclipse_files", "bench_flash"]
 
 # Lines whose tracing and transport are measured; the option section stands behind END.
 CHOICES = {"FIVE1": {"lines": 30, "nodes": "IRR"},

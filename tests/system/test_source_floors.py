@@ -13,6 +13,7 @@ FLOORS = [{"base", "pressure/solvers"}, {"model"}, {"fluid"}, {"deck", "pressure
 FLOOR = {folder: n for n, folders in enumerate(FLOORS) for folder in folders}
 # Rooms of a folder in order. The folder's own files stand on top of them.
 ROOMS = {
+    "fluid": ["components"],
     "deck": ["reading", "sections", "options"],
     "pressure": ["solvers", "records", "wells"],
     "streamline": ["tracing", "transport", "mapping", "splitting", "diagnostics"],
