@@ -135,25 +135,37 @@ bool sameFluids(const DepthState& a, const DepthState& b) {
     return a.Sw == b.Sw && a.Sg == b.Sg;
 }
 
-/// The state of a cell between two depths: that of its centre, where no contact or transition lies in it or
-/// `slices` is 0; else the mean over that many level slices of equal height, each at its middle.
+/// All that the saturation of a phase can change, lies between the top and the bottom of a cell.
+bool holdsWholeTransition(const CellView& cell, const DepthState& top, const DepthState& bottom) {
+    constexpr double AllOfIt = 1.0 - 1e-6;
+    const SaturationTable& table = cell.table;
+    const double least = cell.pcowFactor > 0.0 ? table.SwAxis.front() : table.ConnateSw;
+    const double mostGas = cell.pcogFactor > 0.0 ? table.SgAxis.back() : 1.0 - table.ConnateSw;
+    return bottom.Sw - top.Sw >= AllOfIt * (table.SwAxis.back() - least) ||
+           top.Sg - bottom.Sg >= AllOfIt * mostGas;
+}
+
+/// The state of a cell between two depths: that of its centre, or the mean over level slices of equal height,
+/// each at its middle.
 DepthState meanState(CellView cell, const InitDepthTable& rows, bool hasGas, std::array<double, 2> depths,
-                     int slices) {
+                     CellSlices slices) {
     const auto at = [&](double depth) {
         cell.depth = depth;
         cell.columns = pressuresAt(rows, depth);
         return stateAt(cell, rows, hasGas);
     };
     const DepthState centre = at(cell.depth);
-    if (slices == 0 || (sameFluids(at(depths[0]), centre) && sameFluids(at(depths[1]), centre)))
-        return centre;
+    if (slices.count == 0) return centre;
+    const DepthState top = at(depths[0]), bottom = at(depths[1]);
+    if (sameFluids(top, centre) && sameFluids(bottom, centre)) return centre;
+    if (!slices.always && !holdsWholeTransition(cell, top, bottom)) return centre;
     DepthState mean;
-    const double height = (depths[1] - depths[0]) / slices;
-    for (int slice = 0; slice < slices; ++slice) {
+    const double height = (depths[1] - depths[0]) / slices.count;
+    for (int slice = 0; slice < slices.count; ++slice) {
         const DepthState part = at(depths[0] + (slice + 0.5) * height);
-        mean.Sw += part.Sw / slices;
-        mean.Sg += part.Sg / slices;
-        mean.pressure += part.pressure / slices;
+        mean.Sw += part.Sw / slices.count;
+        mean.Sg += part.Sg / slices.count;
+        mean.pressure += part.pressure / slices.count;
     }
     return mean;
 }

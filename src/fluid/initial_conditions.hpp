@@ -7,6 +7,12 @@
 
 namespace kvr {
 
+/// Level parts of a cell over which its initial saturations are averaged.
+struct CellSlices {
+    int count = 0;       // 0: the cell's centre stands for it
+    bool always = true;  // false: only where a cell holds a whole contact or transition
+};
+
 /// Equilibrium of one region: psia, ft, dimensionless Rs.
 struct Equilibrium {
     double datumDepth = 0.0;
@@ -16,7 +22,7 @@ struct Equilibrium {
     DeckPlace place;           // of its record
     bool isGiven = false;      // by a record of EQUIL
     double rsTableItem = 0.0;  // item 7: above 0 where RSVD is asked for
-    int slices = 0;            // horizontal parts of a cell whose saturations are averaged; 0: its centre
+    CellSlices slices;
     std::vector<double> rsTableDepth;  // RSVD rows; empty when not given
     std::vector<double> rsTableRs;
 };

@@ -46,7 +46,7 @@ struct TransportAccount {
 /// it is wrong by is multiplied by how often the flow turns the cell's content over, while the mean of what
 /// leaves such a cell is that of what enters it whoever makes it up. What leaves a cell with free gas is
 /// never made up by others. So every component is conserved, no amount falls below zero, and the cost does
-/// not grow with the smallest cell: a tank that many times its content flows through is steady. Cells that
+/// not grow with the smallest cell: a tank that many times its content flows through is steady.
 /// What gravity does to water and oil that go along with the flow, each face by itself, is part of it
 /// (BuoyantFlow). Cells that flow into each other in a ring are repeated until their flows stand still, or
 /// where the ring turns fast are one tank (RingPlan). Injecting connections bring their ConnQ. `slope` is the

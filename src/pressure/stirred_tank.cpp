@@ -11,6 +11,8 @@ namespace kvr {
 namespace {
 
 constexpr double Courant = 0.8;            // of a substep: below 1 no component is overdrawn by its own flow
+constexpr double MobileShare = 0.4;        // of what is mobile that a substep takes by gravity ...
+constexpr double LeastPart = 1e-3;         // ... of a substep without it, at the least
 constexpr int MostSubsteps = 4000;         // behind them a tank counts as steady
 constexpr double StillComposition = 1e-8;  // change of a volume share in one substep
 constexpr double BuoyantSlope = 2.0;       // steeper than without is what gravity makes of a fractional flow
@@ -71,11 +73,32 @@ ConservedAmounts moved(const ConservedAmounts& held, double h, const ConservedAm
             held.gas + h * (in.gas - outFlow * out.gas)};
 }
 
+/// What goes a day from `before` to `behind`.
+ConservedAmounts lossOf(const ConservedAmounts& before, const ConservedAmounts& behind, double days) {
+    return {(before.water - behind.water) / days, (before.oil - behind.oil) / days,
+            (before.gas - behind.gas) / days};
+}
+
 /// Length of a substep: even parts of the step.
 double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVolume, double dt,
                  double slope) {
     const double through = std::max(inflowVolume, flows.rest + flows.asked);
     return dt / std::max(1.0, std::ceil(dt * through * slope / (Courant * fluid.poreVolume)));
+}
+
+/// Days in which a component loses MobileShare of what is above its immobile part.
+double daysAbove(double held, double floor, double loss) {
+    return loss > 0.0 ? MobileShare * std::max(0.0, held - floor) / loss : HUGE_VAL;
+}
+
+/// Length of a substep of at most `length` days in which water or oil leave by gravity too. The fraction of
+/// water then rises to 1 within a little of what is mobile, as steep as gravity is strong against the flow:
+/// no slope of the curves without it bounds what a substep would take.
+double lengthUnderGravity(double length, const ConservedAmounts& held, const ConservedAmounts& floor,
+                          const ConservedAmounts& loss) {
+    const double days =
+        std::min(daysAbove(held.water, floor.water, loss.water), daysAbove(held.oil, floor.oil, loss.oil));
+    return std::clamp(days, LeastPart * length, length);
 }
 
 /// Amounts that are left after a substep may not be negative: takes back what was not there.
@@ -230,10 +253,13 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
             return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0, turned.asked);
         };
         const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
+        const bool holdsFloor = follow || !buoyant.empty();
+        if (!follow && !buoyant.empty() && !steady)
+            length = lengthUnderGravity(length, held, floor, lossOf(held, after(length, false), length));
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = stateOf(tables, table, fluid, next);
         if (length < left && isStill(state, nextState) &&
-            staysAbove(after(left, follow), follow ? floor : ConservedAmounts{})) {
+            staysAbove(after(left, follow), holdsFloor ? floor : ConservedAmounts{})) {
             length = left;
             next = after(left, follow);
         }

@@ -88,7 +88,7 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
 }
 
 bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
-    return figures.deficit > options.stepDeficit * (options.hasGas ? GasShare : 1.0);
+    return !(figures.deficit <= options.stepDeficit * (figures.freeGas ? GasShare : 1.0));
 }
 
 AttemptFigures beyondRepair(AttemptFigures figures) {

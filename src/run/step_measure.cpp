@@ -18,6 +18,11 @@ namespace {
 constexpr double BelowNothingWeight = 1e3;  // what has fallen below nothing no later step makes good
 constexpr double LargestFactor = 10.0;      // of a target, either way
 
+/// The larger of a figure and a value; what is no number stays in sight.
+void raise(double value, double& figure) {
+    if (std::isnan(value) || value > figure) figure = value;
+}
+
 /// Reservoir volume by which a cell holds more than its pores, of what its saturations do not show.
 double excessVolume(const CellState& state, const CellAmounts& carried, CellId cell) {
     return state.Bw[cell] * carried.water[cell] + state.Bo[cell] * carried.oil[cell] +
@@ -45,7 +50,7 @@ void measureVolumes(const Simulation& s, AttemptFigures& figures) {
         const double excess = std::abs(excessVolume(s.state, s.pressure.carried, cell));
         error += excess;
         below += volumeBelowNothing(s.state, s.pressure.carried, cell);
-        figures.largestVolumeError = std::max(figures.largestVolumeError, excess / std::max(volume, least));
+        raise(excess / std::max(volume, least), figures.largestVolumeError);
     }
     if (!(pores > 0.0)) return;
     figures.volumeError = error / pores;
@@ -63,16 +68,16 @@ double heldRate(const Well& well) {
 void measureTarget(const Well& well, AttemptFigures& figures) {
     if (!hasRateTarget(well)) return;
     const double share = std::abs(heldRate(well) / well.TargetRate) - 1.0;
-    figures.targetExcess = std::max(figures.targetExcess, share);
-    figures.targetExcess = std::max(figures.targetExcess, passedLimit(well).share);
-    if (isRateControlled(well)) figures.targetMiss = std::max(figures.targetMiss, -share);
+    raise(share, figures.targetExcess);
+    raise(passedLimit(well).share, figures.targetExcess);
+    if (isRateControlled(well)) raise(-share, figures.targetMiss);
 }
 
 /// Gas that a producer gives against what the pressure was solved with: away from it, the solve took the
 /// wrong mobility for the well.
 void measureGas(const Well& well, AttemptFigures& figures) {
     if (isInjector(well) || well.shut || !(std::abs(well.solvedQg) > SmallestNormal)) return;
-    figures.targetMiss = std::max(figures.targetMiss, std::abs(well.WellQg / well.solvedQg - 1.0));
+    raise(std::abs(well.WellQg / well.solvedQg - 1.0), figures.targetMiss);
 }
 
 double totalMobility(const Simulation& s, const CellState& state, CellId cell) {

@@ -16,8 +16,8 @@ namespace kvr {
 
 namespace {
 
-constexpr double DefaultHalfSlices =
-    -5.0;                                // item 9 of EQUIL where it is not given: level parts, as published
+constexpr double DefaultHalfSlices = 5.0;  // where item 9 of EQUIL is not given, as published
+constexpr double NotGiven = std::numeric_limits<double>::max();
 constexpr double MostHalfSlices = 20.0;  // as published
 
 /// Items of a record of EQUIL behind the depths: what they ask for beyond what is done is told.
@@ -30,16 +30,18 @@ void tellEquilibriumItems(const SectionReader& reader, std::span<const double> i
                  number(items[5]));
     if (items[7] > 0.0)
         warnHere(reader, "WARNING :: EQUIL ITEM 8: GAS HOLDS NO OIL HERE, TABLES OF IT ARE NOT USED");
-    if (items[8] > 0.0)
+    if (items[8] > 0.0 && items[8] < NotGiven)
         warnHere(reader, "WARNING :: EQUIL ITEM 9: PARTS OF CELLS ARE LEVEL, NOT TILTED WITH THE CELL");
-    if (std::abs(items[8]) > MostHalfSlices)
+    if (std::abs(items[8]) > MostHalfSlices && items[8] < NotGiven)
         warnHere(reader, "WARNING :: EQUIL ITEM 9: {} PARTS OF HALF A CELL ARE TAKEN AS {}",
                  number(std::abs(items[8])), number(MostHalfSlices));
 }
 
-/// Level parts of a cell by item 9 of EQUIL, which counts those of half a cell.
-int slicesOf(double item) {
-    return 2 * static_cast<int>(std::min(std::abs(item), MostHalfSlices));
+/// Level parts of a cell by item 9 of EQUIL, which counts those of half a cell. Where it is not given, cells
+/// through which a transition zone goes on keep their centres: there they are at rest, as averages are not.
+CellSlices slicesOf(double item) {
+    if (item >= NotGiven) return {2 * static_cast<int>(DefaultHalfSlices), false};
+    return {2 * static_cast<int>(std::min(std::abs(item), MostHalfSlices)), true};
 }
 
 /// One record of EQUIL.
@@ -47,7 +49,7 @@ void readEquilibrium(SectionReader& reader, Equilibrium& region) {
     skipCommentLines(reader);
     // Datum depth, its pressure, WOC depth, Pc there (dropped), GOC depth, Pc there, RSVD, RVVD, accuracy.
     std::array<double, 9> items{};
-    items[8] = DefaultHalfSlices;
+    items[8] = NotGiven;
     const ListEnd end = readDoubles(*reader.cursor, items);
     checkRead(reader, end);
     tellEquilibriumItems(reader, items);
@@ -270,8 +272,9 @@ constexpr std::array Keywords = {
     Row{"RPTRST", neglectRestartReports<SolutionRecords>, "neglected"},
     Row{"EQUIL", readEquil,
         "datum depth and pressure, WOC depth, Pc there, GOC depth, Pc there, items of `RSVD`, `RVVD` and "
-        "accuracy (parts of half a cell whose saturations are averaged, 5 where it is not given; 0: the "
-        "cell's centre); both Pc and `RVVD` are not used, `RSVD` is where it is given"},
+        "accuracy (level parts of half a cell over which saturations are averaged, 0: none; where it is not "
+        "given, 5 in cells that hold a whole contact); both Pc and `RVVD` are not used, `RSVD` is where it "
+        "is given"},
     Row{"PRESSURE", readPressure, "initial pressure, one value per cell"},
     Row{"SWAT", readSwat, "initial water saturation, one value per cell"},
     Row{"SGAS", readSgas, "initial gas saturation, one value per cell"},

@@ -96,8 +96,8 @@ double shareOf(double held, double asked) {
 /// What a cell can give of what it is asked for in `dt` days.
 GivenShare whatItGives(const Simulation& simulation, CellId cell, double dt, const CellWork& work) {
     const double days = dt / simulation.state.PoreVolume[cell];
-    return {shareOf(work.amount.water, days * work.leaving.water),
-            shareOf(work.amount.oil, days * work.leaving.oil),
+    return {shareOf(work.amount.water - work.immobileWater, days * work.leaving.water),
+            shareOf(work.amount.oil - work.immobileOil, days * work.leaving.oil),
             shareOf(work.amount.gas, days * work.leaving.gas)};
 }
 

@@ -9,12 +9,13 @@ namespace kvr {
 
 /// Of one cell, beside what its neighbours see.
 struct CellWork {
-    ConservedAmounts rate;     // of change, per day
-    ConservedAmounts leaving;  // over the faces that it gives through, per day
-    double largestRate = 0.0;  // that a substep has to resolve, 1/day
-    bool working = false;      // active, with pore volume
-    bool lacking = false;      // asked for more than it holds
-    ConservedAmounts amount;   // surface volume per pore volume, kept through the stage
+    ConservedAmounts rate;                          // of change, per day
+    ConservedAmounts leaving;                       // over the faces that it gives through, per day
+    double largestRate = 0.0;                       // that a substep has to resolve, 1/day
+    bool working = false;                           // active, with pore volume
+    bool lacking = false;                           // asked for more than it holds
+    ConservedAmounts amount;                        // surface volume per pore volume, kept through the stage
+    double immobileWater = 0.0, immobileOil = 0.0;  // of these, what does not leave
     PhaseState phases;
     double Bo = 1.0;
     double inverseMuW = 1.0, inverseMuO = 1.0, inverseMuG = 1.0;
@@ -57,8 +58,8 @@ struct SplittingStage {
 /// each time; near rest the rates do not tell. `left`: days of the stage that are left.
 double formRates(const Simulation& simulation, CellId cell, double left, SplittingStage& stage);
 
-/// No cell gives more than it holds: what flows out of one that is asked for more in `dt` days flows less,
-/// seen alike from both sides of its faces.
+/// No cell gives more than it holds of what is mobile: what flows out of one that is asked for more in `dt`
+/// days flows less, seen alike from both sides of its faces.
 void boundByContents(const Simulation& simulation, double dt, double left, SplittingStage& stage);
 
 }  // namespace kvr

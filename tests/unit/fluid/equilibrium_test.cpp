@@ -4,6 +4,7 @@
 #include "fluid/depth_table.hpp"
 #include "unit/fluid/table_samples.hpp"
 
+#include <cmath>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
@@ -219,10 +220,26 @@ TEST(Equilibrium, AveragesACellThatAContactCrossesOverItsSlices) {
     bench.contacts(100, 3000, 130, 50);
     bench.run();
     EXPECT_NEAR(bench.state.Sw[1], 1.0, 1e-12) << "by its centre alone, 20 ft below the contact";
-    bench.initial.regions[0].slices = 10;
+    bench.initial.regions[0].slices = {10, false};
     bench.run();
     EXPECT_NEAR(bench.state.Sw[1], 0.3 * 0.2 + 0.7 * 1.0, 1e-12) << "three of ten slices stand above it";
     EXPECT_NEAR(bench.state.Sw[2], 1.0, 1e-12);
+}
+
+TEST(Equilibrium, LeavesTheCellsOfAResolvedTransitionZoneAtTheirCentresUnlessToldOtherwise) {
+    const auto waterOf = [](CellSlices slices) {
+        Bench bench(8000, {20, 20, 20});
+        // Water 17.4 lb/ft3 heavier than oil: 0.5 psi is 4.138 ft, so that the zone is 41.4 ft high.
+        bench.tables.regions.front().Pcow = {5.0, 1.0, 0.5, 0.0};
+        finishTables(bench.tables);
+        bench.contacts(8000, 3000, 8060, 7000);
+        bench.initial.regions[0].slices = slices;
+        bench.run();
+        return bench.state.Sw[3];
+    };
+    const double centre = waterOf({0, true});
+    EXPECT_EQ(waterOf({10, false}), centre) << "the zone goes on above the cell";
+    EXPECT_GT(std::abs(waterOf({10, true}) - centre), 1e-3);
 }
 
 TEST(Equilibrium, HoldsTheColumnOfThePhaseThatMovesInBalance) {

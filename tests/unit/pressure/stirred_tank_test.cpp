@@ -166,5 +166,34 @@ TEST(StirredTank, WithoutFlowLetsNothingOut) {
     EXPECT_EQ(out.deficit, 0.0);
 }
 
+/// Water left per pore volume in a tank of 100 at half water, from which ten a day run out downward, m =
+/// `pull`, while ten of oil run in.
+double waterLeftBehind(double pull, double days) {
+    TankFlows flows;
+    flows.inflow.oil = 10.0;
+    flows.rest = 10.0;
+    BuoyantFlow down;
+    down.flow = 10.0;
+    down.pull = pull;
+    constexpr double SteepestFraction = 3.4;
+    const TankOutflow out = emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, days, SteepestFraction,
+                                      {50.0, 50.0, 0.0}, {&down, 1});
+    return 0.5 - days * 0.1 * (out.own.water + down.own);
+}
+
+TEST(StirredTank, DrainsToImmobileWaterByGravityAndNotBelow) {
+    // dS/dt = -q/V (fw + min(1, m lw) fo) in 200,000 steps by a script of its own: 0.3, 0.23519, 0.21184 with
+    // m = 20 cp behind 2, 3, 4 days; 0.3, 0.20366, 0.2 with m = 200.
+    EXPECT_NEAR(waterLeftBehind(20.0, 2.0), 0.3, 0.01);
+    EXPECT_NEAR(waterLeftBehind(20.0, 3.0), 0.23519, 0.01);
+    EXPECT_NEAR(waterLeftBehind(20.0, 4.0), 0.21184, 0.005);
+    EXPECT_NEAR(waterLeftBehind(200.0, 2.0), 0.3, 0.01);
+    EXPECT_NEAR(waterLeftBehind(200.0, 3.0), 0.20366, 0.005);
+    for (const double days : {2.5, 4.0, 6.0, 20.0, 1000.0}) {
+        EXPECT_GE(waterLeftBehind(200.0, days), 0.2 - 1e-9) << days;
+        EXPECT_LE(waterLeftBehind(200.0, days), 0.5 - std::min(0.3, 0.095 * days) + 0.01) << days;
+    }
+}
+
 }  // namespace
 }  // namespace kvr

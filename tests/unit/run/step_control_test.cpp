@@ -171,7 +171,27 @@ TEST(LacksTooMuch, HoldsTheMissingVolumeAloneAgainstItsLimit) {
     figures.deficit = 0.09;
     EXPECT_FALSE(lacksTooMuch(options, figures));
     options.hasGas = true;
-    EXPECT_TRUE(lacksTooMuch(options, figures)) << "a fifth in runs with gas";
+    EXPECT_FALSE(lacksTooMuch(options, figures)) << "gas that is all in solution";
+    figures.freeGas = true;
+    EXPECT_TRUE(lacksTooMuch(options, figures)) << "a fifth beside free gas";
+    figures.freeGas = false;
+    figures.deficit = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(lacksTooMuch(options, figures));
+}
+
+TEST(LacksTooMuch, GivesUpNoAttemptThatIsThenAccepted) {
+    for (const bool freeGas : {false, true})
+        for (const bool hasGas : {false, true})
+            for (double deficit = 0.001; deficit < 0.2; deficit *= 1.3) {
+                RunOptions options = tenths();
+                options.hasGas = hasGas;
+                AttemptFigures figures;
+                figures.freeGas = freeGas;
+                figures.deficit = deficit;
+                if (isLost(options, figures)) {
+                    EXPECT_NE(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Accepted) << deficit;
+                }
+            }
 }
 
 TEST(MayStillStand, LeavesRatesToAnotherPass) {

@@ -233,14 +233,19 @@ TEST(Solution, ReadsThePartsOfACellWhoseSaturationsAreAveraged) {
     const auto slices = [](const std::string& items) {
         SolutionBench bench("EQUIL\n 8400 4800 8450 0 8300" + items + " /\n");
         bench.read();
+        EXPECT_FALSE(bench.printed("WARNING :: EQUIL ITEM 9: PARTS") &&
+                     items.find(" -") != std::string::npos);
         return bench.initial.regions[0].slices;
     };
-    EXPECT_EQ(slices(""), 10) << "five parts of half a cell where nothing is said";
-    EXPECT_EQ(slices(" 0 1 0 1*"), 10);
-    EXPECT_EQ(slices(" 0 1 0 0"), 0) << "the centre";
-    EXPECT_EQ(slices(" 0 1 0 -3"), 6);
-    EXPECT_EQ(slices(" 0 1 0 3"), 6);
-    EXPECT_EQ(slices(" 0 1 0 1e30"), 40);
+    for (const char* open : {"", " 0 1 0 1*"}) {
+        EXPECT_EQ(slices(open).count, 10) << "five parts of half a cell where nothing is said";
+        EXPECT_FALSE(slices(open).always);
+    }
+    EXPECT_EQ(slices(" 0 1 0 0").count, 0) << "the centre";
+    EXPECT_EQ(slices(" 0 1 0 -3").count, 6);
+    EXPECT_TRUE(slices(" 0 1 0 -3").always);
+    EXPECT_EQ(slices(" 0 1 0 3").count, 6);
+    EXPECT_EQ(slices(" 0 1 0 1e30").count, 40);
 }
 
 TEST(Solution, TellsWhereTheTableOfSolutionGasIsNotWhatEquilAsksFor) {
