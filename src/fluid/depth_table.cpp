@@ -21,15 +21,18 @@ constexpr int MaxPasses = 1000;
 constexpr double MaxWalkSteps = 1000.0;  // of a walk between a datum and a contact
 constexpr int MaxContactPasses = 50;     // for the Rs of oil that is saturated at the contact
 
-enum Phase : std::size_t { Oil, Water, Gas };
+constexpr std::size_t Oil = 0, Water = 1, Gas = 2;  // places of the pressures last seen
+
+using Phase = ColumnPhase;
 
 /// What the walks need, and the pressures last seen, for the message when one does not settle.
 struct Walk {
     const Console& console;
-    const FluidTables& tables;
-    InitDepthTable& rows;
-    double rowStep = 0.0;          // ft
-    std::array<double, 3> last{};  // psia, by phase
+    const ColumnDensity& density;
+    double rowStep = 0.0;           // ft
+    bool mayStayUnsettled = false;  // a row that goes to and fro keeps its last pressure
+    bool isSettled = true;          // no row did
+    std::array<double, 3> last{};   // psia, by phase
 };
 
 struct Level {
@@ -37,11 +40,13 @@ struct Level {
     double pressure = 0.0;  // psia
 };
 
-double density(const Walk& walk, Phase phase, double depth, double p) {
-    if (phase == Water) return waterDensityAt(walk.tables, WaterFvf(walk.tables, p));
-    if (phase == Gas) return gasDensityAt(walk.tables, GasFvf(walk.tables, p));
-    const double pb = bubblePointAtDepth(walk.tables, walk.rows, depth, p);
-    return oilDensityAt(walk.tables, SolutionRs(walk.tables, pb), usableOilProperties(walk.tables, p, pb).Bo);
+/// Densities of the tables: oil by the Rs of its depth.
+double tableDensity(const FluidTables& tables, const InitDepthTable& rows, Phase phase, double depth,
+                    double p) {
+    if (phase == Phase::Water) return waterDensityAt(tables, WaterFvf(tables, p));
+    if (phase == Phase::Gas) return gasDensityAt(tables, GasFvf(tables, p));
+    const double pb = bubblePointAtDepth(tables, rows, depth, p);
+    return oilDensityAt(tables, SolutionRs(tables, pb), usableOilProperties(tables, p, pb).Bo);
 }
 
 [[noreturn]] void failInitialisation(const Walk& walk) {
@@ -58,13 +63,15 @@ Level stepTo(Walk& walk, Phase phase, const Level& from, double depth) {
     const double dz = depth - from.depth;
     double estimate = from.pressure;
     for (int pass = 0; pass < MaxPasses; ++pass) {
-        const double rho = density(walk, phase, depth, 0.5 * (from.pressure + estimate));
+        const double rho = walk.density(phase, depth, 0.5 * (from.pressure + estimate));
         const double next = rho * dz / SquareInchesPerSquareFoot + from.pressure;
         const double change = std::abs(next - estimate);
-        estimate = walk.last[phase] = next;
+        estimate = walk.last[static_cast<std::size_t>(phase)] = next;
         if (change < SettledPressure) return {depth, estimate};
     }
-    failInitialisation(walk);
+    if (!walk.mayStayUnsettled || !(estimate > 0.0 && std::isfinite(estimate))) failInitialisation(walk);
+    walk.isSettled = false;
+    return {depth, estimate};
 }
 
 /// A walk over any distance, in steps of about a row.
@@ -79,8 +86,7 @@ Level walkTo(Walk& walk, Phase phase, const Level& from, double depth) {
 }
 
 /// Every row of a column, outward in both directions from a level of known pressure.
-void fillColumn(Walk& walk, Phase phase, const Level& start, Column& pressures) {
-    const Column& depths = walk.rows.Depth;
+void fillColumn(Walk& walk, Phase phase, const Level& start, const Column& depths, Column& pressures) {
     const auto below = static_cast<std::size_t>(std::lower_bound(depths.begin(), depths.end(), start.depth) -
                                                 depths.begin());
     Level level = start;
@@ -125,16 +131,16 @@ void setConstantRs(InitDepthTable& rows, double rs) {
 }
 
 /// Rs of oil that is saturated at the gas-oil contact: its pressure there depends on the oil between.
-void saturateAtContact(Walk& walk, const Level& oilStart) {
+void saturateAtContact(Walk& walk, const FluidTables& tables, const Level& oilStart, InitDepthTable& rows) {
     double pressure = oilStart.pressure;
     for (int pass = 0; pass < MaxContactPasses; ++pass) {
-        setConstantRs(walk.rows, SolutionRs(walk.tables, pressure));
-        const double next = walkTo(walk, Oil, oilStart, walk.rows.GocDepth).pressure;
+        setConstantRs(rows, SolutionRs(tables, pressure));
+        const double next = walkTo(walk, Phase::Oil, oilStart, rows.GocDepth).pressure;
         const double change = std::abs(next - pressure);
         pressure = next;
         if (change < SettledPressure) break;
     }
-    setConstantRs(walk.rows, SolutionRs(walk.tables, pressure));
+    setConstantRs(rows, SolutionRs(tables, pressure));
 }
 
 /// Contacts of a phase that the run does not have lie outside the grid and do not claim the datum.
@@ -144,10 +150,26 @@ void placeContacts(const Equilibrium& initial, bool hasWater, bool hasGas, InitD
 }
 
 /// A level in the oil: the datum, or the contact next to it when it lies in the gas or in the water.
-Level oilLevel(Walk& walk, const Level& datum) {
-    if (datum.depth < walk.rows.GocDepth) return walkTo(walk, Gas, datum, walk.rows.GocDepth);
-    if (datum.depth > walk.rows.WocDepth) return walkTo(walk, Water, datum, walk.rows.WocDepth);
+Level oilLevel(Walk& walk, const InitDepthTable& rows, const Level& datum) {
+    if (datum.depth < rows.GocDepth) return walkTo(walk, Phase::Gas, datum, rows.GocDepth);
+    if (datum.depth > rows.WocDepth) return walkTo(walk, Phase::Water, datum, rows.WocDepth);
     return datum;
+}
+
+/// All columns outward from the datum, `oil` a level in the oil.
+void fillColumns(Walk& walk, const Level& datum, const Level& oil, bool hasWater, bool hasGas,
+                 InitDepthTable& rows) {
+    fillColumn(walk, Phase::Oil, oil, rows.Depth, rows.PressureO);
+    rows.PressureW = rows.PressureG = rows.PressureO;
+    const auto startAt = [&](double contact, bool datumIsInside) {
+        return datumIsInside ? datum : walkTo(walk, Phase::Oil, oil, contact);
+    };
+    if (hasWater)
+        fillColumn(walk, Phase::Water, startAt(rows.WocDepth, datum.depth > rows.WocDepth), rows.Depth,
+                   rows.PressureW);
+    if (hasGas)
+        fillColumn(walk, Phase::Gas, startAt(rows.GocDepth, datum.depth < rows.GocDepth), rows.Depth,
+                   rows.PressureG);
 }
 
 }  // namespace
@@ -169,21 +191,29 @@ InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, co
     rows.RsDepth = initial.rsTableDepth;
     rows.RsValue = initial.rsTableRs;
 
-    const Level datum{initial.datumDepth, initial.datumPressure};
-    Walk walk{console, tables, rows, rows.Depth[1] - rows.Depth[0], {}};
-    walk.last.fill(datum.pressure);
-    const Level oil = oilLevel(walk, datum);
-    if (rows.RsDepth.empty()) saturateAtContact(walk, oil);
-
-    fillColumn(walk, Oil, oil, rows.PressureO);
-    rows.PressureW = rows.PressureG = rows.PressureO;
-    const auto startAt = [&](double contact, bool datumIsInside) {
-        return datumIsInside ? datum : walkTo(walk, Oil, oil, contact);
+    const ColumnDensity density = [&](Phase phase, double depth, double p) {
+        return tableDensity(tables, rows, phase, depth, p);
     };
-    if (hasWater)
-        fillColumn(walk, Water, startAt(rows.WocDepth, datum.depth > rows.WocDepth), rows.PressureW);
-    if (tables.hasGas)
-        fillColumn(walk, Gas, startAt(rows.GocDepth, datum.depth < rows.GocDepth), rows.PressureG);
+    const Level datum{initial.datumDepth, initial.datumPressure};
+    Walk walk{console, density, rows.Depth[1] - rows.Depth[0], false, true, {}};
+    walk.last.fill(datum.pressure);
+    const Level oil = oilLevel(walk, rows, datum);
+    if (rows.RsDepth.empty()) saturateAtContact(walk, tables, oil, rows);
+    fillColumns(walk, datum, oil, hasWater, tables.hasGas, rows);
+    return rows;
+}
+
+InitDepthTable buildColumns(const Console& console, const GridModel& grid, const ColumnDensity& density,
+                            const Equilibrium& initial, bool hasWater, bool& isSettled) {
+    InitDepthTable rows;
+    layOutRows(console, grid, rows);
+    placeContacts(initial, hasWater, true, rows);
+    const Level datum{initial.datumDepth, initial.datumPressure};
+    Walk walk{console, density, rows.Depth[1] - rows.Depth[0], true, true, {}};
+    walk.last.fill(datum.pressure);
+    const Level oil = oilLevel(walk, rows, datum);
+    fillColumns(walk, datum, oil, hasWater, true, rows);
+    isSettled = walk.isSettled;
     return rows;
 }
 

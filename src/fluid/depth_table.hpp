@@ -5,6 +5,8 @@
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
 
+#include <functional>
+
 namespace kvr {
 
 /// Phase pressures in hydrostatic balance by depth, 20 rows a layer and one more, equally spaced from the
@@ -24,6 +26,15 @@ struct InitDepthTable {
 /// contact. A column that does not settle in 1000 passes stops the run.
 InitDepthTable buildDepthTable(const Console& console, const GridModel& grid, const FluidTables& tables,
                                const Equilibrium& initial, bool hasWater);
+
+/// lb/ft3 of a phase at a depth (ft) and pressure (psia).
+enum class ColumnPhase { Oil, Water, Gas };
+using ColumnDensity = std::function<double(ColumnPhase, double depth, double pressure)>;
+
+/// The same columns with densities from anywhere; Rs stays empty. A row that does not settle keeps the
+/// pressure it has reached, and `isSettled` is false; one that has no pressure stops the run.
+InitDepthTable buildColumns(const Console& console, const GridModel& grid, const ColumnDensity& density,
+                            const Equilibrium& initial, bool hasWater, bool& isSettled);
 
 /// Rs that the oil would like to hold at a depth.
 double rsAtDepth(const InitDepthTable& rows, double depth);

@@ -18,6 +18,17 @@ namespace kvr {
 void initialiseBlackOil(const Console& console, const GridModel& grid, const FluidTables& tables,
                         const InitialConditions& initial, RunOptions& options, CellState& state);
 
+/// Every active cell has a record of EQUIL and saturation tables, or the run stops: what follows indexes them
+/// unasked. Cells whose state arrays give need no record.
+void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables,
+                    const InitialConditions& initial);
+
+/// The lines that tell whether the initial state follows from EQUIL or from arrays.
+void tellInitialBranch(const Console& console, bool byDepth);
+
+/// The direct solver for fewer than 27 cells, with its warning.
+void chooseDirectSolver(const Console& console, const GridModel& grid, RunOptions& options);
+
 /// Gives back the arrays by cell, which no later stage reads.
 void releaseInitialArrays(InitialConditions& initial);
 

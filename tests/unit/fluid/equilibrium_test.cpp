@@ -1,8 +1,7 @@
 #include "fluid/equilibrium.hpp"
 
 #include "fluid/black_oil.hpp"
-#include "fluid/depth_table.hpp"
-#include "unit/fluid/table_samples.hpp"
+#include "unit/fluid/column_bench.hpp"
 
 #include <cmath>
 #include <cstdio>
@@ -12,99 +11,21 @@
 namespace kvr {
 namespace {
 
-/// A stack of layers, one column of cells or several side by side, with a dead oil of constant density
-/// unless the test changes it.
-struct Bench {
-    Console console;
-    GridModel grid;
-    FluidTables tables;
-    InitialConditions initial;
-    RunOptions options;
-    CellState state;
-
-    explicit Bench(double top, const std::vector<double>& thickness, int columns = 1) {
-        console = {std::tmpfile(), std::tmpfile(), nullptr};
-        grid.NX = columns;
-        grid.NY = 1;
-        grid.NZ = static_cast<int>(thickness.size());
-        grid.NCELLS = columns * grid.NZ;
-        grid.xyz_3d.assign(24 * (static_cast<std::size_t>(grid.NCELLS) + 1), 0.0F);
-        grid.CellCentre.assign(grid.NCELLS, 3, 0.0);
-        grid.Active.assign(grid.NCELLS, 1);
-        grid.SATNUM.assign(grid.NCELLS, 1);
-        grid.JFactor.assign(grid.NCELLS, 1.0);
-        for (CellArray<int>* index : {&grid.CellI, &grid.CellJ, &grid.CellK}) index->assign(grid.NCELLS, 1);
-        allocateCellState(grid.NCELLS, 0, state);
-        for (int k = 1; k <= grid.NZ; ++k) {
-            const double bottom = top + thickness[static_cast<std::size_t>(k) - 1];
-            for (int i = 1; i <= columns; ++i) placeCell(cellIndex(grid, i, 1, k), top, bottom);
-            top = bottom;
-        }
-        options.hasOil = options.hasWater = true;
-        initial.equilibrationMode = true;
-        initial.regions[0].isGiven = true;
-        fillConstantFluid();
-    }
-    Bench(const Bench&) = delete;
-    Bench& operator=(const Bench&) = delete;
-    ~Bench() {
-        if (console.screen != stderr) std::fclose(console.screen);
-        std::fclose(console.log);
-    }
-
-    void placeCell(CellId cell, double top, double bottom) {
-        for (int n = 1; n <= 8; ++n) cornerOf(grid, cell, n)[2] = static_cast<float>(n <= 4 ? top : bottom);
-        grid.CellCentre(cell, 3) = 0.5 * (top + bottom);
-    }
-    /// Oil 45, water 62.4, gas 5 lb/ft3, none compressible.
-    void fillConstantFluid() {
-        tables.OilPressure = tables.GasPressure = {0.0, 10000.0};
-        tables.OilFvf = tables.GasFvf = {1.0, 1.0};
-        tables.OilViscosity = tables.GasViscosity = {1.0, 1.0};
-        tables.oilDensity = 45.0;
-        tables.waterDensity = 62.4;
-        tables.gasDensity = 5.0;
-        tables.waterFvf = 1.0;
-        tables.regions = {samples::fourRowRegion()};
-        tables.regions.front().SwAxis = {0.2, 0.4, 0.6, 1.0};
-        finishTables(tables);
-    }
-    void contacts(double datum, double pressure, double woc, double goc) {
-        initial.regions[0].datumDepth = datum;
-        initial.regions[0].datumPressure = pressure;
-        initial.regions[0].wocDepth = woc;
-        initial.regions[0].gocDepth = goc;
-    }
-    void useGas() { tables.hasGas = options.hasGas = true; }
-    void run() { initialiseBlackOil(console, grid, tables, initial, options, state); }
-    [[nodiscard]] InitDepthTable rows() const {
-        return buildDepthTable(console, grid, tables, initial.regions[0], options.hasWater);
-    }
-    [[nodiscard]] static int timesIn(std::FILE* file, const std::string& text) {
-        std::rewind(file);
-        int count = 0;
-        char line[512];
-        while (std::fgets(line, sizeof line, file) != nullptr)
-            if (std::string(line).find(text) != std::string::npos) ++count;
-        return count;
-    }
-};
-
 TEST(DepthTable, HasTwentyRowsALayerAndOneMore) {
-    Bench three(8325, {20, 30, 50});
+    ColumnBench three(8325, {20, 30, 50});
     three.contacts(8400, 4800, 8450, 8300);
     const InitDepthTable rows = three.rows();
     EXPECT_EQ(rows.Depth.size(), 61U);
     EXPECT_EQ(rows.Depth.front(), 8325.0);
     EXPECT_EQ(rows.Depth.back(), 8425.0);
     EXPECT_NEAR(rows.Depth[1] - rows.Depth[0], 100.0 / 60.0, 1e-9);
-    Bench one(8325, {20});
+    ColumnBench one(8325, {20});
     one.contacts(8400, 4800, 8450, 8300);
     EXPECT_EQ(one.rows().Depth.size(), 21U);
 }
 
 TEST(DepthTable, OfAFlatGridHasEqualRows) {
-    Bench bench(8000, {0});
+    ColumnBench bench(8000, {0});
     bench.contacts(7900, 3000, 9000, 7000);
     const InitDepthTable rows = bench.rows();
     EXPECT_NEAR(rows.PressureO.front(), 3031.25, 1e-9);
@@ -114,7 +35,7 @@ TEST(DepthTable, OfAFlatGridHasEqualRows) {
 }
 
 TEST(DepthTable, AddsTheWeightOfEachPhaseFromItsContact) {
-    Bench bench(8000, {100});
+    ColumnBench bench(8000, {100});
     bench.useGas();
     bench.contacts(8000, 3000, 8100, 8000);
     const InitDepthTable rows = bench.rows();
@@ -126,7 +47,7 @@ TEST(DepthTable, AddsTheWeightOfEachPhaseFromItsContact) {
 }
 
 TEST(DepthTable, GivesADatumInTheGasOrInTheWaterToThatPhase) {
-    Bench bench(8000, {100});
+    ColumnBench bench(8000, {100});
     bench.useGas();
     bench.contacts(8000, 3000, 8080, 8020);
     InitDepthTable rows = bench.rows();
@@ -141,7 +62,7 @@ TEST(DepthTable, GivesADatumInTheGasOrInTheWaterToThatPhase) {
 }
 
 TEST(DepthTable, SaturatesOilAtTheGasContactWithoutAnRsTable) {
-    Bench bench(8000, {100});
+    ColumnBench bench(8000, {100});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -154,7 +75,7 @@ TEST(DepthTable, SaturatesOilAtTheGasContactWithoutAnRsTable) {
 }
 
 TEST(DepthTable, TakesTheRsOfEachDepthWithoutCarryingACapDownward) {
-    Bench bench(8000, {100});
+    ColumnBench bench(8000, {100});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -167,7 +88,7 @@ TEST(DepthTable, TakesTheRsOfEachDepthWithoutCarryingACapDownward) {
 }
 
 TEST(DepthTable, StopsTheRunWhenAColumnDoesNotSettle) {
-    Bench bench(8000, {10000});
+    ColumnBench bench(8000, {10000});
     bench.tables.OilFvf = {1.0, 1e-3};  // density grows a hundredfold over each step's own weight
     bench.tables.oilDensity = 1e6;
     finishTables(bench.tables);
@@ -180,7 +101,7 @@ TEST(DepthTable, StopsTheRunWhenAColumnDoesNotSettle) {
 }
 
 TEST(Equilibrium, OfTheThreeLayerLightOilReservoirIsItsPublishedState) {
-    Bench bench(8325, {20, 30, 50});
+    ColumnBench bench(8325, {20, 30, 50});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -202,7 +123,7 @@ TEST(Equilibrium, OfTheThreeLayerLightOilReservoirIsItsPublishedState) {
 }
 
 TEST(Equilibrium, WithoutCapillaryPressurePartsTheZonesAtTheContacts) {
-    Bench bench(8000, {20, 20, 20});
+    ColumnBench bench(8000, {20, 20, 20});
     bench.useGas();
     bench.contacts(8030, 3000, 8040, 8020);
     bench.run();
@@ -216,7 +137,7 @@ TEST(Equilibrium, WithoutCapillaryPressurePartsTheZonesAtTheContacts) {
 }
 
 TEST(Equilibrium, AveragesACellThatAContactCrossesOverItsSlices) {
-    Bench bench(100, {100, 100});
+    ColumnBench bench(100, {100, 100});
     bench.contacts(100, 3000, 130, 50);
     bench.run();
     EXPECT_NEAR(bench.state.Sw[1], 1.0, 1e-12) << "by its centre alone, 20 ft below the contact";
@@ -243,7 +164,7 @@ TEST(Equilibrium, LeavesTheCellsOfAResolvedTransitionZoneAtTheirCentresUnlessTol
 }
 
 TEST(Equilibrium, HoldsTheColumnOfThePhaseThatMovesInBalance) {
-    Bench bench(8000, {20, 20, 20});
+    ColumnBench bench(8000, {20, 20, 20});
     bench.useGas();
     bench.contacts(8030, 3000, 8040, 8020);
     bench.run();
@@ -255,7 +176,7 @@ TEST(Equilibrium, HoldsTheColumnOfThePhaseThatMovesInBalance) {
 }
 
 TEST(Equilibrium, WithTheContactsOutsideTheGridIsOilAtConnateWater) {
-    Bench bench(8000, {20, 20, 20});
+    ColumnBench bench(8000, {20, 20, 20});
     bench.useGas();
     bench.contacts(8030, 3000, 9000, 7000);
     bench.run();
@@ -266,7 +187,7 @@ TEST(Equilibrium, WithTheContactsOutsideTheGridIsOilAtConnateWater) {
 }
 
 TEST(Equilibrium, InvertsTheCapillaryPressureOfWater) {
-    Bench bench(8000, {50, 50, 50});
+    ColumnBench bench(8000, {50, 50, 50});
     bench.tables.waterDensity = 59.4;  // 14.4 above the oil
     SaturationTable& table = bench.tables.regions.front();
     table.SwAxis = {0.2, 0.6, 0.8, 1.0};
@@ -280,7 +201,7 @@ TEST(Equilibrium, InvertsTheCapillaryPressureOfWater) {
 }
 
 TEST(Equilibrium, ScalesTheCapillaryCurveByTheCell) {
-    Bench bench(8000, {50, 50, 50});
+    ColumnBench bench(8000, {50, 50, 50});
     bench.tables.waterDensity = 59.4;
     SaturationTable& table = bench.tables.regions.front();
     table.SwAxis = {0.2, 0.6, 0.8, 1.0};
@@ -295,7 +216,7 @@ TEST(Equilibrium, ScalesTheCapillaryCurveByTheCell) {
 }
 
 TEST(Equilibrium, LeavesWaterAtItsConnateValueInARunWithoutWater) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.options.hasWater = false;
     bench.tables.regions.front().Pcow = {5.0, 2.5, 1.25, 0.0};
     finishTables(bench.tables);
@@ -306,7 +227,7 @@ TEST(Equilibrium, LeavesWaterAtItsConnateValueInARunWithoutWater) {
 }
 
 TEST(Equilibrium, InvertsTheCapillaryPressureOfGas) {
-    Bench bench(8000, {20, 20, 20});
+    ColumnBench bench(8000, {20, 20, 20});
     bench.useGas();
     SaturationTable& table = bench.tables.regions.front();
     table.SgAxis = {0.0, 0.1, 0.3, 0.8};
@@ -319,7 +240,7 @@ TEST(Equilibrium, InvertsTheCapillaryPressureOfGas) {
 }
 
 TEST(Equilibrium, LeavesOilBesideFreeGasSaturated) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -332,7 +253,7 @@ TEST(Equilibrium, LeavesOilBesideFreeGasSaturated) {
 }
 
 TEST(Equilibrium, StopsAtACellWithoutASaturationTable) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.grid.SATNUM[2] = 2;
     bench.contacts(8000, 3000, 9000, 0);
     std::fclose(bench.console.screen);
@@ -344,7 +265,7 @@ TEST(Equilibrium, StopsAtACellWithoutASaturationTable) {
 }
 
 TEST(Equilibrium, LeavesInactiveCellsAlone) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.grid.Active[2] = 0;
     bench.contacts(8000, 3000, 9000, 0);
     bench.run();
@@ -353,33 +274,33 @@ TEST(Equilibrium, LeavesInactiveCellsAlone) {
 }
 
 TEST(Equilibrium, SendsFewCellsToTheDirectSolver) {
-    Bench few(8000, {20, 20}, 13);
+    ColumnBench few(8000, {20, 20}, 13);
     few.contacts(8000, 3000, 9000, 0);
     few.run();
     EXPECT_EQ(few.options.pressureSolver, "dgesv");
     const std::string warning =
         "WARNING :: Due to small small number of unknown, direct solver(DGESV) is used";
-    EXPECT_EQ(Bench::timesIn(few.console.screen, warning), 1);
-    EXPECT_EQ(Bench::timesIn(few.console.log, warning), 1);
-    Bench enough(8000, {20, 20, 20}, 9);
+    EXPECT_EQ(ColumnBench::timesIn(few.console.screen, warning), 1);
+    EXPECT_EQ(ColumnBench::timesIn(few.console.log, warning), 1);
+    ColumnBench enough(8000, {20, 20, 20}, 9);
     enough.contacts(8000, 3000, 9000, 0);
     enough.run();
     EXPECT_EQ(enough.options.pressureSolver, "amg");
-    EXPECT_EQ(Bench::timesIn(enough.console.screen, "WARNING"), 0);
+    EXPECT_EQ(ColumnBench::timesIn(enough.console.screen, "WARNING"), 0);
 }
 
 TEST(Equilibrium, AnnouncesItselfOnScreenAndInTheLog) {
-    Bench bench(8000, {20});
+    ColumnBench bench(8000, {20});
     bench.contacts(8000, 3000, 9000, 0);
     bench.run();
-    EXPECT_EQ(Bench::timesIn(bench.console.screen, "Initializing..."), 1);
-    EXPECT_EQ(Bench::timesIn(bench.console.screen, "Initialize: Pc-Density-OWC/GOC, Accordingly"), 1);
-    EXPECT_EQ(Bench::timesIn(bench.console.log, "INITIALIZING..."), 1);
-    EXPECT_EQ(Bench::timesIn(bench.console.log, "INITIALIZE: PC-DENSITY-OWC/GOC, ACCORDINGLY"), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.screen, "Initializing..."), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.screen, "Initialize: Pc-Density-OWC/GOC, Accordingly"), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.log, "INITIALIZING..."), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.log, "INITIALIZE: PC-DENSITY-OWC/GOC, ACCORDINGLY"), 1);
 }
 
 TEST(InitialArrays, StandAsTheDeckGivesThem) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -397,12 +318,12 @@ TEST(InitialArrays, StandAsTheDeckGivesThem) {
     EXPECT_NEAR(bench.state.Rs[1], 0.371 / GasRatioFactor, 1e-8);
     EXPECT_NEAR(bench.state.So[2], 0.6, 1e-14);
     EXPECT_EQ(bench.state.Pb[2], 4000.0) << "free gas: saturated";
-    EXPECT_EQ(Bench::timesIn(bench.console.screen, "Initialize: Explicitly Assigned By Input Data"), 1);
-    EXPECT_EQ(Bench::timesIn(bench.console.log, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA"), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.screen, "Initialize: Explicitly Assigned By Input Data"), 1);
+    EXPECT_EQ(ColumnBench::timesIn(bench.console.log, "INITIALIZE: EXPLICITLY ASSIGNED BY INPUT DATA"), 1);
 }
 
 TEST(InitialArrays, TellOfGasThatTheOilCannotHold) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.useGas();
     samples::fillOdehPvt(bench.tables);
     finishTables(bench.tables);
@@ -416,15 +337,17 @@ TEST(InitialArrays, TellOfGasThatTheOilCannotHold) {
         place->assign(2, 1);
     bench.grid.CellK[2] = 2;
     bench.run();
-    EXPECT_EQ(Bench::timesIn(bench.console.screen, "WARNING :: RS OF 1 CELLS IS MORE THAN THEIR OIL HOLDS"),
-              1);
-    EXPECT_EQ(Bench::timesIn(bench.console.screen, "FIRST: CELL 2 (I 1, J 1, K 2), 0.371 OF 0.5 MSCF/STB"),
-              1);
+    EXPECT_EQ(
+        ColumnBench::timesIn(bench.console.screen, "WARNING :: RS OF 1 CELLS IS MORE THAN THEIR OIL HOLDS"),
+        1);
+    EXPECT_EQ(
+        ColumnBench::timesIn(bench.console.screen, "FIRST: CELL 2 (I 1, J 1, K 2), 0.371 OF 0.5 MSCF/STB"),
+        1);
     EXPECT_NEAR(bench.state.Rs[2], 0.371 / GasRatioFactor, 1e-8);
 }
 
 TEST(Equilibrium, StopsAtACellWhoseRegionHasNoRecordEvenIfItHasATable) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.contacts(8000, 4000, 9000, 7000);
     bench.initial.regions.resize(2);
     bench.initial.regions[1].rsTableDepth = {7000.0, 9000.0};
@@ -439,22 +362,22 @@ TEST(Equilibrium, StopsAtACellWhoseRegionHasNoRecordEvenIfItHasATable) {
 
 TEST(InitialArrays, TellOfOilInARunWithoutIt) {
     const auto told = [](double water) {
-        Bench bench(8000, {20});
+        ColumnBench bench(8000, {20});
         bench.options.hasOil = false;
         bench.initial.equilibrationMode = false;
         bench.initial.initialPressure.assign(1, 3000.0);
         bench.initial.initialSwat.assign(1, water);
         bench.initial.swatGiven = true;
         bench.run();
-        return Bench::timesIn(bench.console.screen,
-                              "WARNING :: THE RUN HAS NO OIL, BUT 1 CELLS START WITH IT");
+        return ColumnBench::timesIn(bench.console.screen,
+                                    "WARNING :: THE RUN HAS NO OIL, BUT 1 CELLS START WITH IT");
     };
     EXPECT_EQ(told(0.7), 1);
     EXPECT_EQ(told(1.0), 0);
 }
 
 TEST(InitialArrays, NeedNoRecordOfEquilibriumForARegion) {
-    Bench bench(8000, {20, 20});
+    ColumnBench bench(8000, {20, 20});
     bench.initial.equilibrationMode = false;
     bench.initial.regions[0].isGiven = false;
     bench.initial.initialPressure.assign(2, 3000.0);
@@ -467,7 +390,7 @@ TEST(InitialArrays, NeedNoRecordOfEquilibriumForARegion) {
 }
 
 TEST(InitialArrays, FillWaterWhereOnlyOilIsGiven) {
-    Bench bench(8000, {20});
+    ColumnBench bench(8000, {20});
     bench.initial.equilibrationMode = false;
     bench.initial.initialPressure.assign(1, 3000.0);
     bench.initial.initialSoil.assign(1, 0.75);
