@@ -149,7 +149,7 @@ TEST(Equilibrium, AveragesACellThatAContactCrossesOverItsSlices) {
 
 TEST(Equilibrium, LeavesTheCellsOfAResolvedTransitionZoneAtTheirCentresUnlessToldOtherwise) {
     const auto waterOf = [](CellSlices slices) {
-        Bench bench(8000, {20, 20, 20});
+        ColumnBench bench(8000, {20, 20, 20});
         // Water 17.4 lb/ft3 heavier than oil: 0.5 psi is 4.138 ft, so that the zone is 41.4 ft high.
         bench.tables.regions.front().Pcow = {5.0, 1.0, 0.5, 0.0};
         finishTables(bench.tables);
