@@ -4,6 +4,8 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/well_data_layout.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
@@ -24,7 +26,8 @@ double binTime(double end, int bins, int b) {
 }
 
 double surfaceCut(double water, double oil) {
-    return water / (water + NoLiquid + oil);
+    const double producedWater = std::max(0.0, water), producedOil = std::max(0.0, oil);
+    return producedWater / (producedWater + NoLiquid + producedOil);
 }
 
 WellSeries calculatedSeries(const UnitSystem& units, std::string_view name, std::span<const WellBin> bins,

@@ -22,7 +22,8 @@ struct WellBin {
 /// b end / bins, days.
 double binTime(double end, int bins, int b);
 
-/// Cut of the liquid, w / (w + 1e-10 + o): 0 for a shut well. Surface rates in barrels a day.
+/// Cut of the liquid, w / (w + 1e-10 + o): 0 for a shut well; a phase that goes back counts as none. Surface
+/// rates in barrels a day.
 double surfaceCut(double water, double oil);
 
 /// A producer's history from its bins: oil qo/Bo and water qw/Bw in stb/d, gas in Mscf/d, their cut and their

@@ -20,7 +20,7 @@ std::vector<QuantityRow> readRows(const Console& console, const std::string& pat
     const std::string contents = readWellData(console, path);
     WellDataText text{{path, 0}, contents, {}};
     std::vector<QuantityRow> rows;
-    nextLine(text);  // the label
+    skipLine(text);  // the label, which may be blank
     while (rows.size() < MostQuantityRows && nextLine(text)) {
         if (text.line.size() < wellCount + 1) stopAt(console, text);
         QuantityRow row;

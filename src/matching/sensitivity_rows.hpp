@@ -18,8 +18,8 @@ struct SensitivityRows {
     [[nodiscard]] std::size_t count() const { return start.size() - 1; }
 };
 
-/// Appends the values of the active cells that are not 0. `sensitivity` has one value a cell; a datum that is
-/// not to be matched has a row without values.
+/// Appends the values of the active cells that are not 0 and are numbers. `sensitivity` has one value a cell;
+/// a datum that is not to be matched has a row without values.
 void addRow(const CellArray<double>& sensitivity, const CellArray<std::uint8_t>& Active,
             SensitivityRows& rows);
 

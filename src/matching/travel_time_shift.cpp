@@ -54,13 +54,19 @@ void moveCurve(std::span<const double> times, std::span<const double> curve, dou
 }
 
 double fitOf(std::span<const double> observed, std::span<const double> moved) {
-    double mean = 0.0, residual = 0.0, spread = 0.0;
-    for (const double value : observed) mean += value / static_cast<double>(observed.size());
+    const auto count = static_cast<double>(observed.size());
+    double mean = 0.0, residual = 0.0, spread = 0.0, largest = 0.0;
+    for (const double value : observed) {
+        mean += value / count;
+        largest = std::max(largest, std::abs(value));
+    }
     for (std::size_t i = 0; i < observed.size(); ++i) {
         residual += (observed[i] - moved[i]) * (observed[i] - moved[i]);
         spread += (observed[i] - mean) * (observed[i] - mean);
     }
-    return spread > 0.0 ? 1.0 - residual / spread : 0.0;
+    // A plateau has no spread, but its mean is rounded.
+    const double rounding = count * MachineEpsilon * largest;
+    return spread > count * rounding * rounding ? 1.0 - residual / spread : 0.0;
 }
 
 }  // namespace

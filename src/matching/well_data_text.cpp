@@ -26,6 +26,14 @@ constexpr std::string_view Separators = " \t\r,";
     hardStop(console);
 }
 
+std::string_view takeLine(WellDataText& text) {
+    const std::size_t end = std::min(text.left.find('\n'), text.left.size());
+    const std::string_view line = text.left.substr(0, end);
+    text.left.remove_prefix(std::min(end + 1, text.left.size()));
+    ++text.place.lineNumber;
+    return line;
+}
+
 }  // namespace
 
 std::string readWellData(const Console& console, const std::string& path) {
@@ -42,12 +50,13 @@ std::string readWellData(const Console& console, const std::string& path) {
     return text;
 }
 
+void skipLine(WellDataText& text) {
+    if (!text.left.empty()) takeLine(text);
+}
+
 bool nextLine(WellDataText& text) {
     while (!text.left.empty()) {
-        const std::size_t end = std::min(text.left.find('\n'), text.left.size());
-        std::string_view line = text.left.substr(0, end);
-        text.left.remove_prefix(std::min(end + 1, text.left.size()));
-        ++text.place.lineNumber;
+        const std::string_view line = takeLine(text);
         text.line.clear();
         for (std::size_t at = 0; (at = line.find_first_not_of(Separators, at)) != line.npos;) {
             const std::size_t stop = std::min(line.find_first_of(Separators, at), line.size());

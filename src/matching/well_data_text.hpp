@@ -24,6 +24,9 @@ std::string readWellData(const Console& console, const std::string& path);
 /// at the end of the text.
 bool nextLine(WellDataText& text);
 
+/// Passes over the next line whatever stands in it, nothing included.
+void skipLine(WellDataText& text);
+
 /// A finite number, its exponent with E or D; nothing where the word is none. Too small to be held is 0.
 std::optional<double> numberOf(std::string_view word);
 

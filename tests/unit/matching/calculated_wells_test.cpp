@@ -22,6 +22,12 @@ TEST(CalculatedWells, CutIsThatOfSurfaceVolumes) {
     EXPECT_EQ(series.pressure[0], 2500.0);
 }
 
+TEST(CalculatedWells, ACutOfRatesThatGoBackStaysWithinItsBounds) {
+    EXPECT_EQ(surfaceCut(-5.0, 5.0), 0.0);
+    EXPECT_NEAR(surfaceCut(5.0, -5.0), 1.0, 1e-9);
+    EXPECT_EQ(surfaceCut(-1.0, -1.0), 0.0);
+}
+
 TEST(CalculatedWells, GasIsInThousandsOfCubicFeet) {
     // 178107.617 barrels of 5.614583 ft3 are 1000 Mscf.
     const std::vector<WellBin> bins{{10.0, 500.0, 0.0, 178107.617, 0.0}};

@@ -36,6 +36,14 @@ TEST(QuantityFiles, TakeTwoRowsOfEachAndNoMore) {
     EXPECT_EQ(rows.rowsKept, 2u);
 }
 
+TEST(QuantityFiles, TakeABlankLineForTheLabel) {
+    const SixFiles six;
+    six.folder.write("WOPRH_OBSERVED.DATA", "          \n1 10 20\n2.5 30 40\n");
+    const QuantityRows rows = readQuantityFiles(six.quiet.console, six.folder.path, 2);
+    ASSERT_EQ(rows.files[0].size(), 2u);
+    EXPECT_EQ(rows.files[0][0].time, 1.0);
+}
+
 TEST(QuantityFiles, StopOnRowsThatAreShortOrNoNumbersAndOnMissingFiles) {
     const SixFiles six;
     const auto read = [&] { readQuantityFiles(consoleOnStandardError(), six.folder.path, 2); };

@@ -57,6 +57,20 @@ TEST(TravelTimeShift, OfACurveOfHalfTheHeightIsTheBestFit) {
     EXPECT_NEAR(shift.fit, 0.5421083965742322, 1e-12);
 }
 
+TEST(TravelTimeShift, OfAPlateauIsNotDecidedByItsRoundedMean) {
+    // 26 months: observed 0.43 up to the 13th, then rising to 0.9 by equal steps; calculated 0.43 until the
+    // rise of the last month. The mean of thirteen values of 0.43 is not 0.43 to the last digit.
+    std::vector<double> times, observed, calculated;
+    for (int n = 0; n < 26; ++n) {
+        times.push_back(30.0 * n);
+        observed.push_back(n <= 12 ? 0.43 : 0.43 + 0.47 * (n - 12) / 13.0);
+        calculated.push_back(n < 25 ? 0.43 : 0.43 + 0.47 / 13.0);
+    }
+    const TimeShift found = travelTimeShift(times, observed, calculated);
+    EXPECT_LT(found.days, -300.0) << "late by about a year";
+    EXPECT_GT(found.days, -390.0) << "not by the whole plateau";
+}
+
 TEST(TravelTimeShift, OfFivePoints) {
     const std::vector<double> times{0, 1, 2, 3, 4}, observed{0, 0, 0, 0.5, 1}, calculated{0, 0.5, 1, 1, 1};
     EXPECT_NEAR(travelTimeShift(times, observed, calculated).days, 2.0, 1e-12);
