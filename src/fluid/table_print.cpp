@@ -98,6 +98,33 @@ void printEndPoints(const Console& console, const SaturationTable& table) {
     log(console, "Residual So @ (l/g)   {}", number(table.ResidualSo));
 }
 
+void printPairs(const Console& console, const FluidTables& tables) {
+    const std::size_t count = tables.CNAMES.size();
+    lineToLog(console, "");
+    lineToLog(console, "BINARY COEFFICIENTS");
+    for (std::size_t i = 1; i < count; ++i) {
+        std::string line = fmt::format("{:>15}", tables.CNAMES[i]);
+        for (std::size_t j = 0; j < i; ++j)
+            line += fmt::format("{:>15}", number(tables.BIC[i * count + j], 7));
+        lineToLog(console, line);
+    }
+}
+
+/// Rankine, psia, ft3/lb-mole, lb/lb-mole.
+void printComponents(const Console& console, const FluidTables& tables) {
+    if (tables.TCRIT.empty()) return;
+    printHead(console, "COMPONENT PROPERTY TABLE", {"name", "Tc", "Pc", "Vc", "MW", "acentric"});
+    for (std::size_t i = 0; i < tables.TCRIT.size(); ++i) {
+        std::string line = fmt::format("{:>15}", tables.CNAMES[i]);
+        for (const Column* column : {&tables.TCRIT, &tables.PCRIT, &tables.VCRIT, &tables.MW, &tables.ACF})
+            line += fmt::format("{:>15}", number((*column)[i], 7));
+        lineToLog(console, line);
+    }
+    printPairs(console, tables);
+    log(console, "");
+    log(console, "Reservoir temperature [R]            {}", number(tables.reservoirTemperature));
+}
+
 }  // namespace
 
 void printFluidTables(const Console& console, const UnitSystem& units, const FluidTables& tables) {
@@ -118,6 +145,7 @@ void printRockTables(const Console& console, const FluidTables& tables) {
 
 void printTables(const Console& console, const UnitSystem& units, const FluidTables& tables) {
     printFluidTables(console, units, tables);
+    printComponents(console, tables);
     printRockTables(console, tables);
 }
 

@@ -4,6 +4,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/source_copies.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "deck/sections/component_rules.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/props_tables.hpp"
 #include "deck/sections/pvto.hpp"
@@ -491,6 +492,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     if (!reader.cursor->text.empty())
         requireTables(reader, records);  // a deck without PROPS has the defaults
     completeTables(console, records.options.maxRockTables, records.tables);
+    checkComponents(reader, records.options, records.tables);
     printTables(console, *reader.units, records.tables);
 }
 

@@ -1,6 +1,8 @@
 #include "deck/sections/props_components.hpp"
 
+#include "deck/sections/component_rules.hpp"
 #include "deck/sections/pvto.hpp"
+#include "fluid/components/component_set.hpp"
 
 #include <algorithm>
 
@@ -8,7 +10,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int MaxComponents = 1000;
 constexpr double CubicFeetPerLbMolPerMetric = 16.01846;  // m3/kg-mole to ft3/lb-mole
 
 std::size_t componentCount(const PropsRecords& records) {
@@ -79,6 +80,7 @@ void readAcf(SectionReader& reader, PropsRecords& records) {
 
 void readZi(SectionReader& reader, PropsRecords& records) {
     readPerComponent(reader, records, "FIELD Composition", 1.0, records.tables.ZI);
+    if (!records.tables.ZI.empty()) checkComposition(reader, records.tables.ZI);
 }
 
 void readBic(SectionReader& reader, PropsRecords& records) {
@@ -107,6 +109,7 @@ void readZmfvd(SectionReader& reader, PropsRecords& records) {
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
         row[0] *= reader.units->length;
+        checkComposition(reader, std::span<double>(row).subspan(1));
         records.tables.ZMFVD.insert(records.tables.ZMFVD.end(), row.begin(), row.end());
     }
 }

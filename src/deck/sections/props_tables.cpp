@@ -56,12 +56,13 @@ void requireTables(SectionReader& reader, const PropsRecords& records) {
         std::string_view what;
     };
     const Need needs[] = {
-        {options.hasOil && tables.OilPressure.empty(), "PVDO", "NO PVT TABLE OF OIL: PVDO, PVTO OR PVCDO"},
+        {options.hasOil && options.componentCount == 0 && tables.OilPressure.empty(), "PVDO",
+         "NO PVT TABLE OF OIL: PVDO, PVTO OR PVCDO"},
         {options.hasGas && options.componentCount == 0 && tables.GasPressure.empty(), "PVDG",
          "NO PVT TABLE OF GAS: PVDG"},
         {options.hasOil && options.hasWater && !hasTable(&SaturationTable::SwAxis), "SWOF",
          "NO RELATIVE PERMEABILITIES OF WATER AND OIL: SWOF, OR SWFN WITH SOF2 OR SOF3"},
-        {options.hasOil && options.hasGas && options.componentCount == 0 &&
+        {(options.hasOil || options.componentCount > 0) && options.hasGas &&
              !hasTable(&SaturationTable::SgAxis),
          "SGOF", "NO RELATIVE PERMEABILITIES OF GAS AND OIL: SGOF, OR SGFN WITH SOF2 OR SOF3"},
     };

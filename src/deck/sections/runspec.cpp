@@ -4,6 +4,7 @@
 #include "deck/reading/deck_extent.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "fluid/components/component_set.hpp"
 #include "model/grid_memory.hpp"
 
 #include <algorithm>
@@ -19,7 +20,6 @@ constexpr int NinePointConnections = 26;
 constexpr int DefaultStartYear = 2000;
 constexpr int LastStartYear = 9999;      // a year of more digits is a slip of the pen
 constexpr int LongestMonth = 31;         // days
-constexpr int MaxComponents = 100;       // component arrays grow with the square
 constexpr int UncheckedCells = 100'000;  // their memory is small; too few values are told by the array itself
 constexpr int MaxTableCount = 10000;     // tables of one kind
 constexpr std::string_view TracerText =

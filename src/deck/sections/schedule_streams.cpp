@@ -1,5 +1,7 @@
 #include "deck/sections/schedule_streams.hpp"
 
+#include "base/text.hpp"
+#include "deck/sections/component_rules.hpp"
 #include "deck/sections/well_rows.hpp"
 
 #include <algorithm>
@@ -17,6 +19,18 @@ void injectTracer(const std::string& tracer, double concentration, ScheduleWell&
         return;
     }
     well.injectedTracers.push_back({tracer, concentration});
+}
+
+/// A stream must stand before the wells that it is for.
+void tellStream(const SectionReader& reader, const std::vector<InjectionStream>& streams,
+                const std::string& fluid, const std::string& stream) {
+    if (toUpper(trim(fluid)) != "STREAM") {
+        warnHere(reader, "WARNING :: WINJGAS: FLUID {} IS NOT KNOWN, ONLY STREAM IS", fluid);
+        return;
+    }
+    const bool isKnown = std::any_of(streams.begin(), streams.end(),
+                                     [&stream](const InjectionStream& row) { return row.name == stream; });
+    if (!isKnown) warnHere(reader, "WARNING :: WINJGAS: STREAM {} IS NOT GIVEN BY WELLSTRE BEFORE", stream);
 }
 
 }  // namespace
@@ -41,6 +55,7 @@ void readWellstre(SectionReader& reader, ScheduleRecords& records) {
         for (double& fraction : row.moleFraction) targets.emplace_back(&fraction);
         checkRead(reader, readList(*reader.cursor, targets));
         row.name = wellName(row.name);
+        if (!row.moleFraction.empty()) checkComposition(reader, row.moleFraction);
         const auto known = std::find_if(streams.begin(), streams.end(),
                                         [&row](const InjectionStream& s) { return s.name == row.name; });
         if (known != streams.end())
@@ -55,6 +70,8 @@ void readWinjgas(SectionReader& reader, ScheduleRecords& records) {
     while (nextWellRow(reader, presentStep(records))) {
         std::string name, fluid, stream;
         readRow(reader, std::array<ListTarget, 3>{&name, &fluid, &stream});
+        if (records.options.componentCount > 0)
+            tellStream(reader, records.schedule.streams, fluid, wellName(stream));
         forNamedWells(reader, presentStep(records), name,
                       [&](ScheduleWell& well) { well.injectionStream = wellName(stream); });
     }

@@ -267,27 +267,6 @@ TEST(Props, DropFurtherPvtRegions) {
     EXPECT_EQ(bench.tables.rockCompressibility, 3e-6);
 }
 
-TEST(Props, MirrorTheTriangleOfBinaryCoefficients) {
-    for (const char* text : {"BIC\n0.1 / 0.2 0.3 /\n", "BIC\n0.1 /\n0.2 0.3 /\n", "BIC\n0.1\n0.2\n0.3 /\n"}) {
-        PropsBench bench(text);
-        bench.options.componentCount = 3;
-        bench.read();
-        EXPECT_EQ(bench.tables.BIC, (std::vector<double>{0, 0.1, 0.2, 0.1, 0, 0.3, 0.2, 0.3, 0})) << text;
-    }
-}
-
-TEST(Props, HoldComponentData) {
-    PropsBench bench(
-        "CNAMES\n'C1' C10 /\nTCRIT\n343 1112 /\nZI\n0.6 0.4 /\nZMFVD\n8000 0.7 0.3\n9000 0.5 0.5 /\n");
-    bench.options.componentCount = 2;
-    bench.read();
-    EXPECT_EQ(bench.tables.CNAMES, (std::vector<std::string>{"C1", "C10"}));
-    EXPECT_EQ(bench.tables.TCRIT, (Column{343, 1112}));
-    EXPECT_EQ(bench.tables.ZI, (std::vector<double>{0.6, 0.4}));
-    EXPECT_EQ(bench.tables.ZMFVD, (std::vector<double>{8000, 0.7, 0.3, 9000, 0.5, 0.5}));
-    EXPECT_EQ(bench.timesPrinted("READ -> FIELD Composition"), 1);
-}
-
 TEST(Props, GetDensitiesThatWereNotGiven) {
     PropsBench bench("DENSITY\n0 0 0 /\n");
     bench.read();

@@ -20,6 +20,16 @@ TEST(InjectionStreams, AreKeptByName) {
     EXPECT_EQ(run.schedule.streams[0].moleFraction, (std::vector<double>{0.5, 0.5}));
 }
 
+TEST(InjectionStreams, ThatAreNoCompositionOrNotKnownAreTold) {
+    ScheduleBench run(TwoWells + "WELLSTRE\nSEP 0.6 0.6 /\n/\nWINJGAS\nP2 STREAM LEAN /\nP2 GAS SEP /\n/\n");
+    run.options.componentCount = 2;
+    run.read();
+    EXPECT_EQ(run.schedule.streams[0].moleFraction, (std::vector<double>{0.5, 0.5}));
+    EXPECT_TRUE(run.deck.printed("WARNING :: MOLE FRACTIONS SUM TO 1.2"));
+    EXPECT_TRUE(run.deck.printed("WARNING :: WINJGAS: STREAM LEAN IS NOT GIVEN BY WELLSTRE BEFORE"));
+    EXPECT_TRUE(run.deck.printed("WARNING :: WINJGAS: FLUID GAS IS NOT KNOWN, ONLY STREAM IS"));
+}
+
 TEST(Wtracer, KeepsTheLastConcentrationOfEachTracer) {
     ScheduleBench run(TwoWells + "WTRACER\nP2 TR1 0.7 /\nP2 TR2 0.3 /\nP2 TR1 0.5 /\n/\n");
     run.read();

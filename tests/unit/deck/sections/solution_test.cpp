@@ -133,6 +133,17 @@ TEST(Solution, GivesEveryCellTheOneComposition) {
     EXPECT_EQ(bench.initial.initialZ(3, 2), 0.6);
 }
 
+TEST(Solution, DividesCompositionsByTheirSumAndTellsTheFirstCell) {
+    SolutionBench bench("ZMF\n0.1 0.9 0.4 0.4 0.3 0.7 /\n");
+    bench.options.componentCount = 2;
+    bench.read();
+    EXPECT_EQ(bench.initial.initialZ(2, 1), 0.5);
+    EXPECT_NE(bench.screen().find(
+                  "WARNING :: MOLE FRACTIONS OF 1 CELLS DO NOT SUM TO 1, EACH IS DIVIDED BY ITS SUM; "
+                  "FIRST: CELL 2"),
+              std::string::npos);
+}
+
 TEST(Solution, ConvertsLengthsAndPressuresForTheUnitCopies) {
     SolutionBench bench("EQUIL\n1000 100 2000 10 500 /\nPRESSURE\n3*100 /\n");
     bench.reader.outputMetric = true;
