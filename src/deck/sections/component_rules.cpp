@@ -101,6 +101,34 @@ void checkComposition(const SectionReader& reader, std::span<double> fractions) 
         for (double& fraction : fractions) fraction /= sum;
 }
 
+void checkCellCompositions(const SectionReader& reader, DirectionArray<double>& compositions) {
+    const auto width = static_cast<std::size_t>(compositions.width);
+    const auto cells = static_cast<CellId>(compositions.slots.size() / width - 1);
+    int off = 0;
+    CellId first = 0;
+    for (CellId cell = 1; cell <= cells; ++cell) {
+        const std::span<double> z(compositions.row(cell), width);
+        const bool hasNegative = std::any_of(z.begin(), z.end(), [](double v) { return !(v >= 0.0); });
+        const double sum = std::accumulate(z.begin(), z.end(), 0.0);
+        if (!hasNegative && std::abs(sum - 1.0) <= SumSlack) {
+            for (double& fraction : z) fraction /= sum;
+            continue;
+        }
+        if (off++ == 0) first = cell;
+        if (hasNegative || !(sum > 0.0)) {
+            both(consoleOf(reader), "ERROR :: MOLE FRACTIONS OF CELL {} ARE NO COMPOSITION, THEY SUM TO {}",
+                 cell, number(sum));
+            stopAtPlace(reader);
+        }
+        for (double& fraction : z) fraction /= sum;
+    }
+    if (off > 0)
+        warnHere(reader,
+                 "WARNING :: MOLE FRACTIONS OF {} CELLS DO NOT SUM TO 1, EACH IS DIVIDED BY ITS SUM; FIRST: "
+                 "CELL {}",
+                 off, first);
+}
+
 void checkComponents(SectionReader& reader, const RunOptions& options, FluidTables& tables) {
     if (options.componentCount <= 0) return;
     const Console& console = consoleOf(reader);

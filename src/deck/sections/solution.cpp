@@ -12,7 +12,6 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace kvr {
 
@@ -251,37 +250,6 @@ void readNei(SectionReader& reader, SolutionRecords& records) {
     }
 }
 
-/// Compositions of all cells to sums of 1. Cells are told in one line: those whose fractions are no
-/// composition, or off by more than a few digits allow.
-void normaliseCells(SectionReader& reader, DirectionArray<double>& compositions) {
-    constexpr double Slack = 1e-3;
-    const auto width = static_cast<std::size_t>(compositions.width);
-    const auto cells = static_cast<CellId>(compositions.slots.size() / width - 1);
-    int off = 0;
-    CellId first = 0;
-    for (CellId cell = 1; cell <= cells; ++cell) {
-        const std::span<double> z(compositions.row(cell), width);
-        const bool hasNegative = std::any_of(z.begin(), z.end(), [](double v) { return !(v >= 0.0); });
-        const double sum = std::accumulate(z.begin(), z.end(), 0.0);
-        if (!hasNegative && std::abs(sum - 1.0) <= Slack) {
-            for (double& fraction : z) fraction /= sum;
-            continue;
-        }
-        if (off++ == 0) first = cell;
-        if (hasNegative || !(sum > 0.0)) {
-            both(consoleOf(reader), "ERROR :: MOLE FRACTIONS OF CELL {} ARE NO COMPOSITION, THEY SUM TO {}",
-                 cell, number(sum));
-            stopAtPlace(reader);
-        }
-        for (double& fraction : z) fraction /= sum;
-    }
-    if (off > 0)
-        warnHere(reader,
-                 "WARNING :: MOLE FRACTIONS OF {} CELLS DO NOT SUM TO 1, EACH IS DIVIDED BY ITS SUM; FIRST: "
-                 "CELL {}",
-                 off, first);
-}
-
 void readZmf(SectionReader& reader, SolutionRecords& records) {
     announce(reader, "FIELD Composition, each grid block");
     skipCommentLines(reader);
@@ -290,7 +258,7 @@ void readZmf(SectionReader& reader, SolutionRecords& records) {
     initialZ.assign(records.grid.NCELLS, records.options.componentCount, 0.0);
     const auto cellZero = static_cast<std::size_t>(initialZ.width);  // values of the unused slot
     readArray(reader, std::span<double>(initialZ.slots).subspan(cellZero));
-    normaliseCells(reader, initialZ);
+    checkCellCompositions(reader, initialZ);
 }
 
 void readRestart(SectionReader& reader, SolutionRecords& records) {
