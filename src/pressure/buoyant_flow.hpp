@@ -3,6 +3,7 @@
 #include "base/cell_array.hpp"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace kvr {
 
@@ -11,7 +12,14 @@ struct Buoyancy {
     bool acts = false;
     double flowUnit = 1.0;   // of transmissibilities, see UnitSystem
     CellArray<double> pcow;  // psi, of the cells when the transport starts; empty without capillarity
+    // Cells that hold free gas when it starts: no face of theirs is one of water and oil alone. Empty: none.
+    CellArray<std::uint8_t> gasCells;
 };
+
+/// Whether gas may pass a face beside water and oil.
+inline bool meetsFreeGas(const CellArray<std::uint8_t>& gasCells, CellId a, CellId b) {
+    return !gasCells.empty() && (gasCells[a] != 0 || gasCells[b] != 0);
+}
 
 /// What drives water against oil in a flow by gravity, psi, as far as capillarity does not hold it up.
 inline double lastingDrive(double gravity, double capillary) {
@@ -41,6 +49,8 @@ struct BuoyantFlow {
     // Water in the place of oil, volume per volume, means over the step: in what flows as the cell's own
     // mobilities make it, in that over the times when the known make-up was not followed, in what follows it.
     double own = 0.0, apart = 0.0, known = 0.0;
+    // Rs times these: what that oil would have taken along, volumes of oil times surface gas per oil.
+    double ownGas = 0.0, apartGas = 0.0, knownGas = 0.0;
 };
 
 }  // namespace kvr

@@ -144,14 +144,14 @@ void keepWaterMoved(const Simulation& s, const TransportAccount& account, Direct
 
 bool gravityInTransport(const Simulation& s) {
     const RunOptions& options = s.options;
-    return carriesAmounts(options) && options.lineGravity && !s.fluids.hasGas &&
-           !options.orthogonalProjection;
+    return carriesAmounts(options) && options.lineGravity && !options.orthogonalProjection;
 }
 
 Buoyancy buoyancyOf(const Simulation& s) {
     Buoyancy buoyancy;
     buoyancy.acts = gravityInTransport(s);
     buoyancy.flowUnit = s.units.FlowUnit;
+    buoyancy.gasCells = s.pressure.gasCells;
     if (!buoyancy.acts || !s.options.lineCapillary || !(s.fluids.PcowSpan > CapillarySpanLimit))
         return buoyancy;
     buoyancy.pcow.assign(s.grid.NCELLS, 0.0);
@@ -161,6 +161,20 @@ Buoyancy buoyancyOf(const Simulation& s) {
                 s.grid.JFactor[cell] * PcowFn(s.fluids, s.state.Sw[cell], s.grid.SATNUM[cell]);
     return buoyancy;
 }
+
+namespace {
+
+/// Cells whose faces the exchange of phases serves by its own rules, in the transport and behind it.
+void markGasCells(Simulation& s) {
+    CellArray<std::uint8_t>& marks = s.pressure.gasCells;
+    marks = {};
+    if (!s.fluids.hasGas || !gravityInTransport(s)) return;
+    marks.assign(s.grid.NCELLS, 0);
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
+        marks[cell] = s.state.Sg[cell] > SmallestFreeGas ? 1 : 0;
+}
+
+}  // namespace
 
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
                           const CellAmounts& amounts, const CellState& state, CellId cell) {
@@ -180,6 +194,7 @@ PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, cons
 
 void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     const double dt = s.clock.workDt;
+    markGasCells(s);
     CellAmounts amounts;
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
     const bool carries = tracers && s.state.tracer.width > 0;
@@ -188,7 +203,7 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
                    s.velocity.CellFaceFlux, s.wells, makeUp, buoyancyOf(s), s.state, amounts, account);
     s.pressure.deficit += account.deficit;
-    if (!s.fluids.hasGas) keepWaterMoved(s, account, s.pressure.waterMoved);
+    keepWaterMoved(s, account, s.pressure.waterMoved);
     if (carries)
         moveTracers(waterMovement(dt, s, account), s.wells, s.fluids.tracerNames, waterBefore,
                     s.state.tracer);

@@ -12,8 +12,8 @@ namespace kvr {
 /// date. `tracers`: they move with the water; lines bring their own.
 void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& simulation);
 
-/// Whether the transport takes gravity along: where water and oil go by amounts, without gas and without
-/// lines that take it along themselves.
+/// Whether the transport takes gravity along: where water and oil go by amounts, without lines that take it
+/// along themselves. Faces of cells with free gas are left to the exchange of phases behind it.
 bool gravityInTransport(const Simulation& simulation);
 
 /// Gravity for advanceInOrder, at the saturations of the state.

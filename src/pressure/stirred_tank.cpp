@@ -121,10 +121,11 @@ double givenShare(double missing, double asked) {
     return missing > 0.0 && asked > 0.0 ? std::max(0.0, 1.0 - missing / asked) : 1.0;
 }
 
-/// Water of volume `water` in the place of oil.
-void exchange(const TankFluid& fluid, double water, ConservedAmounts& out) {
+/// Water of volume `water` in the place of oil, and `gas`, Rs times that volume, of what the oil held.
+void exchange(const TankFluid& fluid, double water, double gas, ConservedAmounts& out) {
     out.water += water / fluid.factors.Bw;
     out.oil -= water / fluid.factors.Bo;
+    out.gas -= gas / fluid.factors.Bo;
 }
 
 /// Shares of the outflow that were there, and the reservoir volume of what was not.
@@ -138,6 +139,7 @@ void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const Con
     add(dt * out.followed, request, asked);
     for (const BuoyantFlow& face : buoyant)
         exchange(fluid, dt * face.flow * ((1.0 - face.followed) * face.own + face.followed * face.apart),
+                 dt * face.flow * ((1.0 - face.followed) * face.ownGas + face.followed * face.apartGas),
                  asked);
     out.given = {givenShare(missing.water, asked.water), givenShare(missing.oil, asked.oil),
                  givenShare(missing.gas, asked.gas)};
@@ -159,19 +161,20 @@ PairMobility pairMobility(const FluidTables& tables, const TankFluid& fluid, dou
 /// What gravity makes of the flows with a known make-up, at the mobilities of the middle of the step; returns
 /// the water in them that takes the place of oil, volume a day.
 double moveKnown(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
-                 const TankFlows& flows, double dt, const ConservedAmounts& start,
+                 const TankFlows& flows, double dt, double Rs, const ConservedAmounts& start,
                  std::span<BuoyantFlow> buoyant) {
     const bool any = std::any_of(buoyant.begin(), buoyant.end(),
                                  [](const BuoyantFlow& face) { return face.followed > 0.0; });
     if (!any) return 0.0;
     ConservedAmounts end = moved(start, dt, flows.inflow, 1.0, flows.request);
-    end = {std::max(0.0, end.water), std::max(0.0, end.oil), 0.0};
+    end = {std::max(0.0, end.water), std::max(0.0, end.oil), std::max(0.0, end.gas)};
     const double Sw = 0.5 * (stateOf(tables, table, fluid, start).Sw + stateOf(tables, table, fluid, end).Sw);
     const PairMobility lambda = pairMobility(tables, fluid, Sw);
     double water = 0.0;
     for (BuoyantFlow& face : buoyant) {
         face.known = face.pull < 0.0 ? -std::min(1.0, -face.pull * lambda.oil) * face.knownWater
                                      : std::min(1.0, face.pull * lambda.water) * face.knownOil;
+        face.knownGas = Rs * face.known;
         water += face.flow * face.followed * face.known;
     }
     return water;
@@ -180,30 +183,48 @@ double moveKnown(const FluidTables& tables, const SaturationTable& table, const 
 /// What gravity makes of the flows of a tank's own mobilities over a substep.
 struct OwnExchange {
     PairMobility lambda;
+    double Rs = 0.0;  // of the oil
     ConservedAmounts rest,
         asked;  // surface amounts a day in the place of others, in flows.rest and flows.asked
 };
 
-OwnExchange moveOwn(const FluidTables& tables, const TankFluid& fluid, double Sw,
+OwnExchange moveOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
                     std::span<const BuoyantFlow> buoyant) {
     OwnExchange moved;
     if (buoyant.empty()) return moved;
-    moved.lambda = pairMobility(tables, fluid, Sw);
+    moved.lambda = pairMobility(tables, fluid, state.Sw);
+    moved.Rs = tables.hasGas ? state.Rs : 0.0;
     for (const BuoyantFlow& face : buoyant) {
         const double water = face.flow * buoyantShare(face.pull, moved.lambda.water, moved.lambda.oil);
-        exchange(fluid, (1.0 - face.followed) * water, moved.rest);
-        exchange(fluid, face.followed * water, moved.asked);
+        const double own = (1.0 - face.followed) * water, apart = face.followed * water;
+        exchange(fluid, own, moved.Rs * own, moved.rest);
+        exchange(fluid, apart, moved.Rs * apart, moved.asked);
     }
     return moved;
 }
 
 /// Counts a substep, a share of the step, in the means of the faces.
-void addMeans(double share, bool follow, const PairMobility& lambda, std::span<BuoyantFlow> buoyant) {
+void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant) {
     for (BuoyantFlow& face : buoyant) {
-        const double water = share * buoyantShare(face.pull, lambda.water, lambda.oil);
+        const double water = share * buoyantShare(face.pull, turned.lambda.water, turned.lambda.oil);
         face.own += water;
-        if (!follow) face.apart += water;
+        face.ownGas += turned.Rs * water;
+        if (follow) continue;
+        face.apart += water;
+        face.apartGas += turned.Rs * water;
     }
+}
+
+/// Whether gravity can make something of the flows of a tank within the step: it does at its start, or water
+/// runs in. Next to no water, as rounding or a swelling of what is immobile leaves it, is none.
+bool gravityTurns(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows,
+                  double inflowVolume, const PhaseState& start, std::span<const BuoyantFlow> buoyant) {
+    constexpr double NextToNothing = 1e-4;  // of a flow
+    if (fluid.factors.Bw * flows.inflow.water > NextToNothing * inflowVolume) return true;
+    const PairMobility lambda = pairMobility(tables, fluid, start.Sw);
+    return std::any_of(buoyant.begin(), buoyant.end(), [&](const BuoyantFlow& face) {
+        return std::abs(buoyantShare(face.pull, lambda.water, lambda.oil)) > NextToNothing;
+    });
 }
 
 bool isStill(const PhaseState& before, const PhaseState& now) {
@@ -227,17 +248,24 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
     TankOutflow out;
     const SaturationTable& table = regionTable(tables, fluid.region);
     const ConservedAmounts floor = floorOf(tables, table, fluid, start);
+    const double inVolume = volumeOf(fluid, flows.inflow);
     ConservedAmounts request = flows.request;
-    exchange(fluid, moveKnown(tables, table, fluid, flows, dt, start, buoyant), request);
+    PhaseState state;
+    if (!buoyant.empty()) {
+        state = stateOf(tables, table, fluid, start);
+        if (!gravityTurns(tables, fluid, flows, inVolume, state, buoyant)) buoyant = {};
+        const double Rs = tables.hasGas ? state.Rs : 0.0;
+        const double turnedKnown = moveKnown(tables, table, fluid, flows, dt, Rs, start, buoyant);
+        exchange(fluid, turnedKnown, Rs * turnedKnown, request);
+    }
     if (flows.rest <= 0.0) {
         if (flows.asked <= 0.0) return out;
         if (staysAbove(moved(start, dt, flows.inflow, 1.0, request), floor)) return out;
     }
-    const double inVolume = volumeOf(fluid, flows.inflow);
     const double h = substepOf(fluid, flows, inVolume, dt, buoyant.empty() ? slope : BuoyantSlope * slope);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;
-    PhaseState state = stateOf(tables, table, fluid, held);
+    state = stateOf(tables, table, fluid, held);
     int count = 0;
     for (double left = dt; left > 0.0;) {
         double length = std::min(h, left);
@@ -245,7 +273,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         if (steady) length = left;
         const ConservedAmounts own =
             steady ? perVolume(flows.inflow, inVolume) : flowing(tables, fluid, state);
-        const OwnExchange turned = steady ? OwnExchange{} : moveOwn(tables, fluid, state.Sw, buoyant);
+        const OwnExchange turned = steady ? OwnExchange{} : moveOwn(tables, fluid, state, buoyant);
         const auto after = [&](double time, bool follow) {
             const ConservedAmounts net = moved(held, time, flows.inflow, flows.rest, own);
             const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);
@@ -264,7 +292,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
             next = after(left, follow);
         }
         add(length / dt, own, out.own);
-        addMeans(length / dt, follow, turned.lambda, buoyant);
+        addMeans(length / dt, follow, turned, buoyant);
         if (follow)
             out.followed += length / dt;
         else

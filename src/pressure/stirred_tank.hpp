@@ -65,7 +65,7 @@ ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, co
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
 /// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose
 /// composition stands still takes the rest of the step at once. `buoyant`: those of the flows on which
-/// gravity acts, two phases; what it makes of them is written there.
+/// gravity acts, of water and oil alone; what it makes of them is written there.
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
                       double slope, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant = {});
 

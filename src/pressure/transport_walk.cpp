@@ -110,7 +110,7 @@ double buoyantPull(CellId cell, int face, const Walk& walk) {
     if (!walk.buoyancy.acts) return 0.0;
     const CellId other = walk.connections.Neighbour(cell, face);
     const double head = walk.connections.DepthDiff(cell, face) / SquareInchesPerSquareFoot;
-    if (head == 0.0) return 0.0;
+    if (head == 0.0 || meetsFreeGas(walk.buoyancy.gasCells, cell, other)) return 0.0;
     const CellState& state = walk.state;
     const double heavier =
         0.5 * ((state.RhoW[cell] + state.RhoW[other]) - (state.RhoO[cell] + state.RhoO[other]));
@@ -163,22 +163,27 @@ TankFlows flowsOf(CellId cell, Walk& walk) {
     return flows;
 }
 
-/// Water that gravity has put in the place of oil in a flow, volume a day.
-double turnedByGravity(const BuoyantFlow& face, double timesFollowed) {
-    return face.flow *
-           ((1.0 - face.followed) * face.own + face.followed * (face.apart + timesFollowed * face.known));
+/// Water that gravity has put in the place of oil in a flow, and Rs times it, volumes a day.
+struct Turned {
+    double water = 0.0, gas = 0.0;
+};
+Turned turnedByGravity(const BuoyantFlow& face, double timesFollowed) {
+    const double own = face.flow * (1.0 - face.followed), apart = face.flow * face.followed;
+    return {own * face.own + apart * (face.apart + timesFollowed * face.known),
+            own * face.ownGas + apart * (face.apartGas + timesFollowed * face.knownGas)};
 }
 
 ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const TankOutflow& outflow,
                        std::size_t& buoyant, Walk& walk) {
     ConservedAmounts sum;
-    const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked, double turned) {
+    const auto passedBy = [&](double flow, bool known, const ConservedAmounts& asked, const Turned& turned) {
         const double followed = known ? trust * flow : 0.0;
         ConservedAmounts passed = (flow - followed) * outflow.own;
         add(followed, outflow.apart, passed);
         add(followed * outflow.followed, asked, passed);
-        passed.water += turned / fluid.factors.Bw;
-        passed.oil -= turned / fluid.factors.Bo;
+        passed.water += turned.water / fluid.factors.Bw;
+        passed.oil -= turned.water / fluid.factors.Bo;
+        passed.gas -= turned.gas / fluid.factors.Bo;
         passed = {passed.water * outflow.given.water, passed.oil * outflow.given.oil,
                   passed.gas * outflow.given.gas};
         add(1.0, passed, sum);
@@ -191,7 +196,7 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
         const FacePlace place = placeOf(walk.connections, cell, face);
         const bool known = faceIsKnown(walk.makeUp, place);
         const bool pulled = buoyantPull(cell, face, walk) != 0.0;
-        const double turned = pulled ? turnedByGravity(walk.buoyant[buoyant++], outflow.followed) : 0.0;
+        const Turned turned = pulled ? turnedByGravity(walk.buoyant[buoyant++], outflow.followed) : Turned{};
         walk.passed(place.cell, place.axis) = passedBy(
             out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{}, turned);
     }
@@ -207,7 +212,7 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
         const bool known = connectionIsKnown(walk.makeUp, outlet);
         const ConservedAmounts& asked =
             known ? walk.makeUp.connection[outlet.well][outlet.connection] : ConservedAmounts{};
-        rate = -1.0 * passedBy(-connection.reservoirRate, known, asked, 0.0);
+        rate = -1.0 * passedBy(-connection.reservoirRate, known, asked, {});
     }
     return sum;
 }

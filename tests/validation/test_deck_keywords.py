@@ -179,6 +179,8 @@ CASES = {
                                          schedule=THREE_LAYERS + 2 * STEPS), KeywordDeck(schedule=THREE_LAYERS + 2 * STEPS)),
     "DRSDT": Case(live_oil_deck(schedule="DRSDT\n0 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
     "DRSDT above 0": Case(live_oil_deck(schedule="DRSDT\n0.0003 /\n" + GAS_WELLS + STEPS), live_oil_deck(), ("FGPT", "WBHP:INJ")),
+    "NTG": Case(with_grid("NTG\n200*0.4 /\n"), with_grid("PORO\n200*0.08 /\n"), ("FOPT", "WBHP:INJ")),
+    "COMPDAT Kh": Case(flood(WELLS.replace("2* 0.5 /", "2* 0.5 8000 /") + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
     "WEFAC": Case(KeywordDeck(schedule=WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS, summary="WOPR\n/\nWWIR\n/\n"),
                   KeywordDeck(summary="WOPR\n/\nWWIR\n/\n"), ("FOPT", "FOPR", "WOPR:PROD", "WWIR:INJ", "WBHP:INJ")),
 }

@@ -76,7 +76,8 @@ struct PressureStage {
         mobilityRatio;      // total mobility of the last solve over that of its time level, empty: 1
     bool forecasts = true;  // pressures are solved with mobilities forecast for the mean of the step
     DirectionArray<double> waterMoved;  // volume a day by low cell and axis 1..3, toward the high side, of
-                                        // the last transport without gas; until gravity and capillarity act
+                                        // the last transport; until gravity and capillarity act
+    CellArray<std::uint8_t> gasCells;   // with free gas when it began; empty in runs without a gas phase
     CellAmounts exchanged;  // a day, what gravity and capillarity brought into cells in the step before
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
     bool failed = false;           // set by PressureStep under step control: no pressure was found

@@ -16,13 +16,14 @@ constexpr double RadiusWithoutFlow = 1.0;    // ft
 }  // namespace
 
 CompletionGeometry completionGeometry(const GridModel& grid, CellId cell, char direction) {
+    const double net = grid.DZ[cell] * (grid.NTG.empty() ? 1.0 : grid.NTG[cell]);
     switch (direction) {
         case 'X':
-            return {grid.PERMY[cell], grid.PERMZ[cell], grid.DY[cell], grid.DZ[cell], grid.DX[cell]};
+            return {grid.PERMY[cell], grid.PERMZ[cell], grid.DY[cell], net, grid.DX[cell]};
         case 'Y':
-            return {grid.PERMX[cell], grid.PERMZ[cell], grid.DX[cell], grid.DZ[cell], grid.DY[cell]};
+            return {grid.PERMX[cell], grid.PERMZ[cell], grid.DX[cell], net, grid.DY[cell]};
         default:
-            return {grid.PERMX[cell], grid.PERMY[cell], grid.DX[cell], grid.DY[cell], grid.DZ[cell]};
+            return {grid.PERMX[cell], grid.PERMY[cell], grid.DX[cell], grid.DY[cell], net};
     }
 }
 
@@ -39,12 +40,12 @@ double equivalentPermeability(const CompletionGeometry& cell) {
     return std::sqrt(cell.kx * cell.ky);
 }
 
-double wellIndex(const CompletionGeometry& cell, double radius, double skin) {
-    const double permeability = equivalentPermeability(cell);
-    if (permeability <= 0.0 || radius <= 0.0) return 0.0;
+double wellIndex(const CompletionGeometry& cell, double radius, double skin, double givenKh) {
+    const double Kh = givenKh > 0.0 ? givenKh : equivalentPermeability(cell) * cell.h;
+    if (Kh <= 0.0 || radius <= 0.0) return 0.0;
     const double resistance = std::log(equivalentRadius(cell) / radius) + skin;
     if (resistance <= 0.0) return 0.0;
-    return WellIndexConstant * permeability * cell.h / resistance;
+    return WellIndexConstant * Kh / resistance;
 }
 
 void ConnectionIndex(const GridModel& grid, WellConnection& connection) {
@@ -53,7 +54,7 @@ void ConnectionIndex(const GridModel& grid, WellConnection& connection) {
     connection.effectivePermeability = equivalentPermeability(cell);
     connection.ConnWI = connection.ConnFactor >= 0.0
                             ? connection.ConnFactor
-                            : wellIndex(cell, connection.WellRadius, connection.Skin);
+                            : wellIndex(cell, connection.WellRadius, connection.Skin, connection.givenKh);
     if (grid.Active[connection.ConnCell] == 0) connection.ConnWI = 0.0;
 }
 

@@ -16,6 +16,7 @@ struct WellConnection {
     double WellRadius = 0.0;   // ft
     double Skin = 0.0;
     double ConnFactor = -1.0;                         // rb cp/(day psi); negative: computed
+    double givenKh = -1.0;                            // md ft, of COMPDAT; not above 0: of the cell
     double ConnWI = 0.0;                              // rb cp/(day psi)
     double ConnHead = 0.0;                            // psi over Bhp
     double effectiveRadius = 1.0;                     // ft, report only

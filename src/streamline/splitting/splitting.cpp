@@ -318,6 +318,7 @@ void OSPLIT_GRVANDPC_GENERAL2(Simulation& simulation) {
     runStage((stage.continues ? HalfStep : 1.0) * simulation.clock.workDt, simulation, stage);
     finishStage(stage, simulation);
     simulation.pressure.waterMoved = DirectionArray<double>();
+    simulation.pressure.gasCells = CellArray<std::uint8_t>();
     std::fill(simulation.mapping.CellVisited.slots.begin(), simulation.mapping.CellVisited.slots.end(),
               std::uint8_t{0});
     both(console, "time elapsed Capillary&Gravity : {}", number(wallSeconds() - wallStart));

@@ -140,6 +140,7 @@ inline void addThroughFlowExchange(const SplittingCell& i, const SplittingCell& 
 struct ThroughFlow {
     double total = 0.0, water = 0.0, daysMoved = 1.0;
     bool buoyant = false;  // the transport has taken gravity along
+    bool freeGas = false;  // gas was there when the transport began
 };
 
 /// What gravity and capillarity change in the flow of a phase: what they keep of what transport took along,
@@ -160,7 +161,7 @@ inline HeldBack heldBack(double moved, double flowing, double brought) {
 /// may have made the flow up otherwise. It is all taken back behind the transport, while what goes against
 /// the flow goes ahead and behind. What is only taken back has been brought before, and limits no substep:
 /// contents bound it.
-inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j, double trans,
+inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j, double trans, bool hasGas,
                                   const ThroughFlow& through, const PairPhase& water, const PairPhase& oil,
                                   ExchangeRates& out) {
     const bool outward = through.total > 0.0;
@@ -181,10 +182,26 @@ inline void addThroughFlowOfWater(const SplittingCell& i, const SplittingCell& j
     // Water out of i in place of oil.
     const double kept = sign * through.daysMoved * (oilHeld.kept - waterHeld.kept);
     const double q = kept + sign * (oilHeld.turned - waterHeld.turned);
+    const SplittingCell& oilFrom = q > 0.0 ? j : i;
+    const double oilRate = -q * oilFrom.inverseBo;
     out.amount.water += q * (q > 0.0 ? i : j).inverseBw;
-    out.amount.oil -= q * (q > 0.0 ? j : i).inverseBo;
+    out.amount.oil += oilRate;
+    if (hasGas) out.amount.gas += oilFrom.Rs * oilRate;
     out.volumeW += q - kept;
     out.volumeO -= q - kept;
+}
+
+/// Adds what water and oil exchange at no total flow; oil takes its solution gas along.
+inline void addPairExchange(const SplittingCell& i, const SplittingCell& j, double trans, bool hasGas,
+                            const PairPhase& water, const PairPhase& oil, ExchangeRates& out) {
+    const PairFlux wo = counterCurrentFlux(trans, water, oil, j.pcow - i.pcow);
+    const SplittingCell& oilUp = wo.bFromI ? i : j;
+    const double oilRate = -wo.q * oilUp.inverseBo;
+    out.amount.water += wo.q * (wo.aFromI ? i : j).inverseBw;
+    out.amount.oil += oilRate;
+    if (hasGas) out.amount.gas += oilUp.Rs * oilRate;
+    out.volumeW += wo.q;
+    out.volumeO -= wo.q;
 }
 
 /// Adds what leaves cell i over one face to `out`. Water and oil, and with a gas phase gas and oil, exchange
@@ -194,26 +211,18 @@ inline void addFaceExchange(const SplittingCell& i, const SplittingCell& j, doub
                             bool hasGas, const ThroughFlow& through, ExchangeRates& out) {
     const PairPhase oil{i.lambdaO, j.lambdaO, 0.5 * (i.rhoO + j.rhoO) * head};
     const PairPhase water{i.lambdaW, j.lambdaW, 0.5 * (i.rhoW + j.rhoW) * head};
-    if (!hasGas && through.total != 0.0) return addThroughFlowOfWater(i, j, trans, through, water, oil, out);
-    const PairFlux wo = counterCurrentFlux(trans, water, oil, j.pcow - i.pcow);
-    const SplittingCell& oilUp = wo.bFromI ? i : j;
-    const double oilRate = -wo.q * oilUp.inverseBo;
-    out.amount.water += wo.q * (wo.aFromI ? i : j).inverseBw;
-    out.amount.oil += oilRate;
-    out.volumeW += wo.q;
-    out.volumeO -= wo.q;
+    if (!through.freeGas && through.total != 0.0)
+        addThroughFlowOfWater(i, j, trans, hasGas, through, water, oil, out);
+    else
+        addPairExchange(i, j, trans, hasGas, water, oil, out);
     if (!hasGas) return;
     const PairPhase gas{i.lambdaG, j.lambdaG, 0.5 * (i.rhoG + j.rhoG) * head};
-    if (through.total != 0.0) {
-        out.amount.gas += oilUp.Rs * oilRate;
-        addThroughFlowExchange(i, j, trans, through.total, gas, oil, out);
-        return;
-    }
+    if (through.total != 0.0) return addThroughFlowExchange(i, j, trans, through.total, gas, oil, out);
     const PairFlux go = counterCurrentFlux(trans, gas, oil, i.pcog - j.pcog);
-    const SplittingCell& oilBackUp = go.bFromI ? i : j;
-    const double oilBackRate = -go.q * oilBackUp.inverseBo;
-    out.amount.oil += oilBackRate;
-    out.amount.gas += go.q * (go.aFromI ? i : j).inverseBg + oilUp.Rs * oilRate + oilBackUp.Rs * oilBackRate;
+    const SplittingCell& oilUp = go.bFromI ? i : j;
+    const double oilRate = -go.q * oilUp.inverseBo;
+    out.amount.oil += oilRate;
+    out.amount.gas += go.q * (go.aFromI ? i : j).inverseBg + oilUp.Rs * oilRate;
     out.volumeG += go.q;
     out.volumeO -= go.q;
 }

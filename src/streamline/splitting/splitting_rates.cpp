@@ -107,6 +107,7 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
     CellWork& work = stage.own[cell];
     if (!work.working) return 0.0;
     const bool hasGas = simulation.fluids.hasGas;
+    const CellArray<std::uint8_t>& gasCells = simulation.pressure.gasCells;
     const bool project = stage.projection && simulation.mapping.CellVisited[cell] != 0;
     const CellId* neighbour = simulation.connections.Neighbour.row(cell);
     if (!sawMotion(stage, cell, neighbour)) return work.largestRate;
@@ -120,8 +121,8 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
         if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
-        const ThroughFlow through =
-            stage.throughFlow ? outflow(simulation, stage, cell, face) : ThroughFlow{};
+        ThroughFlow through = stage.throughFlow ? outflow(simulation, stage, cell, face) : ThroughFlow{};
+        through.freeGas = hasGas && (gasCells.empty() || meetsFreeGas(gasCells, cell, j));
         ExchangeRates passing;
         addFaceExchange(stage.shared[cell], stage.shared[j], t, depth[face - 1] / SquareInchesPerSquareFoot,
                         hasGas, through, passing);

@@ -109,7 +109,7 @@ void tellOfNoLines(const Console& console, const Well& well, CellId cell) {
         " WARNING :: Zero SL Launched from Well : {:<8.8} Perfolation grid : {}";
     const std::string text = fmt::format(Format, well.WellName, cell);
     lineToLog(console, text);
-    noteWarning(console, Format, text);
+    if (!well.shut) noteWarning(console, Format, text);
 }
 
 long long countLaunchingSide(const Console& console, const WellRecord& wells,

@@ -432,6 +432,14 @@ TEST(AdvanceInOrder, ChangesAKnownMakeUpByGravity) {
     EXPECT_NEAR(run.account.passed(1, 1).oil, 7.0 + 3.0 * 0.3819444, 1e-5);
 }
 
+TEST(AdvanceInOrder, LeavesFacesOfCellsWithFreeGasToTheExchange) {
+    TransportRun run = slopingRow(-20.0, 5.0);
+    run.buoyancy.gasCells.assign(2, 0);
+    run.buoyancy.gasCells[2] = 1;
+    run.advance(1e-7, 1.0);
+    EXPECT_NEAR(run.account.passed(1, 1).water, 5.0, 1e-5);
+}
+
 TEST(AdvanceInOrder, KeepsEveryComponentWithGravityOnTheWay) {
     for (const double depth : {-20.0, 20.0})
         for (const double trans : {5.0, 50.0}) {

@@ -51,7 +51,8 @@ TEST(WellIndex, IsZeroWhereTheBoreIsWiderThanTheBlock) {
     EXPECT_GT(wellIndex(cell, 1.0, 5.0), 0.0) << "skin gives the resistance back";
 }
 
-TEST(CompletionGeometry, TurnsTheBlockAlongTheBore) {
+/// Permeabilities 1, 2, 3 md, 10 by 20 by 30 ft.
+GridModel unevenCell() {
     GridModel grid = sample::column(1);
     grid.PERMX[1] = 1.0;
     grid.PERMY[1] = 2.0;
@@ -59,6 +60,11 @@ TEST(CompletionGeometry, TurnsTheBlockAlongTheBore) {
     grid.DX[1] = 10.0;
     grid.DY[1] = 20.0;
     grid.DZ[1] = 30.0;
+    return grid;
+}
+
+TEST(CompletionGeometry, TurnsTheBlockAlongTheBore) {
+    const GridModel grid = unevenCell();
     const CompletionGeometry x = completionGeometry(grid, 1, 'X');
     EXPECT_EQ(x.kx, 2.0);
     EXPECT_EQ(x.ky, 3.0);
@@ -70,6 +76,21 @@ TEST(CompletionGeometry, TurnsTheBlockAlongTheBore) {
     EXPECT_EQ(y.ky, 3.0);
     EXPECT_EQ(y.h, 20.0);
     EXPECT_EQ(completionGeometry(grid, 1, 'Z').h, 30.0);
+}
+
+TEST(CompletionGeometry, CountsNetThickness) {
+    GridModel grid = unevenCell();
+    grid.NTG.assign(1, 0.4);
+    EXPECT_DOUBLE_EQ(completionGeometry(grid, 1, 'Z').h, 12.0) << "along a vertical bore";
+    EXPECT_DOUBLE_EQ(completionGeometry(grid, 1, 'X').Dy, 12.0) << "across a level one";
+    EXPECT_DOUBLE_EQ(completionGeometry(grid, 1, 'X').h, 10.0);
+}
+
+TEST(WellIndex, TakesAGivenPermeabilityThicknessInPlaceOfTheCells) {
+    const CompletionGeometry cell = completionGeometry(unevenCell(), 1, 'Z');
+    const double own = equivalentPermeability(cell) * cell.h;
+    EXPECT_NEAR(wellIndex(cell, 0.25, 0.0, 3.0 * own), 3.0 * wellIndex(cell, 0.25, 0.0), 1e-9);
+    EXPECT_EQ(wellIndex(cell, 0.25, 0.0, 0.0), wellIndex(cell, 0.25, 0.0)) << "0 is not given";
 }
 
 TEST(ConnectionIndex, TakesAGivenFactorAsItStands) {

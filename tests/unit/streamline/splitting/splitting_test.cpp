@@ -60,6 +60,22 @@ TEST(FaceExchange, TakesEachPhaseFromTheCellThatItLeaves) {
     EXPECT_NEAR(exchange(below, above, -20.0).volumeW, -0.20666667, 0.5e-8);
 }
 
+TEST(FaceExchange, TakesSolutionGasAlongWithOilThatGravityTurnsAgainstAFlow) {
+    // Water goes down with a flow of 0.1 that has taken 0.2 / 0.5 of water; oil rises against it:
+    // d = 12.4 * 20 / 144 = 1.7222222, water 0.2 / 0.5 (0.1 + 0.3 d) = 0.24666667, oil -0.14666667.
+    SplittingCell above = waterOilCell(0.0), below = waterOilCell(0.0);
+    above.Rs = below.Rs = 0.5;
+    ThroughFlow through;
+    through.total = 0.1;
+    through.water = 0.04;
+    const ExchangeRates dry = exchange(above, below, 20.0, false, through);
+    const ExchangeRates live = exchange(above, below, 20.0, true, through);
+    EXPECT_NEAR(0.04 + live.amount.water, 0.24666667, 1e-8);
+    EXPECT_NEAR(live.amount.oil, dry.amount.oil, 1e-15);
+    EXPECT_NEAR(live.amount.gas, 0.5 * live.amount.oil, 1e-15);
+    EXPECT_EQ(dry.amount.gas, 0.0);
+}
+
 TEST(FaceExchange, SendsGasUpAgainstOilWithItsSolutionGas) {
     // Gas 10 lb/ft3 in a cell 20 ft below: G = (10 - 50)(-20)/144 = 5.5555556; mobilities 2 and 0.5 in
     // harmony 0.4; Bg 0.01, oil from above with Bo 1.25 and Rs 150.
