@@ -33,7 +33,7 @@ constexpr int MostForcedCuts = 10;    // of a step that neither way is good for
 constexpr double ForcedCut = 0.1;
 constexpr int EnoughAccepted = 2;          // attempts in a row that make good for the failed ones before
 constexpr int MostImplicitAhead = 64;      // steps in a row without an attempt
-constexpr double ImplicitGrowth = 2.0;     // of the length of a fully implicit step that needed no cut
+constexpr int MostLagCuts = 3;             // of a fully implicit step over which mobilities change too much
 constexpr double CrawlShare = 0.01;        // of the length that the tables ask for
 constexpr double CrawlShareWithGas = 0.1;  // the same where phases come and go
 constexpr int LargestPower = 10;
@@ -181,25 +181,46 @@ void showLines(Simulation& s) {
     drawLines(s, s.clock.endTime - end, tableTime(s.schedule.reportEnd, s.clock.reportIndex) - end);
 }
 
+/// Another attempt at the step, of `dt` days: its banner tells where it will end.
+void announceAnew(double dt, Simulation& s) {
+    s.clock.dt = dt;
+    printStepBanner(s.console, s.schedule, s.clock);
+}
+
+/// The fully implicit method from the step's level, in a length over which mobilities do not change too much
+/// for one step; false where it fails. `lag`: how much they changed at the last.
+bool solveImplicitly(double& lag, Simulation& s) {
+    const StageTimer timer(s.times.pressure);
+    for (int cuts = 0;; ++cuts) {
+        for (Well& well : s.wells.wells) well.targetFactor = 1.0;
+        if (!tryFullyImplicitStep(s, MostImplicitCuts)) return false;
+        s.pressure.mobilityRatio = {};
+        lag = measureStep(s).mobilityLag;
+        const double length = implicitLength(lag, s.clock.dt);
+        if (length >= s.clock.dt || cuts >= MostLagCuts || length < s.options.stepSmallest) return true;
+        log(s.console, "STEP CONTROL :: {} days, change of mobility {} --> {} days, fully implicitly",
+            number(s.clock.dt), number(lag), number(length));
+        returnToStepLevel(s.stepLevel, s);
+        s.control.rejected += 1;
+        announceAnew(length, s);
+    }
+}
+
 /// The step from its level by the fully implicit method; false, and back at the level, where that fails too.
 /// `before`: days that it was allowed, 0 behind attempts that were not good.
 bool takeImplicitly(double before, Simulation& s) {
-    for (Well& well : s.wells.wells) well.targetFactor = 1.0;
-    {
-        const StageTimer timer(s.times.pressure);
-        if (!tryFullyImplicitStep(s, MostImplicitCuts)) {
-            returnToStepLevel(s.stepLevel, s);
-            return false;
-        }
+    double lag = 0.0;
+    if (!solveImplicitly(lag, s)) {
+        returnToStepLevel(s.stepLevel, s);
+        return false;
     }
     moveTracersImplicitly(s);
     s.pressure.fieldStands = true;
-    s.pressure.mobilityRatio = {};
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;
     showLines(s);
     s.control.implicitSteps += 1;
-    const double found = (s.pressure.stepCut ? 1.0 : ImplicitGrowth) * s.clock.dt;
+    const double found = (s.pressure.stepCut ? 1.0 : implicitGrowth(lag)) * s.clock.dt;
     s.control.longest = s.pressure.stepCut ? found : allowedBehind(found, before, s.clock.dt);
     return true;
 }
@@ -208,12 +229,6 @@ void tell(const Simulation& s, const StepJudgement& judgement) {
     log(s.console, "STEP CONTROL :: {} days, {} {} (limit {}) --> {} days{}", number(s.clock.dt),
         judgement.reason, number(judgement.figure), number(judgement.limit), number(judgement.length),
         judgement.verdict == StepVerdict::Implicit ? ", fully implicitly" : "");
-}
-
-/// Another attempt at the step, of `dt` days: its banner tells where it will end.
-void announceAnew(double dt, Simulation& s) {
-    s.clock.dt = dt;
-    printStepBanner(s.console, s.schedule, s.clock);
 }
 
 /// A step that neither way is good for: the attempt of the shortest length that finds a pressure stands.
@@ -231,10 +246,12 @@ void forceStep(bool solve, double dt, Simulation& s) {
     hardStop(s.console);
 }
 
-/// The step fully implicitly, and how many of the next ones go there without an attempt.
-void fallBack(bool solve, double dt, Simulation& s) {
+/// The step fully implicitly, and how many of the next ones go there without an attempt. `lag` of the
+/// mobilities in the attempt of `dt` days.
+void fallBack(bool solve, double dt, double lag, Simulation& s) {
     StepControl& control = s.control;
     s.clock.dt = dt;
+    if (const double length = implicitLength(lag, dt); length < dt) announceAnew(length, s);
     if (!takeImplicitly(0.0, s)) return forceStep(solve, dt, s);
     control.implicitInARow += 1;
     control.acceptedInARow = 0;
@@ -282,7 +299,7 @@ void attemptUntilAccepted(bool solve, Simulation& s) {
             s.clock.dt = dt;
             continue;
         }
-        if (judgement.verdict == StepVerdict::Implicit) return fallBack(solve, dt, s);
+        if (judgement.verdict == StepVerdict::Implicit) return fallBack(solve, dt, figures.mobilityLag, s);
         announceAnew(judgement.length, s);
     }
 }

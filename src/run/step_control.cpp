@@ -19,6 +19,7 @@ constexpr double FirstShare = 0.1;       // of what the tables ask for, where a 
 constexpr double SplinterShare = 0.01;   // of MAXDT: a shorter rest of the way is shared out ...
 constexpr double RoundedRest = 1e-9;     // ... but for what rounding leaves
 constexpr double Safety = 0.8;           // of a length that a figure asks for
+constexpr double ImplicitLag = 0.05;     // of mobilities in a fully implicit step: its error in time
 constexpr double FailedSolveCut = 0.25;  // of a step whose pressure was not found
 
 /// Share of a limit that holds for a step.
@@ -120,6 +121,16 @@ double partWithoutSplinter(double longest, double way) {
 
 double allowedBehind(double found, double before, double dt) {
     return dt * LargestGrowth < before ? std::max(found, before) : found;
+}
+
+double implicitLength(double lag, double dt) {
+    if (lag <= ImplicitLag) return dt;
+    return std::isfinite(lag) ? dt * std::clamp(Safety * ImplicitLag / lag, LargestCut, SmallestCut) : dt;
+}
+
+double implicitGrowth(double lag) {
+    constexpr double Most = 2.0;
+    return lag > 0.0 ? std::clamp(Safety * ImplicitLag / lag, SmallestCut, Most) : Most;
 }
 
 double firstLength(double dt) {

@@ -54,6 +54,14 @@ double partWithoutSplinter(double longest, double way);
 /// it.
 double allowedBehind(double found, double before, double dt);
 
+/// Length in which a step that is handed to the fully implicit method is to be taken, of `dt` days over which
+/// mobilities have changed by `lag` (AttemptFigures::mobilityLag): that method takes them at the step's end,
+/// and is stable over any step but only of first order.
+double implicitLength(double lag, double dt);
+
+/// What the step behind such a one may be of its length.
+double implicitGrowth(double lag);
+
 /// Length of a step that starts without a past, at the start of the run and behind a well event.
 double firstLength(double dt);
 

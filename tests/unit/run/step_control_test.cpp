@@ -165,6 +165,21 @@ TEST(AllowedBehind, ASplinterLeavesWhatTheStepsBeforeAllowed) {
     EXPECT_EQ(allowedBehind(30.0, 0.0, 10.0), 30.0) << "nothing was allowed before";
 }
 
+TEST(ImplicitLength, IsThatOverWhichMobilitiesChangeLittle) {
+    EXPECT_EQ(implicitLength(0.05, 365.0), 365.0);
+    EXPECT_DOUBLE_EQ(implicitLength(0.1, 365.0), 0.4 * 365.0) << "0.8 of the length that comes to the limit";
+    EXPECT_DOUBLE_EQ(implicitLength(5.0, 365.0), 36.5) << "no shorter than a tenth";
+    EXPECT_DOUBLE_EQ(implicitLength(0.0501, 365.0), 0.7 * 365.0) << "shorter by three tenths at least";
+    EXPECT_EQ(implicitLength(HUGE_VAL, 365.0), 365.0) << "nothing is known of it";
+}
+
+TEST(ImplicitGrowth, TakesTheNextStepByWhatTheLastHasChanged) {
+    EXPECT_EQ(implicitGrowth(0.0), 2.0);
+    EXPECT_EQ(implicitGrowth(0.01), 2.0);
+    EXPECT_DOUBLE_EQ(implicitGrowth(0.04), 1.0);
+    EXPECT_DOUBLE_EQ(implicitGrowth(0.5), 0.7);
+}
+
 TEST(LacksTooMuch, HoldsTheMissingVolumeAloneAgainstItsLimit) {
     RunOptions options = tenths();
     AttemptFigures figures = figuresOf(5.0);
