@@ -1,0 +1,25 @@
+#pragma once
+
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "pressure/component_stage.hpp"
+#include "pressure/records/cell_state.hpp"
+
+namespace kvr {
+
+/// Amounts that fill the pores of every active cell with the composition, saturation of water and pressure
+/// that it has. `volumeFactor`: ft3 in an internal volume.
+void fillPores(const GridModel& grid, const FluidTables& tables, double volumeFactor, const CellState& state,
+               ComponentStage& stage);
+
+/// Which volumes are measured beside the phases.
+enum class VolumeSlopes { None, All };
+
+/// Everything of every active cell that follows from its amounts and its pressure: composition, flash,
+/// saturations as shares of the fluids' volume, pore volume, densities, viscosities, mobilities, phase
+/// pressures; with VolumeSlopes::All also FluidSlope and Partial, which stand otherwise. Every cell by
+/// itself: the same for any number of threads.
+void refreshComponents(const GridModel& grid, const FluidTables& tables, double volumeFactor,
+                       VolumeSlopes slopes, ComponentStage& stage, CellState& state);
+
+}  // namespace kvr
