@@ -114,8 +114,13 @@ void checkGridArrays(SectionReader& reader, const GridModel& grid) {
     }
     checkTops(reader, grid);
     checkPorosity(reader, grid);
-    for (const ArrayCheck& check : RockChecks)
-        if (noneAbove(grid.*check.array, LeastRock)) stop(reader, check.keyword, check.message);
+    for (const ArrayCheck& check : RockChecks) {
+        if (!noneAbove(grid.*check.array, LeastRock)) continue;
+        if (check.keyword != "PORO")
+            both(consoleOf(reader), "ALL VALUES OF {} ARE 0; CELLS THAT ARE TO STAY APART TAKE 1E-6",
+                 check.keyword);
+        stop(reader, check.keyword, check.message);
+    }
 }
 
 }  // namespace kvr

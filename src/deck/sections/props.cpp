@@ -478,6 +478,15 @@ constexpr IncludeTexts PropsIncludeTexts{"ERROR: INCLUDE File Open Error at PROP
                                          "File I/O Error, in PROPS Section",
                                          "INCLUDE FILE FINISHED, PROPS SECTION"};
 
+/// Water of a deck that has none: its properties are asked for in places, and change nothing.
+void fillAbsentWater(FluidTables& tables) {
+    constexpr double Compressibility = 1e-6;  // 1/psi
+    for (double* value : {&tables.waterFvf, &tables.waterViscosity})
+        if (!(*value > 0.0)) *value = 1.0;
+    if (!(tables.referencePressureWater > 0.0)) tables.referencePressureWater = StandardPressure;
+    if (!(tables.waterCompressibility > 0.0)) tables.waterCompressibility = Compressibility;
+}
+
 }  // namespace
 
 void readProps(SectionReader& reader, PropsRecords& records) {
@@ -491,6 +500,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     combinePhaseTables(console, records.options.hasWater, records.tables);
     if (!reader.cursor->text.empty())
         requireTables(reader, records);  // a deck without PROPS has the defaults
+    if (!records.options.hasWater) fillAbsentWater(records.tables);
     completeTables(console, records.options.maxRockTables, records.tables);
     checkComponents(reader, records.options, records.tables);
     printTables(console, *reader.units, records.tables);

@@ -105,8 +105,16 @@ TEST(Props, WithoutAGasTableLetTheOilFollowTheWaterTable) {
     EXPECT_EQ(bench.tables.regions.front().Krog, (Column{0.9, 0.9}));
 }
 
+TEST(Props, OfADeckWithoutWaterSayNothingOfIt) {
+    PropsBench bench(Swof);
+    bench.read();
+    EXPECT_EQ(bench.logged().find("water"), std::string::npos);
+    EXPECT_EQ(bench.tables.waterFvf, 1.0);
+}
+
 TEST(Props, WithNothingForWaterAreRepairedWithOneWarningEach) {
     PropsBench bench("PVTW\n0 0 0 0 0 /\n");
+    bench.options.hasWater = true;
     bench.read();
     EXPECT_EQ(bench.tables.referencePressureWater, 14.6);
     EXPECT_EQ(bench.tables.rockReferencePressure, 14.6);
