@@ -21,6 +21,13 @@ struct BoundaryPressureRow {
     std::string lastWord;
 };
 
+/// How sensitivities to permeability are formed from lines.
+enum class SensitivityForm {
+    Coupled,  // what lines say, with the answer of the pressures of the whole field
+    Lines,    // each line for itself
+    Classic   // time of flight over saturation; harmonic means along the line
+};
+
 /// Prices in $/bbl, $/bbl, $/Mscf.
 struct PhasePrices {
     double oil = 0.0;
@@ -187,6 +194,8 @@ struct RunOptions {
     bool bhpMatchFlag = true;  // BHPLGMCH third value 1 switches it off; no effect
     double sensitivityTimeWeightWct = 1.0;
     double sensitivityTimeWeightBhp = 1.0;
+    SensitivityForm travelTimeForm = SensitivityForm::Coupled;  // SNSFORM 1
+    SensitivityForm pressureForm = SensitivityForm::Coupled;    // SNSFORM 2
     double globalWctLimit = 0.0;
     double gridWctLimit = 0.0;
     double globalPrsLimit = 0.0;  // no keyword

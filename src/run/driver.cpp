@@ -21,6 +21,7 @@
 #include "run/process.hpp"
 #include "run/report_rows.hpp"
 #include "run/run_files.hpp"
+#include "run/sensitivity_output.hpp"
 #include "run/start_up.hpp"
 #include "run/status_line.hpp"
 #include "run/step_attempt.hpp"
@@ -80,6 +81,7 @@ void reportStep(double executedDt, Simulation& simulation) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         reportEclipseFiles(simulation);
         addReportRow(simulation);
+        writeSensitivities(simulation);
         clock.reportIndex += 1;
     }
     clock.completedSteps += 1;

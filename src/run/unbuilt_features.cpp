@@ -20,7 +20,8 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.historyMatch; }, "history matching (DOINV)"},
     {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
      "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
-    {[](const RunOptions& o) { return o.outputSensitivity; }, "sensitivity output (OPTIONKVR 4)"},
+    {[](const RunOptions& o) { return o.outputSensitivity && o.method != "streamline"; },
+     "sensitivity output (OPTIONKVR 4) without streamlines (FDMETHOD)"},
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "streamline/diagnostics/line_plot.hpp"
 #include "streamline/diagnostics/pair_table.hpp"
 #include "streamline/line_worker.hpp"
+#include "streamline/sensitivities/step_sensitivities.hpp"
 #include "streamline/tracing/cell_line.hpp"
 
 #include <vector>
@@ -30,6 +31,7 @@ struct LineStage {
     PairTable pairs;                  // of the present step
     LinePlot plot;
     DiagnosticMaps diagnostics;
+    StepSensitivities sensitivities;
     OutletTable outlets;     // since the pressure step, over its mapping sub-steps
     long long substeps = 0;  // transport substeps of all lines of the run
     long long solvedLines = 0;

@@ -112,6 +112,9 @@ void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState
     result.end = lineEnd(field, result.record.status, line);
     result.end.told = !field.passes || result.passage.told[at(line.tracedNodeCount)] != 0;
     result.substeps = line.substeps;
+    if (field.sensitivities)
+        takeSensitivity(field.sensitivityForms, grid, state, wells, fluids.hasGas, field.lineFlux, line,
+                        result.sensitivity);
     result.solved = true;
 }
 

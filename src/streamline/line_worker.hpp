@@ -9,6 +9,7 @@
 #include "streamline/mapping/face_transfer.hpp"
 #include "streamline/mapping/mapping.hpp"
 #include "streamline/mapping/producer_rates.hpp"
+#include "streamline/sensitivities/line_sensitivity.hpp"
 #include "streamline/tracing/launch_plan.hpp"
 #include "streamline/tracing/streamline_record.hpp"
 #include "streamline/tracing/trace.hpp"
@@ -53,7 +54,8 @@ struct LineResult {
     LinePassage passage;  // where nodes keep their amounts
     LineEnd end;
     int substeps = 0;
-    LinePath path;  // where courses are wanted
+    LinePath path;                // where courses are wanted
+    LineSensitivity sensitivity;  // where sensitivities are due
     NewtonCounts newton;
 };
 
@@ -72,8 +74,11 @@ struct LineField {
     double step = 0.0;     // days
     double endTime = 0.0;  // simulated days at the end of the step
     bool fromInjector = true;
-    bool keepPaths = false;  // lines keep their courses for the line files
-    bool gravity = false;    // along-line gravity: the orthogonal projection leaves it to the lines
+    bool keepPaths = false;      // lines keep their courses for the line files
+    bool sensitivities = false;  // lines tell what they say of permeability
+    SensitivitySettings sensitivityForms;
+    double lineFlux = 1.0;  // rb/day of a launched line
+    bool gravity = false;   // along-line gravity: the orthogonal projection leaves it to the lines
 };
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);

@@ -76,6 +76,8 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
         flow = fresh / crossing;
         scaleWeights(flow, result.contribution);
         addLineEnd(s.wells, result.end, flow, s.lines.outlets);
+        if (s.lines.field.sensitivities)
+            addSensitivity(result.sensitivity, flow / s.launch.LineFlux, s.lines.sensitivities);
     }
     if (s.lines.field.passes)
         addPassage(s.connections, result.contribution.cell, result.contribution.count, flow,

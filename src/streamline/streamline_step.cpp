@@ -121,6 +121,7 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
         addPassage(s.connections, result.contribution.cell, result.contribution.count, s.launch.LineFlux, {},
                    result.passage, s.lines.transfer);
     addLineEnd(s.wells, result.end, s.launch.LineFlux, s.lines.outlets);
+    if (s.lines.field.sensitivities) addSensitivity(result.sensitivity, 1.0, s.lines.sensitivities);
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
     ++s.lines.solvedLines;
@@ -169,6 +170,23 @@ void viewStep(double remainingToEnd, Simulation& s) {
     writeRateAllocation(s);
 }
 
+/// Sensitivities are formed by the lines of a step that ends at a report, in its last pass.
+bool sensitivitiesAreDue(const RunOptions& options, int iterationsLeft, double remainingToReport) {
+    return keepsSensitivities(options) && iterationsLeft < 1 && remainingToReport < EndSlack;
+}
+
+/// Empty sums for the lines to come. `coupled`: the pressure system of the step gave their flow.
+void startSensitivities(bool due, bool coupled, Simulation& s) {
+    s.lines.sensitivities = {};
+    s.lines.sensitivities.due = due;
+    s.lines.sensitivities.coupled = coupled;
+    s.lines.field.sensitivities = due;
+    if (!due) return;
+    s.lines.sensitivities.wells.resize(s.wells.wells.size());
+    s.lines.field.sensitivityForms = sensitivitySettings(s.options);
+    s.lines.field.lineFlux = s.launch.LineFlux;
+}
+
 /// Every line of the step, and what is written of them.
 void runLines(int iterationsLeft, double start, double remainingToEnd, Simulation& s) {
     lineLoop(iterationsLeft, s);
@@ -180,6 +198,7 @@ void runLines(int iterationsLeft, double start, double remainingToEnd, Simulatio
 
 /// Files that show lines, of a report, are due at the end of the step; or those of the end of the run.
 bool linesAreDue(const RunOptions& options, double remainingToEnd, double remainingToReport) {
+    if (sensitivitiesAreDue(options, 0, remainingToReport)) return true;
     const bool shown = isOn(options, OutputSwitch::Lines) || isOn(options, OutputSwitch::EclipseLines);
     const bool ends = remainingToEnd < EndSlack;
     return (shown && (ends || remainingToReport < EndSlack)) || (ends && isOn(options, OutputSwitch::View));
@@ -234,6 +253,7 @@ void traceStillLines(const StillLines& how, double remainingToEnd, double remain
     if (how.tellsMethod) printMethod(s);
     prepareFields(how.storage, s);
     s.lines.field.passes = false;
+    startSensitivities(sensitivitiesAreDue(s.options, how.iterationsLeft, remainingToReport), false, s);
     clearVisited(s.mapping);
     clearOutlets(s.wells, s.lines.outlets);
     runLines(how.iterationsLeft, start, remainingToEnd, s);
@@ -266,6 +286,8 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     launch(simulation);
     printMethod(simulation);
     prepareFields(storageOf(simulation.options, simulation.fluids), simulation);
+    startSensitivities(sensitivitiesAreDue(simulation.options, iterationsLeft, remainingToReport), true,
+                       simulation);
     clearVisited(simulation.mapping);
     if (substepNumber(simulation.clock, remainingToEnd) <= 1)
         clearOutlets(simulation.wells, simulation.lines.outlets);

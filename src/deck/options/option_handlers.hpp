@@ -50,6 +50,7 @@ void copyPermFile(SectionReader& reader, RunOptions& options);
 void readInversion(SectionReader& reader, RunOptions& options);  // DOINV
 void readPressureMatch(SectionReader& reader, RunOptions& options);
 void readSensitivityWeights(SectionReader& reader, RunOptions& options);
+void readSensitivityForms(SectionReader& reader, RunOptions& options);
 void readInversionLimits(SectionReader& reader, RunOptions& options);  // OPTINV
 void readObjectiveWeights(SectionReader& reader, RunOptions& options);
 void readMaxParameter(SectionReader& reader, RunOptions& options);

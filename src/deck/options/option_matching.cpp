@@ -28,6 +28,31 @@ double unitRange(double value) {
     return value > 0.0 ? std::min(value, 1.0) : 0.0;
 }
 
+/// By the first letter; any other word is the default.
+SensitivityForm formOf(std::string_view word) {
+    switch (upperInitialOf(word)) {
+        case 'L':
+            return SensitivityForm::Lines;
+        case 'C':
+            return word.size() > 1 && (word[1] == 'L' || word[1] == 'l') ? SensitivityForm::Classic
+                                                                         : SensitivityForm::Coupled;
+        default:
+            return SensitivityForm::Coupled;
+    }
+}
+
+std::string_view formName(SensitivityForm form) {
+    switch (form) {
+        case SensitivityForm::Lines:
+            return "LINES";
+        case SensitivityForm::Classic:
+            return "CLASSIC";
+        case SensitivityForm::Coupled:
+            break;
+    }
+    return "COUPLED";
+}
+
 }  // namespace
 
 void readInversion(SectionReader& reader, RunOptions& options) {
@@ -64,6 +89,17 @@ void readSensitivityWeights(SectionReader& reader, RunOptions& options) {
     readRecord(reader, targets);
     options.sensitivityTimeWeightWct = unitRange(options.sensitivityTimeWeightWct);
     options.sensitivityTimeWeightBhp = unitRange(options.sensitivityTimeWeightBhp);
+}
+
+void readSensitivityForms(SectionReader& reader, RunOptions& options) {
+    std::string travelTime;
+    std::string pressure;
+    const std::array<ListTarget, 2> targets = {&travelTime, &pressure};
+    readRecord(reader, targets);
+    options.travelTimeForm = formOf(travelTime);
+    options.pressureForm = formOf(pressure);
+    tellValue(reader, "Sensitivity of travel time ::", formName(options.travelTimeForm));
+    tellValue(reader, "Sensitivity of pressure ::", formName(options.pressureForm));
 }
 
 void readInversionLimits(SectionReader& reader, RunOptions& options) {

@@ -34,6 +34,8 @@ constexpr Row OptionKeywords[] = {
     {"DOINV", readInversion, "history matching: misfit, minimiser, iterations"},
     {"BHPLGMCH", readPressureMatch, "local and global bottom-hole pressure matching"},
     {"SNSTIMWT", readSensitivityWeights, "time weights of the sensitivities, 0 to 1"},
+    {"SNSFORM", readSensitivityForms,
+     "how sensitivities are formed, of travel time and pressure: COUPLED, LINES, CLASSIC"},
     {"ECLCOMM", readSimulatorCommand, "command line of the outside simulator"},
     {"OPTTSTEP", readOptimalTstep, "time step control by the largest pressure change (psi)"},
     {"OPTINV", readInversionLimits, "water-cut limits and limits of the change of ln k"},

@@ -1,0 +1,71 @@
+#include "run/sensitivity_output.hpp"
+
+#include "eclipse/file_failure.hpp"
+#include "eclipse/sensitivity_files.hpp"
+#include "streamline/sensitivities/flow_coupling.hpp"
+
+#include <algorithm>
+
+namespace kvr {
+
+namespace {
+
+FlowCoupling couplingOf(Simulation& s) {
+    return {s.grid,
+            s.connections,
+            s.velocity,
+            s.state,
+            s.wells,
+            s.pressureWork.matrix,
+            s.pressureWork.solver,
+            s.options.pressureSolver,
+            s.clock.time,
+            s.clock.workDt};
+}
+
+bool isCoupled(const Simulation& s, SensitivityForm form) {
+    return form == SensitivityForm::Coupled && s.lines.sensitivities.coupled;
+}
+
+void travelTimeOf(Simulation& s, std::size_t well, CellArray<double>& values) {
+    StepSensitivities& step = s.lines.sensitivities;
+    fillTravelTime(sensitivitySettings(s.options), s.wells.wells[well], s.lines.field.lineFlux,
+                   step.wells[well], values);
+    if (isInjector(s.wells.wells[well]) || !isCoupled(s, s.options.travelTimeForm)) return;
+    coupleSpeeds(couplingOf(s), values);
+}
+
+void pressureOf(Simulation& s, std::size_t well, CellArray<double>& values) {
+    StepSensitivities& step = s.lines.sensitivities;
+    if (isCoupled(s, s.options.pressureForm) && pressureOfWell(couplingOf(s), well, values)) return;
+    fillPressure(s.wells.wells[well], s.lines.field.lineFlux, step.wells[well], values);
+}
+
+void writeKind(SensitivityKind kind, void (*valuesOf)(Simulation&, std::size_t, CellArray<double>&),
+               Simulation& s) {
+    const int step = s.clock.reportIndex;
+    const bool anyLines = !s.lines.sensitivities.wells.empty();
+    const auto fill = [&](std::size_t well, CellArray<double>& values) {
+        if (anyLines)
+            valuesOf(s, well, values);
+        else
+            std::fill(values.slots.begin(), values.slots.end(), 0.0);
+    };
+    writeSensitivityStep(s.console, outputPath(s.outputs, ""), kind, step, step == 1, s.wells.wells.size(),
+                         s.grid.NCELLS, fill);
+}
+
+}  // namespace
+
+void writeSensitivities(Simulation& simulation) {
+    if (!keepsSensitivities(simulation.options)) return;
+    constexpr SensitivityKind Kinds[] = {SensitivityKind::Pressure, SensitivityKind::TravelTime};
+    writeKind(SensitivityKind::Pressure, pressureOf, simulation);
+    writeKind(SensitivityKind::TravelTime, travelTimeOf, simulation);
+    for (const int step : {simulation.clock.reportIndex, WholeRun})
+        for (const SensitivityKind kind : Kinds)
+            log(simulation.console, "File Generated : {}", sensitivityFileName(kind, step));
+    simulation.lines.sensitivities = {};
+}
+
+}  // namespace kvr
