@@ -373,6 +373,9 @@ Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.03 1.d-3 /
 -- 0.0 0.0 2.0 2.0 0.0 /
 --SNSTIMWT
 -- 1.0 1.0 /
+--SNSFORM
+-- Travel time, pressure [COUPLED/LINES/CLASSIC : Def = COUPLED]
+-- COUPLED COUPLED /
 --AVGSENS
 -- 2 5 /
 --MISFCRIT

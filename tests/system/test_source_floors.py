@@ -16,7 +16,7 @@ ROOMS = {
     "fluid": ["components"],
     "deck": ["reading", "sections", "options"],
     "pressure": ["solvers", "records", "wells"],
-    "streamline": ["tracing", "transport", "mapping", "splitting", "diagnostics"],
+    "streamline": ["tracing", "transport", "mapping", "splitting", "diagnostics", "sensitivities"],
     "run": ["records"],
 }
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)

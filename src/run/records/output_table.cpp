@@ -244,6 +244,11 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::HistorySchedule, 0, "SCHEDULE_TEMPORARY_FOR_HM.DATA", OutputSwitch::WellHistory, "", "",
      "rates and bottom-hole pressures of a run as a history schedule (`WCONINJH`, `WCONHIST`, `TSTEP`), with "
      "`OUTWHIST`, and of every outside run that is traced"},
+    {OutputFile::SensitivitySteps, 0, "HM_SENSTEMP_*.K*", OutputSwitch::Sensitivity, "", "",
+     "sensitivities of the wells to ln k of the cells, of travel time (`GTTI`) and of bottom-hole pressure "
+     "(`GBHPI`), one file of each for a report and for their sum (`K0000`); binary"},
+    {OutputFile::SensitivityPlots, 0, "HM_SENSITIVITY_*_Ite*.plt", OutputSwitch::Sensitivity, "Sensitivity",
+     "", "the same as maps, a zone per report with a variable per well, of an iteration of a match"},
     {OutputFile::EraseScript, 0, "0EraseData.bat", OutputSwitch::Always, "", "", "deletes what runs leave"},
     {OutputFile::RunSummary, 0, "KVR_Summary.csv", OutputSwitch::Always, "", "",
      "field and well vectors under their usual mnemonics, one row at time zero and per step, commas between; "
@@ -309,6 +314,8 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.flowUpscaling;
         case OutputSwitch::HistoryMatch:
             return options.historyMatch;
+        case OutputSwitch::Sensitivity:
+            return options.outputSensitivity || options.historyMatch;
         case OutputSwitch::WellHistory:
             return options.outputWellHistory || options.traceFromRestart;
         case OutputSwitch::Unwritten:

@@ -113,6 +113,8 @@ enum class OutputFile {
     BicgstabInfo,
     CoordinateFile,
     HistorySchedule,
+    SensitivitySteps,
+    SensitivityPlots,
     EraseScript,
     RunSummary,
     FilesIndex,
@@ -144,6 +146,7 @@ enum class OutputSwitch {
     Smoothing,         // SMTHPRM
     Upscaling,         // UPSCALE
     HistoryMatch,      // DOINV
+    Sensitivity,       // OPTIONKVR 4, and of a match
     WellHistory,       // OUTWHIST, and of a run that is traced
     Unwritten          // opened for readers that look for the name; nothing fills it
 };
