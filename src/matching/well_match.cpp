@@ -64,12 +64,6 @@ std::vector<std::size_t> reachedPoints(const WellSeries& observed, const WellSer
     return points;
 }
 
-const std::vector<double>& quantityOf(const MisfitSettings& settings, const WellSeries& series) {
-    if (settings.quantity == MatchedQuantity::Fraction)
-        return series.fractions[static_cast<std::size_t>(settings.component) - 1];
-    return settings.quantity == MatchedQuantity::Cut ? series.cut : series.gasOilRatio;
-}
-
 /// Mean of observed minus calculated over the measured pressures that count.
 template <class Counts>
 double meanDifference(std::span<const double> observed, std::span<const double> calculated,
@@ -84,8 +78,9 @@ double meanDifference(std::span<const double> observed, std::span<const double> 
     return count == 0 ? 0.0 : sum / static_cast<double>(count);
 }
 
-void measurePressure(const Console& console, const MisfitSettings& settings, bool pressureControlled,
-                     WellMatch& well) {
+/// The misfit before its criterion.
+double measurePressure(const Console& console, const MisfitSettings& settings, bool pressureControlled,
+                       WellMatch& well) {
     const std::vector<double>&obs = well.obs.pressure, &cal = well.cal.pressure;
     const double whole = pressureControlled ? 0.0 : meanPressureDifference(obs, cal);
     both(console, " WBHP misfit : {} Wel: {}", number(whole), well.name);
@@ -93,6 +88,7 @@ void measurePressure(const Console& console, const MisfitSettings& settings, boo
         pressureControlled ? 0.0 : latePressureDifference(well.obs.time, obs, cal, settings.weightBhp);
     both(console, " Adjusted WBHP misfit after Weight: {}", number(late));
     well.misfit_bhp = beyondCriterion(late, settings.criterionBhp);
+    return late;
 }
 
 }  // namespace
@@ -134,19 +130,33 @@ WellMatch alignSeries(const Console& console, const WellSeries& observed, const 
     return well;
 }
 
-void measureMisfit(const Console& console, const MisfitSettings& settings, bool pressureControlled,
-                   WellMatch& well) {
+const std::vector<double>& matchedCurve(const MisfitSettings& settings, const WellSeries& series) {
+    if (settings.quantity == MatchedQuantity::Fraction)
+        return series.fractions[static_cast<std::size_t>(settings.component) - 1];
+    return settings.quantity == MatchedQuantity::Cut ? series.cut : series.gasOilRatio;
+}
+
+MeasuredMisfit measureMisfit(const Console& console, const MisfitSettings& settings, bool pressureControlled,
+                             WellMatch& well) {
+    MeasuredMisfit found;
     well.shift = well.misfit_bhp = 0.0;
-    if (well.obs.count() < 2)
-        return warn(console, "WARNING :: Well {} has {} observed points and is not matched", well.name,
-                    well.obs.count());
-    const std::vector<double>& obs = quantityOf(settings, well.obs);
-    const std::vector<double>& cal = quantityOf(settings, well.cal);
-    both(console, " Sum(Abs( Obs - cal )) : {} Wel: {}", number(sumOfDifferences(obs, cal)), well.name);
-    const double shift = travelTimeShift(well.obs.time, obs, cal).days;
-    both(console, " GTTI misfit : {} Wel: {}", number(shift), well.name);
-    well.shift = beyondCriterion(shift, settings.criterionWct);
-    measurePressure(console, settings, pressureControlled, well);
+    if (well.obs.count() < 2) {
+        warn(console, "WARNING :: Well {} has {} observed points and is not matched", well.name,
+             well.obs.count());
+        return found;
+    }
+    const std::vector<double>& obs = matchedCurve(settings, well.obs);
+    const std::vector<double>& cal = matchedCurve(settings, well.cal);
+    found.matched = sumOfDifferences(obs, cal);
+    both(console, " Sum(Abs( Obs - cal )) : {} Wel: {}", number(found.matched), well.name);
+    found.shift = travelTimeShift(well.obs.time, obs, cal).days;
+    both(console, " GTTI misfit : {} Wel: {}", number(found.shift), well.name);
+    for (std::size_t i = 0; i < obs.size(); ++i)
+        found.mean += (obs[i] - cal[i]) / static_cast<double>(obs.size());
+    found.slope = steepestRise(well.obs.time, cal);
+    well.shift = beyondCriterion(found.shift, settings.criterionWct);
+    found.pressure = measurePressure(console, settings, pressureControlled, well);
+    return found;
 }
 
 }  // namespace kvr

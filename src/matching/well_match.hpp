@@ -15,6 +15,9 @@ struct WellMatch {
     std::string name;
     double shift = 0.0;       // travel time, days; above 0: the model is early. 0: not to be matched
     double misfit_bhp = 0.0;  // mean of observed minus calculated, psi; 0: not to be matched
+    double amplitude = 0.0;   // mean of observed minus calculated of the matched curve, where amplitudes are
+                              // matched in place of travel times; 0: not to be matched
+    double slope = 0.0;       // steepest rise of the calculated curve, a day
     double multiplier_wct = 1.0, multiplier_bhp = 1.0;  // of the well's rows of sensitivities
     WellSeries obs, cal;                                // at the same times
 };
@@ -48,9 +51,21 @@ double beyondCriterion(double misfit, double criterion);
 /// interpolated, observed points outside the calculated times are left out, which a warning tells.
 WellMatch alignSeries(const Console& console, const WellSeries& observed, const WellSeries& calculated);
 
+/// The curve of a history that gives the shift.
+const std::vector<double>& matchedCurve(const MisfitSettings& settings, const WellSeries& series);
+
+/// Misfits of a well before the criteria are applied.
+struct MeasuredMisfit {
+    double shift = 0.0;     // days
+    double pressure = 0.0;  // psi, over the points that the weight leaves
+    double matched = 0.0;   // sum of |observed - calculated| of the matched curve
+    double mean = 0.0;      // mean of observed minus calculated of the matched curve
+    double slope = 0.0;     // steepest rise of the calculated one, a day
+};
+
 /// Shift and pressure misfit of a well, told line by line. `pressureControlled`: a well under "bhp" control
 /// has no pressure misfit. Wells with less than two points, which a warning tells, have neither.
-void measureMisfit(const Console& console, const MisfitSettings& settings, bool pressureControlled,
-                   WellMatch& well);
+MeasuredMisfit measureMisfit(const Console& console, const MisfitSettings& settings, bool pressureControlled,
+                             WellMatch& well);
 
 }  // namespace kvr

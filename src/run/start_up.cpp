@@ -160,11 +160,13 @@ void leaveAtSignal(Simulation& simulation) {
 /// The history at the end of a run is made of its own summary files.
 void switchOnSummary(Simulation& simulation) {
     RunOptions& options = simulation.options;
-    if (!options.outputWellHistory || isOn(options, OutputSwitch::Eclipse)) return;
+    const bool matches = options.historyMatch && !isAnalyticalPhase(options, 1);
+    if (!(options.outputWellHistory || matches) || isOn(options, OutputSwitch::Eclipse)) return;
     if (options.traceFromRestart) return;
     options.outputEclipse = "Yes";
-    lineToBoth(simulation.console,
-               "OUTWHIST :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN, THE HISTORY IS MADE OF THEIR SUMMARY");
+    both(simulation.console,
+         "{} :: THE FILES OF OUTPUTKVR 9 ARE WRITTEN, THE HISTORY IS MADE OF THEIR SUMMARY",
+         matches ? "DOINV" : "OUTWHIST");
 }
 
 /// Nothing of a run is done before it is known that its command may be run.
@@ -242,6 +244,8 @@ void deriveFromWells(Simulation& simulation) {
     rebuildCellTags(simulation.grid.NCELLS, simulation.wells, simulation.tags);
 }
 
+}  // namespace
+
 void conditionGeometry(Simulation& simulation) {
     CALCTRANS_STATICGEOPART(simulation.console, simulation.options, simulation.units, simulation.grid,
                             simulation.connections);
@@ -251,8 +255,6 @@ void conditionGeometry(Simulation& simulation) {
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     deriveFromWells(simulation);
 }
-
-}  // namespace
 
 /// Grid, activity, connections and initial state of an outside run in place of the deck's.
 void takeOutsideModel(Simulation& s) {

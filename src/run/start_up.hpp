@@ -8,6 +8,9 @@ namespace kvr {
 /// first material balance. Ends the process where there is nothing to simulate.
 void startUp(Simulation& simulation);
 
+/// Connections, and all that follows from rock and connections; again where the rock has changed.
+void conditionGeometry(Simulation& simulation);
+
 /// Wells of schedule step `entry` (1-based) with everything that is derived from them.
 void rebuildWells(int entry, Simulation& simulation);
 

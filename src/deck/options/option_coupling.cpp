@@ -95,7 +95,7 @@ void setLinuxRun(SectionReader& reader, RunOptions& options) {
     announceSwitch(reader, options.linuxRun, "ECLIPSE Run by Linux System");
 }
 
-void copyPermFile(SectionReader& reader, RunOptions&) {
+void copyPermFile(SectionReader& reader, RunOptions& options) {
     std::string target;
     std::string initial;
     const std::array<ListTarget, 2> targets = {&target, &initial};
@@ -109,6 +109,7 @@ void copyPermFile(SectionReader& reader, RunOptions&) {
     const std::string text = linesToCopy(reader, initial);
     std::ofstream out(target, std::ios::trunc);
     if (!(out << text).flush()) stopOnCopyFailure(reader, target);
+    options.permFileTarget = target;
     tellValue(reader, "-> Finished Replacing HistoryMatch target File ::", target);
     tellValue(reader, "-> Finished Replacing HistoryMatch Initial  File ::", initial);
 }

@@ -59,6 +59,7 @@ void readSensitivityAverages(SectionReader& reader, RunOptions& options);  // AV
 void readMisfitCriteria(SectionReader& reader, RunOptions& options);
 void readWellGridUpdate(SectionReader& reader, RunOptions& options);
 void readLsqr(SectionReader& reader, RunOptions& options);
+void readSafeUpdates(SectionReader& reader, RunOptions& options);  // HMSAFE
 
 // --- rate optimisation: option_optimization.cpp ---------------------------------------------------
 void setOptimize(SectionReader& reader, RunOptions& options);

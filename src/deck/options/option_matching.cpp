@@ -18,6 +18,7 @@ constexpr double DefaultMisfit = 10.0;
 constexpr int MinLsqrIterations = 5;
 constexpr int MaxLsqrIterations = 10000;
 constexpr int DefaultLsqrIterations = 400;
+constexpr int MostHalvings = 4;
 
 void zeroIfTiny(double& value) {
     if (!(value >= MachineEpsilon)) value = 0.0;
@@ -161,6 +162,16 @@ void readLsqr(SectionReader& reader, RunOptions& options) {
     options.lsqrNorm = unitRange(options.lsqrNorm);
     options.lsqrSmoothHorizontal = unitRange(options.lsqrSmoothHorizontal);
     options.lsqrSmoothVertical = unitRange(options.lsqrSmoothVertical);
+}
+
+void readSafeUpdates(SectionReader& reader, RunOptions& options) {
+    std::string finalRun;
+    const std::array<ListTarget, 2> targets = {&options.matchHalvings, &finalRun};
+    readRecord(reader, targets);
+    options.matchHalvings = within(options.matchHalvings, 0, MostHalvings, MostHalvings);
+    options.matchFinalRun = upperInitialOf(finalRun) == 'Y';
+    tellValue(reader, "Halvings of an update that makes the misfit grow :", options.matchHalvings);
+    tellValue(reader, "Run of the last update :", yesNo(options.matchFinalRun));
 }
 
 }  // namespace kvr

@@ -115,6 +115,12 @@ enum class OutputFile {
     HistorySchedule,
     SensitivitySteps,
     SensitivityPlots,
+    HmPermLatest,
+    HmPermLatestLog,
+    HmPermChange,
+    HmPermInclude,
+    HmIteration,  // a pattern of names
+    HmResume,
     EraseScript,
     RunSummary,
     FilesIndex,

@@ -13,6 +13,7 @@
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
 #include "implicit/implicit_work.hpp"
+#include "matching/match_record.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
@@ -22,6 +23,7 @@
 #include "report/balance_record.hpp"
 #include "run/records/clock.hpp"
 #include "run/records/command_line.hpp"
+#include "run/records/match_start.hpp"
 #include "run/records/output_streams.hpp"
 #include "run/records/run_course.hpp"
 #include "run/records/stage_times.hpp"
@@ -82,6 +84,8 @@ struct Simulation {
     EclipseOutput eclipse;
     OutsideRun outside;
     RestartRecord restart;
+    MatchRecord match;
+    MatchStart matchStart;
 };
 
 }  // namespace kvr

@@ -1,0 +1,222 @@
+#include "matching/match_resume.hpp"
+
+#include "base/written_files.hpp"
+#include "eclipse/file_names.hpp"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+namespace kvr {
+
+namespace {
+
+constexpr std::string_view Magic = "KVRMATCH0001";
+constexpr std::uint64_t HashStart = 14695981039346656037ULL, HashFactor = 1099511628211ULL;  // FNV-1a
+constexpr std::uint64_t MostItems = 1ULL << 40U;
+
+std::uint64_t hashOf(std::string_view bytes, std::uint64_t hash = HashStart) {
+    for (const char byte : bytes) {
+        hash ^= static_cast<unsigned char>(byte);
+        hash *= HashFactor;
+    }
+    return hash;
+}
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string_view bytesOf(const std::vector<double>& values) {
+    return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(double)};
+}
+
+/// Deck, observed histories and rock. Only what the deck says of the model counts, so the field of the first
+/// run and not the present one.
+std::uint64_t fingerprint(const Simulation& s) {
+    std::uint64_t hash = hashOf(contentsOf(s.options.deckFile));
+    for (const std::string& folder : {s.options.workingFolder, outsideFolder(s.options)}) {
+        const std::string path = folder + "WELL_OBSERVED.DATA";
+        if (s.options.useHistoryControls || !fileExists(path)) continue;
+        hash = hashOf(contentsOf(path), hash);
+        break;
+    }
+    hash = hashOf(bytesOf(s.match.prior.slots), hash);
+    return hashOf(bytesOf(s.grid.PORO.slots), hash);
+}
+
+/// Bytes behind each other; what is put is what is taken.
+struct Bytes {
+    std::string text;
+    std::size_t at = 0;
+    bool good = true;
+};
+
+template <class T>
+void putItem(Bytes& bytes, const T& item) {
+    bytes.text.append(reinterpret_cast<const char*>(&item), sizeof item);
+}
+template <class T>
+void takeItem(Bytes& bytes, T& item) {
+    if (bytes.text.size() - bytes.at < sizeof item) {
+        bytes.good = false;
+        return;
+    }
+    std::memcpy(&item, bytes.text.data() + bytes.at, sizeof item);
+    bytes.at += sizeof item;
+}
+
+void putList(Bytes& bytes, const std::vector<double>& list) {
+    putItem(bytes, static_cast<std::uint64_t>(list.size()));
+    bytes.text.append(bytesOf(list));
+}
+void takeList(Bytes& bytes, std::vector<double>& list) {
+    std::uint64_t size = 0;
+    takeItem(bytes, size);
+    if (!bytes.good || size > (bytes.text.size() - bytes.at) / sizeof(double)) {
+        bytes.good = false;
+        return;
+    }
+    list.resize(size);
+    std::memcpy(list.data(), bytes.text.data() + bytes.at, size * sizeof(double));
+    bytes.at += size * sizeof(double);
+}
+
+void putText(Bytes& bytes, const std::string& text) {
+    putItem(bytes, static_cast<std::uint64_t>(text.size()));
+    bytes.text += text;
+}
+void takeText(Bytes& bytes, std::string& text) {
+    std::uint64_t size = 0;
+    takeItem(bytes, size);
+    if (!bytes.good || size > bytes.text.size() - bytes.at) {
+        bytes.good = false;
+        return;
+    }
+    text = bytes.text.substr(bytes.at, size);
+    bytes.at += size;
+}
+
+/// The same walk puts and takes: `item`, `list` and `text` are one pair of routines or the other.
+template <class Item, class List, class Text>
+struct Walk {
+    Item item;
+    List list;
+    Text text;
+};
+
+template <class Walk>
+void walkSeries(const Walk& walk, WellSeries& series) {
+    walk.text(series.name);
+    for (std::vector<double>* list : {&series.time, &series.oil, &series.water, &series.gas, &series.pressure,
+                                      &series.cut, &series.gasOilRatio})
+        walk.list(*list);
+    auto count = static_cast<std::uint64_t>(series.fractions.size());
+    walk.item(count);
+    if (count >= MostItems) return;
+    series.fractions.resize(count);
+    for (std::vector<double>& list : series.fractions) walk.list(list);
+}
+
+template <class Walk>
+void walkRun(const Walk& walk, RunMisfit& run) {
+    for (double* value :
+         {&run.shiftRms, &run.matched, &run.pressure, &run.judged, &run.largestChange})
+        walk.item(*value);
+    walk.item(run.halvings);
+    auto count = static_cast<std::uint64_t>(run.wells.size());
+    walk.item(count);
+    if (count >= MostItems) return;
+    run.wells.resize(count);
+    for (WellMisfit& well : run.wells) walk.item(well);
+}
+
+template <class Walk>
+void walkMatch(const Walk& walk, int& iteration, MatchRecord& match) {
+    walk.item(iteration);
+    walk.item(match.halvings);
+    walk.item(match.lastUpdateMade);
+    auto runs = static_cast<std::uint64_t>(match.accepted.size());
+    walk.item(runs);
+    if (runs >= MostItems) return;
+    match.accepted.resize(runs);
+    for (RunMisfit& run : match.accepted) walkRun(walk, run);
+    auto wells = static_cast<std::uint64_t>(match.firstWells.size());
+    walk.item(wells);
+    if (wells >= MostItems) return;
+    match.firstWells.resize(wells);
+    for (WellMatch& well : match.firstWells) {
+        walk.text(well.name);
+        walkSeries(walk, well.obs);
+        walkSeries(walk, well.cal);
+    }
+    for (CellArray<double>* field : {&match.base.x, &match.base.y, &match.base.z, &match.dlnk})
+        walk.list(field->slots);
+}
+
+std::string pathOf(const Simulation& s) {
+    return outputPath(s.outputs, outputName(OutputFile::HmResume));
+}
+
+bool fits(const Simulation& s, const MatchRecord& match) {
+    const std::size_t slots = s.grid.PERMX.slots.size();
+    for (const CellArray<double>* field : {&match.base.x, &match.base.y, &match.base.z, &match.dlnk})
+        if (field->slots.size() != slots) return false;
+    return !match.accepted.empty();
+}
+
+}  // namespace
+
+void writeMatchResume(const Simulation& s) {
+    Bytes bytes;
+    bytes.text = Magic;
+    putItem(bytes, fingerprint(s));
+    const Walk walk{[&](const auto& item) { putItem(bytes, item); },
+                    [&](const std::vector<double>& list) { putList(bytes, list); },
+                    [&](const std::string& text) { putText(bytes, text); }};
+    int iteration = s.clock.hmIteration;
+    MatchRecord match = s.match;
+    walkMatch(walk, iteration, match);
+    putItem(bytes, hashOf(bytes.text));
+    // A killed process leaves the old file whole or the new one.
+    const std::string path = pathOf(s), fresh = path + ".new";
+    std::FILE* file = openForReplace(s.console, fresh);
+    std::fwrite(bytes.text.data(), 1, bytes.text.size(), file);
+    closeWhole(s.console, file);
+    std::error_code failure;
+    std::filesystem::rename(fresh, path, failure);
+}
+
+ResumeState readMatchResume(Simulation& s) {
+    const std::string path = pathOf(s);
+    if (!fileExists(path)) return ResumeState::None;
+    Bytes bytes{contentsOf(path), Magic.size(), true};
+    std::uint64_t sum = 0, print = 0;
+    if (bytes.text.size() < Magic.size() + 2 * sizeof sum || !bytes.text.starts_with(Magic))
+        return ResumeState::Foreign;
+    const std::size_t body = bytes.text.size() - sizeof sum;
+    std::memcpy(&sum, bytes.text.data() + body, sizeof sum);
+    bytes.text.resize(body);
+    takeItem(bytes, print);
+    if (sum != hashOf(bytes.text) || print != fingerprint(s)) return ResumeState::Foreign;
+    const Walk walk{[&](auto& item) { takeItem(bytes, item); },
+                    [&](std::vector<double>& list) { takeList(bytes, list); },
+                    [&](std::string& text) { takeText(bytes, text); }};
+    MatchRecord match = s.match;
+    int iteration = 0;
+    walkMatch(walk, iteration, match);
+    if (!bytes.good || !fits(s, match)) return ResumeState::Foreign;
+    s.match = std::move(match);
+    s.clock.hmIteration = iteration;
+    return ResumeState::Taken;
+}
+
+void removeMatchResume(const Simulation& s) {
+    std::error_code ignored;
+    std::filesystem::remove(pathOf(s), ignored);
+}
+
+}  // namespace kvr

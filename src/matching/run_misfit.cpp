@@ -1,0 +1,60 @@
+#include "matching/run_misfit.hpp"
+
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+struct QuantityRow {
+    std::size_t place;
+    std::vector<double> WellSeries::*list;
+};
+constexpr QuantityRow Rows[] = {
+    {quantity::Pressure, &WellSeries::pressure}, {quantity::GasOilRatio, &WellSeries::gasOilRatio},
+    {quantity::Gas, &WellSeries::gas},           {quantity::Oil, &WellSeries::oil},
+    {quantity::Cut, &WellSeries::cut},           {quantity::Water, &WellSeries::water},
+};
+
+void addDifferences(const std::vector<double>& observed, const std::vector<double>& calculated,
+                    std::size_t place, WellMisfit& misfit) {
+    for (std::size_t i = 0; i < observed.size(); ++i) {
+        if (place == quantity::Pressure && observed[i] <= 0.0) continue;
+        misfit.sum[place] += observed[i] - calculated[i];
+        misfit.sumAbs[place] += std::abs(observed[i] - calculated[i]);
+    }
+}
+
+}  // namespace
+
+void sumMisfits(const WellMatch& well, int component, WellMisfit& misfit) {
+    misfit.sum = misfit.sumAbs = {};
+    for (const QuantityRow& row : Rows)
+        addDifferences(well.obs.*row.list, well.cal.*row.list, row.place, misfit);
+    const auto c = static_cast<std::size_t>(component) - 1;
+    if (c < well.obs.fractions.size() && c < well.cal.fractions.size())
+        addDifferences(well.obs.fractions[c], well.cal.fractions[c], quantity::Fraction, misfit);
+}
+
+void totalMisfits(const ObjectiveWeights& weights, std::span<const RunMisfit> before, RunMisfit& run) {
+    run.shiftRms = run.matched = run.pressure = 0.0;
+    for (const WellMisfit& well : run.wells) {
+        run.shiftRms += well.shift * well.shift;
+        run.matched += well.matched;
+        run.pressure += std::abs(well.pressure);
+    }
+    if (!run.wells.empty()) run.shiftRms = std::sqrt(run.shiftRms / static_cast<double>(run.wells.size()));
+    const RunMisfit& first = before.empty() ? run : before.front();
+    double sum = 0.0, all = 0.0;
+    if (first.matched > 0.0) {
+        sum += weights.cut * run.matched / first.matched;
+        all += weights.cut;
+    }
+    if (first.pressure > 0.0) {
+        sum += weights.pressure * run.pressure / first.pressure;
+        all += weights.pressure;
+    }
+    run.judged = all > 0.0 ? sum / all : 0.0;
+}
+
+}  // namespace kvr

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "matching/match_record.hpp"
+
+#include <span>
+
+namespace kvr {
+
+/// What a well's histories differ by, quantity by quantity, where the observed one has points; pressures that
+/// were not measured (0 or less) do not count.
+void sumMisfits(const WellMatch& well, int component, WellMisfit& misfit);
+
+/// Weights of the two kinds of data in what updates are judged by.
+struct ObjectiveWeights {
+    double cut = 1.0, pressure = 1.0;
+};
+
+/// Sums over the wells, and what updates are judged by,
+///   J = (w1 A/A0 + w2 P/P0) / (w1 + w2),
+/// A the sum over wells of |observed - calculated| of the matched curve, P that of |pressure misfits|, A0 and
+/// P0 those of the first run. A kind that the first run matches has no part.
+void totalMisfits(const ObjectiveWeights& weights, std::span<const RunMisfit> before, RunMisfit& run);
+
+}  // namespace kvr

@@ -1,0 +1,256 @@
+#include "matching/sl_sensitivity.hpp"
+
+#include "matching/inversion.hpp"
+#include "matching/match_maps.hpp"
+#include "matching/minimise.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double NoChange = 1e-8;  // of magnitude and of the largest change: the match is done
+
+/// One kind of data: its rows, what they are to give, and the words of its lines.
+struct DataKind {
+    std::string_view name;   // WCT, BHP
+    std::string_view shift;  // "WaterCutShift dt", ..
+    SensitivityRows rows;
+    std::vector<double> misfit;  // by well, unit of the datum
+    double limit = 0.0;          // of the expected change
+    double sign = 1.0;           // of the rows in the system
+    double weight = 1.0;
+};
+
+struct KindTotals {
+    double sum = 0.0, misfit = 0.0;
+};
+
+void tellRow(const Simulation& s, const DataKind& kind, std::size_t w, KindTotals& totals) {
+    const RowFigures row = rowFigures(kind.rows, w);
+    const auto line = [&](std::string_view label, double value) {
+        both(s.console, " {} {} Sens Well {} : {}", label, kind.name, s.match.wells[w].name, number(value));
+    };
+    line("NONZero", static_cast<double>(row.nonzeros));
+    both(s.console, " {} Well {} : {}", kind.shift, s.match.wells[w].name, number(kind.misfit[w]));
+    line("TotSumm", row.sum);
+    line("MeanVal", row.mean);
+    line("MiniVal", row.least);
+    line("MaxiVal", row.most);
+    line("Varianc", row.variance);
+    line("ExpecDk", expectedChange(kind.misfit[w], row.sum));
+    totals.sum += row.sum;
+    totals.misfit += kind.misfit[w];
+}
+
+double share(double part, double whole) {
+    return whole == 0.0 ? 0.0 : part / whole;
+}
+
+void tellTotals(const Console& console, const std::vector<DataKind>& kinds,
+                const std::vector<KindTotals>& totals) {
+    double sums = 0.0, misfits = 0.0;
+    for (std::size_t n = 0; n < kinds.size(); ++n) {
+        both(console, " TotSumm {} Sens ALL  : {}", kinds[n].name, number(totals[n].sum));
+        sums += std::abs(totals[n].sum);
+        misfits += std::abs(totals[n].misfit);
+    }
+    for (std::size_t n = 0; n < kinds.size(); ++n)
+        both(console, " TotSift {} Sens ALL  : {}", kinds[n].name, number(totals[n].misfit));
+    for (std::size_t n = 0; n < kinds.size(); ++n)
+        both(console, " Change k of {} Ratio : {}", kinds[n].name,
+             number(share(std::abs(totals[n].sum), sums)));
+    for (std::size_t n = 0; n < kinds.size(); ++n)
+        both(console, " Shift of {} Ratio    : {}", kinds[n].name,
+             number(share(std::abs(totals[n].misfit), misfits)));
+    for (std::size_t n = 0; n < kinds.size(); ++n)
+        both(console, " Shift/Sens ratio: {} : {}", kinds[n].name,
+             number(share(totals[n].misfit, totals[n].sum)));
+}
+
+void tellStatistics(const Simulation& s, const std::vector<DataKind>& kinds) {
+    std::vector<KindTotals> totals(kinds.size());
+    for (std::size_t w = 0; w < s.match.wells.size(); ++w)
+        for (std::size_t n = 0; n < kinds.size(); ++n) tellRow(s, kinds[n], w, totals[n]);
+    tellTotals(s.console, kinds, totals);
+}
+
+/// Rows of wells that are matched already say nothing.
+void clearMatchedRows(DataKind& kind) {
+    for (std::size_t w = 0; w < kind.misfit.size(); ++w)
+        if (kind.misfit[w] == 0.0) scaleRow(0.0, w, kind.rows);
+}
+
+void constrainRows(Simulation& s, DataKind& kind, double WellMatch::*multiplier) {
+    for (std::size_t w = 0; w < kind.misfit.size(); ++w) {
+        WellMatch& well = s.match.wells[w];
+        const double expected = expectedChange(kind.misfit[w], rowFigures(kind.rows, w).sum);
+        well.*multiplier = constraintMultiplier(expected, kind.limit);
+        if (well.*multiplier == 1.0) continue;
+        both(s.console, " > Multi {} Sens Well {} : = {}", kind.name, well.name, number(well.*multiplier));
+        scaleRow(well.*multiplier, w, kind.rows);
+    }
+}
+
+std::size_t nonzeros(const DataKind& kind) {
+    return static_cast<std::size_t>(std::count_if(kind.rows.value.begin(), kind.rows.value.end(),
+                                                  [](double value) { return value != 0.0; }));
+}
+
+/// Amplitudes: a well's row of times becomes one of cuts by the slope of its curve, which rises where the
+/// water comes earlier.
+DataKind firstKind(const Simulation& s, SensitivityRows rows) {
+    const bool amplitudes = s.options.amplitudeMatching;
+    DataKind kind{"WCT", "WaterCutShift dt", std::move(rows), {}, s.options.lnkLimitWct,
+                  amplitudes ? 1.0 : -1.0, 1.0};
+    for (std::size_t w = 0; w < s.match.wells.size(); ++w) {
+        const WellMatch& well = s.match.wells[w];
+        if (amplitudes) scaleRow(well.slope, w, kind.rows);
+        kind.misfit.push_back(amplitudes ? well.amplitude : well.shift);
+    }
+    return kind;
+}
+
+DataKind secondKind(const Simulation& s, SensitivityRows rows) {
+    DataKind kind{"BHP", "PressureShift dp", std::move(rows), {}, s.options.lnkLimitBhp, 1.0, 1.0};
+    for (const WellMatch& well : s.match.wells) kind.misfit.push_back(well.misfit_bhp);
+    return kind;
+}
+
+/// Weights of the objective relative to the larger one, so that a match of one kind alone does not feel them.
+void weighKinds(const RunOptions& options, DataKind& first, DataKind& second) {
+    const double most = std::max(options.objectiveWeightWct, options.objectiveWeightBhp);
+    if (!(most > 0.0)) return;
+    first.weight = options.objectiveWeightWct / most;
+    second.weight = options.objectiveWeightBhp / most;
+}
+
+/// Rows and right sides of the kinds, less what the change up to `from` has given already.
+WellData systemOf(const std::vector<const DataKind*>& kinds, const CellArray<double>& change) {
+    WellData data;
+    for (const DataKind* kind : kinds)
+        for (std::size_t w = 0; w < kind->misfit.size(); ++w) {
+            const double factor = kind->sign * kind->weight;
+            double given = 0.0;
+            for (std::size_t n = kind->rows.start[w]; n < kind->rows.start[w + 1]; ++n) {
+                if (kind->rows.value[n] == 0.0) continue;
+                data.rows.cell.push_back(kind->rows.cell[n]);
+                data.rows.value.push_back(factor * kind->rows.value[n]);
+                given += data.rows.value.back() * change[kind->rows.cell[n]];
+            }
+            const bool says = data.rows.cell.size() > data.rows.start.back();
+            data.rows.start.push_back(data.rows.cell.size());
+            data.rightSide.push_back(says ? kind->weight * kind->misfit[w] - given : 0.0);
+        }
+    return data;
+}
+
+/// Adds to `change` what the kinds ask for on top of it.
+void addChange(const Simulation& s, const std::vector<const DataKind*>& kinds, const CellArray<double>& lnk,
+               CellArray<double>& change) {
+    const WellData data = systemOf(kinds, change);
+    CellArray<double> from = lnk, to;
+    for (CellId cell = 1; cell <= lnk.count(); ++cell) from[cell] += change[cell];
+    minimise(s.console, minimisationSettings(s.options), s.grid, data, from, to);
+    for (CellId cell = 1; cell <= lnk.count(); ++cell) change[cell] = to[cell] - lnk[cell];
+}
+
+std::vector<CellId> completedCells(const WellRecord& wells) {
+    std::vector<CellId> cells;
+    for (const Well& well : wells.wells)
+        for (const WellConnection& connection : well.connections) cells.push_back(connection.ConnCell);
+    return cells;
+}
+
+/// The increment before its limits.
+void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKind& second,
+            const CellArray<double>& lnk) {
+    CellArray<double>& change = s.match.dlnk;
+    change.assign(lnk.count(), 0.0);
+    if (stage == MatchStage::Whole) {
+        addChange(s, {&first, &second}, lnk, change);
+    } else {
+        addChange(s, {&second}, lnk, change);
+        if (stage == MatchStage::Twice) addChange(s, {&first}, lnk, change);
+    }
+    const CellArray<std::uint8_t> region =
+        updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
+    for (CellId cell = 1; cell <= change.count(); ++cell)
+        if (region[cell] == 0) change[cell] = 0.0;
+}
+
+void tellUpdate(const Console& console, const UpdateFigures& figures) {
+    both(console, " Range of Perm Changed : {} {}", number(figures.least), number(figures.most));
+    both(console, " magnitude of Change_K : {}", number(figures.magnitude));
+    both(console, " Num of Huge-diff Grid : {}", figures.huge);
+}
+
+void testForEnd(Simulation& s, const UpdateFigures& figures) {
+    if (!(figures.magnitude < NoChange) || !(figures.largest < NoChange)) return;
+    s.match.ended = true;
+    lineToBoth(s.console, " History-Matched! ");
+    lineToBoth(s.console, "History-Matched! - Press any key to terminate...");
+}
+
+double largestSlope(const std::vector<WellMatch>& wells) {
+    double most = 0.0;
+    for (const WellMatch& well : wells) most = std::max(most, well.slope);
+    return most;
+}
+
+}  // namespace
+
+MatchStage matchStage(const RunOptions& options, int iteration) {
+    if (!options.localGlobalPressureMatch) return MatchStage::Whole;
+    return iteration < options.bhpGlobalIterations ? MatchStage::GlobalPressure : MatchStage::Twice;
+}
+
+MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
+    SensitivityReading reading;
+    reading.folder = s.outputs.folder;
+    for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
+    reading.stepEnds = s.schedule.reportEnd;
+    reading.travelTime = stage != MatchStage::GlobalPressure;
+    reading.iteration = s.clock.hmIteration;
+    return reconstructSensitivities(s.console, s.options, reading, s.grid.Active, s.match.wells);
+}
+
+void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitivities) {
+    MatchRecord& match = s.match;
+    DataKind first = firstKind(s, std::move(sensitivities.travelTime));
+    DataKind second = secondKind(s, std::move(sensitivities.pressure));
+    weighKinds(s.options, first, second);
+    tellStatistics(s, {first, second});
+    for (DataKind* kind : {&first, &second}) clearMatchedRows(*kind);
+    constrainRows(s, first, &WellMatch::multiplier_wct);
+    constrainRows(s, second, &WellMatch::multiplier_bhp);
+    const CellArray<double> lnk = logarithms(s.grid.PERMX);
+    match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
+    match.halvings = 0;
+    const std::size_t count = nonzeros(first) + nonzeros(second);
+    if (count == 0) {
+        lineToBoth(s.console, "All the sensitivity becomes ZERO.");
+        match.dlnk.assign(lnk.count(), 0.0);
+    } else {
+        both(s.console, " Total Nonzeros on sens : {}", count);
+        both(s.console, " Scaling Facto for Amp  : {}",
+             number(s.options.amplitudeMatching ? largestSlope(match.wells) : 1.0));
+        invert(s, stage, first, second, lnk);
+        limitUpdate(s.console, updateLimits(s.options), lnk, match.dlnk);
+    }
+    applyUpdate(match.base, match.dlnk, 1.0, parameterBounds(s.options), s.grid);
+    const UpdateFigures figures = updateFigures(s.grid.Active, lnk, match.dlnk);
+    tellUpdate(s.console, figures);
+    writeUpdateMaps(s);
+    testForEnd(s, figures);
+}
+
+void takeHalvedUpdate(Simulation& s) {
+    applyUpdate(s.match.base, s.match.dlnk, std::ldexp(1.0, -s.match.halvings), parameterBounds(s.options),
+                s.grid);
+    writeUpdateMaps(s);
+}
+
+}  // namespace kvr
