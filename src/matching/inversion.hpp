@@ -22,8 +22,8 @@ RowFigures rowFigures(const SensitivityRows& rows, std::size_t row);
 /// The change of ln k that a misfit asks for at the average sensitivity, misfit / sum; 0 where the sum is.
 double expectedChange(double misfit, double sum);
 
-/// Multiplier of a row whose expected change is above the limit, so that it meets it; 1 for any other row, and
-/// without a limit (0).
+/// Multiplier of a row whose expected change is above the limit, so that it meets it; 1 for any other row,
+/// and without a limit (0).
 double constraintMultiplier(double expected, double limit);
 
 void scaleRow(double factor, std::size_t row, SensitivityRows& rows);

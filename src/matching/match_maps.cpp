@@ -20,7 +20,8 @@ void addMap(const Simulation& s, std::FILE* file, const CellValue& value, std::s
     writeBlockZone(file, s.grid, zoneNodes(s.options), value, s.clock.hmIteration, title);
 }
 
-void replaceMap(const Simulation& s, const std::string& name, const CellValue& value, std::string_view title) {
+void replaceMap(const Simulation& s, const std::string& name, const CellValue& value,
+                std::string_view title) {
     std::FILE* file = openForReplace(s.console, outputPath(s.outputs, name));
     addMap(s, file, value, title);
     closeWhole(s.console, file);
@@ -34,7 +35,8 @@ void replaceInversionMap(Simulation& s, int offset, const CellValue& value, std:
 
 void writeLatest(const Simulation& s) {
     const CellArray<double>& k = s.grid.PERMX;
-    replaceMap(s, std::string(outputName(OutputFile::HmPermLatest)), [&](CellId c) { return k[c]; }, "PERMX");
+    replaceMap(
+        s, std::string(outputName(OutputFile::HmPermLatest)), [&](CellId c) { return k[c]; }, "PERMX");
     replaceMap(
         s, std::string(outputName(OutputFile::HmPermLatestLog)), [&](CellId c) { return plottedLog10(k[c]); },
         "Kx_Log");
@@ -47,24 +49,31 @@ void addHistory(const Simulation& s) {
     const auto add = [&](OutputFile file, const CellValue& value, std::string_view title) {
         addMap(s, stream(s.outputs, file), value, title);
     };
-    add(OutputFile::HmPermChangeCum, [&](CellId c) { return logRatio(k[c], s.match.prior[c]); }, ChangeTitle);
-    add(OutputFile::HmPermChangeInc, [&](CellId c) { return logRatio(k[c], s.match.base.x[c]); },
+    add(
+        OutputFile::HmPermChangeCum, [&](CellId c) { return logRatio(k[c], s.match.prior[c]); }, ChangeTitle);
+    add(
+        OutputFile::HmPermChangeInc, [&](CellId c) { return logRatio(k[c], s.match.base.x[c]); },
         ChangeTitle);
-    add(OutputFile::HmPermHist, [&](CellId c) { return k[c]; }, UpdatedTitle);
-    add(OutputFile::HmPermHistLog, [&](CellId c) { return plottedLog10(k[c]); }, "Kx_Log");
+    add(
+        OutputFile::HmPermHist, [&](CellId c) { return k[c]; }, UpdatedTitle);
+    add(
+        OutputFile::HmPermHistLog, [&](CellId c) { return plottedLog10(k[c]); }, "Kx_Log");
 }
 
 }  // namespace
 
 void writeFirstMaps(Simulation& s) {
-    replaceInversionMap(s, InitialK, [&](CellId c) { return s.match.prior[c]; }, UpdatedTitle);
+    replaceInversionMap(
+        s, InitialK, [&](CellId c) { return s.match.prior[c]; }, UpdatedTitle);
     writeLatest(s);
 }
 
 void writeUpdateMaps(Simulation& s) {
     const CellArray<double>& k = s.grid.PERMX;
-    replaceInversionMap(s, InitialK, [&](CellId c) { return s.match.prior[c]; }, UpdatedTitle);
-    replaceInversionMap(s, FinalK, [&](CellId c) { return k[c]; }, UpdatedTitle);
+    replaceInversionMap(
+        s, InitialK, [&](CellId c) { return s.match.prior[c]; }, UpdatedTitle);
+    replaceInversionMap(
+        s, FinalK, [&](CellId c) { return k[c]; }, UpdatedTitle);
     replaceInversionMap(
         s, IncrementK, [&](CellId c) { return logRatio(k[c], s.match.base.x[c]); }, UpdatedTitle);
     writeLatest(s);

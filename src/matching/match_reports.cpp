@@ -15,10 +15,9 @@ struct QuantityFile {
     int offset;  // from OutputFile::HmObjFncNameFirst; the file of absolute values follows
     std::size_t place;
 };
-constexpr QuantityFile QuantityTables[] = {{0, quantity::Pressure}, {2, quantity::Fraction},
-                                           {4, quantity::GasOilRatio}, {6, quantity::Gas},
-                                           {8, quantity::Oil}, {10, quantity::Cut},
-                                           {12, quantity::Water}};
+constexpr QuantityFile QuantityTables[] = {
+    {0, quantity::Pressure}, {2, quantity::Fraction}, {4, quantity::GasOilRatio}, {6, quantity::Gas},
+    {8, quantity::Oil},      {10, quantity::Cut},     {12, quantity::Water}};
 
 OutputFile next(OutputFile file, int offset) {
     return static_cast<OutputFile>(static_cast<int>(file) + offset);
@@ -95,8 +94,9 @@ void iterationTables(Simulation& s, const std::vector<const RunMisfit*>& runs) {
                    [](const RunMisfit& run) { return std::vector<double>{rms(run, &WellMisfit::pressure)}; });
     NumberWriter shifts = replaced(s, next(OutputFile::InvFirst, 11));
     put(shifts, " Iteration   Traveltime RMS error   Sum of differences\n");
-    putByIteration(shifts, runs,
-                   [](const RunMisfit& run) { return std::vector<double>{run.shiftRms, run.matched}; });
+    putByIteration(shifts, runs, [](const RunMisfit& run) {
+        return std::vector<double>{run.shiftRms, run.matched};
+    });
 }
 
 /// Well, time, observed, calculated.

@@ -22,9 +22,8 @@ const std::string& observedFolder(const RunOptions& options) {
 }
 
 bool underPressureControl(const WellRecord& wells, const std::string& name) {
-    return std::any_of(wells.wells.begin(), wells.wells.end(), [&](const Well& well) {
-        return well.WellName == name && well.WellControl == "bhp";
-    });
+    return std::any_of(wells.wells.begin(), wells.wells.end(),
+                       [&](const Well& well) { return well.WellName == name && well.WellControl == "bhp"; });
 }
 
 /// Amplitudes count as matched where the time that stands for them is below the criterion of times.

@@ -103,8 +103,8 @@ std::size_t nonzeros(const DataKind& kind) {
 /// water comes earlier.
 DataKind firstKind(const Simulation& s, SensitivityRows rows) {
     const bool amplitudes = s.options.amplitudeMatching;
-    DataKind kind{"WCT", "WaterCutShift dt", std::move(rows), {}, s.options.lnkLimitWct,
-                  amplitudes ? 1.0 : -1.0, 1.0};
+    DataKind kind{
+        "WCT", "WaterCutShift dt", std::move(rows), {}, s.options.lnkLimitWct, amplitudes ? 1.0 : -1.0, 1.0};
     for (std::size_t w = 0; w < s.match.wells.size(); ++w) {
         const WellMatch& well = s.match.wells[w];
         if (amplitudes) scaleRow(well.slope, w, kind.rows);

@@ -16,6 +16,7 @@
 #include "run/banners.hpp"
 #include "run/closing_summary.hpp"
 #include "run/economic_limits.hpp"
+#include "run/history_match.hpp"
 #include "run/ix_trace.hpp"
 #include "run/outside_decks.hpp"
 #include "run/process.hpp"
@@ -218,6 +219,33 @@ int finishCheck(Simulation& simulation) {
     return 0;
 }
 
+/// The schedule from where the clock stands to its end. Empty, or where a signal has ended it.
+std::string_view runForward(Simulation& simulation) {
+    RunClock& clock = simulation.clock;
+    for (;;) {
+        if (endSignal() != 0) return "behind a whole step";
+        const bool timeAhead = beginStep(simulation);
+        if (!timeAhead)
+            clock.workDt = clock.dt;
+        else if (!simulation.options.traceFromRestart)
+            takeStep(pressureIsUpdated(simulation.options, clock), simulation);
+        else if (!takeTracedStep(simulation))
+            return "during the outside run";
+        advanceCalendar(clock.workDt, clock);
+        clock.time += clock.workDt;
+        if (simulation.options.traceFromRestart) passTableEntries(simulation);
+        reportStep(clock.workDt, simulation);
+        updateStatus(simulation);
+        checkWritten(simulation.console);
+        if (!followsOutsideWells(simulation.options)) applyEconomicLimits(simulation);
+        noteClosedWells(simulation);
+        if (clock.time >= clock.endTime - TimeTolerance) return {};
+        if (simulation.options.traceFromRestart) passWellEvents(simulation);
+        wellEvent(simulation);
+        nextTableEntries(simulation);
+    }
+}
+
 }  // namespace
 
 int runSimulation(Simulation& simulation) {
@@ -231,30 +259,12 @@ int runSimulation(Simulation& simulation) {
     if (optimisesOutsideRun(simulation.options) && !prepareStepDecks(simulation))
         return finishBySignal(simulation, "during the outside run");
     startStatus(simulation);
-    RunClock& clock = simulation.clock;
-    for (;;) {
-        if (endSignal() != 0) return finishBySignal(simulation, "behind a whole step");
-        const bool timeAhead = beginStep(simulation);
-        if (!timeAhead)
-            clock.workDt = clock.dt;
-        else if (!simulation.options.traceFromRestart)
-            takeStep(pressureIsUpdated(simulation.options, clock), simulation);
-        else if (!takeTracedStep(simulation))
-            return finishBySignal(simulation, "during the outside run");
-        advanceCalendar(clock.workDt, clock);
-        clock.time += clock.workDt;
-        if (simulation.options.traceFromRestart) passTableEntries(simulation);
-        reportStep(clock.workDt, simulation);
-        updateStatus(simulation);
-        checkWritten(simulation.console);
-        if (!followsOutsideWells(simulation.options)) applyEconomicLimits(simulation);
-        noteClosedWells(simulation);
-        if (clock.time >= clock.endTime - TimeTolerance) break;
-        if (simulation.options.traceFromRestart) passWellEvents(simulation);
-        wellEvent(simulation);
-        nextTableEntries(simulation);
-    }
-    leaveWellHistory(simulation);
+    beginMatch(simulation);
+    do {
+        if (const std::string_view where = runForward(simulation); !where.empty())
+            return finishBySignal(simulation, where);
+    } while (goOnMatching(simulation));
+    if (!simulation.options.historyMatch) leaveWellHistory(simulation);
     finishRun(simulation, "finished");
     return 0;
 }

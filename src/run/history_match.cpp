@@ -77,8 +77,9 @@ bool halve(Simulation& s, const RunMisfit& run) {
         return false;
     }
     match.halvings += 1;
-    tellRun(s, run,
-            fmt::format(" :: grown, the update is halved ({} of {})", match.halvings, s.options.matchHalvings));
+    tellRun(
+        s, run,
+        fmt::format(" :: grown, the update is halved ({} of {})", match.halvings, s.options.matchHalvings));
     takeHalvedUpdate(s);
     return true;
 }
@@ -126,7 +127,8 @@ void beginMatch(Simulation& s) {
         case ResumeState::None:
             break;
         case ResumeState::Foreign:
-            tell(s.console, "The match in KVR_HM_Resume.bin is of another deck or other data: a new one begins");
+            tell(s.console,
+                 "The match in KVR_HM_Resume.bin is of another deck or other data: a new one begins");
             break;
         case ResumeState::Taken:
             tell(s.console, fmt::format("The match goes on behind {} runs (KVR_HM_Resume.bin)",
