@@ -216,10 +216,11 @@ struct RunOptions {
     double lsqrNorm = 0.0;
     double lsqrSmoothHorizontal = 0.0;
     double lsqrSmoothVertical = 0.0;
-    double travelTimeBeta = 0.0;  // no keyword
-    int matchHalvings = 4;        // HMSAFE: of an update that makes the misfit grow; 0: every update stands
-    bool matchFinalRun = false;   // HMSAFE: the last update is run and judged, too
-    std::string permFileTarget;   // PERMFILE: path of the file that outside runs take permeability from
+    double travelTimeBeta = 0.0;    // no keyword
+    int matchHalvings = 4;          // HMSAFE: of an update that makes the misfit grow; 0: every update stands
+    bool matchFinalRun = false;     // HMSAFE: the last update is run and judged, too
+    bool permFileReplaced = false;  // PERMFILE has changed the file that the grid may have been read from
+    std::string permFileTarget;     // PERMFILE: path of the file that outside runs take permeability from
 
     // --- rate optimisation --------------------------------------------------------------------
     bool rateOptimization = false;

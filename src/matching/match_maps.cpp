@@ -1,5 +1,6 @@
 #include "matching/match_maps.hpp"
 
+#include "base/number_writer.hpp"
 #include "base/written_files.hpp"
 #include "report/block_zone.hpp"
 
@@ -60,6 +61,39 @@ void addHistory(const Simulation& s) {
         OutputFile::HmPermHistLog, [&](CellId c) { return plottedLog10(k[c]); }, "Kx_Log");
 }
 
+constexpr int ValuesPerLine = 6;
+
+void putKeyword(NumberWriter& writer, std::string_view keyword, const CellArray<double>& values) {
+    put(writer, keyword);
+    for (CellId cell = 1; cell <= values.count(); ++cell) {
+        put(writer, cell % ValuesPerLine == 1 ? "\n" : " ");
+        putNumber(writer, values[cell]);
+    }
+    put(writer, "\n/\n");
+}
+
+/// The field as deck text.
+void writeInclude(const Simulation& s) {
+    NumberWriter writer;
+    writer.file = openBeside(s.console, s.outputs, OutputFile::HmPermInclude);
+    putKeyword(writer, "PERMX", s.grid.PERMX);
+    putKeyword(writer, "PERMY", s.grid.PERMY);
+    putKeyword(writer, "PERMZ", s.grid.PERMZ);
+    flush(writer);
+    closeWhole(s.console, writer.file);
+}
+
+/// What an outside simulator reads: its own values times the change, so that what its deck does to them acts
+/// once.
+void writeOutsidePermeability(const Simulation& s) {
+    if (s.match.permFile.path.empty()) return;
+    CellArray<double> ratio;
+    ratio.assign(s.grid.NCELLS, 1.0);
+    for (CellId cell = 1; cell <= ratio.count(); ++cell)
+        if (s.match.prior[cell] > 0.0) ratio[cell] = s.grid.PERMX[cell] / s.match.prior[cell];
+    writePermFile(s.console, s.match.permFile, ratio);
+}
+
 }  // namespace
 
 void writeFirstMaps(Simulation& s) {
@@ -83,6 +117,8 @@ void writeUpdateMaps(Simulation& s) {
     replaceMap(
         s, fmt::format("HM_ITE_{:04}", s.clock.hmIteration + 1), [&](CellId c) { return k[c]; }, "PERMX");
     addHistory(s);
+    writeInclude(s);
+    writeOutsidePermeability(s);
     flushOutputs(s.outputs);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "matching/perm_file.hpp"
 #include "matching/well_match.hpp"
 
 #include <array>
@@ -45,6 +46,7 @@ struct Permeabilities {
 struct MatchRecord {
     std::vector<WellMatch> wells;       // histories of the last run, producers
     std::vector<WellMatch> firstWells;  // those of the first one
+    std::vector<WellMatch> keptWells;   // those of the last accepted one
     std::vector<RunMisfit> accepted;    // runs whose field was kept, one for each iteration begun
     CellArray<double> prior;            // PERMX of the first run, md
     Permeabilities base;                // fields of the last accepted run
@@ -52,6 +54,8 @@ struct MatchRecord {
     int halvings = 0;                   // of the update in the present run
     bool ended = false;                 // nothing is left to be changed
     bool lastUpdateMade = false;        // the present run only judges it
+    bool closingRun = false;            // the present run only shows the field that the match ends with
+    PermFile permFile;                  // PERMFILE; without a path there is none
     double startSeconds = 0.0;          // wall clock at the start of the match
     int runs = 0;                       // forward runs of this process
 };

@@ -61,7 +61,7 @@ using WellValue = double (*)(const WellMisfit&, std::size_t);
 void wellTable(Simulation& s, OutputFile file, const std::vector<const RunMisfit*>& runs, std::size_t place,
                WellValue value, bool summed) {
     NumberWriter writer = replaced(s, file);
-    putWellHead(writer, s.match.wells, summed ? "Total" : "");
+    putWellHead(writer, s.match.keptWells, summed ? "Total" : "");
     putByIteration(writer, runs, [&](const RunMisfit& run) {
         std::vector<double> values;
         double total = 0.0;
@@ -118,7 +118,7 @@ void curves(Simulation& s, OutputFile file, const std::vector<WellMatch>& wells,
 void wellValues(Simulation& s, OutputFile file, const RunMisfit& run, double WellMisfit::*value) {
     NumberWriter writer = replaced(s, file);
     for (std::size_t w = 0; w < run.wells.size(); ++w) {
-        put(writer, fmt::format("{:<8}", s.match.wells[w].name));
+        put(writer, fmt::format("{:<8}", s.match.keptWells[w].name));
         putCell(writer, run.wells[w].*value);
         put(writer, "\n");
     }
@@ -128,8 +128,8 @@ void wellValues(Simulation& s, OutputFile file, const RunMisfit& run, double Wel
 void curveTables(Simulation& s, const std::vector<const RunMisfit*>& runs) {
     const auto inversion = [](int offset) { return next(OutputFile::InvFirst, offset); };
     wellValues(s, inversion(0), *runs.back(), &WellMisfit::pressure);
-    curves(s, inversion(2), s.match.wells, true);
-    curves(s, inversion(3), s.match.wells, false);
+    curves(s, inversion(2), s.match.keptWells, true);
+    curves(s, inversion(3), s.match.keptWells, false);
     wellValues(s, inversion(4), *runs.back(), &WellMisfit::shift);
     wellValues(s, inversion(6), *runs.front(), &WellMisfit::pressure);
     curves(s, inversion(7), s.match.firstWells, true);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view Magic = "KVRMATCH0001";
 constexpr std::uint64_t HashStart = 14695981039346656037ULL, HashFactor = 1099511628211ULL;  // FNV-1a
-constexpr std::uint64_t MostItems = 1ULL << 40U;
+constexpr std::uint64_t MostItems = 1ULL << 24U;
 
 std::uint64_t hashOf(std::string_view bytes, std::uint64_t hash = HashStart) {
     for (const char byte : bytes) {
@@ -134,24 +134,31 @@ void walkRun(const Walk& walk, RunMisfit& run) {
 }
 
 template <class Walk>
+void walkWells(const Walk& walk, std::vector<WellMatch>& wells) {
+    auto count = static_cast<std::uint64_t>(wells.size());
+    walk.item(count);
+    if (count >= MostItems) return;
+    wells.resize(count);
+    for (WellMatch& well : wells) {
+        walk.text(well.name);
+        walkSeries(walk, well.obs);
+        walkSeries(walk, well.cal);
+    }
+}
+
+template <class Walk>
 void walkMatch(const Walk& walk, int& iteration, MatchRecord& match) {
     walk.item(iteration);
     walk.item(match.halvings);
     walk.item(match.lastUpdateMade);
+    walk.item(match.closingRun);
     auto runs = static_cast<std::uint64_t>(match.accepted.size());
     walk.item(runs);
     if (runs >= MostItems) return;
     match.accepted.resize(runs);
     for (RunMisfit& run : match.accepted) walkRun(walk, run);
-    auto wells = static_cast<std::uint64_t>(match.firstWells.size());
-    walk.item(wells);
-    if (wells >= MostItems) return;
-    match.firstWells.resize(wells);
-    for (WellMatch& well : match.firstWells) {
-        walk.text(well.name);
-        walkSeries(walk, well.obs);
-        walkSeries(walk, well.cal);
-    }
+    walkWells(walk, match.firstWells);
+    walkWells(walk, match.keptWells);
     for (CellArray<double>* field : {&match.base.x, &match.base.y, &match.base.z, &match.dlnk})
         walk.list(field->slots);
 }

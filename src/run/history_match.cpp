@@ -65,16 +65,17 @@ bool grows(const MatchRecord& match, const RunMisfit& run) {
     return !match.accepted.empty() && run.judged > match.accepted.back().judged;
 }
 
-/// The update again, half as large; or the field before it where that has been done often enough, which ends
-/// the match: the same field would ask for the same update.
+/// The update again, half as large; or the field before it where that has been done often enough. That ends
+/// the match, since the same field would ask for the same update; a last run leaves the files of the field.
 bool halve(Simulation& s, const RunMisfit& run) {
     MatchRecord& match = s.match;
     if (match.halvings >= s.options.matchHalvings) {
         tellRun(s, run, " :: grown, the update is put back and no other is left");
         std::fill(match.dlnk.slots.begin(), match.dlnk.slots.end(), 0.0);
-        match.ended = true;
+        match.halvings = 0;
+        match.ended = match.closingRun = true;
         takeHalvedUpdate(s);
-        return false;
+        return true;
     }
     match.halvings += 1;
     tellRun(
@@ -103,6 +104,7 @@ bool judge(Simulation& s, RunMisfit& run) {
     MatchRecord& match = s.match;
     if (s.options.matchHalvings > 0 && grows(match, run)) return halve(s, run);
     match.accepted.push_back(run);
+    match.keptWells = match.wells;
     writeMatchTables(s, match.accepted.back());
     tellRun(s, run, "");
     if (match.lastUpdateMade) return false;
@@ -122,6 +124,8 @@ void beginMatch(Simulation& s) {
     s.match.prior = s.grid.PERMX;
     s.match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     s.match.dlnk.assign(s.grid.NCELLS, 0.0);
+    if (!s.options.permFileTarget.empty())
+        s.match.permFile = readPermFile(s.console, s.options.permFileTarget, s.grid.NCELLS);
     keepRunStart(s);
     switch (readMatchResume(s)) {
         case ResumeState::None:
@@ -133,6 +137,7 @@ void beginMatch(Simulation& s) {
         case ResumeState::Taken:
             tell(s.console, fmt::format("The match goes on behind {} runs (KVR_HM_Resume.bin)",
                                         s.match.accepted.size()));
+            writeMatchTables(s, s.match.accepted.back());
             takeHalvedUpdate(s);
             return startAnew(s);
     }
@@ -144,6 +149,10 @@ bool goOnMatching(Simulation& s) {
     MatchRecord& match = s.match;
     match.runs += 1;
     readResponse(s);
+    if (match.closingRun) {
+        removeMatchResume(s);
+        return false;
+    }
     RunMisfit run;
     run.largestChange = largestChange(match);
     run.halvings = match.halvings;

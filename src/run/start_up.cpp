@@ -176,6 +176,17 @@ void requireOutsidePermission(const Simulation& simulation) {
         requirePermission(simulation.console, options, options.headerName);
 }
 
+/// A run whose records are empty again, with the console and the command line that it has.
+void makeAnew(Simulation& simulation) {
+    const Console console = simulation.console;
+    const CommandLine command = simulation.command;
+    const std::function<void()> atStop = simulation.atStop;
+    simulation = Simulation{};
+    simulation.console = console;
+    simulation.command = command;
+    simulation.atStop = atStop;
+}
+
 void openAndRead(Simulation& simulation) {
     resetCounters(simulation.clock);
     openInput(simulation);
@@ -185,6 +196,14 @@ void openAndRead(Simulation& simulation) {
         extractAndStop(simulation);
     }
     readInput(simulation);
+    if (simulation.options.permFileReplaced) {
+        lineToScreen(simulation.console,
+                     "PERMFILE :: the deck is read again, with the permeability of the initial file");
+        closeOutputs(simulation.outputs);
+        closeLog(simulation.outputs, simulation.console);
+        makeAnew(simulation);
+        return openAndRead(simulation);
+    }
     requireOutsidePermission(simulation);
     switchOnSummary(simulation);
     requirePressure(simulation);
@@ -202,11 +221,7 @@ void convertAndClose(Simulation& simulation) {
     constexpr std::string_view DefaultHeader = "ECLIPSE";
     convertAndClose(simulation);
     if (simulation.options.headerName == DefaultHeader) {
-        const Console console = simulation.console;
-        const CommandLine command = simulation.command;
-        simulation = Simulation{};
-        simulation.console = console;
-        simulation.command = command;
+        makeAnew(simulation);
         openAndRead(simulation);
         convertAndClose(simulation);
     }

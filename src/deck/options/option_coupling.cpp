@@ -107,6 +107,7 @@ void copyPermFile(SectionReader& reader, RunOptions& options) {
     stopIfMissing(reader, initial, "Error :: HistoryMatching, cannot find initial  input file by PERMFILE");
 
     const std::string text = linesToCopy(reader, initial);
+    options.permFileReplaced = text != linesToCopy(reader, target);
     std::ofstream out(target, std::ios::trunc);
     if (!(out << text).flush()) stopOnCopyFailure(reader, target);
     options.permFileTarget = target;
