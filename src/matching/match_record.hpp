@@ -57,6 +57,7 @@ struct MatchRecord {
     bool closingRun = false;            // the present run only shows the field that the match ends with
     PermFile permFile;                  // PERMFILE; without a path there is none
     double startSeconds = 0.0;          // wall clock at the start of the match
+    bool observedGiven = false;         // the folder had observed histories at the start: they are the user's
     int runs = 0;                       // forward runs of this process
 };
 

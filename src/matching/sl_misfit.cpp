@@ -65,10 +65,13 @@ void tellHead(const Console& console) {
     lineToBoth(console, "Start analyzing saved information...");
 }
 
+std::vector<WellSeries> readObserved(const Simulation& s, const std::vector<std::string>& names) {
+    return readWellSeries(s.console, observedFolder(s.options), WellDataSide::Observed, names,
+                          s.options.componentCount);
+}
+
 /// Without a point to go by nothing can be matched.
-void requireData(const Console& console, const std::vector<WellMatch>& wells) {
-    const bool any =
-        std::any_of(wells.begin(), wells.end(), [](const WellMatch& well) { return well.obs.count() > 1; });
+void requireData(const Console& console, bool any) {
     if (any) return;
     both(console, "ERROR :: {} HAS NO PRODUCER OF THE RUN WITH TWO POINTS OR MORE", ObservedFile);
     hardStop(console);
@@ -83,14 +86,18 @@ std::vector<std::string> producerNames(const WellRecord& wells) {
     return names;
 }
 
+void checkObserved(const Simulation& s) {
+    if (s.options.useHistoryControls || s.options.traceFromRestart) return;
+    const std::vector<WellSeries> observed = readObserved(s, producerNames(s.wells));
+    requireData(s.console, std::any_of(observed.begin(), observed.end(),
+                                       [](const WellSeries& well) { return well.count() > 1; }));
+}
+
 void SL_MISFIT(Simulation& s, RunMisfit& run) {
     const RunOptions& options = s.options;
     tellHead(s.console);
     const std::vector<std::string> names = producerNames(s.wells);
-    lineToBoth(s.console, "Read WELL_OBSERVED.DATA ");
-    const std::vector<WellSeries> observed = readWellSeries(
-        s.console, observedFolder(options), WellDataSide::Observed, names, options.componentCount);
-    lineToBoth(s.console, "Read WELL_CALCULATED.DATA ");
+    const std::vector<WellSeries> observed = readObserved(s, names);
     const std::vector<WellSeries> calculated = readWellSeries(
         s.console, options.workingFolder, WellDataSide::Calculated, names, options.componentCount);
     const MisfitSettings settings = misfitSettings(options);
@@ -100,7 +107,8 @@ void SL_MISFIT(Simulation& s, RunMisfit& run) {
         s.match.wells.push_back(alignSeries(s.console, observed[w], calculated[w]));
         measureWell(s, settings, s.match.wells.back(), run.wells[w]);
     }
-    requireData(s.console, s.match.wells);
+    requireData(s.console, std::any_of(s.match.wells.begin(), s.match.wells.end(),
+                                       [](const WellMatch& well) { return well.obs.count() > 1; }));
     totalMisfits({options.objectiveWeightWct, options.objectiveWeightBhp}, s.match.accepted, run);
     logPoints(s.console, settings, s.match.wells);
     if (s.match.firstWells.empty()) s.match.firstWells = s.match.wells;

@@ -2,6 +2,7 @@
 
 #include "base/messages.hpp"
 #include "base/stopwatch.hpp"
+#include "eclipse/file_names.hpp"
 #include "eclipse/summary_reader.hpp"
 #include "matching/match_maps.hpp"
 #include "matching/match_reports.hpp"
@@ -31,6 +32,7 @@ void readResponse(Simulation& s) {
     if (isAnalyticalPhase(s.options, s.clock.solverPhaseIndex) || s.options.traceFromRestart) return;
     RunOptions place = s.options;
     place.deckFile.clear();  // own files stand where the results do
+    place.useHistoryControls = s.options.useHistoryControls && !s.match.observedGiven;
     read_ECL_response(s.console, place, s.schedule, s.options.headerName, 1, s.outside.response);
 }
 
@@ -121,6 +123,8 @@ void startAnew(Simulation& s) {
 void beginMatch(Simulation& s) {
     if (!s.options.historyMatch) return;
     s.match.startSeconds = wallSeconds();
+    checkObserved(s);
+    s.match.observedGiven = fileExists(s.options.workingFolder + "WELL_OBSERVED.DATA");
     s.match.prior = s.grid.PERMX;
     s.match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     s.match.dlnk.assign(s.grid.NCELLS, 0.0);
