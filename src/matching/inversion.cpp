@@ -51,6 +51,7 @@ RowFigures rowFigures(const SensitivityRows& rows, std::size_t row) {
     figures.least = figures.most = rows.value[first];
     for (std::size_t n = first; n < last; ++n) {
         figures.sum += rows.value[n];
+        figures.sumOfSizes += std::abs(rows.value[n]);
         figures.least = std::min(figures.least, rows.value[n]);
         figures.most = std::max(figures.most, rows.value[n]);
     }

@@ -16,10 +16,13 @@ namespace kvr {
 struct RowFigures {
     std::size_t nonzeros = 0;
     double sum = 0.0, mean = 0.0, least = 0.0, most = 0.0, variance = 0.0;  // over the values that are not 0
+    double sumOfSizes = 0.0;
 };
 RowFigures rowFigures(const SensitivityRows& rows, std::size_t row);
 
 /// The change of ln k that a misfit asks for at the average sensitivity, misfit / sum; 0 where the sum is.
+/// The sum is that of the sizes: where a field of fixed rates answers to a pattern of permeability and not to
+/// its level, the plain sum of a row is next to nothing.
 double expectedChange(double misfit, double sum);
 
 /// Multiplier of a row whose expected change is above the limit, so that it meets it; 1 for any other row,

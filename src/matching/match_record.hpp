@@ -30,6 +30,7 @@ struct WellMisfit {
 struct RunMisfit {
     std::vector<WellMisfit> wells;  // producers, in their order
     double shiftRms = 0.0;          // days
+    double shift = 0.0;             // days, sum over the wells of |shift|
     double matched = 0.0;           // sum over the wells
     double pressure = 0.0;          // psi, sum over the wells of |pressure|
     double judged = 0.0;            // what updates are judged by: 1 in the first run, 0 in a perfect one

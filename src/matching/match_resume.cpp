@@ -123,7 +123,8 @@ void walkSeries(const Walk& walk, WellSeries& series) {
 
 template <class Walk>
 void walkRun(const Walk& walk, RunMisfit& run) {
-    for (double* value : {&run.shiftRms, &run.matched, &run.pressure, &run.judged, &run.largestChange})
+    for (double* value :
+         {&run.shiftRms, &run.shift, &run.matched, &run.pressure, &run.judged, &run.largestChange})
         walk.item(*value);
     walk.item(run.halvings);
     auto count = static_cast<std::uint64_t>(run.wells.size());

@@ -37,23 +37,24 @@ void sumMisfits(const WellMatch& well, int component, WellMisfit& misfit) {
 }
 
 void totalMisfits(const ObjectiveWeights& weights, std::span<const RunMisfit> before, RunMisfit& run) {
-    run.shiftRms = run.matched = run.pressure = 0.0;
+    run.shiftRms = run.shift = run.matched = run.pressure = 0.0;
     for (const WellMisfit& well : run.wells) {
         run.shiftRms += well.shift * well.shift;
+        run.shift += std::abs(well.shift);
         run.matched += well.matched;
         run.pressure += std::abs(well.pressure);
     }
     if (!run.wells.empty()) run.shiftRms = std::sqrt(run.shiftRms / static_cast<double>(run.wells.size()));
     const RunMisfit& first = before.empty() ? run : before.front();
     double sum = 0.0, all = 0.0;
-    if (first.matched > 0.0) {
-        sum += weights.cut * run.matched / first.matched;
-        all += weights.cut;
-    }
-    if (first.pressure > 0.0) {
-        sum += weights.pressure * run.pressure / first.pressure;
-        all += weights.pressure;
-    }
+    const auto add = [&](double weight, double RunMisfit::*part) {
+        if (!(first.*part > 0.0)) return;
+        sum += weight * (run.*part / first.*part);
+        all += weight;
+    };
+    add(0.5 * weights.cut, &RunMisfit::matched);
+    add(0.5 * weights.cut, &RunMisfit::shift);
+    add(weights.pressure, &RunMisfit::pressure);
     run.judged = all > 0.0 ? sum / all : 0.0;
 }
 

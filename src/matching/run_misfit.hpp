@@ -16,9 +16,10 @@ struct ObjectiveWeights {
 };
 
 /// Sums over the wells, and what updates are judged by,
-///   J = (w1 A/A0 + w2 P/P0) / (w1 + w2),
-/// A the sum over wells of |observed - calculated| of the matched curve, P that of |pressure misfits|, A0 and
-/// P0 those of the first run. A kind that the first run matches has no part.
+///   J = (w1 (A/A0 + T/T0)/2 + w2 P/P0) / (w1 + w2),
+/// A the sum over wells of |observed - calculated| of the matched curve, T that of |shifts|, P that of
+/// |pressure misfits|; A0, T0 and P0 those of the first run. A part that the first run matches is left out:
+/// an early update moves curves before it gives them their shape, so neither A nor T alone tells of progress.
 void totalMisfits(const ObjectiveWeights& weights, std::span<const RunMisfit> before, RunMisfit& run);
 
 }  // namespace kvr

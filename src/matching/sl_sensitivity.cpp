@@ -40,7 +40,7 @@ void tellRow(const Simulation& s, const DataKind& kind, std::size_t w, KindTotal
     line("MiniVal", row.least);
     line("MaxiVal", row.most);
     line("Varianc", row.variance);
-    line("ExpecDk", expectedChange(kind.misfit[w], row.sum));
+    line("ExpecDk", expectedChange(kind.misfit[w], row.sumOfSizes));
     totals.sum += row.sum;
     totals.misfit += kind.misfit[w];
 }
@@ -86,7 +86,7 @@ void clearMatchedRows(DataKind& kind) {
 void constrainRows(Simulation& s, DataKind& kind, double WellMatch::*multiplier) {
     for (std::size_t w = 0; w < kind.misfit.size(); ++w) {
         WellMatch& well = s.match.wells[w];
-        const double expected = expectedChange(kind.misfit[w], rowFigures(kind.rows, w).sum);
+        const double expected = expectedChange(kind.misfit[w], rowFigures(kind.rows, w).sumOfSizes);
         well.*multiplier = constraintMultiplier(expected, kind.limit);
         if (well.*multiplier == 1.0) continue;
         both(s.console, " > Multi {} Sens Well {} : = {}", kind.name, well.name, number(well.*multiplier));

@@ -10,7 +10,6 @@ import pytest
 
 import kvr_run
 import small_deck
-import tecplot
 from kvr_run import finished_normally, run
 
 WELLS = small_deck.WELLS.replace("'PROD' 'OPEN' 'BHP' 5* 2000", "'PROD' 'OPEN' 'LRAT' 3* 900 1* 500").replace(
@@ -44,7 +43,7 @@ def observed(tmp_path_factory):
     """What the wells of the true model did: its diagonal is four times as permeable."""
     folder = tmp_path_factory.mktemp("truth")
     finished_normally(run(folder, deck(kvr_run.options(lines=100, solver="DGESV"), permeability(diagonal=4.0))))
-    rows = kvr_run.run_table(folder) if hasattr(kvr_run, "run_table") else summary(folder)
+    rows = summary(folder)
     times = [30.0 * (n + 1) for n in range(12)]
     text = "WNAME TIME WOPR WWPR WBHP WWCT\n"
     for day in times:
@@ -85,8 +84,6 @@ def test_a_match_comes_closer_run_by_run(tmp_path, observed):
     for name in TABLES:
         assert (tmp_path / name).stat().st_size > 0, name
     assert not (tmp_path / "KVR_HM_Resume.bin").exists()
-    first = tecplot.zones(tmp_path / "KVR_Inv_InitialK.out") if hasattr(tecplot, "zones") else None
-    assert first is None or len(first) == 1
 
 
 def test_one_iteration_is_one_run_and_one_update(tmp_path, observed):
@@ -179,8 +176,6 @@ def test_the_file_of_an_outside_deck_follows_the_field(tmp_path, observed):
     files = {OBSERVED: observed, "PERM.INC": "PERMX\n25*77 /\n", "FIRST.INC": "-- half\nPERMX\n25*50 /\nNTG\n25*1 /\n"}
     result = finished_normally(run(tmp_path, text, files=files))
     assert "PERMFILE :: the deck is read again" in result.console
-    first = re.search(r"0\.00000.*", (tmp_path / "KVR_Inv_InitialK.out").read_text()) is not None or True
-    assert first
     written = (tmp_path / "PERM.INC").read_text()
     assert written.startswith("-- half\nPERMX") and written.endswith("NTG\n25*1 /\n")
     outside = numpy.array(re.search(r"PERMX\n([^/]*)/", written)[1].split(), dtype=float)

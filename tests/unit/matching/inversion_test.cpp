@@ -51,6 +51,7 @@ TEST(RowFigures, AreThoseOfTheValuesThatAreNotZero) {
     EXPECT_EQ(row.least, 2.0);
     EXPECT_EQ(row.most, 4.0);
     EXPECT_EQ(row.variance, 1.0);
+    EXPECT_EQ(rowFigures(rowOf({-2.0, 5.0}), 0).sumOfSizes, 7.0);
     EXPECT_EQ(rowFigures(rowOf({0.0, 0.0}), 0).sum, 0.0);
 }
 

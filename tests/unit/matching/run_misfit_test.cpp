@@ -42,9 +42,13 @@ TEST(JudgedMisfit, IsTheWeightedShareOfTheFirstRun) {
     EXPECT_NEAR(first.shiftRms, 35.35533905932738, 1e-12);
     RunMisfit second = runOf(5.0, 20.0);
     totalMisfits({0.5, 0.5}, {&first, 1}, second);
-    EXPECT_NEAR(second.judged, 0.3, 1e-15);
+    second.wells[0].shift = 14.0;
+    second.wells[1].shift = 0.0;
+    totalMisfits({0.5, 0.5}, {&first, 1}, second);
+    EXPECT_NEAR(second.judged, (0.5 * (0.5 + 0.2) / 2 + 0.5 * 0.1) / 1.0, 1e-15)
+        << "5 of 10, 14 of 70, 20 of 200";
     totalMisfits({1.0, 0.25}, {&first, 1}, second);
-    EXPECT_NEAR(second.judged, (0.5 + 0.025) / 1.25, 1e-15);
+    EXPECT_NEAR(second.judged, (0.35 + 0.025) / 1.25, 1e-15);
 }
 
 TEST(JudgedMisfit, LeavesOutAKindThatTheFirstRunMatches) {
@@ -52,8 +56,9 @@ TEST(JudgedMisfit, LeavesOutAKindThatTheFirstRunMatches) {
     totalMisfits({0.5, 0.5}, {}, first);
     RunMisfit second = runOf(4.0, 3.0);
     totalMisfits({0.5, 0.5}, {&first, 1}, second);
-    EXPECT_NEAR(second.judged, 0.4, 1e-15);
+    EXPECT_NEAR(second.judged, (0.4 + 1.0) / 2, 1e-15) << "the shifts are those of the first run";
     RunMisfit perfect = runOf(0.0, 0.0);
+    perfect.wells[0].shift = perfect.wells[1].shift = 0.0;
     totalMisfits({0.5, 0.5}, {}, perfect);
     EXPECT_EQ(perfect.judged, 0.0);
 }
