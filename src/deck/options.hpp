@@ -216,9 +216,11 @@ struct RunOptions {
     double lsqrNorm = 0.0;
     double lsqrSmoothHorizontal = 0.0;
     double lsqrSmoothVertical = 0.0;
-    double travelTimeBeta = 0.0;    // no keyword
-    int matchHalvings = 4;          // HMSAFE: of an update that makes the misfit grow; 0: every update stands
-    bool matchFinalRun = false;     // HMSAFE: the last update is run and judged, too
+    double travelTimeBeta = 0.0;  // no keyword
+    int matchHalvings = 4;        // HMSAFE: of an update that makes the misfit grow; 0: every update stands
+    int curveParts = 0;           // HMCURVE: parts of each history that are matched beside its shift; 0: none
+    int curveFrom = 1;            // HMCURVE: first iteration that does
+    bool matchFinalRun = false;   // HMSAFE: the last update is run and judged, too
     bool permFileReplaced = false;  // PERMFILE has changed the file that the grid may have been read from
     std::string permFileTarget;     // PERMFILE: path of the file that outside runs take permeability from
 

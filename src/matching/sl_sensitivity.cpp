@@ -1,5 +1,6 @@
 #include "matching/sl_sensitivity.hpp"
 
+#include "matching/curve_rows.hpp"
 #include "matching/inversion.hpp"
 #include "matching/match_maps.hpp"
 #include "matching/minimise.hpp"
@@ -18,10 +19,11 @@ struct DataKind {
     std::string_view name;   // WCT, BHP
     std::string_view shift;  // "WaterCutShift dt", ..
     SensitivityRows rows;
-    std::vector<double> misfit;  // by well, unit of the datum
+    std::vector<double> misfit;  // by row, unit of the datum
     double limit = 0.0;          // of the expected change
     double sign = 1.0;           // of the rows in the system
     double weight = 1.0;
+    std::vector<std::size_t> well;  // of each row
 };
 
 struct KindTotals {
@@ -30,11 +32,12 @@ struct KindTotals {
 
 void tellRow(const Simulation& s, const DataKind& kind, std::size_t w, KindTotals& totals) {
     const RowFigures row = rowFigures(kind.rows, w);
+    const std::string& name = s.match.wells[kind.well[w]].name;
     const auto line = [&](std::string_view label, double value) {
-        both(s.console, " {} {} Sens Well {} : {}", label, kind.name, s.match.wells[w].name, number(value));
+        both(s.console, " {} {} Sens Well {} : {}", label, kind.name, name, number(value));
     };
     line("NONZero", static_cast<double>(row.nonzeros));
-    both(s.console, " {} Well {} : {}", kind.shift, s.match.wells[w].name, number(kind.misfit[w]));
+    both(s.console, " {} Well {} : {}", kind.shift, name, number(kind.misfit[w]));
     line("TotSumm", row.sum);
     line("MeanVal", row.mean);
     line("MiniVal", row.least);
@@ -72,8 +75,8 @@ void tellTotals(const Console& console, const std::vector<DataKind>& kinds,
 
 void tellStatistics(const Simulation& s, const std::vector<DataKind>& kinds) {
     std::vector<KindTotals> totals(kinds.size());
-    for (std::size_t w = 0; w < s.match.wells.size(); ++w)
-        for (std::size_t n = 0; n < kinds.size(); ++n) tellRow(s, kinds[n], w, totals[n]);
+    for (std::size_t n = 0; n < kinds.size(); ++n)
+        for (std::size_t w = 0; w < kinds[n].misfit.size(); ++w) tellRow(s, kinds[n], w, totals[n]);
     tellTotals(s.console, kinds, totals);
 }
 
@@ -85,7 +88,7 @@ void clearMatchedRows(DataKind& kind) {
 
 void constrainRows(Simulation& s, DataKind& kind, double WellMatch::*multiplier) {
     for (std::size_t w = 0; w < kind.misfit.size(); ++w) {
-        WellMatch& well = s.match.wells[w];
+        WellMatch& well = s.match.wells[kind.well[w]];
         const double expected = expectedChange(kind.misfit[w], rowFigures(kind.rows, w).sumOfSizes);
         well.*multiplier = constraintMultiplier(expected, kind.limit);
         if (well.*multiplier == 1.0) continue;
@@ -104,18 +107,39 @@ std::size_t nonzeros(const DataKind& kind) {
 DataKind firstKind(const Simulation& s, SensitivityRows rows) {
     const bool amplitudes = s.options.amplitudeMatching;
     DataKind kind{
-        "WCT", "WaterCutShift dt", std::move(rows), {}, s.options.lnkLimitWct, amplitudes ? 1.0 : -1.0, 1.0};
+        "WCT", "WaterCutShift dt", std::move(rows), {}, s.options.lnkLimitWct, amplitudes ? 1.0 : -1.0, 1.0,
+        {}};
     for (std::size_t w = 0; w < s.match.wells.size(); ++w) {
         const WellMatch& well = s.match.wells[w];
         if (amplitudes) scaleRow(well.slope, w, kind.rows);
         kind.misfit.push_back(amplitudes ? well.amplitude : well.shift);
+        kind.well.push_back(w);
     }
     return kind;
 }
 
 DataKind secondKind(const Simulation& s, SensitivityRows rows) {
-    DataKind kind{"BHP", "PressureShift dp", std::move(rows), {}, s.options.lnkLimitBhp, 1.0, 1.0};
-    for (const WellMatch& well : s.match.wells) kind.misfit.push_back(well.misfit_bhp);
+    DataKind kind{"BHP", "PressureShift dp", std::move(rows), {}, s.options.lnkLimitBhp, 1.0, 1.0, {}};
+    for (std::size_t w = 0; w < s.match.wells.size(); ++w) {
+        kind.misfit.push_back(s.match.wells[w].misfit_bhp);
+        kind.well.push_back(w);
+    }
+    return kind;
+}
+
+/// Parts of the curves, where they are asked for and the files hold changes of curves (the classic form holds
+/// times).
+DataKind curveKind(const Simulation& s) {
+    DataKind kind{"WCT", "CurveMean over slope", {}, {}, s.options.lnkLimitWct, 1.0, 1.0, {}};
+    const bool due = s.options.curveParts > 0 && s.clock.hmIteration + 1 >= s.options.curveFrom;
+    if (!due || s.options.travelTimeForm == SensitivityForm::Classic) return kind;
+    CurveFiles files{s.outputs.folder, {}, s.schedule.reportEnd};
+    for (const Well& well : s.wells.wells) files.wellNames.push_back(well.WellName);
+    CurveData data = curveRows(s.console, misfitSettings(s.options), files,
+                               static_cast<std::size_t>(s.options.curveParts), s.grid.Active, s.match.wells);
+    kind.rows = std::move(data.rows);
+    kind.misfit = std::move(data.misfit);
+    kind.well = std::move(data.well);
     return kind;
 }
 
@@ -165,15 +189,15 @@ std::vector<CellId> completedCells(const WellRecord& wells) {
 }
 
 /// The increment before its limits.
-void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKind& second,
-            const CellArray<double>& lnk) {
+void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKind& curves,
+            const DataKind& second, const CellArray<double>& lnk) {
     CellArray<double>& change = s.match.dlnk;
     change.assign(lnk.count(), 0.0);
     if (stage == MatchStage::Whole) {
-        addChange(s, {&first, &second}, lnk, change);
+        addChange(s, {&first, &curves, &second}, lnk, change);
     } else {
         addChange(s, {&second}, lnk, change);
-        if (stage == MatchStage::Twice) addChange(s, {&first}, lnk, change);
+        if (stage == MatchStage::Twice) addChange(s, {&first, &curves}, lnk, change);
     }
     const CellArray<std::uint8_t> region =
         updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
@@ -221,15 +245,18 @@ void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitiv
     MatchRecord& match = s.match;
     DataKind first = firstKind(s, std::move(sensitivities.travelTime));
     DataKind second = secondKind(s, std::move(sensitivities.pressure));
+    DataKind curves = curveKind(s);
     weighKinds(s.options, first, second);
+    curves.weight = first.weight;
     tellStatistics(s, {first, second});
-    for (DataKind* kind : {&first, &second}) clearMatchedRows(*kind);
+    for (DataKind* kind : {&first, &curves, &second}) clearMatchedRows(*kind);
+    constrainRows(s, curves, &WellMatch::multiplier_wct);
     constrainRows(s, first, &WellMatch::multiplier_wct);
     constrainRows(s, second, &WellMatch::multiplier_bhp);
     const CellArray<double> lnk = logarithms(s.grid.PERMX);
     match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     match.halvings = 0;
-    const std::size_t count = nonzeros(first) + nonzeros(second);
+    const std::size_t count = nonzeros(first) + nonzeros(curves) + nonzeros(second);
     if (count == 0) {
         lineToBoth(s.console, "All the sensitivity becomes ZERO.");
         match.dlnk.assign(lnk.count(), 0.0);
@@ -237,7 +264,7 @@ void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitiv
         both(s.console, " Total Nonzeros on sens : {}", count);
         both(s.console, " Scaling Facto for Amp  : {}",
              number(s.options.amplitudeMatching ? largestSlope(match.wells) : 1.0));
-        invert(s, stage, first, second, lnk);
+        invert(s, stage, first, curves, second, lnk);
         limitUpdate(s.console, updateLimits(s.options), lnk, match.dlnk);
     }
     applyUpdate(match.base, match.dlnk, 1.0, parameterBounds(s.options), s.grid);

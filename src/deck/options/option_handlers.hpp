@@ -59,6 +59,7 @@ void readSensitivityAverages(SectionReader& reader, RunOptions& options);  // AV
 void readMisfitCriteria(SectionReader& reader, RunOptions& options);
 void readWellGridUpdate(SectionReader& reader, RunOptions& options);
 void readLsqr(SectionReader& reader, RunOptions& options);
+void readCurveMatch(SectionReader& reader, RunOptions& options);   // HMCURVE
 void readSafeUpdates(SectionReader& reader, RunOptions& options);  // HMSAFE
 
 // --- rate optimisation: option_optimization.cpp ---------------------------------------------------

@@ -19,6 +19,7 @@ constexpr int MinLsqrIterations = 5;
 constexpr int MaxLsqrIterations = 10000;
 constexpr int DefaultLsqrIterations = 400;
 constexpr int MostHalvings = 4;
+constexpr int MostCurveParts = 100;
 
 void zeroIfTiny(double& value) {
     if (!(value >= MachineEpsilon)) value = 0.0;
@@ -162,6 +163,15 @@ void readLsqr(SectionReader& reader, RunOptions& options) {
     options.lsqrNorm = unitRange(options.lsqrNorm);
     options.lsqrSmoothHorizontal = unitRange(options.lsqrSmoothHorizontal);
     options.lsqrSmoothVertical = unitRange(options.lsqrSmoothVertical);
+}
+
+void readCurveMatch(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 2> targets = {&options.curveParts, &options.curveFrom};
+    readRecord(reader, targets);
+    options.curveParts = within(options.curveParts, 0, MostCurveParts, 0);
+    options.curveFrom = within(options.curveFrom, 1, MaxMatchIterations, 1);
+    tellValue(reader, "Parts of each curve that are matched :", options.curveParts);
+    tellValue(reader, "From iteration :", options.curveFrom);
 }
 
 void readSafeUpdates(SectionReader& reader, RunOptions& options) {

@@ -47,6 +47,7 @@ constexpr Row OptionKeywords[] = {
     {"MISFCRIT", readMisfitCriteria, "misfits at which matching ends"},
     {"UPWELGRD", readWellGridUpdate, "update of well cells"},
     {"LSQOPT", readLsqr, "LSQR iterations, norm, horizontal and vertical smoothness"},
+    {"HMCURVE", readCurveMatch, "curves matched in parts: parts of each history, first iteration that does"},
     {"HMSAFE", readSafeUpdates, "updates that make the misfit grow: halvings (0 to 4), run of the last one"},
     {"OPTIMIZE", setOptimize, "rate optimisation"},
     {"WFOOPT", readWaterfloodNumbers, "nine numbers of the rate optimisation"},
