@@ -238,6 +238,7 @@ MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     reading.stepEnds = s.schedule.reportEnd;
     reading.travelTime = stage != MatchStage::GlobalPressure;
     reading.iteration = s.clock.hmIteration;
+    if (s.options.outputSensitivity) plotSensitivities(s.console, s.options, reading, s.grid);
     return reconstructSensitivities(s.console, s.options, reading, s.grid.Active, s.match.wells);
 }
 
