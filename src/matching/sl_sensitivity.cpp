@@ -133,7 +133,7 @@ DataKind curveKind(const Simulation& s) {
     DataKind kind{"WCT", "CurveMean over slope", {}, {}, s.options.lnkLimitWct, 1.0, 1.0, {}};
     const bool due = s.options.curveParts > 0 && s.clock.hmIteration + 1 >= s.options.curveFrom;
     if (!due || s.options.travelTimeForm == SensitivityForm::Classic) return kind;
-    CurveFiles files{s.outputs.folder, {}, s.schedule.reportEnd};
+    CurveFiles files{outputPath(s.outputs, ""), {}, s.schedule.reportEnd};
     for (const Well& well : s.wells.wells) files.wellNames.push_back(well.WellName);
     CurveData data = curveRows(s.console, misfitSettings(s.options), files,
                                static_cast<std::size_t>(s.options.curveParts), s.grid.Active, s.match.wells);
@@ -233,7 +233,7 @@ MatchStage matchStage(const RunOptions& options, int iteration) {
 
 MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     SensitivityReading reading;
-    reading.folder = s.outputs.folder;
+    reading.folder = outputPath(s.outputs, "");  // with the prefix of a named run
     for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
     reading.stepEnds = s.schedule.reportEnd;
     reading.travelTime = stage != MatchStage::GlobalPressure;

@@ -11,6 +11,7 @@ import pytest
 import kvr_run
 import small_deck
 from kvr_run import finished_normally, run
+from named_run import run_named
 
 WELLS = small_deck.WELLS.replace("'PROD' 'OPEN' 'BHP' 5* 2000", "'PROD' 'OPEN' 'LRAT' 3* 900 1* 500").replace(
     "'RATE' 50 1* 9000", "'BHP' 2* 4000")
@@ -60,8 +61,8 @@ def summary(folder, name="KVR_Summary.csv"):
     return {names[n]: values[:, i] for i, n in enumerate(keep)}
 
 
-def misfits(folder):
-    lines = (folder / "KVR_HM_ObjFnc.out").read_text().splitlines()
+def misfits(folder, name="KVR_HM_ObjFnc.out"):
+    lines = (folder / name).read_text().splitlines()
     assert lines[0] == " Iteration   Traveltime RMS error   Total RMS error"
     return numpy.array([[float(word) for word in line.split()] for line in lines[2:]])
 
@@ -84,6 +85,17 @@ def test_a_match_comes_closer_run_by_run(tmp_path, observed):
     for name in TABLES:
         assert (tmp_path / name).stat().st_size > 0, name
     assert not (tmp_path / "KVR_HM_Resume.bin").exists()
+
+
+def test_a_match_of_a_named_deck_has_its_name(tmp_path, observed):
+    (tmp_path / OBSERVED).write_text(observed)
+    (tmp_path / "PILOT.DATA").write_text(deck(options(iterations=3)))
+    ended = run_named("PILOT.DATA", folder=tmp_path)
+    assert ended.returncode == 0, ended.console[-2000:]
+    rows = misfits(tmp_path, "PILOT_HM_ObjFnc.out")
+    assert rows[-1, 2] < 0.8
+    assert "HM_SENSTEMP" not in ended.console, "every file of sensitivities is found"
+    assert (tmp_path / "PILOT_HM_Perm_Latest.DATA").exists()
 
 
 def test_one_iteration_is_one_run_and_one_update(tmp_path, observed):
