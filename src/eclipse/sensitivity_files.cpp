@@ -42,15 +42,14 @@ long long sensitivityBytes(CellId cells) {
     return cells * width + records * Markers;
 }
 
-void writeSensitivityStep(const Console& console, const std::string& folder, SensitivityKind kind, int step,
-                          bool first, std::size_t wellCount, CellId cells, const SensitivityFill& fill) {
-    const std::string sumPath = folder + sensitivityFileName(kind, WholeRun);
-    const std::string newPath = sumPath + std::string(NewFile);
+void writeSensitivityStep(const Console& console, const SensitivityPaths& paths, bool first,
+                          std::size_t wellCount, CellId cells, const SensitivityFill& fill) {
+    const std::string newPath = paths.ofRun + std::string(NewFile);
     RecordWriter ofStep, ofRun;
     SensitivityReader before;
-    openOrStop(console, folder + sensitivityFileName(kind, step), ofStep);
+    openOrStop(console, paths.ofStep, ofStep);
     openOrStop(console, newPath, ofRun);
-    if (!first) openSensitivities(console, sumPath, wellCount, cells, before);
+    if (!first) openSensitivities(console, paths.ofRun, wellCount, cells, before);
     CellArray<double> values;
     values.assign(cells, 0.0);
     for (std::size_t well = 0; well < wellCount; ++well) {
@@ -65,7 +64,7 @@ void writeSensitivityStep(const Console& console, const std::string& folder, Sen
     closeOrStop(console, ofStep);
     closeOrStop(console, ofRun);
     closeSensitivities(before);
-    replaceFile(console, newPath, sumPath);
+    replaceFile(console, newPath, paths.ofRun);
 }
 
 bool openSensitivities(const Console& console, const std::string& path, std::size_t wellCount, CellId cells,

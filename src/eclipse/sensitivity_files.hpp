@@ -26,11 +26,14 @@ long long sensitivityBytes(CellId cells);
 /// Gives the values of a well (0-based).
 using SensitivityFill = std::function<void(std::size_t well, CellArray<double>& values)>;
 
-/// Replaces the file of a step in a folder (blank, or ended by its separator) and adds it to that of the run,
-/// which `first` starts anew. Stops where a file cannot be written, or where that of the run is none of these
-/// wells and cells. One cell array is held.
-void writeSensitivityStep(const Console& console, const std::string& folder, SensitivityKind kind, int step,
-                          bool first, std::size_t wellCount, CellId cells, const SensitivityFill& fill);
+struct SensitivityPaths {
+    std::string ofStep, ofRun;
+};
+
+/// Replaces the file of a step and adds it to that of the run, which `first` starts anew. Stops where a file
+/// cannot be written, or where that of the run is none of these wells and cells. One cell array is held.
+void writeSensitivityStep(const Console& console, const SensitivityPaths& paths, bool first,
+                          std::size_t wellCount, CellId cells, const SensitivityFill& fill);
 
 /// A file open for reading; absent ones stay closed.
 struct SensitivityReader {

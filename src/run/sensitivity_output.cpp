@@ -51,8 +51,9 @@ void writeKind(SensitivityKind kind, void (*valuesOf)(Simulation&, std::size_t, 
         else
             std::fill(values.slots.begin(), values.slots.end(), 0.0);
     };
-    writeSensitivityStep(s.console, outputPath(s.outputs, ""), kind, step, step == 1, s.wells.wells.size(),
-                         s.grid.NCELLS, fill);
+    const SensitivityPaths paths{outputPath(s.outputs, sensitivityFileName(kind, step)),
+                                 outputPath(s.outputs, sensitivityFileName(kind, WholeRun))};
+    writeSensitivityStep(s.console, paths, step == 1, s.wells.wells.size(), s.grid.NCELLS, fill);
 }
 
 }  // namespace

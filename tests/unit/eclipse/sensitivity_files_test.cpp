@@ -17,11 +17,12 @@ double marked(int step, std::size_t well, CellId cell) {
 
 void writeMarked(const Console& console, const ScratchFolder& folder, SensitivityKind kind, int step,
                  std::size_t wells, CellId cells) {
-    writeSensitivityStep(console, folder.path, kind, step, step == 1, wells, cells,
-                         [&](std::size_t well, CellArray<double>& values) {
-                             for (CellId cell = 1; cell <= values.count(); ++cell)
-                                 values[cell] = marked(step, well, cell);
-                         });
+    writeSensitivityStep(
+        console,
+        {folder.path + sensitivityFileName(kind, step), folder.path + sensitivityFileName(kind, WholeRun)},
+        step == 1, wells, cells, [&](std::size_t well, CellArray<double>& values) {
+            for (CellId cell = 1; cell <= values.count(); ++cell) values[cell] = marked(step, well, cell);
+        });
 }
 
 }  // namespace

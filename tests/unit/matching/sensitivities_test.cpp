@@ -114,8 +114,10 @@ struct Written {
         Active[3] = 0;
         for (const SensitivityKind kind : {SensitivityKind::TravelTime, SensitivityKind::Pressure})
             for (int step = 1; step <= 3; ++step)
-                writeSensitivityStep(quiet.console, folder.path, kind, step, step == 1, 2, 4,
-                                     [&](std::size_t well, CellArray<double>& values) {
+                writeSensitivityStep(quiet.console,
+                                     {folder.path + sensitivityFileName(kind, step),
+                                      folder.path + sensitivityFileName(kind, WholeRun)},
+                                     step == 1, 2, 4, [&](std::size_t well, CellArray<double>& values) {
                                          for (CellId cell = 1; cell <= 4; ++cell)
                                              values[cell] = 100.0 * step + 10.0 * (well + 1.0) + cell;
                                      });
