@@ -6,7 +6,6 @@
 #include "eclipse/sensitivity_files.hpp"
 #include "report/block_zone.hpp"
 #include "run/records/output_streams.hpp"
-#include "run/records/output_table.hpp"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -55,9 +54,8 @@ std::string_view kindName(SensitivityKind kind) {
     return kind == SensitivityKind::TravelTime ? "GTTI" : "GBHP";
 }
 
-std::string pathOf(const RunOptions& options, const SensitivityReading& reading, SensitivityKind kind,
-                   int step) {
-    return reading.folder + outputFileName(options.outputPrefix, sensitivityFileName(kind, step));
+std::string pathOf(const SensitivityReading& reading, SensitivityKind kind, int step) {
+    return reading.folder + sensitivityFileName(kind, step);
 }
 
 int stepCount(const SensitivityReading& reading) {
@@ -65,11 +63,11 @@ int stepCount(const SensitivityReading& reading) {
 }
 
 /// One line for each step that is read; those without a file are told.
-void tellSteps(const Console& console, const RunOptions& options, const SensitivityReading& reading,
-               SensitivityKind kind, CellId cells) {
+void tellSteps(const Console& console, const SensitivityReading& reading, SensitivityKind kind,
+               CellId cells) {
     for (int step = 1; step <= stepCount(reading); ++step) {
         SensitivityReader reader;
-        if (!openSensitivities(console, pathOf(options, reading, kind, step), reading.wellNames.size(), cells,
+        if (!openSensitivities(console, pathOf(reading, kind, step), reading.wellNames.size(), cells,
                                reader)) {
             warn(console, "WARNING :: NO SENSITIVITIES OF REPORT STEP {}: {} IS MISSING", step,
                  sensitivityFileName(kind, step));
@@ -82,15 +80,14 @@ void tellSteps(const Console& console, const RunOptions& options, const Sensitiv
 }
 
 /// Adds the values of a well, each step by its weight.
-void addSteps(const Console& console, const RunOptions& options, const SensitivityReading& reading,
-              SensitivityKind kind, std::size_t well, const std::vector<double>& weights,
-              CellArray<double>& sum) {
+void addSteps(const Console& console, const SensitivityReading& reading, SensitivityKind kind,
+              std::size_t well, const std::vector<double>& weights, CellArray<double>& sum) {
     SensitivityReader reader;
     for (int step = 1; step <= stepCount(reading); ++step) {
         const double weight = weights[at(step) - 1];
         if (weight == 0.0) continue;
-        if (!openSensitivities(console, pathOf(options, reading, kind, step), reading.wellNames.size(),
-                               sum.count(), reader))
+        if (!openSensitivities(console, pathOf(reading, kind, step), reading.wellNames.size(), sum.count(),
+                               reader))
             continue;
         const std::span<const double> values = readSensitivities(console, sum.count(), well, reader);
         for (std::size_t n = 0; n < values.size(); ++n) sum.slots[n + 1] += weight * values[n];
@@ -118,13 +115,13 @@ SensitivityRows rowsOf(const Console& console, const RunOptions& options, const 
                        SensitivityKind kind, const CellArray<std::uint8_t>& Active,
                        std::span<const WellMatch> wells) {
     SensitivityRows rows;
-    tellSteps(console, options, reading, kind, Active.count());
+    tellSteps(console, reading, kind, Active.count());
     CellArray<double> sum;
     for (const WellMatch& well : wells) {
         sum.assign(Active.count(), 0.0);
         const auto found = std::find(reading.wellNames.begin(), reading.wellNames.end(), well.name);
         if (found != reading.wellNames.end())
-            addSteps(console, options, reading, kind, at(static_cast<int>(found - reading.wellNames.begin())),
+            addSteps(console, reading, kind, at(static_cast<int>(found - reading.wellNames.begin())),
                      weightsOf(options, reading, kind, well), sum);
         addRow(sum, Active, rows);
     }
@@ -144,12 +141,12 @@ void plotKind(const Console& console, const RunOptions& options, const Sensitivi
     const std::string name =
         fmt::format("HM_SENSITIVITY_{}_Ite{}.plt", kind == SensitivityKind::TravelTime ? "GTTI" : "GBHPI",
                     reading.iteration);
-    std::FILE* file = openForReplace(console, reading.folder + outputFileName(options.outputPrefix, name));
+    std::FILE* file = openForReplace(console, reading.folder + name);
     DirectionArray<double> values;
     for (int step = 1; step <= stepCount(reading); ++step) {
         SensitivityReader reader;
-        if (!openSensitivities(console, pathOf(options, reading, kind, step), reading.wellNames.size(),
-                               grid.NCELLS, reader))
+        if (!openSensitivities(console, pathOf(reading, kind, step), reading.wellNames.size(), grid.NCELLS,
+                               reader))
             continue;
         values.assign(grid.NCELLS, wellCount, 0.0);
         for (int well = 1; well <= wellCount; ++well) {

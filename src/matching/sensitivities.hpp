@@ -33,7 +33,7 @@ struct MatchSensitivities {
 
 /// What reading back needs beside the files of the steps.
 struct SensitivityReading {
-    std::string folder;                  // of the files: blank, or ended by its separator
+    std::string folder;                  // in front of the names of the files: outputPath of ""
     std::vector<std::string> wellNames;  // every well of the run, injectors too, in the order of WellRecord
     std::vector<double> stepEnds;        // days, end of each report step; file K0001 is that of the first
     bool travelTime = true;              // which kinds are wanted; the rows of the other stay empty
