@@ -233,7 +233,7 @@ MatchStage matchStage(const RunOptions& options, int iteration) {
 
 MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     SensitivityReading reading;
-    reading.folder = outputPath(s.outputs, "");  // with the prefix of a named run
+    reading.folder = s.outputs.folder;
     for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
     reading.stepEnds = s.schedule.reportEnd;
     reading.travelTime = stage != MatchStage::GlobalPressure;

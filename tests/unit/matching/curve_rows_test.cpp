@@ -14,8 +14,10 @@ namespace {
 CurveFiles filesOfFourSteps(const QuietConsole& quiet) {
     const std::string folder = (std::filesystem::temp_directory_path() / "kvr_curve_rows_test_").string();
     for (int step = 1; step <= 4; ++step)
-        writeSensitivityStep(quiet.console, folder, SensitivityKind::TravelTime, step, step == 1, 1, 2,
-                             [step](std::size_t, CellArray<double>& values) {
+        writeSensitivityStep(quiet.console,
+                             {folder + sensitivityFileName(SensitivityKind::TravelTime, step),
+                              folder + sensitivityFileName(SensitivityKind::TravelTime, WholeRun)},
+                             step == 1, 1, 2, [step](std::size_t, CellArray<double>& values) {
                                  values.slots = {0.0, 1.0 * step, 2.0 * step};
                              });
     return {folder, {"P1"}, {10.0, 20.0, 30.0, 40.0}};
