@@ -10,44 +10,38 @@ namespace kvr {
 
 namespace {
 
-FlowCoupling couplingOf(Simulation& s) {
-    return {s.grid,
-            s.connections,
-            s.velocity,
-            s.state,
-            s.wells,
-            s.pressureWork.matrix,
-            s.pressureWork.solver,
-            s.options.pressureSolver,
-            s.clock.time,
-            s.clock.workDt};
+FlowCoupling couplingOf(PressureSolver& solver, Simulation& s) {
+    return {s.grid,       s.connections,         s.velocity, s.state,
+            s.wells,      s.pressureWork.matrix, solver,     s.options.pressureSolver,
+            s.clock.time, s.clock.workDt};
 }
 
 bool isCoupled(const Simulation& s, SensitivityForm form) {
     return form == SensitivityForm::Coupled && s.lines.sensitivities.coupled;
 }
 
-void travelTimeOf(Simulation& s, std::size_t well, CellArray<double>& values) {
+void travelTimeOf(PressureSolver& solver, Simulation& s, std::size_t well, CellArray<double>& values) {
     StepSensitivities& step = s.lines.sensitivities;
     fillTravelTime(sensitivitySettings(s.options), s.wells.wells[well], s.lines.field.lineFlux,
                    step.wells[well], values);
     if (isInjector(s.wells.wells[well]) || !isCoupled(s, s.options.travelTimeForm)) return;
-    coupleSpeeds(couplingOf(s), values);
+    coupleSpeeds(couplingOf(solver, s), values);
 }
 
-void pressureOf(Simulation& s, std::size_t well, CellArray<double>& values) {
+void pressureOf(PressureSolver& solver, Simulation& s, std::size_t well, CellArray<double>& values) {
     StepSensitivities& step = s.lines.sensitivities;
-    if (isCoupled(s, s.options.pressureForm) && pressureOfWell(couplingOf(s), well, values)) return;
+    if (isCoupled(s, s.options.pressureForm) && pressureOfWell(couplingOf(solver, s), well, values)) return;
     fillPressure(s.wells.wells[well], s.lines.field.lineFlux, step.wells[well], values);
 }
 
-void writeKind(SensitivityKind kind, void (*valuesOf)(Simulation&, std::size_t, CellArray<double>&),
-               Simulation& s) {
+void writeKind(SensitivityKind kind,
+               void (*valuesOf)(PressureSolver&, Simulation&, std::size_t, CellArray<double>&),
+               PressureSolver& solver, Simulation& s) {
     const int step = s.clock.reportIndex;
     const bool anyLines = !s.lines.sensitivities.wells.empty();
     const auto fill = [&](std::size_t well, CellArray<double>& values) {
         if (anyLines)
-            valuesOf(s, well, values);
+            valuesOf(solver, s, well, values);
         else
             std::fill(values.slots.begin(), values.slots.end(), 0.0);
     };
@@ -61,8 +55,12 @@ void writeKind(SensitivityKind kind, void (*valuesOf)(Simulation&, std::size_t, 
 void writeSensitivities(Simulation& simulation) {
     if (!keepsSensitivities(simulation.options)) return;
     constexpr SensitivityKind Kinds[] = {SensitivityKind::Pressure, SensitivityKind::TravelTime};
-    writeKind(SensitivityKind::Pressure, pressureOf, simulation);
-    writeKind(SensitivityKind::TravelTime, travelTimeOf, simulation);
+    // What the run's own solver keeps from solve to solve is left alone: its next pressures stay the same
+    // bits.
+    PressureSolver solver;
+    solver.memory = makeSolverMemory();
+    writeKind(SensitivityKind::Pressure, pressureOf, solver, simulation);
+    writeKind(SensitivityKind::TravelTime, travelTimeOf, solver, simulation);
     for (const int step : {simulation.clock.reportIndex, WholeRun})
         for (const SensitivityKind kind : Kinds)
             log(simulation.console, "File Generated : {}", sensitivityFileName(kind, step));
