@@ -233,7 +233,7 @@ MatchStage matchStage(const RunOptions& options, int iteration) {
 
 MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     SensitivityReading reading;
-    reading.folder = s.outputs.folder;
+    reading.folder = outputPath(s.outputs, "");  // names of a deck of its own stand behind it
     for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
     reading.stepEnds = s.schedule.reportEnd;
     reading.travelTime = stage != MatchStage::GlobalPressure;
