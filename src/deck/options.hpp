@@ -241,6 +241,9 @@ struct RunOptions {
     double optimizationTolerance = 0.001;  // WFOOPT 9
     PhasePrices productionPrice;
     PhasePrices injectionPrice;
+    double miscibilityTarget = 0.0;  // psia, of the average pressure; MMPTARGET; 0: none
+    double rateInterval = 0.0;       // days between changes of rates at least; RATEEVERY
+    std::string baseSummary;         // path of the summary table of another run; BASERUN
     std::vector<double> componentPrice;
 };
 
@@ -264,6 +267,15 @@ inline bool runsNothing(const RunOptions& options) {
 /// Lines show what the restarts of another simulator hold; the run has no transport of its own.
 inline bool onlyTraces(const RunOptions& options) {
     return options.traceFromRestart && !options.useEclipsePressure;
+}
+
+/// Rates follow the pairs that lines join.
+inline bool weighsPairs(const RunOptions& options) {
+    return options.rateOptimization || options.equalArrival;
+}
+/// The run changes rates of its wells itself.
+inline bool optimizesRates(const RunOptions& options) {
+    return weighsPairs(options) || options.minimumMiscibility;
 }
 
 inline bool isDualPorosity(const RunOptions& options) {

@@ -319,6 +319,17 @@ void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, 
     log(console, " File Created -> {}", path);
 }
 
+ControlRows controlRows(const Console& console, const UnitSystem& units, const WellRecord& wells) {
+    return {injectorControls(units, wells), producerControls(console, units, wells), efficiencyRows(wells)};
+}
+
+void putDefinitions(const UnitSystem& units, const ScheduleStep& entry, std::FILE* file) {
+    if (std::isfinite(entry.mostRsRise))
+        putRecord("DRSDT", deckNumber(entry.mostRsRise / units.gasRatio), file);
+    putKeyword("WELSPECS", definitionRows(units, entry), file);
+    putKeyword("COMPDAT", connectionRows(units, entry), file);
+}
+
 std::string stepScheduleName(int step) {
     return fmt::format("SCHEDULE_STP{:04d}.DATA", step);
 }
@@ -331,13 +342,11 @@ void Write_ECLSchedule_forOP(const Console& console, const RunOptions& options, 
     log(console, " -> File Generated for Schedule of Optimization    :: {}", path);
     putTimeBanner(time, file);
     putRecord("RPTRST", "BASIC=2", file);
-    if (std::isfinite(entry.mostRsRise))
-        putRecord("DRSDT", deckNumber(entry.mostRsRise / units.gasRatio), file);
-    putKeyword("WELSPECS", definitionRows(units, entry), file);
-    putKeyword("COMPDAT", connectionRows(units, entry), file);
-    putKeyword("WCONINJE", injectorControls(units, wells), file);
-    putKeyword("WCONPROD", producerControls(console, units, wells), file);
-    putKeyword("WEFAC", efficiencyRows(wells), file);
+    putDefinitions(units, entry, file);
+    const ControlRows rows = controlRows(console, units, wells);
+    putKeyword("WCONINJE", rows.injectors, file);
+    putKeyword("WCONPROD", rows.producers, file);
+    putKeyword("WEFAC", rows.efficiencies, file);
     putRecord("TSTEP", deckNumber(dt), file);
     closeWritten(console, file, path, StepWrite);
 }

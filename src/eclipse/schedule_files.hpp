@@ -7,7 +7,9 @@
 #include "eclipse/well_response.hpp"
 #include "pressure/wells/wells.hpp"
 
+#include <cstdio>
 #include <string>
+#include <vector>
 
 namespace kvr {
 
@@ -21,6 +23,15 @@ void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, 
 
 /// Name of the schedule of one step in the folder of the outside run: SCHEDULE_STP and four digits.
 std::string stepScheduleName(int step);
+
+/// Rows of WCONINJE, WCONPROD and WEFAC for the wells as they are controlled now, in the units of the deck.
+struct ControlRows {
+    std::vector<std::string> injectors, producers, efficiencies;
+};
+ControlRows controlRows(const Console& console, const UnitSystem& units, const WellRecord& wells);
+
+/// WELSPECS and COMPDAT of an entry of the schedule, and the bound of Rs that holds in it.
+void putDefinitions(const UnitSystem& units, const ScheduleStep& entry, std::FILE* file);
 
 /// Writes the wells as they are controlled now, in the units of the deck, as the schedule of one step of `dt`
 /// days; the definitions of the wells and what else holds in `entry`, that in force, stand before their

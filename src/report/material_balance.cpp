@@ -5,6 +5,7 @@
 #include "base/written_files.hpp"
 #include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
+#include "report/net_value.hpp"
 #include "report/region_balance.hpp"
 #include "report/well_figures.hpp"
 
@@ -79,12 +80,6 @@ void addObservedFlows(const ScheduleStep* inForce, double dt, BalanceRecord& rec
 
 bool flows(const Well& well) {
     return well.WellQo != 0.0 || well.WellQw != 0.0 || well.WellQg != 0.0;
-}
-
-/// $ of an amount at the prices given per bbl, bbl and Mscf.
-double valueOf(const UnitSystem& units, const PhaseAmounts& amount, const PhasePrices& price) {
-    return toBarrels(units, amount.oil) * price.oil + toBarrels(units, amount.water) * price.water +
-           toMscf(units, amount.gas) * price.gas;
 }
 
 void setErrors(const BalanceRecord& record, BalanceRow& row) {

@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "report/run_vectors.hpp"
 #include "report/text_table.hpp"
+#include "run/base_comparison.hpp"
 #include "run/last_wells.hpp"
 #include "run/report_rows.hpp"
 
@@ -186,6 +187,7 @@ void tellClosingSummary(const Simulation& s, std::string_view ending) {
     row(s, "Run", std::string(ending));
     row(s, "Time", timeText(s));
     tellTotals(s);
+    tellBaseComparison(s);
     tellWells(s);
     tellMessages(s);
     tellFiles(s);

@@ -8,6 +8,7 @@
 #include "eclipse/output_stage.hpp"
 #include "eclipse/schedule_files.hpp"
 #include "eclipse/summary_reader.hpp"
+#include "optimization/rate_optimization.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"
 #include "report/report_output.hpp"
@@ -234,11 +235,16 @@ std::string_view runForward(Simulation& simulation) {
         advanceCalendar(clock.workDt, clock);
         clock.time += clock.workDt;
         if (simulation.options.traceFromRestart) passTableEntries(simulation);
+        const int report = clock.reportIndex;
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);
         checkWritten(simulation.console);
         if (!followsOutsideWells(simulation.options)) applyEconomicLimits(simulation);
         noteClosedWells(simulation);
+        if (timeAhead) {
+            optimizeRates(report, clock.workDt, simulation);
+            rewriteNextStepDeck(simulation);
+        }
         if (clock.time >= clock.endTime - TimeTolerance) return {};
         if (simulation.options.traceFromRestart) passWellEvents(simulation);
         wellEvent(simulation);
@@ -258,6 +264,7 @@ int runSimulation(Simulation& simulation) {
     }
     if (optimisesOutsideRun(simulation.options) && !prepareStepDecks(simulation))
         return finishBySignal(simulation, "during the outside run");
+    startRateOptimization(simulation);
     startStatus(simulation);
     beginMatch(simulation);
     do {
@@ -265,6 +272,7 @@ int runSimulation(Simulation& simulation) {
             return finishBySignal(simulation, where);
     } while (goOnMatching(simulation));
     if (!simulation.options.historyMatch) leaveWellHistory(simulation);
+    finishRateOptimization(simulation);
     finishRun(simulation, "finished");
     return 0;
 }

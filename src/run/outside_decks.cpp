@@ -4,6 +4,7 @@
 #include "eclipse/outside_run.hpp"
 #include "eclipse/schedule_files.hpp"
 #include "eclipse/step_decks.hpp"
+#include "optimization/rate_optimization.hpp"
 #include "pressure/wells/well_controls.hpp"
 
 namespace kvr {
@@ -25,6 +26,7 @@ WellRecord wellsOf(const Simulation& s, int entry) {
     Console quiet;
     quiet.screen = nullptr;
     AssignWells(entry, quiet, s.options, s.units, s.schedule, s.grid, wells);
+    takeGivenRates(s.optimization, wells);
     return wells;
 }
 
@@ -44,6 +46,12 @@ void rewriteStepDeck(Simulation& s, int step, double dt) {
 
 bool optimisesOutsideRun(const RunOptions& options) {
     return options.traceFromRestart && (options.rateOptimization || options.equalArrival);
+}
+
+void rewriteNextStepDeck(Simulation& s) {
+    if (!optimisesOutsideRun(s.options) || s.optimization.changes == 0) return;
+    if (s.clock.time >= s.clock.endTime - TimeTolerance) return;
+    rewriteStepDeck(s, s.clock.reportIndex, NoStepLength);
 }
 
 bool prepareStepDecks(Simulation& s) {

@@ -16,6 +16,10 @@ void rewriteStepDeck(Simulation& simulation, int step, double dt);
 /// a signal has asked the run to end.
 bool prepareStepDecks(Simulation& simulation);
 
+/// Behind a step of such a run: the deck of the next report step, with the rates that the optimisation has
+/// given the wells.
+void rewriteNextStepDeck(Simulation& simulation);
+
 /// Rates are optimised over an outside run.
 bool optimisesOutsideRun(const RunOptions& options);
 

@@ -16,9 +16,10 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Kinds of files of which a later run may leave fewer than an earlier one.
-constexpr std::array<OutputFile, 5> ReportKinds = {OutputFile::EclipseRestart, OutputFile::EclipseSummary,
-                                                   OutputFile::EclipseLines, OutputFile::LinePlots,
-                                                   OutputFile::RunRegions};
+constexpr std::array<OutputFile, 10> ReportKinds = {
+    OutputFile::EclipseRestart, OutputFile::EclipseSummary, OutputFile::EclipseLines, OutputFile::LinePlots,
+    OutputFile::RunRegions,     OutputFile::RateChanges,    OutputFile::RateSchedule, OutputFile::RateSteps,
+    OutputFile::PairMaps,       OutputFile::PressureMap};
 
 /// Name or pattern of a file in a run of the given header and prefix.
 std::string nameOf(const std::string& header, const std::string& prefix, OutputFile file) {

@@ -23,6 +23,7 @@
 #include "model/block_grid.hpp"
 #include "model/conditioning.hpp"
 #include "model/multipliers.hpp"
+#include "optimization/rate_optimization.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -288,6 +289,7 @@ void takeOutsideModel(Simulation& s) {
 void rebuildWells(int entry, Simulation& simulation) {
     AssignWells(entry, simulation.console, simulation.options, simulation.units, simulation.schedule,
                 simulation.grid, simulation.wells);
+    keepGivenRates(entry, simulation);
     deriveFromWells(simulation);
     simulation.pressure.fieldStands = false;
 }

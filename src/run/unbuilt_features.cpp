@@ -19,8 +19,8 @@ constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},
     {[](const RunOptions& o) { return o.historyMatch && o.method != "streamline" && !o.traceFromRestart; },
      "history matching (DOINV) without streamlines (FDMETHOD)"},
-    {[](const RunOptions& o) { return o.rateOptimization || o.equalArrival || o.minimumMiscibility; },
-     "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
+    {[](const RunOptions& o) { return o.historyMatch && optimizesRates(o); },
+     "history matching (DOINV) with rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
     {[](const RunOptions& o) { return o.outputSensitivity && o.method != "streamline"; },
      "sensitivity output (OPTIONKVR 4) without streamlines (FDMETHOD)"},
 };

@@ -71,6 +71,7 @@ LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& li
     end.oil = line.outletOil;
     end.gas = line.outletGas;
     end.waterFraction = line.outletWater * line.nodes[at(line.nodeCount)].Bw;
+    end.oilFraction = line.outletOil * line.nodes[at(line.nodeCount)].Bo;
     return end;
 }
 

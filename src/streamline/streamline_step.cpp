@@ -201,6 +201,7 @@ bool linesAreDue(const RunOptions& options, double remainingToEnd, double remain
     if (sensitivitiesAreDue(options, 0, remainingToReport)) return true;
     const bool shown = isOn(options, OutputSwitch::Lines) || isOn(options, OutputSwitch::EclipseLines);
     const bool ends = remainingToEnd < EndSlack;
+    if (weighsPairs(options)) return true;
     return (shown && (ends || remainingToReport < EndSlack)) || (ends && isOn(options, OutputSwitch::View));
 }
 

@@ -73,6 +73,9 @@ void readProductionPrice(SectionReader& reader, RunOptions& options);
 void readComponentPrice(SectionReader& reader, RunOptions& options);
 void setEqualizeWafs(SectionReader& reader, RunOptions& options);
 void setMinimumMiscibility(SectionReader& reader, RunOptions& options);
+void readMiscibilityTarget(SectionReader& reader, RunOptions& options);  // MMPTARGET
+void readRateInterval(SectionReader& reader, RunOptions& options);       // RATEEVERY
+void readBaseSummary(SectionReader& reader, RunOptions& options);        // BASERUN
 
 // --- what the handlers share: option_records.cpp --------------------------------------------------
 

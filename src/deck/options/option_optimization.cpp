@@ -1,4 +1,5 @@
 #include "base/constants.hpp"
+#include "base/text.hpp"
 #include "deck/options/option_handlers.hpp"
 
 namespace kvr {
@@ -99,6 +100,36 @@ void setMinimumMiscibility(SectionReader& reader, RunOptions& options) {
     announce(reader, reader.keyword);
     options.minimumMiscibility = true;
     lineToBoth(consoleOf(reader), "Flow Optimizatio : Missibility Pressure option Activated");
+}
+
+void readMiscibilityTarget(SectionReader& reader, RunOptions& options) {
+    double target = 0.0;
+    const std::array<ListTarget, 1> targets = {&target};
+    readRecord(reader, targets);
+    if (!(target >= 0.0)) {
+        warnHere(reader, "WARNING :: MMPTARGET {} IS BELOW 0, NO PRESSURE IS AIMED AT", number(target));
+        target = 0.0;
+    }
+    const double toPsi = reader.units != nullptr ? reader.units->pressure : 1.0;
+    options.miscibilityTarget = target * toPsi;
+    tellValue(reader, "-> Average pressure to be kept, psia :", options.miscibilityTarget);
+}
+
+void readRateInterval(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 1> targets = {&options.rateInterval};
+    readRecord(reader, targets);
+    options.rateInterval = within(options.rateInterval, 0.0, LargestSetting, 0.0);
+    tellValue(reader, "-> Days between changes of rates     :", options.rateInterval);
+}
+
+void readBaseSummary(SectionReader& reader, RunOptions& options) {
+    std::string name;
+    const std::array<ListTarget, 1> targets = {&name};
+    readRecord(reader, targets);
+    name = trim(name);
+    const bool absolute = !name.empty() && name.front() == '/';
+    options.baseSummary = absolute ? name : std::string(trim(reader.workingFolder)) + name;
+    tellValue(reader, "-> Compared with the run of          :", options.baseSummary);
 }
 
 }  // namespace kvr

@@ -295,6 +295,21 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "the second line has the units, those of the deck"},
     {OutputFile::FilesIndex, 0, "KVR_Files.txt", OutputSwitch::Always, "", "",
      "what each file of the run holds"},
+    {OutputFile::RateChanges, 0, "KVR_RateChanges.csv", OutputSwitch::RateOptimization, "", "",
+     "every rate that the optimisation has looked at where it changed any: well, rate before and after in "
+     "the "
+     "units of the deck, and what bounded it"},
+    {OutputFile::RateSchedule, 0, "KVR_RateSchedule.DATA", OutputSwitch::RateOptimization, "", "",
+     "the rates of an optimised run as a schedule (`WELSPECS`, `COMPDAT`, `WCONINJE`, `WCONPROD`, `TSTEP`), "
+     "to be "
+     "run in place of the deck's"},
+    {OutputFile::RateSteps, 0, "KVR_OPT_*WFLD_REALOC*.out", OutputSwitch::RateOptimization, "",
+     "File Generated : WFLOOD_REALOC_ALL.out",
+     "reallocation of rates: a file per step with pairs and wells, and `.._ALL.out` with a row per step"},
+    {OutputFile::PairMaps, 0, "KVR_OPT_*_PTNMAP*.plt", OutputSwitch::RateOptimization, "", "",
+     "pairs of wells step by step: flux, oil, efficiency, times of flight"},
+    {OutputFile::PressureMap, 0, "KVR_OPT_*WFLD_MMP.plt", OutputSwitch::RateOptimization, "", "",
+     "average pressure and a map of 50 by 50 points, with `OPTMMP` and a target"},
     {OutputFile::EclipseGrid, 0, "*.EGRID", OutputSwitch::Eclipse, "", "",
      "grid, under the name of the deck; this and the next: [files for viewers](eclipse-files.md)"},
     {OutputFile::EclipseInit, 0, "*.INIT", OutputSwitch::Eclipse, "", "File Generated : *.INIT",
@@ -358,6 +373,8 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.outputSensitivity || options.historyMatch;
         case OutputSwitch::WellHistory:
             return options.outputWellHistory || options.traceFromRestart;
+        case OutputSwitch::RateOptimization:
+            return optimizesRates(options);
         case OutputSwitch::Unwritten:
             return false;
     }

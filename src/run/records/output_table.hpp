@@ -124,6 +124,11 @@ enum class OutputFile {
     EraseScript,
     RunSummary,
     FilesIndex,
+    RateChanges,
+    RateSchedule,
+    RateSteps,  // patterns of names
+    PairMaps,
+    PressureMap,
     EclipseGrid,  // patterns of names from here on
     EclipseInit,
     EclipseRestart,
@@ -154,6 +159,7 @@ enum class OutputSwitch {
     HistoryMatch,      // DOINV
     Sensitivity,       // OPTIONKVR 4, and of a match
     WellHistory,       // OUTWHIST, and of a run that is traced
+    RateOptimization,  // OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP
     Unwritten          // opened for readers that look for the name; nothing fills it
 };
 bool isOn(const RunOptions& options, OutputSwitch output);

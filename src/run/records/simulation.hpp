@@ -16,6 +16,7 @@
 #include "matching/match_record.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
+#include "optimization/records/optimization_record.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/pressure_work.hpp"
 #include "pressure/records/velocity_field.hpp"
@@ -86,6 +87,7 @@ struct Simulation {
     RestartRecord restart;
     MatchRecord match;
     MatchStart matchStart;
+    OptimizationRecord optimization;
 };
 
 }  // namespace kvr

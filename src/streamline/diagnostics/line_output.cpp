@@ -1,5 +1,7 @@
 #include "streamline/diagnostics/line_output.hpp"
 
+#include "base/index.hpp"
+
 #include <algorithm>
 
 namespace kvr {
@@ -11,8 +13,15 @@ constexpr int LongLineParts = 100;    // of the most nodes that a line may have:
 
 /// Somebody looks at the pair table.
 bool tablesPairs(const RunOptions& o) {
-    return isOn(o, OutputSwitch::View) || o.outputSensitivity || o.historyMatch || o.rateOptimization ||
-           o.equalArrival;
+    return isOn(o, OutputSwitch::View) || o.outputSensitivity || o.historyMatch || weighsPairs(o);
+}
+
+/// The line for those who move rates between pairs.
+void keepJoining(const LineResult& result, double flow, PairTable& pairs) {
+    const StreamlineRecord& record = result.record;
+    if (record.injector == 0 || record.producer == 0) return;
+    pairs.joining.push_back({record.injector, record.producer, flow, record.NodeTof[at(record.nodeCount)],
+                             result.end.oilFraction, result.end.oil, result.end.water, result.end.gas});
 }
 
 PlottedLine plotted(const LineResult& result, const Simulation& s) {
@@ -47,6 +56,7 @@ void putLaunchedLine(const LineResult& result, int iterationsLeft, Simulation& s
     if (record.status == TraceStatus::ReachedWell && tablesPairs(s.options)) {
         addToPair(s.wells, {record.injector, record.producer, s.launch.LineFlux, result.end.waterFraction},
                   s.lines.pairs);
+        if (weighsPairs(s.options)) keepJoining(result, s.launch.LineFlux, s.lines.pairs);
         keepFastest(s.wells, s.grid, record, !s.lines.field.fromInjector, s.lines.pairs);
     }
     plot(result, iterationsLeft, s);

@@ -34,6 +34,7 @@ int connectionNumber(const PairTable& table, int injector, int producer) {
 void clearPairs(const WellRecord& wells, bool keepFastest, PairTable& table) {
     table.injectors = table.producers = 0;
     table.indexOfWell.clear();
+    table.joining.clear();
     for (const Well& well : wells.wells)
         table.indexOfWell.push_back(isInjector(well) ? ++table.injectors : ++table.producers);
     const std::size_t pairs = at(table.injectors) * at(table.producers);

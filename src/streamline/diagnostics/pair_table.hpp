@@ -17,6 +17,15 @@ struct EndNodeRecord {
     std::vector<std::array<float, 3>> position;  // ft
 };
 
+/// A line that joins an injector and a producer, and what it lets out there.
+struct JoiningLine {
+    int injector = 0, producer = 0;            // 1-based wells
+    double flow = 0.0;                         // rb/day
+    double time = 0.0;                         // days from end to end
+    double oilFraction = 0.0;                  // reservoir volume of oil per reservoir volume
+    double oil = 0.0, water = 0.0, gas = 0.0;  // surface volume per reservoir volume
+};
+
 /// Who feeds whom in one step: sums over the lines that join an injector and a producer.
 struct PairTable {
     int injectors = 0, producers = 0;
@@ -25,6 +34,7 @@ struct PairTable {
     std::vector<double> waterAllocation;  // [pair] rb/day of water at the producer
     std::vector<int> lineCount;           // [producer - 1]
     std::vector<EndNodeRecord> fastest;   // [pair]; empty unless asked for
+    std::vector<JoiningLine> joining;     // every line that joins a pair; kept where rates are optimised
 };
 
 /// Place of a well among the injectors, or among the producers; 0 for no well and for one of the other kind.

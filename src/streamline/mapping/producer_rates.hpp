@@ -26,6 +26,7 @@ struct LineEnd {
     CellId cell = 0;
     double water = 0.0, oil = 0.0, gas = 0.0;  // surface volume per reservoir volume
     double waterFraction = 0.0;                // reservoir volume of water per reservoir volume
+    double oilFraction = 0.0;                  // the same of oil
     bool told = true;                          // see LinePassage
 };
 void addLineEnd(const WellRecord& wells, const LineEnd& end, double flow, OutletTable& outlets);
