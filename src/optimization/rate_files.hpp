@@ -25,7 +25,6 @@ struct ToldWell {
 
 /// What one step of the optimisation came to.
 struct RateReport {
-    double dt = 0.0;    // days of the step
     double norm = 0.0;  // of the relative changes of the rates
     double waterProduced = 0.0, oilProduced = 0.0, waterInjected = 0.0;  // surface volume a day
     double value = 0.0;                                                  // $ of the step

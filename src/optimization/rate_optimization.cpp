@@ -13,7 +13,6 @@
 #include "optimization/well_ranges.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "report/mean_pressure.hpp"
-#include "report/net_value.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -215,9 +214,17 @@ double factorOfPressure(double dt, Simulation& s) {
 
 // --- the step --------------------------------------------------------------------------------------------
 
-RateReport reportOf(const PairPlan& plan, double dt, const Simulation& s) {
+/// Value of what has flowed since the last look; the balance has a row behind every step.
+double valueSinceLast(Simulation& s) {
+    if (s.balance.rows.empty()) return 0.0;
+    const double now = s.balance.rows.back().npv;
+    const double value = now - s.optimization.npv;
+    s.optimization.npv = now;
+    return value;
+}
+
+RateReport reportOf(const PairPlan& plan, Simulation& s) {
     RateReport report;
-    report.dt = dt;
     PhaseAmounts produced, injected;
     for (const Well& well : s.wells.wells) {
         PhaseAmounts& side = isInjector(well) ? injected : produced;
@@ -228,8 +235,7 @@ RateReport reportOf(const PairPlan& plan, double dt, const Simulation& s) {
     report.waterProduced = produced.water;
     report.oilProduced = produced.oil;
     report.waterInjected = injected.water;
-    report.value = dt * (valueOf(s.units, produced, s.options.productionPrice) +
-                         valueOf(s.units, injected, s.options.injectionPrice));
+    report.value = valueSinceLast(s);
     report.meanEfficiency = plan.meanEfficiency;
     report.meanTime = plan.meanTime;
     report.timeMisfit = arrivalVariance(plan.set);
@@ -315,6 +321,18 @@ void moveRates(const PairPlan& plan, double injection, RateReport& report, Simul
     noteChange(report, s);
 }
 
+/// The step ends where one of the time tables does: the parts that it was taken in turn no valves.
+bool endsTableStep(const Simulation& s) {
+    return std::abs(s.clock.time - tableTime(s.schedule.stepEnd, s.clock.tstepIndex + 1)) <=
+           3.0 * TimeTolerance;
+}
+
+/// Days that the rates of the next step will hold.
+double nextLength(double dt, const Simulation& s) {
+    const double length = tableTime(s.schedule.stepLength, s.clock.tstepIndex + 1);
+    return std::isfinite(length) && length > 0.0 ? length : dt;
+}
+
 bool isDue(int report, const Simulation& s) {
     const RunOptions& o = s.options;
     if (s.clock.time >= s.clock.endTime - TimeTolerance) return false;
@@ -355,11 +373,12 @@ void startRateOptimization(Simulation& s) {
 
 void optimizeRates(int report, double dt, Simulation& s) {
     if (!optimizesRates(s.options)) return;
+    if (!endsTableStep(s) && s.clock.time < s.clock.endTime - TimeTolerance) return;
     const bool weighs = weighsPairs(s.options) && hasLines(s.options) && !s.wells.wells.empty();
     const bool due = isDue(report, s);
     const PairPlan plan = weighs ? planOf(s) : PairPlan{};
-    RateReport told = reportOf(plan, dt, s);
-    if (due) moveRates(plan, factorOfPressure(dt, s), told, s);
+    RateReport told = reportOf(plan, s);
+    if (due) moveRates(plan, factorOfPressure(nextLength(dt, s), s), told, s);
     if (!weighs) return;
     s.optimization.steps += 1;
     writeRateStep(told, s);

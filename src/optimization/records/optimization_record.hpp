@@ -33,7 +33,7 @@ struct OptimizationRecord {
     bool toldWithoutLines = false;
     bool toldShort = false;
     bool toldPressure = false;
-    double lastPressure = 0.0;       // psia, behind the last step; 0: none yet
+    double npv = 0.0;                // $ up to the last look
     std::vector<ControlSpan> spans;  // of the schedule that the run leaves
     std::vector<std::string> injectorRows, producerRows, efficiencyRows;  // in force, by their wells
 };

@@ -3,6 +3,7 @@
 #include "optimization/equal_arrival.hpp"
 #include "optimization/rate_plan.hpp"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace kvr;

@@ -9,7 +9,7 @@ namespace {
 /// A producer under a liquid rate whose inflow is not looked at: its connection lets nothing through.
 Well producer(double rate) {
     Well well;
-    well.WellName = "P";
+    well.WellName = std::string{"PRD1"};
     well.WellKind = "prd";
     well.WellControl = well.deckControl = well.givenControl = "lrat";
     well.TargetRate = well.targetLiquid = -rate;
