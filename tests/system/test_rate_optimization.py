@@ -1,0 +1,247 @@
+"""Rates that follow the pairs of wells: what changes, what is kept, what is told."""
+
+import csv
+import re
+
+import numpy
+import pytest
+
+import kvr_run
+import named_run
+import rate_pattern
+from kvr_run import finished_normally, run
+from rate_pattern import flood, numbers
+
+ALLOCATION = "EQWAFS\n" + numbers()
+ARRIVAL = "EQARRIVE\n" + numbers()
+PRICES = "NPVPRICE\n50 -5 2 /\nINJPRICE\n0 -1 0 /\n"
+
+
+def changes(result):
+    with open(result.folder / "KVR_RateChanges.csv") as file:
+        rows = list(csv.DictReader(file))
+    for row in rows:
+        for key in ("TIME", "DECK", "OLD", "NEW"):
+            row[key] = float(row[key])
+    return rows
+
+
+def totals(result):
+    values, _ = named_run.summary_of(result.folder / "KVR_Summary.csv")
+    return values
+
+
+def steps_of(rows):
+    return {step: [row for row in rows if row["STEP"] == step] for step in {row["STEP"] for row in rows}}
+
+
+@pytest.fixture(scope="module")
+def base(tmp_path_factory):
+    return finished_normally(run(tmp_path_factory.mktemp("base"), flood()))
+
+
+@pytest.fixture(scope="module")
+def allocated(tmp_path_factory, base):
+    extra = ALLOCATION + PRICES + f"BASERUN\n'{base.folder}/KVR_Summary.csv' /\n"
+    return finished_normally(run(tmp_path_factory.mktemp("allocated"), flood(extra)))
+
+
+@pytest.fixture(scope="module")
+def arrived(tmp_path_factory):
+    return finished_normally(run(tmp_path_factory.mktemp("arrived"), flood(ARRIVAL)))
+
+
+@pytest.mark.parametrize("method", ["allocated", "arrived"])
+def test_every_change_keeps_the_totals_and_its_bounds(method, request):
+    rows = changes(request.getfixturevalue(method))
+    assert len(steps_of(rows)) >= 5
+    for step in steps_of(rows).values():
+        for kind in ("inj", "prd"):
+            before = sum(row["OLD"] for row in step if row["KIND"] == kind)
+            after = sum(row["NEW"] for row in step if row["KIND"] == kind)
+            assert after == pytest.approx(before, rel=1e-10)
+    for row in rows:
+        assert 0.9 - 1e-9 <= row["NEW"] / row["OLD"] <= 1.1 + 1e-9, row
+        assert row["NEW"] >= 0.1 * row["DECK"] * (1 - 1e-12)
+    assert {row["BOUND"] for row in rows} <= {"", "WMIN", "WMAX", "QWMIN", "BHP LIMIT"}
+
+
+def test_every_change_stands_in_the_log(allocated):
+    told = re.findall(r"^ *RATE CHANGE :: (\S+) (\S+) --> (\S+) STB/DAY", allocated.log, re.M)
+    rows = changes(allocated)
+    assert [name for name, _, _ in told] == [row["WELL"] for row in rows]
+    assert [float(new) for _, _, new in told] == pytest.approx([row["NEW"] for row in rows], rel=1e-8)
+
+
+def test_new_rates_act_in_the_next_step(allocated):
+    values, rows = totals(allocated), changes(allocated)
+    first = min(row["TIME"] for row in rows)
+    behind = numpy.searchsorted(values["TIME"], first + 1e-6)
+    for row in rows:
+        if row["TIME"] == first and row["KIND"] == "inj":
+            assert values[f"WWIR:{row['WELL']}"][behind] == pytest.approx(row["NEW"], rel=1e-6)
+
+
+@pytest.mark.parametrize("method", ["allocated", "arrived"])
+def test_oil_is_gained_at_the_same_water_injected(method, base, request):
+    now, before = totals(request.getfixturevalue(method)), totals(base)
+    assert now["FWIT"][-1] == pytest.approx(before["FWIT"][-1], rel=1e-6)
+    assert now["FOPT"][-1] > 1.01 * before["FOPT"][-1]
+
+
+def test_the_schedule_of_the_run_gives_its_oil_again(allocated, tmp_path):
+    schedule = (allocated.folder / "KVR_RateSchedule.DATA").read_text()
+    again = finished_normally(run(tmp_path, rate_pattern.deck(schedule)))
+    assert totals(again)["FOPT"][-1] == pytest.approx(totals(allocated)["FOPT"][-1], rel=2e-3)
+    assert totals(again)["TIME"][-1] == pytest.approx(1000.0)
+
+
+def test_the_value_is_that_of_the_summary(allocated):
+    values = totals(allocated)
+    value = (50 * values["FOPT"] - 5 * values["FWPT"] + 2 * values["FGPT"] - values["FWIT"])[-1]
+    told = [float(word) for path in allocated.folder.glob("KVR_OPT_ECLIPSEWFLD_REALOC0*.out")
+            for word in re.findall(r" NPV Time Step   = (\S+)", path.read_text())]
+    assert sum(told) == pytest.approx(value, rel=1e-9)
+    beside = re.search(r"NPV +: (\S+) \$, base (\S+), ", allocated.console)
+    assert float(beside[1]) == pytest.approx(value, rel=1e-8)
+
+
+def test_the_closing_summary_stands_beside_the_base_run(allocated, base):
+    found = re.search(r"Oil produced +: (\S+) STB, base (\S+), \+", allocated.console)
+    assert float(found[1]) == pytest.approx(totals(allocated)["FOPT"][-1], rel=1e-8)
+    assert float(found[2]) == pytest.approx(totals(base)["FOPT"][-1], rel=1e-8)
+
+
+def test_optimising_by_value_does_not_lose_value(base, tmp_path):
+    by_value = finished_normally(run(tmp_path, flood("NPVOPT\n" + numbers() + PRICES)))
+
+    def value(result):
+        values = totals(result)
+        return (50 * values["FOPT"] - 5 * values["FWPT"] - values["FWIT"])[-1]
+
+    assert value(by_value) > value(base)
+
+
+def test_files_of_the_steps(allocated):
+    everything = (allocated.folder / "KVR_OPT_ECLIPSEWFLD_REALOC_ALL.out").read_text().splitlines()
+    assert everything[0] == "  ---TIME---    ---RcvFac---   ---  NPV  ---  ---TTMsft---  ---RecvMsft--- ---T*R Msft--- "
+    assert len(everything) == 21
+    assert " File Generated : WFLOOD_REALOC_ALL.out" in allocated.log
+    step = sorted(allocated.folder.glob("KVR_OPT_ECLIPSEWFLD_REALOC0*.out"))[0].read_text()
+    for label in (" Simulation Time =", " Total Norm Fact =", " Qw Prd Total    =", " Qo Prd Total    =", " Qw Inj Total    ="):
+        assert label in step
+    pairs = sorted(allocated.folder.glob("KVR_OPT_ECLIPSE_PTNMAP*.plt"))[-1].read_text().splitlines()
+    assert pairs[0] == "Variables= IDW1,IDW2,LoWX,LocWY,TotVal,RcvVal,ie_recov,ie,WelTOF,ConeTOF,ie_resis"
+    assert pairs[1::2] == ["Zone i=1, F=point"] * (len(pairs) // 2)
+    assert all(len(row.split()) == 11 for row in pairs[2::2])
+
+
+def told_pairs(path):
+    """Injector, producer, flux, oil, efficiency and number of lines of every pair of a step's file."""
+    rows = re.findall(r"^ (I\d+)\s+(P\d+)\s+(\S+)\s+(\S+)\s+(\S+)\s+\S+\s+\S+\s+(\d+)", path.read_text(), re.M)
+    return [(i, p, float(flux), float(oil), float(e), int(lines)) for i, p, flux, oil, e, lines in rows]
+
+
+def test_pairs_have_their_lines_the_flow_of_their_wells_and_the_oil_of_the_field(tmp_path):
+    text = flood(ALLOCATION, steps="10*50 10").replace("1 0 0 0 0 0 0 1 0 0 /", "1 0 0 1 0 0 0 1 0 0 /")
+    result = finished_normally(run(tmp_path, text))
+    plot = max(result.folder.glob("Streamline_Time_*.plt"), key=lambda path: float(path.stem.split("_")[-1])).read_text()
+    count = {}
+    for line in plot.split("VARIABLES =X,Y,Z")[1].split("ZONE I =")[1:]:
+        pair = tuple(int(float(word)) for word in line.strip().splitlines()[-1].split()[7:9])
+        if 0 not in pair:
+            count[pair] = count.get(pair, 0) + 1
+    rows = told_pairs(max(result.folder.glob("KVR_OPT_ECLIPSEWFLD_REALOC0*.out")))
+    assert {(int(i[1:]), int(p[1:])): lines for i, p, _, _, _, lines in rows} == count
+    values = totals(result)
+    for injector in ("I1", "I2"):
+        flux = sum(row[2] for row in rows if row[0] == injector)
+        assert flux == pytest.approx(values[f"WVIR:{injector}"][-1], rel=0.02)
+    mean = sum(row[3] for row in rows) / sum(row[2] for row in rows)
+    assert mean == pytest.approx(1.0 - values["FWCT"][-1], abs=0.02)
+    assert all(oil == pytest.approx(e * flux, rel=1e-4) for _, _, flux, oil, e, _ in rows)
+
+
+def test_a_well_at_a_given_pressure_and_a_shut_one_stay(tmp_path):
+    result = finished_normally(run(tmp_path, flood(ALLOCATION, bhp=("P2",), shut=("P4",))))
+    rows = changes(result)
+    assert {row["WELL"] for row in rows} == {"I1", "I2", "P1", "P3", "P5"}
+    schedule = (result.folder / "KVR_RateSchedule.DATA").read_text()
+    assert len(re.findall(r"^'P2' OPEN BHP .* 2500 /", schedule, re.M)) == 1
+    for step in steps_of(rows).values():
+        producers = [row for row in step if row["KIND"] == "prd"]
+        assert sum(row["NEW"] for row in producers) == pytest.approx(sum(row["OLD"] for row in producers), rel=1e-10)
+
+
+@pytest.mark.parametrize("option", ["EQWAFS\n", "EQARRIVE\n", "OPTIMIZE\n"])
+def test_one_pair_keeps_its_rates(tmp_path, option):
+    result = finished_normally(run(tmp_path, flood(option + numbers(), injectors={"I1": (1, 1)}, producers={"P1": (24, 24)})))
+    assert not (result.folder / "KVR_RateChanges.csv").exists()
+    assert not re.search(r"\bnan\b", result.log.lower())
+
+
+@pytest.mark.parametrize("option", ["EQWAFS\n", "EQARRIVE\n"])
+def test_without_injection_nothing_changes(tmp_path, option):
+    result = finished_normally(run(tmp_path, flood(option + numbers(), shut=("I1", "I2"), steps="3*1")))
+    assert not (result.folder / "KVR_RateChanges.csv").exists()
+    assert not re.search(r"\bnan\b", result.log.lower())
+
+
+@pytest.mark.parametrize("method", ["IMPES", "FIM"])
+def test_methods_without_lines_leave_the_rates_and_say_so_once(tmp_path, method):
+    result = finished_normally(run(tmp_path, flood(ALLOCATION, steps="3*20", method=method)))
+    told = f"RATES STAY AS THE SCHEDULE HAS THEM, FDMETHOD {method} HAS NO STREAMLINES"
+    assert result.log.count("WARNING :: " + told) >= 1
+    assert not (result.folder / "KVR_RateChanges.csv").exists()
+    assert re.search(r"Warnings +: 1\b", result.console)
+
+
+def test_nothing_changes_before_the_first_step_that_is_named(tmp_path):
+    rows = changes(finished_normally(run(tmp_path, flood("EQWAFS\n" + numbers(start=12)))))
+    assert min(row["TIME"] for row in rows) >= 600.0
+
+
+def test_rates_rest_between_changes(tmp_path):
+    rows = changes(finished_normally(run(tmp_path, flood(ARRIVAL + "RATEEVERY\n150 /\n"))))
+    times = sorted({row["TIME"] for row in rows})
+    assert all(after - before >= 150.0 - 1e-9 for before, after in zip(times, times[1:]))
+
+
+def test_numbers_that_allow_no_change_stop_the_run(tmp_path):
+    result = run(tmp_path, flood("EQWAFS\n" + numbers(down=0, up=0)))
+    assert result.status == 1
+    assert "ERROR :: Optimization of WAFs activated but max/min dq set to zero." in result.console
+
+
+def test_a_well_event_leaves_the_rates_of_the_other_wells(tmp_path):
+    later = "WCONPROD\n'P1' 'OPEN' 'LRAT' 3* 60 1* 100 /\n/\nTSTEP\n10*50 /\n"
+    schedule = rate_pattern.definitions() + rate_pattern.controls() + "TSTEP\n10*50 /\n" + later
+    rows = changes(finished_normally(run(tmp_path, rate_pattern.deck(schedule, ARRIVAL))))
+    last = {row["WELL"]: row["NEW"] for row in rows if row["TIME"] <= 500.0}
+    first = {row["WELL"]: row for row in reversed([row for row in rows if row["TIME"] > 500.0])}
+    assert first["P1"]["OLD"] == pytest.approx(60.0)
+    for well in set(last) - {"P1"}:
+        assert first[well]["OLD"] == pytest.approx(last[well], rel=1e-9)
+
+
+@pytest.mark.parametrize("target", [2700.0, 3600.0])
+def test_the_average_pressure_goes_to_its_target(tmp_path, target):
+    extra = f"OPTMMP\nMMPTARGET\n{target} /\n"
+    result = finished_normally(run(tmp_path, flood(extra, limit=14.7)))
+    assert totals(result)["FPR"][-1] == pytest.approx(target, rel=0.02)
+    plot = (result.folder / "KVR_OPT_ECLIPSEWFLD_MMP.plt").read_text().splitlines()
+    assert plot[0].startswith("TITLE=") and plot[1] == "VARIABLES= X,Y,XMF" and plot[2] == "Zone I = 1 ,J= 1 ,F = Point"
+    assert plot[4] == "Zone I = 50 ,J= 50 ,F = Point" and len(plot) == 5 + 2500
+
+
+def test_without_a_target_the_pressure_is_left_alone(tmp_path, base):
+    result = finished_normally(run(tmp_path, flood("OPTMMP\nMMPTARGET\n0 /\n")))
+    assert totals(result)["FOPT"][-1] == totals(base)["FOPT"][-1]
+    assert "OPTMMP without a target (MMPTARGET) is off" in result.console
+    assert not (result.folder / "KVR_OPT_ECLIPSEWFLD_MMP.plt").exists()
+
+
+def test_a_base_run_that_is_not_there_is_told(tmp_path):
+    result = finished_normally(run(tmp_path, flood("BASERUN\n'nowhere.csv' /\n", steps="2*20")))
+    assert "WARNING :: BASERUN CANNOT BE READ AS A SUMMARY TABLE" in result.console
+    assert kvr_run.PROGRAM
