@@ -9,10 +9,11 @@ from kvr_run import REPOSITORY
 SOURCE = REPOSITORY / "src"
 # Folders from the ground up; those of one floor may use each other.
 FLOORS = [{"base", "pressure/solvers"}, {"model"}, {"fluid"}, {"deck", "pressure"},
-          {"streamline", "implicit", "report", "eclipse"}, {"matching"}, {"run"}]
+          {"streamline", "implicit", "report", "eclipse"}, {"matching", "optimization"}, {"run"}]
 FLOOR = {folder: n for n, folders in enumerate(FLOORS) for folder in folders}
 # Rooms of a folder in order. The folder's own files stand on top of them.
 ROOMS = {
+    "optimization": ["records"],
     "fluid": ["components"],
     "deck": ["reading", "sections", "options"],
     "pressure": ["solvers", "records", "wells"],
