@@ -28,13 +28,15 @@ REPORT_TIMES = numpy.arange(0.0, 2000.1, 50.0)
 SHORT_STEPS = {LARGEST: "8*50"}  # of the largest case against our fully implicit run: to day 400
 
 METHODS = ("streamlines", "fully implicit", "peer")
+WEIGHED = ("FIVE1", "streamlines, pairs weighed")  # what the optimisation of rates costs before it changes any
 
 
 def section(name, method):
     """The option section of a run, empty where it needs none."""
     if method == "fully implicit":
         return "\nTUNEKVR\nFDMETHOD\nFIM\n"
-    return f"\nTUNEKVR\nNUMLINE\n{LINES[name]} /\n" if LINES[name] else ""
+    lines = f"\nTUNEKVR\nNUMLINE\n{LINES[name]} /\n" if LINES[name] else ""
+    return lines + "EQWAFS\nWFOOPT\n999999 /\n" if method == WEIGHED[1] else lines
 
 
 def row_name(name, method, threads=1):
@@ -97,7 +99,7 @@ def measured(decks, repeats, large, peer):
         if name == LARGEST and not large:
             continue
         times, steps = 1 if name == LARGEST else repeats, SHORT_STEPS.get(name)
-        own = {method: [] for method in METHODS[:2]}
+        own = {method: [] for method in METHODS[:2] + (WEIGHED[1:] if name == WEIGHED[0] else ())}
         for _ in range(times):
             for method, runs in own.items():
                 runs.append(own_run(decks, name, method, steps=steps))
