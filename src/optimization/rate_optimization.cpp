@@ -167,8 +167,9 @@ std::string boundOf(const MovingWell& moving) {
 }
 
 /// The group's total over its wells; what bounds left of it before is asked for again. `factor`: of the
-/// total. What is missing now stands in `missing`.
-void balanceGroup(double factor, const Simulation& s, double& missing, std::vector<MovingWell>& group) {
+/// total. What is missing now stands in `missing`, where the next step is to ask for it again. What the
+/// bounds have left over.
+double balanceGroup(double factor, const Simulation& s, double& missing, std::vector<MovingWell>& group) {
     const bool byTarget = isInjector(s.wells.wells[at(group.front().well) - 1]) || shareOneControl(group, s);
     double total = byTarget ? missing : 0.0;
     std::vector<SharedRate> shares;
@@ -180,6 +181,7 @@ void balanceGroup(double factor, const Simulation& s, double& missing, std::vect
     const double left = balanceRates(factor * total, shares);
     missing = byTarget && factor == 1.0 ? std::max(left, 0.0) : 0.0;
     for (std::size_t n = 0; n < group.size(); ++n) group[n].share = shares[n];
+    return left;
 }
 
 // --- the field pressure ----------------------------------------------------------------------------------
@@ -308,7 +310,12 @@ void moveRates(const PairPlan& plan, double injection, RateReport& report, Simul
     double injectionShort = s.optimization.injectionShort, productionShort = s.optimization.productionShort;
     for (auto& [name, group] : groups) {
         const bool injects = name != "prd";
-        balanceGroup(injects ? injection : 1.0, s, injects ? injectionShort : productionShort, group);
+        const double left =
+            balanceGroup(injects ? injection : 1.0, s, injects ? injectionShort : productionShort, group);
+        if (injects && injection != 1.0 && left != 0.0)
+            log(s.console,
+                "MISCIBILITY :: injectors at their bounds take {} a day less than the pressure asks for",
+                number(left / s.units.liquidRate));
     }
     const std::vector<double> factors = factorsOf(groups, s.wells.wells.size());
     report.norm = changeNorm(factors);

@@ -86,13 +86,13 @@ def definitions(injectors=None, producers=None):
     return f"WELSPECS\n{heads}/\nCOMPDAT\n{holes}/\n"
 
 
-def controls(rate=300.0, injectors=None, producers=None, bhp=(), shut=(), limit=100.0):
+def controls(rate=300.0, injectors=None, producers=None, bhp=(), shut=(), limit=100.0, top=20000.0):
     """Every producer an equal share of the injection; those in `bhp` stand at 2500 psi, those in `shut` are shut."""
     injectors, producers = injectors or INJECTORS, producers or PRODUCERS
     share = rate * len(injectors) / len(producers)
     text = "WCONINJE\n"
     for name in injectors:
-        text += f"'{name}' 'WATER' '{'SHUT' if name in shut else 'OPEN'}' 'RATE' {rate:g} 1* 20000 /\n"
+        text += f"'{name}' 'WATER' '{'SHUT' if name in shut else 'OPEN'}' 'RATE' {rate:g} 1* {top:g} /\n"
     text += "/\nWCONPROD\n"
     for name in producers:
         if name in bhp:

@@ -234,6 +234,13 @@ def test_the_average_pressure_goes_to_its_target(tmp_path, target):
     assert plot[4] == "Zone I = 50 ,J= 50 ,F = Point" and len(plot) == 5 + 2500
 
 
+def test_injectors_at_their_limit_say_that_the_pressure_is_out_of_reach(tmp_path):
+    result = finished_normally(run(tmp_path, flood("OPTMMP\nMMPTARGET\n4500 /\n", top=3600.0)))
+    assert totals(result)["FPR"][-1] < 4500.0 * 0.98
+    assert "MISCIBILITY :: injectors at their bounds take" in result.log
+    assert "BHP LIMIT" in {row["BOUND"] for row in changes(result)}
+
+
 def test_without_a_target_the_pressure_is_left_alone(tmp_path, base):
     result = finished_normally(run(tmp_path, flood("OPTMMP\nMMPTARGET\n0 /\n")))
     assert totals(result)["FOPT"][-1] == totals(base)["FOPT"][-1]
