@@ -282,7 +282,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         };
         const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
         const bool holdsFloor = follow || !buoyant.empty();
-        if (!follow && !buoyant.empty() && !steady)
+        if (!follow && !buoyant.empty() && count <= MostSubsteps)
             length = lengthUnderGravity(length, held, floor, lossOf(held, after(length, false), length));
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = stateOf(tables, table, fluid, next);
