@@ -4,6 +4,7 @@
 #include "base/written_files.hpp"
 #include "report/block_zone.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kvr {
@@ -114,8 +115,10 @@ void writeUpdateMaps(Simulation& s) {
     replaceMap(
         s, std::string(outputName(OutputFile::HmPermChange)),
         [&](CellId c) { return logRatio(k[c], s.match.prior[c]); }, ChangeTitle);
+    // An update that is halved, or put back, keeps its number.
+    const std::size_t number = std::max<std::size_t>(s.match.accepted.size(), 1);
     replaceMap(
-        s, fmt::format("HM_ITE_{:04}", s.clock.hmIteration + 1), [&](CellId c) { return k[c]; }, "PERMX");
+        s, fmt::format("HM_ITE_{:04}", number), [&](CellId c) { return k[c]; }, "PERMX");
     addHistory(s);
     writeInclude(s);
     writeOutsidePermeability(s);

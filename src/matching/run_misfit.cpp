@@ -19,7 +19,7 @@ constexpr QuantityRow Rows[] = {
 void addDifferences(const std::vector<double>& observed, const std::vector<double>& calculated,
                     std::size_t place, WellMisfit& misfit) {
     for (std::size_t i = 0; i < observed.size(); ++i) {
-        if (place == quantity::Pressure && observed[i] <= 0.0) continue;
+        if (place == quantity::Pressure && (observed[i] <= 0.0 || calculated[i] <= 0.0)) continue;
         misfit.sum[place] += observed[i] - calculated[i];
         misfit.sumAbs[place] += std::abs(observed[i] - calculated[i]);
     }

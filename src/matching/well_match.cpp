@@ -64,14 +64,14 @@ std::vector<std::size_t> reachedPoints(const WellSeries& observed, const WellSer
     return points;
 }
 
-/// Mean of observed minus calculated over the measured pressures that count.
+/// Mean of observed minus calculated over the pressures that count, measured and of a well that is open.
 template <class Counts>
 double meanDifference(std::span<const double> observed, std::span<const double> calculated,
                       const Counts& counts) {
     double sum = 0.0;
     std::size_t count = 0;
     for (std::size_t i = 0; i < observed.size(); ++i) {
-        if (observed[i] <= 0.0 || !counts(i)) continue;
+        if (observed[i] <= 0.0 || calculated[i] <= 0.0 || !counts(i)) continue;
         sum += observed[i] - calculated[i];
         ++count;
     }

@@ -22,6 +22,8 @@ namespace kvr {
 
 namespace {
 
+constexpr std::string_view Production = "prd";  // name of the group of producers, beside the injected fluids
+
 constexpr double LeastBound = 1e-9;  // of a rate, by which a bound keeps it from what was asked
 
 ChangeLimits changeLimits(const RunOptions& o) {
@@ -113,7 +115,7 @@ struct MovingWell {
 
 /// Wells whose totals are kept together.
 std::string groupOf(const Well& well) {
-    return isInjector(well) ? well.InjectFluid : "prd";
+    return isInjector(well) ? well.InjectFluid : std::string(Production);
 }
 
 /// All producers hold the same liquid or reservoir rate: their targets themselves are a total. Otherwise
@@ -294,9 +296,9 @@ void noteChange(RateReport& report, Simulation& s) {
 }
 
 /// What wells at their bounds left of a total is told once.
-void tellShort(double missing, std::string_view what, Simulation& s) {
-    if (!(std::abs(missing) > 0.0) || s.optimization.toldShort) return;
-    s.optimization.toldShort = true;
+void tellShort(double missing, std::string_view what, bool& told, Simulation& s) {
+    if (!(std::abs(missing) > 0.0) || told) return;
+    told = true;
     both(s.console, "RATE OPTIMISATION :: wells at their bounds cannot take the whole {}; see BOUND in {}",
          what, outputFileName(s.outputs.prefix, outputName(OutputFile::RateChanges)));
 }
@@ -307,11 +309,10 @@ void moveRates(const PairPlan& plan, double injection, RateReport& report, Simul
         for (std::size_t w = 0; w < demands.size(); ++w)
             demands[w].joined = demands[w].joined || isInjector(s.wells.wells[w]);
     auto groups = movingGroups(demands, s);
-    double injectionShort = s.optimization.injectionShort, productionShort = s.optimization.productionShort;
+    std::map<std::string, double> missing = s.optimization.left;
     for (auto& [name, group] : groups) {
-        const bool injects = name != "prd";
-        const double left =
-            balanceGroup(injects ? injection : 1.0, s, injects ? injectionShort : productionShort, group);
+        const bool injects = name != Production;
+        const double left = balanceGroup(injects ? injection : 1.0, s, missing[name], group);
         if (injects && injection != 1.0 && left != 0.0)
             log(s.console,
                 "MISCIBILITY :: injectors at their bounds take {} a day less than the pressure asks for",
@@ -320,10 +321,12 @@ void moveRates(const PairPlan& plan, double injection, RateReport& report, Simul
     const std::vector<double> factors = factorsOf(groups, s.wells.wells.size());
     report.norm = changeNorm(factors);
     if (groups.empty() || (injection == 1.0 && rateStays(plan, factors, report.norm, s))) return;
-    s.optimization.injectionShort = injectionShort;
-    s.optimization.productionShort = productionShort;
-    tellShort(injectionShort, "injection", s);
-    tellShort(productionShort, "production", s);
+    s.optimization.left = missing;
+    for (const auto& [name, left] : missing) {
+        const bool injects = name != Production;
+        tellShort(left, injects ? "injection" : "production",
+                  injects ? s.optimization.toldInjectionShort : s.optimization.toldProductionShort, s);
+    }
     apply(groups, report, s);
     noteChange(report, s);
 }
@@ -374,6 +377,8 @@ void startRateOptimization(Simulation& s) {
     }
     s.optimization = {};
     tellWithoutLines(s);
+    if (s.options.npvOptimization && !(s.options.productionPrice.oil > s.options.productionPrice.water))
+        warn(s.console, "WARNING :: NPVOPT WITHOUT A PRICE OF OIL ABOVE THAT OF WATER CHANGES NO RATES");
     for (const Well& well : s.wells.wells) s.optimization.wells.push_back(optimizedWell(well));
     keepControls(s.clock.wellChangeIndex + 1, s);
 }
@@ -400,7 +405,7 @@ void keepGivenRates(int entry, Simulation& s) {
         OptimizedWell& kept = record.wells[w];
         if (!asksTheSame(kept, well)) {
             kept = optimizedWell(well);
-            record.injectionShort = record.productionShort = 0.0;
+            record.left.clear();
         } else if (kept.rate != kept.deckRate && kept.rate > 0.0) {
             setOwnRate(kept.rate, well);
         }

@@ -53,12 +53,14 @@ ConservedAmounts flowing(const FluidTables& tables, const TankFluid& fluid, cons
     return out;
 }
 
-/// What a known make-up has to leave of each component: its immobile part, as far as it is there.
+/// What has to be left of each component: its immobile part, as far as it is there. Beside free gas how much
+/// oil stays is a matter of all three phases, and none is counted.
 ConservedAmounts floorOf(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
                          const ConservedAmounts& start) {
     ConservedAmounts floor;
     floor.water = std::min(start.water, table.ConnateSw * fluid.poreVolume / fluid.factors.Bw);
-    if (!tables.hasGas)
+    constexpr double Slack = 1e-9;  // relative, of gas that is all in solution
+    if (!tables.hasGas || start.gas <= (1.0 + Slack) * fluid.saturatedRs * start.oil)
         floor.oil = std::min(start.oil, table.ResidualSo * fluid.poreVolume / fluid.factors.Bo);
     return floor;
 }

@@ -64,7 +64,7 @@ double largestChange(const MatchRecord& match) {
 }
 
 bool grows(const MatchRecord& match, const RunMisfit& run) {
-    return !match.accepted.empty() && run.judged > match.accepted.back().judged;
+    return !match.accepted.empty() && !(run.judged <= match.accepted.back().judged);
 }
 
 /// The update again, half as large; or the field before it where that has been done often enough. That ends
@@ -125,6 +125,10 @@ void beginMatch(Simulation& s) {
     s.match.startSeconds = wallSeconds();
     checkObserved(s);
     s.match.observedGiven = fileExists(s.options.workingFolder + "WELL_OBSERVED.DATA");
+    if (s.match.observedGiven && s.options.useHistoryControls)
+        warn(s.console,
+             "WARNING :: WELL_OBSERVED.DATA stands in the folder and is matched, not the rates of "
+             "WCONHIST and WCONINJH; without it the file is made of them");
     s.match.prior = s.grid.PERMX;
     s.match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     s.match.dlnk.assign(s.grid.NCELLS, 0.0);

@@ -125,11 +125,13 @@ double allowedBehind(double found, double before, double dt) {
 
 double implicitLength(double lag, double dt) {
     if (lag <= ImplicitLag) return dt;
-    return std::isfinite(lag) ? dt * std::clamp(Safety * ImplicitLag / lag, LargestCut, SmallestCut) : dt;
+    return std::isfinite(lag) ? dt * std::clamp(Safety * ImplicitLag / lag, LargestCut, SmallestCut)
+                              : dt * LargestCut;
 }
 
 double implicitGrowth(double lag) {
     constexpr double Most = 2.0;
+    if (!std::isfinite(lag)) return SmallestCut;
     return lag > 0.0 ? std::clamp(Safety * ImplicitLag / lag, SmallestCut, Most) : Most;
 }
 

@@ -251,4 +251,45 @@ def test_without_a_target_the_pressure_is_left_alone(tmp_path, base):
 def test_a_base_run_that_is_not_there_is_told(tmp_path):
     result = finished_normally(run(tmp_path, flood("BASERUN\n'nowhere.csv' /\n", steps="2*20")))
     assert "WARNING :: BASERUN CANNOT BE READ AS A SUMMARY TABLE" in result.console
-    assert kvr_run.PROGRAM
+
+
+def test_a_value_without_prices_is_told(tmp_path):
+    result = finished_normally(run(tmp_path, flood("NPVOPT\nEQWAFS\n" + numbers(), steps="2*20")))
+    assert "WARNING :: NPVOPT WITHOUT A PRICE OF OIL ABOVE THAT OF WATER CHANGES NO RATES" in result.console
+
+
+LIVE_OIL = """PVTO
+0.001 14.7 1.0 1.5 /
+0.3 2000 1.15 1.2
+    8000 1.14 1.4 /
+0.6 4000 1.3 1.0
+    8000 1.28 1.1 /
+/
+PVDG
+14.7 200 0.01
+2000 1.5 0.015
+8000 0.5 0.03 /
+SGOF
+0 0 1 0
+0.1 0.01 0.7 0
+0.5 0.5 0.01 0
+0.8 1 0 0 /"""
+
+
+def test_what_gas_injectors_leave_is_not_asked_of_water_injectors(tmp_path):
+    injectors = {"I1": (6, 6), "I2": (18, 18), "I3": (6, 18), "I4": (18, 6)}
+    cells = rate_pattern.GRID**2
+    text = rate_pattern.deck(rate_pattern.definitions(injectors, rate_pattern.PRODUCERS)
+                             + rate_pattern.controls(injectors=injectors, top=3200.0) + "TSTEP\n6*50 /\n", "EQWAFS\n" + numbers())
+    text = (text.replace("OIL\nWATER\nFIELD", "OIL\nWATER\nGAS\nFIELD").replace("PVDO\n300 1.05 1.5\n8000 1.0 1.6 /", LIVE_OIL)
+            .replace(f"SWAT\n{cells}*0.2 /", f"SWAT\n{cells}*0.2 /\nSGAS\n{cells}*0 /\nRS\n{cells}*0.3 /"))
+    for well in ("I3", "I4"):
+        text = text.replace(f"'{well}' 'WATER' 'OPEN' 'RATE' 300 1* 3200", f"'{well}' 'GAS' 'OPEN' 'RATE' 6000 1* 9000")
+    assert text.count("'GAS' 'OPEN'") == 2
+    finished_normally(run(tmp_path, text))
+    rates = {"I1": 300.0, "I2": 300.0}
+    with open(tmp_path / "KVR_RateChanges.csv") as table:
+        for row in csv.DictReader(table):
+            if row["WELL"] in rates:
+                rates[row["WELL"]] = float(row["NEW"])
+    assert sum(rates.values()) <= 600.0 * (1.0 + 1e-9)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,14 +25,14 @@ struct ControlSpan {
 
 /// What the rate optimisation keeps from step to step.
 struct OptimizationRecord {
-    std::vector<OptimizedWell> wells;  // by well number
-    double injectionShort = 0.0;       // what wells at their bounds left of the totals, volume a day
-    double productionShort = 0.0;
-    double lastChange = -1.0;  // days; below 0: rates have not been changed yet
-    int changes = 0;           // steps behind which rates were changed
-    int steps = 0;             // steps looked at
+    std::vector<OptimizedWell> wells;    // by well number
+    std::map<std::string, double> left;  // of the totals, by wells at their bounds, volume a day: by fluid
+                                         // injected, and of production
+    double lastChange = -1.0;            // days; below 0: rates have not been changed yet
+    int changes = 0;                     // steps behind which rates were changed
+    int steps = 0;                       // steps looked at
     bool toldWithoutLines = false;
-    bool toldShort = false;
+    bool toldInjectionShort = false, toldProductionShort = false;
     bool toldPressure = false;
     double npv = 0.0;                // $ up to the last look
     std::vector<ControlSpan> spans;  // of the schedule that the run leaves

@@ -29,6 +29,11 @@ double equivalentPermeability(const CompletionGeometry& cell);
 /// 0: such a connection does not flow.
 double wellIndex(const CompletionGeometry& cell, double radius, double skin, double givenKh = -1.0);
 
+/// Whether the Well Index of a connection follows the permeability of its cell: neither it nor Kh is given.
+inline bool followsPermeability(const WellConnection& connection) {
+    return connection.ConnFactor < 0.0 && !(connection.givenKh > 0.0);
+}
+
 /// The Well Index of one connection and the two figures reported with it. ConnFactor of 0 or more is the
 /// Well Index itself. A connection in an inactive cell gets 0.
 void ConnectionIndex(const GridModel& grid, WellConnection& connection);

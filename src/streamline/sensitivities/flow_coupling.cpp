@@ -1,6 +1,7 @@
 #include "streamline/sensitivities/flow_coupling.hpp"
 
 #include "base/index.hpp"
+#include "pressure/wells/well_index.hpp"
 #include "streamline/sensitivities/line_sensitivity.hpp"
 
 #include <algorithm>
@@ -113,7 +114,7 @@ void addResidualChanges(const FlowCoupling& flow, const std::vector<double>& psi
                                         [&](const WellRow& r) { return &flow.wells.wells[r.well] == &well; });
         const bool hasRow = found != flow.matrix.wellRows.end();
         for (const WellConnection& connection : well.connections) {
-            if (connection.ConnFactor >= 0.0) continue;  // given: it does not follow the permeability
+            if (!followsPermeability(connection)) continue;
             const double there = hasRow ? psi[at(found->row)] : 0.0;
             row[connection.ConnCell] += connection.reservoirRate * (psi[at(connection.ConnCell) - 1] - there);
         }

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/index.hpp"
+#include "pressure/wells/well_index.hpp"
 #include "streamline/sensitivities/classic_form.hpp"
 #include "streamline/transport/fractional_flow.hpp"
 
@@ -103,7 +104,7 @@ const Well* wellOf(const WellRecord& wells, int number) {
 /// psi between a well and a cell of it, where the well index follows the permeability; 0 otherwise.
 double wellDrop(const CellState& state, const Well& well, CellId cell) {
     for (const WellConnection& connection : well.connections)
-        if (connection.ConnCell == cell && connection.ConnFactor < 0.0)
+        if (connection.ConnCell == cell && followsPermeability(connection))
             return std::abs(well.Bhp + connection.ConnHead - state.Pressure[cell]);
     return 0.0;
 }

@@ -93,7 +93,7 @@ void loadCell(const Simulation& simulation, CellId cell, SplittingStage& stage) 
     work.amount.gas = work.phases.Sg * shared.inverseBg + work.phases.Rs * work.amount.oil;
     const SaturationTable& table = regionTable(simulation.fluids, simulation.grid.SATNUM[cell]);
     work.immobileWater = std::min(work.amount.water, table.ConnateSw * shared.inverseBw);
-    if (!simulation.fluids.hasGas)
+    if (!simulation.fluids.hasGas || !(state.Sg[cell] > SmallestFreeGas))
         work.immobileOil = std::min(work.amount.oil, table.ResidualSo * shared.inverseBo);
     if (stage.carries) stage.start[cell] = work.amount;
     refreshCell(simulation, cell, stage);

@@ -170,7 +170,8 @@ TEST(ImplicitLength, IsThatOverWhichMobilitiesChangeLittle) {
     EXPECT_DOUBLE_EQ(implicitLength(0.1, 365.0), 0.4 * 365.0) << "0.8 of the length that comes to the limit";
     EXPECT_DOUBLE_EQ(implicitLength(5.0, 365.0), 36.5) << "no shorter than a tenth";
     EXPECT_DOUBLE_EQ(implicitLength(0.0501, 365.0), 0.7 * 365.0) << "shorter by three tenths at least";
-    EXPECT_EQ(implicitLength(HUGE_VAL, 365.0), 365.0) << "nothing is known of it";
+    EXPECT_DOUBLE_EQ(implicitLength(HUGE_VAL, 365.0), 36.5);
+    EXPECT_DOUBLE_EQ(implicitLength(std::numeric_limits<double>::quiet_NaN(), 365.0), 36.5);
 }
 
 TEST(ImplicitGrowth, TakesTheNextStepByWhatTheLastHasChanged) {
@@ -178,6 +179,7 @@ TEST(ImplicitGrowth, TakesTheNextStepByWhatTheLastHasChanged) {
     EXPECT_EQ(implicitGrowth(0.01), 2.0);
     EXPECT_DOUBLE_EQ(implicitGrowth(0.04), 1.0);
     EXPECT_DOUBLE_EQ(implicitGrowth(0.5), 0.7);
+    EXPECT_DOUBLE_EQ(implicitGrowth(std::numeric_limits<double>::quiet_NaN()), 0.7);
 }
 
 TEST(LacksTooMuch, HoldsTheMissingVolumeAloneAgainstItsLimit) {

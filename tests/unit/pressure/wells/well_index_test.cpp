@@ -93,6 +93,16 @@ TEST(WellIndex, TakesAGivenPermeabilityThicknessInPlaceOfTheCells) {
     EXPECT_EQ(wellIndex(cell, 0.25, 0.0, 0.0), wellIndex(cell, 0.25, 0.0)) << "0 is not given";
 }
 
+TEST(WellIndex, FollowsThePermeabilityWhereNeitherItNorKhIsGiven) {
+    WellConnection connection;
+    EXPECT_TRUE(followsPermeability(connection));
+    connection.givenKh = 100.0;
+    EXPECT_FALSE(followsPermeability(connection));
+    connection.givenKh = 0.0;
+    connection.ConnFactor = 0.0;
+    EXPECT_FALSE(followsPermeability(connection));
+}
+
 TEST(ConnectionIndex, TakesAGivenFactorAsItStands) {
     const GridModel grid = sample::column(1);
     WellConnection connection;
