@@ -126,6 +126,7 @@ DepthState meanState(CellView cell, const InitDepthTable& rows, bool hasGas, std
         mean.Sg += part.Sg / slices.count;
         mean.pressure += part.pressure / slices.count;
     }
+    if (!slices.always) mean.pressure = centre.pressure;
     return mean;
 }
 

@@ -374,7 +374,8 @@ Yes 2.d-3 0.5 1.d-4 8.d-3 3.d-2 0.03 1.d-3 /
 --SNSTIMWT
 -- 1.0 1.0 /
 --SNSFORM
--- Travel time, pressure [COUPLED/LINES/CLASSIC : Def = COUPLED]
+-- Travel time [COUPLED/LINES/CLASSIC : Def = COUPLED]
+-- Pressure [COUPLED/LINES/CLASSIC : Def = COUPLED]
 -- COUPLED COUPLED /
 --AVGSENS
 -- 2 5 /

@@ -31,11 +31,12 @@ constexpr int MostTargetPasses = 2;   // over a step whose wells have left their
 constexpr int MostImplicitCuts = 12;  // of a step that is taken fully implicitly
 constexpr int MostForcedCuts = 10;    // of a step that neither way is good for
 constexpr double ForcedCut = 0.1;
-constexpr int EnoughAccepted = 2;          // attempts in a row that make good for the failed ones before
-constexpr int MostImplicitAhead = 64;      // steps in a row without an attempt
-constexpr int MostLagCuts = 3;             // of a fully implicit step over which mobilities change too much
-constexpr double CrawlShare = 0.01;        // of the length that the tables ask for
-constexpr double CrawlShareWithGas = 0.1;  // the same where phases come and go
+constexpr int EnoughAccepted = 2;            // attempts in a row that make good for the failed ones before
+constexpr int MostImplicitAhead = 64;        // steps in a row without an attempt
+constexpr int MostLagCuts = 3;               // of a fully implicit step over which mobilities change too much
+constexpr double CrawlShare = 0.01;          // of the length that the tables ask for
+constexpr double LeastImplicitShare = 0.01;  // of the same, for a fully implicit step's accuracy alone
+constexpr double CrawlShareWithGas = 0.1;    // the same where phases come and go
 constexpr int LargestPower = 10;
 constexpr double HopelessShare = 1e-6;  // of the run: a step that advances less counts as hopeless
 constexpr int FewHopelessSteps = 2;     // in a row, behind which the fully implicit method is asked
@@ -187,17 +188,52 @@ void announceAnew(double dt, Simulation& s) {
     printStepBanner(s.console, s.schedule, s.clock);
 }
 
+/// Length for a fully implicit step of `dt` days over which mobilities change by `lag`. Where a phase comes
+/// or goes they jump however short the step is: a share of what the tables ask for is short enough.
+double boundedImplicitLength(double lag, double dt, const Simulation& s) {
+    return std::max(implicitLength(lag, dt), std::min(dt, LeastImplicitShare * s.control.asked));
+}
+
+/// Length allowed behind such a step; back toward that share where the step was shorter.
+double lengthBehindImplicit(double lag, double dt, const Simulation& s) {
+    return std::max(implicitGrowth(lag) * dt,
+                    std::min(implicitGrowth(0.0) * dt, LeastImplicitShare * s.control.asked));
+}
+
+bool tryImplicitLength(double dt, int mostCuts, Simulation& s) {
+    if (dt != s.clock.dt) announceAnew(dt, s);
+    for (Well& well : s.wells.wells) well.targetFactor = 1.0;
+    return tryFullyImplicitStep(s, mostCuts);
+}
+
+/// The fully implicit method from the step's level; false where it fails. Where it comes to next to nothing
+/// of what the tables ask for, shortening has made it worse, as it does where fluids run beyond their tables
+/// and swell under pressure: then in that whole length, if it stands.
+bool solveFromLevel(Simulation& s) {
+    if (!tryImplicitLength(s.clock.dt, MostImplicitCuts, s)) return false;
+    const double found = s.clock.dt;
+    if (!s.pressure.stepCut || found >= CrawlShare * s.control.asked) return true;
+    returnToStepLevel(s.stepLevel, s);
+    if (tryImplicitLength(s.control.asked, 0, s)) {
+        s.pressure.stepCut = true;  // its length is settled, whatever else would shorten it
+        return true;
+    }
+    returnToStepLevel(s.stepLevel, s);
+    return tryImplicitLength(found, MostImplicitCuts, s);
+}
+
 /// The fully implicit method from the step's level, in a length over which mobilities do not change too much
 /// for one step; false where it fails. `lag`: how much they changed at the last.
 bool solveImplicitly(double& lag, Simulation& s) {
     const StageTimer timer(s.times.pressure);
     for (int cuts = 0;; ++cuts) {
-        for (Well& well : s.wells.wells) well.targetFactor = 1.0;
-        if (!tryFullyImplicitStep(s, MostImplicitCuts)) return false;
+        if (!solveFromLevel(s)) return false;
         s.pressure.mobilityRatio = {};
         lag = measureStep(s).mobilityLag;
-        const double length = implicitLength(lag, s.clock.dt);
-        if (length >= s.clock.dt || cuts >= MostLagCuts || length < s.options.stepSmallest) return true;
+        const double length = boundedImplicitLength(lag, s.clock.dt, s);
+        if (length >= s.clock.dt || cuts >= MostLagCuts || length < s.options.stepSmallest ||
+            s.pressure.stepCut)
+            return true;
         log(s.console, "STEP CONTROL :: {} days, change of mobility {} --> {} days, fully implicitly",
             number(s.clock.dt), number(lag), number(length));
         returnToStepLevel(s.stepLevel, s);
@@ -220,7 +256,7 @@ bool takeImplicitly(double before, Simulation& s) {
     s.clock.workDt = s.clock.dt;
     showLines(s);
     s.control.implicitSteps += 1;
-    const double found = (s.pressure.stepCut ? 1.0 : implicitGrowth(lag)) * s.clock.dt;
+    const double found = s.pressure.stepCut ? s.clock.dt : lengthBehindImplicit(lag, s.clock.dt, s);
     s.control.longest = s.pressure.stepCut ? found : allowedBehind(found, before, s.clock.dt);
     return true;
 }
@@ -251,7 +287,7 @@ void forceStep(bool solve, double dt, Simulation& s) {
 void fallBack(bool solve, double dt, double lag, Simulation& s) {
     StepControl& control = s.control;
     s.clock.dt = dt;
-    if (const double length = implicitLength(lag, dt); length < dt) announceAnew(length, s);
+    if (const double length = boundedImplicitLength(lag, dt, s); length < dt) announceAnew(length, s);
     if (!takeImplicitly(0.0, s)) return forceStep(solve, dt, s);
     control.implicitInARow += 1;
     control.acceptedInARow = 0;

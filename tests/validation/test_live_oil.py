@@ -110,6 +110,7 @@ def test_repeated_long_steps_bring_the_pressure_of_the_injector_to_that_of_short
         print(f"LIVEWAT {column}: {seen} with no, one and two repetitions")
     for table in (twice, thrice):
         assert distance(table, "WBHP:INJ") <= 0.5 * distance(once, "WBHP:INJ")
-        assert distance(table, "FPR") <= 5e-4  # as close as without: what the lines of another step change
+        # What the lines of another step change: runs of 10, 5 and 2.5 days are up to 0.07 % apart.
+        assert distance(table, "FPR") <= 1e-3
         assert distance(table, "FOPT") <= 2e-3
         assert list(table["TIME"]) == list(once["TIME"])

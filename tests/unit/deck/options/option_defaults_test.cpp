@@ -33,6 +33,12 @@ std::string saturationSolver(const RunOptions& o) {
 std::string lineMethod(const RunOptions& o) {
     return o.solverPhaseName.front();
 }
+template <auto Field>
+std::string form(const RunOptions& o) {
+    return o.*Field == SensitivityForm::Coupled ? "COUPLED"
+           : o.*Field == SensitivityForm::Lines ? "LINES"
+                                                : "CLASSIC";
+}
 std::string nodes(const RunOptions& o) {
     return o.nodeControl == "reg" ? "reg" : "irr";
 }
@@ -90,6 +96,8 @@ const OptionRow Rows[] = {
     {"OUTPUTKVR", 8, of<&O::outputKvrView>},
     {"OUTPUTKVR", 9, of<&O::outputEclipse>},
     {"OUTPUTKVR", 10, of<&O::outputSln>},
+    {"SNSFORM", 1, form<&O::travelTimeForm>},
+    {"SNSFORM", 2, form<&O::pressureForm>},
     {"WFOOPT", 1, of<&O::optimizationStart>, false},
     {"WFOOPT", 2, of<&O::optimizationEmin>, false},
     {"WFOOPT", 3, of<&O::optimizationEmax>, false},
