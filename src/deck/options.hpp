@@ -171,6 +171,7 @@ struct RunOptions {
     bool eclipseToIx = false;
     bool linuxRun = false;
     bool co2Model = false;
+    double co2SolidRate = 0.0;  // 1/day, share of the dissolved CO2 that turns solid; CO2SOLID
     std::string simulatorCommand = "$e300";
     bool outsideAllowed = true;  // a command of the deck may be run; on the command line --allow-outside
     std::string restartName;     // RESTART: of the run that wrote it

@@ -403,6 +403,7 @@ void returnToStepStart(const CellState& start, Simulation& simulation) {
     state.Rs = start.Rs;
     state.Pb = start.Pb;
     state.tracer = start.tracer;
+    state.SolidGas = start.SolidGas;
     if (simulation.fluids.hasGas)
         setFlashAmounts(stage.timeLevelAmounts, simulation.timeLevel.PoreVolume, stage.flashAmounts);
     updateInPlace(simulation);

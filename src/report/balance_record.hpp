@@ -22,6 +22,7 @@ struct InPlaceSums {
     double oilPore = 0.0, waterPore = 0.0, gasPore = 0.0;  // reservoir volume of each phase
     double oil = 0.0, water = 0.0;                         // surface volumes
     double freeGas = 0.0, dissolvedGas = 0.0;              // surface volumes
+    double solidGas = 0.0;  // CO2 in minerals, the surface volume that it had as gas
 };
 
 /// Totals of one finished step, one row of the material balance table.

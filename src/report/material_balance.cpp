@@ -85,7 +85,8 @@ bool flows(const Well& well) {
 void setErrors(const BalanceRecord& record, BalanceRow& row) {
     row.errorOil = balanceError(record.initial.oil, row.inPlace.oil, record.netInflow.oil);
     row.errorWater = balanceError(record.initial.water, row.inPlace.water, record.netInflow.water);
-    row.errorGas = balanceError(record.initial.gas, row.inPlace.gas, record.netInflow.gas);
+    row.errorGas =
+        balanceError(record.initial.gas, row.inPlace.gas + record.now.solidGas, record.netInflow.gas);
 }
 
 /// Increases since the row before.
@@ -204,6 +205,7 @@ InPlaceSums sumInPlace(const GridModel& grid, const CellState& state, bool hasGa
         sums.gasPore += volume * state.Sg[cell];
         sums.freeGas += volume * state.Sg[cell] / state.Bg[cell];
         sums.dissolvedGas += oil * state.Rs[cell];
+        if (!state.SolidGas.empty()) sums.solidGas += state.SolidGas[cell];
     }
     return sums;
 }

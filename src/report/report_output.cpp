@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "base/written_files.hpp"
 #include "report/block_zone.hpp"
+#include "report/co2_stores.hpp"
 #include "report/point_file.hpp"
 #include "report/slices.hpp"
 
@@ -51,6 +52,7 @@ void addZones(const Simulation& run) {
     if (run.options.tracerActive && tracers > 0)
         writeBlockZoneMulti(stream(run.outputs, OutputFile::TPlotTracer), run.grid, nodes, run.state.tracer,
                             tracers, run.clock.time, rowOf(OutputFile::TPlotTracer).title);
+    addStoreZones(run);
 }
 
 void addSlices(const Simulation& run) {

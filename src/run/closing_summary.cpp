@@ -1,6 +1,7 @@
 #include "run/closing_summary.hpp"
 
 #include "base/constants.hpp"
+#include "report/co2_stores.hpp"
 #include "report/run_vectors.hpp"
 #include "report/text_table.hpp"
 #include "run/base_comparison.hpp"
@@ -61,6 +62,18 @@ void tellTotals(const Simulation& s) {
     tellPhase(s, "Oil", out.oil, in.oil, error.oil, Quantity::LiquidTotal);
     tellPhase(s, "Water", out.water, in.water, error.water, Quantity::LiquidTotal);
     if (s.options.hasGas) tellPhase(s, "Gas", out.gas, in.gas, error.gas, Quantity::GasTotal);
+}
+
+/// Where the CO2 is at the end.
+void tellStores(const Simulation& s) {
+    if (!s.options.co2Model || !s.fluids.hasGas || s.balance.rows.empty()) return;
+    const Co2Stores stores = sumStores(s);
+    const double total = totalOf(stores);
+    const auto share = [total](double part) { return total > 0.0 ? Percent * part / total : 0.0; };
+    row(s, "CO2 stores",
+        fmt::format("{}: mobile {:.2f} %, trapped {:.2f} %, dissolved {:.2f} %, solid {:.2f} %",
+                    amount(s, toMscf(s.units, total), Quantity::GasTotal), share(stores.mobile),
+                    share(stores.trapped), share(stores.dissolved), share(stores.solid)));
 }
 
 std::string limitText(const WellCourse& well, const std::string& name) {
@@ -187,6 +200,7 @@ void tellClosingSummary(const Simulation& s, std::string_view ending) {
     row(s, "Run", std::string(ending));
     row(s, "Time", timeText(s));
     tellTotals(s);
+    tellStores(s);
     tellBaseComparison(s);
     tellWells(s);
     tellMessages(s);

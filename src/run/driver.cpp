@@ -9,6 +9,7 @@
 #include "eclipse/schedule_files.hpp"
 #include "eclipse/summary_reader.hpp"
 #include "optimization/rate_optimization.hpp"
+#include "report/co2_stores.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"
 #include "report/report_output.hpp"
@@ -79,6 +80,7 @@ void reportStep(double executedDt, Simulation& simulation) {
     takeSummaryStep(simulation);
     noteCourse(simulation);
     reportRegions(simulation);
+    reportStores(simulation);
     if (snapTo(tableTime(simulation.schedule.reportEnd, clock.reportIndex), clock.time)) {
         reportOutput(simulation, clock.stepCount, clock.endTime - clock.time);
         reportEclipseFiles(simulation);

@@ -5,6 +5,7 @@
 #include "eclipse/file_failure.hpp"
 #include "eclipse/output_stage.hpp"
 #include "pressure/velocity.hpp"
+#include "report/co2_stores.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"
 #include "report/report_output.hpp"
@@ -81,6 +82,7 @@ void startReports(Simulation& s) {
     advanceBalance(s, 0.0);
     ReportMBE(s);
     reportRegions(s);
+    reportStores(s);
     startEclipseFiles(s);
     startSummaryTable(s);
     checkWritten(s.console);

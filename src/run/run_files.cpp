@@ -16,10 +16,13 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Kinds of files of which a later run may leave fewer than an earlier one.
-constexpr std::array<OutputFile, 10> ReportKinds = {
-    OutputFile::EclipseRestart, OutputFile::EclipseSummary, OutputFile::EclipseLines, OutputFile::LinePlots,
-    OutputFile::RunRegions,     OutputFile::RateChanges,    OutputFile::RateSchedule, OutputFile::RateSteps,
-    OutputFile::PairMaps,       OutputFile::PressureMap};
+constexpr std::array<OutputFile, 18> ReportKinds = {
+    OutputFile::EclipseRestart, OutputFile::EclipseSummary, OutputFile::EclipseLines,
+    OutputFile::LinePlots,      OutputFile::RunRegions,     OutputFile::RateChanges,
+    OutputFile::RateSchedule,   OutputFile::RateSteps,      OutputFile::PairMaps,
+    OutputFile::PressureMap,    OutputFile::Co2Balance,     OutputFile::Co2Stores,
+    OutputFile::Co2FreeZone,    OutputFile::Co2TrappedZone, OutputFile::Co2DissolvedZone,
+    OutputFile::Co2SolidZone,   OutputFile::Co2KxZone,      OutputFile::Co2PorosityZone};
 
 /// Name or pattern of a file in a run of the given header and prefix.
 std::string nameOf(const std::string& header, const std::string& prefix, OutputFile file) {

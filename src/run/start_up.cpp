@@ -29,6 +29,7 @@
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
+#include "report/co2_stores.hpp"
 #include "report/conditioned_rock.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"
@@ -232,6 +233,7 @@ void convertAndClose(Simulation& simulation) {
 void initialiseState(Simulation& simulation) {
     prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
+    allocateStores(simulation.console, simulation.options, simulation.grid.NCELLS, simulation.state);
     initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
                        simulation.options, simulation.state);
     refreshProperties(simulation.grid, simulation.fluids, simulation.state);
@@ -239,6 +241,18 @@ void initialiseState(Simulation& simulation) {
         reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
     releaseInitialArrays(simulation.initial);
     lineToBoth(simulation.console, "SUCCESSFULLY INITIALIZED.");
+}
+
+/// What keeps the stores of CO2 from being what their user expects.
+void checkStores(const Simulation& s) {
+    const RunOptions& options = s.options;
+    if (!options.co2Model && options.co2SolidRate > 0.0)
+        warn(s.console, "WARNING :: CO2SOLID WITHOUT CO2MBM HAS NO EFFECT");
+    if (!options.co2Model) return;
+    if (!s.fluids.hasGas)
+        warn(s.console, "WARNING :: CO2MBM IN A RUN WITHOUT GAS, THE STORES OF CO2 STAY EMPTY");
+    else if (!(s.fluids.MaxRs > 0.0))
+        warn(s.console, "WARNING :: CO2MBM WITHOUT A TABLE OF SOLUTION GAS (PVTO), NO CO2 DISSOLVES");
 }
 
 void startClock(const Schedule& schedule, RunClock& clock) {
@@ -318,6 +332,7 @@ void startUp(Simulation& simulation) {
     const StageTimer timer(simulation.times.initialisation);
     startAtRestart(simulation);
     initialiseState(simulation);
+    checkStores(simulation);
     startClock(simulation.schedule, simulation.clock);
     passTablesAtRestart(simulation);
     allocateStreamlines(simulation);
@@ -340,6 +355,7 @@ void startUp(Simulation& simulation) {
     advanceBalance(simulation, 0.0);
     ReportMBE(simulation);
     reportRegions(simulation);
+    reportStores(simulation);
     checkWritten(simulation.console);
     writeStaticPlots(simulation);
     writeRunInformation(simulation);

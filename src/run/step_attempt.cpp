@@ -7,6 +7,7 @@
 #include "pressure/properties.hpp"
 #include "pressure/rs_limit.hpp"
 #include "pressure/saturation_update.hpp"
+#include "pressure/solubility_update.hpp"
 #include "pressure/tracer_transport.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -56,6 +57,7 @@ void pressureStage(bool solve, Simulation& s) {
     if (s.options.method == "FIM") {
         FullyImplicitStep(s);
         moveTracersImplicitly(s);
+        UPDATE_SOLUBILITYRATIO(0, s.clock.dt, s);
         return;
     }
     // The velocity field is built at the end of the pressure step.
@@ -82,6 +84,7 @@ void saturationSubstep(int substep, Simulation& s) {
     if (symmetric) SaturationUpdate(s);
     OSPLIT_GRVANDPC_GENERAL2(s);
     if (!symmetric) SaturationUpdate(s);
+    UPDATE_SOLUBILITYRATIO(options.globalIterations - clock.iteration, clock.workDt, s);
 }
 
 /// Whether the attempt has failed already: the sub-steps ahead bring nothing back.
@@ -251,6 +254,7 @@ bool takeImplicitly(double before, Simulation& s) {
         return false;
     }
     moveTracersImplicitly(s);
+    UPDATE_SOLUBILITYRATIO(0, s.clock.dt, s);
     s.pressure.fieldStands = true;
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;

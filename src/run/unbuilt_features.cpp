@@ -15,7 +15,6 @@ struct FeatureRow {
 
 constexpr FeatureRow Features[] = {
     {[](const RunOptions& o) { return o.componentCount > 0; }, "compositional runs (COMPS)"},
-    {[](const RunOptions& o) { return o.co2Model; }, "the CO2 solubility model (CO2MBM)"},
     {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},
     {[](const RunOptions& o) { return o.historyMatch && o.method != "streamline" && !o.traceFromRestart; },
      "history matching (DOINV) without streamlines (FDMETHOD)"},

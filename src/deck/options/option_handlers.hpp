@@ -33,6 +33,7 @@ void readBoundaryPressures(SectionReader& reader, RunOptions& options);
 void readUpscaling(SectionReader& reader, RunOptions& options);
 void readSmoothing(SectionReader& reader, RunOptions& options);
 void setCo2Model(SectionReader& reader, RunOptions& options);
+void readCo2SolidRate(SectionReader& reader, RunOptions& options);  // CO2SOLID
 
 // --- outside simulators: option_coupling.cpp ------------------------------------------------------
 void setRestartTracing(SectionReader& reader, RunOptions& options);

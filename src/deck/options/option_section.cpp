@@ -70,6 +70,7 @@ constexpr Row OptionKeywords[] = {
     {"USEECLTR", setEclipseTrans, "transmissibility from the outside simulator"},
     {"LINUXRUN", setLinuxRun, "the outside simulator runs under Linux"},
     {"CO2MBM", setCo2Model, "CO2 storage in a black-oil model"},
+    {"CO2SOLID", readCo2SolidRate, "share of the dissolved CO2 that turns solid, a day"},
 };
 
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at STREAMLINE section",

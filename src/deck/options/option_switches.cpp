@@ -150,4 +150,15 @@ void setCo2Model(SectionReader& reader, RunOptions& options) {
     lineToBoth(consoleOf(reader), "Black Oil CO2 Sequestration Option By M.Blunt Model");
 }
 
+void readCo2SolidRate(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 1> targets = {&options.co2SolidRate};
+    readRecord(reader, targets);
+    if (!(options.co2SolidRate >= 0.0 && options.co2SolidRate <= LargestSetting)) {
+        warnHere(reader, "WARNING :: CO2SOLID {} IS NO RATE, NOTHING TURNS SOLID",
+                 number(options.co2SolidRate));
+        options.co2SolidRate = 0.0;
+    }
+    tellValue(reader, "-> Dissolved CO2 that turns solid, 1/day :", options.co2SolidRate);
+}
+
 }  // namespace kvr

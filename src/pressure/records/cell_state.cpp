@@ -26,11 +26,13 @@ void keepLevel(bool hasGas, const CellState& state, CellState& level) {
     for (const auto array : KeptArrays) level.*array = state.*array;
     if (hasGas) level.PressureG = state.PressureG;
     level.tracer = state.tracer;
+    level.SolidGas = state.SolidGas;
 }
 
 void returnToLevel(const CellState& level, CellState& state) {
     for (const auto array : KeptArrays) state.*array = level.*array;
     state.tracer = level.tracer;
+    state.SolidGas = level.SolidGas;
 }
 
 }  // namespace kvr

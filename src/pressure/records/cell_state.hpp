@@ -24,6 +24,9 @@ struct CellState {
     CellArray<double> LambdaO, LambdaW, LambdaG;  // 1/cp
     CellArray<double> PressureW, PressureG;       // psia
     DirectionArray<double> tracer;                // (cell, tracer) concentration; width 0 without tracers
+    // CO2 that has turned into minerals, surface volume of gas in internal units; empty: the run has no such
+    // store.
+    CellArray<double> SolidGas;
     // DRSDT: Rs at the start of the step, and how far the step may raise it; empty: no limit.
     CellArray<double> RsStart;
     double RsRise = 0.0;

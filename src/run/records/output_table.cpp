@@ -183,6 +183,25 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
      "fluids in place of each region of `FIPNUM`, a row per region at time zero and per step; only in decks "
      "with "
      "`FIPNUM`"},
+    {OutputFile::Co2Balance, 0, "Mass_Balance_CO2.out", OutputSwitch::Co2, "", "",
+     "CO2 in the cells, Mscf: free (trapped included), dissolved, solid and their sum, one row at time zero "
+     "and per step"},
+    {OutputFile::Co2Stores, 0, "KVR_CO2_Stores.csv", OutputSwitch::Co2, "", "",
+     "the same with commas between, in the unit of the deck: what can move and what is trapped apart, what "
+     "wells "
+     "have brought and taken, and the error of the balance"},
+    {OutputFile::Co2FreeZone, 0, "KVR_TPlot_CO2_Free.plt", OutputSwitch::Co2Tecplot, "CO2 free", "",
+     "free CO2 of each cell, Mscf, trapped included: a zone at time zero and one per report"},
+    {OutputFile::Co2TrappedZone, 0, "KVR_TPlot_CO2_Trapped.plt", OutputSwitch::Co2Tecplot, "CO2 trapped", "",
+     "the part of it that cannot move"},
+    {OutputFile::Co2DissolvedZone, 0, "KVR_TPlot_CO2_Dissolved.plt", OutputSwitch::Co2Tecplot,
+     "CO2 dissolved", "", "dissolved CO2, Mscf, in the same form"},
+    {OutputFile::Co2SolidZone, 0, "KVR_TPlot_CO2_Solid.plt", OutputSwitch::Co2Tecplot, "CO2 solid", "",
+     "CO2 in minerals, Mscf, in the same form"},
+    {OutputFile::Co2KxZone, 0, "KVR_TPlot_CO2_Kx.plt", OutputSwitch::Co2Tecplot, "K<sub>x</sub>", "",
+     "permeability along x, md, in the same form"},
+    {OutputFile::Co2PorosityZone, 0, "KVR_TPlot_CO2_Porosity.plt", OutputSwitch::Co2Tecplot, "Porosity", "",
+     "porosity at the pressure of the time, in the same form"},
     {OutputFile::RunEndSwat, 0, "KVR_Run_EndSwat.out", OutputSwitch::View, "Saturation            ",
      "File Replaced : KVR_Run_EndSwat.out", "water saturation at the end: cell centres and values"},
     {OutputFile::RunPressure, 0, "KVR_Run_Pressure.out", OutputSwitch::View, "pressure          ",
@@ -373,6 +392,10 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.outputSensitivity || options.historyMatch;
         case OutputSwitch::WellHistory:
             return options.outputWellHistory || options.traceFromRestart;
+        case OutputSwitch::Co2:
+            return options.co2Model;
+        case OutputSwitch::Co2Tecplot:
+            return options.co2Model && options.outputPlt == "Yes";
         case OutputSwitch::RateOptimization:
             return optimizesRates(options);
         case OutputSwitch::Unwritten:

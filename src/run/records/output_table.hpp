@@ -68,6 +68,14 @@ enum class OutputFile {
 
     RunSweepVolume = Count,
     RunRegions,
+    Co2Balance,
+    Co2Stores,
+    Co2FreeZone,  // maps with a zone at time zero and per report, up to Co2PorosityZone
+    Co2TrappedZone,
+    Co2DissolvedZone,
+    Co2SolidZone,
+    Co2KxZone,
+    Co2PorosityZone,
     RunEndSwat,
     RunPressure,
     RunRateAllocation,
@@ -159,6 +167,8 @@ enum class OutputSwitch {
     HistoryMatch,      // DOINV
     Sensitivity,       // OPTIONKVR 4, and of a match
     WellHistory,       // OUTWHIST, and of a run that is traced
+    Co2,               // CO2MBM
+    Co2Tecplot,        // CO2MBM and OUTPUTKVR 3
     RateOptimization,  // OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP
     Unwritten          // opened for readers that look for the name; nothing fills it
 };

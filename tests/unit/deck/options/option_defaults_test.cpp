@@ -70,6 +70,7 @@ const OptionRow Rows[] = {
     {"CFLG", 2, of<&O::minCflgStep>},
     {"MAXDT", 1, of<&O::maxDt>},
     {"MAPPING", 1, of<&O::conservativeMapping>},
+    {"CO2SOLID", 1, of<&O::co2SolidRate>, false},
     {"STEPCTRL", 1, of<&O::stepControl>},
     {"STEPCTRL", 2, of<&O::stepVolumeError>},
     {"STEPCTRL", 3, of<&O::stepCellVolumeError>},

@@ -404,6 +404,13 @@ TEST(Co2Model, CarriesOneTracer) {
     EXPECT_EQ(options.tracerCount, 1);
 }
 
+TEST(Co2Model, TakesARateAtWhichDissolvedGasTurnsSolid) {
+    EXPECT_EQ(OptionDeck("CO2SOLID\n2.5e-6 /\n").options.co2SolidRate, 2.5e-6);
+    const OptionDeck negative("CO2SOLID\n-1 /\n");
+    EXPECT_EQ(negative.options.co2SolidRate, 0.0);
+    EXPECT_TRUE(negative.said("WARNING :: CO2SOLID -1 IS NO RATE, NOTHING TURNS SOLID"));
+}
+
 TEST(BoundaryPressures, AreHeldRowByRow) {
     const RunOptions options =
         OptionDeck("BPCONST\n 'AQUIFER12' 1 2 3 4 5 6 7 'WAT' /\n EDGE 7 6 5 4 3 2 1 OIL /\n/\nMAXDT\n9 /\n")

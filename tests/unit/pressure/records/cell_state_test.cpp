@@ -30,6 +30,16 @@ TEST(KeptLevel, GivesTheWholeStateBackOnceItsPropertiesAreMadeAnew) {
         EXPECT_EQ((s.state.*array).slots, (start.*array).slots);
 }
 
+TEST(KeptLevel, GivesTheSolidStoreBack) {
+    CellState state, level;
+    allocateCellState(2, 0, state);
+    state.SolidGas.assign(2, 3.0);
+    keepLevel(true, state, level);
+    state.SolidGas[2] = 8.0;
+    returnToLevel(level, state);
+    EXPECT_EQ(state.SolidGas[2], 3.0);
+}
+
 TEST(KeptLevel, HoldsNothingThatFollowsFromTheRest) {
     CellState state, level;
     allocateCellState(5, 1, state);
