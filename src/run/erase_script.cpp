@@ -118,7 +118,8 @@ template <class Write>
 void forEachErased(const std::string& prefix, const Write& write) {
     for (const std::string_view name : ErasedNames) {
         write(std::string(name));
-        if (!prefix.empty() && (name.starts_with("KVR_") || name.starts_with("HM_")))
+        if (!prefix.empty() &&
+            (name.starts_with("KVR_") || name.starts_with("HM_") || name.starts_with("Mass_")))
             write(outputFileName(prefix, name));
     }
     for (int n = 0; n < static_cast<int>(OutputFile::AllCount); ++n) {

@@ -209,11 +209,11 @@ def test_a_typed_name_is_read_with_its_folder_and_header(tmp_path):
 
 
 def test_a_feature_that_is_not_built_is_refused_in_one_line(tmp_path):
-    section = kvr_run.options(lines=20, extra="CO2MBM\n")
+    section = kvr_run.options(method="IMPES", lines=20, extra="OPTIONKVR\n3* 1 /\n")
     result = run(tmp_path, small_deck.deck(options=section))
     assert result.status == 1
-    assert "cannot do what the input asks for: the CO2 solubility model" in result.console
-    assert "cannot do what the input asks for: the CO2 solubility model" in result.log
+    assert "cannot do what the input asks for: sensitivity output (OPTIONKVR 4) without streamlines" in result.console
+    assert "cannot do what the input asks for: sensitivity output (OPTIONKVR 4) without streamlines" in result.log
 
 
 def test_the_same_run_twice_leaves_the_same_files(tmp_path):

@@ -28,7 +28,8 @@ TEST(GasBehindReaction, FollowsTheRateFromFreeGasToTheLastOfTheDissolved) {
 
 TEST(GasBehindReaction, IsTheSameInOneStepAndInTwo) {
     const double half = gasBehindReaction(100.0, 40.0, 0.01, 100.0);
-    EXPECT_NEAR(gasBehindReaction(half, 40.0, 0.01, 100.0), gasBehindReaction(100.0, 40.0, 0.01, 200.0), 1e-12);
+    EXPECT_NEAR(gasBehindReaction(half, 40.0, 0.01, 100.0), gasBehindReaction(100.0, 40.0, 0.01, 200.0),
+                1e-12);
 }
 
 TEST(GasBehindReaction, LeavesGasAloneWhereNothingReacts) {
@@ -112,7 +113,8 @@ TEST(SolubilityUpdate, TurnsDissolvedGasSolidAtTheGivenRate) {
         double solid = 0.0;
         for (CellId c = 1; c <= 3; ++c) {
             solid += cells.s.state.SolidGas[c];
-            EXPECT_NEAR(after.gas[c] + cells.s.state.SolidGas[c], before.gas[c], 1e-12 * before.gas[c]) << method;
+            EXPECT_NEAR(after.gas[c] + cells.s.state.SolidGas[c], before.gas[c], 1e-12 * before.gas[c])
+                << method;
             EXPECT_NEAR(after.oil[c], before.oil[c], 1e-12 * before.oil[c]) << method;
         }
         EXPECT_NEAR(cells.s.state.SolidGas[3], before.gas[3] * (1.0 - std::exp(-0.1)), 1e-12 * before.gas[3]);
