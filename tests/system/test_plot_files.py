@@ -196,6 +196,16 @@ def test_static_maps_show_the_rock_of_the_deck_and_the_transmissibility_of_the_b
     assert (along[:, :, -1] == 0.0).all()
 
 
+def test_maps_of_the_flow_diagnostics_have_the_time_of_the_end_of_their_step(tmp_path):
+    """Not that of its beginning, where the lines start: they show the flow of the whole step."""
+    result = flood(tmp_path / "run", ("3", "8"))
+    end = tecplot.read_zones(result.folder / "KVR_TPlot_swat.plt")[-1].time
+    before = tecplot.read_zones(result.folder / "KVR_TPlot_swat.plt")[-2].time
+    assert end == pytest.approx(result.table()["TIME"][-1]) and end > before
+    for name in ("TauINJ", "TauPRD", "TauSUM", "PrdCxn", "InjCxn", "CxnCxn"):
+        assert tecplot.read_zones(result.folder / f"KVR_Run_{name}.plt")[-1].time == pytest.approx(end), name
+
+
 def restart_block(result, name, keyword, kind):
     """The values of a block of one record of a binary file; None where there is none."""
     raw = (result.folder / name).read_bytes()

@@ -131,6 +131,63 @@ def test_maps_of_the_view_files_serve_where_there_are_no_plot_files(tmp_path):
     assert "pressure_layer_1_60_days.png" in paths
 
 
+@pytest.fixture(scope="module")
+def viewer_files(tmp_path_factory):
+    """A run with its maps in plots and in the files for viewers; one row of cells takes no part."""
+    folder = tmp_path_factory.mktemp("viewer")
+    deck = flood("1 0 1 0 0 0 0 0 1 0 /").replace("PROPS", "ACTNUM\n50*1 3*0 7*1 /\nPROPS", 1)
+    return finished_normally(run(folder, deck)).folder
+
+
+def without_plots(folder, target):
+    shutil.copytree(folder, target)
+    for path in target.glob("*.plt"):
+        path.unlink()
+    return target
+
+
+@pytest.mark.parametrize("unified", [False, True])
+def test_reports_for_viewers_serve_where_there_are_no_plot_files(tmp_path, viewer_files, unified):
+    """The same values at the same places, from a file per report or from one with all of them."""
+    bare = without_plots(viewer_files, tmp_path / "bare")
+    if unified:
+        reports = sorted(bare.glob("ECLIPSE.X*"))
+        whole = b"".join(sequence_number(n) + path.read_bytes() for n, path in enumerate(reports))
+        (bare / "ECLIPSE.UNRST").write_bytes(whole)
+        for path in reports:
+            path.unlink()
+    listed = plot(bare, "--list").stdout
+    assert re.search(r"^  swat +3 moments, 0 to 60 days", listed, re.M), listed
+    for name, plotted in (("swat", "swat"), ("pressure", "poil")):
+        for day in ("30", "last"):
+            words = ("--layer", "all", "--date", day, "--data")
+            (expected,) = (table(path) for key, path in drawn(viewer_files, "--map", plotted, *words).items() if key.endswith("csv"))
+            (seen,) = (table(path) for key, path in drawn(bare, "--map", name, *words).items() if key.endswith("csv"))
+            numpy.testing.assert_allclose(seen[name], expected[plotted], rtol=1e-6)
+    sys.path.insert(0, str(REPOSITORY / "tools"))
+    from plotting import maps, run_files
+    plotted, reported = (maps.read_map(case, maps.map_files(case)["swat"], None, 60.0)
+                         for case in (run_files.find_case(viewer_files), run_files.find_case(bare)))
+    assert plotted.at_nodes and not reported.at_nodes
+    for axis in ("x", "y", "depth"):
+        nodes = getattr(plotted, axis)
+        centres = sum(nodes[k:CELLS[2] + k, j:CELLS[1] + j, i:CELLS[0] + i] for k in (0, 1) for j in (0, 1) for i in (0, 1)) / 8.0
+        numpy.testing.assert_allclose(getattr(reported, axis), centres, rtol=1e-6, err_msg=axis)
+
+
+def sequence_number(number):
+    """The block in front of each report of a file that holds all of them."""
+    head = b"SEQNUM  " + (1).to_bytes(4, "big") + b"INTE"
+    return b"".join(len(part).to_bytes(4, "big") + part + len(part).to_bytes(4, "big") for part in (head, number.to_bytes(4, "big")))
+
+
+def test_a_report_that_ends_inside_a_block_is_told_in_one_line(tmp_path, viewer_files):
+    bare = without_plots(viewer_files, tmp_path / "bare")
+    grid = bare / "ECLIPSE.EGRID"
+    grid.write_bytes(grid.read_bytes()[:600])
+    assert "holds no grid" in refused(bare, "--map", "swat")
+
+
 def test_cells_with_corners_of_their_own_are_drawn_too(tmp_path):
     finished_normally(run(tmp_path, flood(options="OPTIONKVR\n1 1 0 0 0 0 0 0 /\n")))
     plain = drawn(tmp_path, "--map", "swat", "--data")

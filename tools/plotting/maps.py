@@ -6,6 +6,7 @@ import re
 
 import numpy
 
+from plotting.restarts import restart_days, restart_maps, restart_values
 from plotting.run_files import Trouble, nearest
 
 NO_LINE = 1e10  # time of flight of cells that no line reaches
@@ -19,7 +20,8 @@ class MapFile:
     name: str  # as the user asks for it
     path: pathlib.Path
     column: int = 0
-    kind: str = "zones"  # zones, points, values
+    kind: str = "zones"  # zones, points, values, reports
+    paths: tuple = ()  # of the reports
 
 
 @dataclasses.dataclass
@@ -58,7 +60,7 @@ def kind_of(path):
 
 
 def map_files(case):
-    """Every map of the run by name; where a plot and a table hold the same, the plot."""
+    """Every map of the run by name; where a plot, a table or the files for viewers hold the same, the first of them."""
     mine = [f"{case.name}_*"] + (["Smoothed_*", "Upscaled_*"] if case.name == "KVR" else [])
     paths = sorted({path for mask in mine for path in case.folder.glob(mask) if path.suffix in (".plt", ".out")},
                    key=lambda path: (path.suffix != ".plt", path.name.lower()))
@@ -75,7 +77,16 @@ def map_files(case):
         for column in range(columns):
             name = name_of(path, case) + (f"{column + 1}" if columns > 1 else "")
             found.setdefault(name, MapFile(name, path, column, kind))
+    for name, files in restart_maps(case).items():
+        found.setdefault(name, MapFile(name, files[-1], kind="reports", paths=tuple(files)))
     return found
+
+
+def moments(entry):
+    """Days that a map file has, empty where it holds one moment."""
+    if entry.kind == "reports":
+        return restart_days(entry.paths)
+    return [zone[0] for zone in zone_times(entry.path)] if entry.kind == "zones" else []
 
 
 def grid_size(case):
@@ -137,6 +148,9 @@ def read_map(case, entry, day, last_day):
     size = grid_size(case)
     if entry.kind == "zones":
         return read_zone(entry, day, size)
+    if entry.kind == "reports":
+        at, values, axes = restart_values(entry.name, entry.paths, day, nearest, size)
+        return Map(entry.name, at, values, *axes, False)
     at = 0.0 if entry.name.startswith(("perm", "ini")) else last_day
     if entry.kind == "points":
         x, y, depth, values = read_points(entry.path, size)
