@@ -7,6 +7,8 @@
 #include "run/base_comparison.hpp"
 #include "run/last_wells.hpp"
 #include "run/report_rows.hpp"
+#include "run/step_control.hpp"
+#include "run/step_measure.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -16,6 +18,8 @@ namespace kvr {
 namespace {
 
 constexpr double TolerableBalanceError = 1.0;  // per cent
+constexpr double CoarseLag = 0.1;              // of mobilities in a fully implicit step, see step_control.hpp
+constexpr double CoarseShare = 0.05;           // of the days of a run
 constexpr double LeastShown = 0.005;           // of an amount; less is rounding
 constexpr double LeastShownError = 5e-5;       // per cent
 constexpr std::size_t RuleWidth = 72;
@@ -150,11 +154,22 @@ void tellFiles(const Simulation& s) {
     tell(s.console, fmt::format("  {}: everything that the run said", log));
 }
 
+/// Counts the fully implicit step that has just been taken where it was long for what happened in it.
+void noteCoarseStep(Simulation& s) {
+    const double lag = lagOfImplicitStep(s);
+    if (!(lag > CoarseLag)) return;
+    s.course.coarseDays += s.clock.dt;
+    if (lag <= s.course.worstLag) return;
+    s.course.worstLag = lag;
+    s.course.servingLength = implicitLength(lag, s.clock.dt);
+}
+
 }  // namespace
 
 void noteCourse(Simulation& simulation) {
     RunCourse& course = simulation.course;
     course.stepsBegun = true;
+    if (simulation.options.method == "FIM") noteCoarseStep(simulation);
     const std::vector<Well>& wells = simulation.wells.wells;
     if (course.wells.size() < wells.size()) course.wells.resize(wells.size());
     for (std::size_t w = 0; w < wells.size(); ++w) {
@@ -179,6 +194,17 @@ void warnOfBalance(const Simulation& simulation) {
     const double error = largestBalanceError(simulation.balance);
     if (error > TolerableBalanceError)
         warn(simulation.console, "WARNING :: BALANCE ERROR OF {} % AT THE END OF THE RUN", number(error, 4));
+}
+
+void warnOfCoarseSteps(const Simulation& s) {
+    const RunCourse& course = s.course;
+    if (course.coarseDays <= CoarseShare * s.clock.time) return;
+    warn(s.console,
+         "WARNING :: LONG STEPS FOR THE FULLY IMPLICIT METHOD IN {} OF {} DAYS: MOBILITIES CHANGED BY UP TO "
+         "{} %, "
+         "RATES MAY BE OFF BY SOME PER CENT. MAXDT {} WOULD SERVE",
+         number(course.coarseDays, 4), number(s.clock.time, 6), number(100.0 * course.worstLag, 2),
+         number(course.servingLength, 2));
 }
 
 void tellMessages(const Simulation& s) {

@@ -13,6 +13,9 @@ void noteClosedWells(Simulation& simulation);
 /// A balance error above the tolerable one is a warning; comes before the messages are counted.
 void warnOfBalance(const Simulation& simulation);
 
+/// Warns of a run by the fully implicit method alone whose steps were long for what happened in them.
+void warnOfCoarseSteps(const Simulation& simulation);
+
 /// The last lines of a run: how far it came and why it ended, totals and balance, wells that never flowed or
 /// met their limit, warnings by kind, keywords that were not used, the files to open first.
 void tellClosingSummary(const Simulation& simulation, std::string_view ending);

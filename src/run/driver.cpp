@@ -201,6 +201,7 @@ void leaveWellHistory(Simulation& s) {
 void finishRun(Simulation& simulation, std::string_view ending) {
     endStatus(simulation);
     warnOfBalance(simulation);
+    warnOfCoarseSteps(simulation);
     printStageTimes(simulation.console, simulation.times);
     printLineNewton(simulation.console, simulation.lines.newton);
     if (simulation.options.method == "FIM")

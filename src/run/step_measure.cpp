@@ -86,9 +86,14 @@ double totalMobility(const Simulation& s, const CellState& state, CellId cell) {
     return kr.w / s.state.MuW[cell] + kr.o / s.state.MuO[cell] + gas;
 }
 
-/// How far the mobilities that the pressure was solved with were from those of the step where the flow is.
-void measureMobilities(const Simulation& s, AttemptFigures& figures) {
+/// Sums over cells, weighted by what flows through them, of how far total mobilities of the step's begin, and
+/// those that its pressure was solved with, are from the mean of the step.
+struct MobilityChange {
     double flow = 0.0, error = 0.0, lag = 0.0;
+};
+
+MobilityChange mobilityChange(const Simulation& s, const CellState& begin) {
+    MobilityChange sum;
     const CellArray<double>& ratio = s.pressure.mobilityRatio;
     const auto solvedRatio = [&](CellId cell) { return ratio.empty() ? 1.0 : ratio[cell]; };
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
@@ -97,17 +102,22 @@ void measureMobilities(const Simulation& s, AttemptFigures& figures) {
         double through = 0.0;
         for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
         if (through == 0.0) continue;
-        const double before = totalMobility(s, s.stepLevel.state, cell);
+        const double before = totalMobility(s, begin, cell);
         const double mean = 0.5 * (before + totalMobility(s, s.state, cell));
-        flow += through;
+        sum.flow += through;
         if (!(mean > 0.0)) continue;
-        error += through * std::abs(solvedRatio(cell) * before - mean) / mean;
-        lag += through * std::abs(before - mean) / mean;
+        sum.error += through * std::abs(solvedRatio(cell) * before - mean) / mean;
+        sum.lag += through * std::abs(before - mean) / mean;
     }
-    if (!(flow > 0.0)) return;
-    figures.forecast = !ratio.empty();
-    figures.mobilityLag = lag / flow;
-    figures.mobilityError = error / flow;
+    return sum;
+}
+
+void measureMobilities(const Simulation& s, AttemptFigures& figures) {
+    const MobilityChange sum = mobilityChange(s, s.stepLevel.state);
+    if (!(sum.flow > 0.0)) return;
+    figures.forecast = !s.pressure.mobilityRatio.empty();
+    figures.mobilityLag = sum.lag / sum.flow;
+    figures.mobilityError = sum.error / sum.flow;
 }
 
 /// A limit beside the control that the rates have passed further than that one is the control of the next
@@ -125,6 +135,11 @@ bool holdsFreeGas(const GridModel& grid, const CellState& state) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         if (grid.Active[cell] != 0 && state.Sg[cell] > SmallestFreeGas) return true;
     return false;
+}
+
+double lagOfImplicitStep(const Simulation& simulation) {
+    const MobilityChange sum = mobilityChange(simulation, simulation.implicit.saved);
+    return sum.flow > 0.0 ? sum.lag / sum.flow : 0.0;
 }
 
 AttemptFigures measureStep(const Simulation& simulation) {

@@ -6,6 +6,7 @@ import subprocess
 
 import pytest
 
+import kvr_run
 import small_deck
 from kvr_run import finished_normally, run
 from named_run import run_named
@@ -192,3 +193,21 @@ def test_files_of_an_earlier_run_of_the_name_are_removed(tmp_path):
     assert not (tmp_path / "FLOOD.X0002").exists() and not (tmp_path / "FLOOD.SLN0002").exists()
     assert not lines_of_first & {path.name for path in tmp_path.glob("FLOOD_Streamline_Time_*")}
     assert (tmp_path / "OTHER.X0007").exists()
+
+
+def test_long_fully_implicit_steps_are_told_with_a_length_that_serves(tmp_path):
+    def flood(name, longest):
+        schedule = small_deck.SCHEDULE.replace("2*30 /", "400 /")
+        options = kvr_run.options(method="FIM", extra=f"MAXDT\n{longest} /\n")
+        (tmp_path / name).mkdir()
+        result = finished_normally(run(tmp_path / name, small_deck.deck(schedule=schedule, options=options)))
+        told = [line for line in closing(result.console) if "LONG STEPS FOR THE FULLY IMPLICIT METHOD" in line]
+        return result.table()["FOPT"][-1], told
+
+    long, told = flood("long", 400)
+    assert len(told) == 1
+    served, told_there = flood("served", re.search(r"MAXDT (\S+) WOULD", told[0])[1])
+    short, _ = flood("short", 2)
+    print(f"oil away from short steps: {long / short - 1:.4f}, with the length told {served / short - 1:.4f}")
+    assert told_there == []
+    assert abs(served / short - 1.0) < 0.5 * abs(long / short - 1.0)
