@@ -13,12 +13,12 @@ needs_flow = pytest.mark.skipif(FLOW is None or SUMMARY is None,
                                 reason="the independent simulator flow and its tool summary are not installed")
 
 
-def run_flow(folder, deck, timeout=600):
-    """Runs the deck in a folder of its own; exit status and what it printed."""
+def run_flow(folder, deck, timeout=600, longest=5):
+    """Runs the deck in a folder of its own, in steps of at most `longest` days; exit status and what it printed."""
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "PEER.DATA").write_text(deck)
     environment = dict(os.environ, OMP_NUM_THREADS="1")
-    process = subprocess.run([FLOW, "PEER.DATA", "--output-dir=.", "--enable-ecl-output=true", "--solver-max-time-step-in-days=5",
+    process = subprocess.run([FLOW, "PEER.DATA", "--output-dir=.", "--enable-ecl-output=true", f"--solver-max-time-step-in-days={longest}",
                               "--threads-per-process=1"],
                              cwd=folder, env=environment, text=True, capture_output=True, timeout=timeout)
     return process.returncode, process.stdout + process.stderr
@@ -33,7 +33,7 @@ def vectors(folder, *names, case="PEER"):
     return {name: values[:, i] for i, name in enumerate(lines[0])}
 
 
-def flow_vectors(folder, deck, *names):
-    status, printed = run_flow(folder, deck)
+def flow_vectors(folder, deck, *names, longest=5):
+    status, printed = run_flow(folder, deck, longest=longest)
     assert status == 0, printed[-3000:]
     return vectors(folder, *names)

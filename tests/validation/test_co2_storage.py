@@ -1,9 +1,12 @@
 """Thirty years of CO2 into a tilted saline aquifer and two hundred of rest: the shipped example, by streamlines and fully implicitly."""
 
+import re
+
 import numpy
 import pytest
 
 import kvr_run
+import peer_flow
 from co2_deck import finished, stores
 
 DECK = (kvr_run.REPOSITORY / "examples" / "co2_storage" / "CO2_STORAGE.DATA").read_text()
@@ -33,6 +36,18 @@ def implicit(tmp_path_factory):
 def minerals(tmp_path_factory):
     folder = tmp_path_factory.mktemp("minerals")
     return [aquifer(folder / method, method, f"CO2SOLID\n{RATE} /\n") for method in ("STREAMLINE", "FIM")]
+
+
+def as_corner_points(deck):
+    """The deck for another simulator, its blocks as cells that are joined with their neighbours along the layers."""
+    columns, layers = 40, 12
+    depth = [[1500.5 - i + 5 * k for i in range(columns + 1)] for k in range(layers + 1)]  # corners halfway between the blocks' tops
+    coord = [f"{50 * i} {200 * j} 1400 {50 * i} {200 * j} 1700" for j in (0, 1) for i in range(columns + 1)]
+    zcorn = [" ".join(f"{row[i]} {row[i + 1]}" for i in range(columns)) for k in range(layers) for row in (depth[k], depth[k + 1]) for _ in (0, 1)]
+    grid = "COORD\n" + "\n".join(coord) + " /\nZCORN\n" + "\n".join(zcorn) + " /\n"
+    blocks = re.compile(r"^DX\n.*?^TOPS\n.*?/\n", re.S | re.M)
+    assert blocks.search(deck)
+    return blocks.sub(grid, deck).split("\nEND\n")[0].replace("FGIR\n", "FGIR\nFGIP\nFGIPL\n") + "\nEND\n"
 
 
 def largest_difference(table, other, name):
@@ -71,3 +86,14 @@ def test_as_much_turns_solid_by_either_method(minerals):
         mean = 0.5 * (table["DISSOLVED"][1:] + table["DISSOLVED"][:-1])
         assert table["SOLID"][-1] == pytest.approx(RATE * (mean * numpy.diff(table["TIME"])).sum(), rel=0.01)
     assert by_lines["SOLID"][-1] == pytest.approx(implicit["SOLID"][-1], rel=0.03)
+
+
+@peer_flow.needs_flow
+def test_as_much_is_dissolved_as_an_independent_simulator_says(tmp_path, streamlines, implicit):
+    peer = peer_flow.flow_vectors(tmp_path / "flow", as_corner_points(DECK), "FGIP", "FGIPL", longest=60)
+    years = numpy.array([1, 5, 10, 20, 30, 60, 100, 150, 230]) * YEAR
+    expected = numpy.interp(years, peer["TIME"], peer["FGIPL"] / peer["FGIP"])
+    for table, most in ((implicit, 0.01), (streamlines, 0.03)):
+        seen = numpy.interp(years, table["TIME"], table["DISSOLVED"] / numpy.maximum(table["TOTAL"], 1.0))
+        print(numpy.abs(seen / expected - 1.0).max())
+        assert numpy.abs(seen / expected - 1.0).max() < most

@@ -10,7 +10,8 @@ from plotting.restarts import restart_days, restart_maps, restart_values
 from plotting.run_files import Trouble, nearest
 
 NO_LINE = 1e10  # time of flight of cells that no line reaches
-UNITS = {"co2_free": "Mscf", "co2_trapped": "Mscf", "co2_dissolved": "Mscf", "co2_solid": "Mscf", "co2_kx": "md", "poil": "psia", "pressure": "psia", "rs": "Mscf/stb", "kx": "md", "ky": "md", "kz": "md", "permx": "md",
+UNITS = {"co2_free": "Mscf", "co2_trapped": "Mscf", "co2_dissolved": "Mscf", "co2_solid": "Mscf", "co2_kx": "md",
+         "poil": "psia", "pressure": "psia", "rs": "Mscf/stb", "kx": "md", "ky": "md", "kz": "md", "permx": "md",
          "permy": "md", "permz": "md", "tauinj": "days", "tauprd": "days", "tausum": "days", "trnsx": "rb cp/(day psi)",
          "trnsy": "rb cp/(day psi)", "trnsz": "rb cp/(day psi)"}
 
