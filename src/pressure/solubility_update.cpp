@@ -12,17 +12,17 @@ namespace kvr {
 
 namespace {
 
-constexpr double EqualRs = 1e-9;  // relative; rounding leaves less between Rs and that of the pressure
+constexpr double LeastMoved = 1e-9;  // of the pore volume, free gas; what iterations leave over is less
 
 double mostRs(const Simulation& s, CellId cell) {
     return allowedRs(s.state, cell, SolutionRs(pvtAt(s.fluids, cell), s.state.Pressure[cell]));
 }
 
+/// Hardly any gas would go from one store to the other: out of oil that holds too much, or into oil that
+/// could take more, as far as there is free gas.
 bool isInEquilibrium(const CellState& state, CellId cell, double most) {
-    const double margin = EqualRs * std::max(most, state.Rs[cell]);
-    if (state.Rs[cell] > most + margin) return false;
-    return state.So[cell] <= MachineEpsilon || state.Sg[cell] <= MachineEpsilon ||
-           state.Rs[cell] >= most - margin;
+    const double room = (most - state.Rs[cell]) * state.So[cell] / state.Bo[cell] * state.Bg[cell];
+    return std::abs(std::min(room, state.Sg[cell])) <= LeastMoved;
 }
 
 bool holdsGas(const CellState& state, CellId cell) {

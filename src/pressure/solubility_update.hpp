@@ -26,10 +26,10 @@ struct Co2Movement {
 
 /// CO2 of every cell at its present pressure, over `days`: free and dissolved CO2 come to equilibrium at
 /// SolutionRs (where DRSDT bounds it, at that), and dissolved CO2 turns solid at the rate of CO2SOLID. A cell
-/// in equilibrium is left as it is to the last bit where nothing turns solid. Water and oil of a cell, and
-/// its CO2 over the three stores, do not change; what its saturations do not show behind it is carried, in
-/// runs that carry amounts and in fully implicit ones. Tells the log what has moved when no global iterations
-/// are left. Nothing happens without CO2MBM or without a gas phase.
+/// in equilibrium (to 1e-9 of its pore volume) is left as it is to the last bit where nothing turns solid.
+/// Water and oil of a cell, and its CO2 over the three stores, do not change; what its saturations do not
+/// show behind it is carried, in runs that carry amounts and in fully implicit ones. Tells the log what has
+/// moved when no global iterations are left. Nothing happens without CO2MBM or without a gas phase.
 Co2Movement UPDATE_SOLUBILITYRATIO(int iterationsLeft, double days, Simulation& simulation);
 
 }  // namespace kvr

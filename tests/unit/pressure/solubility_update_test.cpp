@@ -102,6 +102,17 @@ TEST(SolubilityUpdate, LeavesCellsInEquilibriumAsTheyAreToTheLastBit) {
     EXPECT_EQ(before.Rs.slots, cells.s.state.Rs.slots);
 }
 
+TEST(SolubilityUpdate, LeavesWhatIterationsHaveLeftOver) {
+    ThreeCells cells;
+    UPDATE_SOLUBILITYRATIO(0, 10.0, cells.s);
+    cells.s.state.Rs[1] *= 1.0 + 1e-11;
+    cells.s.state.Sg[3] = 1e-12;
+    const CellState before = cells.s.state;
+    UPDATE_SOLUBILITYRATIO(0, 10.0, cells.s);
+    EXPECT_EQ(before.Rs.slots, cells.s.state.Rs.slots);
+    EXPECT_EQ(before.Sg.slots, cells.s.state.Sg.slots);
+}
+
 TEST(SolubilityUpdate, TurnsDissolvedGasSolidAtTheGivenRate) {
     for (const char* method : {"IMPES", "FIM", "streamline"}) {
         ThreeCells cells;
