@@ -96,7 +96,7 @@ void diagnoseFlow(benchmark::State& state, const Simulation& s) {
     int lines = 0;
     for (auto _ : state)
         lines = traceDiagnostics(s.grid, s.lines.field.trace, s.state.PoreVolume, s.wells, s.lines.pairs,
-                                 maxNodes(s.options, s.grid), maps);
+                                 maxNodes(s.options, s.grid), s.options.meanTimeMaps, maps);
     state.counters["lines"] = lines;
 }
 

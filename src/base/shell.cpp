@@ -36,10 +36,11 @@ void resetSignals() {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
 
-/// What the child does; never comes back. A group of its own takes signals with all that it starts.
+/// What the child does; never comes back. A session of its own takes signals with all that it starts, and has
+/// no terminal: a command that asks there would be stopped in the background without a word.
 [[noreturn]] void becomeShell(const char* line, const char* folder) {
     constexpr unsigned FirstOfRun = 3;  // behind the standard streams
-    setpgid(0, 0);
+    setsid();
     resetSignals();
     const int nothing = open("/dev/null", O_RDONLY);
     if (nothing >= 0) dup2(nothing, STDIN_FILENO);
@@ -76,8 +77,8 @@ void askToEnd(const Console& console, pid_t group, Asking& asking) {
     const std::array<int, 3> signals = {endSignal(), SIGTERM, SIGKILL};
     if (endSignal() == 0 || asking.next == static_cast<int>(signals.size())) return;
     if (asking.next > 0 && wallSeconds() - asking.since < Patience) return;
+    if (kill(-group, signals[static_cast<std::size_t>(asking.next)]) != 0) return;  // not yet a group
     if (asking.next == 0) tell(console, "Waiting for the outside simulator to end");
-    kill(-group, signals[static_cast<std::size_t>(asking.next)]);
     asking.next += 1;
     asking.since = wallSeconds();
 }
@@ -97,7 +98,6 @@ ShellEnd runShell(const Console& console, const std::string& line, const std::st
     const pid_t child = fork();
     if (child < 0) return {};
     if (child == 0) becomeShell(line.c_str(), folder.c_str());
-    setpgid(child, child);  // whichever of the two comes first
     int state = 0;
     Asking asking;
     for (double look = ShortestLook;; look = std::min(LongestLook, 2.0 * look)) {

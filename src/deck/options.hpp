@@ -153,6 +153,7 @@ struct RunOptions {
     std::string outputPlt = "No";
     bool outputStreamline = false;
     bool outputDiffusiveTof = false;
+    bool meanTimeMaps = true;  // TOFMAP: mean over the lines of a cell in place of the smallest
     bool outputPressureMatrix = false;
     bool outputSaturationMatrix = false;
     std::string outputKvrView = "Yes";

@@ -122,6 +122,8 @@ struct ScheduleStep {
     std::size_t searchFrom = 0;  // place in wells behind the one that a row named last
     double mostRsRise = std::numeric_limits<double>::infinity();  // DRSDT: of Rs a day
     std::vector<FaultMultiplier> faultMultipliers;                // MULTFLT of this step alone
+    std::string source;          // keywords of this step alone as the deck has them, times and WELSPEC aside
+    bool sourceHasWells = true;  // they define all wells: none stands in WELSPEC
 };
 
 /// Composition of an injected stream, WELLSTRE.

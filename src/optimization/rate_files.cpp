@@ -97,10 +97,12 @@ void addToAll(const RateReport& report, const Simulation& s) {
     if (first) lineToLog(s.console, " File Generated : WFLOOD_REALOC_ALL.out");
 }
 
-/// Drawdown between the wells over the flux, psi days per rb; 0 where nothing flows.
+/// Drawdown between the wells over what the lines of the pair carry, psi days per rb; 0 where nothing flows.
+/// A pair that counts as too thin has lost its flux, not its lines.
 double resistance(const Simulation& s, const WellPair& pair) {
     const double drawdown = wellOf(s, pair.injector).Bhp - wellOf(s, pair.producer).Bhp;
-    return pair.flux > 0.0 && pair.lines > 0 ? drawdown / pair.flux : 0.0;
+    const double flux = std::max(pair.flux, pair.counted);
+    return flux > 0.0 && pair.lines > 0 ? drawdown / flux : 0.0;
 }
 
 void writePairMap(const RateReport& report, const Simulation& s) {

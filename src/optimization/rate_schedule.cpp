@@ -35,10 +35,29 @@ std::vector<double> stepEnds(const Simulation& s) {
     return apart;
 }
 
-void putSpan(const Simulation& s, const ControlSpan& span, std::FILE* file) {
+/// What the deck itself says at the begin of one of its steps. Wells of another source than its schedule, and
+/// those of a keyword that other programs do not know, are defined anew.
+void putDeckPart(const Simulation& s, std::size_t entry, std::FILE* file) {
+    const ScheduleStep& step = s.schedule.steps[entry];
+    const bool silent = std::all_of(s.schedule.steps.begin(), s.schedule.steps.end(),
+                                    [](const ScheduleStep& one) { return one.source.empty(); });
+    if (silent || !step.sourceHasWells) putDefinitions(s.units, step, file);
+    std::fputs(step.source.c_str(), file);
+}
+
+/// The deck says something in its entries behind `before` up to `last`.
+bool saysAnything(const Simulation& s, int before, int last) {
+    const auto end = std::min(static_cast<std::size_t>(last), s.schedule.steps.size());
+    for (auto n = static_cast<std::size_t>(before); n < end; ++n)
+        if (!s.schedule.steps[n].source.empty()) return true;
+    return false;
+}
+
+/// `passed`: entries of the deck's schedule that have been put. A traced run may pass several at once.
+void putSpan(const Simulation& s, const ControlSpan& span, std::size_t& passed, std::FILE* file) {
     putTimeBanner(span.start, file);
-    if (span.entry > 0 && static_cast<std::size_t>(span.entry) <= s.schedule.steps.size())
-        putDefinitions(s.units, s.schedule.steps[static_cast<std::size_t>(span.entry) - 1], file);
+    const auto entries = std::min(static_cast<std::size_t>(span.entry), s.schedule.steps.size());
+    for (; passed < entries; ++passed) putDeckPart(s, passed, file);
     putKeyword("WCONINJE", span.injectors, file);
     putKeyword("WCONPROD", span.producers, file);
     putKeyword("WEFAC", span.efficiencies, file);
@@ -51,13 +70,21 @@ void keepControls(int entry, Simulation& s) {
     Console quiet;
     quiet.screen = nullptr;
     const ControlRows now = controlRows(quiet, s.units, s.wells);
-    ControlSpan span{s.clock.time, entry, changedRows(now.injectors, record.injectorRows),
+    const bool begins = entry > record.entry;  // wells are built anew within an entry too, behind a limit
+    if (begins && saysAnything(s, record.entry, entry)) {
+        // All rows of the run follow those of the deck.
+        record.injectorRows.clear();
+        record.producerRows.clear();
+        record.efficiencyRows.clear();
+    }
+    if (begins) record.entry = entry;
+    ControlSpan span{s.clock.time, begins ? entry : 0, changedRows(now.injectors, record.injectorRows),
                      changedRows(now.producers, record.producerRows),
                      changedRows(now.efficiencies, record.efficiencyRows)};
     record.injectorRows = now.injectors;
     record.producerRows = now.producers;
     record.efficiencyRows = now.efficiencies;
-    if (entry == 0 && span.injectors.empty() && span.producers.empty() && span.efficiencies.empty()) return;
+    if (!begins && span.injectors.empty() && span.producers.empty() && span.efficiencies.empty()) return;
     record.spans.push_back(std::move(span));
 }
 
@@ -68,14 +95,14 @@ void writeRateSchedule(const Simulation& s) {
     putRecord("RPTRST", "BASIC=2", file);
     const std::vector<double> ends = stepEnds(s);
     double time = record.spans.empty() ? 0.0 : record.spans.front().start;
-    std::size_t next = 0;
+    std::size_t next = 0, passed = 0;
     for (const ControlSpan& span : record.spans) {
         if (span.start >= s.clock.time - TimeTolerance) break;
         for (; next < ends.size() && ends[next] <= span.start + TimeTolerance; ++next) {
             if (ends[next] > time + TimeTolerance) putRecord("TSTEP", deckNumber(ends[next] - time), file);
             time = std::max(time, ends[next]);
         }
-        putSpan(s, span, file);
+        putSpan(s, span, passed, file);
     }
     for (; next < ends.size(); ++next) {
         if (ends[next] > time + TimeTolerance) putRecord("TSTEP", deckNumber(ends[next] - time), file);

@@ -310,6 +310,10 @@ MAPPING
 -- From lines to cells [CONSERVE/AVERAGE : Def = CONSERVE]
 CONSERVE
 
+--TOFMAP
+-- Maps of the time of flight: lines of a cell [MEAN/SMALLEST : Def = MEAN]
+-- MEAN
+
 STEPCTRL
 -- Steps that judge themselves [Yes/No : Def = Yes]
 -- Volume error of the field, share of its pore volume [Def = 2.E-3]

@@ -37,3 +37,16 @@ def arrays(path):
     for keyword, values in blocks(path):
         found.setdefault(keyword, values)
     return found
+
+
+def real_block(keyword, values):
+    """A block of single-precision numbers as these files have it."""
+
+    def record(payload):
+        return struct.pack(">i", len(payload)) + payload + struct.pack(">i", len(payload))
+
+    numbers = numpy.asarray(values, dtype=">f4").ravel()
+    data = record(keyword.ljust(8).encode("ascii") + struct.pack(">i", len(numbers)) + b"REAL")
+    for begin in range(0, len(numbers), 1000):
+        data += record(numbers[begin:begin + 1000].tobytes())
+    return data

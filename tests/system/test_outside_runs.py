@@ -1,10 +1,14 @@
 """Runs that start an outside simulator: what they ask before, how often they try, and how they end."""
 
+import fcntl
 import os
+import pty
 import re
 import shutil
 import signal
 import subprocess
+import termios
+import threading
 import time
 
 import numpy
@@ -172,6 +176,31 @@ def test_a_command_that_ignores_the_signal_is_ended_all_the_same(tmp_path):
     assert "Waiting for the outside simulator to end" in going.console
     time.sleep(0.5)
     assert process_state(int((tmp_path / "child").read_text())) in ("", "Z")
+
+
+def drain(terminal):
+    try:
+        while os.read(terminal, 4096):
+            pass
+    except OSError:
+        pass  # the run has ended
+
+
+def test_a_command_that_asks_at_the_terminal_goes_on(tmp_path):
+    """It has none; in the background of the run's own it would be stopped without a word."""
+    script(tmp_path, "simulator", "stty sane </dev/tty\ntouch has_run\n")
+    (tmp_path / "ECLIPSE.DATA").write_text(traced("simulator"))
+    terminal, inner = pty.openpty()
+    process = subprocess.Popen([kvr_run.PROGRAM], cwd=tmp_path, stdin=inner, stdout=inner, stderr=inner, env=environment(tmp_path),
+                               start_new_session=True, preexec_fn=lambda: fcntl.ioctl(inner, termios.TIOCSCTTY, 0))
+    os.close(inner)
+    threading.Thread(target=drain, args=(terminal,), daemon=True).start()
+    end = time.monotonic() + 20
+    while not (tmp_path / "has_run").exists() and time.monotonic() < end:
+        time.sleep(0.02)
+    process.send_signal(signal.SIGINT)
+    assert process.wait(20) == INTERRUPTED
+    assert (tmp_path / "has_run").exists()
 
 
 @pytest.mark.parametrize("extra, command", [("ECL2TEC", "simulator"), ("", "./ecl2ix")], ids=["plots", "deck"])

@@ -24,6 +24,7 @@ void readCflGravity(SectionReader& reader, RunOptions& options);
 void readMaxDt(SectionReader& reader, RunOptions& options);
 void readStepControl(SectionReader& reader, RunOptions& options);
 void readMapping(SectionReader& reader, RunOptions& options);
+void readTimeMapForm(SectionReader& reader, RunOptions& options);
 void readOptimalTstep(SectionReader& reader, RunOptions& options);
 
 // --- switches and tables: option_switches.cpp -----------------------------------------------------

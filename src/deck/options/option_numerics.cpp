@@ -222,6 +222,14 @@ void readMapping(SectionReader& reader, RunOptions& options) {
     tellValue(reader, "Mapping keeps every amount :", yesNo(options.conservativeMapping));
 }
 
+void readTimeMapForm(SectionReader& reader, RunOptions& options) {
+    constexpr InitialRow Forms[] = {{'M', "mean"}, {'S', "smallest"}};
+    const std::string word = readWord(reader);
+    tellWord(reader, Forms, word, "", "MEAN");
+    options.meanTimeMaps = upperInitialOf(word) != 'S';
+    tellValue(reader, "Time maps hold the mean of a cell :", yesNo(options.meanTimeMaps));
+}
+
 void readOptimalTstep(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.tstepControl};
     readRecord(reader, targets);

@@ -123,6 +123,22 @@ bool skippedTitle(SectionReader& reader, const KeywordLine& found) {
     return true;
 }
 
+void keepSource(SectionReader& reader, SectionEvent event, std::string_view word, std::size_t& pending) {
+    if (reader.kept == nullptr) return;
+    const DeckCursor& cursor = *reader.cursor;
+    const std::size_t here = event == SectionEvent::EndOfFile ? cursor.position : cursor.previousLine;
+    KeptSource& kept = *reader.kept;
+    if (pending != std::string::npos) {
+        for (const char letter : std::string_view(cursor.text).substr(pending, here - pending))
+            if (letter != '\r') kept.text += letter;
+        if (!kept.text.empty() && kept.text.back() != '\n') kept.text += '\n';
+    }
+    const bool isKept = event == SectionEvent::Keyword &&
+                        std::none_of(kept.without.begin(), kept.without.end(),
+                                     [word](auto name) { return matchesKeyword(name, FullKeyword, word); });
+    pending = isKept ? here : std::string::npos;
+}
+
 DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts) {
     const Console& console = consoleOf(reader);
     reader.keyword = "INCLUDE";

@@ -122,6 +122,10 @@ bool isOwnSectionWord(const SectionReader& reader, std::string_view word);
 /// The name as it is compared, against a padded word of the deck.
 bool matchesKeyword(std::string_view name, int significant, std::string_view word);
 
+/// Keeps what stands between the keyword before, which began at `pending`, and the present line, of which
+/// `event` and `word` tell. `pending` moves to it, or to npos where it is not kept.
+void keepSource(SectionReader& reader, SectionEvent event, std::string_view word, std::size_t& pending);
+
 inline constexpr std::string_view OptionSection = "TUNEKVR";
 
 /// A line that names the keyword that may have been meant, kept for the end of the run.
@@ -184,9 +188,11 @@ template <class Records>
 void dispatchSection(SectionReader& reader, Records& records, std::span<const KeywordRow<Records>> table,
                      const IncludeTexts& texts) {
     int tested = 0;
+    std::size_t pending = std::string::npos;
     KeywordLine found;
     for (;;) {
         const SectionEvent event = nextKeyword(reader, tested, found);
+        keepSource(reader, event, found.word, pending);
         if (event == SectionEvent::EndOfFile) return;
         ++reader.keywordCount;
         reader.sinks->keywordCopied = false;

@@ -40,6 +40,12 @@ struct InputBox {
     CellBox cells;
 };
 
+/// The keywords of a section as the deck has them, included files in their places.
+struct KeptSource {
+    std::span<const std::string_view> without;  // keywords that are left out
+    std::string text;
+};
+
 /// What every section reader works with. One per open file; an INCLUDE gets its own.
 struct SectionReader {
     DeckCursor* cursor = nullptr;
@@ -53,7 +59,8 @@ struct SectionReader {
     int keywordCount = 0;
     std::array<int, 3> gridSize{};  // cells along x, y, z; zero before DIMENS
     InputBox box;
-    std::string keyword;  // the keyword whose data are being read, for messages
+    KeptSource* kept = nullptr;  // where the section's text is wanted again
+    std::string keyword;         // the keyword whose data are being read, for messages
 };
 
 inline const Console& consoleOf(const SectionReader& reader) {

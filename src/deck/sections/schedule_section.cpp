@@ -79,6 +79,9 @@ constexpr std::array Keywords = {
     Row{"WNEXT", readWnext, "time of the next well change, days"},
     Row{"SIMEND", readSimend, "end of the run, days"},
 };
+/// What a schedule of other times does not take over; WELSPEC is known to this program alone.
+constexpr std::array<std::string_view, 8> NotKept = {"TSTEP",   "DATES",    "WNEXT", "SIMEND",
+                                                     "WELSPEC", "SKIPREST", "NOSIM", "INCLUDE"};
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at SCHEDULE section",
                              "File I/O Error, in SCHEDULE Section",
                              "INCLUDE FILE FINISHED, SCHEDULE SECTION"};
@@ -87,7 +90,10 @@ constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at SCHEDULE section
 
 void readScheduleSection(SectionReader& reader, ScheduleRecords& records) {
     openScheduleStep(records.schedule);
+    KeptSource kept{NotKept, {}};
+    reader.kept = &kept;
     dispatchSection<ScheduleRecords>(reader, records, Keywords, Texts);
+    reader.kept = nullptr;
     lineToBoth(consoleOf(reader), "-> Finished Reading SCHEDULE. Move to Next Section");
 }
 

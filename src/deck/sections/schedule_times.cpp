@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace kvr {
 
@@ -70,6 +71,8 @@ std::size_t countLengths(const SectionReader& reader, std::span<const double> va
 std::size_t takeLengths(SectionReader& reader, ScheduleRecords& records, std::span<const double> values) {
     const auto lengths = values.first(countLengths(reader, values));
     checkSizes(reader, records.schedule, lengths.size());
+    if (reader.kept != nullptr && !lengths.empty())
+        records.schedule.steps.back().source = std::exchange(reader.kept->text, {});
     closeScheduleStep(lengths, records.schedule);
     reader.keyword = "TSTEP";
     copyArray(reader, lengths, 1.0, 1.0);
@@ -119,6 +122,7 @@ void openScheduleStep(Schedule& schedule) {
         next.stepCount = 0;
         next.period = 0.0;
         next.faultMultipliers.clear();
+        next.source.clear();
         schedule.steps.push_back(std::move(next));
     }
 }

@@ -186,6 +186,7 @@ void readWelspec(SectionReader& reader, ScheduleRecords& records) {
         keepCompletion(row, step);
         ++step.completionCount;
     }
+    step.sourceHasWells = false;
     announce(reader, "WELSPEC : Keyword only for KVR");
     tellCount(reader, "-> Num of Well =", step.wellCount);
 }

@@ -35,6 +35,7 @@ struct OptimizationRecord {
     bool toldInjectionShort = false, toldProductionShort = false;
     bool toldPressure = false;
     double npv = 0.0;                // $ up to the last look
+    int entry = 0;                   // of the schedule, 1-based: the last one in the spans
     std::vector<ControlSpan> spans;  // of the schedule that the run leaves
     std::vector<std::string> injectorRows, producerRows, efficiencyRows;  // in force, by their wells
 };

@@ -48,6 +48,33 @@ struct DiagnosticField {
     const CellArray<double>& poreVolume;
 };
 
+/// Times in the middle of the way through a cell, by the days that the lines take through it.
+struct TimeSums {
+    CellArray<double> days, fromInjector, toProducer;
+};
+
+void addToSums(const StreamlineRecord& record, TimeSums& sums) {
+    if (sums.days.empty()) return;
+    const double total = record.NodeTof[at(record.nodeCount)];
+    for (std::size_t n = 1; n <= at(record.nodeCount); ++n) {
+        const CellId cell = record.NodeCell[n];
+        const double days = record.NodeTof[n] - record.NodeTof[n - 1];
+        const double middle = 0.5 * (record.NodeTof[n] + record.NodeTof[n - 1]);
+        sums.days[cell] += days;
+        sums.fromInjector[cell] += days * middle;
+        sums.toProducer[cell] += days * (total - middle);
+    }
+}
+
+/// Means in place of the smallest times of the cells that a line speaks for.
+void takeMeans(const TimeSums& sums, DiagnosticMaps& maps) {
+    for (CellId cell = 1; cell <= sums.days.count(); ++cell) {
+        if (!(sums.days[cell] > 0.0) || !(maps.timeFromInjector[cell] < UnreachedTime)) continue;
+        maps.timeFromInjector[cell] = sums.fromInjector[cell] / sums.days[cell];
+        maps.timeToProducer[cell] = sums.toProducer[cell] / sums.days[cell];
+    }
+}
+
 /// The line speaks for its start cell and for the cells that it holds for their mean residence; one that
 /// cuts off a corner comes early, and tells little of the cell. Such a cell may still start a line.
 void markLine(const DiagnosticField& on, CellId start, const StreamlineRecord& record, const CellPair& pair,
@@ -140,7 +167,7 @@ const TraceField& referenceField(const Simulation& s, TraceField& own) {
 
 int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
                      const CellArray<double>& poreVolume, const WellRecord& wells, const PairTable& pairs,
-                     int nodes, DiagnosticMaps& maps) {
+                     int nodes, bool means, DiagnosticMaps& maps) {
     clearMaps(grid.NCELLS, maps);
     CellArray<std::uint8_t> visited;
     visited.assign(grid.NCELLS, 0);
@@ -149,6 +176,10 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
     sizeLegs(nodes, legs);
     sizeRecord(nodes, record);
     const DiagnosticField on{referenceField, poreVolume};
+    TimeSums sums;
+    if (means)
+        for (CellArray<double>* sum : {&sums.days, &sums.fromInjector, &sums.toProducer})
+            sum->assign(grid.NCELLS, 0.0);
     int lines = 0;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.NCELLS >= EveryCellBelow && visited[cell] != 0) continue;
@@ -159,7 +190,9 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
         const int producer = producerIndex(wells, pairs, record.producer);
         markLine(on, cell, record, {injector, producer, connectionNumber(pairs, injector, producer)}, visited,
                  maps);
+        addToSums(record, sums);
     }
+    takeMeans(sums, maps);
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         if (maps.timeFromInjector[cell] < UnreachedTime)
             maps.timeSum[cell] = maps.timeFromInjector[cell] + maps.timeToProducer[cell];
@@ -172,8 +205,9 @@ void runDiagnostics(Simulation& simulation) {
     lineToScreen(s.console, OpeningArrow);
     lineToScreen(s.console, "Streamline-Based Diagnostic Function is called...");
     TraceField own;
-    const int lines = traceDiagnostics(s.grid, referenceField(s, own), s.state.PoreVolume, s.wells,
-                                       s.lines.pairs, s.lines.nodeCapacity, s.lines.diagnostics);
+    const int lines =
+        traceDiagnostics(s.grid, referenceField(s, own), s.state.PoreVolume, s.wells, s.lines.pairs,
+                         s.lines.nodeCapacity, s.options.meanTimeMaps, s.lines.diagnostics);
     if (isOn(s.options, OutputSwitch::Tecplot)) writeZones(s);
     writeLists(s);
     both(s.console, "Number of SLine traced : {}", lines);

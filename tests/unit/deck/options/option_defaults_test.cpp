@@ -71,6 +71,7 @@ const OptionRow Rows[] = {
     {"MAXDT", 1, of<&O::maxDt>},
     {"MAPPING", 1, of<&O::conservativeMapping>},
     {"CO2SOLID", 1, of<&O::co2SolidRate>, false},
+    {"TOFMAP", 1, of<&O::meanTimeMaps>},
     {"STEPCTRL", 1, of<&O::stepControl>},
     {"STEPCTRL", 2, of<&O::stepVolumeError>},
     {"STEPCTRL", 3, of<&O::stepCellVolumeError>},
