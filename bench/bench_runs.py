@@ -36,7 +36,7 @@ def section(name, method):
     if method == "fully implicit":
         return "\nTUNEKVR\nFDMETHOD\nFIM\n"
     lines = f"\nTUNEKVR\nNUMLINE\n{LINES[name]} /\n" if LINES[name] else ""
-    return lines + "EQWAFS\nWFOOPT\n999999 /\n" if method == WEIGHED[1] else lines
+    return lines + "EQWAFS\nWFOOPT\n999999 0 1 2 -0.25 25 10 /\n" if method == WEIGHED[1] else lines
 
 
 def row_name(name, method, threads=1):

@@ -86,8 +86,8 @@ def part_times(fluxes, volume, entering, parts):
     return upwind_times(refine(fluxes, parts), fine_volume, fine_entering)
 
 
-def exact_times(fluxes, volume, places, source, most=5000):
-    """Days from the cell `source` (i, j, k from 0) to `places` (x, y, z in cells), inside the well's cell its mean residence: back
+def exact_times(fluxes, volume, places, sources, most=5000):
+    """Days from the cells `sources` (rows i, j, k from 0) to `places` (x, y, z in cells), inside a well's cell its mean residence: back
     along the flow from cell to cell, each coordinate by its own exponential, as fluxes linear between two faces give it (Pollock,
     Ground Water 26, 1988). What finite volumes come to on ever more parts of a cell. NaN where the way ends elsewhere."""
     sides = []
@@ -97,9 +97,10 @@ def exact_times(fluxes, volume, places, source, most=5000):
         sides.append((low, flux))
     place = numpy.array(places, dtype=float)
     cell = numpy.clip(place.astype(int), 0, numpy.array(volume.shape[::-1]) - 1)
-    source = numpy.array(source)
+    is_source = numpy.zeros(volume.shape, dtype=bool)
+    is_source[tuple(numpy.array(sources).reshape(-1, 3)[:, ::-1].T)] = True
     times = numpy.zeros(len(place))
-    arrived = (cell == source).all(axis=1)
+    arrived = is_source[tuple(cell[:, ::-1].T)]
     going = numpy.flatnonzero(~arrived)
     for _ in range(most):
         if going.size == 0:
@@ -134,18 +135,18 @@ def exact_times(fluxes, volume, places, source, most=5000):
         place[going] = at + within
         cell[going, first] += steps[rows, first].astype(int)
         times[going] += passed
-        arrived[going] = (cell[going] == source).all(axis=1)
+        arrived[going] = is_source[tuple(cell[going][:, ::-1].T)]
         going = going[~arrived[going]]
-    i, j, k = source
-    return numpy.where(arrived, times + volume[k, j, i] / net_outflow(fluxes)[k, j, i], numpy.nan)
+    end = tuple(cell[:, ::-1].T)
+    return numpy.where(arrived, times + volume[end] / numpy.where(arrived, net_outflow(fluxes)[end], 1.0), numpy.nan)
 
 
-def exact_means(fluxes, volume, source, cells, points):
+def exact_means(fluxes, volume, sources, cells, points):
     """Mean over `points` by `points` places of each of the flat `cells` of a layer, in the middle of its height."""
     shares = (numpy.arange(points) + 0.5) / points
     i, j = cells % volume.shape[2], cells // volume.shape[2]
     places = [numpy.stack([i + x, j + y, 0.5 + 0.0 * i], axis=1) for x in shares for y in shares]
-    return exact_times(fluxes, volume, numpy.concatenate(places), source).reshape(points**2, -1).mean(axis=0)
+    return exact_times(fluxes, volume, numpy.concatenate(places), sources).reshape(points**2, -1).mean(axis=0)
 
 
 def cell_means(times, parts):

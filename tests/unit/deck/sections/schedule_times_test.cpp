@@ -45,6 +45,27 @@ TEST(Tstep, EndsWithALineAtANegativeOrAbsurdLength) {
     }
 }
 
+TEST(ScheduleSource, HasWhatADeckSaysBetweenItsTimes) {
+    const std::string fault = "MULTFLT\n-- opens\n'F' 0.5 / half\n/\n", other = "UNHEARD\n 1 2 3 /\n";
+    ScheduleBench run(TwoWells + "-- first\nTSTEP\n10 /\n" + fault +
+                      "DATES\n1 'FEB' 2000 /\n/\nTSTEP\n1 /\n" + other + "TSTEP\n5 /\n");
+    run.readAndClose();
+    ASSERT_GE(run.schedule.steps.size(), 4U);
+    EXPECT_EQ(run.schedule.steps[0].source, TwoWells + "-- first\n");
+    EXPECT_EQ(run.schedule.steps[1].source, fault);
+    EXPECT_EQ(run.schedule.steps[2].source, "");
+    EXPECT_EQ(run.schedule.steps[3].source, other);
+    EXPECT_TRUE(run.schedule.steps[3].sourceHasWells);
+}
+
+TEST(ScheduleSource, LeavesOutWellsThatOtherProgramsCannotRead) {
+    ScheduleBench run(TwoWells +
+                      "WELSPEC\n'W' 1 1 1 1 0.5 0 'INJ' 100 'RATE' /\n/\nDRSDT\n0 /\nTSTEP\n10 /\n");
+    run.readAndClose();
+    EXPECT_EQ(run.schedule.steps[0].source, TwoWells + "DRSDT\n0 /\n");
+    EXPECT_FALSE(run.schedule.steps[0].sourceHasWells);
+}
+
 TEST(Tstep, AfterTstepCopiesTheStep) {
     ScheduleBench run(TwoWells + "TSTEP\n10 /\nTSTEP\n20 /\n");
     run.readAndClose();
