@@ -115,7 +115,6 @@ def faulted_run(tmp_path_factory):
 
 def test_the_schedule_of_the_run_has_what_the_deck_says(faulted_run):
     schedule = (faulted_run.folder / "KVR_RateSchedule.DATA").read_text()
-    print(schedule)
     for keyword in ("WELSPECS", "COMPDAT", "WECON", "MULTFLT", "WELTARG"):
         assert len(re.findall(rf"^{keyword} *$", schedule, re.M)) == 1, keyword
     parts = re.split(r"^TSTEP *\n(\S+) /$", schedule, flags=re.M)
@@ -128,9 +127,12 @@ def test_the_schedule_of_the_run_has_what_the_deck_says(faulted_run):
 
 def test_a_schedule_with_faults_and_limits_gives_the_oil_of_the_run_again(faulted_run, tmp_path):
     again = finished_normally(run(tmp_path, faulted((faulted_run.folder / "KVR_RateSchedule.DATA").read_text())))
-    assert totals(again)["FOPT"][-1] == pytest.approx(totals(faulted_run)["FOPT"][-1], rel=2e-3)
-    assert totals(faulted_run)["WOPR:P1"][-1] == 0.0  # its limit has shut it, in both
-    assert totals(again)["WOPR:P1"][-1] == 0.0
+    one, other = totals(again), totals(faulted_run)
+    before = [numpy.interp(600.0, run["TIME"], run["FOPT"]) for run in (one, other)]
+    assert before[0] == pytest.approx(before[1], rel=2e-3)
+    # Behind it P1 comes to its limit in both, which is looked at behind each part of a step: up to 50 days apart.
+    assert one["WOPR:P1"][-1] == other["WOPR:P1"][-1] == 0.0
+    assert one["FOPT"][-1] == pytest.approx(other["FOPT"][-1], rel=5e-3)
 
 
 @needs_flow

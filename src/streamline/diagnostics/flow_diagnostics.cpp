@@ -17,6 +17,7 @@ namespace {
 
 constexpr StandStill Nowhere{-1.0, -1.0};  // lines that meet corners go on through them
 constexpr double LeastShare = 0.999;  // of the mean residence; even flow along an axis has exactly the mean
+constexpr double MiddlePart = 0.25;   // of a cell, to each side of its centre
 constexpr CellId EveryCellBelow = 2602;  // grids of fewer cells start a line in every one
 
 /// Numbers that a line gives its cells.
@@ -48,28 +49,48 @@ struct DiagnosticField {
     const CellArray<double>& poreVolume;
 };
 
-/// Times in the middle of the way through a cell, by the days that the lines take through it.
+/// Times in the middle of the way through a cell: of the line that starts in its centre, else the mean over
+/// the lines that pass near it, by the days that they take through the cell. Empty where the smallest are
+/// wanted.
 struct TimeSums {
     CellArray<double> days, fromInjector, toProducer;
+    CellArray<std::uint8_t> started;
 };
 
-void addToSums(const StreamlineRecord& record, TimeSums& sums) {
-    if (sums.days.empty()) return;
-    const double total = record.NodeTof[at(record.nodeCount)];
-    for (std::size_t n = 1; n <= at(record.nodeCount); ++n) {
-        const CellId cell = record.NodeCell[n];
-        const double days = record.NodeTof[n] - record.NodeTof[n - 1];
-        const double middle = 0.5 * (record.NodeTof[n] + record.NodeTof[n - 1]);
-        sums.days[cell] += days;
-        sums.fromInjector[cell] += days * middle;
-        sums.toProducer[cell] += days * (total - middle);
-    }
+void clearSums(CellId cells, TimeSums& sums) {
+    for (CellArray<double>* sum : {&sums.days, &sums.fromInjector, &sums.toProducer}) sum->assign(cells, 0.0);
+    sums.started.assign(cells, 0);
 }
 
-/// Means in place of the smallest times of the cells that a line speaks for.
+/// The chord through the cell has its middle in the middle part of the cell; in the cells of its wells a line
+/// begins and ends anywhere. A line beside a closed side goes on along it, late in every cell.
+bool passesMiddle(const StreamlineRecord& record, std::size_t n) {
+    if (n == 1 || n == at(record.nodeCount)) return true;
+    const std::size_t axisOfEntry = (record.NodeExitFace[n - 1] - 1U) / 2U;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double before = record.NodeLocalPoint[n - 1][axis];
+        const double entry = axis == axisOfEntry ? 1.0 - before : before;
+        if (std::abs(0.5 * (entry + record.NodeLocalPoint[n][axis]) - 0.5) > MiddlePart) return false;
+    }
+    return true;
+}
+
+void addToSums(const StreamlineRecord& record, std::size_t n, bool starts, TimeSums& sums) {
+    const CellId cell = record.NodeCell[n];
+    if (sums.started[cell] != 0) return;
+    if (starts) sums.days[cell] = sums.fromInjector[cell] = sums.toProducer[cell] = 0.0;
+    sums.started[cell] = starts ? 1 : 0;
+    const double days = record.NodeTof[n] - record.NodeTof[n - 1];
+    const double middle = 0.5 * (record.NodeTof[n] + record.NodeTof[n - 1]);
+    sums.days[cell] += days;
+    sums.fromInjector[cell] += days * middle;
+    sums.toProducer[cell] += days * (record.NodeTof[at(record.nodeCount)] - middle);
+}
+
+/// Means in place of the smallest times.
 void takeMeans(const TimeSums& sums, DiagnosticMaps& maps) {
     for (CellId cell = 1; cell <= sums.days.count(); ++cell) {
-        if (!(sums.days[cell] > 0.0) || !(maps.timeFromInjector[cell] < UnreachedTime)) continue;
+        if (!(sums.days[cell] > 0.0)) continue;
         maps.timeFromInjector[cell] = sums.fromInjector[cell] / sums.days[cell];
         maps.timeToProducer[cell] = sums.toProducer[cell] / sums.days[cell];
     }
@@ -78,16 +99,19 @@ void takeMeans(const TimeSums& sums, DiagnosticMaps& maps) {
 /// The line speaks for its start cell and for the cells that it holds for their mean residence; one that
 /// cuts off a corner comes early, and tells little of the cell. Such a cell may still start a line.
 void markLine(const DiagnosticField& on, CellId start, const StreamlineRecord& record, const CellPair& pair,
-              CellArray<std::uint8_t>& visited, DiagnosticMaps& maps) {
+              CellArray<std::uint8_t>& visited, TimeSums& sums, DiagnosticMaps& maps) {
+    const bool means = !sums.days.empty();
     const double total = record.NodeTof[at(record.nodeCount)];
     for (std::size_t n = 1; n <= at(record.nodeCount); ++n) {
         const CellId cell = record.NodeCell[n];
         const double time = record.NodeTof[n];
         const double mean = meanResidence(on.field.cells[at(cell)], on.poreVolume[cell]);
-        if (cell != start && time - record.NodeTof[n - 1] < LeastShare * mean) {
+        const bool isShort = time - record.NodeTof[n - 1] < LeastShare * mean;
+        if (cell != start && (isShort || (means && !passesMiddle(record, n)))) {
             visited[cell] = maps.timeFromInjector[cell] < UnreachedTime ? 1 : 0;
             continue;
         }
+        if (means) addToSums(record, n, cell == start, sums);
         maps.timeFromInjector[cell] = std::min(maps.timeFromInjector[cell], time);
         maps.timeToProducer[cell] = std::min(maps.timeToProducer[cell], total - time);
         maps.injector[cell] = pair.injector;
@@ -177,9 +201,7 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
     sizeRecord(nodes, record);
     const DiagnosticField on{referenceField, poreVolume};
     TimeSums sums;
-    if (means)
-        for (CellArray<double>* sum : {&sums.days, &sums.fromInjector, &sums.toProducer})
-            sum->assign(grid.NCELLS, 0.0);
+    if (means) clearSums(grid.NCELLS, sums);
     int lines = 0;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.NCELLS >= EveryCellBelow && visited[cell] != 0) continue;
@@ -189,8 +211,7 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
         const int injector = injectorIndex(wells, pairs, record.injector);
         const int producer = producerIndex(wells, pairs, record.producer);
         markLine(on, cell, record, {injector, producer, connectionNumber(pairs, injector, producer)}, visited,
-                 maps);
-        addToSums(record, sums);
+                 sums, maps);
     }
     takeMeans(sums, maps);
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
