@@ -200,3 +200,32 @@ def test_sensitivities_agree_with_runs_of_another_permeability(tmp_path, control
     rank = {form: numpy.mean([f[0] for k, f in found.items() if k[:2] == (form, "time")]) for form in ("CLASSIC", "LINES", "COUPLED")}
     print(control, "mean rank correlation of travel time", rank)
     assert rank["COUPLED"] >= 0.75
+
+
+def test_keeping_them_leaves_a_run_on_a_larger_grid_as_it_is(tmp_path):
+    """13,200 cells: solves of the multigrid on several levels, which those of the sensitivities must not touch."""
+    text = kvr_run.public_deck("waterflood/FIVE1.DATA")
+    if text is None:
+        pytest.skip("the public decks are not beside the checkout")
+    rock = (kvr_run.PUBLIC_DECKS / "waterflood" / "FIVE1.INC").read_text()
+    text = text.replace("40*50", "4*50")
+    tables = []
+    for switch in (0, 1):
+        folder = tmp_path / str(switch)
+        folder.mkdir()
+        section = kvr_run.options(lines=500, extra=f"OPTIONKVR\n1 0 0 {switch} 0 0 0 0 /\n")
+        kvr_run.finished_normally(kvr_run.run(folder, text + section, files={"FIVE1.INC": rock}))
+        assert bool(list(folder.glob("HM_SENSTEMP*"))) == bool(switch)
+        tables.append((folder / "KVR_Summary.csv").read_text())
+    assert tables[0] == tables[1]
+
+
+def test_wells_of_a_symmetric_field_have_rows_that_mirror_each_other(tmp_path):
+    """The flow of an injector in the middle leaves its cell to all sides: nothing passes through, the mean flux is next to 0."""
+    curves(tmp_path, numpy.full((SIDE, SIDE), numpy.log(100.0)), "producers", LINES)
+    sums = step_values(tmp_path / "HM_SENSTEMP_GTTI.K0000")
+    maps = dict(zip([name for name, _, _ in WELLS], sums.reshape(len(WELLS), SIDE, SIDE)))
+    assert max(numpy.abs(step_values(tmp_path / f"HM_SENSTEMP_GTTI.K{n + 1:04d}")).max() for n in range(STEPS)) < 0.2, \
+        "no cell of 961 brings the cut up by more than that per unit of ln k"
+    for mirrored, name in ((maps["P1"][:, ::-1], "P2"), (maps["P1"][::-1, :], "P4"), (maps["P1"][::-1, ::-1], "P3")):
+        assert numpy.corrcoef(mirrored.ravel(), maps[name].ravel())[0, 1] > 0.9, name

@@ -102,15 +102,15 @@ double perturbed(CellId cell, Measure measure) {
     return (measure(up) - measure(down)) / (2.0 * Step);
 }
 
-/// Relative speed that the cells' weights count: sum of weight * ln |flux through the cell|.
+/// Relative speed that the cells' weights count: sum of weight * ln |face fluxes of the cell|, also where a
+/// well makes them flow apart.
 double weighedSpeeds(const SmallField& field) {
     double sum = 0.0;
     for (CellId cell = 1; cell <= field.flow.grid.NCELLS; ++cell) {
         double square = 0.0;
-        for (int axis = 1; axis <= 3; ++axis) {
-            const double through = 0.5 * (field.flow.velocity.CellFaceFlux(cell, 2 * axis - 1) +
-                                          field.flow.velocity.CellFaceFlux(cell, 2 * axis));
-            square += through * through;
+        for (int face = 1; face <= 6; ++face) {
+            const double flux = field.flow.velocity.CellFaceFlux(cell, face);
+            square += flux * flux;
         }
         sum += 0.5 * (cell % 3 + 1) * std::log(square);
     }
