@@ -244,3 +244,20 @@ def test_what_is_not_there_is_told_in_one_line(result, tmp_path):
     shutil.copy(result.folder / "KVR_Summary.csv", tmp_path / "bare")
     assert "no map of KVR" in refused(tmp_path / "bare", "--map", "swat")
     assert "position 4 of OUTPUTKVR" in refused(tmp_path / "bare", "--lines")
+
+
+def test_sensitivities_of_a_match_are_drawn_of_the_wells_that_have_them(tmp_path):
+    observed = "WNAME TIME WOPR WWPR WWCT\n" + "".join(f"PROD {day} 100 {day} {day / (100 + day):.6g}\n" for day in (20, 40, 60, 80, 100))
+    match = "DOINV\nTRAVEL LSQR 1 /\nOPTIONKVR\n1 0 0 1 0 0 0 0 /\nMISFCRIT\n0 0 /\n"
+    (tmp_path / "WELL_OBSERVED.DATA").write_text(observed)
+    finished_normally(run(tmp_path, flood(options=match), timeout=120))
+    paths = drawn(tmp_path, "--match", "--data", "--layer", 2)
+    assert {"Match_GTTI_layer_2.png", "Match_GTTI_layer_2.csv"} <= set(paths)
+    figures = table(paths["Match_GTTI_layer_2.csv"])
+    assert set(figures) == {"I", "J", "PROD"}, "injectors have no travel time"
+    nx, ny, nz = CELLS
+    data = (tmp_path / "HM_SENSTEMP_GTTI.K0000").read_bytes()
+    frame = 8 + nx * ny * nz * 8
+    sums = [numpy.frombuffer(data[well * frame + 4:(well + 1) * frame - 4], ">f8") for well in range(2)]
+    whole = next(values for values in sums if values.any()).reshape(nz, ny, nx)
+    numpy.testing.assert_allclose(figures["PROD"], whole[1].ravel(), rtol=2e-4, atol=1e-9)

@@ -1,5 +1,7 @@
 """Pictures of a history match: misfits run by run, curves of each well, maps of the permeability."""
 
+import re
+
 import matplotlib.pyplot as pyplot
 import numpy
 
@@ -7,6 +9,7 @@ from plotting import maps, run_files
 from plotting.pictures import panels, save
 
 MISFITS = "KVR_HM_ObjFnc.out"
+SENSITIVITIES = (("GTTI", "what a curve answers to ln k, sum over the reports"), ("GBHPI", "psi per unit of ln k, sum over the reports"))
 CURVES = (("WCT", "matched curve"), ("BHP", "bottom-hole pressure, psia"))
 
 
@@ -114,9 +117,55 @@ def draw_maps(case, layers, stem, data, written):
         save(figure, f"{stem}_LnK_layer_{layer}", table, written)
 
 
+def latest(case, kind):
+    """The plot of sensitivities of the last iteration that left one, and its number; None without any."""
+    pattern = case.path(f"HM_SENSITIVITY_{kind}_Ite*.plt").name
+    found = {int(re.search(r"Ite(\d+)", path.name)[1]): path for path in case.folder.glob(pattern) if path.stat().st_size > 0}
+    return max(found.items()) if found else None
+
+
+def summed(case, path, wells):
+    """Maps of each well, summed over the reports."""
+    size = maps.grid_size(case)
+    days = [day for day, _ in maps.zone_times(path)]
+    sums = []
+    for column in range(len(wells)):
+        zones = [maps.read_zone(maps.MapFile("sensitivity", path, column), day, size) for day in days]
+        sums.append(sum(zone.values for zone in zones))
+    return sums, zones[0]
+
+
+def draw_sensitivities(case, layers, stem, data, written):
+    """Maps of wells whose sensitivities OPTIONKVR 4 has kept; wells without any are left out."""
+    names = run_files.read_curves(case).wells()
+    for kind, title in SENSITIVITIES:
+        found = latest(case, kind)
+        if found is None:
+            continue
+        sums, plan = summed(case, found[1], names)
+        shown = [(name, values) for name, values in zip(names, sums) if (values != 0).any()]
+        for layer in layers if shown else []:
+            figure, axes = panels(len(shown))
+            figure.suptitle(f"{case.name}: {title}, iteration {found[0]}, layer {layer}")
+            for axis, (name, values) in zip(axes, shown):
+                bound = max(numpy.percentile(numpy.abs(values), 99), 1e-30)  # cells of wells stand far out
+                mesh = axis.pcolormesh(plan.x[layer - 1], plan.y[layer - 1], values[layer - 1], cmap="RdBu_r", vmin=-bound, vmax=bound,
+                                       shading="auto")
+                figure.colorbar(mesh, ax=axis)
+                axis.set_title(name)
+                axis.set_aspect("equal")
+            table = None
+            if data:
+                nz, ny, nx = shown[0][1].shape
+                index = numpy.array([(i + 1, j + 1) for j in range(ny) for i in range(nx)]).T
+                table = (["I", "J", *[name for name, _ in shown]], [*index, *[values[layer - 1].ravel() for _, values in shown]])
+            save(figure, f"{stem}_{kind}_layer_{layer}", table, written)
+
+
 def draw_match(case, layers, stem, data, written):
     if not has_match(case):
         raise run_files.Trouble(f"no history match of {case.name} in {case.folder}; DOINV makes one")
     draw_misfits(case, stem, data, written)
     draw_curves(case, stem, data, written)
     draw_maps(case, layers, stem, data, written)
+    draw_sensitivities(case, layers, stem, data, written)
