@@ -109,6 +109,13 @@ void readModel(Simulation& s, std::string_view deck, bool withGrid) {
     RESET_INITIAL_INPLACE(s);
 }
 
+/// Wells of the run, to the files of histories; observed histories that a match was given stay the user's.
+void readResponse(Simulation& s, const std::string& header, int firstStep) {
+    RunOptions place = s.options;
+    place.useHistoryControls = s.options.useHistoryControls && !s.match.observedGiven;
+    read_ECL_response(s.console, place, s.schedule, header, firstStep, s.outside.response);
+}
+
 }  // namespace
 
 bool RUN_ECL(Simulation& s, int step) {
@@ -117,7 +124,7 @@ bool RUN_ECL(Simulation& s, int step) {
     if (s.clock.stepCount == FirstStep) {
         if (!runUntilWhole(s.console, s.options, {header, step, errorsCount(s.options), false, false}))
             return false;
-        read_ECL_response(s.console, s.options, s.schedule, header, 0, s.outside.response);
+        readResponse(s, header, 0);
         Write_ECLSchedule_forHM(s.console, s.options, s.units, s.schedule, s.outside.response);
     }
     readModel(s, header, true);
@@ -131,7 +138,7 @@ bool forward_restart_run(Simulation& s) {
     const int step = s.options.useEclipsePressure ? FirstStep : s.clock.reportIndex;
     logStart(s.console);
     if (!runUntilWhole(s.console, s.options, {deck, step, true, false, true})) return false;
-    read_ECL_response(s.console, s.options, s.schedule, deck, s.clock.reportIndex, s.outside.response);
+    readResponse(s, deck, s.clock.reportIndex);
     readModel(s, deck, false);
     input_RST2Velocity(s, deck, step);
     logReaderEnd(s.console, " Function Ends Normally  : RUN_ECL");

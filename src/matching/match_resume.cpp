@@ -1,5 +1,6 @@
 #include "matching/match_resume.hpp"
 
+#include "base/messages.hpp"
 #include "base/written_files.hpp"
 #include "eclipse/file_names.hpp"
 
@@ -13,7 +14,7 @@ namespace kvr {
 
 namespace {
 
-constexpr std::string_view Magic = "KVRMATCH0001";
+constexpr std::string_view Magic = "KVRMATCH0002";
 constexpr std::uint64_t HashStart = 14695981039346656037ULL, HashFactor = 1099511628211ULL;  // FNV-1a
 constexpr std::uint64_t MostItems = 1ULL << 24U;
 
@@ -34,15 +35,28 @@ std::string_view bytesOf(const std::vector<double>& values) {
     return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(double)};
 }
 
+/// Observed rates in the deck and the files that it includes.
+std::uint64_t hashOfHistoryControls(const Schedule& schedule, std::uint64_t hash) {
+    hash = hashOf(bytesOf(schedule.reportEnd), hash);
+    for (const ScheduleStep& step : schedule.steps)
+        for (const ScheduleWell& well : step.wells) {
+            const double values[] = {well.histOil, well.histWater, well.histGas, well.histBhp};
+            hash = hashOf({reinterpret_cast<const char*>(values), sizeof values}, hashOf(well.name, hash));
+        }
+    return hash;
+}
+
 /// Deck, observed histories and rock. Only what the deck says of the model counts, so the field of the first
-/// run and not the present one.
-std::uint64_t fingerprint(const Simulation& s) {
+/// run and not the present one; and of histories the user's file or, where the first run makes the file, the
+/// rates that it is made of.
+std::uint64_t fingerprint(const Simulation& s, bool observedGiven) {
     std::uint64_t hash = hashOf(contentsOf(s.options.deckFile));
-    for (const std::string& folder : {s.options.workingFolder, outsideFolder(s.options)}) {
-        const std::string path = folder + "WELL_OBSERVED.DATA";
-        if (s.options.useHistoryControls || !fileExists(path)) continue;
-        hash = hashOf(contentsOf(path), hash);
-        break;
+    if (s.options.useHistoryControls && !observedGiven) {
+        hash = hashOfHistoryControls(s.schedule, hash);
+    } else {
+        const std::string own = s.options.workingFolder + "WELL_OBSERVED.DATA";
+        hash =
+            hashOf(contentsOf(fileExists(own) ? own : outsideFolder(s.options) + "WELL_OBSERVED.DATA"), hash);
     }
     hash = hashOf(bytesOf(s.match.prior.slots), hash);
     return hashOf(bytesOf(s.grid.PORO.slots), hash);
@@ -180,7 +194,8 @@ bool fits(const Simulation& s, const MatchRecord& match) {
 void writeMatchResume(const Simulation& s) {
     Bytes bytes;
     bytes.text = Magic;
-    putItem(bytes, fingerprint(s));
+    putItem(bytes, static_cast<std::uint64_t>(s.match.observedGiven ? 1 : 0));
+    putItem(bytes, fingerprint(s, s.match.observedGiven));
     const Walk walk{[&](const auto& item) { putItem(bytes, item); },
                     [&](const std::vector<double>& list) { putList(bytes, list); },
                     [&](const std::string& text) { putText(bytes, text); }};
@@ -195,20 +210,25 @@ void writeMatchResume(const Simulation& s) {
     closeWhole(s.console, file);
     std::error_code failure;
     std::filesystem::rename(fresh, path, failure);
+    if (failure)
+        warn(s.console,
+             "WARNING :: {} CANNOT BE REPLACED, A MATCH THAT IS STOPPED DOES NOT GO ON FROM HERE: {}", path,
+             failure.message());
 }
 
 ResumeState readMatchResume(Simulation& s) {
     const std::string path = pathOf(s);
     if (!fileExists(path)) return ResumeState::None;
     Bytes bytes{contentsOf(path), Magic.size(), true};
-    std::uint64_t sum = 0, print = 0;
-    if (bytes.text.size() < Magic.size() + 2 * sizeof sum || !bytes.text.starts_with(Magic))
+    std::uint64_t sum = 0, print = 0, given = 0;
+    if (bytes.text.size() < Magic.size() + 3 * sizeof sum || !bytes.text.starts_with(Magic))
         return ResumeState::Foreign;
     const std::size_t body = bytes.text.size() - sizeof sum;
     std::memcpy(&sum, bytes.text.data() + body, sizeof sum);
     bytes.text.resize(body);
+    takeItem(bytes, given);
     takeItem(bytes, print);
-    if (sum != hashOf(bytes.text) || print != fingerprint(s)) return ResumeState::Foreign;
+    if (sum != hashOf(bytes.text) || print != fingerprint(s, given != 0)) return ResumeState::Foreign;
     const Walk walk{[&](auto& item) { takeItem(bytes, item); },
                     [&](std::vector<double>& list) { takeList(bytes, list); },
                     [&](std::string& text) { takeText(bytes, text); }};
@@ -217,6 +237,7 @@ ResumeState readMatchResume(Simulation& s) {
     walkMatch(walk, iteration, match);
     if (!bytes.good || !fits(s, match)) return ResumeState::Foreign;
     s.match = std::move(match);
+    s.match.observedGiven = given != 0;  // the file in the folder may be that of the run that was stopped
     s.clock.hmIteration = iteration;
     return ResumeState::Taken;
 }

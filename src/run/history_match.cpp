@@ -27,9 +27,9 @@ std::string hours(double seconds) {
 }
 
 /// Calculated histories of a run of our own come from its summary files; those of a run that was traced are
-/// there already, and an analytical phase leaves its own.
+/// there already.
 void readResponse(Simulation& s) {
-    if (isAnalyticalPhase(s.options, s.clock.solverPhaseIndex) || s.options.traceFromRestart) return;
+    if (s.options.traceFromRestart) return;
     RunOptions place = s.options;
     place.deckFile.clear();  // own files stand where the results do
     place.useHistoryControls = s.options.useHistoryControls && !s.match.observedGiven;
@@ -61,6 +61,14 @@ double largestChange(const MatchRecord& match) {
     double largest = 0.0;
     for (const double change : match.dlnk.cells()) largest = std::max(largest, std::abs(change));
     return std::ldexp(largest, -match.halvings);
+}
+
+/// A file of the user's own goes ahead of the rates in the deck.
+void tellObserved(const Simulation& s) {
+    if (s.match.observedGiven && s.options.useHistoryControls)
+        warn(s.console,
+             "WARNING :: WELL_OBSERVED.DATA stands in the folder and is matched, not the rates of "
+             "WCONHIST and WCONINJH; without it the file is made of them");
 }
 
 bool grows(const MatchRecord& match, const RunMisfit& run) {
@@ -125,17 +133,15 @@ void beginMatch(Simulation& s) {
     s.match.startSeconds = wallSeconds();
     checkObserved(s);
     s.match.observedGiven = fileExists(s.options.workingFolder + "WELL_OBSERVED.DATA");
-    if (s.match.observedGiven && s.options.useHistoryControls)
-        warn(s.console,
-             "WARNING :: WELL_OBSERVED.DATA stands in the folder and is matched, not the rates of "
-             "WCONHIST and WCONINJH; without it the file is made of them");
     s.match.prior = s.grid.PERMX;
     s.match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     s.match.dlnk.assign(s.grid.NCELLS, 0.0);
     if (!s.options.permFileTarget.empty())
         s.match.permFile = readPermFile(s.console, s.options.permFileTarget, s.grid.NCELLS);
     keepRunStart(s);
-    switch (readMatchResume(s)) {
+    const ResumeState resumed = readMatchResume(s);
+    tellObserved(s);
+    switch (resumed) {
         case ResumeState::None:
             break;
         case ResumeState::Foreign:

@@ -162,7 +162,7 @@ void leaveAtSignal(Simulation& simulation) {
 /// The history at the end of a run is made of its own summary files.
 void switchOnSummary(Simulation& simulation) {
     RunOptions& options = simulation.options;
-    const bool matches = options.historyMatch && !isAnalyticalPhase(options, 1);
+    const bool matches = options.historyMatch;
     if (!(options.outputWellHistory || matches) || isOn(options, OutputSwitch::Eclipse)) return;
     if (options.traceFromRestart) return;
     options.outputEclipse = "Yes";
