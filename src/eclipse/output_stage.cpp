@@ -101,7 +101,8 @@ void clearRates(std::vector<SummaryFigures>& figures) {
 
 void writeStep(Simulation& run) {
     writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
-                     {run.units, run.connections, run.velocity}, run.lines.diagnostics);
+                     {run.units, run.connections, run.velocity}, run.lines.diagnostics,
+                     run.components.stage.cells);
     writeSummaryStep(run.console, run.options, run.clock, run.eclipse.steps);
     run.eclipse.steps.clear();
 }

@@ -129,7 +129,7 @@ HourMinute hourMinute(double days) {
 
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
                       const GridModel& grid, const CellState& state, const FluxSource& source,
-                      const DiagnosticMaps& maps) {
+                      const DiagnosticMaps& maps, const ComponentState& components) {
     if (!isOn(options, OutputSwitch::Eclipse)) return;
     const CellId active = activeCount(grid);
     RecordWriter writer;
@@ -144,6 +144,9 @@ void writeRestartFile(const Console& console, const RunOptions& options, const R
     if (hasDissolvedGas(state))
         writeActiveCells(writer, "RS", grid, active,
                          [&](CellId cell) { return state.Rs[cell] * GasRatioFactor; });
+    for (int i = 1; i <= components.count; ++i)
+        writeActiveCells(writer, fmt::format("ZMF{}", i), grid, active,
+                         [&](CellId cell) { return components.z(cell, i); });
     writeFluxes(writer, options, clock, grid, active, state, source);
     writeMaps(writer, grid, active, maps);
     closeOrStop(console, writer);

@@ -3,6 +3,7 @@
 #include "base/console.hpp"
 #include "base/units.hpp"
 #include "deck/options.hpp"
+#include "fluid/components/component_state.hpp"
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
@@ -36,6 +37,6 @@ struct FluxSource {
 /// does nothing.
 void writeRestartFile(const Console& console, const RunOptions& options, const RunClock& clock,
                       const GridModel& grid, const CellState& state, const FluxSource& source,
-                      const DiagnosticMaps& maps);
+                      const DiagnosticMaps& maps, const ComponentState& components = {});
 
 }  // namespace kvr

@@ -4,8 +4,6 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 
-#include <algorithm>
-
 namespace kvr {
 
 namespace {
@@ -53,17 +51,6 @@ Flow connectionFlow(const ComponentStage& stage, double volumeFactor, const Cell
 
 }  // namespace
 
-bool injects(const ComponentSource& source) {
-    return std::any_of(source.stream.begin(), source.stream.end(), [](double z) { return z > 0.0; });
-}
-
-SourceFlow sourceFlow(const ComponentSource& source, const CellState& state) {
-    const CellId c = source.cell;
-    const double drawdown = source.pressure - state.Pressure[c];
-    if (source.productivity <= 0.0 || (injects(source) ? drawdown < 0.0 : drawdown > 0.0)) return {};
-    return {source.productivity * (state.LambdaO[c] + state.LambdaG[c] + state.LambdaW[c]), drawdown};
-}
-
 void accumulateComponents(double dt, const GridModel& grid, const FluidTables& tables,
                           const ComponentStage& stage, const CellState& state, PressureMatrix& matrix) {
     matrix.storage = 0.0;
@@ -73,7 +60,7 @@ void accumulateComponents(double dt, const GridModel& grid, const FluidTables& t
         const double bulk = grid.BulkVolume[c] * grid.NTG[c] * grid.PORO[c];
         const double pores = bulk * PoreFactorSlope(pvtAt(tables, c), state.Pressure[c]);
         matrix.MatDiag[c] = (stage.FluidSlope[c] - pores) / dt;
-        matrix.MatRhs[c] = (stage.FluidVolume[c] - state.PoreVolume[c]) / dt;
+        matrix.MatRhs[c] = (stage.FluidVolume[c] + stage.leftOver[c] - state.PoreVolume[c]) / dt;
         matrix.storage -= matrix.MatDiag[c];
     }
 }
@@ -93,18 +80,6 @@ void flowComponents(const UnitSystem& units, const GridModel& grid, const Connec
             matrix.MatOff(c, d) = flow.coefficient;
             matrix.MatRhs[c] += flow.inflow;
         }
-    }
-}
-
-void addComponentSources(std::span<const ComponentSource> sources, const ComponentStage& stage,
-                         const CellState& state, PressureMatrix& matrix) {
-    for (const ComponentSource& source : sources) {
-        const SourceFlow flow = sourceFlow(source, state);
-        matrix.MatDiag[source.cell] -= flow.coefficient;
-        matrix.MatRhs[source.cell] += flow.coefficient * flow.drawdown;
-        for (int i = 0; i < stage.set.count; ++i)
-            matrix.MatRhs[source.cell] +=
-                source.molarRate * source.stream[i] * stage.Partial(source.cell, i + 1);
     }
 }
 

@@ -58,7 +58,7 @@ void shareVolumes(double oil, double gas, double water, CellId c, CellState& sta
 }
 
 void refreshCell(const GridModel& grid, const FluidTables& all, double volumeFactor, VolumeSlopes slopes,
-                 CellId c, ComponentStage& stage, CellState& state) {
+                 Saturations saturations, CellId c, ComponentStage& stage, CellState& state) {
     const FluidTables& tables = pvtAt(all, c);
     refreshPores(grid, tables, c, state);
     refreshWater(tables, c, state);
@@ -71,12 +71,17 @@ void refreshCell(const GridModel& grid, const FluidTables& all, double volumeFac
         const MixtureVolume mixture = mixtureVolume(stage.set, z, p, flash);
         stage.FluidSlope[c] = toInternal * mixture.slope + stage.amounts.water[c] * WaterFvfSlope(tables, p);
         for (int i = 0; i < stage.set.count; ++i) stage.Partial(c, i + 1) = mixture.partial[i] / volumeFactor;
+    } else if (slopes == VolumeSlopes::Pressure) {
+        FlashPT(stage.set, z, p, flash);
+        stage.FluidSlope[c] = toInternal * mixtureSlope(stage.set, z, p, flash) +
+                              stage.amounts.water[c] * WaterFvfSlope(tables, p);
     } else {
         FlashPT(stage.set, z, p, flash);
     }
     const PhaseVolumes volumes = phaseVolumes(stage.set, p, flash);
     stage.FluidVolume[c] = toInternal * (volumes.liquid + volumes.vapour) + water;
-    shareVolumes(toInternal * volumes.liquid, toInternal * volumes.vapour, water, c, state);
+    if (saturations == Saturations::Found)
+        shareVolumes(toInternal * volumes.liquid, toInternal * volumes.vapour, water, c, state);
     refreshPhases(stage.set, c, stage.cells, state);
     refreshFlow(grid, all, c, state);
 }
@@ -85,6 +90,7 @@ void sizeStage(CellId cells, ComponentStage& stage) {
     const int count = stage.set.count;
     stage.FluidVolume.assign(cells, 0.0);
     stage.FluidSlope.assign(cells, 0.0);
+    stage.leftOver.assign(cells, 0.0);
     stage.Partial.assign(cells, count, 0.0);
     stage.amounts.moles.assign(cells, count, 0.0);
     stage.amounts.water.assign(cells, 0.0);
@@ -111,10 +117,12 @@ void fillPores(const GridModel& grid, const FluidTables& tables, double volumeFa
 }
 
 void refreshComponents(const GridModel& grid, const FluidTables& tables, double volumeFactor,
-                       VolumeSlopes slopes, ComponentStage& stage, CellState& state) {
-#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+                       VolumeSlopes slopes, Saturations saturations, ComponentStage& stage,
+                       CellState& state) {
+#pragma omp parallel for schedule(dynamic, 64) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) refreshCell(grid, tables, volumeFactor, slopes, c, stage, state);
+        if (grid.Active[c] != 0)
+            refreshCell(grid, tables, volumeFactor, slopes, saturations, c, stage, state);
 }
 
 }  // namespace kvr

@@ -13,13 +13,17 @@ void fillPores(const GridModel& grid, const FluidTables& tables, double volumeFa
                ComponentStage& stage);
 
 /// Which volumes are measured beside the phases.
-enum class VolumeSlopes { None, All };
+enum class VolumeSlopes { None, Pressure, All };
+
+/// Whether saturations follow the volumes of the phases: over a pressure solve they stand, with the relative
+/// permeabilities, for the flash of a closed cell knows nothing of what flows through it.
+enum class Saturations { Found, Held };
 
 /// Everything of every active cell that follows from its amounts and its pressure: composition, flash,
 /// saturations as shares of the fluids' volume, pore volume, densities, viscosities, mobilities, phase
-/// pressures; with VolumeSlopes::All also FluidSlope and Partial, which stand otherwise. Every cell by
-/// itself: the same for any number of threads.
+/// pressures; with VolumeSlopes::Pressure also FluidSlope, with All Partial too, which stand otherwise. Every
+/// cell by itself: the same for any number of threads.
 void refreshComponents(const GridModel& grid, const FluidTables& tables, double volumeFactor,
-                       VolumeSlopes slopes, ComponentStage& stage, CellState& state);
+                       VolumeSlopes slopes, Saturations saturations, ComponentStage& stage, CellState& state);
 
 }  // namespace kvr

@@ -1,6 +1,19 @@
 #include "pressure/component_step.hpp"
 
+#include "base/messages.hpp"
+#include "pressure/component_pressure.hpp"
 #include "pressure/component_properties.hpp"
+#include "pressure/component_transport.hpp"
+#include "pressure/component_wells.hpp"
+#include "pressure/pressure_lines.hpp"
+#include "pressure/pressure_matrix.hpp"
+#include "pressure/pressure_solve.hpp"
+#include "pressure/solvers/system_products.hpp"
+#include "pressure/velocity.hpp"
+#include "pressure/wells/rate_limits.hpp"
+#include "pressure/wells/well_controls.hpp"
+#include "pressure/wells/well_heads.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -9,63 +22,157 @@ namespace kvr {
 
 namespace {
 
-constexpr int SlopeIterations = 2;  // behind them the changes of volumes stand
+constexpr int SlopeIterations = 2;     // behind them the volumes a lb-mole stand
+constexpr double LargestMove = 300.0;  // psi that one iteration may move a cell by
 
-/// Adds the solution to the pressures; the largest change, not a number where one is.
-double applySolution(const GridModel& grid, const std::vector<double>& solution, CellState& state) {
-    double largest = 0.0;
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        const double change = solution[static_cast<std::size_t>(c) - 1];
-        state.Pressure[c] += change;
-        if (!(std::abs(change) <= largest)) largest = std::abs(change);
-    }
-    return largest;
+void refresh(VolumeSlopes slopes, Saturations saturations, Simulation& s) {
+    refreshComponents(s.grid, s.fluids, s.units.VolumeFactor, slopes, saturations, s.components.stage,
+                      s.state);
 }
 
-bool hasPressures(const GridModel& grid, const CellState& state) {
-    for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0 && !(state.Pressure[c] > 0.0)) return false;
-    return true;
+void updateRates(Simulation& s) {
+    UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
+}
+
+void updateWells(Simulation& s) {
+    ComponentRun& run = s.components;
+    yieldWells(s.units, run.surface, run.stage, s.state, run.wells, s.wells);
+    WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
+}
+
+void beginStep(Simulation& s) {
+    s.pressure.failed = s.pressure.stepCut = false;
+    refresh(VolumeSlopes::All, Saturations::Found, s);
+    updateWells(s);
+    initialiseBottomHolePressures(s.state, s.wells);
+    clearBottomHoleResets(s.wells);
+    holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
+    updateRates(s);
+    releaseWellsFromLimit(s.console, s.wells);
+    updateRates(s);
+}
+
+void assemble(Simulation& s) {
+    PressureMatrix& matrix = s.pressureWork.matrix;
+    const ComponentStage& stage = s.components.stage;
+    buildPattern(s.grid, s.connections, s.wells, matrix);
+    accumulateComponents(s.clock.dt, s.grid, s.fluids, stage, s.state, matrix);
+    flowComponents(s.units, s.grid, s.connections, stage, s.state, matrix);
+    addWellTerms(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, matrix);
+    fillSystem(s.units, s.grid, s.connections, s.fluids, s.state, s.pressure.AveragePressure, s.wells,
+               matrix);
+}
+
+/// Moves pressures by the solution, or by the share of it that LargestMove allows, then wells that have left
+/// their range. True when a well has been switched, so that the equations have changed.
+bool applySolution(double DIFFP, Simulation& s, int& it) {
+    const double share = DIFFP > LargestMove ? LargestMove / DIFFP : 1.0;
+    updatePressures(s.grid, s.pressureWork.matrix, s.pressureWork.solver.solution, share, s.state, s.wells,
+                    it);
+    if (it == FailedIteration) return false;
+    const bool switched = switchWellsAtLimit(s.console, s.wells);
+    if (!repairBottomHolePressures(s.console, s.state, s.wells)) it = FailedIteration;
+    return switched;
+}
+
+/// Newton on the volume balance; false where it does not end.
+bool solveVolumes(Simulation& s) {
+    PressureWork& work = s.pressureWork;
+    for (int it = 0; it < s.options.MaxPressureIterations;) {
+        assemble(s);
+        if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
+        work.matrix.system.tolerance = SolverTolerance;
+        solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
+        if (it == FailedIteration) return false;
+        const LargestChange largest = largestChange(work.solver.solution, s.grid.NCELLS);
+        const bool switched = std::isfinite(largest.DIFFP) && applySolution(largest.DIFFP, s, it);
+        printIteration(s.console, s.grid, it, largest);
+        if (it == FailedIteration || !std::isfinite(largest.DIFFP)) return false;
+        ++it;
+        refresh(it <= SlopeIterations ? VolumeSlopes::All : VolumeSlopes::Pressure, Saturations::Held, s);
+        updateWells(s);
+        updateRates(s);
+        if (largest.DIFFP < s.options.PressureTolerance && !switched) {
+            both(s.console, "Iteration for pressure     : {}", it);
+            return true;
+        }
+    }
+    return false;
+}
+
+void keepSolved(WellRecord& wells) {
+    for (Well& well : wells.wells) {
+        well.solvedQo = well.WellQo;
+        well.solvedQw = well.WellQw;
+        well.solvedQg = well.WellQg;
+    }
+}
+
+void keepSolution(Simulation& s) {
+    s.pressure.DeltaP.assign(s.grid.NCELLS, 0.0);
+    double largest = 0.0;
+    const CellArray<double>& before = s.components.level.pressure;
+    for (CellId c = 1; c <= s.grid.NCELLS; ++c) {
+        if (s.grid.Active[c] == 0 || before.empty()) continue;
+        s.pressure.DeltaP[c] = s.state.Pressure[c] - before[c];
+        largest = std::max(largest, std::abs(s.pressure.DeltaP[c]));
+    }
+    s.pressure.largestDeltaP = largest;
 }
 
 }  // namespace
 
-ComponentStepResult componentStep(const UnitSystem& units, const GridModel& grid,
-                                  const ConnectionTable& connections, const FluidTables& tables,
-                                  std::span<const ComponentSource> sources, std::string_view solver,
-                                  double dt, double tolerance, int mostIterations, ComponentWork& work,
-                                  ComponentStage& stage, CellState& state) {
-    ComponentStepResult result;
-    const SolverRow* const row = findSolver(solver);
-    if (row == nullptr) return result;
-    if (!work.memory) work.memory = makeSolverMemory();
-    const WellRecord noWells;
-    PressureMatrix& matrix = work.matrix;
-    refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::All, stage, state);
-    while (!result.isSolved && result.iterations < mostIterations) {
-        buildPattern(grid, connections, noWells, matrix);
-        accumulateComponents(dt, grid, tables, stage, state, matrix);
-        flowComponents(units, grid, connections, stage, state, matrix);
-        addComponentSources(sources, stage, state, matrix);
-        fillSystem(units, grid, connections, tables, state, 0.0, noWells, matrix);
-        work.solution.assign(static_cast<std::size_t>(matrix.system.size), 0.0);
-        if (row->route(matrix.system, work.solution, *work.memory).failure != SolveFailure::None)
-            return result;
-        result.lastChange = applySolution(grid, work.solution, state);
-        ++result.iterations;
-        if (!hasPressures(grid, state)) return result;
-        // Differences of volumes have five digits or so: made anew in every iteration they would keep it from
-        // ending.
-        const VolumeSlopes slopes =
-            result.iterations <= SlopeIterations ? VolumeSlopes::All : VolumeSlopes::None;
-        refreshComponents(grid, tables, units.VolumeFactor, slopes, stage, state);
-        result.isSolved = result.lastChange <= tolerance;
-    }
-    if (!result.isSolved) return result;
-    takeFlow(units, grid, connections, sources, stage, state, work.flow);
-    result.sources = moveComponents(units, grid, connections, tables, sources, work.flow, dt, stage, state);
-    return result;
+void refreshMixtures(Simulation& simulation) {
+    refresh(VolumeSlopes::None, Saturations::Found, simulation);
+}
+
+void startComponents(Simulation& simulation) {
+    ComponentRun& run = simulation.components;
+    run.stage.set = componentSet(simulation.fluids, simulation.fluids.reservoirTemperature);
+    run.surface = surfaceFluid(simulation.fluids);
+    fillPores(simulation.grid, simulation.fluids, simulation.units.VolumeFactor, simulation.state, run.stage);
+    refresh(VolumeSlopes::All, Saturations::Found, simulation);
+}
+
+void takeComponentWells(Simulation& simulation) {
+    ComponentRun& run = simulation.components;
+    takeStreams(simulation.console, simulation.units, run.surface, simulation.schedule, simulation.wells,
+                run.wells);
+    yieldWells(simulation.units, run.surface, run.stage, simulation.state, run.wells, simulation.wells);
+}
+
+bool componentStep(Simulation& s) {
+    printHead(s.console, s.clock);
+    beginStep(s);
+    if (!solveVolumes(s)) return false;
+    BuildVelocityFromPressure(s.options, s.units, s.grid, s.connections, s.state, {}, s.velocity);
+    UpdateWellVelocity(s.units, s.state, s.wells);
+    keepSolved(s.wells);
+    keepSolution(s);
+    s.pressure.fieldStands = true;
+    both(s.console, "Reservoir average pressure : {} PSIA", number(s.pressure.AveragePressure));
+    ComponentRun& run = s.components;
+    takeSources(s.wells, run.wells, run.sources);
+    moveComponents(s.units, s.grid, s.connections, s.fluids, s.velocity, run.sources, s.clock.dt, run.stage,
+                   s.state, run.moved);
+    rateWells(s.units, run.surface, s.clock.dt, run.sources, run.moved, run.wells, s.wells);
+    s.clock.stepsSinceEvent += 1;
+    s.clock.workDt = s.clock.dt;
+    return true;
+}
+
+void keepComponentLevel(Simulation& simulation) {
+    ComponentRun& run = simulation.components;
+    run.level = {run.stage.amounts, run.stage.cells.flash, simulation.state.Pressure, run.wells};
+}
+
+void returnToComponentLevel(Simulation& simulation) {
+    ComponentRun& run = simulation.components;
+    run.stage.amounts = run.level.amounts;
+    run.stage.cells.flash = run.level.flash;
+    run.wells = run.level.wells;
+    simulation.state.Pressure = run.level.pressure;
+    refreshMixtures(simulation);
 }
 
 }  // namespace kvr

@@ -1,36 +1,25 @@
 #pragma once
 
-#include "pressure/component_pressure.hpp"
-#include "pressure/component_transport.hpp"
-#include "pressure/solvers/solver_table.hpp"
-
-#include <string_view>
+#include "run/records/simulation.hpp"
 
 namespace kvr {
 
-/// What the steps of a run share.
-struct ComponentWork {
-    PressureMatrix matrix;
-    SolverMemoryPointer memory;
-    std::vector<double> solution;  // psi
-    ComponentFlow flow;
-};
+/// Amounts that fill the pores of the present state, with everything of cells and wells that follows.
+void startComponents(Simulation& simulation);
 
-/// What a step tells of itself.
-struct ComponentStepResult {
-    int iterations = 0;       // of the pressure
-    double lastChange = 0.0;  // psi, largest of the last iteration
-    bool isSolved = false;    // false: nothing has been moved
-    SourceTotals sources;
-};
+/// Everything of cells and wells that follows from amounts and pressures.
+void refreshMixtures(Simulation& simulation);
 
-/// One IMPES step: pressure by Newton on the volume balance until no cell changes by more than `tolerance`
-/// psi, at most `mostIterations`; then amounts on its flow. The stage comes with amounts, the state with
-/// pressures.
-ComponentStepResult componentStep(const UnitSystem& units, const GridModel& grid,
-                                  const ConnectionTable& connections, const FluidTables& tables,
-                                  std::span<const ComponentSource> sources, std::string_view solver,
-                                  double dt, double tolerance, int mostIterations, ComponentWork& work,
-                                  ComponentStage& stage, CellState& state);
+/// Streams and yields of wells that have just been taken from the schedule.
+void takeComponentWells(Simulation& simulation);
+
+/// One IMPES step of components over clock.dt: pressure by Newton on the volume balance until no cell changes
+/// by PressureTolerance, then amounts on its flow, rates of the wells by what has moved. False where no
+/// pressure is found: nothing has moved then, but pressures stand as the iteration left them.
+bool componentStep(Simulation& simulation);
+
+/// Puts a step back to its level, and keeps one.
+void keepComponentLevel(Simulation& simulation);
+void returnToComponentLevel(Simulation& simulation);
 
 }  // namespace kvr

@@ -1,6 +1,6 @@
 #include "pressure/component_transport.hpp"
 
-#include "pressure/component_pressure.hpp"
+#include "base/threads.hpp"
 #include "pressure/component_properties.hpp"
 #include "pressure/velocity.hpp"
 
@@ -15,166 +15,190 @@ constexpr double LargestPoreShare = 0.1;  // of a cell's pores that leave it in 
 constexpr double LargestMoleShare = 0.5;  // of what it holds of a component
 constexpr double LeastSubstep = 1e-9;     // of the step: the moves go on, whatever the limits say
 
-/// A day's changes of all cells.
-struct Changes {
-    DirectionArray<double> moles;    // lb-mole
-    DirectionArray<double> leaving;  // lb-mole
-    CellArray<double> water;         // surface volume
-    CellArray<double> volume;        // internal volume that leaves
-    SourceTotals sources;
+/// A day's flow through faces and sources. A face has two rows: what goes through it toward the high side,
+/// and what comes back; a row has the moles of each component, the surface volume of water and the volume.
+struct Moves {
+    int count = 0;                   // components
+    DirectionArray<double> faces;    // (cell, rows of its three high faces)
+    std::vector<double> sourceRows;  // [source * width], into the reservoir positive
+    DirectionArray<double> net;      // (cell, row): what a day brings
+    CellArray<double> longest;       // days that the limits of a cell allow
+    [[nodiscard]] int width() const { return count + 2; }
+    [[nodiscard]] int water() const { return count; }
+    [[nodiscard]] int volume() const { return count + 1; }
+    [[nodiscard]] std::size_t rowOf(int axis, bool back) const {
+        return static_cast<std::size_t>((2 * (axis - 1) + (back ? 1 : 0)) * width());
+    }
 };
 
-void clear(CellId cells, int count, Changes& changes) {
-    changes.moles.assign(cells, count, 0.0);
-    changes.leaving.assign(cells, count, 0.0);
-    changes.water.assign(cells, 0.0);
-    changes.volume.assign(cells, 0.0);
-    changes.sources = {};
+void sizeMoves(CellId cells, int count, std::size_t sources, Moves& moves) {
+    moves.count = count;
+    moves.faces.assign(cells, 2 * AxisCount * moves.width(), 0.0);
+    moves.net.assign(cells, moves.width(), 0.0);
+    moves.longest.assign(cells, 0.0);
+    moves.sourceRows.assign(sources * static_cast<std::size_t>(moves.width()), 0.0);
 }
 
-/// Takes a volume of a phase out of a cell; `to` 0: into a source.
-void takeMixture(const ComponentStage& stage, double volumeFactor, const CellState& state, CellId from,
-                 CellId to, bool isLiquid, double volume, Changes& changes) {
+/// A volume of a phase of a cell as amounts, added to a row.
+void addMixture(const ComponentStage& stage, double volumeFactor, const CellState& state, CellId from,
+                bool isLiquid, double volume, double* row) {
+    if (volume == 0.0) return;
     const FlashState& flash = stage.cells.flash[static_cast<std::size_t>(from)];
     const Composition& fractions = isLiquid ? flash.liquid : flash.vapour;
-    const double moles = volume * phaseMoles(stage.set, volumeFactor, state.Pressure[from],
-                                             isLiquid ? flash.zLiquid : flash.zVapour);
-    changes.volume[from] += volume;
-    for (int i = 0; i < stage.set.count; ++i) {
-        // A composition holds traces of what is not there.
-        if (!(stage.amounts.moles(from, i + 1) > 0.0)) continue;
-        const double part = moles * fractions[i];
-        changes.moles(from, i + 1) -= part;
-        changes.leaving(from, i + 1) += part;
-        if (to > 0)
-            changes.moles(to, i + 1) += part;
-        else
-            changes.sources.moles[i] -= part;
+    const double moles = volume * phaseMolesIn(stage, volumeFactor, state, from, isLiquid);
+    const double* held = stage.amounts.moles.row(from);
+    row[stage.set.count + 1] += volume;
+    for (int i = 0; i < stage.set.count; ++i)
+        if (held[i] > 0.0) row[i] += moles * fractions[i];  // a composition holds traces of what is not there
+}
+
+void addWater(const ComponentStage& stage, const CellState& state, CellId from, double volume, double* row) {
+    row[stage.set.count] += volume / state.Bw[from];
+    row[stage.set.count + 1] += volume;
+}
+
+void measureFaces(const UnitSystem& units, const ConnectionTable& connections, const VelocityField& velocity,
+                  const ComponentStage& stage, const CellState& state, CellId c, Moves& moves) {
+    double* const rows = moves.faces.row(c);
+    std::fill(rows, rows + moves.faces.width, 0.0);
+    for (int axis = 1; axis <= AxisCount; ++axis) {
+        const int face = 2 * axis;
+        const CellId n = connections.Neighbour(c, face);
+        if (n <= 0 || connections.Trans(c, face) == 0.0) continue;
+        const PhaseFlux flux = phaseSharesThroughFace(units.FlowUnit, connections, state, c, face,
+                                                      velocity.CellFaceFlux(c, face));
+        const auto from = [c, n](double volume) { return volume > 0.0 ? c : n; };
+        const auto row = [&](double volume) { return rows + moves.rowOf(axis, !(volume > 0.0)); };
+        addMixture(stage, units.VolumeFactor, state, from(flux.oil), true, std::abs(flux.oil), row(flux.oil));
+        addMixture(stage, units.VolumeFactor, state, from(flux.gas), false, std::abs(flux.gas),
+                   row(flux.gas));
+        addWater(stage, state, from(flux.water), std::abs(flux.water), row(flux.water));
     }
 }
 
-void takeWater(const CellState& state, CellId from, CellId to, double volume, Changes& changes) {
-    const double surface = volume / state.Bw[from];
-    changes.volume[from] += volume;
-    changes.water[from] -= surface;
-    if (to > 0)
-        changes.water[to] += surface;
-    else
-        changes.sources.water -= surface;
-}
-
-void throughFaces(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
-                  const ComponentFlow& flow, const ComponentStage& stage, const CellState& state,
-                  Changes& changes) {
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        for (int axis = 1; axis <= AxisCount; ++axis) {
-            const int face = 2 * axis;
-            const CellId n = connections.Neighbour(c, face);
-            if (n <= 0 || connections.Trans(c, face) == 0.0) continue;
-            const PhaseFlux flux =
-                phaseSharesThroughFace(units.FlowUnit, connections, state, c, face, flow.total(c, axis));
-            const auto from = [c, n](double volume) { return volume > 0.0 ? c : n; };
-            const auto to = [c, n](double volume) { return volume > 0.0 ? n : c; };
-            takeMixture(stage, units.VolumeFactor, state, from(flux.oil), to(flux.oil), true,
-                        std::abs(flux.oil), changes);
-            takeMixture(stage, units.VolumeFactor, state, from(flux.gas), to(flux.gas), false,
-                        std::abs(flux.gas), changes);
-            takeWater(state, from(flux.water), to(flux.water), std::abs(flux.water), changes);
+void measureSources(const UnitSystem& units, std::span<const ComponentSource> sources,
+                    const ComponentStage& stage, const CellState& state, Moves& moves) {
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
+        std::fill(row, row + moves.width(), 0.0);
+        const CellId c = sources[s].cell;
+        const double mobility = state.LambdaO[c] + state.LambdaG[c] + state.LambdaW[c];
+        if (sources[s].produced > 0.0 && mobility > 0.0) {
+            const double perMobility = sources[s].produced / mobility;
+            addMixture(stage, units.VolumeFactor, state, c, true, perMobility * state.LambdaO[c], row);
+            addMixture(stage, units.VolumeFactor, state, c, false, perMobility * state.LambdaG[c], row);
+            addWater(stage, state, c, perMobility * state.LambdaW[c], row);
         }
+        for (int k = 0; k < moves.width(); ++k) row[k] = -row[k];
+        for (int i = 0; i < stage.set.count; ++i) row[i] += sources[s].stream[i];
+        row[moves.water()] += sources[s].waterStream;
     }
 }
 
-void throughSources(const UnitSystem& units, std::span<const ComponentSource> sources,
-                    const ComponentFlow& flow, const ComponentStage& stage, const CellState& state,
-                    Changes& changes) {
+/// Adds a row to what a cell gains, and to what leaves it where it is a loss.
+void addRow(const double* row, double sign, int width, double* net, double* leaving) {
+    for (int k = 0; k < width; ++k) {
+        net[k] += sign * row[k];
+        if (sign < 0.0) leaving[k] += row[k];
+    }
+}
+
+/// What the faces of a cell bring it in a day, and how long it can give what leaves it.
+void gatherCell(const ConnectionTable& connections, const ComponentStage& stage, const CellState& state,
+                CellId c, Moves& moves) {
+    constexpr int MostWidth = MaxComponents + 2;
+    double leaving[MostWidth] = {};
+    double* const net = moves.net.row(c);
+    const int width = moves.width();
+    std::fill(net, net + width, 0.0);
+    for (int axis = 1; axis <= AxisCount; ++axis) {
+        const double* const high = moves.faces.row(c);
+        addRow(high + moves.rowOf(axis, false), -1.0, width, net, leaving);
+        addRow(high + moves.rowOf(axis, true), 1.0, width, net, leaving);
+        const CellId low = connections.Neighbour(c, 2 * axis - 1);
+        if (low <= 0) continue;
+        const double* const before = moves.faces.row(low);
+        addRow(before + moves.rowOf(axis, false), 1.0, width, net, leaving);
+        addRow(before + moves.rowOf(axis, true), -1.0, width, net, leaving);
+    }
+    double longest = HUGE_VAL;
+    if (leaving[moves.volume()] > 0.0)
+        longest = LargestPoreShare * state.PoreVolume[c] / leaving[moves.volume()];
+    for (int i = 0; i < moves.count; ++i)
+        if (leaving[i] > 0.0)
+            longest = std::min(longest, LargestMoleShare * stage.amounts.moles(c, i + 1) / leaving[i]);
+    moves.longest[c] = longest;
+}
+
+/// Sources take of their cells what faces leave them: their part bounds the substep too.
+void addSources(std::span<const ComponentSource> sources, const ComponentStage& stage, const CellState& state,
+                Moves& moves) {
     for (std::size_t s = 0; s < sources.size(); ++s) {
         const CellId c = sources[s].cell;
-        for (int i = 0; i < stage.set.count; ++i) {
-            const double part = flow.injected[s] * sources[s].stream[i];
-            changes.moles(c, i + 1) += part;
-            changes.sources.moles[i] += part;
-        }
-        const double mobility = state.LambdaO[c] + state.LambdaG[c] + state.LambdaW[c];
-        if (!(flow.produced[s] > 0.0 && mobility > 0.0)) continue;
-        const double perMobility = flow.produced[s] / mobility;
-        takeMixture(stage, units.VolumeFactor, state, c, 0, true, perMobility * state.LambdaO[c], changes);
-        takeMixture(stage, units.VolumeFactor, state, c, 0, false, perMobility * state.LambdaG[c], changes);
-        takeWater(state, c, 0, perMobility * state.LambdaW[c], changes);
+        const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
+        double* const net = moves.net.row(c);
+        for (int k = 0; k < moves.width(); ++k) net[k] += row[k];
+        double perDay = 1.0 / moves.longest[c];
+        perDay += std::max(0.0, -row[moves.volume()]) / (LargestPoreShare * state.PoreVolume[c]);
+        for (int i = 0; i < moves.count; ++i)
+            if (row[i] < 0.0)
+                perDay = std::max(perDay, -row[i] / (LargestMoleShare * stage.amounts.moles(c, i + 1)));
+        moves.longest[c] = 1.0 / perDay;
     }
 }
 
-double longestSubstep(const GridModel& grid, const ComponentStage& stage, const CellState& state,
-                      const Changes& changes, double left) {
+void applyMoves(const Moves& moves, double dt, CellId c, ComponentStage& stage) {
+    const double* const net = moves.net.row(c);
+    double* const moles = stage.amounts.moles.row(c);
+    for (int i = 0; i < moves.count; ++i) moles[i] += dt * net[i];
+    stage.amounts.water[c] += dt * net[moves.water()];
+}
+
+double longestSubstep(const GridModel& grid, const Moves& moves, double left) {
     double longest = left;
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        if (changes.volume[c] > 0.0)
-            longest = std::min(longest, LargestPoreShare * state.PoreVolume[c] / changes.volume[c]);
-        for (int i = 1; i <= stage.set.count; ++i)
-            if (changes.leaving(c, i) > 0.0)
-                longest =
-                    std::min(longest, LargestMoleShare * stage.amounts.moles(c, i) / changes.leaving(c, i));
-    }
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) longest = std::min(longest, moves.longest[c]);
     return longest;
 }
 
-void apply(const Changes& changes, double dt, ComponentStage& stage) {
-    std::vector<double>& moles = stage.amounts.moles.slots;
-    for (std::size_t k = 0; k < moles.size(); ++k) moles[k] += dt * changes.moles.slots[k];
-    std::vector<double>& water = stage.amounts.water.slots;
-    for (std::size_t k = 0; k < water.size(); ++k) water[k] += dt * changes.water.slots[k];
+void measureMoves(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                  const VelocityField& velocity, std::span<const ComponentSource> sources,
+                  const ComponentStage& stage, const CellState& state, Moves& moves) {
+    const bool inParallel = grid.NCELLS >= ParallelCells;
+#pragma omp parallel for schedule(static) if (inParallel)
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) measureFaces(units, connections, velocity, stage, state, c, moves);
+#pragma omp parallel for schedule(static) if (inParallel)
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) gatherCell(connections, stage, state, c, moves);
+    measureSources(units, sources, stage, state, moves);
+    addSources(sources, stage, state, moves);
 }
 
 }  // namespace
 
-void takeFlow(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
-              std::span<const ComponentSource> sources, const ComponentStage& stage, const CellState& state,
-              ComponentFlow& flow) {
-    flow.total.assign(grid.NCELLS, AxisCount, 0.0);
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        for (int axis = 1; axis <= AxisCount; ++axis) {
-            const PhaseFlux flux = phaseFluxThroughFace(units.FlowUnit, connections, state, c, 2 * axis);
-            flow.total(c, axis) = flux.oil + flux.water + flux.gas;
-        }
-    }
-    flow.produced.assign(sources.size(), 0.0);
-    flow.injected.assign(sources.size(), 0.0);
-    for (std::size_t s = 0; s < sources.size(); ++s) {
-        const SourceFlow pressed = sourceFlow(sources[s], state);
-        const double volume = pressed.coefficient * pressed.drawdown;
-        flow.injected[s] = sources[s].molarRate;
-        if (!injects(sources[s])) {
-            flow.produced[s] = -volume;
-            continue;
-        }
-        double perMole = 0.0;
-        for (int i = 0; i < stage.set.count; ++i)
-            perMole += sources[s].stream[i] * stage.Partial(sources[s].cell, i + 1);
-        flow.injected[s] += volume / perMole;
-    }
-}
-
-SourceTotals moveComponents(const UnitSystem& units, const GridModel& grid,
-                            const ConnectionTable& connections, const FluidTables& tables,
-                            std::span<const ComponentSource> sources, const ComponentFlow& flow, double dt,
-                            ComponentStage& stage, CellState& state) {
-    SourceTotals totals;
-    Changes changes;
+void moveComponents(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
+                    const FluidTables& tables, const VelocityField& velocity,
+                    std::span<const ComponentSource> sources, double dt, ComponentStage& stage,
+                    CellState& state, std::vector<SourceTotals>& moved) {
+    Moves moves;
+    sizeMoves(grid.NCELLS, stage.set.count, sources.size(), moves);
+    moved.assign(sources.size(), {});
     for (double left = dt; left > 0.0;) {
-        clear(grid.NCELLS, stage.set.count, changes);
-        throughFaces(units, grid, connections, flow, stage, state, changes);
-        throughSources(units, sources, flow, stage, state, changes);
-        const double substep =
-            std::max(longestSubstep(grid, stage, state, changes, left), std::min(left, LeastSubstep * dt));
-        apply(changes, substep, stage);
-        for (int i = 0; i < stage.set.count; ++i) totals.moles[i] += substep * changes.sources.moles[i];
-        totals.water += substep * changes.sources.water;
-        refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::None, stage, state);
+        measureMoves(units, grid, connections, velocity, sources, stage, state, moves);
+        const double substep = std::max(longestSubstep(grid, moves, left), std::min(left, LeastSubstep * dt));
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+        for (CellId c = 1; c <= grid.NCELLS; ++c)
+            if (grid.Active[c] != 0) applyMoves(moves, substep, c, stage);
+        for (std::size_t s = 0; s < sources.size(); ++s) {
+            const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
+            for (int i = 0; i < moves.count; ++i) moved[s].moles[i] += substep * row[i];
+            moved[s].water += substep * row[moves.water()];
+        }
+        refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::None, Saturations::Found, stage,
+                          state);
         left = substep < left ? left - substep : 0.0;
     }
-    return totals;
 }
 
 }  // namespace kvr

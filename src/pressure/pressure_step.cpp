@@ -8,6 +8,7 @@
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/left_over.hpp"
 #include "pressure/mobility_forecast.hpp"
+#include "pressure/pressure_lines.hpp"
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
 #include "pressure/properties.hpp"
@@ -25,14 +26,13 @@ namespace kvr {
 
 namespace {
 
-constexpr double CutFactor = 0.2;              // of the step length when an iteration fails
-constexpr double DivergedDeltaP = 1.0e8;       // psi; a change of this size cuts the step
-constexpr double TinyStep = 1e-8;              // days; below it a step is taken as converged ...
-constexpr double TinyStepDeltaP = 1.0;         // psi; ... with a change below this
-constexpr double VanishedStep = 1e-30;         // days; V/dt has lost its meaning, cutting on would never end
-constexpr double HopelessStep = 1e-4;          // days; a run whose steps are all cut below it ...
-constexpr int MostHopelessSteps = 100;         // ... so many times in a row would never end
-constexpr double WideFormatDeltaP = 900000.0;  // psi, from here on the wider number format
+constexpr double CutFactor = 0.2;         // of the step length when an iteration fails
+constexpr double DivergedDeltaP = 1.0e8;  // psi; a change of this size cuts the step
+constexpr double TinyStep = 1e-8;         // days; below it a step is taken as converged ...
+constexpr double TinyStepDeltaP = 1.0;    // psi; ... with a change below this
+constexpr double VanishedStep = 1e-30;    // days; V/dt has lost its meaning, cutting on would never end
+constexpr double HopelessStep = 1e-4;     // days; a run whose steps are all cut below it ...
+constexpr int MostHopelessSteps = 100;    // ... so many times in a row would never end
 
 constexpr double HandedOnResidual = 1e-6;  // of the volume balance, where the next step takes up what is left
 
@@ -42,40 +42,6 @@ constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from 
 /// psi that one iteration may move a cell by in a run with gas. Phase changes at a well make undamped
 /// iterations jump to and fro; cells and bottom-hole pressures move by the same share of the solution.
 constexpr double LargestGasMove = 100.0;
-
-constexpr std::string_view Dashes = "------------------------------------------------------------";
-
-/// Largest |DeltaP| of the cell rows and the first cell that has it. A value that is no number wins.
-struct LargestChange {
-    double DIFFP = 0.0;
-    CellId cell = 1;
-};
-
-LargestChange largestChange(std::span<const double> solution, CellId cells) {
-    LargestChange largest{std::abs(solution[0]), 1};
-    for (CellId c = 2; c <= cells; ++c) {
-        const double change = std::abs(solution[static_cast<std::size_t>(c) - 1]);
-        if (!(change <= largest.DIFFP) && !std::isnan(largest.DIFFP)) largest = {change, c};
-    }
-    return largest;
-}
-
-void printHead(const Console& console, const RunClock& clock) {
-    lineToBoth(console, Dashes);
-    both(console, "Time Begin : {}  Step : {}", number(clock.time), clock.stepCount);
-    lineToBoth(console, Dashes);
-    lineToBoth(console, "");
-}
-
-void printIteration(const Console& console, const GridModel& grid, int it, const LargestChange& largest) {
-    const CellId c = largest.cell;
-    const std::string place = fmt::format("ITE --> {:3d} dploc=({:4d} {:4d} {:4d})   DIFFP=", it,
-                                          grid.CellI[c], grid.CellJ[c], grid.CellK[c]);
-    if (largest.DIFFP >= WideFormatDeltaP)
-        both(console, "{}{:24.6e}", place, largest.DIFFP);
-    else
-        both(console, "{}{:16.6f}", place, largest.DIFFP);
-}
 
 void updateRates(Simulation& s) {
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);

@@ -16,6 +16,7 @@ struct Tabulated {
     const UnitSystem& units;
     const BalanceRecord& record;
     const BalanceRow& row;
+    const ComponentSums& components;
 
     [[nodiscard]] double barrels(double volume) const { return toBarrels(units, volume); }
     [[nodiscard]] double mscf(double volume) const { return toMscf(units, volume); }
@@ -31,9 +32,6 @@ double waterCut(const Tabulated& t) {
 double gasOilRatio(const Tabulated& t) {
     const PhaseAmounts& rate = t.row.productionRate;
     return rate.oil > 0.0 ? t.mscf(rate.gas) / t.barrels(rate.oil) : 0.0;
-}
-double noComponents(const Tabulated&) {
-    return 0.0;
 }
 
 struct TableColumn {
@@ -81,8 +79,8 @@ constexpr TableColumn TableColumns[] = {
     {"EUR", [](const Tabulated& t) { return t.row.recoveryOil; }},
     {"NPV", [](const Tabulated& t) { return t.row.npv; }},
     {"WRFLO", [](const Tabulated& t) { return static_cast<double>(t.row.flowingWells); }},
-    {"CMP_MAS", noComponents},
-    {"CMP_MOL", noComponents},
+    {"CMP_MAS", [](const Tabulated& t) { return t.components.mass; }},
+    {"CMP_MOL", [](const Tabulated& t) { return t.components.moles; }},
 };
 
 }  // namespace
@@ -94,8 +92,9 @@ std::string balanceTableHead() {
     return head + "\n";
 }
 
-std::string balanceTableRow(const UnitSystem& units, const BalanceRecord& record, const BalanceRow& row) {
-    const Tabulated tabulated{units, record, row};
+std::string balanceTableRow(const UnitSystem& units, const BalanceRecord& record, const BalanceRow& row,
+                            const ComponentSums& components) {
+    const Tabulated tabulated{units, record, row, components};
     std::string line;
     for (const TableColumn& column : TableColumns)
         line += fmt::format("{:>{}}", number(column.value(tabulated)), ColumnWidth);

@@ -2,6 +2,7 @@
 
 #include "base/units.hpp"
 #include "report/balance_record.hpp"
+#include "report/component_balance.hpp"
 
 #include <string>
 
@@ -11,7 +12,8 @@ namespace kvr {
 std::string balanceTableHead();
 
 /// One row of it, in stb, Mscf, rb, psia and days.
-std::string balanceTableRow(const UnitSystem& units, const BalanceRecord& record, const BalanceRow& row);
+std::string balanceTableRow(const UnitSystem& units, const BalanceRecord& record, const BalanceRow& row,
+                            const ComponentSums& components = {});
 
 /// One row of KVR_Excl_mbe.xls: time, pore volumes injected, the three errors and the share of the run
 /// that is done, the last four in percent.

@@ -5,6 +5,7 @@
 #include "base/written_files.hpp"
 #include "pressure/properties.hpp"
 #include "report/balance_table.hpp"
+#include "report/component_balance.hpp"
 #include "report/net_value.hpp"
 #include "report/region_balance.hpp"
 #include "report/well_figures.hpp"
@@ -82,7 +83,14 @@ bool flows(const Well& well) {
     return well.WellQo != 0.0 || well.WellQw != 0.0 || well.WellQg != 0.0;
 }
 
-void setErrors(const BalanceRecord& record, BalanceRow& row) {
+/// Surface volumes of mixtures are not conserved, their components are: oil and gas have the error of the
+/// component that is furthest off.
+void setErrors(const Simulation& run, const BalanceRecord& record, BalanceRow& row) {
+    if (run.options.componentCount > 0) {
+        row.errorOil = row.errorGas = worstComponentError(run.components);
+        row.errorWater = balanceError(record.initial.water, row.inPlace.water, record.netInflow.water);
+        return;
+    }
     row.errorOil = balanceError(record.initial.oil, row.inPlace.oil, record.netInflow.oil);
     row.errorWater = balanceError(record.initial.water, row.inPlace.water, record.netInflow.water);
     row.errorGas =
@@ -115,7 +123,7 @@ BalanceRow makeRow(const Simulation& run, double dt) {
     }
     row.recoveryOil = recoveredFraction(record.initial.oil, row.inPlace.oil);
     row.recoveryWater = recoveredFraction(record.initial.water, row.inPlace.water);
-    setErrors(record, row);
+    setErrors(run, record, row);
     setGains(run, dt, row);
     return row;
 }
@@ -162,7 +170,9 @@ void addToSweepTable(const Simulation& run) {
     std::FILE* file = first ? openForReplace(run.console, path) : openForAppend(run.console, path);
     const long before = lengthOf(file);
     if (first) std::fputs(balanceTableHead().c_str(), file);
-    std::fputs(balanceTableRow(run.units, run.balance, run.balance.rows.back()).c_str(), file);
+    std::fputs(balanceTableRow(run.units, run.balance, run.balance.rows.back(), componentSums(run.components))
+                   .c_str(),
+               file);
     closeAppended(run.console, file, before);
     lineToLog(run.console, rowOf(OutputFile::RunSweepVolume).told);
 }
@@ -223,6 +233,10 @@ void advanceBalance(Simulation& simulation, double executedDt) {
     BalanceRecord& record = simulation.balance;
     record.now = sumInPlace(simulation.grid, simulation.state, simulation.options.hasGas);
     addCarried(simulation.pressure.carried, record.now);
+    if (simulation.options.componentCount > 0) {
+        sumComponents(simulation);
+        takeComponentSums(simulation, record.now);
+    }
     if (!record.started) {
         record.initial = surfaceAmounts(record.now);
         record.started = true;
@@ -252,10 +266,14 @@ void ReportMBE(const Simulation& simulation) {
     lineToLog(console, " Material Balance Report: ");
     logTotals(simulation);
     logSurfaceVolumes(simulation);
+    if (simulation.options.componentCount > 0) logComponents(simulation);
     addToSweepTable(simulation);
     if (isOn(simulation.options, OutputSwitch::Excel)) {
         std::FILE* sheet = stream(simulation.outputs, OutputFile::ExclMbe);
         std::fputs(balanceSheetRow(simulation.balance.rows.back(), simulation.clock.endTime).c_str(), sheet);
+        if (simulation.options.componentCount > 0)
+            std::fputs(componentSheetRow(simulation).c_str(),
+                       stream(simulation.outputs, OutputFile::ExclMbec));
     }
     lineToLog(console, " Function Ends: ReportMBE");
     lineToLog(console, ClosingArrow);

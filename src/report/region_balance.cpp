@@ -63,10 +63,36 @@ std::vector<RegionInPlace> sumRegions(const GridModel& grid, const CellState& st
     return regions;
 }
 
+namespace {
+
+/// What cells of components give at the surface, in place of what formation volume factors say.
+void takeComponents(const Simulation& run, std::vector<RegionInPlace>& regions) {
+    if (run.options.componentCount <= 0) return;
+    const ComponentBalance& balance = run.components.balance;
+    for (RegionInPlace& region : regions)
+        region.sums.oil = region.sums.water = region.sums.freeGas = region.sums.dissolvedGas = 0.0;
+    for (CellId cell = 1; cell <= run.grid.FIPNUM.count(); ++cell) {
+        if (run.grid.Active[cell] == 0) continue;
+        InPlaceSums& sums = regions[static_cast<std::size_t>(run.grid.FIPNUM[cell]) - 1].sums;
+        sums.oil += balance.cellOil[cell];
+        sums.water += run.components.stage.amounts.water[cell];
+        sums.freeGas += balance.cellFreeGas[cell];
+        sums.dissolvedGas += balance.cellGas[cell] - balance.cellFreeGas[cell];
+    }
+}
+
+std::vector<RegionInPlace> regionsOf(const Simulation& run) {
+    std::vector<RegionInPlace> regions =
+        sumRegions(run.grid, run.state, run.pressure.carried, run.options.hasGas);
+    takeComponents(run, regions);
+    return regions;
+}
+
+}  // namespace
+
 std::vector<PhaseAmounts> regionAmounts(const Simulation& simulation) {
     std::vector<PhaseAmounts> amounts;
-    for (const RegionInPlace& region : sumRegions(simulation.grid, simulation.state,
-                                                  simulation.pressure.carried, simulation.options.hasGas))
+    for (const RegionInPlace& region : regionsOf(simulation))
         amounts.push_back(
             {region.sums.oil, region.sums.water, region.sums.freeGas + region.sums.dissolvedGas});
     return amounts;
@@ -74,8 +100,7 @@ std::vector<PhaseAmounts> regionAmounts(const Simulation& simulation) {
 
 void reportRegions(Simulation& simulation) {
     BalanceRecord& record = simulation.balance;
-    const std::vector<RegionInPlace> regions =
-        sumRegions(simulation.grid, simulation.state, simulation.pressure.carried, simulation.options.hasGas);
+    const std::vector<RegionInPlace> regions = regionsOf(simulation);
     if (regions.empty()) return;
     const bool first = record.firstOfRegion.empty();
     if (first) record.firstOfRegion = regionAmounts(simulation);

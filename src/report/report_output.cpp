@@ -48,6 +48,10 @@ void addZones(const Simulation& run) {
             stream(run.outputs, row.file), run.grid, nodes,
             [&](CellId cell) { return field[cell] * row.factor; }, run.clock.time, rowOf(row.file).title);
     }
+    const ComponentState& components = run.components.stage.cells;
+    if (components.count > 0)
+        writeBlockZoneMulti(stream(run.outputs, OutputFile::TPlotZmf), run.grid, nodes, components.z,
+                            components.count, run.clock.time, rowOf(OutputFile::TPlotZmf).title);
     const int tracers = std::min(run.options.tracerCount, run.state.tracer.width);
     if (run.options.tracerActive && tracers > 0)
         writeBlockZoneMulti(stream(run.outputs, OutputFile::TPlotTracer), run.grid, nodes, run.state.tracer,

@@ -42,8 +42,21 @@ void putUnit(NumberWriter& writer, const UnitSystem& units, const RunVector& row
     put(writer, deckUnit(units, row.quantity).word);
 }
 
+void putFractionNames(NumberWriter& writer, int components, const std::vector<std::string>& wellNames) {
+    for (int i = 1; i <= components; ++i) put(writer, fmt::format(",FZMF_{:04}", i));
+    for (const std::string& name : wellNames)
+        for (int i = 1; i <= components; ++i) put(writer, columnName('W', fmt::format("ZMF_{:04}", i), name));
+}
+
+void putFractions(NumberWriter& writer, const std::vector<double>& fractions) {
+    for (const double fraction : fractions) {
+        put(writer, ",");
+        putNumber(writer, fraction, Digits);
+    }
+}
+
 SummaryColumns columnsOf(const Simulation& simulation) {
-    return {&simulation.units, simulation.options.useHistoryControls};
+    return {&simulation.units, simulation.options.useHistoryControls, simulation.options.componentCount};
 }
 
 }  // namespace
@@ -58,10 +71,13 @@ void putSummaryHead(const SummaryColumns& columns, const std::vector<std::string
         columns, wellNames.size(),
         [&](const RunVector& row) { put(writer, fmt::format(",F{}", row.suffix)); },
         [&](const RunVector& row, std::size_t w) { put(writer, columnName('W', row.suffix, wellNames[w])); });
+    putFractionNames(writer, columns.components, wellNames);
     put(writer, "\nDAYS,YYYY-MM-DD");
     forColumns(
         columns, wellNames.size(), [&](const RunVector& row) { putUnit(writer, units, row); },
         [&](const RunVector& row, std::size_t) { putUnit(writer, units, row); });
+    const std::size_t fractions = static_cast<std::size_t>(columns.components) * (1 + wellNames.size());
+    put(writer, std::string(fractions, ','));
     put(writer, "\n");
     flush(writer);
 }
@@ -79,6 +95,8 @@ void addSummaryRow(const SummaryColumns& columns, const StepFigures& figures, co
         [&](const RunVector& row, std::size_t w) {
             putValue(writer, units, row, row.value(figures, figures.wells[w]));
         });
+    putFractions(writer, figures.field.fractions);
+    for (const WellFigures& well : figures.wells) putFractions(writer, well.fractions);
     put(writer, "\n");
     flush(writer);
 }

@@ -12,10 +12,13 @@ namespace kvr {
 struct SummaryColumns {
     const UnitSystem* units = nullptr;
     bool observed = false;  // the deck has observed rates
+    int components = 0;     // columns of produced mole fractions stand last
 };
 
 /// KVR_Summary.csv: a line with the names TIME, DATE, then every field vector and every well vector as
-/// "WOPR:NAME"; a line with their units; then a row per step. Commas between, units of the deck.
+/// "WOPR:NAME", then the produced mole
+/// fractions of each component, FZMF_0001 and WZMF_0001:NAME; a line with their units; then a row per step.
+/// Commas between, units of the deck.
 void putSummaryHead(const SummaryColumns& columns, const std::vector<std::string>& wellNames,
                     std::FILE* file);
 /// One row; `date` is the calendar date of the figures. Handed to the operating system when this returns.

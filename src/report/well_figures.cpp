@@ -1,6 +1,7 @@
 #include "report/well_figures.hpp"
 
 #include "base/text.hpp"
+#include "report/component_balance.hpp"
 #include "report/mean_pressure.hpp"
 
 #include <algorithm>
@@ -87,6 +88,14 @@ void takeBalance(const UnitSystem& units, const BalanceRecord& balance, StepFigu
     figures.poreVolumesInjected = row.poreVolumesInjected;
 }
 
+void takeFractions(const Simulation& run, StepFigures& figures) {
+    for (int i = 0; i < run.options.componentCount; ++i) {
+        figures.field.fractions.push_back(producedFraction(run, i, -1));
+        for (std::size_t w = 0; w < figures.wells.size(); ++w)
+            figures.wells[w].fractions.push_back(producedFraction(run, i, static_cast<int>(w)));
+    }
+}
+
 }  // namespace
 
 double waterCut(const ReportedFlow& production) {
@@ -130,6 +139,7 @@ StepFigures stepFigures(const Simulation& run) {
     figures.averagePressure = fieldPressure(run.grid, run.state);
     figures.wells.resize(runWellNames(run.schedule, run.wells).size());
     for (std::size_t w = 0; w < run.wells.wells.size(); ++w) figures.wells[w].bhp = run.wells.wells[w].Bhp;
+    takeFractions(run, figures);
     if (run.balance.rows.empty()) return figures;
     if (run.options.useHistoryControls)
         takeObserved(run.units, scheduleInForce(run.schedule, run.clock), figures);

@@ -25,6 +25,7 @@ struct WellFigures {
     ReportedFlow produced, injected;     // up to now
     double bhp = 0.0;                    // psia
     ObservedFigures observed;            // stays 0 in decks without observed rates
+    std::vector<double> fractions;       // produced, mole fraction of each component; empty without any
 };
 
 struct StepFigures {

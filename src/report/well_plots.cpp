@@ -85,7 +85,7 @@ constexpr std::array<PropertyColumn, 12> PropertyColumns = {{
     {",VISG_", &CellState::MuG},
 }};
 
-/// Components are not part of a black-oil run; their columns read 0 until there are any.
+/// Produced mole fractions of the field.
 constexpr std::string_view ComponentColumn = ",FZMF";
 
 void putUnits(std::size_t wellCount, int components, NumberWriter& table) {
@@ -126,14 +126,14 @@ void putSinkSourceHead(std::span<const std::string> wellNames, int components, b
     flush(table);
 }
 
-void addSinkSourceRow(const StepFigures& figures, int components, std::FILE* file) {
+void addSinkSourceRow(const StepFigures& figures, std::FILE* file) {
     NumberWriter table;
     table.file = file;
     putColumn(table, figures.time);
     putColumn(table, figures.poreVolumesInjected);
     for (const WellFigures& well : figures.wells)
         for (const UnitWellColumn& row : WellColumns) putColumn(table, row.column.value(well));
-    for (int c = 0; c < components; ++c) putColumn(table, 0.0);
+    for (const double fraction : figures.field.fractions) putColumn(table, fraction);
     for (const UnitFieldColumn& row : FieldColumns) putColumn(table, row.column.value(figures));
     put(table, "\n");
     flush(table);

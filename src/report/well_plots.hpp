@@ -13,7 +13,7 @@ namespace kvr {
 /// columns FZMF stand before the field's.
 void putSinkSourceHead(std::span<const std::string> wellNames, int components, bool withUnits,
                        std::FILE* file);
-void addSinkSourceRow(const StepFigures& figures, int components, std::FILE* file);
+void addSinkSourceRow(const StepFigures& figures, std::FILE* file);
 
 /// Well property table: bottom-hole pressure of every well and the state of its first completed cell; 0
 /// for a well without one. Pressures psia, Rs Mscf/stb, densities lb/ft3, viscosities cp.

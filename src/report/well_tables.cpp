@@ -20,7 +20,7 @@ void addExcelTables(const Simulation& run, const StepFigures& figures) {
 }
 
 void addTecplotTables(const Simulation& run, const StepFigures& figures) {
-    addSinkSourceRow(figures, run.options.componentCount, stream(run.outputs, OutputFile::TPlotWellRate));
+    addSinkSourceRow(figures, stream(run.outputs, OutputFile::TPlotWellRate));
     addWellPropertyRow(figures.time, figures.wells.size(), run.wells, run.state,
                        stream(run.outputs, OutputFile::TPlotWellBlk));
 }

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "report/co2_stores.hpp"
+#include "report/component_balance.hpp"
 #include "report/run_vectors.hpp"
 #include "report/text_table.hpp"
 #include "run/base_comparison.hpp"
@@ -78,6 +79,20 @@ void tellStores(const Simulation& s) {
         fmt::format("{}: mobile {:.2f} %, trapped {:.2f} %, dissolved {:.2f} %, solid {:.2f} %",
                     amount(s, toMscf(s.units, total), Quantity::GasTotal), share(stores.mobile),
                     share(stores.trapped), share(stores.dissolved), share(stores.solid)));
+}
+
+/// Components by moles: the amounts at the surface follow from them.
+void tellComponents(const Simulation& s) {
+    const ComponentRun& run = s.components;
+    for (int i = 0; i < run.stage.set.count; ++i) {
+        const auto n = static_cast<std::size_t>(i);
+        const double percent = Percent * componentError(run, i);
+        row(s, s.fluids.CNAMES[n],
+            fmt::format("produced {} lb-mole, injected {} lb-mole, balance error {:.4f} %{}",
+                        number(run.balance.produced[n], 6), number(run.balance.injected[n], 6),
+                        std::abs(percent) < LeastShownError ? 0.0 : percent,
+                        std::abs(percent) > TolerableBalanceError ? "  WARNING" : ""));
+    }
 }
 
 std::string limitText(const WellCourse& well, const std::string& name) {
@@ -227,6 +242,7 @@ void tellClosingSummary(const Simulation& s, std::string_view ending) {
     row(s, "Time", timeText(s));
     tellTotals(s);
     tellStores(s);
+    tellComponents(s);
     tellBaseComparison(s);
     tellWells(s);
     tellMessages(s);

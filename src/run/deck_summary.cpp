@@ -1,5 +1,6 @@
 #include "run/deck_summary.hpp"
 
+#include "report/component_balance.hpp"
 #include "report/material_balance.hpp"
 #include "report/run_vectors.hpp"
 #include "run/version.hpp"
@@ -16,6 +17,8 @@ void row(const Simulation& s, std::string_view label, const std::string& text) {
 }
 
 std::string fluidsText(const Simulation& s) {
+    if (s.options.componentCount > 0)
+        return fmt::format("{} components{}", s.options.componentCount, s.options.hasWater ? ", water" : "");
     std::string text;
     const auto add = [&text](std::string_view name) {
         text += (text.empty() ? "" : ", ") + std::string(name);
@@ -67,8 +70,12 @@ std::string wellsText(const Simulation& s) {
                    std::count_if(wells.begin(), wells.end(), [](const auto& w) { return w.isInjector; }));
 }
 
-std::string inPlaceText(const Simulation& s) {
-    const InPlaceSums sums = sumInPlace(s.grid, s.state, s.options.hasGas);
+std::string inPlaceText(Simulation& s) {
+    InPlaceSums sums = sumInPlace(s.grid, s.state, s.options.hasGas);
+    if (s.options.componentCount > 0) {
+        sumComponents(s);
+        takeComponentSums(s, sums);
+    }
     const auto amount = [&](double reported, Quantity quantity) {
         const VectorUnit unit = deckUnit(s.units, quantity);
         return fmt::format("{} {}", number(reported * unit.factor, 6), unit.word);
@@ -82,7 +89,7 @@ std::string inPlaceText(const Simulation& s) {
 
 }  // namespace
 
-void tellDeckSummary(const Simulation& s) {
+void tellDeckSummary(Simulation& s) {
     if (!isNamed(s.command) && !s.command.check) return;
     tell(s.console, fmt::format("KVR {}   {}", Version,
                                 s.options.deckFile.empty() ? s.options.headerName : s.options.deckFile));

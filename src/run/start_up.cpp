@@ -18,12 +18,14 @@
 #include "eclipse/outside_run.hpp"
 #include "eclipse/restart_plots.hpp"
 #include "eclipse/restart_velocity.hpp"
+#include "fluid/component_equilibrium.hpp"
 #include "fluid/equilibrium.hpp"
 #include "implicit/fully_implicit.hpp"
 #include "model/block_grid.hpp"
 #include "model/conditioning.hpp"
 #include "model/multipliers.hpp"
 #include "optimization/rate_optimization.hpp"
+#include "pressure/component_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -234,9 +236,15 @@ void initialiseState(Simulation& simulation) {
     prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
     allocateStores(simulation.console, simulation.options, simulation.grid.NCELLS, simulation.state);
-    initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
-                       simulation.options, simulation.state);
-    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    if (simulation.options.componentCount > 0) {
+        SETEQUILIBRIUM_COMPS(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
+                             simulation.options, simulation.state, simulation.components.stage.cells);
+        startComponents(simulation);
+    } else {
+        initialiseBlackOil(simulation.console, simulation.grid, simulation.fluids, simulation.initial,
+                           simulation.options, simulation.state);
+        refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    }
     if (!simulation.options.checkOnly)
         reportOutput(simulation, 0, simulation.schedule.endTime);  // time zero is in every plot file
     releaseInitialArrays(simulation.initial);
@@ -267,6 +275,7 @@ void startClock(const Schedule& schedule, RunClock& clock) {
 /// Everything that follows from wells, connections and the present cell state.
 void deriveFromWells(Simulation& simulation) {
     computeWellIndices(simulation.grid, simulation.wells);
+    if (simulation.options.componentCount > 0) takeComponentWells(simulation);
     WellHead(simulation.grid, simulation.connections, simulation.fluids, simulation.state, simulation.wells);
     initialiseBottomHolePressures(simulation.state, simulation.wells);
     UpdateWellRates(simulation.units, simulation.grid, simulation.fluids, simulation.state, simulation.wells,
@@ -282,7 +291,10 @@ void conditionGeometry(Simulation& simulation) {
     if (!simulation.options.checkOnly) writeConditionedRock(simulation);
     releaseConditioning(needsFaceVelocity(simulation.options), simulation.connections);
     // Volumes and J-factors are final only now.
-    refreshProperties(simulation.grid, simulation.fluids, simulation.state);
+    if (simulation.options.componentCount > 0)
+        startComponents(simulation);
+    else
+        refreshProperties(simulation.grid, simulation.fluids, simulation.state);
     deriveFromWells(simulation);
 }
 

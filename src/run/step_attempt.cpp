@@ -13,6 +13,7 @@
 #include "pressure/wells/well_controls.hpp"
 #include "report/material_balance.hpp"
 #include "run/banners.hpp"
+#include "run/component_attempt.hpp"
 #include "run/status_line.hpp"
 #include "run/step_control.hpp"
 #include "run/step_level.hpp"
@@ -372,6 +373,7 @@ bool underStepControl(const RunOptions& options) {
 }
 
 void takeStep(bool solve, Simulation& simulation) {
+    if (simulation.options.componentCount > 0) return takeComponentStep(simulation);
     startRsLimit(simulation);
     if (!underStepControl(simulation.options)) return advance(solve, simulation);
     keepStepLevel(simulation, simulation.stepLevel);

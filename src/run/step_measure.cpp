@@ -137,6 +137,11 @@ bool holdsFreeGas(const GridModel& grid, const CellState& state) {
     return false;
 }
 
+double lagOfComponentStep(const Simulation& simulation) {
+    const MobilityChange sum = mobilityChange(simulation, simulation.stepLevel.state);
+    return sum.flow > 0.0 ? sum.lag / sum.flow : 0.0;
+}
+
 double lagOfImplicitStep(const Simulation& simulation) {
     const MobilityChange sum = mobilityChange(simulation, simulation.implicit.saved);
     return sum.flow > 0.0 ? sum.lag / sum.flow : 0.0;

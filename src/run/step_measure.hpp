@@ -10,6 +10,9 @@ bool holdsFreeGas(const GridModel& grid, const CellState& state);
 /// Figures of the step that has just been attempted.
 AttemptFigures measureStep(const Simulation& simulation);
 
+/// AttemptFigures::mobilityLag of a step of components, from the state of the step's level.
+double lagOfComponentStep(const Simulation& simulation);
+
 /// AttemptFigures::mobilityLag of the fully implicit step that has just been taken.
 double lagOfImplicitStep(const Simulation& simulation);
 

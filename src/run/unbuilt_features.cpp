@@ -13,8 +13,26 @@ struct FeatureRow {
     std::string_view what;
 };
 
+/// A flow, or a model, that comes from files.
+bool standsOnAnotherRun(const RunOptions& o) {
+    return o.traceFromRestart || o.useEclipsePressure || o.useEclipseTrans || o.eclipseToTecplot;
+}
+
 constexpr FeatureRow Features[] = {
-    {[](const RunOptions& o) { return o.componentCount > 0; }, "compositional runs (COMPS)"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.method != "IMPES"; },
+     "components (COMPS) other than by FDMETHOD IMPES"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && standsOnAnotherRun(o); },
+     "components (COMPS) with the files of an outside simulator"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.historyMatch; },
+     "components (COMPS) with history matching (DOINV)"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && optimizesRates(o); },
+     "components (COMPS) with rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.tracerCount > 0; },
+     "components (COMPS) with tracers (TRACER)"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.restartStep > 0; },
+     "components (COMPS) from a restart (RESTART)"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.co2Model; },
+     "components (COMPS) with the CO2 solubility model (CO2MBM)"},
     {[](const RunOptions& o) { return isDualPorosity(o); }, "dual porosity"},
     {[](const RunOptions& o) { return o.historyMatch && o.method != "streamline" && !o.traceFromRestart; },
      "history matching (DOINV) without streamlines (FDMETHOD)"},

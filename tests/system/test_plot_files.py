@@ -30,7 +30,7 @@ SGOF
 """
 ROW = re.compile(r"^\| `([^`]+)` \| ([^|]*) \| [^|]* \| [^|]* \| (?:`([^`]+)`)? *\|$", re.M)
 # What else a file needs beside its switch: tracers, a failing or another solver, lines that plot, implicit lines.
-ELSEWHERE = {"KVR_Run_Regions.out", "KVR_Tplot_Tracer.plt", "PMatrix_T_*_ite_*.xls", "SMatrix_T_*_dt_*_ite_*.xls", "KVR_BICGSTB_Info.out",
+ELSEWHERE = {"KVR_Run_Regions.out", "KVR_Tplot_Tracer.plt", "KVR_TPlot_Out_Zmf.plt", "KVR_Excl_mbec.xls", "PMatrix_T_*_ite_*.xls", "SMatrix_T_*_dt_*_ite_*.xls", "KVR_BICGSTB_Info.out",
              "KVR_ECLMtricTemporaty.tmp", "KVR_ECLFieldTemporaty.tmp"}
 
 

@@ -15,15 +15,20 @@ double volumeAt(const ComponentSet& set, const Composition& feed, double pressur
 
 }  // namespace
 
+double mixtureSlope(const ComponentSet& set, const Composition& feed, double pressure,
+                    const FlashState& state) {
+    const double above = volumeAt(set, feed, pressure + PressureStep, state);
+    const double below = volumeAt(set, feed, pressure - PressureStep, state);
+    return (above - below) / (2.0 * PressureStep);
+}
+
 MixtureVolume mixtureVolume(const ComponentSet& set, const Composition& feed, double pressure,
                             FlashState& state) {
     FlashPT(set, feed, pressure, state);
     const PhaseVolumes phases = phaseVolumes(set, pressure, state);
     MixtureVolume result;
     result.volume = phases.liquid + phases.vapour;
-    const double above = volumeAt(set, feed, pressure + PressureStep, state);
-    const double below = volumeAt(set, feed, pressure - PressureStep, state);
-    result.slope = (above - below) / (2.0 * PressureStep);
+    result.slope = mixtureSlope(set, feed, pressure, state);
     double mean = 0.0;
     for (int i = 0; i < set.count; ++i) {
         Composition more = feed;

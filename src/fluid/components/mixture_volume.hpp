@@ -16,4 +16,8 @@ struct MixtureVolume {
 MixtureVolume mixtureVolume(const ComponentSet& set, const Composition& feed, double pressure,
                             FlashState& state);
 
+/// The slope alone; `state` is that of the flash at the pressure.
+double mixtureSlope(const ComponentSet& set, const Composition& feed, double pressure,
+                    const FlashState& state);
+
 }  // namespace kvr

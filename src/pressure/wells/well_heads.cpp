@@ -26,6 +26,7 @@ double producedDensity(const CellState& state, CellId cell) {
 }
 
 double boreDensity(const CellState& state, const Well& well, CellId cell) {
+    if (isInjector(well) && well.mixtureDensity > 0.0) return well.mixtureDensity;
     return isInjector(well) ? injectedDensity(state, well.InjectFluid, cell) : producedDensity(state, cell);
 }
 
@@ -118,6 +119,7 @@ void headOfWell(const GridModel& grid, const ConnectionTable& connections, const
 }  // namespace
 
 double boreMixtureDensity(const FluidTables& tables, const CellState& state, const Well& well, double p) {
+    if (well.mixtureDensity > 0.0) return well.mixtureDensity;
     if (!isInjector(well)) return producedMixtureDensity(tables, state, well, p);
     if (well.InjectFluid == "gas") return gasDensityAt(tables, GasFvf(tables, p));
     if (well.InjectFluid == "wat") return waterDensityAt(tables, WaterFvf(tables, p));

@@ -61,6 +61,20 @@ double averagePressure(const GridModel& grid, const CellState& state, double unc
     return volume > 0.0 ? weighted / volume : unchanged;
 }
 
+/// Surface terms of the stream of components that an injector brings: as gas, or as oil.
+void streamTerms(const Well& well, const MixtureYield& mixture, ConnectionCoefficients& c) {
+    (well.InjectFluid == "gas" ? c.surfaceGas : c.surfaceOil) = c.reservoir / mixture.injectedFactor;
+}
+
+/// Surface terms of a producer of components.
+void mixtureTerms(double flow, const CellState& state, CellId cell, const MixtureYield& mixture,
+                  ConnectionCoefficients& c) {
+    const double liquid = flow * state.LambdaO[cell], vapour = flow * state.LambdaG[cell];
+    c.surfaceOil = liquid * mixture.oilOfLiquid + vapour * mixture.oilOfVapour;
+    c.surfaceGas = liquid * mixture.gasOfLiquid + vapour * mixture.gasOfVapour;
+    c.surfaceWater = flow * state.LambdaW[cell] / state.Bw[cell];
+}
+
 /// Surface terms of an injector: the injected phase takes the total mobility of the cell.
 void injectorTerms(const FluidTables& all, const CellState& state, double averagePressure, const Well& well,
                    CellId cell, ConnectionCoefficients& c) {
@@ -122,6 +136,14 @@ ConnectionCoefficients openCoefficients(const UnitSystem& units, const FluidTabl
     const CellId cell = connection.ConnCell;
     const double flow = connection.ConnWI * units.FlowUnit;
     c.reservoir = reservoirCoefficient(units, state, connection);
+    if (isInjector(well) && connection.mixture.injectedFactor > 0.0) {
+        streamTerms(well, connection.mixture, c);
+        return c;
+    }
+    if (!isInjector(well) && connection.mixture.isSet) {
+        mixtureTerms(flow, state, cell, connection.mixture, c);
+        return c;
+    }
     if (isInjector(well)) {
         injectorTerms(tables, state, averagePressure, well, cell, c);
         return c;

@@ -8,6 +8,15 @@
 
 namespace kvr {
 
+/// What a connection of a run with components gives and takes. Surface volumes from a reservoir volume of the
+/// liquid and of the vapour of its cell, by the flash of the whole stream of its well.
+struct MixtureYield {
+    bool isSet = false;  // false: formation volume factors of tables hold
+    double oilOfLiquid = 0.0, gasOfLiquid = 0.0;
+    double oilOfVapour = 0.0, gasOfVapour = 0.0;
+    double injectedFactor = 0.0;  // reservoir volume that a surface volume of the injected stream takes
+};
+
 /// One connection of a well to a cell. Rates positive into the reservoir, surface volumes a day.
 struct WellConnection {
     CellId ConnCell = 0;
@@ -23,6 +32,7 @@ struct WellConnection {
     double effectivePermeability = 0.0;               // md, report only
     double ConnQo = 0.0, ConnQw = 0.0, ConnQg = 0.0;  // stb/day, stb/day, surface barrels of gas/day
     double reservoirRate = 0.0;                       // rb/day, total over phases; what launching uses
+    MixtureYield mixture;
 };
 
 struct Well {
@@ -60,8 +70,9 @@ struct Well {
     double rateAtDeckControl = 0.0;  // what deckControl names, as the last pressure solve gave it
     // Sums of the last pressure solve, by mobilities, before transport tells what the well really gave.
     double solvedQo = 0.0, solvedQw = 0.0, solvedQg = 0.0;
-    double targetFactor = 1.0;  // of the target in the pressure solve, so that what the well gives meets it
-    bool bhpReset = false;      // a bad Bhp has been replaced in the present pressure solve
+    double targetFactor = 1.0;    // of the target in the pressure solve, so that what the well gives meets it
+    bool bhpReset = false;        // a bad Bhp has been replaced in the present pressure solve
+    double mixtureDensity = 0.0;  // lb/ft3 in the bore, of runs with components; 0: by tables
 };
 
 /// The wells of the current schedule step.

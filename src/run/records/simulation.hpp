@@ -17,6 +17,7 @@
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "optimization/records/optimization_record.hpp"
+#include "pressure/component_stage.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/pressure_work.hpp"
 #include "pressure/records/velocity_field.hpp"
@@ -71,6 +72,7 @@ struct Simulation {
     PressureWork pressureWork;
     WellRecord wells;
     WellRecord timeLevelWells;
+    ComponentRun components;
     ImplicitWork implicit;
     VelocityField velocity;
 

@@ -4,6 +4,7 @@
 #include "fluid/table_checks.hpp"
 #include "pressure/component_properties.hpp"
 #include "pressure/component_step.hpp"
+#include "pressure/velocity.hpp"
 #include "unit/fluid/components/component_samples.hpp"
 
 #include <algorithm>
@@ -18,21 +19,26 @@ inline constexpr double Tolerance = 1e-8;      // psi
 
 /// A row of equal cells, level or falling, with one mixture.
 struct Row {
-    UnitSystem units;
-    GridModel grid;
-    ConnectionTable connections;
-    FluidTables tables;
-    CellState state;
-    ComponentStage stage;
-    ComponentWork work;
-    std::vector<ComponentSource> sources;
+    Simulation run;
+    GridModel& grid = run.grid;
+    ConnectionTable& connections = run.connections;
+    FluidTables& tables = run.fluids;
+    CellState& state = run.state;
+    ComponentStage& stage = run.components.stage;
+    double given = 0.0;  // lb-mole a day that the injector is asked for
 
-    Row(const FluidTables& mixture, CellId cells, double length, double fall) : tables(mixture) {
+    Row(const FluidTables& mixture, CellId cells, double length, double fall) {
+        run.console = Console{nullptr, nullptr, nullptr};
+        run.options.pressureSolver = "dgesv";
+        run.options.PressureTolerance = Tolerance;
+        run.options.MaxPressureIterations = 30;
+        tables = mixture;
         fillTables();
         grid.NX = grid.NCELLS = cells;
         grid.NY = grid.NZ = 1;
         grid.Active.assign(cells, 1);
         grid.SATNUM.assign(cells, 1);
+        for (CellArray<int>* places : {&grid.CellI, &grid.CellJ, &grid.CellK}) places->assign(cells, 1);
         for (CellArray<double>* ones : {&grid.JFactor, &grid.NTG}) ones->assign(cells, 1.0);
         grid.PORO.assign(cells, Porosity);
         const double step = length / cells;
@@ -49,7 +55,9 @@ struct Row {
             connections.DepthDiff(c + 1, 1) = -fall / cells;
         }
         allocateCellState(cells, 0, state);
+        AllocateVelocity(run.console, cells, false, run.velocity);
         stage.set = componentSet(tables, Fahrenheit160);
+        tables.reservoirTemperature = Fahrenheit160;
     }
     void fillTables() {
         SaturationTable table;
@@ -80,31 +88,53 @@ struct Row {
             state.Pressure[c] = pressure;
             std::copy_n(z.begin(), count, stage.cells.z.row(c));
         }
-        fillPores(grid, tables, units.VolumeFactor, state, stage);
+        startComponents(run);
+    }
+    static Well wellAt(CellId cell, const char* kind, const char* control) {
+        Well well;
+        well.WellName = well.WellKind = kind;
+        well.WellControl = well.deckControl = well.givenControl = control;
+        WellConnection connection;
+        connection.ConnCell = cell;
+        connection.ConnWI = 1000.0;
+        well.connections.push_back(connection);
+        return well;
     }
     /// A stream that takes so many pore volumes a day at a pressure, into cell 1, and a well at that pressure
     /// in the last cell.
     void drive(const Composition& stream, double poresPerDay, double pressure) {
-        FlashState flash;
+        FlashState flash, surface;
         FlashPT(stage.set, stream, pressure, flash);
         const PhaseVolumes volumes = phaseVolumes(stage.set, pressure, flash);
-        const double pores = grid.NCELLS * grid.BulkVolume[1] * Porosity * units.VolumeFactor;
-        ComponentSource injector, producer;
-        injector.cell = 1;
-        injector.stream = stream;
-        injector.molarRate = poresPerDay * pores / (volumes.liquid + volumes.vapour);
-        producer.cell = grid.NCELLS;
-        producer.pressure = pressure;
-        producer.productivity = 1000.0;
-        sources = {injector, producer};
+        const double pores = grid.NCELLS * grid.BulkVolume[1] * Porosity * run.units.VolumeFactor;
+        given = poresPerDay * pores / (volumes.liquid + volumes.vapour);
+        run.schedule.streams.push_back({"STREAM", {stream.begin(), stream.begin() + stage.set.count}});
+        Well injector = wellAt(1, "inj", "rate"), producer = wellAt(grid.NCELLS, "prd", "bhp");
+        injector.InjectFluid = "gas";
+        injector.injectionStream = "STREAM";
+        injector.BhpLimit = 1e5;
+        injector.Bhp = pressure;
+        const PhaseVolumes onTop = surfaceVolumes(run.components.surface, stream, surface);
+        injector.TargetRate = injector.targetGas = given * onTop.vapour / run.units.VolumeFactor;
+        producer.BhpLimit = producer.Bhp = pressure;
+        run.wells.wells = {injector, producer};
+        run.wells.RateWellCount = 1;
+        takeComponentWells(run);
     }
-    ComponentStepResult step(double dt) {
-        return componentStep(units, grid, connections, tables, sources, "dgesv", dt, Tolerance, 30, work,
-                             stage, state);
+    bool step(double dt) {
+        run.clock.dt = dt;
+        if (stage.leftOver.empty()) stage.leftOver.assign(grid.NCELLS, 0.0);
+        return componentStep(run);
     }
     [[nodiscard]] double molesOf(int i) const {
         double sum = 0.0;
         for (CellId c = 1; c <= grid.NCELLS; ++c) sum += stage.amounts.moles(c, i + 1);
+        return sum;
+    }
+    /// Through both wells in the last step.
+    [[nodiscard]] double brought(std::size_t i) const {
+        double sum = 0.0;
+        for (const WellMixture& well : run.components.wells) sum += well.step.moles[i];
         return sum;
     }
 };

@@ -13,7 +13,6 @@ namespace {
 TEST(ComponentStage, FillsItsPoresWithTheMixture) {
     Row row(threeComponents(), 3, 300.0, 0.0);
     row.fill({0.4, 0.2, 0.4}, 1000.0);
-    refreshComponents(row.grid, row.tables, row.units.VolumeFactor, VolumeSlopes::All, row.stage, row.state);
     for (CellId c = 1; c <= 3; ++c)
         EXPECT_NEAR(row.stage.FluidVolume[c] / row.state.PoreVolume[c], 1.0, 1e-12);
     EXPECT_GT(row.state.Sg[2], 0.05);
@@ -24,9 +23,9 @@ TEST(ComponentStep, LeavesAClosedColumnAtRest) {
     Row row(threeComponents(), 20, 200.0, 200.0);
     row.fill({0.2, 0.2, 0.6}, 2000.0);
     // The first steps hang the pressures; behind them nothing moves in a thousand days.
-    for (int n = 0; n < 20; ++n) ASSERT_TRUE(row.step(50.0).isSolved);
+    for (int n = 0; n < 20; ++n) ASSERT_TRUE(row.step(50.0));
     const CellArray<double> before = row.state.Pressure;
-    for (int n = 0; n < 10; ++n) ASSERT_TRUE(row.step(100.0).isSolved);
+    for (int n = 0; n < 10; ++n) ASSERT_TRUE(row.step(100.0));
     for (CellId c = 1; c <= 20; ++c) EXPECT_NEAR(row.state.Pressure[c], before[c], 1e-6);
     for (CellId c = 1; c < 20; ++c)
         EXPECT_NEAR(row.state.Pressure[c + 1] - row.state.Pressure[c],
@@ -37,7 +36,7 @@ TEST(ComponentStep, KeepsPureGasPureBehindItsOwnInjection) {
     Row row(methaneDecaneTables(), 10, 500.0, 0.0);
     row.fill({1.0, 0.0}, 1500.0);
     row.drive({1.0, 0.0}, 0.01, 1500.0);
-    for (int n = 0; n < 20; ++n) ASSERT_TRUE(row.step(5.0).isSolved);
+    for (int n = 0; n < 20; ++n) ASSERT_TRUE(row.step(5.0));
     for (CellId c = 1; c <= 10; ++c) EXPECT_EQ(row.stage.cells.z(c, 1), 1.0);
 }
 
@@ -48,11 +47,10 @@ TEST(ComponentStep, LosesNothingOfAnyComponent) {
     Composition before{}, brought{};
     for (int i = 0; i < 3; ++i) before[i] = row.molesOf(i);
     for (int n = 0; n < 40; ++n) {
-        const ComponentStepResult result = row.step(5.0);
-        ASSERT_TRUE(result.isSolved);
-        for (int i = 0; i < 3; ++i) brought[i] += result.sources.moles[i];
+        ASSERT_TRUE(row.step(5.0));
+        for (std::size_t i = 0; i < 3; ++i) brought[i] += row.brought(i);
     }
-    const double given = row.sources[0].molarRate * 200.0;
+    const double given = row.given * 200.0;
     for (int i = 0; i < 3; ++i)
         EXPECT_NEAR(row.molesOf(i) - before[i], brought[i], 1e-12 * (before[i] + given)) << i;
     const std::vector<double>& moles = row.stage.amounts.moles.slots;
@@ -70,7 +68,7 @@ Misfit misfitOfVolumes(double dt) {
     Row row(threeComponents(), 20, 1000.0, 0.0);
     row.fill({0.2, 0.3, 0.5}, 1500.0);
     row.drive({0.9, 0.1, 0.0}, 0.002, 1500.0);
-    for (double time = 0.0; time < 200.0 - 1e-9; time += dt) EXPECT_TRUE(row.step(dt).isSolved);
+    for (double time = 0.0; time < 200.0 - 1e-9; time += dt) EXPECT_TRUE(row.step(dt));
     Misfit misfit;
     for (CellId c = 1; c <= 20; ++c) {
         const double off = std::abs(row.stage.FluidVolume[c] / row.state.PoreVolume[c] - 1.0);
@@ -93,7 +91,7 @@ std::vector<double> gasDrive(CellId cells, double dt) {
     Row row(threeComponents(), cells, 1000.0, 0.0);
     row.fill({0.2, 0.3, 0.5}, 1500.0);
     row.drive({0.9, 0.1, 0.0}, 0.002, 1500.0);
-    for (double time = 0.0; time < 200.0 - 1e-9; time += dt) EXPECT_TRUE(row.step(dt).isSolved);
+    for (double time = 0.0; time < 200.0 - 1e-9; time += dt) EXPECT_TRUE(row.step(dt));
     std::vector<double> parts(10, 0.0);
     for (CellId c = 1; c <= cells; ++c)
         parts[static_cast<std::size_t>((c - 1) * 10 / cells)] += row.stage.cells.z(c, 1) * 10.0 / cells;

@@ -1,0 +1,211 @@
+#include "pressure/component_wells.hpp"
+
+#include "base/hard_stop.hpp"
+#include "base/messages.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvr {
+
+namespace {
+
+constexpr double LeastVolume = 1e-12;  // surface volume a lb-mole, ft3; less is none
+
+bool bringsComponents(const Well& well) {
+    return isInjector(well) && well.InjectFluid != "wat";
+}
+
+double sumOf(const Composition& z, int count) {
+    double sum = 0.0;
+    for (int i = 0; i < count; ++i) sum += z[i];
+    return sum;
+}
+
+/// Surface volumes, internal units, of a lb-mole of a stream.
+PhaseVolumes surfaceOf(const UnitSystem& units, const SurfaceFluid& surface, WellMixture& mixture) {
+    PhaseVolumes volumes = surfaceVolumes(surface, mixture.stream, mixture.surface);
+    volumes.liquid /= units.VolumeFactor;
+    volumes.vapour /= units.VolumeFactor;
+    return volumes;
+}
+
+/// Fractions of all that the connections of a producer let through at one drawdown; false where that is no
+/// component at all.
+bool takeProducedStream(const UnitSystem& units, const ComponentStage& stage, const CellState& state,
+                        const Well& well, WellMixture& mixture) {
+    Composition sum{};
+    for (const WellConnection& connection : well.connections) {
+        const CellId c = connection.ConnCell;
+        const FlashState& flash = stage.cells.flash[static_cast<std::size_t>(c)];
+        const double liquid =
+            connection.ConnWI * state.LambdaO[c] * phaseMolesIn(stage, units.VolumeFactor, state, c, true);
+        const double vapour =
+            connection.ConnWI * state.LambdaG[c] * phaseMolesIn(stage, units.VolumeFactor, state, c, false);
+        for (int i = 0; i < stage.set.count; ++i)
+            sum[i] += liquid * flash.liquid[i] + vapour * flash.vapour[i];
+    }
+    const double total = sumOf(sum, stage.set.count);
+    if (!(total > 0.0)) return false;
+    for (int i = 0; i < stage.set.count; ++i) mixture.stream[i] = sum[i] / total;
+    return true;
+}
+
+double producedDensity(const CellState& state, const Well& well) {
+    double mass = 0.0, mobility = 0.0;
+    for (const WellConnection& connection : well.connections) {
+        const CellId c = connection.ConnCell;
+        const double wi = connection.ConnWI;
+        mass += wi * (state.LambdaO[c] * state.RhoO[c] + state.LambdaW[c] * state.RhoW[c] +
+                      state.LambdaG[c] * state.RhoG[c]);
+        mobility += wi * (state.LambdaO[c] + state.LambdaW[c] + state.LambdaG[c]);
+    }
+    return mobility > 0.0 ? mass / mobility : 0.0;
+}
+
+void yieldProducer(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
+                   const CellState& state, WellMixture& mixture, Well& well) {
+    well.mixtureDensity = producedDensity(state, well);
+    PhaseVolumes volumes;
+    if (takeProducedStream(units, stage, state, well, mixture)) volumes = surfaceOf(units, surface, mixture);
+    for (WellConnection& connection : well.connections) {
+        const CellId c = connection.ConnCell;
+        const double liquid = phaseMolesIn(stage, units.VolumeFactor, state, c, true);
+        const double vapour = phaseMolesIn(stage, units.VolumeFactor, state, c, false);
+        connection.mixture = {true,
+                              liquid * volumes.liquid,
+                              liquid * volumes.vapour,
+                              vapour * volumes.liquid,
+                              vapour * volumes.vapour,
+                              0.0};
+    }
+}
+
+void yieldInjector(const ComponentSet& set, const DirectionArray<double>& partial, const CellState& state,
+                   WellMixture& mixture, Well& well) {
+    for (WellConnection& connection : well.connections) {
+        double perMole = 0.0;
+        for (int i = 0; i < set.count; ++i)
+            perMole += mixture.stream[i] * partial(connection.ConnCell, i + 1);
+        connection.mixture = {true, 0.0, 0.0, 0.0, 0.0, perMole * mixture.perSurface};
+    }
+    if (well.connections.empty()) return;
+    const double p = state.Pressure[well.connections.front().ConnCell];
+    if (!(p > 0.0)) return;
+    FlashPT(set, mixture.stream, p, mixture.bore);
+    const PhaseVolumes volumes = phaseVolumes(set, p, mixture.bore);
+    well.mixtureDensity = molarMass(set, mixture.stream) / (volumes.liquid + volumes.vapour);
+}
+
+const InjectionStream* findStream(const Schedule& schedule, const std::string& name) {
+    const auto found = std::find_if(schedule.streams.begin(), schedule.streams.end(),
+                                    [&name](const InjectionStream& s) { return s.name == name; });
+    return found == schedule.streams.end() ? nullptr : &*found;
+}
+
+void takeStream(const Console& console, const UnitSystem& units, const SurfaceFluid& surface,
+                const Schedule& schedule, const Well& well, WellMixture& mixture) {
+    mixture.hasStream = bringsComponents(well);
+    if (!mixture.hasStream) return;
+    const InjectionStream* const stream = findStream(schedule, well.injectionStream);
+    if (stream == nullptr) {
+        if (well.shut) return;
+        both(console, "ERROR :: WELL {} INJECTS {} WITHOUT A STREAM, GIVE WELLSTRE AND WINJGAS",
+             well.WellName, well.InjectFluid == "gas" ? "GAS" : "OIL");
+        hardStop(console);
+    }
+    const auto count = std::min<std::size_t>(stream->moleFraction.size(), MaxComponents);
+    std::copy_n(stream->moleFraction.begin(), count, mixture.stream.begin());
+    const PhaseVolumes volumes = surfaceOf(units, surface, mixture);
+    const double named = well.InjectFluid == "gas" ? volumes.vapour : volumes.liquid;
+    if (!(named > LeastVolume)) {
+        both(console, "ERROR :: STREAM {} OF WELL {} HAS NO {} AT THE SURFACE", stream->name, well.WellName,
+             well.InjectFluid == "gas" ? "GAS" : "OIL");
+        hardStop(console);
+    }
+    mixture.perSurface = 1.0 / named;
+}
+
+}  // namespace
+
+void takeStreams(const Console& console, const UnitSystem& units, const SurfaceFluid& surface,
+                 const Schedule& schedule, const WellRecord& wells, std::vector<WellMixture>& mixtures) {
+    mixtures.resize(std::max(mixtures.size(), wells.wells.size()));
+    for (std::size_t w = 0; w < wells.wells.size(); ++w)
+        takeStream(console, units, surface, schedule, wells.wells[w], mixtures[w]);
+}
+
+void yieldWells(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
+                const CellState& state, std::vector<WellMixture>& mixtures, WellRecord& wells) {
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        Well& well = wells.wells[w];
+        if (!isInjector(well))
+            yieldProducer(units, surface, stage, state, mixtures[w], well);
+        else if (mixtures[w].hasStream && mixtures[w].perSurface > 0.0)
+            yieldInjector(stage.set, stage.Partial, state, mixtures[w], well);
+    }
+}
+
+void takeSources(const WellRecord& wells, const std::vector<WellMixture>& mixtures,
+                 std::vector<ComponentSource>& sources) {
+    sources.clear();
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        const Well& well = wells.wells[w];
+        for (std::size_t n = 0; n < well.connections.size(); ++n) {
+            const WellConnection& connection = well.connections[n];
+            ComponentSource source;
+            source.cell = connection.ConnCell;
+            source.well = w;
+            source.place = n;
+            if (!isInjector(well)) {
+                source.produced = std::max(0.0, -connection.reservoirRate);
+            } else if (mixtures[w].hasStream) {
+                const double surface = well.InjectFluid == "gas" ? connection.ConnQg : connection.ConnQo;
+                for (int i = 0; i < MaxComponents; ++i)
+                    source.stream[i] = surface * mixtures[w].perSurface * mixtures[w].stream[i];
+            } else {
+                source.waterStream = connection.ConnQw;
+            }
+            sources.push_back(source);
+        }
+    }
+}
+
+void rateWells(const UnitSystem& units, const SurfaceFluid& surface, double dt,
+               const std::vector<ComponentSource>& sources, const std::vector<SourceTotals>& moved,
+               std::vector<WellMixture>& mixtures, WellRecord& wells) {
+    const int count = surface.set.count;
+    for (WellMixture& mixture : mixtures) mixture.step = {};
+    for (Well& well : wells.wells) well.WellQo = well.WellQw = well.WellQg = 0.0;
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        SourceTotals& sum = mixtures[sources[s].well].step;
+        for (int i = 0; i < count; ++i) sum.moles[i] += moved[s].moles[i];
+        sum.water += moved[s].water;
+    }
+    for (std::size_t w = 0; w < wells.wells.size(); ++w) {
+        WellMixture& mixture = mixtures[w];
+        SourceTotals& total = isInjector(wells.wells[w]) ? mixture.injected : mixture.produced;
+        const double sign = isInjector(wells.wells[w]) ? 1.0 : -1.0;
+        const double moles = sumOf(mixture.step.moles, count);
+        for (int i = 0; i < count; ++i) {
+            total.moles[i] += sign * mixture.step.moles[i];
+            if (moles != 0.0 && sign < 0.0) mixture.stream[i] = mixture.step.moles[i] / moles;
+        }
+        total.water += sign * mixture.step.water;
+    }
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        WellMixture& mixture = mixtures[sources[s].well];
+        Well& well = wells.wells[sources[s].well];
+        WellConnection& connection = well.connections[sources[s].place];
+        const double moles = sumOf(moved[s].moles, count) / dt;
+        const PhaseVolumes volumes = moles != 0.0 ? surfaceOf(units, surface, mixture) : PhaseVolumes{};
+        connection.ConnQo = moles * volumes.liquid;
+        connection.ConnQg = moles * volumes.vapour;
+        connection.ConnQw = moved[s].water / dt;
+        well.WellQo += connection.ConnQo;
+        well.WellQg += connection.ConnQg;
+        well.WellQw += connection.ConnQw;
+    }
+}
+
+}  // namespace kvr
