@@ -22,7 +22,7 @@ namespace kvr {
 
 namespace {
 
-constexpr int SlopeIterations = 2;     // behind them the volumes a lb-mole stand
+constexpr int SlopeIterations = 1;     // behind them the volumes a lb-mole stand
 constexpr double LargestMove = 300.0;  // psi that one iteration may move a cell by
 
 void refresh(VolumeSlopes slopes, Saturations saturations, Simulation& s) {

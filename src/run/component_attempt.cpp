@@ -23,8 +23,8 @@ constexpr double LargestCompositionChange = 0.25;  // of an overall fraction of 
 constexpr double LargestCellError = 0.05;          // of a cell's pores that its fluids lack or exceed
 constexpr double LargestFailedFlashes = 0.5;       // cells: none
 constexpr double LargestMiss = 0.03;               // of a rate target
-constexpr double LagShare =
-    0.4;  // of the limit of mobilities, which are not forecast and belong to phases that come and go
+constexpr double LagShare = 0.8;                   // of the limit of mobilities, which are not forecast
+constexpr double ShortStep = 10.0;                 // smallest steps: a front crosses no cell in so little
 constexpr double Safety = 0.8;
 constexpr double LargestGrowth = 2.0, LargestCut = 0.1, SmallestCut = 0.7;
 constexpr double FailedSolveCut = 0.25;
@@ -32,7 +32,7 @@ constexpr double VanishedStep = 1e-9;  // days
 // The volumes a lb-mole of a step's start miss what mixing makes of phases: passes over the same step take up
 // what the ones before have left over, while that is more than a share of its limit.
 constexpr int MostPasses = 3;
-constexpr double RepeatShare = 0.1;
+constexpr double RepeatShare = 0.3;
 
 struct Row {
     std::string_view name;
@@ -110,7 +110,8 @@ ComponentFigures measureComponentStep(const Simulation& simulation) {
     measureCompositions(simulation, figures);
     AttemptFigures mobilities;
     measureMobilities(simulation, mobilities);
-    figures.mobilityLag = mobilities.mobilityLag;
+    if (simulation.clock.workDt > ShortStep * simulation.options.stepSmallest)
+        figures.mobilityLag = mobilities.mobilityLag;
     for (const Well& well : simulation.wells.wells) {
         if (well.shut || !isRateControlled(well) || isInjector(well) || well.WellControl == "resv") continue;
         const double share = std::abs(heldRate(well, well.WellControl) / well.TargetRate - 1.0);
