@@ -13,7 +13,9 @@ namespace {
 
 constexpr double LargestPoreShare = 0.1;  // of a cell's pores that leave it in a substep
 constexpr double LargestMoleShare = 0.5;  // of what it holds of a component
-constexpr double LeastSubstep = 1e-9;     // of the step: the moves go on, whatever the limits say
+constexpr double LeastShare =
+    1e-20;  // of a cell's moles: a component that is not there; flashes hold traces of it
+constexpr double LeastSubstep = 1e-9;  // of the step: the moves go on, whatever the limits say
 
 /// A day's flow through faces and sources. A face has two rows: what goes through it toward the high side,
 /// and what comes back; a row has the moles of each component, the surface volume of water and the volume.
@@ -47,9 +49,10 @@ void addMixture(const ComponentStage& stage, double volumeFactor, const CellStat
     const Composition& fractions = isLiquid ? flash.liquid : flash.vapour;
     const double moles = volume * phaseMolesIn(stage, volumeFactor, state, from, isLiquid);
     const double* held = stage.amounts.moles.row(from);
+    const double* z = stage.cells.z.row(from);
     row[stage.set.count + 1] += volume;
     for (int i = 0; i < stage.set.count; ++i)
-        if (held[i] > 0.0) row[i] += moles * fractions[i];  // a composition holds traces of what is not there
+        if (held[i] > 0.0 && z[i] > LeastShare) row[i] += moles * fractions[i];
 }
 
 void addWater(const ComponentStage& stage, const CellState& state, CellId from, double volume, double* row) {

@@ -189,6 +189,7 @@ void takeComponentStep(Simulation& s) {
                 warn(s.console, "WARNING :: SHORTEST STEP STANDS WITH A {} OF {}", judgement.reason,
                      number(judgement.figure, 4));
             judgement.stands = true;
+            judgement.length = std::max(judgement.length, s.options.stepSmallest);
         }
         tellJudgement(s, judgement);
         updateStatus(s);
