@@ -108,10 +108,8 @@ ComponentFigures measureComponentStep(const Simulation& simulation) {
     ComponentFigures figures;
     measureVolumes(simulation, figures);
     measureCompositions(simulation, figures);
-    AttemptFigures mobilities;
-    measureMobilities(simulation, mobilities);
     if (simulation.clock.workDt > ShortStep * simulation.options.stepSmallest)
-        figures.mobilityLag = mobilities.mobilityLag;
+        figures.mobilityLag = lagOfComponentStep(simulation);
     for (const Well& well : simulation.wells.wells) {
         if (well.shut || !isRateControlled(well) || isInjector(well) || well.WellControl == "resv") continue;
         const double share = std::abs(heldRate(well, well.WellControl) / well.TargetRate - 1.0);
