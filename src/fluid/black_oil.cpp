@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/table_lookup.hpp"
+#include "fluid/under_saturated.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -66,6 +67,29 @@ double underSaturated(const FluidTables& tables, const Column& slopes, double at
     return last < 0 ? 1.0 / reciprocal : std::max(0.0, 1.0 / reciprocal);
 }
 
+/// 1/B or 1/(B mu) off the bubble point; 0 where the table extended to p leaves nothing.
+double reciprocalOff(const FluidTables& tables, const Column& saturated, const Column& change,
+                     const TablePlace& place, double rise) {
+    return std::max(0.0,
+                    valueAt(saturated, place) + underSaturatedChange(tables.underRows, change, place, rise));
+}
+
+double fvfOff(const FluidTables& tables, const TablePlace& place, double p, double pb) {
+    const UnderSaturatedRows& rows = tables.underRows;
+    if (rows.first.empty())
+        return underSaturated(tables, tables.UnderFvfSlope, saturatedFvf(tables, place), p, pb);
+    const double inverse = reciprocalOff(tables, tables.OilInvFvf, rows.invFvf, place, p - pb);
+    return inverse > LeastReciprocal ? 1.0 / inverse : 0.0;
+}
+
+double viscosityOff(const FluidTables& tables, const TablePlace& place, double fvf, double p, double pb) {
+    const UnderSaturatedRows& rows = tables.underRows;
+    if (rows.first.empty())
+        return underSaturated(tables, tables.UnderViscSlope, saturatedViscosity(tables, place), p, pb);
+    const double inverse = reciprocalOff(tables, tables.OilInvFvfVisc, rows.invFvfVisc, place, p - pb);
+    return inverse > LeastReciprocal && fvf > 0.0 ? 1.0 / (inverse * fvf) : 0.0;
+}
+
 double deadOilFvf(const FluidTables& tables, const TablePlace& place) {
     return reciprocalOf(valueAt(tables.OilInvFvf, place));
 }
@@ -102,8 +126,8 @@ OilProperties oilProperties(const FluidTables& tables, double p, double pb) {
         return {saturatedFvf(tables, place), saturatedViscosity(tables, place)};
     }
     const TablePlace place = saturatedPlace(tables, pb);
-    return {underSaturated(tables, tables.UnderFvfSlope, saturatedFvf(tables, place), p, pb),
-            underSaturated(tables, tables.UnderViscSlope, saturatedViscosity(tables, place), p, pb)};
+    const double fvf = fvfOff(tables, place, p, pb);
+    return {fvf, viscosityOff(tables, place, fvf, p, pb)};
 }
 
 OilProperties usableOilProperties(const FluidTables& tables, double p, double pb) {
@@ -115,8 +139,7 @@ double OilFvf(const FluidTables& tables, double p, double pb) {
     if (isDeadOil(tables)) return deadOilFvf(tables, findPlace(tables.OilPressure, 1, tables.OilRows, p));
     if (tables.SatRows <= 1) return 1.0;
     if (isSaturated(p, pb)) return saturatedFvf(tables, saturatedPlace(tables, p));
-    return underSaturated(tables, tables.UnderFvfSlope, saturatedFvf(tables, saturatedPlace(tables, pb)), p,
-                          pb);
+    return fvfOff(tables, saturatedPlace(tables, pb), p, pb);
 }
 
 double OilViscosity(const FluidTables& tables, double p, double pb) {

@@ -68,6 +68,7 @@ void finishPvt(FluidTables& tables) {
     fillReciprocals(tables.OilFvf, tables.OilViscosity, tables.OilInvFvf, tables.OilInvFvfVisc);
     fillReciprocals(tables.GasFvf, tables.GasViscosity, tables.GasInvFvf, tables.GasInvFvfVisc);
     fillUnderSaturatedBlock(tables);
+    if (tables.underRows.first.size() != static_cast<std::size_t>(tables.SatRows) + 1) tables.underRows = {};
 }
 
 void fillInverseSteps(const Column& axis, Column& inverse) {

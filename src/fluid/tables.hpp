@@ -43,6 +43,14 @@ struct PhaseTables {
     Column So, Krow, Krog;
 };
 
+/// Oil above its bubble point by the rows of every Rs: of saturated row r the nodes first[r] to first[r + 1],
+/// at pressures above its bubble point, with what 1/B and 1/(B mu) have changed from there.
+struct UnderSaturatedRows {
+    std::vector<std::size_t> first;  // empty: the rows behind the last Rs serve all
+    Column step;                     // psi, rising from node to node
+    Column invFvf, invFvfVisc;
+};
+
 /// Black-oil PVT, saturation tables and scalars. psia, cp, lb/ft3; Rs and Bg are dimensionless
 /// (surface barrels of gas per stb, rb per surface barrel).
 struct FluidTables {
@@ -50,6 +58,7 @@ struct FluidTables {
     Column OilPressure, OilFvf, OilViscosity, OilRs, OilInvFvf, OilInvFvfVisc;
     Column UnderPressureStep, UnderFvfSlope,
         UnderViscSlope;  // row SatRows + k minus the row before, at [k - 1]
+    UnderSaturatedRows underRows;
     int OilRows = 0;
     int UnderRows = 0;
     int SatRows = 0;

@@ -20,7 +20,7 @@ namespace {
 
 constexpr double TolerableBalanceError = 1.0;  // per cent
 constexpr double CoarseLag = 0.1;              // of mobilities in a fully implicit step, see step_control.hpp
-constexpr double CoarseShare = 0.05;           // of the days of a run
+constexpr double CoarseShare = 0.1;            // of the days of a run
 constexpr double LeastShown = 0.005;           // of an amount; less is rounding
 constexpr double LeastShownError = 5e-5;       // per cent
 constexpr std::size_t RuleWidth = 72;

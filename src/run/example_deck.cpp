@@ -306,6 +306,10 @@ MAXDT
 -- Mapping sub-steps of one pressure step [1 to 1000 : Def = 1]
 -- 1 /
 
+PVTOROWS
+-- Oil above its bubble point: rows of every Rs or of the last [ALL/LAST : Def = ALL]
+ALL
+
 MAPPING
 -- From lines to cells [CONSERVE/AVERAGE : Def = CONSERVE]
 CONSERVE

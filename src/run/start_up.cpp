@@ -232,7 +232,15 @@ void convertAndClose(Simulation& simulation) {
     normalStop();
 }
 
+/// Undersaturated oil by the rows of the last Rs alone, where the options ask for it.
+void chooseOilRows(const RunOptions& options, FluidTables& fluids) {
+    if (options.oilRowsOfEachRs) return;
+    fluids.underRows = {};
+    for (FluidTables& region : fluids.furtherPvt) region.underRows = {};
+}
+
 void initialiseState(Simulation& simulation) {
+    chooseOilRows(simulation.options, simulation.fluids);
     prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
     allocateStores(simulation.console, simulation.options, simulation.grid.NCELLS, simulation.state);

@@ -25,6 +25,7 @@ void readMaxDt(SectionReader& reader, RunOptions& options);
 void readStepControl(SectionReader& reader, RunOptions& options);
 void readMapping(SectionReader& reader, RunOptions& options);
 void readTimeMapForm(SectionReader& reader, RunOptions& options);
+void readOilRows(SectionReader& reader, RunOptions& options);
 void readOptimalTstep(SectionReader& reader, RunOptions& options);
 
 // --- switches and tables: option_switches.cpp -----------------------------------------------------

@@ -230,6 +230,14 @@ void readTimeMapForm(SectionReader& reader, RunOptions& options) {
     tellValue(reader, "Time maps hold the mean of a cell :", yesNo(options.meanTimeMaps));
 }
 
+void readOilRows(SectionReader& reader, RunOptions& options) {
+    constexpr InitialRow Forms[] = {{'A', "all"}, {'L', "last"}};
+    const std::string word = readWord(reader);
+    tellWord(reader, Forms, word, "", "ALL");
+    options.oilRowsOfEachRs = upperInitialOf(word) != 'L';
+    tellValue(reader, "Undersaturated oil by the rows of each Rs :", yesNo(options.oilRowsOfEachRs));
+}
+
 void readOptimalTstep(SectionReader& reader, RunOptions& options) {
     const std::array<ListTarget, 1> targets = {&options.tstepControl};
     readRecord(reader, targets);

@@ -67,6 +67,8 @@ constexpr Row OptionKeywords[] = {
     {"MAPPING", readMapping, "how lines move cells: CONSERVE or AVERAGE"},
     {"TOFMAP", readTimeMapForm,
      "what maps of the time of flight hold of the lines of a cell: MEAN or SMALLEST"},
+    {"PVTOROWS", readOilRows,
+     "rows of PVTO above the bubble point: ALL, or LAST for those of the last Rs alone"},
     {"USEECLP", setEclipsePressure, "pressure from the outside simulator"},
     {"USEECLS", setEclipseSaturation, "saturations from the outside simulator"},
     {"USEECLTR", setEclipseTrans, "transmissibility from the outside simulator"},

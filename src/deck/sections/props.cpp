@@ -12,6 +12,7 @@
 #include "fluid/phase_tables.hpp"
 #include "fluid/table_checks.hpp"
 #include "fluid/table_print.hpp"
+#include "fluid/under_saturated.hpp"
 
 #include <algorithm>
 #include <array>
@@ -219,6 +220,12 @@ void takeLiveOil(const UnitSystem& units, const PvtoTable& table, FluidTables& t
     addScaled(table.viscosity, 1.0, tables.OilViscosity);
     addScaled(table.underViscosity, 1.0, tables.OilViscosity);
     tables.UnderRows = static_cast<int>(table.underPressure.size());
+    std::vector<OilRowsOfRs> records;
+    for (const std::vector<double>& record : table.records) {
+        OilRowsOfRs& rows = records.emplace_back(record.begin() + 1, record.end());
+        for (std::size_t n = 0; n < rows.size(); n += PvtoRowValues) rows[n] *= units.pressure;
+    }
+    tables.underRows = underSaturatedRows(records);
 }
 
 void readPvto(SectionReader& reader, PropsRecords& records) {

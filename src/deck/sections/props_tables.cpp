@@ -25,6 +25,7 @@ void fillOpenValues(const Column& axis, Column& column) {
 void setDeadOil(FluidTables& tables) {
     tables.OilRs.assign(tables.OilPressure.size(), 0.0);
     tables.UnderRows = 0;
+    tables.underRows = {};
 }
 
 void tabulateConstantOil(const std::array<double, 5>& item, FluidTables& tables) {

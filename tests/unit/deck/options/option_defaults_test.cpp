@@ -69,6 +69,7 @@ const OptionRow Rows[] = {
     {"CFLG", 1, of<&O::cflGravity>},
     {"CFLG", 2, of<&O::minCflgStep>},
     {"MAXDT", 1, of<&O::maxDt>},
+    {"PVTOROWS", 1, of<&O::oilRowsOfEachRs>},
     {"MAPPING", 1, of<&O::conservativeMapping>},
     {"CO2SOLID", 1, of<&O::co2SolidRate>, false},
     {"TOFMAP", 1, of<&O::meanTimeMaps>},
