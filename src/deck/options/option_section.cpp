@@ -68,7 +68,7 @@ constexpr Row OptionKeywords[] = {
     {"TOFMAP", readTimeMapForm,
      "what maps of the time of flight hold of the lines of a cell: MEAN or SMALLEST"},
     {"PVTOROWS", readOilRows,
-     "rows of PVTO above the bubble point: ALL, or LAST for those of the last Rs alone"},
+     "oil above its bubble point: by the rows of the LAST Rs, or of ALL"},
     {"USEECLP", setEclipsePressure, "pressure from the outside simulator"},
     {"USEECLS", setEclipseSaturation, "saturations from the outside simulator"},
     {"USEECLTR", setEclipseTrans, "transmissibility from the outside simulator"},

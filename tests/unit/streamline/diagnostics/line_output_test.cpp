@@ -231,7 +231,7 @@ TEST(LineOutput, ListsTheRatesOfPairsEachStepAndTheMapsAtTheEnd) {
     };
     const std::vector<double> inj = list("KVR_Run_TauINJ.out");
     ASSERT_EQ(inj.size(), 10U);
-    for (std::size_t n = 0; n < 10; ++n) EXPECT_NEAR(inj[n], 10.0 * static_cast<double>(n + 1), 1e-6);
+    for (std::size_t n = 0; n < 10; ++n) EXPECT_NEAR(inj[n], 10.0 * (static_cast<double>(n) + 0.5), 1e-6);
     for (const double sum : list("KVR_Run_TauSUM.out")) EXPECT_NEAR(sum, 100.0, 1e-6);
     EXPECT_EQ(list("KVR_Run_TauPRD.out").size(), 10U);
     for (const char* name : {"KVR_Run_prdCxn.out", "KVR_Run_InjCxn.out"})
