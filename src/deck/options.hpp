@@ -43,6 +43,8 @@ inline constexpr int NativeDeck = 3;   // three files
 inline constexpr int IxDeck = 4;       // .afi
 }  // namespace input_mode
 
+inline constexpr std::string_view DualPorosityName = "DPSP";  // of RunOptions::modelName
+
 /// Every option of a run. Written only while the deck is read, except globalIterations (0 for FIM)
 /// and solverPhaseName. Initialisers are the built-in values; `setOptionDefaults` and
 /// `finaliseOptions` complete them.
@@ -87,7 +89,7 @@ struct RunOptions {
     std::string method = "streamline";   // "streamline", "FIM", "IMPES", "EbFVM"
     std::string pressureSolver = "amg";  // "st", "amg", "dgesv", "dgesl", "cg", "gmres", "bicg"
     std::string saturationSolver;        // blank (acts as "gband"), "dgesv", "gband"
-    std::string modelName = "SPSP";      // "SPSP", "DPSP"
+    std::string modelName = "SPSP";      // "SPSP", "DPSP" by DUALPORO of RUNSPEC
     double PressureTolerance = 0.0;      // psi; 0.01 by fall-back
     double SaturationTolerance = 0.0;    // 1e-4 by fall-back
     int MaxPressureIterations = 0;       // 30 by fall-back
@@ -112,7 +114,7 @@ struct RunOptions {
     bool bubblePointMinLimit = false;        // OPTIONKVR 6
     int internalDebug = 0;                   // OPTIONKVR 7, not used
     int globalIterations = 0;                // OPTIONKVR 8: iterative IMPES passes
-    bool gravityDrainage = false;            // no keyword
+    bool gravityDrainage = false;            // GRAVDR of RUNSPEC
     bool firstStepPressureUpdate = true;     // copies the compressibility flag in the defaults
 
     // --- streamlines --------------------------------------------------------------------------
@@ -282,7 +284,7 @@ inline bool optimizesRates(const RunOptions& options) {
 }
 
 inline bool isDualPorosity(const RunOptions& options) {
-    return options.modelName == "DPSP";
+    return options.modelName == DualPorosityName;
 }
 
 }  // namespace kvr

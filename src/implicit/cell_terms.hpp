@@ -36,6 +36,10 @@ template <std::size_t N>
 CellFluid<N> cellFluid(const GridModel& grid, const FluidTables& tables, const CellState& state, CellId cell,
                        ThirdUnknown unknown);
 
+/// One value by phase, with its slopes by the unknowns of the cell.
+template <std::size_t N>
+using PhaseJets = std::array<Jet<N>, N>;
+
 /// What accumulation and flow read of a cell, by phase.
 template <std::size_t N>
 struct CellTerms {

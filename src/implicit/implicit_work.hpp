@@ -14,6 +14,7 @@ namespace kvr {
 struct ImplicitConnection {
     int first = 0, second = 0;  // rows, 0-based
     int direction = 0;          // of the second cell as seen from the first
+    bool isTransfer = false;    // between a fracture cell and its matrix
     double trans = 0.0;         // rb cp/(day psi) * FlowUnit, one value for both sides
     double g = 0.0;             // ft * in2/ft2: depth of the second cell below the first, over 144
     ConnectionPlaces places;
@@ -36,6 +37,8 @@ struct ImplicitWork {
     std::vector<std::uint8_t> switchesOfStep;  // by row: how often the third unknown changed in this attempt
     std::vector<CellTerms<2>> twoPhase;        // by row; one of the two is in use
     std::vector<CellTerms<3>> threePhase;
+    std::vector<PhaseJets<2>> twoPhaseHeads;  // by row, of transfers; empty without gravity drainage
+    std::vector<PhaseJets<3>> threePhaseHeads;
 
     NewtonDamping damping;  // of this attempt
 

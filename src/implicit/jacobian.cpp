@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/transfer_head.hpp"
 
 #include <array>
 #include <utility>
@@ -37,6 +38,7 @@ void addConnectionsOf(CellId cell, const GridModel& grid, const ConnectionTable&
         connection.first = work.rowOfCell[static_cast<std::size_t>(cell)];
         connection.second = work.rowOfCell[static_cast<std::size_t>(other)];
         connection.direction = d;
+        connection.isTransfer = grid.dual.isSet && d == TransferDirection;
         connection.g = connections.DepthDiff(cell, d) / SquareInchesPerSquareFoot;
         work.connections.push_back(connection);
     }
@@ -50,6 +52,14 @@ std::vector<CellTerms<N>>& termsOf(ImplicitWork& work) {
         return work.threePhase;
     else
         return work.twoPhase;
+}
+
+template <std::size_t N>
+std::vector<PhaseJets<N>>& headsOf(ImplicitWork& work) {
+    if constexpr (N == 3)
+        return work.threePhaseHeads;
+    else
+        return work.twoPhaseHeads;
 }
 
 /// One flow with its slopes by the unknowns of both ends, positive into the first cell.
@@ -77,6 +87,15 @@ void addToSystem(std::size_t component, const Flow<N>& flow, const ImplicitConne
         ownSecond[k] += flow.second[k];
         toFirst[k] += flow.first[k];
     }
+}
+
+/// The terms of a cell with the heads of its phases in their pressures.
+template <std::size_t N>
+CellTerms<N> withHeads(const CellTerms<N>& terms, const PhaseJets<N>& heads) {
+    CellTerms<N> raised = terms;
+    for (std::size_t phase = 0; phase < N; ++phase)
+        raised.pressure[phase] = terms.pressure[phase] + heads[phase];
+    return raised;
 }
 
 /// Flow of one phase, and whether it comes from the second cell.
@@ -112,11 +131,10 @@ void addDissolved(const Flow<N>& oil, const Jet<N>& Rs, bool fromSecond, Flow<N>
     }
 }
 
+/// Flows of all components between two cells.
 template <std::size_t N>
-void addConnection(const ImplicitConnection& connection, ImplicitWork& work) {
-    const std::vector<CellTerms<N>>& terms = termsOf<N>(work);
-    const CellTerms<N>& a = terms[static_cast<std::size_t>(connection.first)];
-    const CellTerms<N>& b = terms[static_cast<std::size_t>(connection.second)];
+void addFlows(const ImplicitConnection& connection, const CellTerms<N>& a, const CellTerms<N>& b,
+              ImplicitWork& work) {
     bool fromSecond = false;
     addToSystem(WaterPhase, phaseFlow(WaterPhase, a, b, connection, fromSecond), connection, work.system);
     const Flow<N> oil = phaseFlow(OilPhase, a, b, connection, fromSecond);
@@ -127,6 +145,18 @@ void addConnection(const ImplicitConnection& connection, ImplicitWork& work) {
         addDissolved(oil, oilFromSecond ? b.Rs : a.Rs, oilFromSecond, gas);
         addToSystem(GasPhase, gas, connection, work.system);
     }
+}
+
+template <std::size_t N>
+void addConnection(const ImplicitConnection& connection, ImplicitWork& work) {
+    const auto first = static_cast<std::size_t>(connection.first);
+    const auto second = static_cast<std::size_t>(connection.second);
+    const std::vector<CellTerms<N>>& terms = termsOf<N>(work);
+    const std::vector<PhaseJets<N>>& heads = headsOf<N>(work);
+    if (!connection.isTransfer || heads.empty())
+        return addFlows(connection, terms[first], terms[second], work);
+    addFlows(connection, withHeads(terms[first], heads[first]), withHeads(terms[second], heads[second]),
+             work);
 }
 
 template <std::size_t N>
@@ -147,17 +177,43 @@ void addAccumulation(double dt, std::size_t row, ImplicitWork& work) {
     }
 }
 
+/// A share of the height with its slopes; none beyond its bounds.
+template <std::size_t N>
+Jet<N> shareOf(const HeightShare& share, const Jet<N>& saturation) {
+    const double value = shareAt(share, saturation.value);
+    const bool bounded = value <= 0.0 || value >= 1.0;
+    return chained(value, bounded ? 0.0 : share.slope, saturation);
+}
+
+template <std::size_t N>
+PhaseJets<N> transferHeads(const GridModel& grid, const FluidTables& tables, CellId cell,
+                           const HeldFluid<Jet<N>>& held, const CellTerms<N>& terms) {
+    const SaturationTable& table = regionTable(tables, grid.SATNUM[cell]);
+    const double height = blockHeight(grid, cell);
+    PhaseJets<N> heads;
+    heads[WaterPhase] = headOf(height, terms.density[WaterPhase], terms.density[OilPhase],
+                               shareOf(waterHeight(table), held.Sw));
+    if constexpr (N == 3)
+        heads[GasPhase] = headOf(height, terms.density[OilPhase], terms.density[GasPhase],
+                                 shareOf(gasHeight(table), held.Sg));
+    return heads;
+}
+
 template <std::size_t N>
 void assemble(double dt, const GridModel& grid, const FluidTables& tables, const CellState& state,
               ImplicitWork& work) {
     std::vector<CellTerms<N>>& terms = termsOf<N>(work);
     const auto rows = static_cast<CellId>(work.cellOfRow.size());
     terms.resize(work.cellOfRow.size());
+    std::vector<PhaseJets<N>>& heads = headsOf<N>(work);
+    if (grid.dual.gravityDrainage) heads.resize(work.cellOfRow.size());
 #pragma omp parallel for schedule(static) if (rows >= ParallelCells)
     for (CellId i = 0; i < rows; ++i) {
         const auto row = static_cast<std::size_t>(i);
-        terms[row] = cellTerms(pvtAt(tables, work.cellOfRow[row]),
-                               cellFluid<N>(grid, tables, state, work.cellOfRow[row], work.unknown[row]));
+        const CellId cell = work.cellOfRow[row];
+        const CellFluid<N> fluid = cellFluid<N>(grid, tables, state, cell, work.unknown[row]);
+        terms[row] = cellTerms(pvtAt(tables, cell), fluid);
+        if (!heads.empty()) heads[row] = transferHeads(grid, tables, cell, fluid.held, terms[row]);
     }
     clearValues(work.system);
     for (std::size_t row = 0; row < work.cellOfRow.size(); ++row) addAccumulation<N>(dt, row, work);

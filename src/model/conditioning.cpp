@@ -5,6 +5,7 @@
 #include "base/text.hpp"
 #include "model/box_transmissibility.hpp"
 #include "model/corner_transmissibility.hpp"
+#include "model/dual_porosity.hpp"
 #include "model/multipliers.hpp"
 #include "model/neighbours.hpp"
 #include "model/nine_point.hpp"
@@ -150,7 +151,7 @@ ConnectionSummary summarise(const GridModel& grid, const ConnectionTable& connec
         for (int d = 1; d <= connections.NDIR; ++d) {
             if (connections.Neighbour(cell, d) <= 0) continue;
             ++summary.count;
-            if (d > FaceCount) continue;  // the diagonals have no area or length
+            if (d > FaceCount) continue;  // diagonals and transfers have no area or length
             summary.area.show(connections.ConnArea(cell, d));
             summary.length.show(connections.ConnLength(cell, d));
             summary.permeability.show(connections.HarmonicPerm(cell, d) / DarcyConstant);
@@ -202,7 +203,8 @@ void releaseConditioning(bool keepAreas, ConnectionTable& connections) {
 
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections) {
-    const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : FaceCount;
+    const int faces = grid.dual.isSet ? TransferDirection : FaceCount;
+    const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : faces;
     allocateConnections(console, grid.NCELLS, width, connections);
     prepareRock(options, grid);
     buildNeighbours(grid, connections);
@@ -222,8 +224,9 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     multiplyTransRows(console, grid, grid.equalsRows, connections);
     multiplyTransRows(console, grid, grid.multiplyRows, connections);
     multiplyTransRows(console, grid, grid.editRows, connections);
-    if (const long long faces = multiplyFaces(grid, connections); faces > 0)
-        both(console, " Connections multiplied by MULTX .. MULTZ-, MULTFLT: {}", faces);
+    connectContinua(units.VolumeFactor, grid, connections);
+    if (const long long multiplied = multiplyFaces(grid, connections); multiplied > 0)
+        both(console, " Connections multiplied by MULTX .. MULTZ-, MULTFLT: {}", multiplied);
     printSummary(console, summarise(grid, connections));
 }
 

@@ -6,11 +6,14 @@
 
 namespace kvr {
 
-inline constexpr int FaceCount = 6;  // low x .. high z; directions beyond them only with NINEPOIN
+// Directions beyond the faces are there with NINEPOIN, diagonals, and with dual porosity, one transfer.
+inline constexpr int FaceCount = 6;  // low x .. high z
 inline constexpr int AxisCount = 3;
+inline constexpr int TransferDirection =
+    FaceCount + 1;  // dual porosity: between a fracture cell and its matrix
 
 /// Connections of each cell by (CellId, direction), directions 1..6 the faces low x .. high z,
-/// 7..26 only with NINEPOIN.
+/// 7..26 only with NINEPOIN, 7 alone with dual porosity.
 struct ConnectionTable {
     int NDIR = FaceCount;
     DirectionArray<CellId> Neighbour;  // 0 where there is none

@@ -57,6 +57,18 @@ struct UpscaledRock {
     CellArray<double> PORO, PERMX, PERMY, PERMZ;
 };
 
+/// Dual porosity, DUALPORO: the layers 1 .. NZ/2 of the grid are the matrix blocks of the fractures in the
+/// layers NZ/2 + 1 .. NZ, cell by cell. Both halves stand in the same place.
+struct DualPorosity {
+    bool isSet = false;
+    bool fracturesFromMatrix =
+        false;  // DPGRID: what the deck leaves out of the fractures is as in the matrix
+    bool permeabilityEffective = false;  // NODPPM: fracture permeability is read as one of the bulk
+    bool gravityDrainage = false;        // GRAVDR: phases lie apart in the blocks and around them
+    CellArray<double> SIGMA;             // shape factor of matrix cells, 1/ft2; empty: 0
+    CellArray<double> DZMTRX;  // ft, height of the blocks in matrix cells; empty: those of the cells
+};
+
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
 struct GridModel {
     int NX = 0, NY = 0, NZ = 0;
@@ -96,6 +108,7 @@ struct GridModel {
     bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run
     bool smoothingApplied = false;  // SMTHPRM rows have been applied in this run
     UpscaledRock upscaled;
+    DualPorosity dual;
     bool blockInput = false;       // DX.., DXV.. and TOPS gave the geometry
     bool coordAfterZcorn = false;  // geometry is to be rebuilt at the end of the section
 };

@@ -1,6 +1,7 @@
 #include "model/neighbours.hpp"
 
 #include "base/threads.hpp"
+#include "model/dual_porosity.hpp"
 
 namespace kvr {
 
@@ -8,6 +9,17 @@ namespace {
 
 bool inside(int index, int count) {
     return index >= 1 && index <= count;
+}
+
+/// The cell that `cell` may be connected to in a direction. Matrix cells of dual porosity have nobody but
+/// their fractures.
+CellId connectedTo(const GridModel& grid, CellId cell, int direction) {
+    if (!grid.dual.isSet) return neighbourOf(grid, cell, direction);
+    if (direction == TransferDirection) {
+        const CellId partner = partnerOf(grid, cell);
+        return grid.Active[partner] != 0 ? partner : 0;
+    }
+    return isMatrixCell(grid, cell) ? 0 : neighbourOf(grid, cell, direction);
 }
 
 }  // namespace
@@ -18,14 +30,15 @@ CellId neighbourOf(const GridModel& grid, CellId cell, int direction) {
     const int j = grid.CellJ[cell] + offset[1];
     const int k = grid.CellK[cell] + offset[2];
     if (!inside(i, grid.NX) || !inside(j, grid.NY) || !inside(k, grid.NZ)) return 0;
-    return cellIndex(grid, i, j, k);
+    const CellId found = cellIndex(grid, i, j, k);
+    return isMatrixCell(grid, found) == isMatrixCell(grid, cell) ? found : 0;
 }
 
 void buildNeighbours(const GridModel& grid, ConnectionTable& connections) {
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
         for (int d = 1; d <= connections.NDIR; ++d)
-            connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? neighbourOf(grid, cell, d) : 0;
+            connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? connectedTo(grid, cell, d) : 0;
 }
 
 void closeInactiveCells(const GridModel& grid, ConnectionTable& connections) {

@@ -17,7 +17,8 @@ inline constexpr std::array<std::array<int, 3>, 26> DirectionOffset = {{
     {-1, 0, 1},  {1, 0, 1},   {-1, 1, 1},  {0, 1, 1},  {1, 1, 1},
 }};
 
-/// The cell at the offset of direction 1..26 from a cell, 0 where the offset leaves the box. Active or not.
+/// The cell at the offset of direction 1..26 from a cell, 0 where the offset leaves the box, or
+/// its half with dual porosity. Active or not.
 CellId neighbourOf(const GridModel& grid, CellId cell, int direction);
 
 /// Fills the first NDIR columns of Neighbour. An inactive cell has none; an inactive neighbour stays.

@@ -2,6 +2,7 @@
 
 #include "base/written_files.hpp"
 #include "report/block_zone.hpp"
+#include "report/map_part.hpp"
 #include "report/point_file.hpp"
 
 namespace kvr {
@@ -29,22 +30,23 @@ constexpr ZoneRow ZoneRows[] = {
     {OutputFile::StaticTransZ, [](const Simulation& s, CellId c) { return s.connections.Trans(c, 6); }},
 };
 
-void writeZones(const Simulation& run) {
+void writeZones(const Simulation& run, const MapPart& part) {
     const ZoneNodes nodes = zoneNodes(run.options);
     for (const ZoneRow& row : ZoneRows) {
         const OutputRow& file = rowOf(row.file);
         std::FILE* stream = openBeside(run.console, run.outputs, row.file);
         writeBlockZone(
-            stream, run.grid, nodes, [&](CellId cell) { return row.value(run, cell); }, run.clock.time,
-            file.title);
+            stream, part.grid(), nodes, [&](CellId cell) { return row.value(run, part.cellOf(cell)); },
+            run.clock.time, file.title);
         closeWhole(run.console, stream);
         if (!file.told.empty()) lineToLog(run.console, file.told);
     }
 }
 
-void writePoints(const Simulation& run) {
-    const auto add = [&run](OutputFile file, const CellArray<double>& values) {
-        writePointFile(stream(run.outputs, file), run.grid, values, rowOf(file).title);
+void writePoints(const Simulation& run, const MapPart& part) {
+    const auto add = [&](OutputFile file, const CellArray<double>& values) {
+        CellArray<double> store;
+        writePointFile(stream(run.outputs, file), part.grid(), part.values(values, store), rowOf(file).title);
     };
     add(OutputFile::RunPermX, run.grid.PERMX);
     add(OutputFile::RunPermY, run.grid.PERMY);
@@ -56,8 +58,9 @@ void writePoints(const Simulation& run) {
 }  // namespace
 
 void writeStaticPlots(const Simulation& simulation) {
-    if (isOn(simulation.options, OutputSwitch::Tecplot)) writeZones(simulation);
-    if (isOn(simulation.options, OutputSwitch::View)) writePoints(simulation);
+    const MapPart part = mainPart(simulation.grid);
+    if (isOn(simulation.options, OutputSwitch::Tecplot)) writeZones(simulation, part);
+    if (isOn(simulation.options, OutputSwitch::View)) writePoints(simulation, part);
 }
 
 }  // namespace kvr

@@ -47,7 +47,7 @@ constexpr int MostHopelessSteps = 10;   // in a row
 /// Tracers with the water of the fully implicit step that has just been taken.
 void moveTracersImplicitly(Simulation& s) {
     if (s.state.tracer.width == 0) return;
-    moveTracers(implicitWaterMovement(s.clock.dt, s.state, s.wells, s.implicit), s.wells,
+    moveTracers(implicitWaterMovement(s.clock.dt, s.grid, s.fluids, s.state, s.wells, s.implicit), s.wells,
                 s.fluids.tracerNames, s.implicit.oldAmounts.water, s.state.tracer);
 }
 

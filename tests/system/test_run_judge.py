@@ -160,6 +160,17 @@ def sheets(folder, oil, water):
     return run_judge.saturation_fault(folder / "KVR_Excl_Grid_Sat.xls", [1, 0, 1])
 
 
+def test_saturations_of_two_continua_are_judged_apart(tmp_path):
+    def fault(matrix_water):
+        maps = {"SOIL_Frac": [0.75, 0, 1.0], "SWAT_Frac": [0.25, 0, 0.0], "SOIL_Mtrx": [0.5, 0, 0.5], "SWAT_Mtrx": matrix_water}
+        path = tmp_path / "KVR_Excl_Grid_Sat.xls"
+        path.write_text("".join(SHEET.format(time=50, name=name, values="\t".join(map(str, values))) for name, values in maps.items()))
+        return run_judge.saturation_fault(path, [1, 0, 1])
+
+    assert fault([0.5, 0, 0.5]) == 0.0
+    assert fault([0.5, 0, 0.25]) == pytest.approx(0.25)
+
+
 def test_saturations_of_the_last_report_are_judged_in_active_cells_alone(tmp_path):
     assert sheets(tmp_path, [0.75, 0, 1.0], [0.25, 0, 0.0]) == 0.0
     assert sheets(tmp_path, [0.75, 0, 0.5], [0.25, 0, 0.25]) == pytest.approx(0.25)

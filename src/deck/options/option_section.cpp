@@ -88,7 +88,6 @@ void setOptionDefaults(RunOptions& options) {
     options.maxDt = DefaultMaxDt;
     options.pressureSolver = "amg";
     options.method = "streamline";
-    options.modelName = "SPSP";
     options.streamlineStart = "inj";
     options.traceMissed = "No";
     options.outputXls = "No";

@@ -147,6 +147,7 @@ void readIncludeFile(SectionReader& reader, Records& records, std::span<const Ke
     reader.keywordCount = inner.keywordCount;
     reader.outputMetric = inner.outputMetric;
     reader.box = inner.box;
+    reader.halfRepeats = inner.halfRepeats;
     lineToBoth(consoleOf(reader), texts.finished);
 }
 

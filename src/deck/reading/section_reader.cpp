@@ -66,6 +66,26 @@ void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t siz
     hardStop(consoleOf(reader));
 }
 
+/// Whether an array was given for the upper half of the cells, or of the layers, where that stands for both.
+bool holdsUpperHalf(const SectionReader& reader, const ListEnd& end, std::size_t size) {
+    if (!reader.halfRepeats || end.error != ListError::None || end.endOfFile || end.surplus != 0)
+        return false;
+    const std::size_t cells = static_cast<std::size_t>(reader.gridSize[0]) *
+                              static_cast<std::size_t>(reader.gridSize[1]) *
+                              static_cast<std::size_t>(reader.gridSize[2]);
+    constexpr std::size_t Corners = 8;
+    const bool byPlace = size == cells || size == Corners * cells || reader.keyword == "DZV";
+    return byPlace && 2 * static_cast<std::size_t>(end.count) == size;
+}
+
+/// The whole of an array, or its upper half twice.
+template <class Value>
+void takeWhole(const SectionReader& reader, const ListEnd& end, std::span<Value> values) {
+    if (!holdsUpperHalf(reader, end, values.size())) return checkWhole(reader, end, values.size());
+    const std::size_t half = values.size() / 2;
+    std::copy_n(values.begin(), half, values.begin() + static_cast<std::ptrdiff_t>(half));
+}
+
 /// Places, in an array by cell, of the cells of the present box, i fastest.
 std::vector<std::size_t> placesInBox(const SectionReader& reader) {
     const CellBox& box = reader.box.cells;
@@ -239,17 +259,17 @@ void neglectKeyword(SectionReader& reader) {
 }
 
 void readArray(SectionReader& reader, std::span<double> values, double factor, double copyFactor) {
-    checkWhole(reader, readDoubles(*reader.cursor, values, factor), values.size());
+    takeWhole(reader, readDoubles(*reader.cursor, values, factor), values);
     copyArray(reader, values, factor, copyFactor);
 }
 
 void readArray(SectionReader& reader, std::span<float> values, double factor, double copyFactor) {
-    checkWhole(reader, readFloats(*reader.cursor, values, factor), values.size());
+    takeWhole(reader, readFloats(*reader.cursor, values, factor), values);
     copyArray(reader, values, factor, copyFactor);
 }
 
 void readArray(SectionReader& reader, std::span<int> values) {
-    checkWhole(reader, readIntegers(*reader.cursor, values), values.size());
+    takeWhole(reader, readIntegers(*reader.cursor, values), values);
     copyArray(reader, values);
 }
 

@@ -60,6 +60,7 @@ struct SectionReader {
     std::array<int, 3> gridSize{};  // cells along x, y, z; zero before DIMENS
     InputBox box;
     KeptSource* kept = nullptr;  // where the section's text is wanted again
+    bool halfRepeats = false;    // DPGRID: an array by cell given for the upper half holds for both halves
     std::string keyword;         // the keyword whose data are being read, for messages
 };
 
@@ -123,7 +124,8 @@ void neglectKeyword(SectionReader& reader);
 
 /// A whole array: list read, each value times `factor` (deck to internal units), and the checks. Fewer values
 /// than cells, or a repeat past the last cell, stop with the read-error texts and the place; the end of the
-/// file returns with the values as they stand. With `outputMetric` the keyword and its numbers go to the unit
+/// file returns with the values as they stand. With `halfRepeats` the upper half of an array by cell or layer
+/// may stand for both. With `outputMetric` the keyword and its numbers go to the unit
 /// copies, `copyFactor` taking the deck's unit into the other one's (UnitSystem::copyLength, copyPressure,
 /// ...; 1 for numbers without a unit).
 void readArray(SectionReader& reader, std::span<double> values, double factor = 1.0, double copyFactor = 1.0);

@@ -6,9 +6,11 @@
 #include "deck/sections/grid_arithmetic.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
+#include "deck/sections/grid_continua.hpp"
 #include "model/array_arithmetic.hpp"
 #include "model/block_grid.hpp"
 #include "model/corner_point.hpp"
+#include "model/dual_porosity.hpp"
 #include "run/records/output_table.hpp"
 
 #include <array>
@@ -261,6 +263,16 @@ constexpr std::array Keywords = {
     Row{"MULTFLT", readFaultMultiplierRows,
         "rows of a fault, or the begin of names and an asterisk, and what the connections through its faces "
         "are multiplied by"},
+    Row{"DPGRID", readDpgrid,
+        "dual porosity: what GRID leaves out of the fractures is as in the matrix; arrays may be given for "
+        "the "
+        "upper half alone"},
+    Row{"SIGMA", readSigma, "dual porosity: shape factor of all matrix blocks"},
+    Row{"SIGMAV", readSigmav, "the same, one value per cell; those of the matrix, the upper half, are used"},
+    Row{"DZMTRX", readDzmtrx, "dual porosity: height of all matrix blocks, for gravity drainage"},
+    Row{"DZMTRXV", readDzmtrxv, "the same, one value per cell; those of the upper half are used"},
+    Row{"NODPPM", readNodppm, "as in `RUNSPEC`"},
+    Row{"DPNUM", refuseDpnum, "not known, stops"},
     Row{"RPTGRID", neglect<GridRecords>, "neglected"},
 };
 
@@ -322,8 +334,10 @@ void readGridSection(SectionReader& reader, GridRecords& records) {
 
     requireRegionNumbers(reader, start, grid);
     applyArithmetic(grid, start);
+    completeContinua(reader, grid);
     warnOfUnusedCopies(reader, grid);
     completeGeometry(reader, records);
+    if (grid.dual.isSet) shareGeometry(grid);
     settleActivity(reader, grid);
     checkGridArrays(reader, grid);
     if (grid.blockInput) leaveCornerPointDeck(reader, records.options, grid);

@@ -53,6 +53,33 @@ void readDimens(SectionReader& reader, RunspecRecords& records) {
     copyLine(reader, fmt::format("{} {} {} /", grid.NX, grid.NY, grid.NZ));
 }
 
+void readDualPorosity(SectionReader& reader, RunspecRecords& records) {
+    announce(reader, reader.keyword);
+    lineToBoth(consoleOf(reader), "-> Dual porosity: upper half of the layers matrix, lower half fractures");
+    records.options.modelName = DualPorosityName;
+    records.grid.dual.isSet = true;
+    copyKeyword(reader);
+}
+
+[[noreturn]] void refuseDualPermeability(SectionReader& reader, RunspecRecords&) {
+    both(consoleOf(reader), "ERROR :: {}: FLOW BETWEEN MATRIX CELLS IS NOT KNOWN HERE, DUALPORO IS",
+         reader.keyword);
+    stopAtPlace(reader);
+}
+
+void readGravityDrainage(SectionReader& reader, RunspecRecords& records) {
+    announce(reader, reader.keyword);
+    records.options.gravityDrainage = true;
+    records.grid.dual.gravityDrainage = true;
+    copyKeyword(reader);
+}
+
+void readEffectivePermeability(SectionReader& reader, RunspecRecords& records) {
+    announce(reader, reader.keyword);
+    records.grid.dual.permeabilityEffective = true;
+    copyKeyword(reader);
+}
+
 void announcePhase(const SectionReader& reader, std::string_view text) {
     announce(reader, reader.keyword);
     lineToBoth(consoleOf(reader), text);
@@ -229,6 +256,13 @@ constexpr std::array Keywords = {
     Row{"WELLDIMS", readWelldims, "wells, connections per well"},
     Row{"TRACERS", readTracers, "the second value is the number of tracers", 7},
     Row{"COMPS", readComps, "number of components"},
+    Row{"DUALPORO", readDualPorosity,
+        "dual porosity: of an even number of layers the upper half is the matrix, the lower half the "
+        "fractures"},
+    Row{"DUALPERM", refuseDualPermeability, "not known, stops"},
+    Row{"GRAVDR", readGravityDrainage, "gravity drainage between matrix and fractures"},
+    Row{"NODPPM", readEffectivePermeability,
+        "the permeability of fractures is that of the bulk as read, not to be multiplied by their porosity"},
 };
 constexpr IncludeTexts Texts{"ERROR: INCLUDE File Open Error at RUNSPEC section",
                              "File I/O Error, in RUNSPEC Section", "INCLUDE FILE FINISHED, RUNSPEC SECTION"};
@@ -263,6 +297,10 @@ void checkDimensions(SectionReader& reader, const RunspecRecords& records) {
         stopOnDimensions(reader, records.dimensLine, "Error :: Memory error , Variable");
     }
     checkExtent(reader, records);
+    if (grid.dual.isSet && grid.NZ % 2 != 0)
+        stopOnDimensions(
+            reader, records.dimensLine,
+            fmt::format("ERROR :: DUALPORO NEEDS AN EVEN NUMBER OF LAYERS, DIMENS GIVES {}", grid.NZ));
 }
 
 void takeStartDate(RunOptions& options, RunClock& clock) {
@@ -278,7 +316,8 @@ void takeStartDate(RunOptions& options, RunClock& clock) {
 
 /// A grid of NX = 1 is deliberately not of a lower dimension.
 std::string_view dimensionality(const GridModel& grid) {
-    if (grid.NZ == 1) return grid.NY == 1 ? "x_1d" : "xy_2d";
+    const int layers = grid.dual.isSet ? grid.NZ / 2 : grid.NZ;
+    if (layers == 1) return grid.NY == 1 ? "x_1d" : "xy_2d";
     return grid.NY == 1 ? "xz_2d" : "xyz_3d";
 }
 

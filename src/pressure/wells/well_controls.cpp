@@ -3,6 +3,7 @@
 #include "base/hard_stop.hpp"
 #include "base/messages.hpp"
 #include "base/text.hpp"
+#include "model/dual_porosity.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_index.hpp"
 #include "pressure/wells/well_listing.hpp"
@@ -198,6 +199,11 @@ WellConnection connectionOfRow(const ScheduleCompletion& row, CellId cell) {
     return connection;
 }
 
+/// A completion in a matrix cell is one in its fractures: the matrix gives its fluid to nothing else.
+CellId flowingCell(const GridModel& grid, CellId cell) {
+    return isMatrixCell(grid, cell) ? partnerOf(grid, cell) : cell;
+}
+
 void addCell(const ScheduleCompletion& row, CellId cell, WellCompletions& completions) {
     const OpenCompletion completion{connectionOfRow(row, cell), !isShutStatus(row.status)};
     const auto [place, isNew] = completions.placeOfCell.try_emplace(cell, completions.list.size());
@@ -231,7 +237,7 @@ void addRow(const Console& console, const GridModel& grid, const ScheduleComplet
     well.BottomK = std::max(well.BottomK, bottom);
     const int step = row.k1 <= row.k2 ? 1 : -1;
     for (int k = row.k1;; k += step) {
-        addCell(row, cellIndex(grid, i, j, k), completions);
+        addCell(row, flowingCell(grid, cellIndex(grid, i, j, k)), completions);
         if (k == row.k2) break;
     }
 }

@@ -235,6 +235,16 @@ constexpr std::array<OutputRow, RowCount> Rows = {{
     {OutputFile::PrdCxnList, 0, "KVR_Run_prdCxn.out", OutputSwitch::View, "", "",
      "number of the producer, one value per cell"},
     {OutputFile::InjCxnList, 0, "KVR_Run_InjCxn.out", OutputSwitch::View, "", "", "number of the injector"},
+    {OutputFile::MatrixPoil, 0, "KVR_TPlot_poil_Mtrx.plt", OutputSwitch::TecplotMatrix, "p<sub>o</sub>", "",
+     "pressure of the matrix, psia: a zone at time zero and one per report, of dual porosity (`DUALPORO`)"},
+    {OutputFile::MatrixSwat, 0, "KVR_TPlot_swat_Mtrx.plt", OutputSwitch::TecplotMatrix, "S<sub>w</sub>", "",
+     "water saturation of the matrix"},
+    {OutputFile::MatrixSoil, 0, "KVR_TPlot_soil_Mtrx.plt", OutputSwitch::TecplotMatrix, "S<sub>o</sub>", "",
+     "oil saturation of the matrix"},
+    {OutputFile::MatrixSgas, 0, "KVR_TPlot_sgas_Mtrx.plt", OutputSwitch::TecplotMatrix, "S<sub>g</sub>", "",
+     "gas saturation of the matrix, in runs with gas"},
+    {OutputFile::MatrixRs, 0, "KVR_TPlot_Rs_Mtrx.plt", OutputSwitch::TecplotMatrix, "R<sub>s</sub>", "",
+     "dissolved gas of the matrix, Mscf/stb, in runs with gas"},
     {OutputFile::StaticLogKx, 0, "KVR_Tplot_Static_Logkx.plt", OutputSwitch::Tecplot, "Log_k<sub>x</sub>",
      "File Generated : Logkx.plt", "logarithm to base ten of the permeability along x"},
     {OutputFile::StaticLogKy, 0, "KVR_Tplot_Static_Logky.plt", OutputSwitch::Tecplot, "Log_k<sub>y</sub>",
@@ -368,6 +378,8 @@ bool isOn(const RunOptions& options, OutputSwitch output) {
             return options.outputXls == "Yes";
         case OutputSwitch::Tecplot:
             return options.outputPlt == "Yes";
+        case OutputSwitch::TecplotMatrix:
+            return options.outputPlt == "Yes" && isDualPorosity(options);
         case OutputSwitch::PressureMatrix:
             return options.outputPressureMatrix;
         case OutputSwitch::SaturationMatrix:

@@ -91,6 +91,11 @@ enum class OutputFile {
     TauSumList,
     PrdCxnList,
     InjCxnList,
+    MatrixPoil,  // maps of the matrix of dual porosity
+    MatrixSwat,
+    MatrixSoil,
+    MatrixSgas,
+    MatrixRs,
     StaticLogKx,
     StaticLogKy,
     StaticLogKz,
@@ -154,6 +159,7 @@ enum class OutputSwitch {
     Always,
     Excel,             // OUTPUTKVR 2
     Tecplot,           // OUTPUTKVR 3
+    TecplotMatrix,     // OUTPUTKVR 3, of dual porosity
     PressureMatrix,    // OUTPUTKVR 6
     SaturationMatrix,  // OUTPUTKVR 7
     View,              // OUTPUTKVR 8

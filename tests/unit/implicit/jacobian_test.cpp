@@ -1,5 +1,6 @@
 #include "implicit/jacobian.hpp"
 
+#include "model/dual_porosity.hpp"
 #include "unit/implicit/implicit_bench.hpp"
 
 #include <gtest/gtest.h>
@@ -94,6 +95,26 @@ TEST(ImplicitJacobian, TakesInTheDiagonalsOfTheNinePointScheme) {
     EXPECT_EQ(s.implicit.connections.size(), 12U + 8U);  // faces, diagonals
     expectSlopesOfResiduals(s);
 }
+
+class Transfers : public testing::TestWithParam<bool> {};
+
+TEST_P(Transfers, OfTwoContinuaHaveTheSlopesOfTheirResiduals) {
+    for (const bool gas : {false, true}) {
+        Simulation s;
+        const FluidTables tables = gas ? sample::liveOil() : sample::compressibleWaterAndOil();
+        makeBox(3, 1, 4, tables, gas ? sample::Oil::Mixed : sample::Oil::UnderSaturated, s);
+        s.grid.dual.isSet = true;
+        s.grid.dual.gravityDrainage = GetParam();
+        s.grid.dual.SIGMA.assign(s.grid.NCELLS, 0.05);
+        shareGeometry(s.grid);
+        CALCTRANS_STATICGEOPART(s.console, s.options, s.units, s.grid, s.connections);
+        sample::prepare(s);
+        EXPECT_EQ(s.implicit.connections.size(), 6U + 7U);  // pairs, faces of the fractures
+        expectSlopesOfResiduals(s);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutGravity, Transfers, testing::Bool());
 
 class WellControl : public testing::TestWithParam<const char*> {};
 

@@ -55,6 +55,26 @@ TEST(Runspec, DerivesTheDimensionality) {
     }
 }
 
+TEST(Runspec, MakesMatrixAndFracturesOfAnEvenNumberOfLayers) {
+    RunspecBench bench("DIMENS\n3 1 2 /\nDUALPORO\nGRAVDR\nNODPPM\n");
+    bench.read();
+    EXPECT_EQ(bench.options.modelName, "DPSP");
+    EXPECT_TRUE(bench.grid.dual.isSet);
+    EXPECT_TRUE(bench.options.gravityDrainage && bench.grid.dual.gravityDrainage);
+    EXPECT_TRUE(bench.grid.dual.permeabilityEffective);
+    EXPECT_EQ(bench.options.gridDimensionality, "x_1d");
+}
+
+TEST(RunspecDeathTest, StopsAtAnOddNumberOfLayersForTwoContinua) {
+    EXPECT_DEATH(
+        {
+            RunspecBench bench("DUALPORO\nDIMENS\n3 1 3 /\n");
+            bench.speakToStandardError();
+            bench.read();
+        },
+        "DUALPORO NEEDS AN EVEN NUMBER OF LAYERS, DIMENS GIVES 3");
+}
+
 TEST(Runspec, MultipliesWellsAndConnectionsWhenBothAreGiven) {
     RunspecBench both(std::string(OneCell) + "WELLDIMS\n4 10 1 2 /\n");
     both.read();

@@ -60,6 +60,8 @@ TEST(OutputSwitch, OfTwoOptionsTakesBothOrEither) {
             options.outputSln = second ? "Yes" : "No";
             EXPECT_EQ(isOn(options, OutputSwitch::ViewOrLines), first || second);
             EXPECT_EQ(isOn(options, OutputSwitch::TecplotView), first && second);
+            options.modelName = first ? DualPorosityName : "SPSP";
+            EXPECT_EQ(isOn(options, OutputSwitch::TecplotMatrix), first && second);
             EXPECT_EQ(isOn(options, OutputSwitch::EclipseLines), first && second);
         }
 }
