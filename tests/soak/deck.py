@@ -53,15 +53,27 @@ def table(rows):
     return "\n".join(row(values) for values in rows) + "\n/\n"
 
 
+def whole(model, values, matrix=1.0):
+    """Values of the grid; of matrix and fractures one after the other where there are two continua."""
+    return values if model.dual is None else numpy.concatenate((values * matrix, values))
+
+
+def layers(model):
+    """Layers above the first one that wells are in."""
+    return 0 if model.dual is None else model.grid.shape[2]
+
+
 def runspec(model, units):
+    nx, ny, nz = model.grid.shape
+    dual = "DUALPORO\nNODPPM\n" + ("GRAVDR\n" if model.dual.gravity else "") if model.dual else ""
     gas = "GAS\n" + ("DISGAS\n" if model.fluid.live_oil else "") if model.fluid.has_gas() else ""
     tracer = "TRACERS\n1* 1 /\n" if model.tracer else ""
     most = max(well.k2 - well.k1 + 1 for well in model.wells)
     return f"""-- random model {model.seed} of class {model.family}
 RUNSPEC
 DIMENS
-{row(model.grid.shape)} /
-OIL
+{nx} {ny} {nz + layers(model)} /
+{dual}OIL
 WATER
 {gas}{units.word}
 START
@@ -75,7 +87,7 @@ WELLDIMS
 
 
 def grid_section(model, units):
-    grid, text = model.grid, "GRID\n"
+    grid, text = model.grid, "GRID\n" + ("DPGRID\n" if model.dual else "")
     shape = grid.depth.shape
     if grid.corners is None:
         for keyword, sizes in (("DX", grid.dx[None, None, :]), ("DY", grid.dy[None, :, None]), ("DZ", grid.dz[:, None, None])):
@@ -83,12 +95,23 @@ def grid_section(model, units):
         text += array("TOPS", grid.tops * units.length)
     else:
         text += array("COORD", grid.pillars * units.length, 6) + array("ZCORN", grid.corners * units.length)
-    text += array("PORO", grid.porosity)
+    if model.dual is None:
+        text += array("PORO", grid.porosity)
+    else:
+        fractures = numpy.full(shape, model.dual.porosity)
+        text += array("PORO", numpy.concatenate((grid.porosity, fractures)))
     for keyword, values in (("PERMX", grid.kx), ("PERMY", grid.ky), ("PERMZ", grid.kz)):
-        text += array(keyword, values)
+        text += array(keyword, whole(model, values, model.dual.permeability if model.dual else 1.0))
     if not grid.active.all():
-        text += array("ACTNUM", grid.active)
-    return text + "\n"
+        text += array("ACTNUM", whole(model, grid.active))
+    return text + dual_rows(model, units) + "\n"
+
+
+def dual_rows(model, units):
+    if model.dual is None:
+        return ""
+    height = f"DZMTRX\n{number(model.dual.height * units.length)} /\n" if model.dual.height > 0.0 else ""
+    return f"SIGMA\n{number(model.dual.shape_factor / units.length**2)} /\n{height}"
 
 
 def live_oil(fluid, units):
@@ -118,7 +141,7 @@ def props_section(model, units):
     if model.tracer:
         text += "TRACER\n'TRA1' 'WAT' /\n/\n"
     if len(model.curves) > 1:
-        text += "\nREGIONS\n" + array("SATNUM", model.grid.region, 40)
+        text += "\nREGIONS\n" + array("SATNUM", whole(model, model.grid.region), 40)
     return text + "\n"
 
 
@@ -130,7 +153,7 @@ def solution_section(model, units):
     initial, text = model.initial, "SOLUTION\n"
     if initial.arrays:
         factors = {"PRESSURE": units.pressure, "RS": units.rs()}
-        return text + "".join(array(keyword, values * factors.get(keyword, 1.0))
+        return text + "".join(array(keyword, whole(model, values * factors.get(keyword, 1.0)))
                               for keyword, values in initial.arrays.items()) + "\n"
     text += (f"EQUIL\n{number(initial.datum * units.length)} {number(initial.pressure * units.pressure)} "
              f"{number(initial.water_contact * units.length)} 0 {number(initial.gas_contact * units.length)} 0{' 1' if model.fluid.live_oil else ''} /\n")
@@ -167,8 +190,9 @@ def schedule_section(model, units):
         phase = well.injects or "OIL"
         text += f"'{well.name}' 'G' {well.i} {well.j} {number(well.depth * units.length)} '{phase}' /\n"
     text += "/\nCOMPDAT\n"
+    down = layers(model)
     for well in model.wells:
-        text += (f"'{well.name}' {well.i} {well.j} {well.k1} {well.k2} 'OPEN' 2* "
+        text += (f"'{well.name}' {well.i} {well.j} {well.k1 + down} {well.k2 + down} 'OPEN' 2* "
                  f"{number(well.diameter * units.length)} 1* {number(well.skin)} /\n")
     text += "/\n"
     if model.tracer:

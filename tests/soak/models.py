@@ -32,6 +32,8 @@ CLASSES = {
     "lone": Family(wells="lone"),
     "tiny": Family(wells=None, tiny=True),
 }
+# On demand alone: not among the classes that seeds go through.
+FURTHER = {"dual": Family()}
 
 
 @dataclasses.dataclass
@@ -47,9 +49,25 @@ class Model:
     periods: list
     options: object
     tracer: bool
+    dual: object = None  # Dual where the grid is that of fractures with a matrix
 
     def days(self):
         return sum(sum(period.steps) for period in self.periods)
+
+
+@dataclasses.dataclass(frozen=True)
+class Dual:
+    """Matrix of a fractured field, whose fractures are the grid of the model."""
+    porosity: float  # of the fractures
+    permeability: float  # of the matrix over that of the fractures
+    shape_factor: float  # 1/ft2
+    gravity: bool
+    height: float  # ft, of the blocks; 0: that of the cells
+
+
+def draw_dual(rng):
+    return Dual(10.0 ** rng.uniform(-3.0, -1.5), 10.0 ** rng.uniform(-4.0, -0.5), 10.0 ** rng.uniform(-4.0, 1.0),
+                rng.random() < 0.5, rng.choice((0.0, rng.uniform(2.0, 40.0))))
 
 
 def class_of(seed):
@@ -70,7 +88,7 @@ def well_kind(rng, family):
 
 def draw_model(seed, name=None):
     name = name or class_of(seed)
-    family = CLASSES[name]
+    family = {**CLASSES, **FURTHER}[name]
     rng = random.Random(f"{name} {seed}")
     fluid_kind = family.fluid or rng.choice(("water", "live", "dead-gas"))
     corner = rng.random() < 0.5 if family.corner is None else family.corner
@@ -95,4 +113,6 @@ def draw_model(seed, name=None):
     resv = any(control.mode == "RESV" for period in periods for control in period.controls)
     options = draw_options(rng, grid.cells(), fluid.has_gas(), capillary, regions == 1, longest, resv)
     tracer = fluid_kind == "water" and any(well.injects for well in wells) and rng.random() < 0.15
-    return Model(seed, name, rng.random() < 0.4, grid, fluid, curves, initial, wells, periods, options, tracer)
+    metric = rng.random() < 0.4
+    dual = draw_dual(rng) if name == "dual" else None
+    return Model(seed, name, metric, grid, fluid, curves, initial, wells, periods, options, tracer and dual is None, dual)

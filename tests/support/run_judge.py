@@ -191,11 +191,21 @@ def saturation_fault(path, active):
         return math.nan
     copies = len(next(iter(maps.values()))) // len(active)  # sections repeat a model of one row
     inside = numpy.tile(numpy.asarray(active, dtype=bool), copies)
-    columns = [column[inside] for column in maps.values()]
-    worst = numpy.abs(sum(columns) - 1.0).max()
+    continua = {name.rpartition("_")[2] for name in maps}  # Frac, and Mtrx where there are two
+    return max((fault_of([column[inside] for name, column in maps.items() if name.endswith(continuum)])
+                for continuum in continua), key=worse)
+
+
+def worse(fault):
+    return math.inf if math.isnan(fault) else fault
+
+
+def fault_of(columns):
+    """The same of the phases of one continuum."""
+    faults = [numpy.abs(sum(columns) - 1.0).max()]
     for column in columns:
-        worst = max(worst, (-column).max(), (column - 1.0).max(), key=lambda x: math.inf if math.isnan(x) else x)
-    return float(worst)
+        faults += [(-column).max(), (column - 1.0).max()]
+    return float(max(faults, key=worse))
 
 
 def measure(folder, schedule, active=None):

@@ -1,0 +1,136 @@
+"""Two continua against the models that they become at the ends of the shape factor, and their balances."""
+
+import numpy
+import pytest
+
+import dual_deck
+import fractured_row
+import kvr_run
+import tecplot
+
+STEPS = "40*25"
+RATES = ("FOPR", "FWPR", "FOPT", "FWPT")
+SECTION = kvr_run.options(method="FIM", tolerance=1e-7, plots=1, extra="MAXDT\n25\n")
+
+
+def run_deck(folder, text, section=SECTION):
+    return kvr_run.finished_normally(kvr_run.run(folder, text + section))
+
+
+def distance(one, other, names=RATES):
+    """Largest difference of a column of the field table over the largest value that it takes."""
+    ours, theirs = one.table(), other.table()
+    numpy.testing.assert_allclose(ours["TIME"], theirs["TIME"], rtol=1e-12)
+    return max(numpy.abs(ours[name] - theirs[name]).max() / numpy.abs(theirs[name]).max() for name in names)
+
+
+def flood(folder, sigma, **settings):
+    return run_deck(folder, dual_deck.dual(6, 6, 200, STEPS, sigma, **settings))
+
+
+def plain(folder, porosity):
+    return run_deck(folder, dual_deck.single(6, 6, 200, STEPS, porosity, 300.0))
+
+
+def scratch(tmp_path, name):
+    folder = tmp_path / name
+    folder.mkdir()
+    return folder
+
+
+def test_without_a_shape_factor_the_fractures_flow_alone(tmp_path):
+    alone = plain(scratch(tmp_path, "alone"), 0.02)
+    assert alone.table()["FWPR"][-1] > 0.5 * alone.table()["FOPR"][-1]  # water has broken through
+    assert distance(flood(scratch(tmp_path, "dual"), 0.0), alone) < 1e-6
+
+
+def test_a_growing_shape_factor_leads_to_one_continuum_with_all_pores(tmp_path):
+    whole = plain(scratch(tmp_path, "whole"), 0.22)
+    assert whole.table()["FWPR"][-1] > 0.1 * whole.table()["FOPR"][-1]
+    far = distance(flood(scratch(tmp_path, "small"), 1e-3), whole)
+    near = {sigma: distance(flood(scratch(tmp_path, f"{sigma:g}"), sigma), whole) for sigma in (1e3, 1e4, 1e7)}
+    assert far > 0.01
+    assert near[1e3] / near[1e4] == pytest.approx(10.0, rel=0.2)  # in the measure of 1/sigma
+    assert near[1e7] < 1e-6
+
+
+def test_the_balance_of_both_continua_closes_at_any_shape_factor(tmp_path):
+    for sigma in (0.0, 1e-4, 0.1, 1e6):
+        result = flood(scratch(tmp_path, f"{sigma:g}"), sigma, runspec="GRAVDR\n")
+        table = result.table("KVR_Run_SweepVolume.out")
+        assert max(numpy.abs(table[name]).max() for name in ("|MBEO|", "|MBEW|")) < 1e-7, sigma
+
+
+def water_held(folder, zone):
+    """Stock tank barrels in both continua, by the maps and the pores and factors that the deck gives."""
+    held = 0.0
+    for ending, porosity in (("", 0.02), ("_Mtrx", 0.2)):
+        water, pressure = (tecplot.read_zones(folder / f"KVR_TPlot_{name}{ending}.plt")[zone].values[0]
+                           for name in ("swat", "poil"))
+        rock, liquid = 4e-6 * (pressure - 3000.0), 3e-6 * (pressure - 3000.0)
+        pores = 100 * 100 * 20 / 5.614583 * porosity * (1.0 + rock + 0.5 * rock**2)
+        held += (pores * water * (1.0 + liquid + 0.5 * liquid**2) / 1.01).sum()
+    return held
+
+
+def test_maps_show_fractures_and_matrix_apart(tmp_path):
+    result = flood(tmp_path, 1e-3)
+    fracture = tecplot.read_zones(tmp_path / "KVR_TPlot_swat.plt")
+    matrix = tecplot.read_zones(tmp_path / "KVR_TPlot_swat_Mtrx.plt")
+    assert len(fracture) == len(matrix) > 2
+    assert fracture[0].cells == matrix[0].cells == (6, 6, 1)
+    numpy.testing.assert_array_equal(fracture[-1].nodes, matrix[-1].nodes)
+    water = [zone[-1].values[0] for zone in (fracture, matrix)]
+    assert (water[0] >= water[1] - 1e-9).all()  # water comes to the matrix out of its fractures
+    assert water[1].max() > 0.21
+    # What has stayed of the injected water stands in the pores of both.
+    held = [water_held(tmp_path, zone) for zone in (0, -1)]
+    table = result.table()
+    assert held[1] - held[0] == pytest.approx(table["FWIT"][-1] - table["FWPT"][-1], rel=1e-6)
+
+
+def test_completions_in_the_matrix_are_those_of_its_fractures(tmp_path):
+    below = flood(scratch(tmp_path, "below"), 1e-2)
+    above = flood(scratch(tmp_path, "above"), 1e-2, k=1)
+    assert distance(above, below) == 0.0
+
+
+def test_two_continua_need_the_fully_implicit_method(tmp_path):
+    for method in ("STREAMLINE", "IMPES"):
+        result = kvr_run.run(scratch(tmp_path, method), dual_deck.dual(3, 3, 20, "2*10", 0.01) +
+                             kvr_run.options(method=method))
+        assert result.status == 1
+        assert "dual porosity (DUALPORO) without the fully implicit method (FDMETHOD FIM)" in result.console
+
+
+# --- slabs between fractures, against the same slabs cell by cell ----------------------------------------------------
+
+# Water at the rate over the pores of the published problem, 7e-5 a day.
+WATER_DRIVE = "WCONPROD\n'PROD' 'OPEN' 'BHP' 5* 2500 /\n/\nWCONINJE\n'INJ' 'WATER' 'OPEN' 'RATE' 0.875 1* 9000 /\n/\n"
+DEPLETION = "WCONPROD\n'PROD' 'OPEN' 'ORAT' 1 4* 1700 /\n/\n"
+
+
+def slabs(tmp_path, control, steps, longest, **settings):
+    section = kvr_run.options(method="FIM", tolerance=1e-3, extra=f"MAXDT\n{longest}\n")
+    both = [run_deck(scratch(tmp_path, make.__name__), make(control, steps, **settings), section)
+            for make in (fractured_row.continua, fractured_row.cell_by_cell)]
+    return [run.table() for run in both]
+
+
+def oil_differences(continua, fine):
+    """Difference of cumulative oil over the life, relative, from a tenth of what is produced on."""
+    at = fine["TIME"][fine["FOPT"] > 0.1 * fine["FOPT"][-1]]
+    ours, theirs = (numpy.interp(at, table["TIME"], table["FOPT"]) for table in (continua, fine))
+    return numpy.abs(ours / theirs - 1.0)
+
+
+def test_a_water_drive_of_slabs_gives_the_oil_of_its_cells(tmp_path):
+    continua, fine = slabs(tmp_path, WATER_DRIVE, "146*50", 50)
+    assert fine["FWPR"][-1] > fine["FOPR"][-1]
+    assert oil_differences(continua, fine).max() < 0.05
+
+
+def test_a_solution_gas_drive_of_slabs_gives_the_oil_of_its_cells(tmp_path):
+    continua, fine = slabs(tmp_path, DEPLETION, "60*20", 20, pressure=6014.7, gas=True)
+    assert fine["FGOR"].max() > 2.0 * fine["FGOR"][1]
+    assert oil_differences(continua, fine).max() < 0.05
