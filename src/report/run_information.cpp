@@ -41,7 +41,8 @@ void inputSection(const Console& out, const Simulation& run) {
 void reservoirSection(const Console& out, const Simulation& run) {
     const GridModel& grid = run.grid;
     heading(out, "Reservoir Description Section");
-    line(out, "Number of Grid", fmt::format("{} {} {}", grid.NX, grid.NY, grid.NZ));
+    const int layers = grid.dual.isSet ? grid.NZ / 2 : grid.NZ;  // of one continuum, as maps have them
+    line(out, "Number of Grid", fmt::format("{} {} {}", grid.NX, grid.NY, layers));
     line(out, "Total Length of Res. [m]",
          fmt::format("{} {} {}", number(metres(extent(grid.NodeX))), number(metres(extent(grid.NodeY))),
                      number(metres(extent(grid.NodeZ)))));

@@ -33,8 +33,9 @@ std::string gridText(const Simulation& s) {
     const GridModel& grid = s.grid;
     const auto cells = grid.Active.cells();
     const auto active = std::count_if(cells.begin(), cells.end(), [](auto value) { return value != 0; });
-    return fmt::format("{} x {} x {} = {} cells, {} active, {}", grid.NX, grid.NY, grid.NZ, grid.NCELLS,
-                       active, grid.blockInput ? "blocks" : "corner points");
+    return fmt::format("{} x {} x {} = {} cells, {} active, {}{}", grid.NX, grid.NY, grid.NZ, grid.NCELLS,
+                       active, grid.blockInput ? "blocks" : "corner points",
+                       grid.dual.isSet ? ", upper half matrix of the fractures in the lower half" : "");
 }
 
 std::string methodText(const Simulation& s) {

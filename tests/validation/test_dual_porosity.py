@@ -134,3 +134,12 @@ def test_a_solution_gas_drive_of_slabs_gives_the_oil_of_its_cells(tmp_path):
     continua, fine = slabs(tmp_path, DEPLETION, "60*20", 20, pressure=6014.7, gas=True)
     assert fine["FGOR"].max() > 2.0 * fine["FGOR"][1]
     assert oil_differences(continua, fine).max() < 0.05
+
+
+def test_the_example_gives_the_oil_of_its_matrix(tmp_path):
+    deck = (kvr_run.REPOSITORY / "examples" / "dual_porosity" / "DUAL_POROSITY.DATA").read_text()
+    both = kvr_run.finished_normally(kvr_run.run(scratch(tmp_path, "both"), deck)).table()
+    without = deck.replace("SIGMA\n0.12 /", "SIGMA\n0 /")
+    fractures = kvr_run.finished_normally(kvr_run.run(scratch(tmp_path, "alone"), without)).table()
+    assert both["FOPT"][-1] > 3.0 * fractures["FOPT"][-1]
+    assert both["FWPT"][-1] < fractures["FWPT"][-1]
