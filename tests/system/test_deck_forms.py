@@ -7,6 +7,7 @@ import pytest
 
 import binary_blocks
 import deck_forms
+import dual_deck
 import kvr_run
 import left_results
 import small_deck
@@ -28,6 +29,7 @@ def same_bits(deck, folder, change=deck_forms.with_all_output):
     pytest.param(small_deck.deck(schedule=CHANGE), id="two phases"),
     pytest.param(small_deck.gas_deck(kvr_run.options(method="IMPES", plots=1)), id="gas"),
     pytest.param(small_deck.deck(schedule=CHANGE, options=kvr_run.options(method="FIM")), id="fully implicit"),
+    pytest.param(dual_deck.dual(4, 4, 20, "5*20", 0.01) + kvr_run.options(method="FIM", plots=1), id="two continua"),
     pytest.param("TITLE\nGRID of a small field\n" + small_deck.deck(), id="a title that begins like a section"),
     pytest.param(small_deck.deck(grid=small_deck.GRID + "SKIP\nPROPS\nENDSKIP\n"), id="a skipped section word")])
 def test_three_files_give_the_bits_of_one(tmp_path, text):

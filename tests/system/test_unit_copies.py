@@ -7,7 +7,8 @@ import sys
 
 import pytest
 
-from kvr_run import run
+import dual_deck
+from kvr_run import options, run
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "malformed"))
 
@@ -70,6 +71,15 @@ def test_both_copies_of_a_deck_run_as_the_deck(tmp_path, decks, name):
     if name.startswith("random"):  # their few lines tip with the last digits of a cell's corner
         text = re.sub(r"FDMETHOD\n\w+", "FDMETHOD\nFIM", text, count=1)
         assert "FDMETHOD\nFIM" in text
+    copies_run_as(tmp_path, text)
+
+
+def test_both_copies_of_two_continua_run_as_the_deck(tmp_path):
+    deck = dual_deck.dual(4, 4, 20, "5*20", 0.01, runspec="GRAVDR\n", grid="DZMTRX\n12 /\n")
+    copies_run_as(tmp_path, deck.replace("RUNSPEC\n", REQUEST, 1) + options(method="FIM"))
+
+
+def copies_run_as(tmp_path, text):
     own = "METRIC" if "\nMETRIC\n" in text else "FIELD"
     (tmp_path / "deck").mkdir()
     assert run(tmp_path / "deck", text).status == 0
