@@ -162,7 +162,9 @@ TEST(GravityDrainage, ExchangesWaterAndOilAsTheirWeightsAsk) {
     ASSERT_GT(exact, 0.35);  // a good part of the way
     ASSERT_LT(exact, 0.6);
     const auto start = [&](Simulation& s) {
-        makePair(pair, sample::waterAndOil(1e-9), s);
+        makePair(pair, sample::waterAndOil(1e-7), s);
+        s.options.PressureTolerance = 1e-4;
+        s.options.SaturationTolerance = 1e-9;
         setWater(Matrix, 0.25, s);
         setWater(Fracture, 0.78, s);
     };
