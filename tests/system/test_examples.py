@@ -17,7 +17,8 @@ from named_run import run_named, summary_of
 EXAMPLES = REPOSITORY / "examples"
 DECKS = {"five_spot": "ECLIPSE", "live_oil": "LIVE_OIL", "faults": "FAULTS"}
 # Shown by the demonstration too; what their answers are held to stands in tests of their kind.
-FURTHER = {"co2_storage": "CO2_STORAGE", "rich_gas": "RICH_GAS", "water_and_gas": "WATER_AND_GAS"}
+FURTHER = {"co2_storage": "CO2_STORAGE", "rich_gas": "RICH_GAS", "water_and_gas": "WATER_AND_GAS",
+           "dual_porosity": "DUAL_POROSITY"}
 MOST_SECONDS = 20.0
 LEAST_BALANCE = 1e-6  # of what is in place
 FIM_STEP = 10.0  # days
@@ -134,7 +135,7 @@ def test_without_its_faults_tight_the_example_floods_otherwise(tmp_path):
 
 @whole_run
 @pytest.mark.parametrize("name", sorted(FURTHER))
-def test_an_example_of_components_or_storage_runs_to_its_end(tmp_path, name):
+def test_a_further_example_runs_to_its_end(tmp_path, name):
     ended = run_named(pathlib.Path(shutil.copy(EXAMPLES / name / f"{FURTHER[name]}.DATA", tmp_path)).name, "--threads", 1, folder=tmp_path)
     assert ended.returncode == 0, ended.console[-2000:] + ended.errors
     assert re.search(r"^Run +: finished$", ended.console, flags=re.M)
