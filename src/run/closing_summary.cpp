@@ -215,10 +215,9 @@ void warnOfCoarseSteps(const Simulation& s) {
     const RunCourse& course = s.course;
     if (course.coarseDays <= CoarseShare * s.clock.time) return;
     warn(s.console,
-         "WARNING :: LONG STEPS FOR THE FULLY IMPLICIT METHOD IN {} OF {} DAYS: MOBILITIES CHANGED BY UP TO "
-         "{} %, "
-         "RATES MAY BE OFF BY SOME PER CENT. MAXDT {} WOULD SERVE",
-         number(course.coarseDays, 4), number(s.clock.time, 6), number(100.0 * course.worstLag, 2),
+         "WARNING :: LONG STEPS FOR THE FULLY IMPLICIT METHOD IN {} OF {} DAYS: MOBILITIES CHANGED BY "
+         "UP TO {} %, RATES MAY BE OFF BY SOME PER CENT. MAXDT {} WOULD SERVE",
+         number(course.coarseDays, 4), number(s.clock.time, 6), number(Percent * course.worstLag, 2),
          number(course.servingLength, 2));
 }
 

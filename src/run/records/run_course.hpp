@@ -22,8 +22,8 @@ struct RunCourse {
     int stepsAtReport = 0;  // counts when the last row of the table was written
     long cutsAtReport = 0;
     bool tableBegun = false;
-    // Of runs by the fully implicit method alone: days in steps over which mobilities change too much for its first
-    // order, and the longest MAXDT that would have served the worst of them, days.
+    // Of runs by the fully implicit method alone: days in steps over which mobilities change too much for its
+    // first order, and the longest MAXDT that would have served the worst of them, days.
     double coarseDays = 0.0, worstLag = 0.0, servingLength = 0.0;
 };
 
