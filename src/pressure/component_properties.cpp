@@ -125,4 +125,12 @@ void refreshComponents(const GridModel& grid, const FluidTables& tables, double 
             refreshCell(grid, tables, volumeFactor, slopes, saturations, c, stage, state);
 }
 
+void refreshMarked(const GridModel& grid, const FluidTables& tables, double volumeFactor,
+                   const CellArray<std::uint8_t>& marked, ComponentStage& stage, CellState& state) {
+#pragma omp parallel for schedule(dynamic, 64) if (grid.NCELLS >= ParallelCells)
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0 && marked[c] != 0)
+            refreshCell(grid, tables, volumeFactor, VolumeSlopes::None, Saturations::Found, c, stage, state);
+}
+
 }  // namespace kvr

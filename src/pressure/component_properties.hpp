@@ -5,6 +5,8 @@
 #include "pressure/component_stage.hpp"
 #include "pressure/records/cell_state.hpp"
 
+#include <cstdint>
+
 namespace kvr {
 
 /// Amounts that fill the pores of every active cell with the composition, saturation of water and pressure
@@ -25,5 +27,9 @@ enum class Saturations { Found, Held };
 /// cell by itself: the same for any number of threads.
 void refreshComponents(const GridModel& grid, const FluidTables& tables, double volumeFactor,
                        VolumeSlopes slopes, Saturations saturations, ComponentStage& stage, CellState& state);
+
+/// The same without slopes for the cells that are marked.
+void refreshMarked(const GridModel& grid, const FluidTables& tables, double volumeFactor,
+                   const CellArray<std::uint8_t>& marked, ComponentStage& stage, CellState& state);
 
 }  // namespace kvr

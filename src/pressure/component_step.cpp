@@ -141,7 +141,7 @@ void takeComponentWells(Simulation& simulation) {
     yieldWells(simulation.units, run.surface, run.stage, simulation.state, run.wells, simulation.wells);
 }
 
-bool componentStep(Simulation& s) {
+bool solveComponentFlow(Simulation& s) {
     printHead(s.console, s.clock);
     beginStep(s);
     if (!solveVolumes(s)) return false;
@@ -151,13 +151,22 @@ bool componentStep(Simulation& s) {
     keepSolution(s);
     s.pressure.fieldStands = true;
     both(s.console, "Reservoir average pressure : {} PSIA", number(s.pressure.AveragePressure));
+    takeSources(s.wells, s.components.wells, s.components.sources);
+    return true;
+}
+
+void moveOnFlow(const ComponentMakeUp& makeUp, Simulation& s) {
     ComponentRun& run = s.components;
-    takeSources(s.wells, run.wells, run.sources);
-    moveComponents(s.units, s.grid, s.connections, s.fluids, s.velocity, run.sources, s.clock.dt, run.stage,
-                   s.state, run.moved);
+    moveComponents(s.units, s.grid, s.connections, s.fluids, s.velocity, run.sources, makeUp, s.clock.dt,
+                   run.stage, s.state, run.moved);
     rateWells(s.units, run.surface, s.clock.dt, run.sources, run.moved, run.wells, s.wells);
     s.clock.stepsSinceEvent += 1;
     s.clock.workDt = s.clock.dt;
+}
+
+bool componentStep(Simulation& s) {
+    if (!solveComponentFlow(s)) return false;
+    moveOnFlow({}, s);
     return true;
 }
 

@@ -2,10 +2,13 @@
 
 #include "base/threads.hpp"
 #include "pressure/component_properties.hpp"
+#include "pressure/flow_order.hpp"
 #include "pressure/velocity.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <utility>
 
 namespace kvr {
 
@@ -16,15 +19,21 @@ constexpr double LargestMoleShare = 0.5;  // of what it holds of a component
 constexpr double LeastShare =
     1e-20;  // of a cell's moles: a component that is not there; flashes hold traces of it
 constexpr double LeastSubstep = 1e-9;  // of the step: the moves go on, whatever the limits say
+constexpr double StaleChange = 1e-5;   // of what a cell holds, behind which its state is found anew
 
 /// A day's flow through faces and sources. A face has two rows: what goes through it toward the high side,
 /// and what comes back; a row has the moles of each component, the surface volume of water and the volume.
+/// Those are of the cells' own mixtures; what is told of a face is its own row of the make-up, times a flow.
 struct Moves {
     int count = 0;                   // components
     DirectionArray<double> faces;    // (cell, rows of its three high faces)
+    DirectionArray<double> told;     // (cell, high face): flow along the axis that goes as it is told
+    CellArray<double> followed;      // share of what is told of a cell's outflow that goes so
     std::vector<double> sourceRows;  // [source * width], into the reservoir positive
     DirectionArray<double> net;      // (cell, row): what a day brings
     CellArray<double> longest;       // days that the limits of a cell allow
+    CellArray<double> changed;       // by cell, of its amounts since its state was found
+    CellArray<std::uint8_t> stale;
     [[nodiscard]] int width() const { return count + 2; }
     [[nodiscard]] int water() const { return count; }
     [[nodiscard]] int volume() const { return count + 1; }
@@ -38,6 +47,9 @@ void sizeMoves(CellId cells, int count, std::size_t sources, Moves& moves) {
     moves.faces.assign(cells, 2 * AxisCount * moves.width(), 0.0);
     moves.net.assign(cells, moves.width(), 0.0);
     moves.longest.assign(cells, 0.0);
+    moves.told.assign(cells, AxisCount, 0.0);
+    moves.changed.assign(cells, 0.0);
+    moves.stale.assign(cells, 0);
     moves.sourceRows.assign(sources * static_cast<std::size_t>(moves.width()), 0.0);
 }
 
@@ -60,17 +72,49 @@ void addWater(const ComponentStage& stage, const CellState& state, CellId from, 
     row[stage.set.count + 1] += volume;
 }
 
+/// Share of a flow that goes as it is told: what gravity leaves to go along with it of every phase.
+double alongShare(const PhaseFlux& flux, double total, const CellState& state, CellId giver) {
+    const double mobility = state.LambdaO[giver] + state.LambdaW[giver] + state.LambdaG[giver];
+    if (!(mobility > 0.0)) return 0.0;
+    double share = 1.0;
+    const std::pair<double, double> phases[] = {{flux.oil, state.LambdaO[giver]},
+                                                {flux.water, state.LambdaW[giver]},
+                                                {flux.gas, state.LambdaG[giver]}};
+    for (const auto& [flow, lambda] : phases)
+        if (lambda > 0.0) share = std::min(share, flow * mobility / (lambda * total));
+    return std::max(share, 0.0);
+}
+
+void takeAway(double part, const CellState& state, CellId giver, PhaseFlux& flux) {
+    const double perMobility = part / (state.LambdaO[giver] + state.LambdaW[giver] + state.LambdaG[giver]);
+    const auto less = [perMobility](double flow, double lambda) {
+        const double left = flow - perMobility * lambda;
+        return left * flow > 0.0 ? left : 0.0;
+    };
+    flux.oil = less(flux.oil, state.LambdaO[giver]);
+    flux.water = less(flux.water, state.LambdaW[giver]);
+    flux.gas = less(flux.gas, state.LambdaG[giver]);
+}
+
 void measureFaces(const UnitSystem& units, const ConnectionTable& connections, const VelocityField& velocity,
-                  const ComponentStage& stage, const CellState& state, CellId c, Moves& moves) {
+                  const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
+                  CellId c, Moves& moves) {
     double* const rows = moves.faces.row(c);
     std::fill(rows, rows + moves.faces.width, 0.0);
     for (int axis = 1; axis <= AxisCount; ++axis) {
         const int face = 2 * axis;
         const CellId n = connections.Neighbour(c, face);
+        moves.told(c, axis) = 0.0;
         if (n <= 0 || connections.Trans(c, face) == 0.0) continue;
-        const PhaseFlux flux = phaseSharesThroughFace(units.FlowUnit, connections, state, c, face,
-                                                      velocity.CellFaceFlux(c, face));
+        const double total = velocity.CellFaceFlux(c, face);
+        PhaseFlux flux = phaseSharesThroughFace(units.FlowUnit, connections, state, c, face, total);
         const auto from = [c, n](double volume) { return volume > 0.0 ? c : n; };
+        if (!makeUp.isEmpty() && makeUp.isTold(c, axis, total)) {
+            const CellId giver = from(total);
+            const double share = moves.followed[giver] * alongShare(flux, total, state, giver);
+            moves.told(c, axis) = share * total;
+            if (share > 0.0) takeAway(share * total, state, giver, flux);
+        }
         const auto row = [&](double volume) { return rows + moves.rowOf(axis, !(volume > 0.0)); };
         addMixture(stage, units.VolumeFactor, state, from(flux.oil), true, std::abs(flux.oil), row(flux.oil));
         addMixture(stage, units.VolumeFactor, state, from(flux.gas), false, std::abs(flux.gas),
@@ -106,23 +150,31 @@ void addRow(const double* row, double sign, int width, double* net, double* leav
     }
 }
 
-/// What the faces of a cell bring it in a day, and how long it can give what leaves it.
-void gatherCell(const ConnectionTable& connections, const ComponentStage& stage, const CellState& state,
-                CellId c, Moves& moves) {
+/// What the faces of a cell bring it in a day, and how long it can give what leaves it by its own mixtures.
+void gatherCell(const ConnectionTable& connections, const ComponentMakeUp& makeUp,
+                const ComponentStage& stage, const CellState& state, CellId c, Moves& moves) {
     constexpr int MostWidth = MaxComponents + 2;
     double leaving[MostWidth] = {};
     double* const net = moves.net.row(c);
     const int width = moves.width();
     std::fill(net, net + width, 0.0);
+    const auto addTold = [&](CellId low, int axis, double sign) {
+        const double flow = moves.told(low, axis);
+        if (flow == 0.0) return;
+        const double* const row = makeUp.face.row(low) + makeUp.rowOf(axis);
+        for (int k = 0; k <= moves.count; ++k) net[k] += sign * flow * row[k];
+    };
     for (int axis = 1; axis <= AxisCount; ++axis) {
         const double* const high = moves.faces.row(c);
         addRow(high + moves.rowOf(axis, false), -1.0, width, net, leaving);
         addRow(high + moves.rowOf(axis, true), 1.0, width, net, leaving);
+        addTold(c, axis, -1.0);
         const CellId low = connections.Neighbour(c, 2 * axis - 1);
         if (low <= 0) continue;
         const double* const before = moves.faces.row(low);
         addRow(before + moves.rowOf(axis, false), 1.0, width, net, leaving);
         addRow(before + moves.rowOf(axis, true), -1.0, width, net, leaving);
+        addTold(low, axis, 1.0);
     }
     double longest = HUGE_VAL;
     if (leaving[moves.volume()] > 0.0)
@@ -150,11 +202,23 @@ void addSources(std::span<const ComponentSource> sources, const ComponentStage& 
     }
 }
 
-void applyMoves(const Moves& moves, double dt, CellId c, ComponentStage& stage) {
+/// Marks the cell where its amounts have changed so far that its state has to be found anew.
+void applyMoves(const Moves& moves, double dt, CellId c, ComponentStage& stage, double& changed,
+                std::uint8_t& stale) {
     const double* const net = moves.net.row(c);
     double* const moles = stage.amounts.moles.row(c);
-    for (int i = 0; i < moves.count; ++i) moles[i] += dt * net[i];
-    stage.amounts.water[c] += dt * net[moves.water()];
+    double held = 0.0, change = 0.0;
+    for (int i = 0; i < moves.count; ++i) {
+        moles[i] += dt * net[i];
+        held += moles[i];
+        change += std::abs(dt * net[i]);
+    }
+    double& water = stage.amounts.water[c];
+    const double waterChange = std::abs(dt * net[moves.water()]);
+    water += dt * net[moves.water()];
+    changed += change / held + (water > 0.0 ? waterChange / water : 0.0);
+    stale = changed <= StaleChange ? 0 : 1;
+    if (stale != 0) changed = 0.0;
 }
 
 double longestSubstep(const GridModel& grid, const Moves& moves, double left) {
@@ -166,42 +230,139 @@ double longestSubstep(const GridModel& grid, const Moves& moves, double left) {
 
 void measureMoves(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
                   const VelocityField& velocity, std::span<const ComponentSource> sources,
-                  const ComponentStage& stage, const CellState& state, Moves& moves) {
+                  const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
+                  Moves& moves) {
     const bool inParallel = grid.NCELLS >= ParallelCells;
 #pragma omp parallel for schedule(static) if (inParallel)
     for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) measureFaces(units, connections, velocity, stage, state, c, moves);
+        if (grid.Active[c] != 0) measureFaces(units, connections, velocity, makeUp, stage, state, c, moves);
 #pragma omp parallel for schedule(static) if (inParallel)
     for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) gatherCell(connections, stage, state, c, moves);
+        if (grid.Active[c] != 0) gatherCell(connections, makeUp, stage, state, c, moves);
     measureSources(units, sources, stage, state, moves);
     addSources(sources, stage, state, moves);
+}
+
+/// Calls `visit(low cell, axis, flow out of c)` for the faces of a cell whose make-up is told and which it
+/// gives to.
+template <class Visit>
+void forToldOutflows(const ConnectionTable& connections, const VelocityField& velocity,
+                     const ComponentMakeUp& makeUp, CellId c, Visit visit) {
+    for (int face = 1; face <= FaceCount; ++face) {
+        const CellId n = connections.Neighbour(c, face);
+        if (n <= 0) continue;
+        const double out = outflowThrough(connections, velocity.CellFaceFlux, c, face);
+        const CellId low = face % 2 == 0 ? c : n;
+        const int axis = (face + 1) / 2;
+        if (out > 0.0 && makeUp.isTold(low, axis, low == c ? out : -out)) visit(low, axis, out);
+    }
+}
+
+/// By how much the make-ups of all faces of a cell would leave it other than the lines do. `net` comes with
+/// what a day brings.
+double errorOfMakeUps(const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
+                      const double* net, double dt, CellId c) {
+    const double* const told = makeUp.end.row(c);
+    const int count = makeUp.count;
+    if (told[count] < 0.0) return HUGE_VAL;
+    Composition held{};
+    double sum = 0.0;
+    for (int i = 0; i < count; ++i)
+        sum += held[i] = std::max(0.0, stage.amounts.moles(c, i + 1) + dt * net[i]);
+    if (!(sum > 0.0)) return HUGE_VAL;
+    const double water = stage.amounts.water[c] + dt * net[count];
+    double error = std::abs(state.Bw[c] * water / state.PoreVolume[c] - told[count]);
+    for (int i = 0; i < count; ++i) error = std::max(error, std::abs(held[i] / sum - told[i]));
+    return error;
+}
+
+/// Reservoir volume a day that leaves each cell, by faces and sources.
+void sumOutflows(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
+                 std::span<const ComponentSource> sources, CellArray<double>& outflow) {
+    outflow.assign(grid.NCELLS, 0.0);
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        for (int face = 1; face <= FaceCount; ++face)
+            if (connections.Neighbour(c, face) > 0)
+                outflow[c] += std::max(0.0, outflowThrough(connections, velocity.CellFaceFlux, c, face));
+    }
+    for (const ComponentSource& source : sources) outflow[source.cell] += source.produced;
+}
+
+/// How far each cell follows what is told of its outflow, from the flows that follow all of it.
+void trustCells(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
+                std::span<const ComponentSource> sources, const ComponentMakeUp& makeUp,
+                const ComponentStage& stage, const CellState& state, double dt, Moves& moves) {
+    constexpr double TrustedError = 0.01;  // of a fraction or a saturation
+    CellArray<double> outflow;
+    sumOutflows(connections, velocity, grid, sources, outflow);
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        double told = 0.0;
+        forToldOutflows(connections, velocity, makeUp, c, [&](CellId, int, double out) { told += out; });
+        const double through = std::max(outflow[c], told);
+        const double turns = dt * through / state.PoreVolume[c];
+        if (turns <= 1.0) continue;
+        constexpr double Slack = 1e-9;
+        const bool allTold = told >= (1.0 - Slack) * through;
+        const double error =
+            allTold ? errorOfMakeUps(makeUp, stage, state, moves.net.row(c), dt, c) : HUGE_VAL;
+        moves.followed[c] = error > TrustedError ? std::max(TrustedError / error, 1.0 / turns) : 1.0;
+    }
+}
+
+/// Cells which what is told would overdraw within `dt` follow it no further. True where there is one.
+bool dropOverdrawn(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
+                   const ComponentMakeUp& makeUp, const ComponentStage& stage, double dt, Moves& moves) {
+    if (makeUp.isEmpty()) return false;
+    bool any = false;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0 || moves.followed[c] == 0.0) continue;
+        bool over = stage.amounts.water[c] + dt * moves.net(c, moves.count + 1) < 0.0;
+        for (int i = 1; i <= moves.count; ++i)
+            over = over || stage.amounts.moles(c, i) + dt * moves.net(c, i) < 0.0;
+        if (!over) continue;
+        forToldOutflows(connections, velocity, makeUp, c,
+                        [&](CellId low, int axis, double) { any = any || moves.told(low, axis) != 0.0; });
+        moves.followed[c] = 0.0;
+    }
+    return any;
 }
 
 }  // namespace
 
 void moveComponents(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const VelocityField& velocity,
-                    std::span<const ComponentSource> sources, double dt, ComponentStage& stage,
-                    CellState& state, std::vector<SourceTotals>& moved) {
+                    std::span<const ComponentSource> sources, const ComponentMakeUp& makeUp, double dt,
+                    ComponentStage& stage, CellState& state, std::vector<SourceTotals>& moved) {
     Moves moves;
     sizeMoves(grid.NCELLS, stage.set.count, sources.size(), moves);
     moved.assign(sources.size(), {});
+    moves.followed.assign(grid.NCELLS, 1.0);
+    const auto measure = [&] {
+        measureMoves(units, grid, connections, velocity, sources, makeUp, stage, state, moves);
+    };
+    if (!makeUp.isEmpty()) {
+        measure();
+        trustCells(connections, velocity, grid, sources, makeUp, stage, state, dt, moves);
+    }
     for (double left = dt; left > 0.0;) {
-        measureMoves(units, grid, connections, velocity, sources, stage, state, moves);
+        measure();
         const double substep = std::max(longestSubstep(grid, moves, left), std::min(left, LeastSubstep * dt));
+        if (dropOverdrawn(connections, velocity, grid, makeUp, stage, substep, moves)) continue;
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
         for (CellId c = 1; c <= grid.NCELLS; ++c)
-            if (grid.Active[c] != 0) applyMoves(moves, substep, c, stage);
+            if (grid.Active[c] != 0) applyMoves(moves, substep, c, stage, moves.changed[c], moves.stale[c]);
         for (std::size_t s = 0; s < sources.size(); ++s) {
             const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
             for (int i = 0; i < moves.count; ++i) moved[s].moles[i] += substep * row[i];
             moved[s].water += substep * row[moves.water()];
         }
-        refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::None, Saturations::Found, stage,
-                          state);
         left = substep < left ? left - substep : 0.0;
+        if (left > 0.0) refreshMarked(grid, tables, units.VolumeFactor, moves.stale, stage, state);
     }
+    refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::None, Saturations::Found, stage, state);
 }
 
 }  // namespace kvr

@@ -11,6 +11,7 @@
 #include "run/status_line.hpp"
 #include "run/step_control.hpp"
 #include "run/step_measure.hpp"
+#include "streamline/streamline_step.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -33,6 +34,7 @@ constexpr double VanishedStep = 1e-9;  // days
 // what the ones before have left over, while that is more than a share of its limit.
 constexpr int MostPasses = 3;
 constexpr double RepeatShare = 0.3;
+constexpr int MostLineCuts = 2;  // of a step, behind which the cells alone move its amounts
 
 struct Row {
     std::string_view name;
@@ -151,14 +153,36 @@ ComponentJudgement judgeComponentStep(const RunOptions& options, const Component
 
 namespace {
 
+double daysToReport(const Simulation& s) {
+    return tableTime(s.schedule.reportEnd, s.clock.reportIndex) - s.clock.time - s.clock.dt;
+}
+
+double daysToEnd(const Simulation& s) {
+    return s.clock.endTime - s.clock.time - s.clock.dt;
+}
+
+/// Pressure and amounts of one pass; false where no pressure is found. What the lines of the first pass tell
+/// serves the others, whose flow differs by little.
+bool advance(bool byLines, ComponentMakeUp& makeUp, Simulation& s) {
+    if (!solveComponentFlow(s)) return false;
+    if (byLines && makeUp.isEmpty()) {
+        const StageTimer timer(s.times.lines);
+        s.clock.workDt = s.clock.dt;
+        makeUp = traceMixtures(s, daysToEnd(s), daysToReport(s));
+    }
+    moveOnFlow(makeUp, s);
+    return true;
+}
+
 /// Passes over one step from its level.
-ComponentFigures attempt(const WellRecord& wells, Simulation& s) {
+ComponentFigures attempt(bool byLines, const WellRecord& wells, Simulation& s) {
     s.components.stage.leftOver.assign(s.grid.NCELLS, 0.0);
     const RunClock clock = s.clock;
+    ComponentMakeUp makeUp;
     double before = HUGE_VAL;
     for (int pass = 1;; ++pass) {
         ComponentFigures figures;
-        figures.pressureSolved = componentStep(s);
+        figures.pressureSolved = advance(byLines, makeUp, s);
         if (!figures.pressureSolved) return figures;
         figures = measureComponentStep(s);
         const double share = volumeShare(s.options, figures);
@@ -167,6 +191,13 @@ ComponentFigures attempt(const WellRecord& wells, Simulation& s) {
         addLeftOver(s);
         returnToLevel(wells, clock, s);
     }
+}
+
+/// The files of lines at the end of a step that was taken without any.
+void showLines(Simulation& s) {
+    if (s.options.method != "streamline") return;
+    const StageTimer timer(s.times.lines);
+    drawLines(s, daysToEnd(s), daysToReport(s));
 }
 
 }  // namespace
@@ -179,7 +210,8 @@ void takeComponentStep(Simulation& s) {
     const RunClock clock = s.clock;
     const double before = s.pressure.fieldStands ? s.control.longest : 0.0;
     for (int cuts = 0;; ++cuts) {
-        const ComponentFigures figures = attempt(wells, s);
+        const bool byLines = s.options.method == "streamline" && cuts < MostLineCuts;
+        const ComponentFigures figures = attempt(byLines, wells, s);
         ComponentJudgement judgement = judgeComponentStep(s.options, figures, s.clock.dt);
         const bool shortest = s.clock.dt <= s.options.stepSmallest || !s.options.stepControl;
         if (figures.pressureSolved && !judgement.stands && shortest && std::isfinite(judgement.figure)) {
@@ -192,6 +224,7 @@ void takeComponentStep(Simulation& s) {
         tellJudgement(s, judgement);
         updateStatus(s);
         if (judgement.stands) {
+            if (!byLines) showLines(s);
             s.control.longest =
                 cuts == 0 ? allowedBehind(judgement.length, before, s.clock.dt) : judgement.length;
             return;

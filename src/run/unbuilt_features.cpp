@@ -2,6 +2,8 @@
 
 #include "base/hard_stop.hpp"
 
+#include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace kvr {
@@ -18,9 +20,28 @@ bool standsOnAnotherRun(const RunOptions& o) {
     return o.traceFromRestart || o.useEclipsePressure || o.useEclipseTrans || o.eclipseToTecplot;
 }
 
+bool carriesMixturesOnLines(const RunOptions& o) {
+    return o.componentCount > 0 && o.method == "streamline";
+}
+
+bool hasOtherLines(const RunOptions& o) {
+    return std::any_of(o.solverPhaseName.begin(), o.solverPhaseName.end(),
+                       [](const std::string& word) { return word != "mas"; });
+}
+
 constexpr FeatureRow Features[] = {
-    {[](const RunOptions& o) { return o.componentCount > 0 && o.method != "IMPES"; },
-     "components (COMPS) other than by FDMETHOD IMPES"},
+    {[](const RunOptions& o) {
+         return o.componentCount > 0 && o.method != "IMPES" && o.method != "streamline";
+     },
+     "components (COMPS) other than by streamlines or FDMETHOD IMPES"},
+    {[](const RunOptions& o) { return carriesMixturesOnLines(o) && hasOtherLines(o); },
+     "components (COMPS) on lines other than explicit ones (SL1DCON)"},
+    {[](const RunOptions& o) { return carriesMixturesOnLines(o) && o.orthogonalProjection; },
+     "components (COMPS) on lines with the orthogonal projection (SL1DCON)"},
+    {[](const RunOptions& o) { return carriesMixturesOnLines(o) && !o.conservativeMapping; },
+     "components (COMPS) on lines with MAPPING AVERAGE"},
+    {[](const RunOptions& o) { return o.componentCount > 0 && o.outputSensitivity; },
+     "components (COMPS) with sensitivity output (OPTIONKVR 4)"},
     {[](const RunOptions& o) { return o.componentCount > 0 && standsOnAnotherRun(o); },
      "components (COMPS) with the files of an outside simulator"},
     {[](const RunOptions& o) { return o.componentCount > 0 && o.historyMatch; },

@@ -75,6 +75,59 @@ LineEnd lineEnd(const LineField& field, TraceStatus status, const SolverLine& li
     return end;
 }
 
+/// What a line of components carries out, as surface volumes per reservoir volume, from `out`.
+LineEnd mixtureEnd(const LineField& field, TraceStatus status, const SolverLine& line,
+                   const ComponentFlow& out, ComponentLine& components) {
+    LineEnd end;
+    const bool arrived = !field.fromInjector || status == TraceStatus::ReachedWell;
+    end.well = arrived ? line.producer : 0;
+    end.cell = line.tracedCell[at(line.tracedNodeCount)];
+    const ComponentNode& last = components.nodes[at(line.nodeCount)];
+    const int count = field.components.stage->set.count;
+    double moles = 0.0;
+    for (std::size_t i = 0; i < at(count); ++i) moles += out.moles[i];
+    end.water = out.water;
+    end.waterFraction = end.water * last.Bw;
+    end.oilFraction = 1.0 - end.waterFraction;
+    if (!(moles > 0.0)) return end;
+    Composition feed{};
+    for (std::size_t i = 0; i < at(count); ++i) feed[i] = out.moles[i] / moles;
+    components.surface = {};
+    const PhaseVolumes volumes = surfaceVolumes(*field.components.surface, feed, components.surface);
+    end.oil = moles * volumes.liquid / field.components.volumeFactor;
+    end.gas = moles * volumes.vapour / field.components.volumeFactor;
+    return end;
+}
+
+void solveMixtureLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+                      const LineField& field, LineWorker& worker, LineResult& result) {
+    SolverLine& line = worker.line;
+    ComponentLine& components = worker.components;
+    const int count = field.components.stage->set.count;
+    takeTracedLine(grid, result.record, !field.fromInjector, field.trace.referenceCube, line);
+    layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
+    joinShortNodes(field.step, line);
+    loadComponentLine(grid, fluids, state, field.components, line, components);
+    const double step = field.solver == LineSolver::Still ? 0.0 : field.step;
+    advanceComponentLine(fluids, field.components, field.control, step, line, components);
+    takeContribution(line, fluids.hasGas, result.contribution);
+    takeHeld(count, line, components, result.contribution);
+    if (field.keepPaths)
+        takePath(grid, result.record, field.fromInjector, field.trace.referenceCube, line,
+                 result.contribution, result.path);
+    takeMixturePassage(count, line, components, result.passage);
+    const ComponentNode& last = components.nodes[at(line.nodeCount)];
+    ComponentFlow out = last.flux;
+    if (step > 0.0) {
+        for (std::size_t i = 0; i < at(count); ++i) out.moles[i] = last.passed.moles[i] / step;
+        out.water = last.passed.water / step;
+    }
+    result.end = mixtureEnd(field, result.record.status, line, out, components);
+    result.substeps = line.substeps;
+    result.newton = {};
+    result.solved = true;
+}
+
 }  // namespace
 
 LineSolver lineSolverOf(std::string_view word) {
@@ -101,6 +154,8 @@ void sizeResult(int tracedNodes, int tracerCount, LineResult& result) {
 void solveLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
                const WellRecord& wells, const LineField& field, LineWorker& worker, LineResult& result) {
     if (field.solver == LineSolver::None) return;
+    if (field.components.stage != nullptr)
+        return solveMixtureLine(grid, fluids, state, field, worker, result);
     SolverLine& line = worker.line;
     loadLine(grid, fluids, state, wells, field, result.record, line);
     result.newton = {};

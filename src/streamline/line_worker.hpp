@@ -14,6 +14,7 @@
 #include "streamline/tracing/streamline_record.hpp"
 #include "streamline/tracing/trace.hpp"
 #include "streamline/transport/analytic_transport.hpp"
+#include "streamline/transport/component_line.hpp"
 #include "streamline/transport/explicit_transport.hpp"
 #include "streamline/transport/implicit_transport.hpp"
 #include "streamline/transport/line_grid.hpp"
@@ -41,6 +42,7 @@ struct LineWorker {
     SolverLine line;
     ExplicitScratch scratch;
     LineNewton newton;
+    ComponentLine components;
 };
 
 /// What one line leaves behind, taken before its worker goes on to the next one.
@@ -78,7 +80,8 @@ struct LineField {
     bool sensitivities = false;  // lines tell what they say of permeability
     SensitivitySettings sensitivityForms;
     double lineFlux = 1.0;  // rb/day of a launched line
-    bool gravity = false;   // along-line gravity: the orthogonal projection leaves it to the lines
+    ComponentField components;
+    bool gravity = false;  // along-line gravity: the orthogonal projection leaves it to the lines
 };
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);

@@ -9,6 +9,7 @@
 #include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
 #include "streamline/mapping/amounts_update.hpp"
+#include "streamline/mapping/component_mapping.hpp"
 #include "streamline/mapping/mapping.hpp"
 #include "streamline/mapping/producer_rates.hpp"
 #include "streamline/missed_blocks.hpp"
@@ -91,12 +92,24 @@ void printMethod(const Simulation& s) {
     screen(s.console, "CFL condition for 1D : {}", number(s.options.cfl));
 }
 
+/// Sums and cells of lines that carry components.
+void prepareMixtures(Simulation& s) {
+    LineField& field = s.lines.field;
+    prepareComponentField(s.units, s.grid, s.state, s.velocity, s.wells, s.components, field.components);
+    if (!s.options.lineCompressibility) field.components.expansion.assign(s.grid.NCELLS, 0.0);
+    field.passes = true;
+    const int count = s.components.stage.set.count;
+    clearTransfer(s.grid.NCELLS, s.lines.transfer, count);
+    s.mapping.mixture.assign(s.grid.NCELLS, count + 1, 0.0);
+}
+
 /// `storage`: how cells hold their fluids at the start of the step.
 void prepareFields(Storage storage, Simulation& s) {
     prepareExitFlags(s.console, s.connections, s.velocity, s.exitFlags);
     buildTraceField(s.options, s.grid, s.state, s.velocity, s.wells, s.tags, s.exitFlags,
                     s.lines.field.trace);
     LineField& field = s.lines.field;
+    if (s.options.componentCount > 0) return prepareMixtures(s);
     gatherNodeData(s.fluids, s.grid, s.state, s.timeLevel, s.velocity, s.wells, storage, s.clock.workDt,
                    field.nodes);
     field.passes = carriesAmounts(s.options);
@@ -301,6 +314,28 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     }
     closeLineOutput(simulation);
     clearStep(simulation);
+}
+
+ComponentMakeUp traceMixtures(Simulation& simulation, double remainingToEnd, double remainingToReport) {
+    Simulation& s = simulation;
+    if (s.wells.wells.empty()) return {};
+    const double start = wallSeconds();
+    clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
+    openLineOutput(remainingToReport, s);
+    prepareSolver(s, remainingToEnd);
+    lineToScreen(s.console, "");
+    lineToScreen(s.console, "-- Saturation calculation --");
+    launch(s);
+    printMethod(s);
+    prepareFields(Storage::Whole, s);
+    startSensitivities(false, false, s);
+    clearVisited(s.mapping);
+    clearOutlets(s.wells, s.lines.outlets);
+    runLines(0, start, remainingToEnd, s);
+    ComponentMakeUp makeUp = makeUpOfLines(s);
+    closeLineOutput(s);
+    clearStep(s);
+    return makeUp;
 }
 
 void drawLines(Simulation& simulation, double remainingToEnd, double remainingToReport) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pressure/component_make_up.hpp"
 #include "run/records/simulation.hpp"
 
 namespace kvr {
@@ -17,6 +18,10 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int iteration, d
 /// pair and the maps, but no transport and no mapping, since cells and wells are those of the restart.
 void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int iteration, double remainingToEnd,
                            double remainingToReport);
+
+/// The lines of a step with components on its flow, over clock.workDt: launch, trace, transport on every
+/// line, their files. Returns what they tell of the flow; cells and wells stay.
+ComponentMakeUp traceMixtures(Simulation& simulation, double remainingToEnd, double remainingToReport);
 
 /// Lines on the flow field and the cells of the end of a step whose saturations have moved without any: for
 /// the files of a report, the rates by pair and the maps of the end of the run alone. Nothing is done where

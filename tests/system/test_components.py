@@ -96,8 +96,9 @@ def test_a_producer_holds_its_oil_rate(tmp_path):
     assert columns["WOPR:PRD"][1:] == pytest.approx(30.0, rel=0.03)
 
 
-def test_results_are_the_same_bits_for_any_number_of_threads(tmp_path):
-    pieces = dict(cells=(40, 30, 2), sizes=(40.0, 40.0, 20.0), steps="2*5", permeability=200.0)
+@pytest.mark.parametrize("method", ["IMPES", "STREAMLINE"])
+def test_results_are_the_same_bits_for_any_number_of_threads(tmp_path, method):
+    pieces = dict(cells=(40, 30, 2), sizes=(40.0, 40.0, 20.0), steps="2*5", permeability=200.0, method=method)
     found = []
     for threads in ("1", "2"):
         folder = tmp_path / threads
@@ -109,9 +110,15 @@ def test_results_are_the_same_bits_for_any_number_of_threads(tmp_path):
     assert found[0] == found[1]
 
 
+LINES = dict(method="STREAMLINE")
+
+
 @pytest.mark.parametrize("pieces, message", [
-    (dict(method="FIM"), "components (COMPS) other than by FDMETHOD IMPES"),
-    (dict(method="STREAMLINE"), "components (COMPS) other than by FDMETHOD IMPES"),
+    (dict(method="FIM"), "components (COMPS) other than by streamlines or FDMETHOD IMPES"),
+    (dict(LINES, options="SL1DCON\nANALYTICAL /\n"), "components (COMPS) on lines other than explicit ones (SL1DCON)"),
+    (dict(LINES, options="SL1DCON\nIMPLICIT /\n"), "components (COMPS) on lines other than explicit ones (SL1DCON)"),
+    (dict(LINES, options="SL1DCON\nEXPLICIT IRR 1 SPU Yes Yes No Yes /\n"), "components (COMPS) on lines with the orthogonal projection"),
+    (dict(LINES, options="MAPPING\nAVERAGE /\n"), "components (COMPS) on lines with MAPPING AVERAGE"),
     (dict(controls=ORAT.replace("INJ STREAM LEAN /\n", "")), "ERROR :: WELL INJ INJECTS GAS WITHOUT A STREAM"),
     (dict(streams=(("LEAN", (0.0, 0.0, 1.0)),)), "ERROR :: STREAM LEAN OF WELL INJ HAS NO GAS AT THE SURFACE"),
     (dict(composition=""), "INITIALIZING Failed :: Initial Composition is not given"),
@@ -121,6 +128,28 @@ def test_what_cannot_be_run_is_refused_in_one_line(tmp_path, pieces, message):
     ended = run(tmp_path, **pieces)
     assert ended.returncode != 0
     assert message in ended.console + (tmp_path / "CASE_dbg.out").read_text()
+
+
+@pytest.fixture(scope="module")
+def by_lines(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("by_lines")
+    return whole(run(folder, **dict(GAS_DRIVE, **LINES))), folder
+
+
+def test_every_component_balances_along_lines(drive, by_lines):
+    rows, cells = component_rows(by_lines[0].console), component_rows(drive[0].console)
+    assert all(abs(error) < 1e-4 for _, _, error in rows.values())
+    for name, (produced, injected, _) in rows.items():
+        assert injected == pytest.approx(cells[name][1], rel=1e-9), name
+        # The row is coarse: twelve cells smear the front of the cells over two.
+        assert produced == pytest.approx(cells[name][0], rel=0.03), name
+
+
+def test_lines_of_components_are_shown_as_those_of_black_oil(by_lines):
+    _, folder = by_lines
+    assert "Successed Streamline : " in (folder / "CASE_dbg.out").read_text()
+    assert len(list(folder.glob("CASE.SLN0*"))) == 10
+    assert len(tecplot.read_zones(folder / "CASE_TPlot_Out_Zmf.plt")) == 11
 
 
 def test_a_composition_that_does_not_sum_to_one_is_told_and_divided_by_its_sum(tmp_path):

@@ -72,11 +72,48 @@ void takePassage(const SolverLine& line, LinePassage& passage) {
     findResolved(line, passage.told);
 }
 
-void clearTransfer(CellId cells, FaceTransfer& transfer) {
-    for (DirectionArray<double>* array :
-         {&transfer.flow, &transfer.told, &transfer.water, &transfer.oil, &transfer.gas})
+void takeMixturePassage(int count, const SolverLine& line, const ComponentLine& components,
+                        LinePassage& passage) {
+    passage.mixture.resize(std::max(passage.mixture.size(), at(line.tracedNodeCount) + 1));
+    std::size_t k = 1;
+    for (std::size_t n = 0; n <= at(line.tracedNodeCount); ++n) {
+        const double t = line.tracedTof[n];
+        double share = 1.0;
+        if (line.regridded) {
+            while (k < at(line.nodeCount) && line.Tof[k] < t) ++k;
+            share = std::clamp((t - line.Tof[k - 1]) / line.DeltaTof[k], 0.0, 1.0);
+        } else {
+            k = std::max<std::size_t>(n, 1);
+            if (n == 0) share = 0.0;
+        }
+        const ComponentFlow &before = components.nodes[k - 1].passed, &here = components.nodes[k].passed;
+        ComponentFlow& passed = passage.mixture[n];
+        for (std::size_t i = 0; i < at(count); ++i)
+            passed.moles[i] = (1.0 - share) * before.moles[i] + share * here.moles[i];
+        passed.water = (1.0 - share) * before.water + share * here.water;
+    }
+    findResolved(line, passage.told);
+}
+
+void clearTransfer(CellId cells, FaceTransfer& transfer, int components) {
+    transfer.components = components;
+    for (DirectionArray<double>* array : {&transfer.flow, &transfer.told})
+        array->assign(cells, AxisCount, 0.0);
+    if (components > 0) return transfer.mixture.assign(cells, AxisCount * (components + 1), 0.0);
+    for (DirectionArray<double>* array : {&transfer.water, &transfer.oil, &transfer.gas})
         array->assign(cells, AxisCount, 0.0);
 }
+
+namespace {
+
+void addMixture(const TransferFace& place, double flow, const ComponentFlow& passed, FaceTransfer& transfer) {
+    const auto width = at(transfer.components + 1);
+    double* const row = transfer.mixture.row(place.cell) + at(place.axis - 1) * width;
+    for (std::size_t i = 0; i + 1 < width; ++i) row[i] += flow * passed.moles[i];
+    row[width - 1] += flow * passed.water;
+}
+
+}  // namespace
 
 void addPassage(const ConnectionTable& connections, std::span<const CellId> cells, int count, double flow,
                 const CellArray<std::uint8_t>& covered, const LinePassage& passage, FaceTransfer& transfer) {
@@ -91,6 +128,10 @@ void addPassage(const ConnectionTable& connections, std::span<const CellId> cell
         transfer.flow(place.cell, place.axis) += signedFlow;
         if (passage.told[n] == 0) continue;
         transfer.told(place.cell, place.axis) += signedFlow;
+        if (transfer.components > 0) {
+            addMixture(place, signedFlow, passage.mixture[n], transfer);
+            continue;
+        }
         transfer.water(place.cell, place.axis) += signedFlow * passage.water[n];
         transfer.oil(place.cell, place.axis) += signedFlow * passage.oil[n];
         transfer.gas(place.cell, place.axis) += signedFlow * passage.gas[n];

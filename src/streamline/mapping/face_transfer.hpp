@@ -2,6 +2,7 @@
 
 #include "base/cell_array.hpp"
 #include "model/connections.hpp"
+#include "streamline/transport/component_line.hpp"
 #include "streamline/transport/solver_line.hpp"
 
 #include <cstdint>
@@ -16,6 +17,7 @@ struct LinePassage {
     std::vector<double> water, oil, gas;
     std::vector<std::uint8_t> told;  // whether the solver node that lets it out is no longer than the traced
     std::vector<double> solver;      // work: the same between solver nodes
+    std::vector<ComponentFlow> mixture;  // in place of the three in runs with components
 };
 
 void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage);
@@ -25,6 +27,9 @@ void sizePassage(int tracedNodes, std::size_t solverNodes, LinePassage& passage)
 /// the flow may have passed less than nothing. A regridded line takes the passage linear in time of flight
 /// between solver nodes.
 void takePassage(const SolverLine& line, LinePassage& passage);
+/// The same of a line of components.
+void takeMixturePassage(int count, const SolverLine& line, const ComponentLine& components,
+                        LinePassage& passage);
 
 /// Flow of the lines through the face between a cell and its neighbour on the high side of axis 1..3, the
 /// part of it whose make-up the lines tell, and the surface amounts that this part took through the face over
@@ -32,9 +37,11 @@ void takePassage(const SolverLine& line, LinePassage& passage);
 /// several cells what it holds, and tells nothing of what passes between them.
 struct FaceTransfer {
     DirectionArray<double> flow, told, water, oil, gas;
+    int components = 0;
+    DirectionArray<double> mixture;  // (cell, row of the axis) in place of the three, as in ComponentMakeUp
 };
 
-void clearTransfer(CellId cells, FaceTransfer& transfer);
+void clearTransfer(CellId cells, FaceTransfer& transfer, int components = 0);
 
 /// Adds a line of `cells` [1..count] that stands for `flow`. Steps between two cells that are both set in
 /// `covered` (empty: none is) are left out.

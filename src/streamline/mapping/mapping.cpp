@@ -121,6 +121,13 @@ void limitUnvisited(const SaturationTable& table, CellId cell, CellState& state)
     storePhases(kept, cell, state);
 }
 
+void addHeld(const LineContribution& contribution, std::size_t n, double weight, double* row) {
+    const ComponentFlow& held = contribution.held[n];
+    const std::size_t count = at(contribution.components);
+    for (std::size_t i = 0; i < count; ++i) row[i] += weight * held.moles[i];
+    row[count] += weight * held.water;
+}
+
 }  // namespace
 
 void sizeContribution(int tracedNodes, int tracerCount, LineContribution& contribution) {
@@ -145,6 +152,24 @@ void takeContribution(const SolverLine& line, bool hasGas, LineContribution& con
     }
     for (std::size_t t = 0; t < line.tracer.size(); ++t)
         remapToTraced(line, line.tracer[t], contribution.tracer[t]);
+}
+
+void takeHeld(int count, const SolverLine& line, ComponentLine& components, LineContribution& contribution) {
+    contribution.components = count;
+    contribution.held.resize(std::max(contribution.held.size(), at(line.tracedNodeCount) + 1));
+    components.solver.resize(at(line.nodeCount) + 1);
+    components.traced.resize(at(line.tracedNodeCount) + 1);
+    for (int k = 0; k <= count; ++k) {
+        for (std::size_t n = 1; n <= at(line.nodeCount); ++n) {
+            const ComponentFlow& held = components.nodes[n].held;
+            components.solver[n] = k < count ? held.moles[at(k)] : held.water;
+        }
+        remapToTraced(line, components.solver, components.traced);
+        for (std::size_t n = 1; n <= at(line.tracedNodeCount); ++n) {
+            ComponentFlow& held = contribution.held[n];
+            (k < count ? held.moles[at(k)] : held.water) = components.traced[n];
+        }
+    }
 }
 
 void scaleWeights(double flow, LineContribution& contribution) {
@@ -177,6 +202,7 @@ void accumulate(const LineContribution& contribution, bool hasGas, bool onlyMiss
         }
         for (std::size_t t = 0; t < contribution.tracer.size(); ++t)
             sums.tracer.row(cell)[t] += contribution.tracer[t][n] * weight;
+        if (contribution.components > 0) addHeld(contribution, n, weight, sums.mixture.row(cell));
     }
 }
 
@@ -202,6 +228,7 @@ void clearMapping(MappingSums& sums) {
     for (CellArray<double>* values : {&sums.weight, &sums.water, &sums.oil, &sums.gas, &sums.bubblePoint})
         std::fill(values->slots.begin(), values->slots.end(), 0.0);
     std::fill(sums.tracer.slots.begin(), sums.tracer.slots.end(), 0.0);
+    std::fill(sums.mixture.slots.begin(), sums.mixture.slots.end(), 0.0);
 }
 
 void clearVisited(MappingSums& sums) {

@@ -5,6 +5,7 @@
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "streamline/mapping/mapping_sums.hpp"
+#include "streamline/transport/component_line.hpp"
 #include "streamline/transport/solver_line.hpp"
 
 #include <vector>
@@ -18,12 +19,17 @@ struct LineContribution {
     std::vector<double> weight;  // days, residence time
     std::vector<double> Sw, So, Sg, bubblePoint;
     std::vector<std::vector<double>> tracer;  // [tracer][node]
+    int components = 0;
+    std::vector<ComponentFlow> held;  // of runs with components, per pore volume
 };
 
 void sizeContribution(int tracedNodes, int tracerCount, LineContribution& contribution);
 
 /// Takes the solution of a line, through the remap where it was regridded.
 void takeContribution(const SolverLine& line, bool hasGas, LineContribution& contribution);
+
+/// What the nodes of a line of components hold, beside its saturations.
+void takeHeld(int count, const SolverLine& line, ComponentLine& components, LineContribution& contribution);
 
 /// Multiplies the weights of a line: residence times then count by the flow that the line stands for.
 void scaleWeights(double flow, LineContribution& contribution);

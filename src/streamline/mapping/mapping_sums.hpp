@@ -10,6 +10,7 @@ namespace kvr {
 struct MappingSums {
     CellArray<double> weight, water, oil, gas, bubblePoint;
     DirectionArray<double> tracer;
+    DirectionArray<double> mixture;      // (cell): components and water of what lines hold; no width without
     CellArray<double> bubblePointLimit;  // psia, initial bubble points
     CellArray<std::uint8_t> CellVisited;
     CellArray<std::uint8_t> visitedSnapshot;  // CellVisited when the missed-block stage starts
