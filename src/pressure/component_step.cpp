@@ -22,7 +22,13 @@ namespace kvr {
 
 namespace {
 
-constexpr int SlopeIterations = 1;     // behind them the volumes a lb-mole stand
+constexpr int SlopeIterations = 1;  // behind them the volumes a lb-mole stand
+// What a well that draws by little brings up goes to and fro between its connections: behind the first
+// iterations its mixture follows them by a share.
+constexpr int PlainIterations = 3;
+constexpr double LaterFollow = 0.3;
+constexpr double SettledMiss = 1e-3;   // of a rate target ...
+constexpr int MostSettling = 8;        // ... within so many iterations with pressures at rest
 constexpr double LargestMove = 300.0;  // psi that one iteration may move a cell by
 
 void refresh(VolumeSlopes slopes, Saturations saturations, Simulation& s) {
@@ -34,16 +40,16 @@ void updateRates(Simulation& s) {
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
 }
 
-void updateWells(Simulation& s) {
+void updateWells(double follow, Simulation& s) {
     ComponentRun& run = s.components;
-    yieldWells(s.units, run.surface, run.stage, s.state, run.wells, s.wells);
+    yieldWells(s.units, run.surface, run.stage, s.state, follow, run.wells, s.wells);
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
 }
 
 void beginStep(Simulation& s) {
     s.pressure.failed = s.pressure.stepCut = false;
     refresh(VolumeSlopes::All, Saturations::Found, s);
-    updateWells(s);
+    updateWells(1.0, s);
     initialiseBottomHolePressures(s.state, s.wells);
     clearBottomHoleResets(s.wells);
     holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
@@ -75,9 +81,21 @@ bool applySolution(double DIFFP, Simulation& s, int& it) {
     return switched;
 }
 
+/// Largest share by which a rate-controlled producer gives another rate than its target. Where a well draws
+/// by less than the tolerance of pressures, cells at rest do not mean that its rate is right.
+double targetMiss(const WellRecord& wells) {
+    double miss = 0.0;
+    for (const Well& well : wells.wells) {
+        if (well.shut || !isRateControlled(well) || isInjector(well) || well.TargetRate == 0.0) continue;
+        miss = std::max(miss, std::abs(heldRate(well, well.WellControl) / well.TargetRate - 1.0));
+    }
+    return miss;
+}
+
 /// Newton on the volume balance; false where it does not end.
 bool solveVolumes(Simulation& s) {
     PressureWork& work = s.pressureWork;
+    int settling = 0;
     for (int it = 0; it < s.options.MaxPressureIterations;) {
         assemble(s);
         if (it == 0) work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
@@ -90,9 +108,10 @@ bool solveVolumes(Simulation& s) {
         if (it == FailedIteration || !std::isfinite(largest.DIFFP)) return false;
         ++it;
         refresh(it <= SlopeIterations ? VolumeSlopes::All : VolumeSlopes::Pressure, Saturations::Held, s);
-        updateWells(s);
+        updateWells(it <= PlainIterations ? 1.0 : LaterFollow, s);
         updateRates(s);
-        if (largest.DIFFP < s.options.PressureTolerance && !switched) {
+        if (!(largest.DIFFP < s.options.PressureTolerance) || switched) continue;
+        if (targetMiss(s.wells) < SettledMiss || ++settling > MostSettling) {
             both(s.console, "Iteration for pressure     : {}", it);
             return true;
         }
@@ -138,7 +157,7 @@ void takeComponentWells(Simulation& simulation) {
     ComponentRun& run = simulation.components;
     takeStreams(simulation.console, simulation.units, run.surface, simulation.schedule, simulation.wells,
                 run.wells);
-    yieldWells(simulation.units, run.surface, run.stage, simulation.state, run.wells, simulation.wells);
+    yieldWells(simulation.units, run.surface, run.stage, simulation.state, 1.0, run.wells, simulation.wells);
 }
 
 bool solveComponentFlow(Simulation& s) {

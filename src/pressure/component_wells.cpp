@@ -2,6 +2,7 @@
 
 #include "base/hard_stop.hpp"
 #include "base/messages.hpp"
+#include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -30,24 +31,34 @@ PhaseVolumes surfaceOf(const UnitSystem& units, const SurfaceFluid& surface, Wel
     return volumes;
 }
 
-/// Fractions of all that the connections of a producer let through at one drawdown; false where that is no
-/// component at all.
+/// What draws the fluids of a cell into a connection, psi; nothing where they do not come.
+double drawnInto(const CellState& state, const Well& well, const WellConnection& connection) {
+    return std::max(0.0, -drawdown(state, well, connection));
+}
+
+/// Fractions of all that the connections of a producer let through, at one drawdown where none draws; false
+/// where that is no component at all.
 bool takeProducedStream(const UnitSystem& units, const ComponentStage& stage, const CellState& state,
-                        const Well& well, WellMixture& mixture) {
+                        double follow, const Well& well, WellMixture& mixture) {
     Composition sum{};
+    const bool draws = std::any_of(
+        well.connections.begin(), well.connections.end(),
+        [&](const WellConnection& connection) { return drawnInto(state, well, connection) > 0.0; });
     for (const WellConnection& connection : well.connections) {
         const CellId c = connection.ConnCell;
         const FlashState& flash = stage.cells.flash[static_cast<std::size_t>(c)];
-        const double liquid =
-            connection.ConnWI * state.LambdaO[c] * phaseMolesIn(stage, units.VolumeFactor, state, c, true);
-        const double vapour =
-            connection.ConnWI * state.LambdaG[c] * phaseMolesIn(stage, units.VolumeFactor, state, c, false);
+        const double drawn = draws ? drawnInto(state, well, connection) : 1.0;
+        const double liquid = drawn * connection.ConnWI * state.LambdaO[c] *
+                              phaseMolesIn(stage, units.VolumeFactor, state, c, true);
+        const double vapour = drawn * connection.ConnWI * state.LambdaG[c] *
+                              phaseMolesIn(stage, units.VolumeFactor, state, c, false);
         for (int i = 0; i < stage.set.count; ++i)
             sum[i] += liquid * flash.liquid[i] + vapour * flash.vapour[i];
     }
     const double total = sumOf(sum, stage.set.count);
     if (!(total > 0.0)) return false;
-    for (int i = 0; i < stage.set.count; ++i) mixture.stream[i] = sum[i] / total;
+    for (int i = 0; i < stage.set.count; ++i)
+        mixture.stream[i] += follow * (sum[i] / total - mixture.stream[i]);
     return true;
 }
 
@@ -64,10 +75,11 @@ double producedDensity(const CellState& state, const Well& well) {
 }
 
 void yieldProducer(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
-                   const CellState& state, WellMixture& mixture, Well& well) {
+                   const CellState& state, double follow, WellMixture& mixture, Well& well) {
     well.mixtureDensity = producedDensity(state, well);
     PhaseVolumes volumes;
-    if (takeProducedStream(units, stage, state, well, mixture)) volumes = surfaceOf(units, surface, mixture);
+    if (takeProducedStream(units, stage, state, follow, well, mixture))
+        volumes = surfaceOf(units, surface, mixture);
     for (WellConnection& connection : well.connections) {
         const CellId c = connection.ConnCell;
         const double liquid = phaseMolesIn(stage, units.VolumeFactor, state, c, true);
@@ -136,11 +148,12 @@ void takeStreams(const Console& console, const UnitSystem& units, const SurfaceF
 }
 
 void yieldWells(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
-                const CellState& state, std::vector<WellMixture>& mixtures, WellRecord& wells) {
+                const CellState& state, double follow, std::vector<WellMixture>& mixtures,
+                WellRecord& wells) {
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         Well& well = wells.wells[w];
         if (!isInjector(well))
-            yieldProducer(units, surface, stage, state, mixtures[w], well);
+            yieldProducer(units, surface, stage, state, follow, mixtures[w], well);
         else if (mixtures[w].hasStream && mixtures[w].perSurface > 0.0)
             yieldInjector(stage.set, stage.Partial, state, mixtures[w], well);
     }

@@ -13,9 +13,10 @@ void takeStreams(const Console& console, const UnitSystem& units, const SurfaceF
                  const Schedule& schedule, const WellRecord& wells, std::vector<WellMixture>& mixtures);
 
 /// Surface yields of all connections from the cells as they stand: a producer's by one flash at the surface
-/// of all that its connections let through, an injector's by the volume that its stream takes in the cell.
+/// of all that its connections let through, an injector's by the volume that its stream takes in the cell. A
+/// producer's mixture goes the share `follow` of the way from the last one.
 void yieldWells(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
-                const CellState& state, std::vector<WellMixture>& mixtures, WellRecord& wells);
+                const CellState& state, double follow, std::vector<WellMixture>& mixtures, WellRecord& wells);
 
 /// What the connections take and bring at the rates of the pressure that has been found.
 void takeSources(const WellRecord& wells, const std::vector<WellMixture>& mixtures,

@@ -8,6 +8,8 @@
 #include "pressure/properties.hpp"
 #include "pressure/wells/well_rates.hpp"
 
+#include <algorithm>
+#include <array>
 #include <new>
 
 namespace kvr {
@@ -79,18 +81,60 @@ PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connectio
     return phaseFlux(flowUnit, connections, s, c, d, nullptr);
 }
 
+namespace {
+
+/// A phase at a face: what drives it out of the cell in psi, and its mobilities on both sides.
+struct DrivenPhase {
+    double drive = 0.0;
+    double here = 0.0, there = 0.0;
+    double PhaseFlux::*flux = nullptr;
+};
+
+/// Mobilities of the sides that the phases come from, by rising drive (Brenier and Jaffre 1991): a phase
+/// comes from the cell where the flow `total`, and what those of less drive draw back from the neighbour and
+/// those of more drive bring of the cell, leave it to go out.
+std::array<double, 3> upstreamOfTotal(const std::array<DrivenPhase, 3>& phases, double trans, double total) {
+    std::array<double, 3> mobility{};
+    for (std::size_t k = 0; k < phases.size(); ++k) {
+        double flow = total;
+        for (std::size_t j = 0; j < phases.size(); ++j) {
+            const double lambda = j < k ? phases[j].there : phases[j].here;
+            flow += trans * lambda * (phases[k].drive - phases[j].drive);
+        }
+        mobility[k] = flow > 0.0 ? phases[k].here : phases[k].there;
+    }
+    return mobility;
+}
+
+}  // namespace
+
 PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& s,
                                  CellId c, int d, double total) {
-    PhaseFlux flux = phaseFlux(flowUnit, connections, s, c, d, nullptr);
-    const bool forward = (total >= 0.0) == (FaceSign[static_cast<std::size_t>(d) - 1] > 0.0);
-    const CellId from = forward ? c : connections.Neighbour(c, d);
-    if (from <= 0) return flux;
-    const double mobility = s.LambdaO[from] + s.LambdaW[from] + s.LambdaG[from];
-    if (!(mobility > 0.0)) return flux;
-    const double missing = (total - (flux.oil + flux.water + flux.gas)) / mobility;
-    flux.oil += missing * s.LambdaO[from];
-    flux.water += missing * s.LambdaW[from];
-    flux.gas += missing * s.LambdaG[from];
+    const CellId n = connections.Neighbour(c, d);
+    if (n <= 0) return {};
+    const double sign = FaceSign[static_cast<std::size_t>(d) - 1];
+    const double trans = connections.Trans(c, d) * flowUnit;
+    const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
+    std::array<DrivenPhase, 3> phases = {
+        DrivenPhase{-phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g), s.LambdaO[c],
+                    s.LambdaO[n], &PhaseFlux::oil},
+        DrivenPhase{-phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g), s.LambdaW[c],
+                    s.LambdaW[n], &PhaseFlux::water},
+        DrivenPhase{-phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g), s.LambdaG[c],
+                    s.LambdaG[n], &PhaseFlux::gas}};
+    std::stable_sort(phases.begin(), phases.end(),
+                     [](const DrivenPhase& a, const DrivenPhase& b) { return a.drive < b.drive; });
+    const double outward = sign * total;
+    const std::array<double, 3> mobility = upstreamOfTotal(phases, trans, outward);
+    const double sum = mobility[0] + mobility[1] + mobility[2];
+    PhaseFlux flux;
+    if (!(sum > 0.0)) return flux;
+    for (std::size_t k = 0; k < phases.size(); ++k) {
+        double along = outward;
+        for (std::size_t j = 0; j < phases.size(); ++j)
+            along += trans * mobility[j] * (phases[k].drive - phases[j].drive);
+        flux.*phases[k].flux = sign * along * mobility[k] / sum;
+    }
     return flux;
 }
 

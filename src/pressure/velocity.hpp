@@ -26,8 +26,10 @@ struct PhaseFlux {
 PhaseFlux phaseFluxThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
                                CellId cell, int face);
 
-/// The fluxes of the phases that make up `total` through one face: each as the present potential of its phase
-/// drives it, and what these together lack of the total by the mobilities of the side that it comes from.
+/// The fluxes of the phases that make up `total` through one face:
+///   q_p = lambda_p / sum lambda (q + T sum_j lambda_j (u_p - u_j)),
+/// u_p what drives a phase, each mobility from the side that its phase then comes from (Brenier and Jaffre
+/// 1991). A phase that stands still on the side that it would come from does not flow.
 PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& state,
                                  CellId cell, int face, double total);
 

@@ -2,6 +2,7 @@
 
 #include "unit/pressure/small_run.hpp"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace kvr;
@@ -53,10 +54,47 @@ TEST(FaceFlux, IsSharedAmongThePhasesSoThatItsTotalStands) {
     EXPECT_EQ(high.gas, 0.0);
     s.state.LambdaW[1] = 0.0;
     s.state.LambdaW[2] = 0.8;
-    // Against the potentials: what is missing comes from the other side, half of it water.
+    // Against the potentials: all of it comes from the other side, by its mobilities.
     const PhaseFlux back = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, -20.0);
-    EXPECT_NEAR(back.oil, 80.0 - 50.0, 1e-10);
-    EXPECT_NEAR(back.water, -50.0, 1e-10);
+    EXPECT_NEAR(back.oil, -10.0, 1e-10);
+    EXPECT_NEAR(back.water, -10.0, 1e-10);
+}
+
+TEST(FaceFlux, LetsNoPhaseComeOutOfACellThatHasNoneOfIt) {
+    Simulation s;
+    pair(3000.0, 2900.0, s);
+    s.state.LambdaO[1] = 0.8;
+    s.state.LambdaO[2] = 0.0;
+    s.state.LambdaW[1] = 0.0;
+    s.state.LambdaW[2] = 0.8;
+    for (const double total : {-500.0, -20.0, 0.0, 20.0, 500.0}) {
+        const PhaseFlux flux = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, total);
+        EXPECT_NEAR(flux.oil + flux.water, total, 1e-10);
+        EXPECT_GE(flux.oil, -1e-10) << total;
+        EXPECT_LE(flux.water, 1e-10) << total;
+    }
+}
+
+TEST(FaceFlux, ExchangesHeavyForLightWithoutATotal) {
+    Simulation s;
+    pair(3000.0, 3000.0, s);
+    s.state.LambdaO[1] = 0.4;
+    s.state.LambdaO[2] = 0.2;
+    s.state.LambdaW[1] = 0.5;
+    s.state.LambdaW[2] = 0.6;
+    s.connections.DepthDiff(1, 2) = 144.0;  // a foot of density is a psi
+    s.connections.DepthDiff(2, 1) = -144.0;
+    for (CellId c = 1; c <= 2; ++c) {
+        s.state.RhoO[c] = 50.0;
+        s.state.RhoW[c] = 60.0;
+    }
+    const PhaseFlux low = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, 0.0);
+    const double T = s.connections.Trans(1, 2) * s.units.FlowUnit;
+    // The heavy one from one side, the light one from the other: T lo lw / (lo + lw) 10 psi.
+    const bool waterLeaves = low.water > 0.0;
+    const double lw = s.state.LambdaW[waterLeaves ? 1 : 2], lo = s.state.LambdaO[waterLeaves ? 2 : 1];
+    EXPECT_NEAR(std::abs(low.water), T * lo * lw / (lo + lw) * 10.0, 1e-9);
+    EXPECT_NEAR(low.oil, -low.water, 1e-9);
 }
 
 TEST(FaceFlux, IsZeroOnBoundaryFaces) {
