@@ -11,8 +11,9 @@ struct MixtureVolume {
     Composition partial{};  // dV/dN_i at fixed pressure, ft3/lb-mole; the mean over the feed is `volume`
 };
 
-/// By differences of flash volumes: of pressures on both sides, and of feeds with a little more of a
-/// component. `state` is that of the last flash of the place and holds the one at the pressure afterwards.
+/// Of one phase by the cubic; of two by differences of flash volumes: of pressures on both sides, and of
+/// feeds with a little more of a component. `state` is that of the last flash of the place and holds the one
+/// at the pressure afterwards.
 MixtureVolume mixtureVolume(const ComponentSet& set, const Composition& feed, double pressure,
                             FlashState& state);
 

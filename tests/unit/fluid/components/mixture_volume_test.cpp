@@ -1,6 +1,5 @@
 #include "fluid/components/mixture_volume.hpp"
 
-#include "fluid/components/cubic.hpp"
 #include "unit/fluid/components/component_samples.hpp"
 
 #include <cmath>
@@ -9,17 +8,45 @@
 namespace kvr {
 namespace {
 
-TEST(MixtureVolume, HasTheSlopeOfTheCubicInOnePhase) {
-    const ComponentSet set = methaneDecane();
-    const Composition feed = {0.5, 0.5};
-    FlashState state;
-    const MixtureVolume mixture = mixtureVolume(set, feed, 3000.0, state);
-    EosMixture eos;
-    PR_EOS(set, feed, 3000.0, eos);
-    const double Z = eos.zLiquid, unit = GasConstant * set.temperature / 3000.0;
-    const double slope = unit * (rootSlopes(eos.A, eos.B, 3000.0, Z).first - Z / 3000.0);
-    EXPECT_NEAR(mixture.volume, Z * unit, 1e-12);
-    EXPECT_NEAR(mixture.slope / slope, 1.0, 1e-5);
+double volumeOf(const ComponentSet& set, const Composition& moles, double pressure) {
+    double sum = 0.0;
+    for (int i = 0; i < set.count; ++i) sum += moles[i];
+    Composition feed{};
+    for (int i = 0; i < set.count; ++i) feed[i] = moles[i] / sum;
+    FlashState fresh;
+    FlashPT(set, feed, pressure, fresh);
+    const PhaseVolumes volumes = phaseVolumes(set, pressure, fresh);
+    return sum * (volumes.liquid + volumes.vapour);
+}
+
+TEST(MixtureVolume, ChangesInOnePhaseAsTheDifferencesOfItsVolumeDo) {
+    const ComponentSet set = sixComponentOil(620.0);
+    struct Case {
+        Composition feed;
+        double pressure;
+    };
+    const Case cases[] = {{{0.5, 0.08, 0.12, 0.15, 0.1, 0.05}, 5000.0},  // liquid
+                          {{0.97, 0.02, 0.01, 0.0, 0.0, 0.0}, 600.0},    // gas
+                          {{0.9, 0.08, 0.02, 0.0, 0.0, 0.0}, 6000.0}};   // dense
+    for (const Case& one : cases) {
+        FlashState state;
+        const MixtureVolume mixture = mixtureVolume(set, one.feed, one.pressure, state);
+        ASSERT_NE(state.phases, FluidPhases::Both);
+        const double step = 0.5;
+        const double slope =
+            (volumeOf(set, one.feed, one.pressure + step) - volumeOf(set, one.feed, one.pressure - step)) /
+            (2.0 * step);
+        EXPECT_NEAR(mixture.slope / slope, 1.0, 1e-5) << one.pressure;
+        EXPECT_NEAR(mixtureSlope(set, one.feed, one.pressure, state) / slope, 1.0, 1e-5);
+        for (int i = 0; i < 3; ++i) {
+            Composition more = one.feed, less = one.feed;
+            more[i] += 1e-4;
+            less[i] -= 1e-4;
+            const double partial =
+                (volumeOf(set, more, one.pressure) - volumeOf(set, less, one.pressure)) / 2e-4;
+            EXPECT_NEAR(mixture.partial[i], partial, 1e-6 * mixture.volume) << one.pressure << ' ' << i;
+        }
+    }
 }
 
 TEST(MixtureVolume, SharesItselfAmongTheMolesOfEachComponent) {
