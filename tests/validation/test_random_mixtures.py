@@ -11,7 +11,9 @@ import pytest
 import named_run
 import random_mixtures
 
-SEEDS = range(1, 1 + int(os.environ.get("KVR_RANDOM_MIXTURES", "10")))
+COUNT = int(os.environ.get("KVR_RANDOM_MIXTURES", "10"))
+DRAWS_LITTLE = 18  # a well of four connections that draws by hundredths of a psi
+SEEDS = sorted({*range(1, 1 + COUNT), DRAWS_LITTLE})
 BALANCE = re.compile(r"^\w+ +: produced .* lb-mole, balance error (\S+) %", re.M)
 
 
