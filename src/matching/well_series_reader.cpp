@@ -4,7 +4,6 @@
 #include "base/messages.hpp"
 #include "base/text.hpp"
 #include "eclipse/well_data_layout.hpp"
-#include "matching/calculated_wells.hpp"
 #include "matching/well_data_text.hpp"
 
 #include <algorithm>
@@ -19,6 +18,7 @@ namespace {
 
 constexpr std::size_t NameLength = 8;
 constexpr std::size_t KnownLetters = 4;  // of a column's name
+constexpr double NoLiquid = 1e-10;       // stb/day, keeps the cut of a shut well at 0
 
 struct SideWords {
     std::string_view file, reading, row, unreadable, suspicious;
@@ -137,6 +137,12 @@ void readRows(SeriesText& text, const std::vector<int>& lists, std::vector<WellS
         takeRow(text, lists, *well);
         checkPoint(text, *well, remarks[static_cast<std::size_t>(well - wells.begin())]);
     }
+}
+
+/// Water over liquid: 0 for a shut well; a phase that goes back counts as none.
+double surfaceCut(double water, double oil) {
+    const double producedWater = std::max(0.0, water), producedOil = std::max(0.0, oil);
+    return producedWater / (producedWater + NoLiquid + producedOil);
 }
 
 /// Lists of columns that the file does not have.

@@ -163,3 +163,15 @@ TEST(WellSeriesReader, StopsOnFilesThatCannotBeOpened) {
     EXPECT_EXIT(read(WellDataSide::Calculated), testing::ExitedWithCode(1),
                 "ERROR :: During History Matching, problem by Calculated Data -> WELL_CALCULATED.DATA \n");
 }
+
+TEST(WellSeriesReader, FormsCutsWithinTheirBoundsOfRatesThatGoBackAndOfShutWells) {
+    const ObservedFile file(
+        "WNAME TIME WOPR WWPR\nP1 1 400 200\nP1 2 5 -5\nP1 3 -5 5\nP1 4 -1 -1\nP1 5 0 0\n");
+    const std::vector<double> cut = file.read()[0].cut;
+    ASSERT_EQ(cut.size(), 5U);
+    EXPECT_NEAR(cut[0], 1.0 / 3.0, 1e-12);
+    EXPECT_EQ(cut[1], 0.0);
+    EXPECT_NEAR(cut[2], 1.0, 1e-9);
+    EXPECT_EQ(cut[3], 0.0);
+    EXPECT_EQ(cut[4], 0.0);
+}
