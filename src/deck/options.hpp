@@ -28,6 +28,13 @@ enum class SensitivityForm {
     Classic   // time of flight over saturation; harmonic means along the line
 };
 
+/// Which curve of a well is matched beside its pressure, HMDATA.
+enum class MatchedCurve {
+    Auto,  // water cut where water is active, else gas-oil ratio
+    Cut,   // of water
+    GasOilRatio
+};
+
 /// Prices in $/bbl, $/bbl, $/Mscf.
 struct PhasePrices {
     double oil = 0.0;
@@ -226,6 +233,15 @@ struct RunOptions {
     int curveParts = 0;           // HMCURVE: parts of each history that are matched beside its shift; 0: none
     int curveFrom = 1;            // HMCURVE: first iteration that does
     bool matchFinalRun = false;   // HMSAFE: the last update is run and judged, too
+    MatchedCurve matchedCurve = MatchedCurve::Auto;  // HMDATA
+    bool mostProbable = false;      // HMPRIOR: the most probable field in place of LSQOPT and OPTINV's rows
+    double priorDeviation = 1.0;    // HMPRIOR: of ln k about the starting field
+    double priorLength = 0.0;       // HMPRIOR: ft along x and y, over which ln k is alike; 0: by the grid
+    double priorHeight = 0.0;       // HMPRIOR: ft along z; 0: by the grid
+    double priorLevel = 1.0;        // HMPRIOR: deviation of ln k of the whole field at once
+    double errorCut = 0.02;         // HMERROR: deviation of observed water cuts from those of a right model
+    double errorGor = 0.05;         // HMERROR: the same of gas-oil ratios, as a share
+    double errorBhp = 10.0;         // HMERROR: the same of bottom-hole pressures, psi
     bool permFileReplaced = false;  // PERMFILE has changed the file that the grid may have been read from
     std::string permFileTarget;     // PERMFILE: path of the file that outside runs take permeability from
 

@@ -4,6 +4,7 @@
 #include "matching/inversion.hpp"
 #include "matching/match_maps.hpp"
 #include "matching/minimise.hpp"
+#include "matching/probable_update.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -193,14 +194,16 @@ void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKi
             const DataKind& second, const CellArray<double>& lnk) {
     CellArray<double>& change = s.match.dlnk;
     change.assign(lnk.count(), 0.0);
-    if (stage == MatchStage::Whole) {
+    const CellArray<std::uint8_t> region =
+        updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
+    if (s.options.mostProbable) {
+        change = probableUpdate(s, stage, lnk, region);
+    } else if (stage == MatchStage::Whole) {
         addChange(s, {&first, &curves, &second}, lnk, change);
     } else {
         addChange(s, {&second}, lnk, change);
         if (stage == MatchStage::Twice) addChange(s, {&first, &curves}, lnk, change);
     }
-    const CellArray<std::uint8_t> region =
-        updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
     for (CellId cell = 1; cell <= change.count(); ++cell)
         if (region[cell] == 0) change[cell] = 0.0;
 }
@@ -246,14 +249,16 @@ void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitiv
     MatchRecord& match = s.match;
     DataKind first = firstKind(s, std::move(sensitivities.travelTime));
     DataKind second = secondKind(s, std::move(sensitivities.pressure));
-    DataKind curves = curveKind(s);
+    DataKind curves = s.options.mostProbable ? DataKind{} : curveKind(s);
     weighKinds(s.options, first, second);
     curves.weight = first.weight;
     tellStatistics(s, {first, second});
     for (DataKind* kind : {&first, &curves, &second}) clearMatchedRows(*kind);
-    constrainRows(s, curves, &WellMatch::multiplier_wct);
-    constrainRows(s, first, &WellMatch::multiplier_wct);
-    constrainRows(s, second, &WellMatch::multiplier_bhp);
+    if (!s.options.mostProbable) {
+        constrainRows(s, curves, &WellMatch::multiplier_wct);
+        constrainRows(s, first, &WellMatch::multiplier_wct);
+        constrainRows(s, second, &WellMatch::multiplier_bhp);
+    }
     const CellArray<double> lnk = logarithms(s.grid.PERMX);
     match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     match.halvings = 0;

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/messages.hpp"
+#include "deck/matched_curve.hpp"
 #include "matching/travel_time_shift.hpp"
 
 #include <algorithm>
@@ -95,7 +96,7 @@ double measurePressure(const Console& console, const MisfitSettings& settings, b
 
 MisfitSettings misfitSettings(const RunOptions& options) {
     MisfitSettings settings;
-    settings.quantity = options.hasWater ? MatchedQuantity::Cut : MatchedQuantity::GasOilRatio;
+    settings.quantity = matchesGasOilRatio(options) ? MatchedQuantity::GasOilRatio : MatchedQuantity::Cut;
     if (options.componentCount > 0) settings.quantity = MatchedQuantity::Fraction;
     settings.weightBhp = std::clamp(options.sensitivityTimeWeightBhp, 0.0, 1.0);
     settings.criterionWct = options.misfitCriterionWct;

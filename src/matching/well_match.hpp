@@ -33,7 +33,8 @@ struct MisfitSettings {
     double criterionBhp = 10.0;  // psi, likewise
 };
 
-/// Mole fractions in a compositional run, else water cut where water is active, else gas-oil ratio.
+/// Mole fractions in a compositional run, else as HMDATA says: water cut where water is active, else
+/// gas-oil ratio.
 MisfitSettings misfitSettings(const RunOptions& options);
 
 /// Mean of observed minus calculated. Pressures of 0 or less are not measured and do not count; none: 0.

@@ -90,6 +90,27 @@ def test_a_match_comes_closer_run_by_run(tmp_path, observed):
     assert not (tmp_path / "KVR_HM_Resume.bin").exists()
 
 
+def test_the_most_probable_field_comes_closer_to_the_histories_and_to_the_truth(tmp_path, observed):
+    finished_normally(match(tmp_path, observed, options(iterations=5, extra="HMPRIOR\n1 /\n")))
+    judged = misfits(tmp_path)[:, 2]
+    assert (numpy.diff(judged) <= 0.0).all()
+    assert judged[-1] < 0.5
+    text = (tmp_path / "HM_Perm_Latest.DATA").read_text()
+    found = numpy.log(numpy.array(re.search(r"PERMX\n([^/]*)/", text)[1].split(), dtype=float)).reshape(5, 5)
+    truth = numpy.eye(5)
+    assert numpy.corrcoef(found.ravel(), truth.ravel())[0, 1] > 0.3, "the diagonal of the truth is more permeable"
+
+
+@pytest.mark.parametrize("word, column", [("CUT", 3), ("GOR", 4), ("AUTO", 3)])
+def test_the_curve_that_is_asked_for_is_matched(tmp_path, word, column):
+    rows = [f"PROD {30 * n} {400 - n} {n} {0.02 * n:g} {1.5 + 0.1 * n:g}" for n in range(1, 13)]
+    text = "WNAME TIME WOPR WWPR WWCT WGOR\n" + "\n".join(rows) + "\n"
+    finished_normally(match(tmp_path, text, options(iterations=1, extra=f"HMDATA\n{word} /\n")))
+    matched = [float(line.split()[2]) for line in (tmp_path / "KVR_Inv_InitObsCalWCT.out").read_text().splitlines()]
+    given = [float(row.split()[column + 1]) for row in rows]
+    assert numpy.allclose(matched, given, rtol=1e-6)
+
+
 def test_a_match_of_a_named_deck_has_its_name(tmp_path, observed):
     (tmp_path / OBSERVED).write_text(observed)
     (tmp_path / "PILOT.DATA").write_text(deck(options(iterations=3)))

@@ -62,8 +62,11 @@ void readSensitivityAverages(SectionReader& reader, RunOptions& options);  // AV
 void readMisfitCriteria(SectionReader& reader, RunOptions& options);
 void readWellGridUpdate(SectionReader& reader, RunOptions& options);
 void readLsqr(SectionReader& reader, RunOptions& options);
-void readCurveMatch(SectionReader& reader, RunOptions& options);   // HMCURVE
-void readSafeUpdates(SectionReader& reader, RunOptions& options);  // HMSAFE
+void readCurveMatch(SectionReader& reader, RunOptions& options);    // HMCURVE
+void readMatchedCurve(SectionReader& reader, RunOptions& options);  // HMDATA
+void readPrior(SectionReader& reader, RunOptions& options);         // HMPRIOR
+void readDataErrors(SectionReader& reader, RunOptions& options);    // HMERROR
+void readSafeUpdates(SectionReader& reader, RunOptions& options);   // HMSAFE
 
 // --- rate optimisation: option_optimization.cpp ---------------------------------------------------
 void setOptimize(SectionReader& reader, RunOptions& options);

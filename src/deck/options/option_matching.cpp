@@ -20,6 +20,8 @@ constexpr int MaxLsqrIterations = 10000;
 constexpr int DefaultLsqrIterations = 400;
 constexpr int MostHalvings = 4;
 constexpr int MostCurveParts = 100;
+constexpr double LeastDeviation = 1e-6, MostDeviation = 100.0;  // of ln k
+constexpr double LeastError = 1e-6, DefaultErrorCut = 0.02, DefaultErrorGor = 0.05, DefaultErrorBhp = 10.0;
 
 void zeroIfTiny(double& value) {
     if (!(value >= MachineEpsilon)) value = 0.0;
@@ -53,6 +55,18 @@ std::string_view formName(SensitivityForm form) {
             break;
     }
     return "COUPLED";
+}
+
+/// By the first letter; any other word is the default.
+MatchedCurve curveOf(std::string_view word) {
+    const char initial = upperInitialOf(word);
+    if (initial == 'C' || initial == 'W') return MatchedCurve::Cut;
+    return initial == 'G' ? MatchedCurve::GasOilRatio : MatchedCurve::Auto;
+}
+
+std::string_view curveName(MatchedCurve curve) {
+    constexpr std::array<std::string_view, 3> names = {"AUTO", "CUT", "GOR"};
+    return names[static_cast<std::size_t>(curve)];
 }
 
 }  // namespace
@@ -172,6 +186,40 @@ void readCurveMatch(SectionReader& reader, RunOptions& options) {
     options.curveFrom = within(options.curveFrom, 1, MaxMatchIterations, 1);
     tellValue(reader, "Parts of each curve that are matched :", options.curveParts);
     tellValue(reader, "From iteration :", options.curveFrom);
+}
+
+void readMatchedCurve(SectionReader& reader, RunOptions& options) {
+    std::string word;
+    const std::array<ListTarget, 1> targets = {&word};
+    readRecord(reader, targets);
+    options.matchedCurve = curveOf(word);
+    tellValue(reader, "Curve that is matched ::", curveName(options.matchedCurve));
+}
+
+void readPrior(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 4> targets = {&options.priorDeviation, &options.priorLength,
+                                               &options.priorHeight, &options.priorLevel};
+    readRecord(reader, targets);
+    options.mostProbable = true;
+    options.priorDeviation = within(options.priorDeviation, LeastDeviation, MostDeviation, 1.0);
+    options.priorLength = within(options.priorLength, 0.0, LargestSetting, 0.0);
+    options.priorHeight = within(options.priorHeight, 0.0, LargestSetting, 0.0);
+    options.priorLevel = within(options.priorLevel, 0.0, MostDeviation, 1.0);
+    tellValue(reader, "Most probable field, deviation of ln k :", options.priorDeviation);
+    tellValue(reader, "Length over which it is alike, ft :", options.priorLength);
+    tellValue(reader, "Height over which it is alike, ft :", options.priorHeight);
+    tellValue(reader, "Deviation of the level of ln k :", options.priorLevel);
+}
+
+void readDataErrors(SectionReader& reader, RunOptions& options) {
+    const std::array<ListTarget, 3> targets = {&options.errorCut, &options.errorGor, &options.errorBhp};
+    readRecord(reader, targets);
+    options.errorCut = within(options.errorCut, LeastError, 1.0, DefaultErrorCut);
+    options.errorGor = within(options.errorGor, LeastError, LargestSetting, DefaultErrorGor);
+    options.errorBhp = within(options.errorBhp, LeastError, LargestSetting, DefaultErrorBhp);
+    tellValue(reader, "Error of water cuts :", options.errorCut);
+    tellValue(reader, "Error of gas-oil ratios, share :", options.errorGor);
+    tellValue(reader, "Error of pressures, psi :", options.errorBhp);
 }
 
 void readSafeUpdates(SectionReader& reader, RunOptions& options) {

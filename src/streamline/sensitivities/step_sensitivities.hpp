@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "deck/matched_curve.hpp"
 #include "deck/options.hpp"
 
 #include <cstddef>
@@ -39,11 +40,11 @@ struct StepSensitivities {
 struct SensitivitySettings {
     SensitivityForm travelTime = SensitivityForm::Coupled;
     SensitivityForm pressure = SensitivityForm::Coupled;
-    bool gasOilRatio = false;  // runs without water: gas over oil; otherwise water over liquid
+    bool gasOilRatio = false;  // gas over oil; otherwise water over liquid
 };
 
 inline SensitivitySettings sensitivitySettings(const RunOptions& options) {
-    return {options.travelTimeForm, options.pressureForm, !options.hasWater};
+    return {options.travelTimeForm, options.pressureForm, matchesGasOilRatio(options)};
 }
 
 /// Runs that keep sensitivities: by OPTIONKVR 4, or for a match.

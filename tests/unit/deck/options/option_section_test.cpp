@@ -274,6 +274,46 @@ TEST(PressureMatch, KeepsItsCountBelowTheTotal) {
     EXPECT_FALSE(options.bhpMatchFlag);
 }
 
+TEST(SensitivityForms, AreKnownByTheirWordsEachForItself) {
+    const RunOptions given = OptionDeck("SNSFORM\nLINES CLASSIC /\n").options;
+    EXPECT_EQ(given.travelTimeForm, SensitivityForm::Lines);
+    EXPECT_EQ(given.pressureForm, SensitivityForm::Classic);
+    const RunOptions other = OptionDeck("SNSFORM\nclassic coupled /\n").options;
+    EXPECT_EQ(other.travelTimeForm, SensitivityForm::Classic);
+    EXPECT_EQ(other.pressureForm, SensitivityForm::Coupled);
+    const OptionDeck unknown("SNSFORM\nC nothing /\n");
+    EXPECT_EQ(unknown.options.travelTimeForm, SensitivityForm::Coupled);
+    EXPECT_EQ(unknown.options.pressureForm, SensitivityForm::Coupled);
+    EXPECT_TRUE(unknown.said("Sensitivity of pressure ::"));
+}
+
+TEST(MatchedCurveWord, IsKnownByItsFirstLetter) {
+    EXPECT_EQ(OptionDeck("DOINV\nT L 3 /\n").options.matchedCurve, MatchedCurve::Auto);
+    EXPECT_EQ(OptionDeck("HMDATA\ngor /\n").options.matchedCurve, MatchedCurve::GasOilRatio);
+    EXPECT_EQ(OptionDeck("HMDATA\nCUT /\n").options.matchedCurve, MatchedCurve::Cut);
+    EXPECT_EQ(OptionDeck("HMDATA\nAUTO /\n").options.matchedCurve, MatchedCurve::Auto);
+}
+
+TEST(PriorNumbers, SwitchTheMostProbableFieldOnAndAreRepaired) {
+    EXPECT_FALSE(OptionDeck("DOINV\nT L 3 /\n").options.mostProbable);
+    const RunOptions given = OptionDeck("HMPRIOR\n0.7 300 20 0.2 /\nHMERROR\n0.03 0.1 25 /\n").options;
+    EXPECT_TRUE(given.mostProbable);
+    EXPECT_EQ(given.priorDeviation, 0.7);
+    EXPECT_EQ(given.priorLength, 300.0);
+    EXPECT_EQ(given.priorHeight, 20.0);
+    EXPECT_EQ(given.priorLevel, 0.2);
+    EXPECT_EQ(given.errorCut, 0.03);
+    EXPECT_EQ(given.errorGor, 0.1);
+    EXPECT_EQ(given.errorBhp, 25.0);
+    const RunOptions broken = OptionDeck("HMPRIOR\n0 -1 -1 -1 /\nHMERROR\n0 0 -3 /\n").options;
+    EXPECT_EQ(broken.priorDeviation, 1.0);
+    EXPECT_EQ(broken.priorLength, 0.0);
+    EXPECT_EQ(broken.priorLevel, 1.0);
+    EXPECT_EQ(broken.errorCut, 0.02);
+    EXPECT_EQ(broken.errorGor, 0.05);
+    EXPECT_EQ(broken.errorBhp, 10.0);
+}
+
 TEST(MatchingNumbers, AreRepairedSilently) {
     const RunOptions options = OptionDeck(
                                    "SNSTIMWT\n2 -1 /\nLSQOPT\n3 2 .5 .5 /\nMINPARAM\n-1 /\nMAXPARAM\n0 /\n"
