@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "base/threads.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "model/dual_porosity.hpp"
 #include "pressure/flow_order.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
@@ -120,6 +121,13 @@ WaterMovement waterMovement(double dt, const Simulation& s, const TransportAccou
             const bool up = outflowThrough(s.connections, s.velocity.CellFaceFlux, cell, 2 * axis) > 0.0;
             movement.passages.push_back({up ? cell : other, up ? other : cell, volume});
         }
+    for (CellId cell = 1; cell <= account.transferred.count(); ++cell) {
+        const double volume = dt * account.transferred[cell].water;
+        if (volume == 0.0) continue;
+        const CellId matrix = partnerOf(s.grid, cell);
+        movement.passages.push_back(
+            {volume > 0.0 ? matrix : cell, volume > 0.0 ? cell : matrix, std::abs(volume)});
+    }
     for (std::size_t w = 0; w < account.wellRates.size(); ++w)
         for (std::size_t n = 0; n < account.wellRates[w].size(); ++n)
             movement.wells.push_back(
@@ -162,6 +170,10 @@ Buoyancy buoyancyOf(const Simulation& s) {
     return buoyancy;
 }
 
+MatrixTransfer transferOf(const Simulation& s) {
+    return {s.units.FlowUnit, s.velocity.TransferFlux};
+}
+
 namespace {
 
 /// Cells whose faces the exchange of phases serves by its own rules, in the transport and behind it.
@@ -201,7 +213,8 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     const CellArray<double> waterBefore = carries ? amounts.water : CellArray<double>{};
     TransportAccount account;
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
-                   s.velocity.CellFaceFlux, s.wells, makeUp, buoyancyOf(s), s.state, amounts, account);
+                   s.velocity.CellFaceFlux, s.wells, makeUp, buoyancyOf(s), s.state, amounts, account,
+                   transferOf(s));
     s.pressure.deficit += account.deficit;
     keepWaterMoved(s, account, s.pressure.waterMoved);
     if (carries)

@@ -19,6 +19,9 @@ bool gravityInTransport(const Simulation& simulation);
 /// Gravity for advanceInOrder, at the saturations of the state.
 Buoyancy buoyancyOf(const Simulation& simulation);
 
+/// Exchange of matrix and fractures for advanceInOrder, by the flux of the field.
+MatrixTransfer transferOf(const Simulation& simulation);
+
 /// State of a cell that holds the given amounts, at its present pressure. Without gas factors, Rs and bubble
 /// point stand.
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,

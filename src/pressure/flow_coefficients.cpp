@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "base/threads.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/transfer_head.hpp"
 
 #include <cmath>
 
@@ -34,7 +35,8 @@ void addPhase(double coefficient, double phi, bool fromNeighbour, Flow& flow) {
 }
 
 template <bool WithGas, bool Hold>
-Flow connectionFlow(const CellState& s, CellId c, CellId n, double trans, double g, std::uint8_t& sides) {
+Flow connectionFlow(const CellState& s, CellId c, CellId n, double trans, double g,
+                    const HeadDifference& head, std::uint8_t& sides) {
     Flow flow;
     const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
     const CellId upO = upstreamOf<Hold>(phiO, c, n, OilSide, sides);
@@ -43,12 +45,13 @@ Flow connectionFlow(const CellState& s, CellId c, CellId n, double trans, double
     if constexpr (WithGas) weightO += s.Bg[c] * (s.Rs[upO] - s.Rs[c]);
     addPhase<Hold>(weightO * TransO, phiO, upO == n, flow);
 
-    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g);
+    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g) + head.water;
     const CellId upW = upstreamOf<Hold>(phiW, c, n, WaterSide, sides);
     addPhase<Hold>(s.Bw[c] * trans * s.LambdaW[upW] / s.Bw[upW], phiW, upW == n, flow);
 
     if constexpr (WithGas) {
-        const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g);
+        const double phiG =
+            phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g) + head.gas;
         const CellId upG = upstreamOf<Hold>(phiG, c, n, GasSide, sides);
         addPhase<Hold>(s.Bg[c] * trans * s.LambdaG[upG] / s.Bg[upG], phiG, upG == n, flow);
     }
@@ -68,8 +71,10 @@ void flowIntoCell(double flowUnit, const ConnectionTable& connections, const Cel
         off[d] = 0.0;
         if (!Hold) sides[d] = 0;
         if (neighbour[d] <= 0 || trans[d] == 0.0) continue;
+        const HeadDifference head =
+            d + 1 == TransferDirection ? headDifference(state, c, neighbour[d]) : HeadDifference{};
         const Flow flow = connectionFlow<WithGas, Hold>(state, c, neighbour[d], trans[d] * flowUnit,
-                                                        depth[d] / SquareInchesPerSquareFoot, sides[d]);
+                                                        depth[d] / SquareInchesPerSquareFoot, head, sides[d]);
         off[d] = flow.coefficient;
         inflow += flow.inflow;
         through += flow.through;

@@ -207,7 +207,7 @@ int strongComponents(const FlowGraph& graph, double least, std::vector<int>& com
 void planRing(const RingField& field, std::span<const CellId> ring, RingPlan& plan) {
     const RingGraph graph = graphOf(field, ring);
     int units = 0;
-    std::vector<int> unit = unitsOf(graph, field.dt, units);
+    std::vector<int> unit = unitsOf(graph, field.mixes ? field.dt : 0.0, units);  // in no time nothing turns
     units = renumber(unit, units);
     std::vector<int> group;
     const int groups = strongComponents(condensed(graph.graph, unit, units), 0.0, group);

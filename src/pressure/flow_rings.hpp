@@ -40,6 +40,7 @@ struct RingField {
     const CellArray<double>& poreVolume;
     std::vector<double> wellIn, wellOut;  // volume a day, by place in the ring
     double dt = 0.0;                      // days
+    bool mixes = true;                    // cells that turn fast enough count as one tank
 };
 
 /// A unit is a strongly connected component over the faces that pass at least some flow t, where t is at

@@ -42,7 +42,8 @@ void forecastMobilities(double dt, Simulation& s) {
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
     TransportAccount account;
     advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
-                   s.velocity.CellFaceFlux, s.wells, {}, buoyancyOf(s), s.state, amounts, account);
+                   s.velocity.CellFaceFlux, s.wells, {}, buoyancyOf(s), s.state, amounts, account,
+                   transferOf(s));
     addExchange(dt, s.pressure.exchanged, amounts);
     s.pressure.mobilityRatio.assign(s.grid.NCELLS, 1.0);
 #pragma omp parallel for schedule(static) if (s.grid.NCELLS >= ParallelCells)

@@ -18,14 +18,18 @@ constexpr int Axes = 3;
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
                     const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
-                    CellAmounts& amounts, TransportAccount& account) {
+                    CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer) {
     FlowOrder order;
     orderByFlow(grid, connections, flux, order);
-    Walk walk{dt,    slope, grid, connections, tables, flux,    wells,   makeUp, buoyancy,
-              state, {},    {},   {},          {},     amounts, account, {},     0};
+    Walk walk{dt,       slope, grid, connections, tables, flux,    wells,   makeUp, buoyancy, state,
+              transfer, {},    {},   {},          {},     amounts, account, {},     0,        {}};
     walk.passed.assign(grid.NCELLS, Axes, {});
     account.deficit = 0.0;
     listOutlets(walk);
+    if (!transfer.flux.empty()) {
+        account.transferred.assign(grid.NCELLS, {});
+        walk.matrixEnd.assign(grid.NCELLS, {});
+    }
     for (std::size_t g = 0; g + 1 < order.groupStart.size(); ++g) {
         const std::size_t first = order.groupStart[g];
         if (order.groupStart[g + 1] - first > 1) {
@@ -37,6 +41,7 @@ void advanceInOrder(double dt, double slope, const GridModel& grid, const Connec
         store(cell, passCell(cell, amountsOf(amounts, cell), walk, deficit), amounts);
         account.deficit += deficit;
     }
+    storeMatrix(walk);
     account.passed = std::move(walk.passed);
 }
 

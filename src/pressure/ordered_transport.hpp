@@ -28,10 +28,19 @@ struct MakeUp {
         Sw;  // at the step's end by the same source, negative where it is silent; empty: not asked for
 };
 
+/// Exchange of matrix and fractures in the transport, dual porosity.
+struct MatrixTransfer {
+    double flowUnit = 1.0;  // of transmissibilities, see UnitSystem
+    CellArray<double>
+        flux;  // in fracture cells, reservoir volume a day out of the matrix; empty: there is none
+};
+
 /// What a transport step did beside the amounts.
 struct TransportAccount {
     std::vector<std::vector<ConservedAmounts>> wellRates;  // surface amounts a day into the reservoir, mean
     DirectionArray<ConservedAmounts> passed;  // surface amounts a day by low cell and axis, along the flow
+    CellArray<ConservedAmounts> transferred;  // in fracture cells, surface amounts a day out of the matrix,
+                                              // mean; empty where there is none
     double deficit = 0.0;  // reservoir volume that cells could not give of what their outflow asked for
 };
 
@@ -49,12 +58,13 @@ struct TransportAccount {
 /// not grow with the smallest cell: a tank that many times its content flows through is steady.
 /// What gravity does to water and oil that go along with the flow, each face by itself, is part of it
 /// (BuoyantFlow). Cells that flow into each other in a ring are repeated until their flows stand still, or
-/// where the ring turns fast are one tank (RingPlan). Injecting connections bring their ConnQ. `slope` is the
-/// steepest rise of a fractional flow, see steepestFractionalFlow. Factors and mobilities of `state` are to
-/// be fresh; it is not changed.
+/// where the ring turns fast are one tank (RingPlan). A fracture cell with an exchange goes with its matrix
+/// as a pair of tanks (emptyPair), by its own mobilities alone, and into no tank of a ring. Injecting
+/// connections bring their ConnQ. `slope` is the steepest rise of a fractional flow, see
+/// steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not changed.
 void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
                     const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
-                    CellAmounts& amounts, TransportAccount& account);
+                    CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer = {});
 
 }  // namespace kvr

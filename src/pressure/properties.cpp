@@ -4,6 +4,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/transfer_head.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -49,6 +50,14 @@ void phasePressures(const GridModel& grid, const FluidTables& tables, CellId c, 
     const double scale = grid.JFactor[c];
     state.PressureW[c] = p - scale * PcowFn(tables, state.Sw[c], grid.SATNUM[c]);
     state.PressureG[c] = p + scale * PcogFn(tables, state.Sg[c], grid.SATNUM[c]);
+    if (grid.dual.gravityDrainage) setTransferHeads(grid, regionTable(tables, grid.SATNUM[c]), c, state);
+}
+
+/// Room for the heads of transfers, which only gravity drainage has.
+void sizeHeads(const GridModel& grid, CellState& state) {
+    if (!grid.dual.gravityDrainage || !state.HeadW.empty()) return;
+    state.HeadW.assign(grid.NCELLS, 0.0);
+    state.HeadG.assign(grid.NCELLS, 0.0);
 }
 
 /// Messages of the update, one line to the log with the cell number.
@@ -136,6 +145,7 @@ void completeDensities(const FluidTables& all, const GivenProperties& given, Cel
 
 void completeProperties(const GridModel& grid, const FluidTables& tables, GivenArrays given,
                         CellState& state) {
+    sizeHeads(grid, state);
     const GivenProperties known{isGiven(given, &CellState::Rs), isGiven(given, &CellState::Pb),
                                 isGiven(given, &CellState::RhoO), isGiven(given, &CellState::RhoW),
                                 isGiven(given, &CellState::RhoG)};
@@ -171,6 +181,7 @@ PhaseState flashCell(const FluidTables& tables, const SaturationTable& table, bo
 }
 
 void refreshProperties(const GridModel& grid, const FluidTables& tables, CellState& state) {
+    sizeHeads(grid, state);
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
@@ -182,6 +193,7 @@ void refreshProperties(const GridModel& grid, const FluidTables& tables, CellSta
 }
 
 void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellState& state) {
+    sizeHeads(grid, state);
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
@@ -194,6 +206,7 @@ void refreshMobilities(const GridModel& grid, const FluidTables& tables, CellSta
 void UpdateProperties(const Console& console, const RunOptions& options, const GridModel& grid,
                       const FluidTables& tables, const CellAmounts& flashAmounts, CellState& state,
                       bool relPermsHeld) {
+    sizeHeads(grid, state);
     const bool debug = options.debugOutput;  // its lines keep the order of the cells
     const bool keep = options.keepIrreducibleSaturation;
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells && !debug)

@@ -252,7 +252,10 @@ void addWellFlows(std::span<const CellId> cells, const Walk& walk, RingField& fi
 }  // namespace
 
 void passRing(std::span<const CellId> cells, Walk& walk) {
-    RingField field{walk.connections, walk.flux, walk.state.PoreVolume, {}, {}, walk.dt};
+    RingField field{walk.connections, walk.flux, walk.state.PoreVolume, {}, {}, walk.dt, true};
+    // A tank of several cells would have the matrix of all of them.
+    field.mixes =
+        std::none_of(cells.begin(), cells.end(), [&](CellId cell) { return hasMatrix(walk, cell); });
     addWellFlows(cells, walk, field);
     RingPlan plan;
     planRing(field, cells, plan);

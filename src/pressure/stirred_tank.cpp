@@ -18,41 +18,6 @@ constexpr double StillComposition = 1e-8;  // change of a volume share in one su
 constexpr double BuoyantSlope = 2.0;       // steeper than without is what gravity makes of a fractional flow
 constexpr double MobilityGuard = 1e-20;    // 1/cp
 
-/// Saturations as volume shares, and the solution gas of the oil.
-PhaseState stateOf(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
-                   const ConservedAmounts& held) {
-    if (tables.hasGas) {
-        const double inverse = 1.0 / fluid.poreVolume;
-        return recoverButBubblePoint(pvtAt(tables, fluid.cell), table, false, fluid.factors,
-                                     fluid.saturatedRs,
-                                     {held.water * inverse, held.oil * inverse, held.gas * inverse});
-    }
-    const double water = fluid.factors.Bw * held.water, oil = fluid.factors.Bo * held.oil;
-    const double sum = water + oil;
-    PhaseState state;
-    state.Sw = sum > 0.0 ? water / sum : 1.0;
-    state.So = 1.0 - state.Sw;
-    return state;
-}
-
-/// Surface amounts that a reservoir volume takes along at the tank's own mobilities. Where nothing is mobile
-/// the phases leave as they stand.
-ConservedAmounts flowing(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state) {
-    const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, state.Sw, state.Sg);
-    double w = kr.w / fluid.MuW, o = kr.o / fluid.MuO, g = tables.hasGas ? kr.g / fluid.MuG : 0.0;
-    if (!(w + o + g > MobilityGuard)) {
-        w = state.Sw;
-        o = state.So;
-        g = state.Sg;
-    }
-    const double share = 1.0 / (w + o + g);
-    ConservedAmounts out;
-    out.water = w * share / fluid.factors.Bw;
-    out.oil = o * share / fluid.factors.Bo;
-    if (tables.hasGas) out.gas = g * share / fluid.factors.Bg + state.Rs * out.oil;
-    return out;
-}
-
 /// What has to be left of each component: its immobile part, as far as it is there. Beside free gas how much
 /// oil stays is a matter of all three phases, and none is counted.
 ConservedAmounts floorOf(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
@@ -103,18 +68,6 @@ double lengthUnderGravity(double length, const ConservedAmounts& held, const Con
     return std::clamp(days, LeastPart * length, length);
 }
 
-/// Amounts that are left after a substep may not be negative: takes back what was not there.
-void keepWhatIsThere(ConservedAmounts& held, ConservedAmounts& missing) {
-    const auto keep = [](double& amount, double& lacking) {
-        if (amount >= 0.0) return;
-        lacking -= amount;
-        amount = 0.0;
-    };
-    keep(held.water, missing.water);
-    keep(held.oil, missing.oil);
-    keep(held.gas, missing.gas);
-}
-
 ConservedAmounts perVolume(const ConservedAmounts& amounts, double volume) {
     return {amounts.water / volume, amounts.oil / volume, amounts.gas / volume};
 }
@@ -129,31 +82,6 @@ void exchange(const TankFluid& fluid, double water, double gas, ConservedAmounts
     out.oil -= water / fluid.factors.Bo;
     out.gas -= gas / fluid.factors.Bo;
 }
-
-/// Shares of the outflow that were there, and the reservoir volume of what was not.
-void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
-                       double dt, const ConservedAmounts& missing, std::span<const BuoyantFlow> buoyant,
-                       TankOutflow& out) {
-    if (!(missing.water + missing.oil + missing.gas > 0.0)) return;
-    ConservedAmounts asked;
-    add(dt * flows.rest, out.own, asked);
-    add(dt * flows.asked, out.apart, asked);
-    add(dt * out.followed, request, asked);
-    for (const BuoyantFlow& face : buoyant)
-        exchange(fluid, dt * face.flow * ((1.0 - face.followed) * face.own + face.followed * face.apart),
-                 dt * face.flow * ((1.0 - face.followed) * face.ownGas + face.followed * face.apartGas),
-                 asked);
-    out.given = {givenShare(missing.water, asked.water), givenShare(missing.oil, asked.oil),
-                 givenShare(missing.gas, asked.gas)};
-    const double freeGas = std::max(0.0, missing.gas - fluid.saturatedRs * missing.oil);
-    out.deficit =
-        fluid.factors.Bw * missing.water + fluid.factors.Bo * missing.oil + fluid.factors.Bg * freeGas;
-}
-
-/// Mobilities of water and oil of a tank in a state.
-struct PairMobility {
-    double water = 0.0, oil = 0.0;  // 1/cp
-};
 
 PairMobility pairMobility(const FluidTables& tables, const TankFluid& fluid, double Sw) {
     const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, Sw, 0.0);
@@ -170,7 +98,8 @@ double moveKnown(const FluidTables& tables, const SaturationTable& table, const 
     if (!any) return 0.0;
     ConservedAmounts end = moved(start, dt, flows.inflow, 1.0, flows.request);
     end = {std::max(0.0, end.water), std::max(0.0, end.oil), std::max(0.0, end.gas)};
-    const double Sw = 0.5 * (stateOf(tables, table, fluid, start).Sw + stateOf(tables, table, fluid, end).Sw);
+    const double Sw =
+        0.5 * (tankState(tables, table, fluid, start).Sw + tankState(tables, table, fluid, end).Sw);
     const PairMobility lambda = pairMobility(tables, fluid, Sw);
     double water = 0.0;
     for (BuoyantFlow& face : buoyant) {
@@ -180,41 +109,6 @@ double moveKnown(const FluidTables& tables, const SaturationTable& table, const 
         water += face.flow * face.followed * face.known;
     }
     return water;
-}
-
-/// What gravity makes of the flows of a tank's own mobilities over a substep.
-struct OwnExchange {
-    PairMobility lambda;
-    double Rs = 0.0;  // of the oil
-    ConservedAmounts rest,
-        asked;  // surface amounts a day in the place of others, in flows.rest and flows.asked
-};
-
-OwnExchange moveOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
-                    std::span<const BuoyantFlow> buoyant) {
-    OwnExchange moved;
-    if (buoyant.empty()) return moved;
-    moved.lambda = pairMobility(tables, fluid, state.Sw);
-    moved.Rs = tables.hasGas ? state.Rs : 0.0;
-    for (const BuoyantFlow& face : buoyant) {
-        const double water = face.flow * buoyantShare(face.pull, moved.lambda.water, moved.lambda.oil);
-        const double own = (1.0 - face.followed) * water, apart = face.followed * water;
-        exchange(fluid, own, moved.Rs * own, moved.rest);
-        exchange(fluid, apart, moved.Rs * apart, moved.asked);
-    }
-    return moved;
-}
-
-/// Counts a substep, a share of the step, in the means of the faces.
-void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant) {
-    for (BuoyantFlow& face : buoyant) {
-        const double water = share * buoyantShare(face.pull, turned.lambda.water, turned.lambda.oil);
-        face.own += water;
-        face.ownGas += turned.Rs * water;
-        if (follow) continue;
-        face.apart += water;
-        face.apartGas += turned.Rs * water;
-    }
 }
 
 /// Whether gravity can make something of the flows of a tank within the step: it does at its start, or water
@@ -235,6 +129,96 @@ bool isStill(const PhaseState& before, const PhaseState& now) {
 
 }  // namespace
 
+PhaseState tankState(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
+                     const ConservedAmounts& held) {
+    if (tables.hasGas) {
+        const double inverse = 1.0 / fluid.poreVolume;
+        return recoverButBubblePoint(pvtAt(tables, fluid.cell), table, false, fluid.factors,
+                                     fluid.saturatedRs,
+                                     {held.water * inverse, held.oil * inverse, held.gas * inverse});
+    }
+    const double water = fluid.factors.Bw * held.water, oil = fluid.factors.Bo * held.oil;
+    const double sum = water + oil;
+    PhaseState state;
+    state.Sw = sum > 0.0 ? water / sum : 1.0;
+    state.So = 1.0 - state.Sw;
+    return state;
+}
+
+ConservedAmounts makeUpOf(const TankFluid& fluid, const PhaseState& state, bool hasGas,
+                          std::array<double, 3> mobility) {
+    auto& [w, o, g] = mobility;
+    if (!(w + o + g > MobilityGuard)) mobility = {state.Sw, state.So, state.Sg};
+    const double share = 1.0 / (w + o + g);
+    ConservedAmounts out;
+    out.water = w * share / fluid.factors.Bw;
+    out.oil = o * share / fluid.factors.Bo;
+    if (hasGas) out.gas = g * share / fluid.factors.Bg + state.Rs * out.oil;
+    return out;
+}
+
+ConservedAmounts makeUpAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state) {
+    const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, state.Sw, state.Sg);
+    return makeUpOf(fluid, state, tables.hasGas,
+                    {kr.w / fluid.MuW, kr.o / fluid.MuO, tables.hasGas ? kr.g / fluid.MuG : 0.0});
+}
+
+OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
+                      std::span<const BuoyantFlow> buoyant) {
+    OwnExchange moved;
+    if (buoyant.empty()) return moved;
+    moved.lambda = pairMobility(tables, fluid, state.Sw);
+    moved.Rs = tables.hasGas ? state.Rs : 0.0;
+    for (const BuoyantFlow& face : buoyant) {
+        const double water = face.flow * buoyantShare(face.pull, moved.lambda.water, moved.lambda.oil);
+        const double own = (1.0 - face.followed) * water, apart = face.followed * water;
+        exchange(fluid, own, moved.Rs * own, moved.rest);
+        exchange(fluid, apart, moved.Rs * apart, moved.asked);
+    }
+    return moved;
+}
+
+void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant) {
+    for (BuoyantFlow& face : buoyant) {
+        const double water = share * buoyantShare(face.pull, turned.lambda.water, turned.lambda.oil);
+        face.own += water;
+        face.ownGas += turned.Rs * water;
+        if (follow) continue;
+        face.apart += water;
+        face.apartGas += turned.Rs * water;
+    }
+}
+
+void keepWhatIsThere(ConservedAmounts& held, ConservedAmounts& missing) {
+    const auto keep = [](double& amount, double& lacking) {
+        if (amount >= 0.0) return;
+        lacking -= amount;
+        amount = 0.0;
+    };
+    keep(held.water, missing.water);
+    keep(held.oil, missing.oil);
+    keep(held.gas, missing.gas);
+}
+
+void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
+                       double dt, const ConservedAmounts& missing, std::span<const BuoyantFlow> buoyant,
+                       TankOutflow& out) {
+    if (!(missing.water + missing.oil + missing.gas > 0.0)) return;
+    ConservedAmounts asked;
+    add(dt * flows.rest, out.own, asked);
+    add(dt * flows.asked, out.apart, asked);
+    add(dt * out.followed, request, asked);
+    for (const BuoyantFlow& face : buoyant)
+        exchange(fluid, dt * face.flow * ((1.0 - face.followed) * face.own + face.followed * face.apart),
+                 dt * face.flow * ((1.0 - face.followed) * face.ownGas + face.followed * face.apartGas),
+                 asked);
+    out.given = {givenShare(missing.water, asked.water), givenShare(missing.oil, asked.oil),
+                 givenShare(missing.gas, asked.gas)};
+    const double freeGas = std::max(0.0, missing.gas - fluid.saturatedRs * missing.oil);
+    out.deficit =
+        fluid.factors.Bw * missing.water + fluid.factors.Bo * missing.oil + fluid.factors.Bg * freeGas;
+}
+
 double volumeOf(const TankFluid& fluid, const ConservedAmounts& amounts) {
     const double dissolved = std::min(amounts.gas, fluid.saturatedRs * amounts.oil);
     return fluid.factors.Bw * amounts.water + fluid.factors.Bo * amounts.oil +
@@ -242,7 +226,7 @@ double volumeOf(const TankFluid& fluid, const ConservedAmounts& amounts) {
 }
 
 ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, const ConservedAmounts& held) {
-    return flowing(tables, fluid, stateOf(tables, regionTable(tables, fluid.region), fluid, held));
+    return makeUpAt(tables, fluid, tankState(tables, regionTable(tables, fluid.region), fluid, held));
 }
 
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
@@ -254,7 +238,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
     ConservedAmounts request = flows.request;
     PhaseState state;
     if (!buoyant.empty()) {
-        state = stateOf(tables, table, fluid, start);
+        state = tankState(tables, table, fluid, start);
         if (!gravityTurns(tables, fluid, flows, inVolume, state, buoyant)) buoyant = {};
         const double Rs = tables.hasGas ? state.Rs : 0.0;
         const double turnedKnown = moveKnown(tables, table, fluid, flows, dt, Rs, start, buoyant);
@@ -267,15 +251,15 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
     const double h = substepOf(fluid, flows, inVolume, dt, buoyant.empty() ? slope : BuoyantSlope * slope);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;
-    state = stateOf(tables, table, fluid, held);
+    state = tankState(tables, table, fluid, held);
     int count = 0;
     for (double left = dt; left > 0.0;) {
         double length = std::min(h, left);
         const bool steady = ++count > MostSubsteps && inVolume > 0.0;
         if (steady) length = left;
         const ConservedAmounts own =
-            steady ? perVolume(flows.inflow, inVolume) : flowing(tables, fluid, state);
-        const OwnExchange turned = steady ? OwnExchange{} : moveOwn(tables, fluid, state, buoyant);
+            steady ? perVolume(flows.inflow, inVolume) : makeUpAt(tables, fluid, state);
+        const OwnExchange turned = steady ? OwnExchange{} : turnedOwn(tables, fluid, state, buoyant);
         const auto after = [&](double time, bool follow) {
             const ConservedAmounts net = moved(held, time, flows.inflow, flows.rest, own);
             const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);
@@ -287,7 +271,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         if (!follow && !buoyant.empty() && count <= MostSubsteps)
             length = lengthUnderGravity(length, held, floor, lossOf(held, after(length, false), length));
         ConservedAmounts next = after(length, follow);
-        PhaseState nextState = stateOf(tables, table, fluid, next);
+        PhaseState nextState = tankState(tables, table, fluid, next);
         if (length < left && isStill(state, nextState) &&
             staysAbove(after(left, follow), holdsFloor ? floor : ConservedAmounts{})) {
             length = left;
@@ -302,7 +286,7 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         held = next;
         keepWhatIsThere(held, missing);
         left = length < left ? left - length : 0.0;
-        if (left > 0.0) state = staysAbove(next, {}) ? nextState : stateOf(tables, table, fluid, held);
+        if (left > 0.0) state = staysAbove(next, {}) ? nextState : tankState(tables, table, fluid, held);
     }
     accountForMissing(fluid, flows, request, dt, missing, buoyant, out);
     return out;

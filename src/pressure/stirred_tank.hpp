@@ -5,6 +5,7 @@
 #include "fluid/tables.hpp"
 #include "pressure/buoyant_flow.hpp"
 
+#include <array>
 #include <span>
 
 namespace kvr {
@@ -61,6 +62,44 @@ double volumeOf(const TankFluid& fluid, const ConservedAmounts& amounts);
 
 /// What leaves a tank with these contents per reservoir volume, by its own mobilities.
 ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, const ConservedAmounts& held);
+
+/// Saturations as volume shares, and the solution gas of the oil; the bubble point is left open.
+PhaseState tankState(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
+                     const ConservedAmounts& held);
+
+/// Surface amounts that a reservoir volume takes along at the tank's mobilities in a state. Where nothing is
+/// mobile the phases leave as they stand.
+ConservedAmounts makeUpAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state);
+/// The same by given mobilities of water, oil and gas, 1/cp.
+ConservedAmounts makeUpOf(const TankFluid& fluid, const PhaseState& state, bool hasGas,
+                          std::array<double, 3> mobility);
+
+/// Mobilities of water and oil of a tank in a state.
+struct PairMobility {
+    double water = 0.0, oil = 0.0;  // 1/cp
+};
+
+/// What gravity makes of the flows of a tank's own mobilities over a substep.
+struct OwnExchange {
+    PairMobility lambda;
+    double Rs = 0.0;  // of the oil
+    ConservedAmounts rest,
+        asked;  // surface amounts a day in the place of others, in flows.rest and flows.asked
+};
+OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
+                      std::span<const BuoyantFlow> buoyant);
+
+/// Counts a substep, a share of the step, in the means of the faces. `follow`: known make-ups were followed.
+void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant);
+
+/// Amounts that are left after a substep may not be negative: takes back what was not there.
+void keepWhatIsThere(ConservedAmounts& held, ConservedAmounts& missing);
+
+/// Shares of the outflow that were there, and the reservoir volume of what was `missing` of `request` and of
+/// what left by the tank's own mobilities.
+void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
+                       double dt, const ConservedAmounts& missing, std::span<const BuoyantFlow> buoyant,
+                       TankOutflow& out);
 
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
 /// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose

@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "fluid/tables.hpp"
 #include "model/dual_porosity.hpp"
+#include "pressure/records/cell_state.hpp"
 
 #include <algorithm>
 
@@ -45,6 +46,25 @@ inline double shareAt(const HeightShare& share, double s) {
 template <class Number>
 Number headOf(double height, const Number& heavier, const Number& lighter, const Number& share) {
     return (height / SquareInchesPerSquareFoot) * ((heavier - lighter) * share);
+}
+
+/// The heads of a cell's water and gas at its saturations and densities.
+inline void setTransferHeads(const GridModel& grid, const SaturationTable& table, CellId cell,
+                             CellState& state) {
+    const double height = blockHeight(grid, cell);
+    state.HeadW[cell] =
+        headOf(height, state.RhoW[cell], state.RhoO[cell], shareAt(waterHeight(table), state.Sw[cell]));
+    state.HeadG[cell] =
+        headOf(height, state.RhoO[cell], state.RhoG[cell], shareAt(gasHeight(table), state.Sg[cell]));
+}
+
+/// Heads over the transfer between two cells, of the second against the first.
+struct HeadDifference {
+    double water = 0.0, gas = 0.0;
+};
+inline HeadDifference headDifference(const CellState& state, CellId cell, CellId other) {
+    if (state.HeadW.empty()) return {};
+    return {state.HeadW[other] - state.HeadW[cell], state.HeadG[other] - state.HeadG[cell]};
 }
 
 }  // namespace kvr

@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/flow_order.hpp"
+#include "pressure/pair_tank.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -217,22 +218,61 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
     return sum;
 }
 
+bool hasMatrix(const Walk& walk, CellId cell) {
+    return !walk.transfer.flux.empty() && !isMatrixCell(walk.grid, cell) &&
+           walk.connections.Trans(cell, TransferDirection) > 0.0 && walk.state.PoreVolume[cell] > 0.0 &&
+           walk.state.PoreVolume[partnerOf(walk.grid, cell)] > 0.0;
+}
+
+/// A cell as one side of a pair.
+PairSide sideOf(CellId cell, const Walk& walk) {
+    PairSide side;
+    side.fluid = fluidOf(cell, walk);
+    side.JFactor = walk.grid.JFactor[cell];
+    if (!walk.grid.dual.gravityDrainage) return side;
+    const SaturationTable& table = regionTable(walk.tables, side.fluid.region);
+    const double height = blockHeight(walk.grid, cell);
+    side.fullWater = headOf(height, walk.state.RhoW[cell], walk.state.RhoO[cell], 1.0);
+    side.fullGas = headOf(height, walk.state.RhoO[cell], walk.state.RhoG[cell], 1.0);
+    side.waterShare = waterHeight(table);
+    side.gasShare = gasHeight(table);
+    return side;
+}
+
+/// Fractures and matrix of a cell by the flows of the fractures.
+TankOutflow emptyWithMatrix(CellId cell, const TankFlows& flows, const ConservedAmounts& start, Walk& walk) {
+    const CellId matrix = partnerOf(walk.grid, cell);
+    TransferPair pair{sideOf(cell, walk), sideOf(matrix, walk)};
+    pair.conductance = walk.connections.Trans(cell, TransferDirection) * walk.transfer.flowUnit;
+    pair.total = walk.transfer.flux[cell];
+    const ConservedAmounts before = amountsOf(walk.amounts, matrix);
+    const PairOutflow out = emptyPair(walk.tables, pair, flows, walk.dt, start, before, walk.buoyant);
+    walk.account.transferred[cell] = out.transferred;
+    walk.matrixEnd[cell] = before;
+    add(-walk.dt, out.transferred, walk.matrixEnd[cell]);
+    return out.outflow;
+}
+
 ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit) {
     walk.buoyant.clear();
     TankFlows flows = flowsOf(cell, walk);
-    const double trust = trustOf(cell, flows, walk);
+    const bool paired = hasMatrix(walk, cell);
+    const double trust = paired ? 0.0 : trustOf(cell, flows, walk);
     flows.follow(trust);
     for (BuoyantFlow& face : walk.buoyant) face.followed *= trust;
     ConservedAmounts end = start;
     TankOutflow outflow;
     const TankFluid fluid = fluidOf(cell, walk);
-    if (walk.state.PoreVolume[cell] > 0.0)
+    if (paired)
+        outflow = emptyWithMatrix(cell, flows, start, walk);
+    else if (walk.state.PoreVolume[cell] > 0.0)
         outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start, walk.buoyant);
     deficit = outflow.deficit;
     std::size_t buoyant = 0;
     const ConservedAmounts out = share(cell, trust, fluid, outflow, buoyant, walk);
     add(walk.dt, flows.inflow, end);
     add(-walk.dt, out, end);
+    if (paired) add(walk.dt, walk.account.transferred[cell], end);
     return end;
 }
 
@@ -240,6 +280,11 @@ void store(CellId cell, const ConservedAmounts& held, CellAmounts& amounts) {
     amounts.water[cell] = std::max(0.0, held.water);
     amounts.oil[cell] = std::max(0.0, held.oil);
     amounts.gas[cell] = std::max(0.0, held.gas);
+}
+
+void storeMatrix(Walk& walk) {
+    for (CellId cell = 1; cell <= walk.matrixEnd.count(); ++cell)
+        if (hasMatrix(walk, cell)) store(partnerOf(walk.grid, cell), walk.matrixEnd[cell], walk.amounts);
 }
 
 }  // namespace kvr

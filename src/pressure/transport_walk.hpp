@@ -29,6 +29,7 @@ struct Walk {
     const MakeUp& makeUp;
     const Buoyancy& buoyancy;
     const CellState& state;
+    const MatrixTransfer& transfer;
     CellArray<int> firstOutlet;
     std::vector<Outlet> outlets;
     DirectionArray<ConservedAmounts> passed;  // a day, by low cell and axis, along the flow
@@ -37,7 +38,11 @@ struct Walk {
     TransportAccount& account;
     CellArray<int> unit;  // of the cells of rings, 0 elsewhere; empty before the first ring
     int units = 0;
+    CellArray<ConservedAmounts> matrixEnd;  // of the matrix of fracture cells; empty without dual porosity
 };
+
+/// Whether a cell is one of fractures that exchanges with its matrix.
+bool hasMatrix(const Walk& walk, CellId cell);
 
 /// A face by its low cell and axis 1..3.
 struct FacePlace {
@@ -67,8 +72,12 @@ TankFlows flowsOf(CellId cell, Walk& walk);
 ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const TankOutflow& outflow,
                        std::size_t& buoyant, Walk& walk);
 
-/// One cell: its flows in, its tank, its flows out. Returns what it holds at the end.
+/// One cell: its flows in, its tank, its flows out. Returns what it holds at the end; what its matrix then
+/// holds goes to `walk.matrixEnd`.
 ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk, double& deficit);
 void store(CellId cell, const ConservedAmounts& held, CellAmounts& amounts);
+
+/// Amounts of the matrix, when all fractures are done.
+void storeMatrix(Walk& walk);
 
 }  // namespace kvr

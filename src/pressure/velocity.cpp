@@ -6,6 +6,7 @@
 #include "model/connections.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/properties.hpp"
+#include "pressure/transfer_head.hpp"
 #include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
@@ -40,24 +41,34 @@ void velocityOfCell(bool boxGrid, double volumeFactor, const GridModel& grid,
     }
 }
 
-/// `sides`: of the cell, by direction; null: as the potentials are.
-PhaseFlux phaseFlux(double flowUnit, const ConnectionTable& connections, const CellState& s, CellId c, int d,
-                    const std::uint8_t* sides) {
+/// Flow of the phases into a cell by one of its directions. `sides`: of the cell, by direction; null: as the
+/// potentials are.
+PhaseFlux phaseInflow(double flowUnit, const ConnectionTable& connections, const CellState& s, CellId c,
+                      int d, const std::uint8_t* sides) {
     const CellId n = connections.Neighbour(c, d);
     const double trans = connections.Trans(c, d);
     if (n <= 0 || trans == 0.0) return {};
     const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
-    const double T = trans * flowUnit * FaceSign[static_cast<std::size_t>(d) - 1];
+    const double T = trans * flowUnit;
+    const HeadDifference head = d == TransferDirection ? headDifference(s, c, n) : HeadDifference{};
     const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
-    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g);
-    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g);
+    const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g) + head.water;
+    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g) + head.gas;
     const auto upstream = [&](double phi, PhaseSide phase) {
         const bool fromNeighbour =
             sides != nullptr ? (sides[d - 1] & phase) != 0 : comesFromNeighbour(phi, c, n);
         return fromNeighbour ? n : c;
     };
-    return {-phiO * T * s.LambdaO[upstream(phiO, OilSide)], -phiW * T * s.LambdaW[upstream(phiW, WaterSide)],
-            -phiG * T * s.LambdaG[upstream(phiG, GasSide)]};
+    return {phiO * T * s.LambdaO[upstream(phiO, OilSide)], phiW * T * s.LambdaW[upstream(phiW, WaterSide)],
+            phiG * T * s.LambdaG[upstream(phiG, GasSide)]};
+}
+
+/// The same through a face, positive toward increasing index.
+PhaseFlux phaseFlux(double flowUnit, const ConnectionTable& connections, const CellState& s, CellId c, int d,
+                    const std::uint8_t* sides) {
+    const PhaseFlux in = phaseInflow(flowUnit, connections, s, c, d, sides);
+    const double sign = -FaceSign[static_cast<std::size_t>(d) - 1];
+    return {sign * in.oil, sign * in.water, sign * in.gas};
 }
 
 }  // namespace
@@ -151,6 +162,7 @@ void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& unit
                                const UpstreamSides& sides, VelocityField& velocity) {
     const bool boxGrid = !options.useNewtran;
     const bool faceVelocity = !velocity.CellFaceVelocity.slots.empty();
+    if (grid.dual.isSet) velocity.TransferFlux.assign(grid.NCELLS, 0.0);
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
@@ -160,6 +172,10 @@ void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& unit
             velocity.CellFaceFlux(c, d) = flux.oil + flux.water + flux.gas;
         }
         if (faceVelocity) velocityOfCell(boxGrid, units.VolumeFactor, grid, connections, c, velocity);
+        if (!grid.dual.isSet || isMatrixCell(grid, c)) continue;
+        const PhaseFlux in =
+            phaseInflow(units.FlowUnit, connections, state, c, TransferDirection, sidesOfCell);
+        velocity.TransferFlux[c] = in.oil + in.water + in.gas;
     }
 }
 

@@ -13,6 +13,7 @@ void keepStepLevel(const Simulation& s, StepLevel& level) {
     level.fieldStands = s.pressure.fieldStands;
     level.averagePressure = s.pressure.AveragePressure;
     level.faceFlux = s.velocity.CellFaceFlux;
+    level.transferFlux = s.velocity.TransferFlux;
     level.exchanged = s.pressure.exchanged;
 }
 
@@ -24,6 +25,7 @@ void returnToStepLevel(const StepLevel& level, Simulation& s) {
     s.pressure.fieldStands = level.fieldStands;
     s.pressure.exchanged = level.exchanged;
     s.velocity.CellFaceFlux = level.faceFlux;
+    s.velocity.TransferFlux = level.transferFlux;
     s.wells = level.wells;
     s.clock = level.clock;
     clearPaths(s.eclipse.paths);

@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "model/dual_porosity.hpp"
 #include "pressure/left_over.hpp"
 #include "pressure/ordered_transport.hpp"
 #include "pressure/properties.hpp"
@@ -10,6 +11,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 
 namespace kvr {
 
@@ -39,22 +42,33 @@ double volumeBelowNothing(const CellState& state, const CellAmounts& carried, Ce
            state.Bg[cell] * missing(shown.gas * pores + carried.gas[cell]);
 }
 
-void measureVolumes(const Simulation& s, AttemptFigures& figures) {
+/// Reservoir volumes of the cells of one continuum.
+struct ContinuumSums {
     double pores = 0.0, error = 0.0, below = 0.0;
+};
+
+void measureVolumes(const Simulation& s, AttemptFigures& figures) {
+    // Fractures hold a small part of the pores and all of the flow: each continuum is judged by its own.
+    ContinuumSums sums[2];
     const double least = leastJudgedVolume(s.grid, s.state);
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
         const double volume = s.state.PoreVolume[cell];
         if (s.grid.Active[cell] == 0 || !(volume > 0.0)) continue;
-        pores += volume;
+        ContinuumSums& sum = sums[isMatrixCell(s.grid, cell) ? 1 : 0];
+        sum.pores += volume;
         if (s.pressure.carried.water.empty()) continue;
         const double excess = std::abs(excessVolume(s.state, s.pressure.carried, cell));
-        error += excess;
-        below += volumeBelowNothing(s.state, s.pressure.carried, cell);
+        sum.error += excess;
+        sum.below += volumeBelowNothing(s.state, s.pressure.carried, cell);
         raise(excess / std::max(volume, least), figures.largestVolumeError);
     }
-    if (!(pores > 0.0)) return;
-    figures.volumeError = error / pores;
-    figures.deficit = (s.pressure.deficit + BelowNothingWeight * below) / pores;
+    const double deficits[] = {s.pressure.deficit, 0.0};  // the matrix has no outflow to be cut
+    for (std::size_t part = 0; part < std::size(sums); ++part) {
+        const ContinuumSums& sum = sums[part];
+        if (!(sum.pores > 0.0)) continue;
+        raise(sum.error / sum.pores, figures.volumeError);
+        raise((deficits[part] + BelowNothingWeight * sum.below) / sum.pores, figures.deficit);
+    }
 }
 
 bool hasRateTarget(const Well& well) {

@@ -3,6 +3,7 @@
 #include "base/constants.hpp"
 #include "base/index.hpp"
 #include "base/stopwatch.hpp"
+#include "model/dual_porosity.hpp"
 #include "streamline/diagnostics/line_output.hpp"
 #include "streamline/line_threads.hpp"
 #include "streamline/mapping/mapping.hpp"
@@ -24,7 +25,7 @@ struct MissedStage {
 };
 
 bool needsLine(const Simulation& s, CellId cell) {
-    return s.mapping.CellVisited[cell] == 0 && s.grid.Active[cell] != 0 &&
+    return s.mapping.CellVisited[cell] == 0 && s.grid.Active[cell] != 0 && !isMatrixCell(s.grid, cell) &&
            s.state.PoreVolume[cell] >= LeastMedium && s.grid.PERMX[cell] >= LeastMedium;
 }
 

@@ -4,6 +4,8 @@
 #include "base/stopwatch.hpp"
 #include "eclipse/line_files.hpp"
 #include "fluid/black_oil.hpp"
+#include "model/dual_porosity.hpp"
+#include "pressure/cell_transport.hpp"
 #include "pressure/properties.hpp"
 #include "streamline/diagnostics/flow_diagnostics.hpp"
 #include "streamline/diagnostics/line_output.hpp"
@@ -218,6 +220,15 @@ bool linesAreDue(const RunOptions& options, double remainingToEnd, double remain
     return (shown && (ends || remainingToReport < EndSlack)) || (ends && isOn(options, OutputSwitch::View));
 }
 
+/// Whether fractures exchange fluid with their matrix. Lines know nothing of that exchange: they would tell
+/// fronts that run through the fractures alone.
+bool exchangesWithMatrix(const Simulation& s) {
+    if (!s.grid.dual.isSet) return false;
+    for (CellId cell = 1; cell <= matrixCells(s.grid); ++cell)
+        if (s.connections.Trans(cell, TransferDirection) > 0.0) return true;
+    return false;
+}
+
 /// The packed cells of the step make room for what the splitting and the pressure solver need.
 void clearStep(Simulation& s) {
     releaseTraceField(s.lines.field.trace);
@@ -290,6 +301,11 @@ void allocateStreamlines(Simulation& simulation) {
 
 void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*/, double remainingToEnd,
                     double remainingToReport) {
+    if (exchangesWithMatrix(simulation)) {
+        drawLines(simulation, remainingToEnd, remainingToReport);
+        clearVisited(simulation.mapping);  // gravity along lines is left to none of them
+        return transportAmounts({}, true, simulation);
+    }
     if (simulation.wells.wells.empty()) return mapStep(simulation);
     const double start = wallSeconds();
     clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);

@@ -95,12 +95,56 @@ def test_completions_in_the_matrix_are_those_of_its_fractures(tmp_path):
     assert distance(above, below) == 0.0
 
 
-def test_two_continua_need_the_fully_implicit_method(tmp_path):
-    for method in ("STREAMLINE", "IMPES"):
-        result = kvr_run.run(scratch(tmp_path, method), dual_deck.dual(3, 3, 20, "2*10", 0.01) +
-                             kvr_run.options(method=method))
-        assert result.status == 1
-        assert "dual porosity (DUALPORO) without the fully implicit method (FDMETHOD FIM)" in result.console
+# --- IMPES and streamlines -------------------------------------------------------------------------------------------
+
+SEQUENTIAL = ("IMPES", "STREAMLINE")
+
+
+def section_by(method, longest=25, extra=""):
+    return kvr_run.options(method=method, tolerance=1e-5, extra=f"MAXDT\n{longest}\n{extra}")
+
+
+def life_difference(one, other, name="FOPT"):
+    """Largest difference of a cumulative over the largest value, wherever the steps of the two end."""
+    at = numpy.linspace(0.0, other["TIME"][-1], 41)
+    ours, theirs = (numpy.interp(at, table["TIME"], table[name]) for table in (one, other))
+    return numpy.abs(ours - theirs).max() / theirs.max()
+
+
+def test_without_a_shape_factor_fractures_flow_alone_by_every_method(tmp_path):
+    for method in SEQUENTIAL:
+        section = section_by(method, extra="STEPCTRL\nNo /\n")
+        both = run_deck(scratch(tmp_path, method), dual_deck.dual(6, 6, 200, STEPS, 0.0), section).table()
+        alone = run_deck(scratch(tmp_path, method + "1"), dual_deck.single(6, 6, 200, STEPS, 0.02, 300.0),
+                         section).table()
+        assert max(life_difference(both, alone, name) for name in ("FOPT", "FWPT")) < 1e-6, method
+
+
+def test_a_flood_by_impes_and_streamlines_is_that_of_short_implicit_steps(tmp_path):
+    for sigma, runspec in ((1e-3, "GRAVDR\n"), (1.0, ""), (1e7, "")):
+        deck = dual_deck.dual(6, 6, 200, STEPS, sigma, runspec=runspec)
+        fine = run_deck(scratch(tmp_path, f"fine{sigma:g}"), deck, section_by("FIM", 2.5)).table()
+        for method in SEQUENTIAL:
+            result = run_deck(scratch(tmp_path, f"{method}{sigma:g}"), deck, section_by(method))
+            balance = result.table("KVR_Run_SweepVolume.out")
+            assert max(numpy.abs(balance[name]).max() for name in ("|MBEO|", "|MBEW|")) < 1e-12, (method, sigma)
+            assert result.log.count("fully implicitly") <= 2, (method, sigma)
+            for name in ("FOPT", "FWPT"):
+                assert life_difference(result.table(), fine, name) < 0.01, (method, sigma, name)
+
+
+def test_a_large_shape_factor_leads_to_one_continuum_by_impes(tmp_path):
+    deck = dual_deck.dual(6, 6, 200, STEPS, 1e7)
+    both = run_deck(scratch(tmp_path, "dual"), deck, section_by("IMPES")).table()
+    whole = run_deck(scratch(tmp_path, "whole"), dual_deck.single(6, 6, 200, STEPS, 0.22, 300.0), section_by("IMPES")).table()
+    assert max(life_difference(both, whole, name) for name in ("FOPT", "FWPT")) < 0.005
+
+
+def test_the_average_over_lines_does_not_go_with_two_continua(tmp_path):
+    result = kvr_run.run(tmp_path, dual_deck.dual(3, 3, 20, "2*10", 0.01) +
+                         kvr_run.options(method="STREAMLINE", extra="MAPPING\nAVERAGE\n"))
+    assert result.status == 1
+    assert "dual porosity (DUALPORO) with the average over lines (MAPPING AVERAGE)" in result.console
 
 
 # --- slabs between fractures, against the same slabs cell by cell ----------------------------------------------------
@@ -134,6 +178,17 @@ def test_a_solution_gas_drive_of_slabs_gives_the_oil_of_its_cells(tmp_path):
     continua, fine = slabs(tmp_path, DEPLETION, "60*20", 20, pressure=6014.7, gas=True)
     assert fine["FGOR"].max() > 2.0 * fine["FGOR"][1]
     assert oil_differences(continua, fine).max() < 0.05
+
+
+def test_slabs_by_impes_and_streamlines_give_the_oil_of_the_implicit_run(tmp_path):
+    for name, control, steps, longest, settings in (
+            ("flood", WATER_DRIVE, "73*100", 50, {}),
+            ("gas", DEPLETION, "60*20", 10, {"pressure": 6014.7, "gas": True})):
+        deck = fractured_row.continua(control, steps, **settings)
+        implicit = run_deck(scratch(tmp_path, name), deck, kvr_run.options(method="FIM", extra=f"MAXDT\n{longest / 5}\n")).table()
+        for method in SEQUENTIAL:
+            result = run_deck(scratch(tmp_path, name + method), deck, section_by(method, longest)).table()
+            assert life_difference(result, implicit) < 0.03, (name, method)
 
 
 def test_the_example_gives_the_oil_of_its_matrix(tmp_path):

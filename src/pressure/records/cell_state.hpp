@@ -23,7 +23,9 @@ struct CellState {
     CellArray<double> KroCell, KrwCell, KrgCell;
     CellArray<double> LambdaO, LambdaW, LambdaG;  // 1/cp
     CellArray<double> PressureW, PressureG;       // psia
-    DirectionArray<double> tracer;                // (cell, tracer) concentration; width 0 without tracers
+    CellArray<double> HeadW, HeadG;  // psi, of segregated phases over the transfer between matrix
+                                     // and fractures; empty without gravity drainage
+    DirectionArray<double> tracer;   // (cell, tracer) concentration; width 0 without tracers
     // CO2 that has turned into minerals, surface volume of gas in internal units; empty: the run has no such
     // store.
     CellArray<double> SolidGas;

@@ -8,6 +8,8 @@ namespace kvr {
 struct VelocityField {
     DirectionArray<double> CellFaceFlux;      // rb/day (internal volume a day), all phases
     DirectionArray<double> CellFaceVelocity;  // ft/day; empty in a run that does not ask for it
+    CellArray<double>
+        TransferFlux;  // dual porosity, in fracture cells: the same out of the matrix; else empty
 };
 
 /// High-face minus low-face flux of a cell along an axis, 1..3.

@@ -16,6 +16,7 @@ struct StepLevel {
     double averagePressure = 0.0;
     // By these the step before foretells how the field flows.
     DirectionArray<double> faceFlux;
+    CellArray<double> transferFlux;  // of two continua
     CellAmounts exchanged;
 };
 

@@ -6,6 +6,7 @@
 #include "base/stopwatch.hpp"
 #include "base/written_files.hpp"
 #include "report/block_zone.hpp"
+#include "report/map_part.hpp"
 #include "streamline/tracing/cell_line.hpp"
 
 #include <algorithm>
@@ -148,7 +149,10 @@ void writeZoneFile(const Simulation& s, OutputFile file, const CellValue& value)
     const ZoneNodes nodes = zoneNodes(s.options);
     std::FILE* stream = openBeside(s.console, s.outputs, file);
     const double end = s.clock.time + s.clock.dt;  // of the step whose lines the maps show
-    writeBlockZone(stream, s.grid, nodes, value, end, rowOf(file).title);
+    const MapPart part = mainPart(s.grid);
+    writeBlockZone(
+        stream, part.grid(), nodes, [&](CellId cell) { return value(part.cellOf(cell)); }, end,
+        rowOf(file).title);
     closeWhole(s.console, stream);
 }
 
@@ -164,7 +168,7 @@ template <class Value>
 void writeList(const Simulation& s, OutputFile file, const CellArray<Value>& values) {
     NumberWriter writer;
     writer.file = openBeside(s.console, s.outputs, file);
-    for (const Value value : values.cells()) {
+    for (const Value value : values.cells().subspan(static_cast<std::size_t>(matrixCells(s.grid)))) {
         putNumber(writer, value);
         put(writer, "\n");
     }
@@ -204,6 +208,7 @@ int traceDiagnostics(const GridModel& grid, const TraceField& referenceField,
     if (means) clearSums(grid.NCELLS, sums);
     int lines = 0;
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (isMatrixCell(grid, cell)) continue;
         if (grid.NCELLS >= EveryCellBelow && visited[cell] != 0) continue;
         ++lines;
         traceThroughCell(grid, referenceField, poreVolume, wells, cell, visited, Nowhere, legs, record);

@@ -3,6 +3,7 @@
 #include "base/index.hpp"
 #include "base/number_lines.hpp"
 #include "base/written_files.hpp"
+#include "report/map_part.hpp"
 #include "streamline/diagnostics/diffusive_time.hpp"
 #include "streamline/diagnostics/line_course.hpp"
 
@@ -31,7 +32,10 @@ void putZeros(NumberWriter& writer, CellId cells, int columns) {
     }
 }
 
-void putFrame(const GridModel& grid, const CellState& state, NumberWriter& writer) {
+void putFrame(const GridModel& whole, const CellState& state, NumberWriter& writer) {
+    const MapPart part = mainPart(whole);
+    const GridModel& grid = part.grid();
+    CellArray<double> store;
     put(writer, "TITLE=SL_FRAME_PLOT\n");
     put(writer, FrameVariables);
     put(writer, fmt::format("Zone i = {}, j= {}, k= {},  DATAPACKING=BLOCK\n", grid.NX + 1, grid.NY + 1,
@@ -39,7 +43,7 @@ void putFrame(const GridModel& grid, const CellState& state, NumberWriter& write
     put(writer, FrameLocations);
     for (const std::vector<double>* axis : {&grid.NodeX, &grid.NodeY, &grid.NodeZ}) putList(writer, *axis);
     putZeros(writer, grid.NCELLS, ColumnsBeforeSw);
-    putList(writer, state.Sw.cells());
+    putList(writer, part.values(state.Sw, store).cells());
     putZeros(writer, grid.NCELLS, ColumnsBehindSw);
 }
 
