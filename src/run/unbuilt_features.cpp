@@ -72,7 +72,7 @@ constexpr FeatureRow Features[] = {
      "dual porosity (DUALPORO) with nine points (NINEPOIN)"},
     {[](const RunOptions& o) { return isDualPorosity(o) && (o.parameterSmoothing || o.flowUpscaling); },
      "dual porosity (DUALPORO) with smoothing or upscaling of rock (SMTHPRM, UPSCALE)"},
-    {[](const RunOptions& o) { return isDualPorosity(o) && (o.traceFromRestart || o.eclipseToTecplot); },
+    {[](const RunOptions& o) { return isDualPorosity(o) && standsOnAnotherRun(o); },
      "dual porosity (DUALPORO) with runs of an outside simulator"},
     {[](const RunOptions& o) { return o.historyMatch && o.method != "streamline" && !o.traceFromRestart; },
      "history matching (DOINV) without streamlines (FDMETHOD)"},
