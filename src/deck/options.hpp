@@ -140,7 +140,7 @@ struct RunOptions {
     bool lineGravity = true;          // SL1DCON 6
     bool lineCapillary = false;       // SL1DCON 7
     bool orthogonalProjection = false;  // SL1DCON 8
-    bool oilRowsOfEachRs = false;       // PVTOROWS: else those of the last Rs serve all
+    bool oilRowsOfEachRs = true;        // PVTOROWS: else those of the last Rs serve all
     bool conservativeMapping = true;    // MAPPING: faces pass their own flow, made up as the lines are
     int mapCount = 1;                   // SL1DMAP, 1..1000
     double cfl = 0.0;                   // CFL 1; 0.8 by fall-back

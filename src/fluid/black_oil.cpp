@@ -68,10 +68,10 @@ double underSaturated(const FluidTables& tables, const Column& slopes, double at
 }
 
 /// 1/B or 1/(B mu) off the bubble point; 0 where the table extended to p leaves nothing.
-double reciprocalOff(const FluidTables& tables, const Column& saturated, const Column& change,
+double reciprocalOff(const FluidTables& tables, const Column& saturated, const Column& factor,
                      const TablePlace& place, double rise) {
-    return std::max(0.0,
-                    valueAt(saturated, place) + underSaturatedChange(tables.underRows, change, place, rise));
+    return valueAt(saturated, place) *
+           std::max(0.0, underSaturatedFactor(tables.underRows, factor, place, rise));
 }
 
 double fvfOff(const FluidTables& tables, const TablePlace& place, double p, double pb) {

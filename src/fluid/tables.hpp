@@ -44,7 +44,7 @@ struct PhaseTables {
 };
 
 /// Oil above its bubble point by the rows of every Rs: of saturated row r the nodes first[r] to first[r + 1],
-/// at pressures above its bubble point, with what 1/B and 1/(B mu) have changed from there.
+/// at pressures above its bubble point, with the factors of 1/B and 1/(B mu) from there.
 struct UnderSaturatedRows {
     std::vector<std::size_t> first;  // empty: the rows behind the last Rs serve all
     Column step;                     // psi, rising from node to node

@@ -307,8 +307,8 @@ MAXDT
 -- 1 /
 
 PVTOROWS
--- Oil above its bubble point: rows of every Rs or of the last [ALL/LAST : Def = LAST]
-LAST
+-- Oil above its bubble point: rows of every Rs or of the last [ALL/LAST : Def = ALL]
+ALL
 
 MAPPING
 -- From lines to cells [CONSERVE/AVERAGE : Def = CONSERVE]

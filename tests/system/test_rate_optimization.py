@@ -340,12 +340,13 @@ def test_a_value_without_prices_is_told(tmp_path):
     assert "WARNING :: NPVOPT WITHOUT A PRICE OF OIL ABOVE THAT OF WATER CHANGES NO RATES" in result.console
 
 
+# Oil that swells by less than its gas fills at all pressures of the wells.
 LIVE_OIL = """PVTO
 0.001 14.7 1.0 1.5 /
 0.3 2000 1.15 1.2
     8000 1.14 1.4 /
-0.6 4000 1.3 1.0
-    8000 1.28 1.1 /
+0.6 4000 1.21 1.0
+    8000 1.195 1.1 /
 /
 PVDG
 14.7 200 0.01

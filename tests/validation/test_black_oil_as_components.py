@@ -9,7 +9,7 @@ import pseudo_fluid
 
 TEMPERATURE, BUBBLE_POINT, START = 200.0, 4014.7, 4800.0  # F, psia
 YEARS = 5
-STEP = 5.0  # days; the gas that comes is of first order in it in both runs
+STEP = 2.5  # days; the gas that comes is of first order in it in both runs
 PRESSURES = (100.0, *range(500, 3501, 500), 3800.0, BUBBLE_POINT, *range(4100, 6001, 100))
 ROCK = """DX
 300*500 /

@@ -233,8 +233,8 @@ void readTimeMapForm(SectionReader& reader, RunOptions& options) {
 void readOilRows(SectionReader& reader, RunOptions& options) {
     constexpr InitialRow Forms[] = {{'A', "all"}, {'L', "last"}};
     const std::string word = readWord(reader);
-    tellWord(reader, Forms, word, "", "LAST");
-    options.oilRowsOfEachRs = upperInitialOf(word) == 'A';
+    tellWord(reader, Forms, word, "", "ALL");
+    options.oilRowsOfEachRs = upperInitialOf(word) != 'L';
     tellValue(reader, "Undersaturated oil by the rows of each Rs :", yesNo(options.oilRowsOfEachRs));
 }
 

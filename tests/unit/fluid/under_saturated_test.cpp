@@ -9,32 +9,48 @@ namespace {
 const std::vector<OilRowsOfRs> Both = {{1000, 1.25, 1.0, 2000, 1.0 / 0.82, 1.1},
                                        {3000, 2.0, 0.5, 5000, 1.0 / 0.56, 0.6}};
 
-TEST(UnderSaturatedRows, ChangeBetweenTwoBubblePointsIsTheirWeightedMeanAtTheSameRise) {
+TEST(UnderSaturatedRows, FactorBetweenTwoBubblePointsIsTheirWeightedMeanAtTheSameRise) {
     const UnderSaturatedRows rows = underSaturatedRows(Both);
     const TablePlace quarter = {0, 1, 0.25, true};
-    // By hand: 1/B rises by 0.02 in 1000 psi and by 0.06 in 2000 psi; 500 psi up 0.01 and 0.015.
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvf, quarter, 500.0), 0.75 * 0.01 + 0.25 * 0.015, 1e-14);
-    // 1/(B mu): 0.8 to 0.82/1.1, and 1 to 0.56/0.6.
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvfVisc, {0, 0, 0.0, true}, 1000.0), 0.82 / 1.1 - 0.8,
+    // By hand: 1/B rises from 0.8 to 0.82 in 1000 psi and from 0.5 to 0.56 in 2000 psi; 500 psi up by 0.0125
+    // and 0.03.
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, quarter, 500.0), 1.0 + 0.75 * 0.0125 + 0.25 * 0.03,
                 1e-14);
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvfVisc, {1, 1, 0.0, true}, 1000.0),
-                0.5 * (0.56 / 0.6 - 1.0), 1e-14);
+    // 1/(B mu): 0.8 to 0.82/1.1, and 1 to 0.56/0.6.
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvfVisc, {0, 0, 0.0, true}, 1000.0), 0.82 / (1.1 * 0.8),
+                1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvfVisc, {1, 1, 0.0, true}, 1000.0),
+                0.5 * (1.0 + 0.56 / 0.6), 1e-14);
 }
 
-TEST(UnderSaturatedRows, BeyondItsNodesABranchGoesOnAsItEndsAndBelowAsItBegins) {
+TEST(UnderSaturatedRows, OilWithMoreGasThanItsTableHasTheFactorOfTheLastRow) {
+    const UnderSaturatedRows rows = underSaturatedRows(Both);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, {0, 1, 3.0, true}, 2000.0), 0.56 / 0.5, 1e-14);
+}
+
+TEST(UnderSaturatedRows, BeyondItsNodesARisingBranchGoesOnAsItEndsAndBelowAsItBegins) {
     const std::vector<OilRowsOfRs> one = {{1000, 1.25, 1.0, 2000, 1.0 / 0.82, 1.0, 3000, 1.0 / 0.83, 1.0}};
     const UnderSaturatedRows rows = underSaturatedRows(one);
     const TablePlace only = {0, 0, 0.0, true};
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvf, only, 3000.0), 0.04, 1e-14);
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvf, only, -500.0), -0.01, 1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, only, 3000.0), 1.05, 1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, only, -500.0), 0.9875, 1e-14);
 }
 
-TEST(UnderSaturatedRows, AnRsWithoutRowsHasTheRelativeChangesOfTheNextOneAbove) {
+TEST(UnderSaturatedRows, AFallingBranchNeverReachesZero) {
+    const std::vector<OilRowsOfRs> thickening = {{1000, 1.25, 1.0, 2000, 1.25, 2.0}};
+    const UnderSaturatedRows rows = underSaturatedRows(thickening);
+    const TablePlace only = {0, 0, 0.0, true};
+    // 1/(B mu) halves in 1000 psi. Beyond, its reciprocal has the slope that the branch ends with: 2 + 2 per
+    // 1000 psi.
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvfVisc, only, 2000.0), 1.0 / 4.0, 1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvfVisc, only, 20000.0), 1.0 / 40.0, 1e-14);
+}
+
+TEST(UnderSaturatedRows, AnRsWithoutRowsHasTheFactorsOfTheNextOneAbove) {
     const std::vector<OilRowsOfRs> last = {{1000, 1.25, 1.0}, {3000, 2.0, 0.5, 5000, 1.0 / 0.56, 0.5}};
     const UnderSaturatedRows rows = underSaturatedRows(last);
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvf, {0, 0, 0.0, true}, 2000.0), 0.8 * (0.56 / 0.5 - 1.0),
-                1e-14);
-    EXPECT_NEAR(underSaturatedChange(rows, rows.invFvf, {1, 1, 0.0, true}, 2000.0), 0.06, 1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, {0, 0, 0.0, true}, 2000.0), 0.56 / 0.5, 1e-14);
+    EXPECT_NEAR(underSaturatedFactor(rows, rows.invFvf, {1, 1, 0.0, true}, 2000.0), 0.56 / 0.5, 1e-14);
 }
 
 TEST(UnderSaturatedRows, NoRowsGiveNone) {
