@@ -89,11 +89,11 @@ def test_water_injection_into_live_oil_follows_the_reference(tmp_path):
 
 def long_steps(folder, repetitions, longest=100.0):
     """The flood in fixed steps of 100 days with as many mappings in each as there are steps of ten days, which
-    move cells by the mean of their lines."""
+    move cells by the mean of their lines; oil above its bubble point by one block of rows."""
     text = kvr_run.public_deck("waterflood/LIVEWAT.DATA")
     assert "65*30.4167" in text
     section = kvr_run.options(lines=400, mappings=round(longest / 10.0), extra=f"OPTIONKVR\n1 0 0 0 0 0 0 {repetitions} /\n"
-                              f"MAXDT\n{longest:g} /\nSTEPCTRL\nNo /\nMAPPING\nAVERAGE\n")
+                              f"MAXDT\n{longest:g} /\nSTEPCTRL\nNo /\nMAPPING\nAVERAGE\nPVTOROWS\nLAST\n")
     return kvr_run.finished_normally(kvr_run.run(folder, text.replace("65*30.4167", "20*100") + section)).table()
 
 
