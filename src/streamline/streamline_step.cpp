@@ -258,6 +258,21 @@ void sizeStage(Simulation& s) {
     if (s.tags.CellTag.empty()) s.tags.CellTag.assign(s.grid.NCELLS, CellTagKind::Pop);
 }
 
+/// Files and solver of the lines of a step, before they are launched.
+void prepareLines(double remainingToEnd, double remainingToReport, Simulation& s) {
+    clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
+    openLineOutput(remainingToReport, s);
+    prepareSolver(s, remainingToEnd);
+}
+
+void launchUnder(std::string_view heading, Simulation& s) {
+    lineToScreen(s.console, "");
+    lineToScreen(s.console, heading);
+    launch(s);
+}
+
+constexpr std::string_view MovingHeading = "-- Saturation calculation --";
+
 /// Lines that show the cells and move nothing.
 struct StillLines {
     std::string_view heading;
@@ -268,13 +283,9 @@ struct StillLines {
 
 void traceStillLines(const StillLines& how, double remainingToEnd, double remainingToReport, Simulation& s) {
     const double start = wallSeconds();
-    clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
-    openLineOutput(remainingToReport, s);
-    prepareSolver(s, remainingToEnd);
+    prepareLines(remainingToEnd, remainingToReport, s);
     s.lines.field.solver = LineSolver::Still;
-    lineToScreen(s.console, "");
-    lineToScreen(s.console, how.heading);
-    launch(s);
+    launchUnder(how.heading, s);
     if (how.tellsMethod) printMethod(s);
     prepareFields(how.storage, s);
     s.lines.field.passes = false;
@@ -308,12 +319,8 @@ void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*
     }
     if (simulation.wells.wells.empty()) return mapStep(simulation);
     const double start = wallSeconds();
-    clearPairs(simulation.wells, simulation.options.saveEndNode, simulation.lines.pairs);
-    openLineOutput(remainingToReport, simulation);
-    prepareSolver(simulation, remainingToEnd);
-    lineToScreen(simulation.console, "");
-    lineToScreen(simulation.console, "-- Saturation calculation --");
-    launch(simulation);
+    prepareLines(remainingToEnd, remainingToReport, simulation);
+    launchUnder(MovingHeading, simulation);
     printMethod(simulation);
     prepareFields(storageOf(simulation.options, simulation.fluids), simulation);
     startSensitivities(sensitivitiesAreDue(simulation.options, iterationsLeft, remainingToReport), true,
@@ -336,12 +343,8 @@ ComponentMakeUp traceMixtures(Simulation& simulation, double remainingToEnd, dou
     Simulation& s = simulation;
     if (s.wells.wells.empty()) return {};
     const double start = wallSeconds();
-    clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
-    openLineOutput(remainingToReport, s);
-    prepareSolver(s, remainingToEnd);
-    lineToScreen(s.console, "");
-    lineToScreen(s.console, "-- Saturation calculation --");
-    launch(s);
+    prepareLines(remainingToEnd, remainingToReport, s);
+    launchUnder(MovingHeading, s);
     printMethod(s);
     prepareFields(Storage::Whole, s);
     startSensitivities(false, false, s);
@@ -366,7 +369,7 @@ void StreamlineRestartStep(Simulation& simulation, int iterationsLeft, int /*ite
                            double remainingToEnd, double remainingToReport) {
     if (simulation.wells.wells.empty()) return;
     // The cells are those of the restart, and lines that only show them need no older ones.
-    traceStillLines({"-- Saturation calculation --", Storage::Present, true, iterationsLeft}, remainingToEnd,
+    traceStillLines({MovingHeading, Storage::Present, true, iterationsLeft}, remainingToEnd,
                     remainingToReport, simulation);
 }
 
