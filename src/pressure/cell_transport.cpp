@@ -23,10 +23,11 @@ struct Viscosities {
     double oil = 0.0, water = 0.0, gas = 0.0;
 };
 
+/// Over the cells that flow among each other: not over matrix, which passes nothing on.
 Viscosities meanViscosities(const GridModel& grid, const CellState& state) {
     Viscosities mean;
     int count = 0;
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+    for (CellId c = matrixCells(grid) + 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
         mean.oil += state.MuO[c];
         mean.water += state.MuW[c];
