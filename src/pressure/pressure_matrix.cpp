@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "base/threads.hpp"
+#include "model/dual_porosity.hpp"
 #include "pressure/wells/well_rates.hpp"
 
 #include <algorithm>
@@ -227,6 +228,36 @@ void fillSystem(const UnitSystem& units, const GridModel& grid, const Connection
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) fillCellRow(grid, connections, cell, matrix);
     for (const WellRow& row : matrix.wellRows)
         fillWellRow(units, tables, state, averagePressure, wells.wells[row.well], row, system);
+}
+
+void eliminateMatrixCells(const GridModel& grid, const ConnectionTable& connections, PressureMatrix& matrix) {
+    LinearSystem& system = matrix.system;
+    for (CellId m = 1; m <= matrixCells(grid); ++m) {
+        const CellId f = partnerOf(grid, m);
+        if (connections.Trans(m, TransferDirection) == 0.0) continue;
+        const auto row = [](CellId cell) { return static_cast<std::size_t>(cell) - 1; };
+        const auto diagonal = [&](CellId cell) {
+            return static_cast<std::size_t>(system.rowStart[row(cell)]);
+        };
+        const auto other = [&](CellId cell) {
+            return diagonal(cell) + matrix.offPlace(cell, TransferDirection);
+        };
+        const double factor = system.value[other(f)] / system.value[diagonal(m)];
+        system.value[diagonal(f)] -= factor * system.value[other(m)];
+        system.rhs[row(f)] -= factor * system.rhs[row(m)];
+        system.value[other(f)] = system.value[other(m)] = 0.0;
+        system.rhs[row(m)] = 0.0;
+    }
+}
+
+void solveMatrixCells(const GridModel& grid, const ConnectionTable& connections, const PressureMatrix& matrix,
+                      std::span<double> solution) {
+    for (CellId m = 1; m <= matrixCells(grid); ++m) {
+        if (connections.Trans(m, TransferDirection) == 0.0) continue;
+        const double fracture = solution[static_cast<std::size_t>(partnerOf(grid, m)) - 1];
+        solution[static_cast<std::size_t>(m) - 1] =
+            -(matrix.MatRhs[m] + matrix.MatOff(m, TransferDirection) * fracture) / matrix.MatDiag[m];
+    }
 }
 
 }  // namespace kvr

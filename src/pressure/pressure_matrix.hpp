@@ -8,6 +8,8 @@
 #include "pressure/records/pressure_work.hpp"
 #include "pressure/wells/wells.hpp"
 
+#include <span>
+
 namespace kvr {
 
 /// Sizes the arrays and builds the pattern for the rate wells in force: the diagonal, every neighbour,
@@ -27,6 +29,17 @@ void addWellTerms(const UnitSystem& units, const FluidTables& tables, const Cell
 void fillSystem(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
                 const FluidTables& tables, const CellState& state, double averagePressure,
                 const WellRecord& wells, PressureMatrix& matrix);
+
+/// A matrix cell m is connected to its fracture cell f alone: its unknown leaves the row of f,
+///   A_ff -= A_fm A_mf/A_mm,   b_f -= A_fm b_m/A_mm,
+/// and the row of m is left with its diagonal and no right side. What the pair exchanges, far above all else
+/// in the rows of both with a large shape factor, is thus gone from the size of the right side, by which
+/// iterative routes know when to end.
+void eliminateMatrixCells(const GridModel& grid, const ConnectionTable& connections, PressureMatrix& matrix);
+
+/// The unknowns of matrix cells by those of their fractures, x_m = (b_m - A_mf x_f)/A_mm.
+void solveMatrixCells(const GridModel& grid, const ConnectionTable& connections, const PressureMatrix& matrix,
+                      std::span<double> solution);
 
 /// Gives back the coefficients, which stand in the system by now; buildPattern makes room for the next ones.
 void releaseCoefficients(PressureMatrix& matrix);

@@ -1,5 +1,6 @@
 #include "pressure/pressure_matrix.hpp"
 
+#include "model/dual_porosity.hpp"
 #include "pressure/accumulation.hpp"
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/wells/well_rates.hpp"
@@ -78,6 +79,34 @@ TEST(PressureMatrix, IsTheSameAgainAfterItsCoefficientsWereReleased) {
     EXPECT_EQ(cells.matrix.system.patternStamp, before.patternStamp);
     EXPECT_EQ(cells.matrix.system.value, before.value);
     EXPECT_EQ(cells.matrix.system.rhs, before.rhs);
+}
+
+TEST(PressureMatrix, WithItsMatrixCellsEliminatedHasTheSameSolution) {
+    for (const double sigma : {1e-6, 1e-2, 10.0}) {
+        Simulation s;
+        sample::makeRun(2, 1, 2, sample::waterAndOil(1e-5), s);
+        s.grid.dual.isSet = true;
+        s.grid.dual.SIGMA.assign(4, sigma);
+        shareGeometry(s.grid);
+        CALCTRANS_STATICGEOPART(s.console, s.options, s.units, s.grid, s.connections);
+        for (CellId c = 1; c <= 4; ++c) s.state.Pressure[c] = 2800.0 + 100.0 * c;
+        refreshProperties(s.grid, s.fluids, s.state);
+        CellAmounts amounts;
+        measureAmounts(s.grid, s.state, amounts);
+        PressureMatrix matrix;
+        buildPattern(s.grid, s.connections, s.wells, matrix);
+        accumulateTwoPhase(1, 1.0, s.grid, s.fluids, s.state, amounts, s.state, matrix);
+        flowTwoPhase(Upstream::Found, s.units, s.grid, s.connections, s.state, matrix);
+        fillSystem(s.units, s.grid, s.connections, s.fluids, s.state, 0.0, s.wells, matrix);
+        const std::vector<double> whole = sample::solveByElimination(matrix.system);
+        eliminateMatrixCells(s.grid, s.connections, matrix);
+        for (const std::size_t row : {0U, 1U}) EXPECT_EQ(matrix.system.rhs[row], 0.0);
+        std::vector<double> solution = sample::solveByElimination(matrix.system);
+        for (const std::size_t row : {0U, 1U}) EXPECT_EQ(solution[row], 0.0);
+        solveMatrixCells(s.grid, s.connections, matrix, solution);
+        ASSERT_GT(std::abs(whole[0]), 1.0);
+        for (std::size_t row = 0; row < 4; ++row) EXPECT_NEAR(solution[row], whole[row], 1e-6) << sigma;
+    }
 }
 
 TEST(PressureMatrix, HasNegativeDiagonalsAndPositiveNeighboursAndIsPassedReversed) {
