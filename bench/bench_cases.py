@@ -17,6 +17,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "bench"
 
 sys.path.insert(0, str(ROOT / "tests" / "support"))
+import dual_deck  # noqa: E402
 import kvr_run  # noqa: E402
 
 PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
@@ -164,6 +165,31 @@ def step_control(decks, name, repeats):
                 section = f"\nTUNEKVR\nSTEPCTRL\n{word} /\n"
                 measured.append(measure([BUILD / "kvr"], placed(decks, name, scratch, options=section), 1))
     return {word: medians(measured) for word, measured in runs.items()}
+
+
+# --- fractures with their matrix -----------------------------------------------------------------------
+
+FRACTURED_SIDE, FRACTURED_SIGMA = 100, 0.01  # pairs along a side; 1/ft2
+FRACTURED_METHODS = ("STREAMLINE", "IMPES", "FIM")
+CONTINUA = ("two continua", "one continuum")
+
+
+def fractured_five_spot(method, repeats):
+    """Figures of a quarter of a five-spot of fractures and matrix, and of one continuum with the pores of both, over
+    1000 days, taken in turn."""
+    side = FRACTURED_SIDE
+    rate, steps = 200.0 * side * side / 36.0, "40*25"
+    decks = (dual_deck.dual(side, side, rate, steps, FRACTURED_SIGMA),
+             dual_deck.single(side, side, rate, steps, 0.22, 300.0))
+    runs = {name: [] for name in CONTINUA}
+    for _ in range(repeats):
+        for name, deck in zip(CONTINUA, decks):
+            with tempfile.TemporaryDirectory() as scratch:
+                section = f"\nTUNEKVR\nFDMETHOD\n{method}\nMAXDT\n25\n"
+                (pathlib.Path(scratch) / "ECLIPSE.DATA").write_text(deck + section)
+                figures = measure([BUILD / "kvr"], scratch, 1)
+                runs[name].append(figures | {"cells": cells_of(deck)})
+    return {name: medians(measured) for name, measured in runs.items()}
 
 
 # --- a machine that others use -----------------------------------------------------------------------

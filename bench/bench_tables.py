@@ -110,6 +110,15 @@ def step_control_cost(name, rows):
     return [[f"{name}: user seconds with step control over without", f"{on['user'] / off['user']:.2f}"]] if on and off else []
 
 
+def fractured_name(method, continua):
+    return f"five-spot of {bench_cases.FRACTURED_SIDE} by {bench_cases.FRACTURED_SIDE}, {continua}, {method}"
+
+
+def fractured_cost(method, rows):
+    both, one = (fractured_name(method, name) for name in bench_cases.CONTINUA)
+    return ratio(rows, f"five-spot by {method}: two continua over one", both, one)
+
+
 def shared_name(beside, threads):
     return f"three steps of {bench_cases.SHARED_CASE} on {threads} thread{'s' if threads > 1 else ''}, beside {beside} busy processes"
 
@@ -130,6 +139,8 @@ def print_ratios(rows, markdown):
         table += run_ratios(name, rows) + reading(name, rows)
     for name in bench_cases.STEP_CONTROL_DECKS:
         table += step_control_cost(name, rows)
+    for method in bench_cases.FRACTURED_METHODS:
+        table += fractured_cost(method, rows)
     for beside in (0, bench_cases.BUSY_PROCESSES):
         table += shared_cost(beside, rows)
     if table:
