@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace kvr {
 
@@ -53,7 +54,28 @@ void passOver(SectionReader& reader, std::string_view line, std::string_view wor
     skipKeywordData(reader);
 }
 
-void firstPass(DeckReading& deck) {
+constexpr IncludeTexts BetweenSections{"ERROR: INCLUDE File Open Error at RUNSPEC section",
+                                       "File I/O Error, in RUNSPEC Section",
+                                       "INCLUDE FILE FINISHED, RUNSPEC SECTION"};
+
+bool readSections(DeckReading& deck);
+
+/// Reads the sections of another file, and goes on in the present one.
+void readSectionsOf(DeckReading& deck, DeckCursor file) {
+    if (++deck.openIncludes > DeepestInclude) stopAtEndlessIncludes(readerFor(deck, file, "", ""));
+    std::swap(deck.cursor, file);
+    readSections(deck);
+    std::swap(deck.cursor, file);
+    --deck.openIncludes;
+}
+
+/// What included files hold behind the section that included them, the innermost first.
+void readRests(DeckReading& deck) {
+    for (DeckCursor& rest : std::exchange(deck.sinks.rests, {})) readSectionsOf(deck, std::move(rest));
+}
+
+/// The first pass through one file; false when its end came before END and before options.
+bool readSections(DeckReading& deck) {
     const Console& console = deck.run.console;
     SectionReader reader = readerFor(deck, deck.cursor, "", "");
     int linesLeft = FirstPassLines;
@@ -63,23 +85,41 @@ void firstPass(DeckReading& deck) {
         if (word == "TUNEKVR ") {
             lineToBoth(console, "");
             stepBack(deck.cursor);
-            return;
+            return true;
         }
         if (word == "END     ") {
             if (deck.run.options.outputMetric) copyEcho(reader, line);
             lineToBoth(console, "");
             lineToBoth(console, "FILE END DETECTED & CLOSED...");
-            return;
+            return true;
         }
         const SectionRow row = sectionOfWord(word);
         if (row != SectionRow::Count) {
             echoLine(reader, line);
             readNamedSection(deck, row);
+            readRests(deck);
+        } else if (word == "INCLUDE " && reader.commonForm && mayInclude(reader)) {
+            readSectionsOf(deck, openInclude(reader, BetweenSections));
         } else {
             passOver(reader, line, word);
         }
     }
-    lineToBoth(console, "FILE I/O -> END OF FILE DETECTED BEFORE STREAMLINE INFO..");
+    return false;
+}
+
+void firstPass(DeckReading& deck) {
+    if (!readSections(deck))
+        lineToBoth(deck.run.console, "FILE I/O -> END OF FILE DETECTED BEFORE STREAMLINE INFO..");
+}
+
+/// Options behind the END that closes the second pass are not read.
+void tellOptionsBehindEnd(DeckReading& deck, SectionReader& reader) {
+    std::string_view line;
+    for (int n = 0; n < SecondPassLines && nextLine(deck.cursor, line); ++n) {
+        if (keywordOf(line.substr(0, DispatcherLineWidth)) != "TUNEKVR ") continue;
+        reader.keyword = "TUNEKVR";
+        return warnHere(reader, "WARNING :: A SECOND TUNEKVR BEHIND END IS NOT READ");
+    }
 }
 
 void secondPass(DeckReading& deck) {
@@ -96,6 +136,7 @@ void secondPass(DeckReading& deck) {
             readOptionSection(section, deck.run.options);
         } else if (word == "END     ") {
             lineToBoth(console, "FILE END DETECTED & CLOSED...");
+            tellOptionsBehindEnd(deck, reader);
             return;
         } else {
             passOver(reader, line, word);

@@ -145,6 +145,7 @@ SectionReader readerFor(DeckReading& deck, DeckCursor& cursor, std::string_view 
     reader.errorName = errorName;
     reader.workingFolder = deck.run.options.deckFolder;
     reader.outputMetric = deck.run.options.outputMetric;
+    reader.commonForm = isNamed(deck.run.command);
     reader.units = &deck.run.units;
     reader.keyword = section;
     reader.gridSize = {deck.run.grid.NX, deck.run.grid.NY, deck.run.grid.NZ};

@@ -44,6 +44,7 @@ struct DeckReading {
     DeckSinks sinks;
     DeckCursor cursor;
     std::array<bool, SectionCount> done{};  // by row
+    int openIncludes = 0;                   // files that include one another, sections and all
 };
 
 /// Connects the sinks with the log and the unit copies of the run.

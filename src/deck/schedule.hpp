@@ -126,6 +126,13 @@ struct ScheduleStep {
     bool sourceHasWells = true;  // they define all wells: none stands in WELSPEC
 };
 
+/// The wells, completions and limits of a step are those of the step before, and no fault changes: shared
+/// lists tell by their places, so that a row that repeats what holds counts as a change.
+inline bool hasWellsOf(const ScheduleStep& step, const ScheduleStep& before) {
+    return step.wells.held == before.wells.held && step.completions.held == before.completions.held &&
+           step.mostRsRise == before.mostRsRise && step.faultMultipliers.empty();
+}
+
 /// Composition of an injected stream, WELLSTRE.
 struct InjectionStream {
     std::string name;

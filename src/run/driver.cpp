@@ -97,14 +97,25 @@ void explicitBehindEvent(RunOptions& options) {
     for (std::string& phase : options.solverPhaseName) phase = "mas";
 }
 
+/// A list of times behind which the deck says nothing of its wells: they go on, and so do the steps. Runs
+/// that change rates themselves begin anew at every list.
+bool leavesWells(const Simulation& simulation) {
+    const RunOptions& options = simulation.options;
+    const std::vector<ScheduleStep>& steps = simulation.schedule.steps;
+    const auto now = static_cast<std::size_t>(simulation.clock.wellChangeIndex);
+    if (options.rateOptimization || options.historyMatch || options.traceFromRestart) return false;
+    return now > 0 && now < steps.size() && hasWellsOf(steps[now], steps[now - 1]);
+}
+
 void wellEvent(Simulation& simulation) {
     RunClock& clock = simulation.clock;
     if (!snapTo(tableTime(simulation.schedule.wellEventTime, clock.wellChangeIndex + 2), clock.time)) return;
     clock.wellChangeIndex += 1;
     printWellBanner(simulation.console);
+    explicitBehindEvent(simulation.options);
+    if (leavesWells(simulation)) return;
     applyFaultMultipliers(clock.wellChangeIndex + 1, simulation);
     rebuildWells(clock.wellChangeIndex + 1, simulation);
-    explicitBehindEvent(simulation.options);
     clock.stepsSinceEvent = 0;
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 namespace kvr {
 
@@ -117,7 +118,8 @@ bool skippedTitle(SectionReader& reader, const KeywordLine& found) {
     if (found.word != "TITLE   ") return false;
     reportNotSupported(reader, found.line);
     std::string_view text;
-    nextLine(*reader.cursor, text);
+    // The title is the next line, a blank one too; comments do not count.
+    while (nextLine(*reader.cursor, text) && trimLeft(text).starts_with("--")) takeComment(reader, text);
     if (reader.outputMetric) copyEcho(reader, found.line);
     if (reader.outputMetric) copyEcho(reader, text);
     return true;
@@ -160,6 +162,32 @@ DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts) {
         stopAtPlace(reader);
     }
     return file;
+}
+
+void stopAtEndlessIncludes(SectionReader reader) {
+    reader.keyword = "INCLUDE";
+    lineToBoth(consoleOf(reader), "ERROR :: FILES THAT INCLUDE ONE ANOTHER WITHOUT END");
+    stopAtPlace(reader);
+}
+
+bool mayInclude(const SectionReader& reader) {
+    if (!reader.insideInclude) return true;
+    if (!reader.commonForm) return false;
+    if (reader.includeDepth >= DeepestInclude) stopAtEndlessIncludes(reader);
+    return true;
+}
+
+bool leaveRest(const SectionReader& inner, DeckCursor& file) {
+    if (!inner.commonForm) return false;
+    std::vector<DeckCursor>& rests = inner.sinks->rests;
+    const bool ended = !rests.empty();
+    std::string_view line;
+    if (!peekLine(inner, line)) return ended;
+    const std::string word = keywordOf(line);
+    // END and the options behind it close a file, not the deck.
+    if (!ended && (!isSectionWord(word) || word == "END     " || word == "TUNEKVR ")) return false;
+    rests.push_back(std::move(file));
+    return true;
 }
 
 void tellMeant(const SectionReader& reader, std::string_view meant) {

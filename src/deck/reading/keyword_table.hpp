@@ -116,6 +116,15 @@ bool skippedTitle(SectionReader& reader, const KeywordLine& found);
 /// INCLUDE of a main-deck section reader up to the opened file; stops when it cannot be opened.
 DeckCursor openInclude(SectionReader& reader, const IncludeTexts& texts);
 
+/// Whether INCLUDE opens a file here: in an included file only in the common form, and not without end.
+bool mayInclude(const SectionReader& reader);
+inline constexpr int DeepestInclude = 20;
+[[noreturn]] void stopAtEndlessIncludes(SectionReader reader);
+
+/// Behind the reading of an included file: in the common form what it holds from another section's word on
+/// goes to the sinks. True where there is such a rest, of this file or of one that it included.
+bool leaveRest(const SectionReader& inner, DeckCursor& file);
+
 /// The word is the section's own.
 bool isOwnSectionWord(const SectionReader& reader, std::string_view word);
 
@@ -135,20 +144,24 @@ template <class Records>
 void dispatchSection(SectionReader& reader, Records& records, std::span<const KeywordRow<Records>> table,
                      const IncludeTexts& texts);
 
-/// The section's dispatcher on a second file: the same table less INCLUDE.
+/// The section's dispatcher on a second file: the same table, less INCLUDE but in the common form. That form
+/// reads what stands in the file behind another section's word as well: it is left with the sinks, and true
+/// says that the section has ended.
 template <class Records>
-void readIncludeFile(SectionReader& reader, Records& records, std::span<const KeywordRow<Records>> table,
+bool readIncludeFile(SectionReader& reader, Records& records, std::span<const KeywordRow<Records>> table,
                      const IncludeTexts& texts) {
     DeckCursor file = openInclude(reader, texts);
     SectionReader inner = reader;
     inner.cursor = &file;
     inner.insideInclude = true;
+    ++inner.includeDepth;
     dispatchSection(inner, records, table, texts);
     reader.keywordCount = inner.keywordCount;
     reader.outputMetric = inner.outputMetric;
     reader.box = inner.box;
     reader.halfRepeats = inner.halfRepeats;
     lineToBoth(consoleOf(reader), texts.finished);
+    return leaveRest(inner, file);
 }
 
 template <class Records>
@@ -202,8 +215,8 @@ void dispatchSection(SectionReader& reader, Records& records, std::span<const Ke
             copySource(reader, found.line, begin);
             continue;
         }
-        if (found.word == "INCLUDE " && !reader.insideInclude && !texts.openError.empty()) {
-            readIncludeFile(reader, records, table, texts);
+        if (found.word == "INCLUDE " && mayInclude(reader) && !texts.openError.empty()) {
+            if (readIncludeFile(reader, records, table, texts)) return;
             continue;
         }
         --reader.keywordCount;

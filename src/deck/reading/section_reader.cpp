@@ -28,15 +28,6 @@ bool isLetter(char c) {
     return std::isalpha(static_cast<unsigned char>(c)) != 0;
 }
 
-/// The next line without moving the cursor; false at the end of the file.
-bool peekLine(const SectionReader& reader, std::string_view& line) {
-    const std::string_view text = reader.cursor->text;
-    if (reader.cursor->position >= text.size()) return false;
-    line = text.substr(reader.cursor->position);
-    line = trimLeft(line.substr(0, line.find('\n')));
-    return true;
-}
-
 /// One comment of RUNSPEC is more than a comment, also among the lines that an unknown keyword drops.
 void noteUnitCopyRequest(SectionReader& reader, std::string_view line) {
     if (reader.section == "RUNSPEC" && trimLeft(line).starts_with(UnitCopyRequest)) {
@@ -135,6 +126,22 @@ void takeComment(SectionReader& reader, std::string_view line) {
     noteUnitCopyRequest(reader, line);
 }
 
+bool peekLine(const SectionReader& reader, std::string_view& line) {
+    const std::string_view text = reader.cursor->text;
+    if (reader.cursor->position >= text.size()) return false;
+    line = text.substr(reader.cursor->position);
+    line = trimLeft(line.substr(0, line.find('\n')));
+    return true;
+}
+
+double firstNumber(std::string_view line, double otherwise) {
+    DeckCursor alone;
+    alone.text = line;
+    std::array<double, 1> value{otherwise};
+    readDoubles(alone, value);
+    return value[0];
+}
+
 void skipCommentLines(SectionReader& reader) {
     std::string_view line;
     for (int n = 0; n < MaxCommentLines; ++n) {
@@ -163,11 +170,15 @@ void copySkipped(const SectionReader& reader, std::string_view line) {
 
 void skipKeywordData(SectionReader& reader) {
     std::string_view line;
+    bool within = reader.commonForm && reader.keyword.starts_with("RPT");
     for (int n = 0; n < MaxSkippedLines && nextLine(*reader.cursor, line); ++n) {
-        if (!isCommentLine(line) && line.find_first_of("/*") == std::string_view::npos) {
+        // Names of reports look like keywords, and are those of arrays.
+        within = within && !isSectionWord(keywordOf(line));
+        if (!within && !isCommentLine(line) && line.find_first_of("/*") == std::string_view::npos) {
             stepBack(*reader.cursor);
             return;
         }
+        within = within && (isCommentLine(line) || line.find('/') == std::string_view::npos);
         noteUnitCopyRequest(reader, line);
         if (n > 0)
             echoLine(reader, line);
@@ -346,12 +357,30 @@ bool rowIsNext(const SectionReader& reader, RowStart start) {
            (isLetter(first) && line.find('/') != std::string_view::npos && !isSectionWord(keywordOf(line)));
 }
 
+/// The row that stands next goes on with the walk: it cannot be a keyword, and in a table it lies above the
+/// row before.
+bool goesOn(const SectionReader& reader, const RowLoop& loop) {
+    if (!rowIsNext(reader, loop.start)) return false;
+    std::string_view line;
+    return std::isnan(loop.axis) || (peekLine(reader, line) && firstNumber(line, loop.axis) > loop.axis);
+}
+
 /// Rows that a comment has cut off from the rows before it.
 void tellRowsBehindComment(const SectionReader& reader, const RowLoop& loop, bool slashSeen) {
     if (slashSeen || loop.rows == 0 || !rowIsNext(reader, loop.start)) return;
     warnHere(reader,
              "WARNING :: A COMMENT OR BLANK LINE ENDS THE ROWS OF {}, THE ROWS BEHIND IT ARE NOT READ",
              reader.keyword);
+}
+
+}  // namespace
+
+namespace {
+
+/// A row without a slash ends with the one on the next line.
+void passRowSlash(SectionReader& reader) {
+    std::string_view line;
+    if (peekLine(reader, line) && isSlashLine(line)) nextLine(*reader.cursor, line);
 }
 
 }  // namespace
@@ -370,17 +399,46 @@ bool nextTableRow(SectionReader& reader, RowLoop& loop) {
     if (loop.rows == 1 && loop.last.slash) loop.slash = RowSlash::EndsRow;
     if (loop.last.slash && loop.slash == RowSlash::EndsTable) return false;
     bool slashSeen = false;
+    if (reader.commonForm && loop.slash == RowSlash::EndsRow && !loop.last.slash) passRowSlash(reader);
     const int lines = consumeSlashLines(reader, &slashSeen);
-    if (lines > 0) tellRowsBehindComment(reader, loop, slashSeen || loop.last.slash);
-    if (lines > 0 || keywordIsNext()) return false;
+    const bool passedOver = lines > 0 && !slashSeen && reader.commonForm && goesOn(reader, loop);
+    if (lines > 0 && !passedOver) {
+        tellRowsBehindComment(reader, loop, slashSeen || loop.last.slash);
+        return false;
+    }
+    if (keywordIsNext()) return false;
     ++loop.rows;
     return true;
 }
+
+namespace {
+
+/// Whether the line before, comments aside, is a row without its slash: more than a keyword, and none in it.
+bool rowIsOpen(const SectionReader& reader) {
+    std::string_view before = std::string_view(reader.cursor->text).substr(0, reader.cursor->position);
+    while (!before.empty()) {
+        before.remove_suffix(before.back() == '\n' ? 1 : 0);
+        const std::size_t start = before.rfind('\n') + 1;  // 0 where there is none
+        const std::string_view line = before.substr(start);
+        before = before.substr(0, start);
+        if (isCommentLine(line)) continue;
+        const std::string_view text = line.substr(0, line.find("--"));
+        return text.find('/') == std::string_view::npos &&
+               !isCommentLine(trimLeft(text).substr(firstWord(trimLeft(text)).size()));
+    }
+    return false;
+}
+
+}  // namespace
 
 bool nextRow(SectionReader& reader, RowStart start) {
     skipCommentLines(reader);
     std::string_view line;
     if (!peekLine(reader, line)) return false;
+    if (reader.commonForm && isSlashLine(line) && rowIsOpen(reader)) {
+        nextLine(*reader.cursor, line);
+        return nextRow(reader, start);
+    }
     if (isSlashLine(line)) return !nextLine(*reader.cursor, line);
     return start == RowStart::Number ? !nextLineIsKeyword(reader) : !nextLineIsLoneWord(reader);
 }

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,6 +32,7 @@ struct DeckSinks {
     std::FILE* fieldCopy = nullptr;   // the deck rewritten in field units
     bool keywordCopied = false;       // the handler of the present keyword has written its own copy
     std::vector<SkippedKeyword> skipped;
+    std::vector<DeckCursor> rests;  // of included files in which another section begins, the innermost first
 };
 
 /// BOX, until ENDBOX or the end of its section: the cells that arrays of one value per cell fill, and that
@@ -53,6 +55,7 @@ struct SectionReader {
     std::string_view section;    // the section's word: "RUNSPEC", "GRID", ...
     std::string_view errorName;  // the name in "Reading error, in ... Section" (some differ on purpose)
     bool insideInclude = false;
+    int includeDepth = 0;       // files that include one another on the way here
     std::string workingFolder;  // joined directly to INCLUDE names
     bool outputMetric = false;  // numbers go to the unit copies as well
     const UnitSystem* units = nullptr;
@@ -60,8 +63,11 @@ struct SectionReader {
     std::array<int, 3> gridSize{};  // cells along x, y, z; zero before DIMENS
     InputBox box;
     KeptSource* kept = nullptr;  // where the section's text is wanted again
-    bool halfRepeats = false;    // DPGRID: an array by cell given for the upper half holds for both halves
-    std::string keyword;         // the keyword whose data are being read, for messages
+    // A deck from anywhere: comments and blank lines stand between any two rows, rows of array arithmetic act
+    // where they stand, included files include others. Without it a comment behind a row ends the rows.
+    bool commonForm = false;
+    bool halfRepeats = false;  // DPGRID: an array by cell given for the upper half holds for both halves
+    std::string keyword;       // the keyword whose data are being read, for messages
 };
 
 inline const Console& consoleOf(const SectionReader& reader) {
@@ -89,6 +95,10 @@ void skipKeywordData(SectionReader& reader);
 /// Counts comment, blank and slash-first lines up to the next data line; `slashSeen` tells whether one of
 /// them began with a slash.
 int consumeSlashLines(SectionReader& reader, bool* slashSeen = nullptr);
+/// The next line, its leading blanks off, without moving the cursor; false at the end of the file.
+bool peekLine(const SectionReader& reader, std::string_view& line);
+/// The first number of a line, `otherwise` where it begins with none.
+double firstNumber(std::string_view line, double otherwise);
 /// The next line starts with a letter that is not quoted (the next keyword), or the file has ended.
 /// The cursor does not move.
 bool nextLineIsKeyword(const SectionReader& reader);
@@ -171,11 +181,15 @@ struct RowLoop {
     RowStart start = RowStart::Number;
     ListEnd last{};  // of the row read last, set by the caller
     int rows = 0;    // rows begun
+    double axis =
+        std::numeric_limits<double>::quiet_NaN();  // of a table: first value of that row, deck units
 };
 
 /// True when another row is to be read now. Comments before the first row are skipped; behind a row a
-/// comment, blank or slash line ends the walk, as do the next keyword and the end of the file. In a table
-/// a slash at the end of a row ends it too, unless the first row had one: then slashes are row ends.
+/// comment, blank or slash line ends the walk, as do the next keyword and the end of the file. In the
+/// common form comments and blank lines are skipped there too, as long as what follows them goes on: a
+/// row, in a table one whose first value lies above `axis`. In a table a slash at the end of a row ends it
+/// too, unless the first row had one: then slashes are row ends.
 bool nextTableRow(SectionReader& reader, RowLoop& loop);
 
 /// Rows of lists whose every row ends with its own slash and that comments do not end (COMPDAT,

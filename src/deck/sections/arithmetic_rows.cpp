@@ -56,6 +56,7 @@ void checkBox(const SectionReader& reader, const GridModel& grid, const CellBox&
 
 void tellMissingBox(const SectionReader& reader, const ListEnd& row, bool& boxed) {
     constexpr int ValuesBeforeBox = 2;
+    if (reader.commonForm) return;
     const bool hasBox = row.count > ValuesBeforeBox;
     if (!hasBox && boxed)
         warnHere(reader, "WARNING :: A ROW WITHOUT A BOX MEANS {}, NOT THE BOX OF THE ROW BEFORE",
@@ -83,9 +84,13 @@ void endCopiedList(const SectionReader& reader) {
     copyTableEnd(reader);
 }
 
-ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end) {
+CellBox boxOfFirstRow(const SectionReader& reader) {
+    return reader.box.isSet ? reader.box.cells : CellBox{};
+}
+
+ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, CellBox& before, ListEnd& end) {
     ArithmeticRow row;
-    if (reader.box.isSet) row.box = reader.box.cells;
+    row.box = before;
     CellBox& box = row.box;
     const std::array<ListTarget, 8> targets = {&row.name, &row.value, &box.i1, &box.i2,
                                                &box.j1,   &box.j2,    &box.k1, &box.k2};
@@ -94,17 +99,32 @@ ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& 
     row.name = nameOf(row.name);
     checkBox(reader, grid, box);
     copyBoxRow(reader, row);
+    if (reader.commonForm) before = row.box;
     return row;
 }
 
-ArithmeticRow readCopyRow(SectionReader& reader, ListEnd& end) {
+ArithmeticRow readCopyRow(SectionReader& reader, const GridModel& grid, CellBox& before, ListEnd& end) {
+    constexpr std::size_t Names = 2;
     ArithmeticRow row;
-    const std::array<ListTarget, 2> targets = {&row.name, &row.secondName};
-    end = readList(*reader.cursor, targets);
+    if (reader.commonForm) row.box = before;
+    CellBox& box = row.box;
+    const std::array<ListTarget, 8> targets = {&row.name, &row.secondName, &box.i1, &box.i2,
+                                               &box.j1,   &box.j2,         &box.k1, &box.k2};
+    end = readList(*reader.cursor, std::span(targets).first(reader.commonForm ? targets.size() : Names));
     checkRead(reader, end);
+    checkBox(reader, grid, box);
+    if (reader.commonForm) before = box;
     row.name = nameOf(row.name);
     row.secondName = nameOf(row.secondName);
-    copyRow(reader, {{0.0, 1.0, row.name}, {0.0, 1.0, row.secondName}});
+    if (isOpen(box)) return copyRow(reader, {{0.0, 1.0, row.name}, {0.0, 1.0, row.secondName}}), row;
+    copyRow(reader, {{0.0, 1.0, row.name},
+                     {0.0, 1.0, row.secondName},
+                     {1.0 * box.i1, 1.0, {}},
+                     {1.0 * box.i2, 1.0, {}},
+                     {1.0 * box.j1, 1.0, {}},
+                     {1.0 * box.j2, 1.0, {}},
+                     {1.0 * box.k1, 1.0, {}},
+                     {1.0 * box.k2, 1.0, {}}});
     return row;
 }
 

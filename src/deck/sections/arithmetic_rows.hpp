@@ -22,9 +22,14 @@ void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector
 /// A row without a box behind one that has a box: it means the whole grid here, and the box before elsewhere.
 void tellMissingBox(const SectionReader& reader, const ListEnd& row, bool& boxed);
 
-/// One row each, the cursor in front of it. Text is cut to 8 characters.
-ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, ListEnd& end);
-ArithmeticRow readCopyRow(SectionReader& reader, ListEnd& end);
+/// What limits of a box that the first row of a list leaves out are: those of BOX, or open.
+CellBox boxOfFirstRow(const SectionReader& reader);
+
+/// One row each, the cursor in front of it. Text is cut to 8 characters. Limits left out are those of
+/// `before`, which in the common form becomes the box of this row; only that form reads a box behind the
+/// names of COPY.
+ArithmeticRow readBoxRow(SectionReader& reader, const GridModel& grid, CellBox& before, ListEnd& end);
+ArithmeticRow readCopyRow(SectionReader& reader, const GridModel& grid, CellBox& before, ListEnd& end);
 
 /// A row of MULTIPLY whose factor is no number of 0 or more is told and not taken.
 bool isNegativeFactor(const SectionReader& reader, const ArithmeticRow& row);
@@ -40,9 +45,10 @@ void readBoxRows(SectionReader& reader, const GridModel& grid, const std::vector
                  const Keep& keep) {
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
     bool boxed = false;
+    CellBox before = boxOfFirstRow(reader);
     while (nextTableRow(reader, rows)) {
         checkRoom(reader, list);
-        ArithmeticRow row = readBoxRow(reader, grid, rows.last);
+        ArithmeticRow row = readBoxRow(reader, grid, before, rows.last);
         tellMissingBox(reader, rows.last, boxed);
         keep(std::move(row));
     }

@@ -1,9 +1,11 @@
+#include "base/text.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "deck/sections/grid_section.hpp"
+#include "deck/sections/rows_in_order.hpp"
 
 #include <array>
 
@@ -15,12 +17,20 @@ void sayGridKeyword(SectionReader& reader, GridModel&) {
     lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
 }
 
+bool isTransmissibility(const std::string& name) {
+    return trim(name).starts_with("TRAN");
+}
+
 /// Kept, not applied: every word, since only conditioning knows which of them act.
 void readMultiply(SectionReader& reader, GridModel& grid) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
         if (isNegativeFactor(reader, row)) return;
+        if (reader.commonForm && isTransmissibility(row.name)) {
+            actInOrder(reader, row, grid);
+            return;
+        }
         grid.editRows.push_back(std::move(row));
     });
     endCopiedList(reader);

@@ -5,6 +5,7 @@
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
 #include "deck/sections/grid_barriers.hpp"
+#include "deck/sections/rows_in_order.hpp"
 #include "model/multipliers.hpp"
 
 #include <algorithm>
@@ -48,6 +49,16 @@ void tellBothFaces(const SectionReader& reader, const MultiplierKeyword* multipl
         multiplier->name, reader.keyword, multiplier->name);
 }
 
+/// A row of the common form.
+void actNow(SectionReader& reader, RowAction action, ArithmeticRow row, GridRecords& records) {
+    row.action = action;
+    if (!actInOrder(reader, row, records.grid)) return reportNotSupported(reader, row.name);
+    const EqualsArray* array = findEqualsArray(row.name);
+    if (action != RowAction::Set || array == nullptr || !array->isBlockSize) return;
+    records.grid.blockInput = true;
+    records.options.useNewtran = false;
+}
+
 }  // namespace
 
 void readEquals(SectionReader& reader, GridRecords& records) {
@@ -56,6 +67,7 @@ void readEquals(SectionReader& reader, GridRecords& records) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.equalsRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "EQUALS  : {} {}", row.name, number(row.value));
+        if (reader.commonForm) return actNow(reader, RowAction::Set, row, records);
         if (setFactors(row, false, grid)) return;
         tellOrder(reader, {row.name}, grid);
         const EqualsArray* array = findEqualsArray(row.name);
@@ -78,10 +90,15 @@ void readCopy(SectionReader& reader, GridRecords& records) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
+    CellBox before = boxOfFirstRow(reader);
     while (nextTableRow(reader, rows)) {
         checkRoom(reader, grid.copyRows);
-        ArithmeticRow row = readCopyRow(reader, rows.last);
+        ArithmeticRow row = readCopyRow(reader, grid, before, rows.last);
         both(consoleOf(reader), "COPY : {} -> {}", row.name, row.secondName);
+        if (reader.commonForm) {
+            if (!copyInOrder(row, grid)) reportNotSupported(reader, row.name + " " + row.secondName);
+            continue;
+        }
         for (const std::string& name : {row.name, row.secondName})
             if (findCopyArray(name) == nullptr) reportNotSupported(reader, name);
         tellOrder(reader, {row.name, row.secondName}, grid);
@@ -97,6 +114,8 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
     readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "MULTIPLY : {} By {}", row.name, number(row.value));
         if (isNegativeFactor(reader, row)) return;
+        if (reader.commonForm && trim(row.name) != "PORV")
+            return actNow(reader, RowAction::Multiply, row, records);
         if (setFactors(row, true, grid)) return;
         const MultiplierKeyword* multiplier = findMultiplier(row.name);
         if (multiplier == nullptr) reportNotSupported(reader, row.name);
@@ -111,11 +130,15 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
 namespace {
 
 /// Keeps a row of ADD or for a region, if its array is one of those that they know.
-void keepFurther(SectionReader& reader, ArithmeticRow row, RowAction action,
+void keepFurther(SectionReader& reader, ArithmeticRow row, RowAction action, GridModel& grid,
                  std::vector<ArithmeticRow>& list) {
     if (findArithmeticArray(row.name) == nullptr) return reportNotSupported(reader, row.name);
     if (action == RowAction::Multiply && isNegativeFactor(reader, row)) return;
     row.action = action;
+    if (reader.commonForm && row.region > 0 && !regionNumbers(grid, row.regionSet).empty()) {
+        actInOrder(reader, row, grid);
+        return;
+    }
     row.place = placeOf(reader);
     list.push_back(std::move(row));
 }
@@ -132,7 +155,8 @@ RegionSet regionSetOf(const SectionReader& reader, const std::string& word) {
 }
 
 /// Rows of name, value, region and numbering.
-void readRegionRows(SectionReader& reader, RowAction action, std::vector<ArithmeticRow>& list) {
+void readRegionRows(SectionReader& reader, RowAction action, GridModel& grid,
+                    std::vector<ArithmeticRow>& list) {
     announce(reader, reader.keyword);
     copyKeyword(reader);
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
@@ -152,7 +176,7 @@ void readRegionRows(SectionReader& reader, RowAction action, std::vector<Arithme
                      row.region);
             continue;
         }
-        keepFurther(reader, std::move(row), action, list);
+        keepFurther(reader, std::move(row), action, grid, list);
     }
     endCopiedList(reader);
 }
@@ -165,19 +189,20 @@ void readAdd(SectionReader& reader, GridRecords& records) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.multiplyRows, [&](ArithmeticRow row) {
         both(consoleOf(reader), "ADD : {} {}", row.name, number(row.value));
-        keepFurther(reader, std::move(row), RowAction::Add, grid.multiplyRows);
+        if (reader.commonForm) return actNow(reader, RowAction::Add, row, records);
+        keepFurther(reader, std::move(row), RowAction::Add, grid, grid.multiplyRows);
     });
     endCopiedList(reader);
 }
 
 void readEqualreg(SectionReader& reader, GridRecords& records) {
-    readRegionRows(reader, RowAction::Set, records.grid.equalsRows);
+    readRegionRows(reader, RowAction::Set, records.grid, records.grid.equalsRows);
 }
 void readMultireg(SectionReader& reader, GridRecords& records) {
-    readRegionRows(reader, RowAction::Multiply, records.grid.multiplyRows);
+    readRegionRows(reader, RowAction::Multiply, records.grid, records.grid.multiplyRows);
 }
 void readAddreg(SectionReader& reader, GridRecords& records) {
-    readRegionRows(reader, RowAction::Add, records.grid.multiplyRows);
+    readRegionRows(reader, RowAction::Add, records.grid, records.grid.multiplyRows);
 }
 
 void requireRegionNumbers(SectionReader& reader, const ArithmeticStart& start, const GridModel& grid) {

@@ -105,23 +105,43 @@ void checkColumns(const SectionReader& reader, std::size_t table, std::vector<in
     checkTable(reader, table, rows);
 }
 
+/// The values of one row; in the common form of several whole rows, where they share a line.
+ListEnd readRowValues(SectionReader& reader, std::size_t columns, std::vector<double>& values) {
+    DeckCursor& cursor = *reader.cursor;
+    const std::size_t begin = cursor.position;
+    const int line = cursor.lineNumber;
+    values.assign(columns, OpenValue);
+    ListEnd row = readDoubles(cursor, values);
+    checkRead(reader, row);
+    const auto further = static_cast<std::size_t>(row.dropped);
+    if (reader.commonForm && further > 0 && further % columns == 0) {
+        cursor.position = begin;
+        cursor.lineNumber = line;
+        values.assign(columns + further, OpenValue);
+        row = readDoubles(cursor, values);
+        checkRead(reader, row);
+    } else if (row.count > 0) {
+        checkRowLength(reader, row, columns);
+    }
+    for (std::size_t c = static_cast<std::size_t>(row.count); c < values.size(); ++c) values[c] = 0.0;
+    return row;
+}
+
 /// One table, rows until its end; the columns are replaced. `table`: its number in the keyword.
 void readTable(SectionReader& reader, std::size_t table, std::span<const TableColumn> columns) {
-    std::array<double, MaxColumns> row{};
     for (const TableColumn& column : columns) column.target->clear();
-    const std::span<double> values(row.data(), columns.size());
+    std::vector<double> values;
     std::vector<int> lines;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number, {}, 0};
     while (nextTableRow(reader, rows)) {
-        std::fill(row.begin(), row.end(), OpenValue);
-        rows.last = readDoubles(*reader.cursor, values);
-        checkRead(reader, rows.last);
+        rows.last = readRowValues(reader, columns.size(), values);
         if (rows.last.count == 0) continue;
-        checkRowLength(reader, rows.last, columns.size());
-        lines.push_back(reader.cursor->lineNumber);
-        for (std::size_t c = static_cast<std::size_t>(rows.last.count); c < columns.size(); ++c) row[c] = 0.0;
-        for (std::size_t c = 0; c < columns.size(); ++c)
-            columns[c].target->push_back(values[c] * columns[c].factor);
+        for (std::size_t n = 0; n < values.size(); ++n) {
+            const TableColumn& column = columns[n % columns.size()];
+            column.target->push_back(values[n] * column.factor);
+        }
+        lines.resize(columns[0].target->size(), reader.cursor->lineNumber);
+        rows.axis = values[values.size() - columns.size()];
     }
     for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
     copyTable(reader, columns);
@@ -233,6 +253,7 @@ void readPvto(SectionReader& reader, PropsRecords& records) {
         const PvtoTable live = readPvtoTable(reader);
         requireRows(reader, live.Rs.size() + live.underPressure.size());
         checkTable(reader, table, {{&live.Rs, &live.pressure, &live.fvf, &live.viscosity}, live.lines});
+        checkRowsOfRs(reader, table, live);
         copyPvto(reader, live);
         takeLiveOil(*reader.units, live, tables);
     });

@@ -108,6 +108,7 @@ void readZmfvd(SectionReader& reader, PropsRecords& records) {
         rows.last = readDoubles(*reader.cursor, row);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
+        rows.axis = row[0];
         row[0] *= reader.units->length;
         checkComposition(reader, std::span<double>(row).subspan(1));
         records.tables.ZMFVD.insert(records.tables.ZMFVD.end(), row.begin(), row.end());

@@ -13,7 +13,8 @@ namespace kvr {
 struct PvtoTable {
     Column Rs, pressure, fvf, viscosity;
     Column underPressure, underFvf, underViscosity;
-    std::vector<int> lines;  // of the deck, by saturated row
+    std::vector<int> lines;                  // of the deck, by saturated row
+    std::vector<std::vector<int>> rowLines;  // of the deck, by Rs: of its saturated row and all rows under it
     std::vector<std::vector<double>>
         records;  // by Rs: it, its saturated row and all rows under it, for copies
 };
@@ -22,10 +23,13 @@ inline constexpr std::size_t PvtoRowValues = 3;  // pressure, Bo, viscosity
 /// The numbers of one line up to its slash. `slash` tells whether it has one. Stops on what is no number.
 std::vector<double> readLineNumbers(SectionReader& reader, std::string_view line, bool& slash);
 
-/// Reads one PVTO table line by line: 1 + 3n numbers start an Rs with its saturated row, 3n numbers are
-/// under-saturated rows of the Rs before; numbers that are neither go on in the next line. A slash ends
-/// the Rs; a line of only a slash, a comment or blank line behind a row, the next keyword or the end of
-/// the file end the table. Stops on a record of another length.
+/// Reads one PVTO table, record by record: 1 + 3n numbers are an Rs with its saturated row and the rows above
+/// its bubble point, 3n numbers further rows of the Rs before. A slash ends a record, wherever its numbers
+/// stand; a line of only a slash, the next keyword or the end of the file ends the table, and a comment or
+/// blank line between records where such lines end rows. Stops on a record of another length.
 PvtoTable readPvtoTable(SectionReader& reader);
+
+/// Tests the rows of every Rs: pressures that do not rise and factors that are none stop the run.
+void checkRowsOfRs(const SectionReader& reader, std::size_t table, const PvtoTable& live);
 
 }  // namespace kvr

@@ -150,8 +150,9 @@ void readEqualsRows(SectionReader& reader, const GridModel& grid, const Take& ta
     copyKeyword(reader);
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
     bool boxed = false;
+    CellBox before = boxOfFirstRow(reader);
     while (nextTableRow(reader, rows)) {
-        const ArithmeticRow row = readBoxRow(reader, grid, rows.last);
+        const ArithmeticRow row = readBoxRow(reader, grid, before, rows.last);
         tellMissingBox(reader, rows.last, boxed);
         if (!take(row)) reportNotSupported(reader, row.name);
     }
@@ -212,6 +213,7 @@ void readRsTable(SectionReader& reader, Equilibrium& region) {
         rows.last = readDoubles(*reader.cursor, row);
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
+        rows.axis = row[0];
         region.rsTableDepth.push_back(row[0] * units.length);
         region.rsTableRs.push_back(row[1] * units.gasRatio);
         copyTableRow(reader, row,

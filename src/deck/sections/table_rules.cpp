@@ -57,6 +57,9 @@ constexpr ColumnRule Rules[] = {
     {"PVTO", 1, "pressure", 0.0, Any, true, Trend::Rising, true},
     {"PVTO", 2, "Bo", 1e-10, Any, true, Trend::Any, false},
     {"PVTO", 3, "viscosity", 1e-10, Any, true, Trend::Any, false},
+    {RowsOfRs, 0, "pressure under one Rs", 0.0, Any, true, Trend::Rising, true},
+    {RowsOfRs, 1, "Bo under one Rs", 1e-10, Any, true, Trend::NotRising, false},
+    {RowsOfRs, 2, "viscosity under one Rs", 1e-10, Any, true, Trend::Any, false},
     {"PVTW", 2, "compressibility", 0.0, Any, false, Trend::Any, false},
     {"PVTW", 1, "Bw", 0.0, Any, true, Trend::Any, false},
     {"PVTW", 3, "viscosity", 0.0, Any, true, Trend::Any, false},
@@ -144,8 +147,13 @@ void checkColumn(const SectionReader& reader, const ColumnRule& rule, std::size_
 }  // namespace
 
 void checkTable(const SectionReader& reader, std::size_t table, const TableRows& rows) {
+    checkTable(reader, table, rows, reader.keyword);
+}
+
+void checkTable(const SectionReader& reader, std::size_t table, const TableRows& rows,
+                std::string_view rules) {
     for (const ColumnRule& rule : Rules)
-        if (reader.keyword == rule.keyword && rule.column < rows.columns.size())
+        if (rules == rule.keyword && rule.column < rows.columns.size())
             checkColumn(reader, rule, table, rows);
 }
 

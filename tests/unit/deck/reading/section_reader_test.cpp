@@ -142,6 +142,58 @@ TEST(TableRows, AreNoneInFrontOfASlashLineOrAtTheEndOfTheFile) {
     EXPECT_TRUE(firstColumn(nothing, Table).empty());
 }
 
+TEST(TableRows, GoOnBehindCommentsInTheCommonForm) {
+    DeckBench bench("1 10\n2 20\n-- note\n\n3 30\n/\nNEXT\n");
+    bench.reader.commonForm = true;
+    EXPECT_EQ(firstColumn(bench, Table), (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(bench.next(), "NEXT");
+}
+
+TEST(TableRows, EndBehindACommentInFrontOfAKeywordOrAnotherTable) {
+    DeckBench keyword("1 10\n2 20\n-- note\nNEXT\n");
+    keyword.reader.commonForm = true;
+    EXPECT_EQ(firstColumn(keyword, Table).size(), 2U);
+    EXPECT_EQ(keyword.next(), "NEXT");
+    DeckBench table("-- note\n1 30\n/\n");
+    table.reader.commonForm = true;
+    RowLoop rows = Table;
+    rows.rows = 1;
+    rows.axis = 2.0;  // of the row before
+    EXPECT_FALSE(nextTableRow(table.reader, rows));
+    EXPECT_EQ(table.next(), "1 30");
+}
+
+TEST(TableRows, MayHaveTheirSlashOnTheNextLineInTheCommonForm) {
+    DeckBench bench("1 10\n/\n2 20\n/\n/\nNEXT\n");
+    bench.reader.commonForm = true;
+    EXPECT_EQ(firstColumn(bench, RowList), (std::vector<double>{1, 2}));
+    EXPECT_EQ(bench.next(), "NEXT");
+}
+
+TEST(ScheduleRows, MayHaveTheirSlashOnTheNextLineInTheCommonForm) {
+    DeckBench bench("WELSPECS\nA 1\n/\n-- note\nB 2\n/\n/\nNEXT\n");
+    bench.reader.commonForm = true;
+    bench.next();
+    std::vector<std::string> names;
+    while (nextRow(bench.reader)) {
+        std::string name;
+        int number = 0;
+        const std::array<ListTarget, 2> targets{&name, &number};
+        readList(bench.cursor, targets);
+        names.push_back(name);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(bench.next(), "NEXT");
+}
+
+TEST(SkipKeywordData, PassesOverTheNamesOfReportsInTheCommonForm) {
+    DeckBench bench(" PRESSURE SWAT\n SGAS /\nNEXT\n");
+    bench.reader.commonForm = true;
+    bench.reader.keyword = "RPTSOL";
+    skipKeywordData(bench.reader);
+    EXPECT_EQ(bench.next(), "NEXT");
+}
+
 TEST(ListRows, EndAtASlashLineButNotAtTheirOwnSlash) {
     DeckBench bench("1 1 /\n2 2 /\n/\nNEXT");
     EXPECT_EQ(firstColumn(bench, RowList), (std::vector<double>{1, 2}));

@@ -1,0 +1,156 @@
+"""Decks named on the command line come from anywhere: whatever the form allows that leaves their meaning as it is leaves
+every number as it is. Each pair of decks here says the same twice."""
+
+import re
+
+import pytest
+
+import small_deck
+from kvr_run import options
+from named_run import run_named
+from small_deck import GRID, PROPS, RUNSPEC, SCHEDULE, SOLUTION
+
+GAS = small_deck.gas_deck(options(method="IMPES"))
+PLAIN = small_deck.deck(schedule=SCHEDULE.replace("2*30", "4*30"), options=options(method="IMPES"))
+
+
+def rows_of(folder, text, files=None):
+    """Summary of the run of a deck, as text; the run must end and say nothing of keywords that it does not know."""
+    folder.mkdir()
+    (folder / "OWN.DATA").write_text(text)
+    for name, content in (files or {}).items():
+        (folder / name).write_text(content)
+    ended = run_named("OWN.DATA", folder=folder)
+    assert ended.returncode == 0, ended.console[-1500:]
+    assert "NOT USED" not in ended.console, ended.console[-1500:]
+    return (folder / "OWN_Summary.csv").read_text()
+
+
+def notes_everywhere(text):
+    return "".join(line + "\n\n-- 1 2 3 a note /\n" for line in text.splitlines())
+
+
+def slashes_alone(text):
+    return re.sub(r"(?<=\S) ?/\n", "\n/\n", text)
+
+
+def included(text, part, name="part.inc"):
+    assert part in text
+    return text.replace(part, f"INCLUDE\n'{name}' /\n"), {name: part}
+
+
+def nested(text):
+    head, tail = GRID.split("PORO\n")
+    outer = {"outer.inc": head.removeprefix("GRID\n") + "INCLUDE\n'inner.inc' /\n", "inner.inc": "PORO\n" + tail}
+    return text.replace(GRID, "GRID\nINCLUDE\n'outer.inc' /\n"), outer
+
+
+FORMS = {
+    "comments and blank lines between any two lines": lambda t: (notes_everywhere(t), {}),
+    "slashes on lines of their own": lambda t: (slashes_alone(t), {}),
+    "several rows of a table on a line": lambda t: (t.replace("0.2 0.00 1.00 0\n0.5", "0.2 0.00 1.00 0  0.5"), {}),
+    "files that include files": nested,
+    "sections in an included file": lambda t: included(t, PROPS + SOLUTION),
+    "the head of the deck in an included file": lambda t: included(t, RUNSPEC),
+    "a section that goes on in an included file with the next one":
+        lambda t: included(t, GRID[GRID.index("PORO\n"):] + PROPS),
+    "names of reports over several lines":
+        lambda t: (t.replace(SOLUTION, SOLUTION + "RPTSOL\n PRESSURE SWAT\n SGAS FIP=1 /\n"), {}),
+    "one list of times for each step": lambda t: (t.replace("TSTEP\n4*30 /\n", "TSTEP\n30 /\nTSTEP\n30 /\nTSTEP\n2*30 /\n"), {}),
+    "a note between a title and its keyword": lambda t: ("TITLE\n-- of\nGRID\n" + t, {}),
+}
+
+
+@pytest.mark.parametrize("name", FORMS)
+def test_another_form_of_a_deck_leaves_its_numbers(name, tmp_path):
+    text, files = FORMS[name](PLAIN)
+    assert text != PLAIN
+    assert rows_of(tmp_path / "other", text, files) == rows_of(tmp_path / "plain", PLAIN)
+
+
+@pytest.mark.parametrize("name", ["comments and blank lines between any two lines", "slashes on lines of their own"])
+def test_live_oil_may_be_written_in_any_arrangement(name, tmp_path):
+    text, files = FORMS[name](GAS)
+    assert rows_of(tmp_path / "other", text, files) == rows_of(tmp_path / "plain", GAS)
+
+
+def grid(rows):
+    return PLAIN.replace(GRID, GRID + rows)
+
+
+EDIT = "EDIT\nMULTIPLY\nTRANX 0.5 3 3 1 5 1 1 /\n/\n"
+ARITHMETIC = {
+    "copies take what multipliers before them have made":
+        (grid("MULTIPLY\nPERMX 3 /\n/\nCOPY\nPERMX PERMY /\n/\n"), grid("PERMX\n25*300 /\nPERMY\n25*300 /\n")),
+    "a row without a box has that of the row before":
+        (grid("EQUALS\nPERMX 20 2 3 2 3 1 1 /\nPORO 0.1 /\n/\n"), grid("EQUALS\nPERMX 20 2 3 2 3 1 1 /\nPORO 0.1 2 3 2 3 1 1 /\n/\n")),
+    "a limit left out is that of the row before":
+        (grid("EQUALS\nPERMX 20 2 3 2 3 1 1 /\nPORO 0.1 2* 4 5 /\n/\n"),
+         grid("EQUALS\nPERMX 20 2 3 2 3 1 1 /\nPORO 0.1 2 3 4 5 1 1 /\n/\n")),
+    "copies keep to their box":
+        (grid("PERMX\n25*300 /\nCOPY\nPERMX PERMY 1 5 1 2 1 1 /\n/\n"), grid("PERMX\n25*300 /\nPERMY\n10*300 15*100 /\n")),
+    "arrays stand over rows before them":
+        (grid("EQUALS\nPORO 0.05 /\n/\nPORO\n25*0.3 /\n"), grid("PORO\n25*0.3 /\n")),
+    "cells are taken out by a row":
+        (grid("EQUALS\nACTNUM 0 2 2 1 3 1 1 /\n/\n"), grid("ACTNUM\n1 0 3*1 1 0 3*1 1 0 3*1 10*1 /\n")),
+    "porosity is multiplied": (grid("MULTIPLY\nPORO 0.5 /\n/\n"), grid("PORO\n25*0.1 /\n")),
+    "net to gross is set": (grid("EQUALS\nNTG 0.5 /\n/\n"), grid("NTG\n25*0.5 /\n")),
+    "a multiplier of connections means the upper neighbour":
+        (grid("EQUALS\nMULTX 0.5 3 3 1 5 1 1 /\n/\n"), grid("MULTX\n" + "1 1 0.5 1 1 " * 5 + "/\n")),
+    "so does one of transmissibilities":
+        (grid(EDIT), grid("MULTX\n" + "1 1 0.5 1 1 " * 5 + "/\n")),
+}
+
+
+@pytest.mark.parametrize("name", ARITHMETIC)
+def test_array_arithmetic_acts_where_it_stands(name, tmp_path):
+    rows, arrays = ARITHMETIC[name]
+    by_rows, by_arrays = rows_of(tmp_path / "rows", rows), rows_of(tmp_path / "arrays", arrays)
+    assert by_rows == by_arrays
+    assert by_rows != rows_of(tmp_path / "without", PLAIN), "the rows must change something"
+
+
+def stopped(folder, text, files=None):
+    folder.mkdir()
+    (folder / "OWN.DATA").write_text(text)
+    for name, content in (files or {}).items():
+        (folder / name).write_text(content)
+    ended = run_named("OWN.DATA", folder=folder)
+    assert ended.returncode == 1
+    return ended.console
+
+
+@pytest.mark.parametrize("deck, files", [
+    pytest.param(grid("INCLUDE\n'own.inc' /\n"), {"own.inc": "INCLUDE\n'own.inc' /\n"}, id="within a section"),
+    pytest.param("INCLUDE\n'own.inc' /\n", {"own.inc": "INCLUDE\n'own.inc' /\n"}, id="between sections"),
+    pytest.param(grid("INCLUDE\n'own.inc' /\n"), {"own.inc": "GRID\nINCLUDE\n'own.inc' /\nPROPS\n"}, id="with sections")])
+def test_files_that_include_themselves_stop_the_run(deck, files, tmp_path):
+    console = stopped(tmp_path / "run", deck, files)
+    assert "ERROR :: FILES THAT INCLUDE ONE ANOTHER WITHOUT END" in console
+    assert "own.inc" in console
+
+
+LIVE = "PVTO\n0.1 300 1.05 1.2 /\n0.3 1500 1.15 0.9 /\n0.6 3000 1.3 0.6\n 5000 1.27 0.7 /\n/\n"
+
+
+@pytest.mark.parametrize("good, bad, says, line", [
+    ("0.3 1500 1.15 0.9 /", "0.3 1500 1.15 /", "ERROR :: PVTO: A RECORD OF 3 NUMBERS", "0.3 1500"),
+    ("0.6 3000 1.3 0.6\n", "0.6 3000 1.3\n", "ERROR :: PVTO: A RECORD OF 6 NUMBERS", "0.6 3000"),
+    (" 5000 1.27 0.7 /", " 5000 1.27 /", "ERROR :: PVTO: A RECORD OF 6 NUMBERS", "0.6 3000"),
+    (" 5000 1.27 0.7 /", " 2000 1.27 0.7 /", "pressure under one Rs DOES NOT RISE", " 2000 1.27"),
+    ("0.1 300 1.05 1.2 /", "0.1 300 1.05 1.2", "ERROR :: PVTO: A RECORD OF 8 NUMBERS", "0.1 300")])
+def test_a_row_of_live_oil_that_lacks_a_number_stops_the_run(good, bad, says, line, tmp_path):
+    assert LIVE.count(good) == 1
+    start, end = GAS.index("PVTO\n"), GAS.index("/\n/\n", GAS.index("PVTO\n")) + len("/\n/\n")
+    text = GAS[:start] + LIVE.replace(good, bad) + GAS[end:]
+    console = stopped(tmp_path / "run", text)
+    number = text[:text.index(line)].count("\n") + 1
+    assert says in console and f"line {number}, keyword PVTO" in console, console[-1500:]
+
+
+def test_options_behind_the_end_are_told_where_others_stand_before_it(tmp_path):
+    (tmp_path / "OWN.DATA").write_text(PLAIN.replace("END\n", "") + "END\nTUNEKVR\nMAXDT\n1 /\n"
+                                       if "END\nTUNEKVR" not in PLAIN else PLAIN + "END\nTUNEKVR\nMAXDT\n1 /\n")
+    ended = run_named("OWN.DATA", folder=tmp_path)
+    assert ended.returncode == 0
+    assert "WARNING :: A SECOND TUNEKVR BEHIND END IS NOT READ" in ended.console
