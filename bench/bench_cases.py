@@ -21,7 +21,7 @@ import dual_deck  # noqa: E402
 import kvr_run  # noqa: E402
 
 PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
-            "bench_eclipse_files", "bench_flash"]
+            "bench_eclipse_files", "bench_flash", "bench_run_flashes"]
 
 # Lines whose tracing and transport are measured; the option section stands behind END.
 CHOICES = {"FIVE1": {"lines": 30, "nodes": "IRR"},
@@ -102,6 +102,25 @@ def deck_reading(folder, repeats):
         runs.append({"user": float(found["seconds"]), "megabytes": float(found["peak_MB"]),
                      "overFilled": float(found["peak/filled"]), "cells": int(found["cells"])})
     return medians(runs)
+
+
+RUN_FLASHES = {"RICH_GAS": "rich_gas", "WATER_AND_GAS": "water_and_gas"}  # shipped decks of mixtures
+
+
+def run_flashes(name, repeats):
+    """Figures by row name of the flashes of a whole run: all, and those from last K-values."""
+    runs = []
+    for _ in range(repeats):
+        with tempfile.TemporaryDirectory() as folder:
+            deck = shutil.copy(ROOT / "examples" / RUN_FLASHES[name] / f"{name}.DATA", folder)
+            done = subprocess.run([BUILD / "bench" / "bench_run_flashes", deck], cwd=folder, stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.PIPE, text=True, errors="replace", check=True)
+            found = dict(re.findall(r"(\S+)=(\S+)", done.stdout.splitlines()[-1]))
+            runs.append({key: float(value) for key, value in found.items()})
+    figures = medians(runs)
+    row = f"flash/run of {name}, {figures['components']:.0f} components"
+    return {f"{row}, {text}": {"user": 1e-6 / figures[key], "rate": figures[key]}
+            for text, key in (("all", "all"), ("from last K", "withK"), ("of one phase without K", "withoutK"))}
 
 
 def multigrid(folders, large):

@@ -70,7 +70,7 @@ def print_rows(rows, baseline, markdown):
     for name, row in rows.items():
         before = baseline.get(name, {}).get("user")
         table.append([name, figure(row, "user", 3), figure(row, "wall", 2), figure(row, "megabytes", 0),
-                      bytes_per_cell(row), figure(row, "rate", 1), f"{row['user'] / before:.2f}" if before else "-"])
+                      bytes_per_cell(row), figure(row, "rate", 2), f"{row['user'] / before:.2f}" if before else "-"])
     print_table(["case", "user s", "wall s", "MB", "bytes/cell", "million/s", "against baseline"], table, markdown)
 
 
