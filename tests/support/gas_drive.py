@@ -1,6 +1,8 @@
 """A gas drive of methane, butane and decane in one dimension at one pressure: plain explicit finite volumes, upstream by
 one cell, with the equation of state of flash_oracle and a viscosity of its own (Lohrenz, Bray and Clark 1964)."""
 
+import sys
+
 import numpy
 
 import flash_oracle
@@ -12,7 +14,8 @@ VC = numpy.array([1.59, 4.08, 9.66])
 OIL, GAS = numpy.array([0.2, 0.3, 0.5]), numpy.array([0.9, 0.1, 0.0])
 INJECTED = 0.4        # pore volumes of gas at the pressure
 STEP = 0.06           # of a cell's pores that are injected in a step; saturations travel up to some eight times as fast
-MOLE_STEP = 1e-6      # of the differences that give partial volumes
+MOLE_STEP = 1e-6      # of the differences that give the room of what enters
+UNCHANGED = 1e-12     # of the moles of a cell
 TRIVIAL = 1e-2       # largest |ln K| of phases that are one
 LEAST_PASSES = 5
 KR_AXIS = numpy.linspace(0.0, 1.0, 21)
@@ -87,39 +90,58 @@ def viscosity(x, volume):
 
 def volumes(mix, z, lnk):
     """Volume a mole and the parts of the flash."""
-    V, x, y, lnk = flash(mix, z, lnk)
+    V, x, y, lnk = flash(mix, numpy.maximum(z, 1e-30), lnk)
     liquid, vapour = molar_volume(mix, x), molar_volume(mix, y)
     return (1 - V) * liquid + V * vapour, V, x, y, liquid, vapour, lnk
 
 
+def room(mix, moles, v, added, lnk):
+    """Volume that a unit of what is added takes in each cell (rows), from volumes a mole and the flash without it."""
+    total = moles.sum(axis=1)
+    step = MOLE_STEP * total / added.sum(axis=1)
+    more = moles + step[:, None] * added
+    sums = more.sum(axis=1)
+    return (sums * volumes(mix, more / sums[:, None], lnk)[0] - total * v) / step
+
+
 def profile(cells):
-    """Overall compositions (rows) of the cells behind the injection; a cell's pores are 1 ft3."""
+    """Overall compositions (rows) of the cells behind the injection; a cell's pores are 1 ft3. What a cell gives takes one
+    unit of room for a unit of flow: its phases are in equilibrium. Cells ahead of the first change are left alone."""
     mix = mixture()
-    lnk = numpy.tile(wilson(), (4 * cells, 1))
-    first = molar_volume(mix, OIL[None, :])[0]
-    moles = numpy.tile(OIL / first, (cells, 1))
+    lnk = numpy.tile(wilson(), (cells, 1))
+    oil = OIL / molar_volume(mix, OIL[None, :])[0]
+    moles = numpy.tile(oil, (cells, 1))
     stream = GAS / molar_volume(mix, GAS[None, :])[0]  # moles a ft3 injected
     steps = int(numpy.ceil(INJECTED * cells / STEP))
     dt = INJECTED * cells / steps  # ft3 injected in a step
     for _ in range(steps):
-        total = moles.sum(axis=1, keepdims=True)
-        z = moles / total
-        feeds = [z] + [(z + MOLE_STEP * numpy.eye(3)[i]) / (1 + MOLE_STEP) for i in range(3)]
-        v, V, x, y, liquid, vapour, lnk = volumes(mix, numpy.maximum(numpy.vstack(feeds), 1e-30), lnk)
-        partial = numpy.array([((1 + MOLE_STEP) * v[(i + 1) * cells:(i + 2) * cells] - v[:cells]) / MOLE_STEP for i in range(3)]).T
-        v, V, x, y, liquid, vapour = (a[:cells] for a in (v, V, x, y, liquid, vapour))
+        changed = numpy.flatnonzero(numpy.abs(moles / oil - 1).max(axis=1) > UNCHANGED)
+        n = min(cells, changed.max(initial=-1) + 3)
+        held = moles[:n]
+        total = held.sum(axis=1)
+        v, V, x, y, liquid, vapour, lnk[:n] = volumes(mix, held / total[:, None], lnk[:n])
         sg = V * vapour / v
-        gas = numpy.interp(sg, KR_AXIS, KR_AXIS**2) / viscosity(y, vapour)
-        oil = numpy.interp(sg, KR_AXIS, (1 - KR_AXIS) ** 2) / viscosity(x, liquid)
-        share = gas / (gas + oil)
+        gas_mobility = numpy.interp(sg, KR_AXIS, KR_AXIS**2) / viscosity(y, vapour)
+        oil_mobility = numpy.interp(sg, KR_AXIS, (1 - KR_AXIS) ** 2) / viscosity(x, liquid)
+        share = gas_mobility / (gas_mobility + oil_mobility)
         carried = (share / vapour)[:, None] * y + ((1 - share) / liquid)[:, None] * x  # moles a ft3 of flow
         entering = numpy.vstack([stream, carried[:-1]])
-        taken = (partial * entering).sum(axis=1)       # room of what a ft3 brings
-        excess = (total[:, 0] * v - 1.0) / dt          # by which the pores are too full
-        given = (partial * carried).sum(axis=1)        # room of what a ft3 takes along: 1 but for the differences
-        flow = numpy.empty(cells + 1)
+        taken = room(mix, held, v, entering, lnk[:n])
+        excess = (total * v - 1.0) / dt  # by which the pores are too full
+        flow = numpy.empty(n + 1)
         flow[0] = 1.0
-        for k in range(cells):
-            flow[k + 1] = (flow[k] * taken[k] + excess[k]) / given[k]
-        moles += dt * (flow[:-1, None] * entering - flow[1:, None] * carried)
+        for k in range(n):
+            flow[k + 1] = flow[k] * taken[k] + excess[k]
+        held += dt * (flow[:-1, None] * entering - flow[1:, None] * carried)
     return moles / moles.sum(axis=1, keepdims=True)
+
+
+def main():
+    """Prints means over groups of a fine solution's cells: gas_drive.py CELLS GROUPS."""
+    cells, groups = map(int, sys.argv[1:])
+    for row in profile(cells).reshape(groups, -1, 3).mean(axis=1):
+        print(" ".join(f"{fraction:.6f}" for fraction in row))
+
+
+if __name__ == "__main__":
+    main()
