@@ -20,7 +20,7 @@ double saturationAt(const CapillaryInverse& curve, double capillaryPressure) {
 double waterSaturation(const CellView& cell, const InitDepthTable& rows) {
     if (cell.pcowFactor > 0.0)
         return saturationAt(cell.inverse.water, (cell.columns.oil - cell.columns.water) / cell.pcowFactor);
-    return cell.depth > rows.WocDepth ? cell.table.SwAxis.back() : cell.table.ConnateSw;
+    return cell.depth >= rows.WocDepth ? cell.table.SwAxis.back() : cell.table.ConnateSw;
 }
 
 /// Sg by its capillary curve, or without one by the contact: all but connate water above, none below.

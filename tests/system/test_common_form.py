@@ -74,6 +74,48 @@ def test_live_oil_may_be_written_in_any_arrangement(name, tmp_path):
     assert rows_of(tmp_path / "other", text, files) == rows_of(tmp_path / "plain", GAS)
 
 
+def column_rows(text, keyword):
+    start = text.index(keyword + "\n") + len(keyword) + 1
+    end = text.index("/\n", start)
+    return start, end, [line.split() for line in text[start:end].splitlines()]
+
+
+def by_liquid(text):
+    """The table of gas and oil turned round: the saturation of the liquids in place of that of gas."""
+    start, end, rows = column_rows(text, "SGOF")
+    turned = "".join(f"{1 - float(sg):.10g} {' '.join(others)}\n" for sg, *others in reversed(rows))
+    return text[:start].replace("SGOF\n", "SLGOF\n") + turned + text[end:]
+
+
+def by_gravity(text):
+    # 141.5 / (131.5 + API) * 62.366 = 53, 64 / 62.366, 0.0624 / 0.0763
+    return text.replace("DENSITY\n53 64 0.0624 /", "GRAVITY\n35.007452830 1.026200173 0.817824377 /")
+
+
+def contacts(text, table):
+    start = text.index("SOLUTION\n")
+    return text[:start] + "SOLUTION\nEQUIL\n5010 2600 5015 0 4000 0 1 0 0 /\n" + table + text[text.index("SCHEDULE\n"):]
+
+
+def numbers(summary):
+    return [float(word) for line in summary.splitlines()[2:] for n, word in enumerate(line.split(",")) if n != 1]
+
+
+# 2100 psi lies half way from the row of 1500 psi, 0.5 to the row of 2700 psi, 0.9.
+WORDS = {
+    "gas by liquid saturation": (by_liquid(GAS), GAS),
+    "gravities": (by_gravity(GAS), GAS),
+    "bubble points by depth": (contacts(GAS, "PBVD\n4000 2100\n6000 2100\n/\n"), contacts(GAS, "RSVD\n4000 0.7\n6000 0.7\n/\n")),
+}
+
+
+@pytest.mark.parametrize("name", WORDS)
+def test_another_word_for_the_same_leaves_the_numbers(name, tmp_path):
+    other, usual = WORDS[name]
+    assert other != usual
+    assert numbers(rows_of(tmp_path / "other", other)) == pytest.approx(numbers(rows_of(tmp_path / "usual", usual)), rel=1e-5, abs=1e-7)
+
+
 def grid(rows):
     return PLAIN.replace(GRID, GRID + rows)
 

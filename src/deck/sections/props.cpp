@@ -18,6 +18,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace kvr {
 
@@ -293,6 +294,21 @@ void readSgof(SectionReader& reader, PropsRecords& records) {
     });
 }
 
+/// The same rows by the saturation of the liquids, which rises as that of the gas falls.
+void readSlgof(SectionReader& reader, PropsRecords& records) {
+    std::size_t read = 0;
+    readRegionTables(reader, records, [&](SaturationTable& table) {
+        ++read;
+        return std::array<TableColumn, MaxColumns>{
+            {{&table.SgAxis}, {&table.Krg}, {&table.Krog}, capillaryColumn(reader, records, table.Pcog)}};
+    });
+    for (SaturationTable& table : std::span(records.tables.regions).first(read)) {
+        for (double& saturation : table.SgAxis) saturation = 1.0 - saturation;
+        for (Column* column : {&table.SgAxis, &table.Krg, &table.Krog, &table.Pcog})
+            std::reverse(column->begin(), column->end());
+    }
+}
+
 // --- relative permeabilities phase by phase ------------------------------------------------------
 
 /// Tables of one phase each, for all saturation regions.
@@ -393,6 +409,20 @@ void readDensity(SectionReader& reader, PropsRecords& records) {
     });
 }
 
+/// Gravities in place of densities: of oil in degrees API, of water to water and of gas to air at 60 F and
+/// one atmosphere.
+void readGravity(SectionReader& reader, PropsRecords& records) {
+    constexpr double WaterDensity = 62.366, AirDensity = 0.0763;  // lb/ft3
+    constexpr double ApiOfWater = 141.5, ApiShift = 131.5;        // gravity = 141.5 / (131.5 + degrees)
+    readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
+        double degrees = 0.0, water = 1.0, gas = 0.0;
+        readScalarRow(reader, table, std::array<ScalarItem, 3>{{{&degrees}, {&water}, {&gas}}});
+        tables.oilDensity = WaterDensity * ApiOfWater / (ApiShift + degrees);
+        tables.waterDensity = WaterDensity * water;
+        tables.gasDensity = AirDensity * gas;
+    });
+}
+
 void readRock(SectionReader& reader, PropsRecords& records) {
     const UnitSystem& units = *reader.units;
     readPvtRegions(reader, records, [&](FluidTables& tables, std::size_t table) {
@@ -472,6 +502,8 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"PVDG", readPvdg, "dry gas: pressure, Bg, viscosity"},
     KeywordRow<PropsRecords>{"SWOF", readSwof, "water and oil: Sw, krw, krow, pcow, a table per region"},
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"SLGOF", readSlgof,
+                             "the same by liquid saturation: Sw + So, krg, krog, pcog, a table per region"},
     KeywordRow<PropsRecords>{"PVCDO", readPvcdo,
                              "dead oil of constant compressibility: reference pressure, Bo, compressibility, "
                              "viscosity, viscosibility"},
@@ -486,6 +518,9 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"PVTW", readPvtw,
                              "water: reference pressure, FVF, compressibility, viscosity, viscosibility"},
     KeywordRow<PropsRecords>{"DENSITY", readDensity, "surface densities of oil, water, gas"},
+    KeywordRow<PropsRecords>{
+        "GRAVITY", readGravity,
+        "in place of `DENSITY`: gravity of oil in degrees API, of water to water, of gas to air"},
     KeywordRow<PropsRecords>{"ROCK", readRock, "rock: reference pressure, compressibility"},
     KeywordRow<PropsRecords>{"TRACER", readTracer, "rows of tracer name and unit word"},
     KeywordRow<PropsRecords>{"RTEMP", readRtemp, "reservoir temperature"},

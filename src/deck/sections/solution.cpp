@@ -5,6 +5,7 @@
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
 #include "deck/sections/component_rules.hpp"
+#include "fluid/black_oil.hpp"
 #include "model/cell_box.hpp"
 #include "model/multipliers.hpp"
 
@@ -231,6 +232,48 @@ void readRsvd(SectionReader& reader, SolutionRecords& records) {
     }
 }
 
+/// Bubble points by depth: Rs of the saturated oil there. Between two depths the bubble point goes straight,
+/// so that Rs gets rows in between.
+void readPbTable(SectionReader& reader, const FluidTables& tables, Equilibrium& region) {
+    constexpr int PartsOfARow = 20;
+    std::vector<double> depth, bubblePoint;
+    const UnitSystem& units = *reader.units;
+    RowLoop rows{RowSlash::EndsTable, RowStart::Number};
+    while (nextTableRow(reader, rows)) {
+        std::array<double, 2> row{};
+        rows.last = readDoubles(*reader.cursor, row);
+        checkRead(reader, rows.last);
+        if (rows.last.count == 0) continue;
+        rows.axis = row[0];
+        depth.push_back(row[0] * units.length);
+        bubblePoint.push_back(row[1] * units.pressure);
+        copyTableRow(reader, row, std::array{units.copyLength, units.copyPressure});
+    }
+    copyTableEnd(reader);
+    region.rsTableDepth.clear();
+    region.rsTableRs.clear();
+    for (std::size_t n = 0; n < depth.size(); ++n) {
+        const int parts = n == 0 ? 1 : PartsOfARow;
+        for (int part = 1; part <= parts; ++part) {
+            const double share = n == 0 ? 1.0 : static_cast<double>(part) / parts;
+            const std::size_t before = n == 0 ? 0 : n - 1;
+            region.rsTableDepth.push_back(std::lerp(depth[before], depth[n], share));
+            region.rsTableRs.push_back(
+                SolutionRs(tables, std::lerp(bubblePoint[before], bubblePoint[n], share)));
+        }
+    }
+}
+
+void readPbvd(SectionReader& reader, SolutionRecords& records) {
+    announce(reader, reader.keyword);
+    if (records.tables.MaxRs <= 0.0) return skipKeywordData(reader);
+    copyKeyword(reader);
+    for (std::size_t r = 0; r < equilibria(records); ++r) {
+        if (r > 0 && dataEnded(reader)) return;
+        readPbTable(reader, records.tables, equilibriumRegion(records, r));
+    }
+}
+
 bool hasComponents(SectionReader& reader, const SolutionRecords& records) {
     if (records.options.componentCount > 0) return true;
     skipKeywordData(reader);
@@ -286,6 +329,7 @@ constexpr std::array Keywords = {
     Row{"SOIL", readSoil, "initial oil saturation, one value per cell"},
     Row{"EQUALS", readStateEquals, "rows of PRESSURE, SWAT, SGAS, SOIL or RS, a value and a box"},
     Row{"RSVD", readRsvd, "rows of depth and solution gas ratio"},
+    Row{"PBVD", readPbvd, "rows of depth and bubble point, in place of `RSVD`; by the first table of `PVTO`"},
     Row{"RS", readRs, "initial solution gas ratio, one value per cell"},
     Row{"NEI", readNei, "initial composition, the same in all cells"},
     Row{"ZMF", readZmf, "initial composition, one per cell"},

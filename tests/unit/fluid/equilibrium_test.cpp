@@ -136,6 +136,15 @@ TEST(Equilibrium, WithoutCapillaryPressurePartsTheZonesAtTheContacts) {
     EXPECT_EQ(bench.state.So[3], 0.0);
 }
 
+TEST(Equilibrium, WithACentreAtAContactIsTheZoneBelow) {
+    ColumnBench bench(8000, {20, 20, 20});
+    bench.useGas();
+    bench.contacts(8030, 3000, 8050, 8010);
+    bench.run();
+    EXPECT_EQ(bench.state.Sg[1], 0.0);
+    EXPECT_EQ(bench.state.Sw[3], 1.0);
+}
+
 TEST(Equilibrium, AveragesACellThatAContactCrossesOverItsSlices) {
     ColumnBench bench(100, {100, 100});
     bench.contacts(100, 3000, 130, 50);
