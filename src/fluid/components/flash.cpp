@@ -20,6 +20,12 @@ constexpr double SureVapour = 0.45, SureLiquid = 0.75;
 constexpr double NearLimit = -1e-4;  // tangent plane distance in RT of a feed near its limit of stability
 constexpr int MostShareHalvings = 40;
 
+// What a feed found stable tells of its neighbours, see keepStable.
+constexpr double StableReach = 0.02;               // of ln(f/P) of a component and of twice ln P
+constexpr double ClearDistance = 4 * StableReach;  // of the lowest trial from the tangent plane
+constexpr double LeastJudged = 1e-8;               // fraction of a component that tells a change of the feed
+constexpr std::size_t PressurePlace = MaxComponents - 1;
+
 Composition usableFeed(int count, const Composition& feed) {
     Composition z{};
     double sum = 0.0;
@@ -70,6 +76,35 @@ WholeFeed wholeFeed(const ComponentSet& set, const Composition& feed, double pre
     whole.Z = stableRoot(whole.mixture);
     fugacityCoefficients(set, whole.mixture, whole.Z, whole.lnPhi);
     return whole;
+}
+
+/// A state without K keeps in their place the ln(f_i/P) of a feed that the tangent plane has found stable,
+/// behind them its pressure: 0 where the next feed has to be tested, as it always has where there is no room
+/// for it.
+///
+/// The distance of a trial W from the plane changes by -sum W_i (change of ln f_i/P of the feed), where the
+/// sum of W is at most 1 above the plane. Feeds within StableReach need no test where the lowest trial is
+/// clear of the plane and the feed of its own limit of stability, so that none appears beside it.
+void keepStable(const ComponentSet& set, const Composition& feed, const WholeFeed& whole,
+                const Stability& plane, FlashState& state) {
+    const bool isClear = set.count < MaxComponents && (!plane.hasShadow || plane.distance >= ClearDistance) &&
+                         isFarFromLimit(set, whole.mixture, feed, whole.Z);
+    state.lnK[PressurePlace] = isClear ? whole.mixture.pressure : 0.0;
+    for (int i = 0; isClear && i < set.count; ++i) state.lnK[i] = std::log(feed[i]) + whole.lnPhi[i];
+}
+
+bool isNearStable(const ComponentSet& set, const Composition& feed, const WholeFeed& whole,
+                  const FlashState& state) {
+    const double tested = state.lnK[PressurePlace];
+    const bool isOne = state.phases == FluidPhases::Liquid || state.phases == FluidPhases::Vapour;
+    if (!isOne || state.hasK || set.count == MaxComponents || !(tested > 0.0)) return false;
+    if (std::abs(whole.mixture.pressure - tested) > 0.5 * StableReach * tested) return false;
+    const double least = std::log(LeastJudged);
+    for (int i = 0; i < set.count; ++i) {
+        const double now = std::log(feed[i]), before = state.lnK[i] - whole.lnPhi[i];
+        if (std::abs(now - before) > StableReach && std::max(now, before) > least) return false;
+    }
+    return true;
 }
 
 /// Newton from the K of the last flash of the place.
@@ -152,11 +187,13 @@ void FlashPT(const ComponentSet& set, const Composition& given, double pressure,
     const Composition feed = usableFeed(set.count, given);
     if (state.hasK && flashFromLast(set, feed, pressure, state)) return;
     const WholeFeed whole = wholeFeed(set, feed, pressure);
+    if (isNearStable(set, feed, whole, state)) return keepOnePhase(feed, state.phases, whole.Z, state);
     const bool isNew = state.phases == FluidPhases::Unknown || state.hasK;
     if (isNew && flashFromWilson(set, feed, pressure, whole, state)) return;
     const Stability plane = stabilityTest(set, feed, pressure, whole.lnPhi, isNew);
     if (!plane.isStable && splitUnstable(set, feed, pressure, whole, plane, state)) return;
     state.hasK = false;
+    keepStable(set, feed, whole, plane, state);
     keepOnePhase(feed, nameByDensity(packing(whole.mixture, whole.Z), plane, state.phases), whole.Z, state);
 }
 

@@ -132,6 +132,20 @@ void follow(const ComponentSet& set, const Composition& feed, double pressure, c
 
 }  // namespace
 
+bool isFarFromLimit(const ComponentSet& set, const EosMixture& mixture, const Composition& feed, double Z) {
+    constexpr double LeastCurvature = 0.1;
+    const int n = set.count;
+    ComponentMatrix H;
+    fugacitySlopes(set, mixture, feed, Z, H);
+    Composition root, right{};
+    for (int i = 0; i < n; ++i) root[i] = std::sqrt(feed[i]);
+    for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) H[i][j] *= root[i] * root[j];
+        H[i][i] += 1.0 - LeastCurvature;
+    }
+    return solvePositiveDefinite(n, H, right, LeastPivot);
+}
+
 void wilsonLnK(const ComponentSet& set, double pressure, Composition& lnK) {
     const double least = std::log(LeastK);
     for (int i = 0; i < set.count; ++i) {

@@ -21,6 +21,10 @@ struct Stability {
 Stability stabilityTest(const ComponentSet& set, const Composition& feed, double pressure,
                         const Composition& lnPhi, bool thorough);
 
+/// Whether the second derivatives of the Gibbs energy at a feed, sqrt(z_i z_j) d(ln f_i)/dn_j, are above
+/// those at its limit of stability by a tenth of an ideal mixture's.
+bool isFarFromLimit(const ComponentSet& set, const EosMixture& mixture, const Composition& feed, double Z);
+
 /// ln of Wilson's K-values, 5.37 (1 + w)(1 - Tc/T) + ln(Pc/P); K is held at 1e-20 or above.
 void wilsonLnK(const ComponentSet& set, double pressure, Composition& lnK);
 

@@ -189,5 +189,52 @@ TEST(Stability, IsZeroForAFeedOnTheTieLine) {
     EXPECT_NEAR(plane.shadow[0], state.vapour[0], 1e-8);
 }
 
+/// A walk of feeds and pressures from one phase until it is two: at each place the kept state and one that
+/// the tangent plane is asked anew for. Returns the share of the places that needed no tangent plane.
+template <class Feed, class Pressure>
+double shareWithoutPlane(const ComponentSet& set, Feed feedAt, Pressure pressureAt) {
+    constexpr int Steps = 3000;
+    FlashState kept;
+    int spared = 0, n = 0;
+    for (; n < Steps && kept.phases != FluidPhases::Both; ++n) {
+        const double s = static_cast<double>(n) / Steps;
+        FlashState asked = kept;
+        if (!asked.hasK) asked.lnK = {};
+        const Composition before = kept.lnK;
+        FlashPT(set, feedAt(s), pressureAt(s), kept);
+        FlashPT(set, feedAt(s), pressureAt(s), asked);
+        EXPECT_EQ(kept.phases, asked.phases) << s;
+        EXPECT_EQ(kept.zLiquid, asked.zLiquid) << s;
+        if (!kept.hasK && kept.lnK == before) ++spared;
+    }
+    EXPECT_EQ(kept.phases, FluidPhases::Both);
+    return static_cast<double>(spared) / n;
+}
+
+TEST(FlashPT, AsksNoTangentPlaneNearAStableFeedAndMissesNoSecondPhase) {
+    const ComponentSet set = sixComponentOil(620.0);
+    const Composition oil = {0.5, 0.08, 0.12, 0.15, 0.1, 0.05}, gas = {0.9, 0.08, 0.02};
+    const auto mixed = [&](double s) {
+        Composition z{};
+        for (std::size_t i = 0; i < 6; ++i) z[i] = (1.0 - s) * gas[i] + s * oil[i];
+        return z;
+    };
+    const auto at = [](double pressure) { return [pressure](double) { return pressure; }; };
+    // Down to the bubble point, then from oil toward gas.
+    EXPECT_GT(shareWithoutPlane(
+                  set, [&](double) { return oil; }, [](double s) { return 5000.0 - 4000.0 * s; }),
+              0.8);
+    EXPECT_GT(shareWithoutPlane(
+                  set, [&](double s) { return mixed(1.0 - s); }, at(3500.0)),
+              0.5);
+    // From gas toward oil, where traces of the heaviest condense first, cold and beside the critical point.
+    shareWithoutPlane(
+        set, [&](double s) { return mixed(0.3 * s * s); }, at(2500.0));
+    const ComponentSet hot = sixComponentOil(900.0);
+    EXPECT_GT(shareWithoutPlane(
+                  hot, [&](double s) { return mixed(0.8 * s); }, at(2500.0)),
+              0.5);
+}
+
 }  // namespace
 }  // namespace kvr
