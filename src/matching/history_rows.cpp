@@ -73,7 +73,7 @@ std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const Hist
 
 void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFiles& files,
                     const CellArray<std::uint8_t>& Active, std::span<const WellMatch> wells,
-                    std::span<const HistoryDatum> data, ErrorData& to) {
+                    std::span<const HistoryDatum> data, std::size_t before, ErrorData& to) {
     std::vector<CellArray<double>> sums(data.size());
     for (CellArray<double>& sum : sums) sum.assign(Active.count(), 0.0);
     for (std::size_t step = 0; step < files.stepEnds.size() && !data.empty(); ++step) {
@@ -86,14 +86,15 @@ void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFil
         closeSensitivities(reader);
     }
     for (std::size_t row = 0; row < sums.size(); ++row) {
-        const std::size_t before = to.rows.value.size();
+        const std::size_t values = to.rows.value.size();
         addRow(sums[row], Active, to.rows);
-        if (to.rows.value.size() == before) {
+        if (to.rows.value.size() == values) {
             to.rows.start.pop_back();
             continue;
         }
         to.misfit.push_back(data[row].misfit);
         to.error.push_back(data[row].error);
+        to.datum.push_back(before + row);
     }
 }
 

@@ -36,10 +36,10 @@ struct HistoryParts {
 std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const HistoryParts& parts,
                                       std::span<const double> stepEnds, std::span<const WellMatch> wells);
 
-/// Appends the rows of data from the files of a kind; those that no cell changes are left out. A sum over all
-/// cells is held for each datum meanwhile.
+/// Appends the rows of data from the files of a kind; those that no cell changes are left out. `before`:
+/// number of data ahead of these in the list of all. A sum over all cells is held for each datum meanwhile.
 void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFiles& files,
                     const CellArray<std::uint8_t>& Active, std::span<const WellMatch> wells,
-                    std::span<const HistoryDatum> data, ErrorData& to);
+                    std::span<const HistoryDatum> data, std::size_t before, ErrorData& to);
 
 }  // namespace kvr

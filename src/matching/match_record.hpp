@@ -1,11 +1,14 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "matching/most_probable.hpp"
 #include "matching/perm_file.hpp"
+#include "matching/secant_rows.hpp"
 #include "matching/well_match.hpp"
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 namespace kvr {
@@ -43,6 +46,16 @@ struct Permeabilities {
     CellArray<double> x, y, z;
 };
 
+/// What HMPRIOR keeps: data and rows of the last accepted run, kind after kind, with errors as asked for, and
+/// the fields that were run lately, the newest last.
+struct ProbableRecord {
+    ErrorData data;
+    std::vector<std::size_t> kindEnds;  // rows of each kind end there
+    std::vector<std::string> kindNames;
+    std::vector<TriedField> tried;
+    TriedField present;  // that of the data
+};
+
 /// A match from run to run. What stands here and in the deck is all that the next run depends on.
 struct MatchRecord {
     std::vector<WellMatch> wells;       // histories of the last run, producers
@@ -56,10 +69,11 @@ struct MatchRecord {
     bool ended = false;                 // nothing is left to be changed
     bool lastUpdateMade = false;        // the present run only judges it
     bool closingRun = false;            // the present run only shows the field that the match ends with
-    PermFile permFile;                  // PERMFILE; without a path there is none
-    double startSeconds = 0.0;          // wall clock at the start of the match
-    bool observedGiven = false;         // the folder had observed histories at the start: they are the user's
-    int runs = 0;                       // forward runs of this process
+    ProbableRecord probable;
+    PermFile permFile;           // PERMFILE; without a path there is none
+    double startSeconds = 0.0;   // wall clock at the start of the match
+    bool observedGiven = false;  // the folder had observed histories at the start: they are the user's
+    int runs = 0;                // forward runs of this process
 };
 
 }  // namespace kvr

@@ -14,9 +14,9 @@ namespace kvr {
 
 namespace {
 
-constexpr std::string_view Magic = "KVRMATCH0002";
+constexpr std::string_view Magic = "KVRMATCH0003";
 constexpr std::uint64_t HashStart = 14695981039346656037ULL, HashFactor = 1099511628211ULL;  // FNV-1a
-constexpr std::uint64_t MostItems = 1ULL << 24U;
+constexpr std::uint64_t MostItems = 1ULL << 24U, MostNumbers = 1ULL << 40U;
 
 std::uint64_t hashOf(std::string_view bytes, std::uint64_t hash = HashStart) {
     for (const char byte : bytes) {
@@ -161,6 +161,43 @@ void walkWells(const Walk& walk, std::vector<WellMatch>& wells) {
     }
 }
 
+template <class Walk, class T>
+void walkNumbers(const Walk& walk, std::vector<T>& numbers) {
+    auto count = static_cast<std::uint64_t>(numbers.size());
+    walk.item(count);
+    if (count >= MostNumbers) return;
+    numbers.resize(count);
+    for (T& number : numbers) walk.item(number);
+}
+
+template <class Walk>
+void walkTried(const Walk& walk, TriedField& field) {
+    walk.list(field.lnk.slots);
+    walk.list(field.misfit);
+}
+
+template <class Walk>
+void walkProbable(const Walk& walk, ProbableRecord& kept) {
+    walkNumbers(walk, kept.data.rows.start);
+    walkNumbers(walk, kept.data.rows.cell);
+    walk.list(kept.data.rows.value);
+    walk.list(kept.data.misfit);
+    walk.list(kept.data.error);
+    walkNumbers(walk, kept.data.datum);
+    walkNumbers(walk, kept.kindEnds);
+    auto names = static_cast<std::uint64_t>(kept.kindNames.size());
+    walk.item(names);
+    if (names >= MostItems) return;
+    kept.kindNames.resize(names);
+    for (std::string& name : kept.kindNames) walk.text(name);
+    auto tried = static_cast<std::uint64_t>(kept.tried.size());
+    walk.item(tried);
+    if (tried >= MostItems) return;
+    kept.tried.resize(tried);
+    for (TriedField& field : kept.tried) walkTried(walk, field);
+    walkTried(walk, kept.present);
+}
+
 template <class Walk>
 void walkMatch(const Walk& walk, int& iteration, MatchRecord& match) {
     walk.item(iteration);
@@ -176,6 +213,7 @@ void walkMatch(const Walk& walk, int& iteration, MatchRecord& match) {
     walkWells(walk, match.keptWells);
     for (CellArray<double>* field : {&match.base.x, &match.base.y, &match.base.z, &match.dlnk})
         walk.list(field->slots);
+    walkProbable(walk, match.probable);
 }
 
 std::string pathOf(const Simulation& s) {

@@ -21,7 +21,7 @@ void addRowTo(const SensitivityRows& rows, std::size_t row, double factor, CellA
 }  // namespace
 
 bool mostProbableChange(const PriorCovariance& prior, const ErrorData& data, const CellArray<double>& present,
-                        CellArray<double>& change) {
+                        double pull, CellArray<double>& change) {
     const std::size_t count = data.rows.count();
     std::vector<double> matrix(count * count), multipliers(count), scratch;
     for (std::size_t column = 0; column < count; ++column) {
@@ -31,7 +31,7 @@ bool mostProbableChange(const PriorCovariance& prior, const ErrorData& data, con
         for (std::size_t row = column; row < count; ++row)
             matrix[row + column * count] = rowTimes(data.rows, row, change);
         matrix[column + column * count] += data.error[column] * data.error[column];
-        multipliers[column] = data.misfit[column] + rowTimes(data.rows, column, present);
+        multipliers[column] = data.misfit[column] + pull * rowTimes(data.rows, column, present);
     }
     const int n = static_cast<int>(count), one = 1;
     int info = 0;
@@ -43,6 +43,7 @@ bool mostProbableChange(const PriorCovariance& prior, const ErrorData& data, con
     change.assign(present.count(), 0.0);
     for (std::size_t row = 0; row < count; ++row) addRowTo(data.rows, row, multipliers[row], change);
     applyPriorCovariance(prior, change, scratch);
+    for (CellId cell = 1; cell <= change.count(); ++cell) change[cell] += (1.0 - pull) * present[cell];
     return true;
 }
 

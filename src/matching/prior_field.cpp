@@ -24,16 +24,20 @@ double meanSize(const GridModel& grid, std::size_t axis) {
     return count > 0 ? sum / count : 0.0;
 }
 
-/// exp(-(d / reach)^2) for distances of d cells, as the product of a cut bell with itself: what is cut off a
-/// covariance itself may leave it indefinite.
+/// exp(-(d / reach)^2) for distances of d cells. Where it is cut, it is the product of a cut bell with
+/// itself: what is cut off a covariance itself may leave it indefinite.
 std::vector<double> correlations(double reach, int extent) {
     if (!(reach > 0.0)) return {1.0};
-    const int half =
-        static_cast<int>(std::min<double>(extent, std::ceil(reach * std::sqrt(-0.5 * std::log(Least)))));
+    const double kept = std::ceil(reach * std::sqrt(-0.5 * std::log(Least)));
+    std::vector<double> result;
+    if (2.0 * kept >= extent) {
+        for (int d = 0; d < extent; ++d) result.push_back(std::exp(-d * d / (reach * reach)));
+        return result;
+    }
+    const int half = static_cast<int>(kept);
     std::vector<double> bell;
     for (int n = -half; n <= half; ++n) bell.push_back(std::exp(-2.0 * n * n / (reach * reach)));
     const double whole = std::inner_product(bell.begin(), bell.end(), bell.begin(), 0.0);
-    std::vector<double> result;
     for (std::size_t d = 0; d < bell.size() && d < static_cast<std::size_t>(extent); ++d)
         result.push_back(
             std::inner_product(bell.begin() + static_cast<std::ptrdiff_t>(d), bell.end(), bell.begin(), 0.0) /

@@ -29,7 +29,7 @@ struct PriorCovariance {
     CellArray<std::uint8_t> region;  // 1: may change
 };
 
-/// Lengths of 0 are a quarter of the longer side of the grid along x and y, and its height along z...
+/// Lengths of 0 are an eighth of the longer side of the grid along x and y, of its height along z.
 PriorCovariance buildPriorCovariance(const GridModel& grid, const PriorSettings& settings,
                                      const CellArray<std::uint8_t>& region);
 

@@ -24,11 +24,12 @@ struct Kind {
     double weight = 1.0;  // of the objective
 };
 
-std::vector<Kind> kindsOf(const RunOptions& options, MatchStage stage, const MisfitSettings& settings) {
+/// Kinds that a match has, whatever its stage.
+std::vector<Kind> kindsOf(const RunOptions& options, const MisfitSettings& settings) {
     const bool ofGas = settings.quantity == MatchedQuantity::GasOilRatio;
     const int parts = options.curveParts > 0 ? options.curveParts : PartsUnlessGiven;
     std::vector<Kind> kinds;
-    if (stage != MatchStage::GlobalPressure && options.objectiveWeightWct > 0.0)
+    if (options.objectiveWeightWct > 0.0)
         kinds.push_back({SensitivityKind::TravelTime,
                          ofGas ? "GOR" : "WCT",
                          {matchedCurve, static_cast<std::size_t>(parts), 0.0, false,
@@ -44,22 +45,13 @@ std::vector<Kind> kindsOf(const RunOptions& options, MatchStage stage, const Mis
     return kinds;
 }
 
-/// Change of ln k since the first run.
-CellArray<double> changeSoFar(const CellArray<double>& prior, const CellArray<double>& lnk) {
-    CellArray<double> change = lnk;
-    const CellArray<double> start = logarithms(prior);
-    for (CellId cell = 1; cell <= lnk.count(); ++cell) change[cell] -= start[cell];
-    return change;
-}
-
 }  // namespace
 
-double dampingOf(std::span<const RunMisfit> kept) {
+double dampingOf(std::span<const RunMisfit> kept, int refused) {
     double damping = MostDamping;
     for (std::size_t run = 1; run < kept.size(); ++run)
-        damping =
-            std::clamp(kept[run].halvings == 0 ? 0.5 * damping : 2.0 * damping, LeastDamping, MostDamping);
-    return damping;
+        damping = std::clamp(std::ldexp(damping, kept[run].halvings - 1), LeastDamping, MostDamping);
+    return std::ldexp(damping, refused);
 }
 
 double dampErrors(std::size_t from, std::size_t to, double damping, ErrorData& data) {
@@ -71,35 +63,71 @@ double dampErrors(std::size_t from, std::size_t to, double damping, ErrorData& d
     return root;
 }
 
-CellArray<double> probableUpdate(const Simulation& s, MatchStage stage, const CellArray<double>& lnk,
-                                 const CellArray<std::uint8_t>& region) {
-    const RunOptions& options = s.options;
-    const MisfitSettings settings = misfitSettings(options);
-    const double mostWeight = std::max(options.objectiveWeightWct, options.objectiveWeightBhp);
+void rememberTried(Simulation& s) {
+    const MisfitSettings settings = misfitSettings(s.options);
+    TriedField field{logarithms(s.grid.PERMX), {}};
+    for (const Kind& kind : kindsOf(s.options, settings))
+        for (const HistoryDatum& datum :
+             historyData(settings, kind.parts, s.schedule.reportEnd, s.match.wells))
+            field.misfit.push_back(datum.misfit);
+    std::vector<TriedField>& tried = s.match.probable.tried;
+    if (tried.size() == MostTried) tried.erase(tried.begin());
+    tried.push_back(std::move(field));
+}
+
+void takeProbableData(Simulation& s, MatchStage stage) {
+    const MisfitSettings settings = misfitSettings(s.options);
+    const double mostWeight = std::max(s.options.objectiveWeightWct, s.options.objectiveWeightBhp);
     CurveFiles files{outputPath(s.outputs, ""), {}, s.schedule.reportEnd};
     for (const Well& well : s.wells.wells) files.wellNames.push_back(well.WellName);
-    const double damping = dampingOf(s.match.accepted);
-    ErrorData data;
-    for (const Kind& kind : kindsOf(options, stage, settings)) {
-        const std::size_t first = data.misfit.size();
-        addHistoryRows(s.console, kind.files, files, s.grid.Active, s.match.wells,
-                       historyData(settings, kind.parts, files.stepEnds, s.match.wells), data);
-        for (std::size_t n = first; n < data.error.size(); ++n) data.error[n] *= mostWeight / kind.weight;
-        const double root = dampErrors(first, data.misfit.size(), damping, data);
-        both(s.console, " Misfit over error, {} : {} ({} data)", kind.name, number(root),
-             data.misfit.size() - first);
+    ProbableRecord& kept = s.match.probable;
+    kept.present = kept.tried.back();
+    kept.data = {};
+    kept.kindEnds.clear();
+    kept.kindNames.clear();
+    std::size_t before = 0;
+    for (const Kind& kind : kindsOf(s.options, settings)) {
+        const std::vector<HistoryDatum> data =
+            historyData(settings, kind.parts, files.stepEnds, s.match.wells);
+        const std::size_t first = kept.data.error.size();
+        if (stage != MatchStage::GlobalPressure || kind.files == SensitivityKind::Pressure)
+            addHistoryRows(s.console, kind.files, files, s.grid.Active, s.match.wells, data, before,
+                           kept.data);
+        for (std::size_t n = first; n < kept.data.error.size(); ++n)
+            kept.data.error[n] *= mostWeight / kind.weight;
+        before += data.size();
+        kept.kindEnds.push_back(kept.data.error.size());
+        kept.kindNames.emplace_back(kind.name);
     }
-    const CellArray<double> present = changeSoFar(s.match.prior, lnk);
+}
+
+CellArray<double> probableUpdate(const Simulation& s, const CellArray<std::uint8_t>& region) {
+    const ProbableRecord& kept = s.match.probable;
+    ErrorData data = kept.data;
+    const double damping = dampingOf(s.match.accepted, s.match.halvings);
+    double mostRoot = 0.0;
+    std::size_t first = 0;
+    for (std::size_t kind = 0; kind < kept.kindEnds.size(); ++kind) {
+        const double root = dampErrors(first, kept.kindEnds[kind], damping, data);
+        both(s.console, " Misfit over error, {} : {} ({} data)", kept.kindNames[kind], number(root),
+             kept.kindEnds[kind] - first);
+        mostRoot = std::max(mostRoot, root);
+        first = kept.kindEnds[kind];
+    }
+    data.rows = secantRows(kept.data.rows, kept.data.datum, kept.present, kept.tried);
+    CellArray<double> present = kept.present.lnk, change;
+    const CellArray<double> start = logarithms(s.match.prior);
+    for (CellId cell = 1; cell <= present.count(); ++cell) present[cell] -= start[cell];
     const PriorCovariance prior =
         buildPriorCovariance(s.grid,
-                             {options.priorDeviation,
-                              {options.priorLength, options.priorLength, options.priorHeight},
-                              options.priorLevel},
+                             {s.options.priorDeviation,
+                              {s.options.priorLength, s.options.priorLength, s.options.priorHeight},
+                              s.options.priorLevel},
                              region);
-    CellArray<double> change;
-    if (!mostProbableChange(prior, data, present, change))
+    const double pull = 1.0 / (1.0 + std::pow(damping * mostRoot, 2));
+    if (!mostProbableChange(prior, data, present, pull, change))
         warn(s.console, "WARNING :: THE MATRIX OF THE DATA CANNOT BE FACTORISED, THE FIELD STAYS");
-    for (CellId cell = 1; cell <= lnk.count(); ++cell) change[cell] -= present[cell];
+    for (CellId cell = 1; cell <= change.count(); ++cell) change[cell] -= present[cell];
     return change;
 }
 

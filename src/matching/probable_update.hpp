@@ -9,16 +9,23 @@
 
 namespace kvr {
 
-/// HMPRIOR: the increment of ln k that leads from the present field to the most probable one behind the
-/// histories, those of curves and pressures in parts of their time, before its limits. `region`: cells that
-/// may change.
-CellArray<double> probableUpdate(const Simulation& simulation, MatchStage stage, const CellArray<double>& lnk,
-                                 const CellArray<std::uint8_t>& region);
+/// HMPRIOR: keeps the field of the run that has just ended and what it left of the data, histories of curves
+/// and pressures in parts of their time, among the last `MostTried` ones.
+inline constexpr std::size_t MostTried = 7;
+void rememberTried(Simulation& simulation);
 
-/// How far a step is held back: `MostDamping` at first, half as much behind each run that was kept as its
-/// update was, twice as much behind one whose update had to be halved, within the bounds.
+/// Keeps data and rows of that run, which has been accepted, in `match.probable`.
+void takeProbableData(Simulation& simulation, MatchStage stage);
+
+/// The increment of ln k, before its limits, that leads from the field of these data to the most probable
+/// one, rows having taken up what the runs kept show. `region`: cells that may change.
+CellArray<double> probableUpdate(const Simulation& simulation, const CellArray<std::uint8_t>& region);
+
+/// How far a step is held back: `MostDamping` at first, half as much behind each run that was kept and twice
+/// as much behind each that was not, within the bounds behind each that was. `refused`: runs since the last
+/// kept one.
 inline constexpr double MostDamping = 3.0, LeastDamping = 0.1;
-double dampingOf(std::span<const RunMisfit> kept);
+double dampingOf(std::span<const RunMisfit> kept, int refused);
 
 /// Errors of the data of one kind for the next step, [from, to) of the list: at least `damping` times the
 /// root of the mean square of what is lacking over the error, so that a step far from the histories, where

@@ -197,7 +197,8 @@ void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKi
     const CellArray<std::uint8_t> region =
         updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
     if (s.options.mostProbable) {
-        change = probableUpdate(s, stage, lnk, region);
+        takeProbableData(s, stage);
+        change = probableUpdate(s, region);
     } else if (stage == MatchStage::Whole) {
         addChange(s, {&first, &curves, &second}, lnk, change);
     } else {
@@ -280,10 +281,22 @@ void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitiv
     testForEnd(s, figures);
 }
 
-void takeHalvedUpdate(Simulation& s) {
-    applyUpdate(s.match.base, s.match.dlnk, std::ldexp(1.0, -s.match.halvings), parameterBounds(s.options),
-                s.grid);
+double updateShare(const Simulation& s) {
+    return s.options.mostProbable ? 1.0 : std::ldexp(1.0, -s.match.halvings);
+}
+
+void takeUpdate(Simulation& s) {
+    applyUpdate(s.match.base, s.match.dlnk, updateShare(s), parameterBounds(s.options), s.grid);
     writeUpdateMaps(s);
+}
+
+void askAgain(Simulation& s) {
+    const CellArray<double> lnk = logarithms(s.match.base.x);
+    const CellArray<std::uint8_t> region =
+        updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
+    s.match.dlnk = probableUpdate(s, region);
+    limitUpdate(s.console, updateLimits(s.options), lnk, s.match.dlnk);
+    takeUpdate(s);
 }
 
 }  // namespace kvr

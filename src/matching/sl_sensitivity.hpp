@@ -22,7 +22,14 @@ MatchSensitivities rebuildSensitivities(const Simulation& simulation, MatchStage
 /// `match.ended` is set.
 void SL_SENSITIVITY(Simulation& simulation, MatchStage stage, MatchSensitivities sensitivities);
 
-/// The field of the present update after `match.halvings` halvings.
-void takeHalvedUpdate(Simulation& simulation);
+/// Share of `match.dlnk` that the present update takes: halved as often as `match.halvings` says, but with
+/// HMPRIOR, which asks anew, whole.
+double updateShare(const Simulation& simulation);
+
+/// The field of the present update.
+void takeUpdate(Simulation& simulation);
+
+/// HMPRIOR: another update from the field of the last accepted run, behind one that has been refused.
+void askAgain(Simulation& simulation);
 
 }  // namespace kvr

@@ -7,6 +7,7 @@
 #include "matching/match_maps.hpp"
 #include "matching/match_reports.hpp"
 #include "matching/match_resume.hpp"
+#include "matching/probable_update.hpp"
 #include "matching/sl_misfit.hpp"
 #include "matching/sl_sensitivity.hpp"
 #include "run/rewind.hpp"
@@ -57,10 +58,10 @@ void tellRun(const Simulation& s, const RunMisfit& run, std::string_view remark)
                      hours(elapsed / std::max(1, match.runs) * left), remark));
 }
 
-double largestChange(const MatchRecord& match) {
+double largestChange(const MatchRecord& match, double share) {
     double largest = 0.0;
     for (const double change : match.dlnk.cells()) largest = std::max(largest, std::abs(change));
-    return std::ldexp(largest, -match.halvings);
+    return share * largest;
 }
 
 /// A file of the user's own goes ahead of the rates in the deck.
@@ -75,23 +76,28 @@ bool grows(const MatchRecord& match, const RunMisfit& run) {
     return !match.accepted.empty() && !(run.judged <= match.accepted.back().judged);
 }
 
-/// The update again, half as large; or the field before it where that has been done often enough. That ends
-/// the match, since the same field would ask for the same update; a last run leaves the files of the field.
-bool halve(Simulation& s, const RunMisfit& run) {
+/// The update again, half as large, or another one of the most probable field; or the field before it where
+/// that has been done often enough. That ends the match, since the same field would ask for the same update;
+/// a last run leaves the files of the field.
+bool tryAgain(Simulation& s, const RunMisfit& run) {
     MatchRecord& match = s.match;
     if (match.halvings >= s.options.matchHalvings) {
         tellRun(s, run, " :: grown, the update is put back and no other is left");
         std::fill(match.dlnk.slots.begin(), match.dlnk.slots.end(), 0.0);
         match.halvings = 0;
         match.ended = match.closingRun = true;
-        takeHalvedUpdate(s);
+        takeUpdate(s);
         return true;
     }
     match.halvings += 1;
-    tellRun(
-        s, run,
-        fmt::format(" :: grown, the update is halved ({} of {})", match.halvings, s.options.matchHalvings));
-    takeHalvedUpdate(s);
+    tellRun(s, run,
+            fmt::format(" :: grown, the update is {} ({} of {})",
+                        s.options.mostProbable ? "asked for anew" : "halved", match.halvings,
+                        s.options.matchHalvings));
+    if (s.options.mostProbable)
+        askAgain(s);
+    else
+        takeUpdate(s);
     return true;
 }
 
@@ -112,7 +118,7 @@ bool update(Simulation& s) {
 /// What a run asks for. False: nothing more is to be run.
 bool judge(Simulation& s, RunMisfit& run) {
     MatchRecord& match = s.match;
-    if (s.options.matchHalvings > 0 && grows(match, run)) return halve(s, run);
+    if (s.options.matchHalvings > 0 && grows(match, run)) return tryAgain(s, run);
     match.accepted.push_back(run);
     match.keptWells = match.wells;
     writeMatchTables(s, match.accepted.back());
@@ -152,7 +158,7 @@ void beginMatch(Simulation& s) {
             tell(s.console, fmt::format("The match goes on behind {} runs (KVR_HM_Resume.bin)",
                                         s.match.accepted.size()));
             writeMatchTables(s, s.match.accepted.back());
-            takeHalvedUpdate(s);
+            takeUpdate(s);
             return startAnew(s);
     }
     writeFirstMaps(s);
@@ -168,9 +174,10 @@ bool goOnMatching(Simulation& s) {
         return false;
     }
     RunMisfit run;
-    run.largestChange = largestChange(match);
+    run.largestChange = largestChange(match, updateShare(s));
     run.halvings = match.halvings;
     SL_MISFIT(s, run);
+    if (s.options.mostProbable) rememberTried(s);
     if (!judge(s, run)) {
         removeMatchResume(s);
         return false;

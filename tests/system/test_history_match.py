@@ -172,8 +172,9 @@ def contents(folder):
     return {name: (folder / name).read_bytes() for name in TABLES}
 
 
-def test_a_killed_match_goes_on_and_ends_with_the_same_bits(tmp_path, observed):
-    section = options(iterations=6, criteria="0 0")
+@pytest.mark.parametrize("extra", ["", "HMPRIOR\n1 /\n"], ids=["rows alone", "most probable field"])
+def test_a_killed_match_goes_on_and_ends_with_the_same_bits(tmp_path, observed, extra):
+    section = options(iterations=6, criteria="0 0", extra=extra)
     whole = tmp_path / "whole"
     whole.mkdir()
     start = time.monotonic()

@@ -93,10 +93,11 @@ TEST(HistoryRows, AddTheStepsByTheirWeightsAndLeaveOutWhatNoCellChanges) {
     active.assign(3, 1);
     ErrorData rows;
     addHistoryRows(quiet.console, SensitivityKind::Pressure, {folder.path, {"P1", "P2"}, {10.0, 20.0}},
-                   active, wells, data, rows);
+                   active, wells, data, 6, rows);
     ASSERT_EQ(rows.rows.count(), 1U) << "no cell changes the first well";
     EXPECT_EQ(rows.misfit, std::vector<double>{7.0});
     EXPECT_EQ(rows.error, std::vector<double>{2.0});
+    EXPECT_EQ(rows.datum, std::vector<std::size_t>{7}) << "the second of these, behind six others";
     EXPECT_EQ(rows.rows.cell, (std::vector<CellId>{1, 3}));
     EXPECT_NEAR(rows.rows.value[0], 0.25 + 2.0 * 0.75, 1e-12);
     EXPECT_NEAR(rows.rows.value[1], 10.0 * 1.75, 1e-12);

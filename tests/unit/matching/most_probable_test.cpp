@@ -65,7 +65,7 @@ TEST(MostProbableChange, OfOneCellWeighsTheDatumAgainstWhatWasHeldBefore) {
     ErrorData data;
     putRow({2.0}, 3.0, 0.4, data);
     CellArray<double> change;
-    ASSERT_TRUE(mostProbableChange(prior, data, zeros(1), change));
+    ASSERT_TRUE(mostProbableChange(prior, data, zeros(1), 1.0, change));
     // Mean of two normal laws: s^2 g d / (g^2 s^2 + e^2).
     EXPECT_NEAR(change[1], 0.25 * 2.0 * 3.0 / (4.0 * 0.25 + 0.16), 1e-12);
 }
@@ -75,7 +75,7 @@ TEST(MostProbableChange, IsWhereDataAndPriorPullEquallyHard) {
     const PriorCovariance prior = priorOf(4, 3, {0.8, {15.0, 25.0, 10.0}, 0.3});
     const ErrorData data = randomData();
     CellArray<double> change;
-    ASSERT_TRUE(mostProbableChange(prior, data, zeros(12), change));
+    ASSERT_TRUE(mostProbableChange(prior, data, zeros(12), 1.0, change));
     CellArray<double> pull = zeros(12);
     for (std::size_t row = 0; row < data.misfit.size(); ++row) {
         const double force =
@@ -92,21 +92,52 @@ TEST(MostProbableChange, OfLinearDataIsTheSameFromWhereverItIsSought) {
     const PriorCovariance prior = priorOf(4, 3, {0.8, {15.0, 25.0, 10.0}, 0.3});
     const ErrorData data = randomData();
     CellArray<double> first, second;
-    ASSERT_TRUE(mostProbableChange(prior, data, zeros(12), first));
+    ASSERT_TRUE(mostProbableChange(prior, data, zeros(12), 1.0, first));
     CellArray<double> present = zeros(12);
     for (CellId cell = 1; cell <= 12; ++cell) present[cell] = 0.1 * cell - 0.5;
     ErrorData there = data;
     for (std::size_t row = 0; row < data.misfit.size(); ++row)
         there.misfit[row] -= rowTimes(data, row, present);
-    ASSERT_TRUE(mostProbableChange(prior, there, present, second));
+    ASSERT_TRUE(mostProbableChange(prior, there, present, 1.0, second));
     for (CellId cell = 1; cell <= 12; ++cell) EXPECT_NEAR(second[cell], first[cell], 1e-10);
 }
 
 TEST(MostProbableChange, WithoutDataIsTheStartingField) {
     CellArray<double> present = zeros(4), change;
     present[2] = 1.0;
-    ASSERT_TRUE(mostProbableChange(priorOf(2, 2, {}), {}, present, change));
+    ASSERT_TRUE(mostProbableChange(priorOf(2, 2, {}), {}, present, 1.0, change));
     for (const double value : change.cells()) EXPECT_EQ(value, 0.0);
+}
+
+TEST(MostProbableChange, ThatIsHeldBackIsWhereDataStartAndStepPullEquallyHard) {
+    const PriorCovariance prior = priorOf(4, 3, {0.8, {15.0, 25.0, 10.0}, 0.3});
+    const ErrorData data = randomData();
+    CellArray<double> present = zeros(12), change;
+    for (CellId cell = 1; cell <= 12; ++cell) present[cell] = 0.1 * cell - 0.5;
+    const double pull = 0.2;
+    ASSERT_TRUE(mostProbableChange(prior, data, present, pull, change));
+    // The gradient vanishes: s x + (1 - s) d = C G' (misfit - G d) s / (error of the histories)^2, and the
+    // errors given are those over the root of s.
+    CellArray<double> step = change, force = zeros(12);
+    for (CellId cell = 1; cell <= 12; ++cell) step[cell] -= present[cell];
+    for (std::size_t row = 0; row < data.misfit.size(); ++row)
+        for (std::size_t n = data.rows.start[row]; n < data.rows.start[row + 1]; ++n)
+            force[data.rows.cell[n]] += data.rows.value[n] * (data.misfit[row] - rowTimes(data, row, step)) /
+                                        (data.error[row] * data.error[row]);
+    std::vector<double> scratch;
+    applyPriorCovariance(prior, force, scratch);
+    for (CellId cell = 1; cell <= 12; ++cell)
+        EXPECT_NEAR(pull * change[cell] + (1.0 - pull) * step[cell], force[cell], 1e-9);
+}
+
+TEST(MostProbableChange, ThatIsHeldBackFarStaysAtThePresentField) {
+    const PriorCovariance prior = priorOf(4, 3, {0.8, {15.0, 25.0, 10.0}, 0.3});
+    ErrorData data = randomData();
+    for (double& error : data.error) error *= 1e4;
+    CellArray<double> present = zeros(12), change;
+    present[5] = 1.0;
+    ASSERT_TRUE(mostProbableChange(prior, data, present, 1e-8, change));
+    for (CellId cell = 1; cell <= 12; ++cell) EXPECT_NEAR(change[cell], present[cell], 1e-5);
 }
 
 TEST(DampedErrors, GrowWithWhatIsLackingAndStayWhereLittleIs) {
@@ -120,19 +151,21 @@ TEST(DampedErrors, GrowWithWhatIsLackingAndStayWhereLittleIs) {
     EXPECT_EQ(data.error[2], 2.0) << "of the other kind";
 }
 
-TEST(Damping, HalvesBehindAWholeUpdateAndDoublesBehindAHalvedOneWithinItsBounds) {
+TEST(Damping, HalvesBehindAKeptRunAndDoublesBehindARefusedOneWithinItsBounds) {
     std::vector<RunMisfit> kept(1);
-    EXPECT_EQ(dampingOf(kept), MostDamping);
+    EXPECT_EQ(dampingOf(kept, 0), MostDamping);
+    EXPECT_EQ(dampingOf(kept, 2), 4.0 * MostDamping) << "nothing bounds it behind refused ones";
     kept.resize(3);
-    EXPECT_EQ(dampingOf(kept), 0.25 * MostDamping);
+    EXPECT_EQ(dampingOf(kept, 0), 0.25 * MostDamping);
+    EXPECT_EQ(dampingOf(kept, 1), 0.5 * MostDamping);
     kept.push_back({});
     kept.back().halvings = 2;
-    EXPECT_EQ(dampingOf(kept), 0.5 * MostDamping);
+    EXPECT_EQ(dampingOf(kept, 0), 0.5 * MostDamping);
     kept.resize(30);
-    EXPECT_EQ(dampingOf(kept), LeastDamping);
+    EXPECT_EQ(dampingOf(kept, 0), LeastDamping);
     for (int n = 0; n < 10; ++n) {
         kept.push_back({});
-        kept.back().halvings = 1;
+        kept.back().halvings = 2;
     }
-    EXPECT_EQ(dampingOf(kept), MostDamping);
+    EXPECT_EQ(dampingOf(kept, 0), MostDamping);
 }

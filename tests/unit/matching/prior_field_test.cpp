@@ -90,3 +90,14 @@ TEST(PriorField, WithoutLengthsTakesAnEighthOfTheGrid) {
         EXPECT_EQ(own.correlation[axis], given.correlation[axis]);
     EXPECT_NEAR(own.correlation[0][2], std::exp(-1.0), 2e-3) << "two cells are the length";
 }
+
+TEST(PriorField, OfALengthBeyondTheGridIsTheBellItself) {
+    const GridModel grid = box(9, 1, 1);
+    for (const double cells : {9.0, 20.0, 1e4}) {
+        const double far = cells * Side;
+        const CellArray<double> values =
+            column(buildPriorCovariance(grid, {1.0, {far, far, far}, 0.0}, everywhere(grid)), 9, 1);
+        for (CellId cell = 1; cell <= 9; ++cell)
+            EXPECT_NEAR(values[cell], std::exp(-std::pow((cell - 1) / cells, 2)), 1e-12);
+    }
+}
