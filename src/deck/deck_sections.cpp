@@ -10,6 +10,7 @@
 #include "deck/sections/schedule_section.hpp"
 #include "deck/sections/solution.hpp"
 #include "deck/sections/summary.hpp"
+#include "model/dual_porosity.hpp"
 #include "pressure/wells/well_controls.hpp"
 
 #include <algorithm>
@@ -36,6 +37,8 @@ void readEditPart(SectionReader& reader, Simulation& run) {
 void readPropsPart(SectionReader& reader, Simulation& run) {
     PropsRecords records{run.options, run.fluids};
     readProps(reader, records);
+    if (!run.grid.dual.isSet || !run.fluids.ofContinua) return;
+    for (CellId cell = matrixCells(run.grid) + 1; cell <= run.grid.NCELLS; ++cell) run.grid.SATNUM[cell] = 2;
 }
 
 void readRegionsPart(SectionReader& reader, Simulation& run) {

@@ -75,6 +75,7 @@ struct FluidTables {
 
     std::vector<PhaseTables> phaseTables;  // of decks that give relative permeabilities phase by phase
     std::vector<SaturationTable> regions;  // SATNUM region r at [r - 1]; never empty once finished
+    bool ofContinua = false;  // given by the names of the continua: region 1 matrix, region 2 fractures
     Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
     CellArray<std::uint8_t>
         RegionTableCell;    // 1: the region tables serve this cell; empty: raised everywhere

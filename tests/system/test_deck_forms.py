@@ -38,6 +38,37 @@ def test_three_files_give_the_bits_of_one(tmp_path, text):
     same_bits(deck, tmp_path / "run")
 
 
+FRACTURE_TABLE = "0 0 1 0\n1 1 0 0\n/\n"
+
+
+def with_named_continua(text):
+    """The shape factor, the porosity of the matrix and the tables by the names of the two continua."""
+    named = text.replace("SIGMA\n", "*shape factor\n").replace("PORO\n16*0.2 16*0.02 /\n", "PORO\n16*0.5 16*0.02 /\n*phim\n16*0.2 /\n")
+    named = named.replace("SWOF\n", "swm krwm krowm Pcowm\n").replace(FRACTURE_TABLE, "swf krwf krowf Pcowf\n" + FRACTURE_TABLE)
+    return named.replace("REGIONS\nSATNUM\n16*1 16*2 /\n", "")
+
+
+def test_words_of_the_continua_mean_shape_factor_porosity_and_tables(tmp_path):
+    text = dual_deck.dual(4, 4, 20, "5*20", 0.01, runspec="TABDIMS\n2 /\n",
+                          tables=dual_deck.TABLE + FRACTURE_TABLE + "REGIONS\nSATNUM\n16*1 16*2 /\n")
+    named = with_named_continua(text)
+    assert sum(word in named for word in ("*shape factor", "*phim", "swm", "swf")) == 4 and "SATNUM" not in named
+    section = kvr_run.options(method="FIM")
+    (tmp_path / "one").mkdir()
+    whole = kvr_run.finished_normally(kvr_run.run(tmp_path / "one", text + section))
+    three_in(tmp_path / "FIELD", named + section)
+    ended = kvr_run.finished_normally(kvr_run.run(tmp_path / "FIELD"))
+    assert whole.table()["FWPT"][-1] >= 0.0 and whole.table()["FOPT"][-1] > 0.0
+    tables = [run.read(left) for run, left in ((whole, "KVR_Run_Recovery.out"), (ended, "KVR_Run_Recovery.out"))]
+    assert tables[0] == tables[1]
+
+
+def test_a_table_of_the_fractures_needs_room_for_two(tmp_path):
+    result = kvr_run.run(tmp_path, dual_deck.dual(2, 2, 20, "5*20", 0.01, tables=dual_deck.TABLE + "swf\n" + FRACTURE_TABLE))
+    assert result.status == 1
+    assert "swf IS SATURATION TABLE 2, AND TABDIMS HAS ROOM FOR 1" in result.console
+
+
 @needs_public_decks
 @pytest.mark.parametrize("name", ["waterflood/BL100", "waterflood/FAULTCP", "spe1/SPE1CASE2", "robust/well_limit"])
 def test_public_decks_as_three_files_give_the_bits_of_one(tmp_path, name):

@@ -13,10 +13,11 @@ namespace {
 
 constexpr ValueRule NotNegative{0.0, std::numeric_limits<double>::max(), true};
 
-enum class Measure { Length, InverseArea };
+enum class Measure { Length, InverseArea, Share };
 
 /// What a factor of lengths is for the measure.
 double factorFor(Measure measure, double length) {
+    if (measure == Measure::Share) return 1.0;
     return measure == Measure::Length ? length : 1.0 / (length * length);
 }
 
@@ -88,6 +89,13 @@ void readNodppm(SectionReader& reader, GridRecords& records) {
     announce(reader, reader.keyword);
     records.grid.dual.permeabilityEffective = true;
     copyKeyword(reader);
+}
+
+void readMatrixPorosity(SectionReader& reader, GridRecords& records) {
+    CellArray<double> read = records.grid.PORO;
+    readByCell(reader, Measure::Share, records.grid, read);
+    const auto matrix = read.cells().first(read.cells().size() / 2);
+    std::copy(matrix.begin(), matrix.end(), records.grid.PORO.cells().begin());
 }
 
 void refuseDpnum(SectionReader& reader, GridRecords&) {

@@ -11,6 +11,7 @@ void readSigma(SectionReader& reader, GridRecords& records);
 void readSigmav(SectionReader& reader, GridRecords& records);
 void readDzmtrx(SectionReader& reader, GridRecords& records);
 void readDzmtrxv(SectionReader& reader, GridRecords& records);
+void readMatrixPorosity(SectionReader& reader, GridRecords& records);
 void readNodppm(SectionReader& reader, GridRecords& records);
 [[noreturn]] void refuseDpnum(SectionReader& reader, GridRecords& records);
 

@@ -280,18 +280,24 @@ TableColumn capillaryColumn(const SectionReader& reader, const PropsRecords& rec
     return {&column, reader.units->pressure, reader.units->copyPressure};
 }
 
+std::array<TableColumn, MaxColumns> waterColumns(const SectionReader& reader, const PropsRecords& records,
+                                                 SaturationTable& table) {
+    return {{{&table.SwAxis}, {&table.Krw}, {&table.Krow}, capillaryColumn(reader, records, table.Pcow)}};
+}
+
+std::array<TableColumn, MaxColumns> gasColumns(const SectionReader& reader, const PropsRecords& records,
+                                               SaturationTable& table) {
+    return {{{&table.SgAxis}, {&table.Krg}, {&table.Krog}, capillaryColumn(reader, records, table.Pcog)}};
+}
+
 void readSwof(SectionReader& reader, PropsRecords& records) {
-    readRegionTables(reader, records, [&](SaturationTable& table) {
-        return std::array<TableColumn, MaxColumns>{
-            {{&table.SwAxis}, {&table.Krw}, {&table.Krow}, capillaryColumn(reader, records, table.Pcow)}};
-    });
+    readRegionTables(reader, records,
+                     [&](SaturationTable& table) { return waterColumns(reader, records, table); });
 }
 
 void readSgof(SectionReader& reader, PropsRecords& records) {
-    readRegionTables(reader, records, [&](SaturationTable& table) {
-        return std::array<TableColumn, MaxColumns>{
-            {{&table.SgAxis}, {&table.Krg}, {&table.Krog}, capillaryColumn(reader, records, table.Pcog)}};
-    });
+    readRegionTables(reader, records,
+                     [&](SaturationTable& table) { return gasColumns(reader, records, table); });
 }
 
 /// The same rows by the saturation of the liquids, which rises as that of the gas falls.
@@ -299,14 +305,45 @@ void readSlgof(SectionReader& reader, PropsRecords& records) {
     std::size_t read = 0;
     readRegionTables(reader, records, [&](SaturationTable& table) {
         ++read;
-        return std::array<TableColumn, MaxColumns>{
-            {{&table.SgAxis}, {&table.Krg}, {&table.Krog}, capillaryColumn(reader, records, table.Pcog)}};
+        return gasColumns(reader, records, table);
     });
     for (SaturationTable& table : std::span(records.tables.regions).first(read)) {
         for (double& saturation : table.SgAxis) saturation = 1.0 - saturation;
         for (Column* column : {&table.SgAxis, &table.Krg, &table.Krog, &table.Pcog})
             std::reverse(column->begin(), column->end());
     }
+}
+
+// --- tables by the names of the two continua -----------------------------------------------------
+
+/// The table of the matrix is the first one, that of the fractures the second; rows and rules are those of
+/// `keyword`.
+template <class ColumnsOf>
+void readContinuumTable(SectionReader& reader, PropsRecords& records, std::size_t table,
+                        std::string_view keyword, const ColumnsOf& columnsOf) {
+    if (records.options.maxRockTables < static_cast<int>(table)) {
+        both(consoleOf(reader), "ERROR :: {} IS SATURATION TABLE {}, AND TABDIMS HAS ROOM FOR {}",
+             reader.keyword, table, records.options.maxRockTables);
+        stopAtPlace(reader);
+    }
+    begin(reader);
+    reader.keyword = keyword;
+    std::vector<SaturationTable>& regions = records.tables.regions;
+    if (regions.size() < table) regions.resize(table);
+    const auto columns = columnsOf(reader, records, regions[table - 1]);
+    readTable(reader, table, columns);
+    requireRows(reader, columns[0].target->size());
+    records.tables.ofContinua = records.tables.ofContinua || table > 1;
+}
+
+template <std::size_t Table>
+void readContinuumWater(SectionReader& reader, PropsRecords& records) {
+    readContinuumTable(reader, records, Table, "SWOF", waterColumns);
+}
+
+template <std::size_t Table>
+void readContinuumGas(SectionReader& reader, PropsRecords& records) {
+    readContinuumTable(reader, records, Table, "SGOF", gasColumns);
 }
 
 // --- relative permeabilities phase by phase ------------------------------------------------------
@@ -504,6 +541,13 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
     KeywordRow<PropsRecords>{"SLGOF", readSlgof,
                              "the same by liquid saturation: Sw + So, krg, krog, pcog, a table per region"},
+    KeywordRow<PropsRecords>{"swm", readContinuumWater<1>,
+                             "water and oil in the matrix of two continua: one table, rows as of `SWOF`"},
+    KeywordRow<PropsRecords>{"sgm", readContinuumGas<1>, "gas and oil in the matrix, rows as of `SGOF`"},
+    KeywordRow<PropsRecords>{
+        "swf", readContinuumWater<2>,
+        "water and oil in the fractures; their cells are of region 2 then, unless `SATNUM` says otherwise"},
+    KeywordRow<PropsRecords>{"sgf", readContinuumGas<2>, "gas and oil in the fractures, alike"},
     KeywordRow<PropsRecords>{"PVCDO", readPvcdo,
                              "dead oil of constant compressibility: reference pressure, Bo, compressibility, "
                              "viscosity, viscosibility"},

@@ -36,6 +36,16 @@ TEST(GridContinua, ReadsShapeFactorsOfTheMatrixAlone) {
     }
 }
 
+TEST(GridContinua, ReadsPorosityOfTheMatrixAndShapeFactorByTheirOwnWords) {
+    DualBench bench(Whole + "*phim\n0.3 0.4 /\n*shape factor\n0.08 /\n");
+    bench.readGrid();
+    EXPECT_DOUBLE_EQ(bench.grid.PORO[1], 0.3);
+    EXPECT_DOUBLE_EQ(bench.grid.PORO[2], 0.4);
+    EXPECT_DOUBLE_EQ(bench.grid.PORO[3], 0.01);
+    EXPECT_DOUBLE_EQ(bench.grid.PORO[4], 0.01);
+    EXPECT_DOUBLE_EQ(bench.grid.dual.SIGMA[1], 0.08);
+}
+
 TEST(GridContinua, TurnsMetricShapeFactorsAndHeightsIntoFeet) {
     DualBench bench(Whole + "SIGMA\n1 /\nDZMTRX\n3 /\n");
     bench.units = metricUnits();
