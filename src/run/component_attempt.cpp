@@ -98,6 +98,13 @@ void returnToLevel(const WellRecord& wells, const RunClock& clock, Simulation& s
     s.clock = clock;
 }
 
+/// Gas that a producer gives against what the pressure was solved with, of that or of the oil volume where
+/// there is less gas: away from it the solve took the wrong mobility for the well.
+double gasMissOf(const Well& well) {
+    const double solved = std::max(std::abs(well.solvedQg), std::abs(well.solvedQo));
+    return solved > 0.0 ? std::abs(well.WellQg - well.solvedQg) / solved : 0.0;
+}
+
 /// Share of the limits that the volumes of a step have come to.
 double volumeShare(const RunOptions& options, const ComponentFigures& figures) {
     return std::max(figures.volumeError / options.stepVolumeError,
@@ -113,7 +120,9 @@ ComponentFigures measureComponentStep(const Simulation& simulation) {
     if (simulation.clock.workDt > ShortStep * simulation.options.stepSmallest)
         figures.mobilityLag = lagOfComponentStep(simulation);
     for (const Well& well : simulation.wells.wells) {
-        if (well.shut || !isRateControlled(well) || isInjector(well) || well.WellControl == "resv") continue;
+        if (well.shut || isInjector(well)) continue;
+        figures.gasMiss = std::max(figures.gasMiss, gasMissOf(well));
+        if (!isRateControlled(well) || well.WellControl == "resv") continue;
         const double share = std::abs(heldRate(well, well.WellControl) / well.TargetRate - 1.0);
         if (!(share <= figures.targetMiss)) figures.targetMiss = share;
     }
@@ -125,6 +134,7 @@ ComponentJudgement judgeComponentStep(const RunOptions& options, const Component
         {"volume error of the field", &ComponentFigures::volumeError, options.stepVolumeError, 1.0},
         {"volume error of a cell", &ComponentFigures::largestVolumeError, LargestCellError, 1.0},
         {"rate away from its target", &ComponentFigures::targetMiss, LargestMiss, 1.0},
+        {"gas rate of a producer", &ComponentFigures::gasMiss, LargestMiss, 1.0},
         {"error of mobility", &ComponentFigures::mobilityLag, LagShare * options.stepMobilityError, 1.0},
         {"change of composition", &ComponentFigures::compositionChange, LargestCompositionChange, 1.0},
         {"cells without a flash", &ComponentFigures::failedFlashes, LargestFailedFlashes, 1.0},
