@@ -1,0 +1,61 @@
+"""A gas drive of three components on 200 cells, cells and streamlines, against finite volumes on 1600 cells written apart
+from the program: tests/support/gas_drive_1600.txt is what `tests/support/gas_drive.py 1600 200` prints."""
+
+import pathlib
+import re
+
+import numpy
+import pytest
+
+import component_deck
+import flash_oracle
+import gas_drive
+import kvr_run
+import named_run
+import tecplot
+
+CELLS, DAYS, STEPS = 200, 100, 100
+PORES = 1000 * 10 * 100 * 0.2       # ft3
+SURFACE = 14.7, 519.67              # psia, Rankine
+MEAN_ERROR, BALANCE = 0.01, 1e-6    # of a mole fraction; of what is injected
+FINE = pathlib.Path(gas_drive.__file__).with_name("gas_drive_1600.txt")
+LIMITED = "SL1DCON\nEXPLICIT IRR 1 2PU /\n"
+INJECTED = re.compile(r"^(\w+) +: produced \S+ lb-mole, injected (\S+) lb-mole", re.M)
+
+
+def surface_volume():
+    """ft3 that a lb-mole of the gas is at the surface."""
+    pressure, temperature = SURFACE
+    mixture = flash_oracle.Mixture(gas_drive.TC, gas_drive.PC, gas_drive.ACENTRIC, numpy.zeros((3, 3)), temperature)
+    rt = flash_oracle.GAS_CONSTANT * temperature
+    A = numpy.array([gas_drive.GAS @ mixture.a @ gas_drive.GAS * pressure / rt**2])
+    B = numpy.array([gas_drive.GAS @ mixture.b * pressure / rt])
+    return numpy.nanmax([z[0] for z in flash_oracle.cubic_roots(A, B)]) * rt / pressure
+
+
+def deck(method, options):
+    """The row at one pressure, all but: its rock is very permeable."""
+    in_rock = gas_drive.molar_volume(gas_drive.mixture(), gas_drive.GAS[None, :])[0]
+    rate = gas_drive.INJECTED * PORES / in_rock * surface_volume() / DAYS / 1000  # Mscf/day
+    days = DAYS / STEPS
+    text = component_deck.replaced(cells=(CELLS, 1, 1), sizes=(1000 / CELLS, 10.0, 100.0), permeability=1e5, method=method,
+                                   steps=f"{STEPS}*{days}",
+                                   options=f"OUTPUTKVR\n1 0 1 0 0 0 0 0 0 0 /\n{options}MAXDT\n{days} /\n")
+    assert "RATE 50 " in text
+    return text.replace("RATE 50 ", f"RATE {rate:.9f} ")
+
+
+@pytest.mark.parametrize("method, options", (("IMPES", ""), ("STREAMLINE", ""), ("STREAMLINE", LIMITED)))
+def test_compositions_are_those_of_eight_times_as_many_cells(tmp_path, method, options):
+    (tmp_path / "CASE.DATA").write_text(deck(method, options))
+    run = named_run.run_named(tmp_path / "CASE.DATA", folder=tmp_path)
+    assert run.returncode == 0 and run.errors == "", run.console[-3000:]
+    found = numpy.array(tecplot.read_zones(tmp_path / "CASE_TPlot_Out_Zmf.plt")[-1].values)[-3:].T
+    expected = numpy.loadtxt(FINE)
+    assert found.shape == expected.shape == (CELLS, 3)
+    assert numpy.abs(found - expected).mean(axis=0).max() < MEAN_ERROR
+    injected = sum(float(moles) for _, moles in INJECTED.findall(run.console))
+    first = PORES / gas_drive.molar_volume(gas_drive.mixture(), gas_drive.OIL[None, :])[0] * gas_drive.OIL
+    # The error of oil is that of the component which is furthest off, of what there was of it.
+    error = kvr_run.read_table(tmp_path / "CASE_Run_SweepVolume.out")["|MBEO|"][-1]
+    assert abs(error) * first.max() < BALANCE * injected
