@@ -196,3 +196,33 @@ def test_options_behind_the_end_are_told_where_others_stand_before_it(tmp_path):
     ended = run_named("OWN.DATA", folder=tmp_path)
     assert ended.returncode == 0
     assert "WARNING :: A SECOND TUNEKVR BEHIND END IS NOT READ" in ended.console
+
+
+def columns_of(folder, text):
+    rows = [line.split(",") for line in rows_of(folder, text).splitlines()]
+    return {name: [float(row[n]) for row in rows[3:]] for n, name in enumerate(rows[0]) if name != "DATE"}
+
+
+BY_RATE = "'INJ' 'WATER' 'OPEN' 'RATE' 50 1* 9000 /"
+
+
+def test_an_injector_may_be_given_its_reservoir_rate(tmp_path):
+    assert BY_RATE in PLAIN
+    columns = columns_of(tmp_path / "run", PLAIN.replace(BY_RATE, "'INJ' 'WATER' 'OPEN' 'RESV' 1* 60 9000 /"))
+    assert columns["WVIR:INJ"] == pytest.approx([60.0] * len(columns["TIME"]), rel=2e-3)
+
+
+def test_without_a_name_the_reservoir_rate_of_an_injector_stops_the_run(tmp_path):
+    (tmp_path / "ECLIPSE.DATA").write_text(PLAIN.replace(BY_RATE, "'INJ' 'WATER' 'OPEN' 'RESV' 1* 60 9000 /"))
+    ended = run_named(folder=tmp_path)
+    assert ended.returncode == 1 and "Invalid injector control type" in ended.console
+
+
+def test_observed_rates_under_a_reservoir_rate_give_those_rates_back(tmp_path):
+    """Oil of the deck comes with 0.86 Mscf/stb near its first pressure: what was observed is what the rocks gave."""
+    text = GAS.replace("WCONPROD\n'PROD' 'OPEN' 'BHP' 5* 1500 /\n/\n", "WCONHIST\n'PROD' 'OPEN' 'RESV' 20 0 17.2 3* 1000 /\n/\n")
+    assert "WCONHIST" in text
+    text = text[:text.index("SOLUTION\n")] + "SOLUTION\nEQUIL\n5010 2600 9000 0 4000 0 1 0 0 /\nRSVD\n4000 0.86\n6000 0.86\n/\n" \
+        + text[text.index("SCHEDULE\n"):]
+    columns = columns_of(tmp_path / "run", text)
+    assert columns["WOPR:PROD"][0] == pytest.approx(20.0, rel=0.01)

@@ -119,7 +119,9 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.injRate = rateFrom(reader, row.rate, injectionFactor(units, row.type));
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
     well.holdsLimits = reader.keyword == "WCONINJE";
-    if (well.holdsLimits && well.injResv > 0.0)
+    well.injByReservoirRate =
+        reader.commonForm && toUpper(trim(row.control)).starts_with("RE") && well.injResv > 0.0;
+    if (well.holdsLimits && well.injResv > 0.0 && !well.injByReservoirRate)
         warnHere(reader, "WARNING :: WELL {}: THE LIMIT OF THE RESERVOIR RATE OF AN INJECTOR IS NOT HELD",
                  well.name);
 }
@@ -147,12 +149,27 @@ void takeHistory(const SectionReader& reader, const ScheduleRecords& records, co
     well.histThp = well.prodThp;
     well.histBhp = pressureFrom(reader, row.bhp, 0.0);
     well.prodLiquid = well.histOil + well.histWater;
+    if (reader.commonForm) {
+        const double p = historyPressure(0.0, records.initial);
+        well.prodResv = reservoirVoidage(records.tables, p, well.histOil, well.histWater, well.histGas);
+        return;
+    }
     const double p = historyPressure(well.histBhp, records.initial);
     well.prodResv =
         std::max(0.0, historyReservoirRate(records.tables, p, well.histOil, well.histWater, well.histGas));
 }
 
 }  // namespace
+
+double reservoirVoidage(const FluidTables& tables, double p, double qo, double qw, double qg) {
+    const bool oilGiven = tables.OilInvFvf.size() >= MinTableRows;
+    const bool gasGiven = tables.hasGas && tables.GasInvFvf.size() >= MinTableRows;
+    const double most = oilGiven ? SolutionRs(tables, p) : 0.0;
+    const double Rs = qo > 0.0 ? std::min(most, qg / qo) : 0.0;
+    const double Bo = oilGiven ? OilFvf(tables, p, Rs < most ? BubblePoint(tables, Rs) : p) : 1.0;
+    const double Bg = gasGiven ? GasFvf(tables, p) : 1.0;
+    return WaterFvf(tables, p) * qw + Bo * qo + std::max(0.0, qg - qo * Rs) * Bg;
+}
 
 double historyReservoirRate(const FluidTables& tables, double p, double qo, double qw, double qg) {
     // A schedule that stands in front of the tables finds their derived columns empty.

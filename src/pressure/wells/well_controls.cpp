@@ -108,7 +108,8 @@ void takeLimitsBesidePressure(Well& well) {
 
 void assignInjector(const Console& console, const ScheduleWell& source, Well& well) {
     well.WellKind = "inj";
-    well.deckControl = matchWord(InjectorControls, source.control, ControlLetters);
+    well.deckControl =
+        source.injByReservoirRate ? "resv" : matchWord(InjectorControls, source.control, ControlLetters);
     well.InjectFluid = matchWord(InjectedFluids, source.injType, 1);
     if (well.deckControl.empty() || well.InjectFluid.empty())
         stopAtControl(console, source, "Invalid injector control type", "INVALID INJECTOR CONTROL TYPE.");
@@ -116,7 +117,9 @@ void assignInjector(const Console& console, const ScheduleWell& source, Well& we
     if (well.InjectFluid == "wat") well.targetWater = source.injRate;
     if (well.InjectFluid == "gas") well.targetGas = source.injRate;
     well.targetResv = source.injResv;
-    well.TargetRate = well.deckControl == "rate" ? source.injRate : 0.0;
+    well.TargetRate = well.deckControl == "rate"   ? source.injRate
+                      : well.deckControl == "resv" ? source.injResv
+                                                   : 0.0;
     well.holdsLimits = source.holdsLimits && source.injRate > 0.0;
     well.BhpLimit = source.injBhp > 0.0 ? source.injBhp : DefaultInjectorBhp;
 }

@@ -207,6 +207,18 @@ TEST(Wconinjh, IsARateInjectorWithoutALimit) {
     EXPECT_TRUE(run.deck.printed("READ -> WCONINJH\n-> Num of Injector = 1\n"));
 }
 
+TEST(ReservoirVoidage, IsOilWithTheGasThatItHoldsWaterAndTheFreeGas) {
+    FluidTables tables;
+    samples::fillOdehPvt(tables);
+    finishTables(tables);
+    // At 4014.7 psia 100 stb hold 127 of the 227 Mscf: 100 * 1.695 + 10 * 1.03801 + 100 Mscf * 0.811 rb.
+    EXPECT_NEAR(reservoirVoidage(tables, 4014.7, 100.0, 10.0, 227.0 / GasRatioFactor), 260.980, 1e-3);
+    EXPECT_NEAR(reservoirVoidage(tables, 4014.7, 0.0, 0.0, 100.0 / GasRatioFactor), 81.1, 1e-6);
+    // Oil that came with 0.636 Mscf/stb has nothing free and is pressed together above its 2014.7 psia, where
+    // it has 1.435.
+    EXPECT_LT(reservoirVoidage(tables, 4014.7, 100.0, 0.0, 63.6 / GasRatioFactor), 143.5);
+}
+
 TEST(Welspec, DescribesAWholeWell) {
     ScheduleBench run(
         "WELSPEC\nP1 3 4 1 2 0.5 1.5 PRD 200 LRAT /\nI1 1 1 1 2 0.5 0 INJ 300 RATE /\nB1 2 2 1 1 0.5 0 PRD "
