@@ -136,6 +136,8 @@ MISTAKES = {
     "the method EbFVM": Mistake(deck(options="TUNEKVR\nFDMETHOD\nEbFVM\n"), "WARNING :: EbFVM HAS NO SOLVER", "EbFVM", "FDMETHOD"),
     "a solver that does not exist": Mistake(deck(options="TUNEKVR\nPSOLVER\nXYZ\n"), "WARNING :: PSOLVER: WORD XYZ IS NOT KNOWN",
                                             "XYZ", "PSOLVER"),
+    "values for a larger grid": Mistake(deck(grid=grid_with("PORO", cells([0.2] * 30))),
+                                        "WARNING :: PORO: MORE THAN THE 25 VALUES THAT IT HAS", "", "PORO"),
     "a longest step of 0": Mistake(deck(options="TUNEKVR\nMAXDT\n0 /\n"), "WARNING :: MAXDT 0 IS NOT ABOVE 0", "MAXDT\n0",
                                      "MAXDT"),
     "mapping steps out of range": Mistake(deck(options="TUNEKVR\nSL1DMAP\n5000 /\n"), "WARNING :: SL1DMAP 5000 IS OUT OF RANGE",

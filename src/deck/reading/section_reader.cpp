@@ -46,11 +46,21 @@ std::string placeAt(const SectionReader& reader, int line) {
     return placeText(DeckPlace{reader.cursor->fileName, line}, reader.keyword);
 }
 
+/// Values behind a whole array, in its last line or the next, are not read: the grid may be another one.
+void tellFurtherValues(const SectionReader& reader, const ListEnd& end, std::size_t size) {
+    std::string_view next;
+    const bool inNextLine = !end.slash && !end.endOfFile && peekLine(reader, next) && !next.empty() &&
+                            !std::isnan(firstNumber(next, std::numeric_limits<double>::quiet_NaN()));
+    if (end.dropped == 0 && !inNextLine) return;
+    warnHere(reader, "WARNING :: {}: MORE THAN THE {} VALUES THAT IT HAS, WHAT FOLLOWS THEM IS NOT READ",
+             reader.keyword, size);
+}
+
 /// An array must be given whole.
 void checkWhole(const SectionReader& reader, const ListEnd& end, std::size_t size) {
     checkRead(reader, end);
     const bool tooFew = !end.endOfFile && static_cast<std::size_t>(end.count) < size;
-    if (!tooFew && end.surplus == 0) return;
+    if (!tooFew && end.surplus == 0) return tellFurtherValues(reader, end, size);
     printReadError(reader, tooFew ? ListError::TooFew : ListError::TooMany);
     both(consoleOf(reader), "{}: {} values, {} given", placeAt(reader, reader.cursor->lineNumber), size,
          end.count + end.surplus);
