@@ -95,6 +95,7 @@ void takeList(Bytes& bytes, std::vector<double>& list) {
         return;
     }
     list.resize(size);
+    if (list.empty()) return;  // its data may be null
     std::memcpy(list.data(), bytes.text.data() + bytes.at, size * sizeof(double));
     bytes.at += size * sizeof(double);
 }
