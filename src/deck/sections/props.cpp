@@ -8,6 +8,8 @@
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/props_tables.hpp"
 #include "deck/sections/pvto.hpp"
+#include "deck/sections/saturation_tables.hpp"
+#include "deck/sections/table_columns.hpp"
 #include "deck/sections/table_rules.hpp"
 #include "fluid/phase_tables.hpp"
 #include "fluid/table_checks.hpp"
@@ -24,53 +26,9 @@ namespace kvr {
 
 namespace {
 
-constexpr std::size_t LeastTableRows = 2;
 constexpr int MaxRegions = 10000;  // saturation regions that are held
 constexpr double RankineAtZeroFahrenheit = 459.67;
 constexpr double KelvinAtZeroCelsius = 273.15;
-
-void begin(SectionReader& reader) {
-    announce(reader, reader.keyword);
-    skipCommentLines(reader);
-    copyKeyword(reader);
-}
-
-void requireRows(const SectionReader& reader, std::size_t rows) {
-    if (rows >= LeastTableRows) return;
-    both(consoleOf(reader), "ERROR :: INSUFFICIENT {} TABLE", reader.keyword);
-    stopAtPlace(reader);
-}
-
-/// Behind the comments and slashes of one table no other one follows.
-bool dataEnded(SectionReader& reader) {
-    consumeSlashLines(reader);
-    return nextLineIsKeyword(reader);
-}
-
-// --- tables of rows ------------------------------------------------------------------------------
-
-/// A column that a table fills, with the factors of its numbers: deck to internal units, and to the
-/// unit of the rewritten copy.
-struct TableColumn {
-    Column* target;
-    double factor = 1.0;
-    double copyFactor = 1.0;
-};
-
-constexpr std::size_t MaxColumns = 4;
-
-/// The rows of a table to the copies, in the units of the deck times what a copy asks.
-void copyTable(const SectionReader& reader, std::span<const TableColumn> columns) {
-    std::array<double, MaxColumns> row{};
-    std::array<double, MaxColumns> factors{};
-    for (std::size_t c = 0; c < columns.size(); ++c) factors[c] = columns[c].copyFactor;
-    for (std::size_t r = 0; r < columns[0].target->size(); ++r) {
-        for (std::size_t c = 0; c < columns.size(); ++c) row[c] = (*columns[c].target)[r] / columns[c].factor;
-        copyTableRow(reader, std::span<const double>(row.data(), columns.size()),
-                     std::span<const double>(factors.data(), columns.size()));
-    }
-    copyTableEnd(reader);
-}
 
 /// The record of a PVT region, 0-based.
 FluidTables& pvtRegion(FluidTables& tables, std::size_t region) {
@@ -79,80 +37,10 @@ FluidTables& pvtRegion(FluidTables& tables, std::size_t region) {
     return tables.furtherPvt[region - 1];
 }
 
-/// A row is one read: what stands behind its last value in the line would be lost, and a value too few takes
-/// the next row's first.
-void checkRowLength(const SectionReader& reader, const ListEnd& row, std::size_t columns) {
-    if (row.dropped > 0) {
-        both(consoleOf(reader), "ERROR :: {}: {} VALUES IN A ROW OF {}", reader.keyword,
-             columns + static_cast<std::size_t>(row.dropped), columns);
-        stopAtPlace(reader);
-    }
-    if (static_cast<std::size_t>(row.count) < columns)
-        warnHere(reader, "WARNING :: {}: {} VALUES IN A ROW OF {}, THE REST IS 0", reader.keyword, row.count,
-                 columns);
-}
-
-/// The columns in units of the deck against their rules.
-void checkColumns(const SectionReader& reader, std::size_t table, std::vector<int> lines,
-                  std::span<const TableColumn> columns) {
-    std::vector<Column> deck;
-    for (const TableColumn& column : columns) {
-        deck.push_back(*column.target);
-        for (double& value : deck.back()) value /= column.factor;
-    }
-    TableRows rows;
-    for (const Column& column : deck) rows.columns.push_back(&column);
-    rows.lines = std::move(lines);
-    checkTable(reader, table, rows);
-}
-
-/// The values of one row; in the common form of several whole rows, where they share a line.
-ListEnd readRowValues(SectionReader& reader, std::size_t columns, std::vector<double>& values) {
-    DeckCursor& cursor = *reader.cursor;
-    const std::size_t begin = cursor.position;
-    const int line = cursor.lineNumber;
-    values.assign(columns, OpenValue);
-    ListEnd row = readDoubles(cursor, values);
-    checkRead(reader, row);
-    const auto further = static_cast<std::size_t>(row.dropped);
-    if (reader.commonForm && further > 0 && further % columns == 0) {
-        cursor.position = begin;
-        cursor.lineNumber = line;
-        values.assign(columns + further, OpenValue);
-        row = readDoubles(cursor, values);
-        checkRead(reader, row);
-    } else if (row.count > 0) {
-        checkRowLength(reader, row, columns);
-    }
-    for (std::size_t c = static_cast<std::size_t>(row.count); c < values.size(); ++c) values[c] = 0.0;
-    return row;
-}
-
-/// One table, rows until its end; the columns are replaced. `table`: its number in the keyword.
-void readTable(SectionReader& reader, std::size_t table, std::span<const TableColumn> columns) {
-    for (const TableColumn& column : columns) column.target->clear();
-    std::vector<double> values;
-    std::vector<int> lines;
-    RowLoop rows{RowSlash::EndsTable, RowStart::Number, {}, 0};
-    while (nextTableRow(reader, rows)) {
-        rows.last = readRowValues(reader, columns.size(), values);
-        if (rows.last.count == 0) continue;
-        for (std::size_t n = 0; n < values.size(); ++n) {
-            const TableColumn& column = columns[n % columns.size()];
-            column.target->push_back(values[n] * column.factor);
-        }
-        lines.resize(columns[0].target->size(), reader.cursor->lineNumber);
-        rows.axis = values[values.size() - columns.size()];
-    }
-    for (const TableColumn& column : columns) fillOpenValues(*columns[0].target, *column.target);
-    copyTable(reader, columns);
-    checkColumns(reader, table, lines, columns);
-}
-
 /// Calls `readOne(tables)` for every PVT region that the deck gives data for.
 template <class ReadOne>
 void readPvtRegions(SectionReader& reader, PropsRecords& records, const ReadOne& readOne) {
-    begin(reader);
+    beginTables(reader);
     const auto count = static_cast<std::size_t>(std::max(records.options.maxPvtTables, 1));
     for (std::size_t r = 0; r < count; ++r) {
         if (r > 0 && dataEnded(reader)) return;
@@ -257,140 +145,6 @@ void readPvto(SectionReader& reader, PropsRecords& records) {
         checkRowsOfRs(reader, table, live);
         copyPvto(reader, live);
         takeLiveOil(*reader.units, live, tables);
-    });
-}
-
-/// The tables of all saturation regions, one behind another.
-template <class ColumnsOf>
-void readRegionTables(SectionReader& reader, PropsRecords& records, const ColumnsOf& columnsOf) {
-    begin(reader);
-    for (int r = 0; r < std::max(records.options.maxRockTables, 1); ++r) {
-        if (r > 0 && dataEnded(reader)) return;
-        const auto index = static_cast<std::size_t>(r);
-        if (records.tables.regions.size() <= index) records.tables.regions.resize(index + 1);
-        const std::array<TableColumn, MaxColumns> columns = columnsOf(records.tables.regions[index]);
-        readTable(reader, index + 1, columns);
-        requireRows(reader, columns[0].target->size());
-    }
-}
-
-/// Capillary pressure is a pressure, or under JFUNC a number without unit.
-TableColumn capillaryColumn(const SectionReader& reader, const PropsRecords& records, Column& column) {
-    if (records.options.useJFunction) return {&column};
-    return {&column, reader.units->pressure, reader.units->copyPressure};
-}
-
-std::array<TableColumn, MaxColumns> waterColumns(const SectionReader& reader, const PropsRecords& records,
-                                                 SaturationTable& table) {
-    return {{{&table.SwAxis}, {&table.Krw}, {&table.Krow}, capillaryColumn(reader, records, table.Pcow)}};
-}
-
-std::array<TableColumn, MaxColumns> gasColumns(const SectionReader& reader, const PropsRecords& records,
-                                               SaturationTable& table) {
-    return {{{&table.SgAxis}, {&table.Krg}, {&table.Krog}, capillaryColumn(reader, records, table.Pcog)}};
-}
-
-void readSwof(SectionReader& reader, PropsRecords& records) {
-    readRegionTables(reader, records,
-                     [&](SaturationTable& table) { return waterColumns(reader, records, table); });
-}
-
-void readSgof(SectionReader& reader, PropsRecords& records) {
-    readRegionTables(reader, records,
-                     [&](SaturationTable& table) { return gasColumns(reader, records, table); });
-}
-
-/// The same rows by the saturation of the liquids, which rises as that of the gas falls.
-void readSlgof(SectionReader& reader, PropsRecords& records) {
-    std::size_t read = 0;
-    readRegionTables(reader, records, [&](SaturationTable& table) {
-        ++read;
-        return gasColumns(reader, records, table);
-    });
-    for (SaturationTable& table : std::span(records.tables.regions).first(read)) {
-        for (double& saturation : table.SgAxis) saturation = 1.0 - saturation;
-        for (Column* column : {&table.SgAxis, &table.Krg, &table.Krog, &table.Pcog})
-            std::reverse(column->begin(), column->end());
-    }
-}
-
-// --- tables by the names of the two continua -----------------------------------------------------
-
-/// The table of the matrix is the first one, that of the fractures the second; rows and rules are those of
-/// `keyword`.
-template <class ColumnsOf>
-void readContinuumTable(SectionReader& reader, PropsRecords& records, std::size_t table,
-                        std::string_view keyword, const ColumnsOf& columnsOf) {
-    if (records.options.maxRockTables < static_cast<int>(table)) {
-        both(consoleOf(reader), "ERROR :: {} IS SATURATION TABLE {}, AND TABDIMS HAS ROOM FOR {}",
-             reader.keyword, table, records.options.maxRockTables);
-        stopAtPlace(reader);
-    }
-    begin(reader);
-    reader.keyword = keyword;
-    std::vector<SaturationTable>& regions = records.tables.regions;
-    if (regions.size() < table) regions.resize(table);
-    const auto columns = columnsOf(reader, records, regions[table - 1]);
-    readTable(reader, table, columns);
-    requireRows(reader, columns[0].target->size());
-    records.tables.ofContinua = records.tables.ofContinua || table > 1;
-}
-
-template <std::size_t Table>
-void readContinuumWater(SectionReader& reader, PropsRecords& records) {
-    readContinuumTable(reader, records, Table, "SWOF", waterColumns);
-}
-
-template <std::size_t Table>
-void readContinuumGas(SectionReader& reader, PropsRecords& records) {
-    readContinuumTable(reader, records, Table, "SGOF", gasColumns);
-}
-
-// --- relative permeabilities phase by phase ------------------------------------------------------
-
-/// Tables of one phase each, for all saturation regions.
-template <class ColumnsOf>
-void readPhaseTables(SectionReader& reader, PropsRecords& records, const ColumnsOf& columnsOf) {
-    begin(reader);
-    for (std::size_t r = 0; r < static_cast<std::size_t>(std::max(records.options.maxRockTables, 1)); ++r) {
-        if (r > 0 && dataEnded(reader)) return;
-        std::vector<PhaseTables>& phases = records.tables.phaseTables;
-        if (phases.size() <= r) phases.resize(r + 1);
-        const std::vector<TableColumn> columns = columnsOf(phases[r]);
-        readTable(reader, r + 1, columns);
-        requireRows(reader, columns[0].target->size());
-    }
-}
-
-void readSwfn(SectionReader& reader, PropsRecords& records) {
-    readPhaseTables(reader, records, [&](PhaseTables& table) {
-        return std::vector<TableColumn>{
-            {&table.Sw}, {&table.Krw}, capillaryColumn(reader, records, table.Pcow)};
-    });
-}
-
-void readSgfn(SectionReader& reader, PropsRecords& records) {
-    readPhaseTables(reader, records, [&](PhaseTables& table) {
-        return std::vector<TableColumn>{
-            {&table.Sg}, {&table.Krg}, capillaryColumn(reader, records, table.Pcog)};
-    });
-}
-
-/// Oil with one other phase: water, or gas in a run without water.
-void readSof2(SectionReader& reader, PropsRecords& records) {
-    if (records.options.hasWater && records.options.hasGas)
-        warnHere(reader,
-                 "WARNING :: SOF2 IN A RUN WITH WATER AND GAS: OIL MOVES ALIKE BESIDE BOTH, SOF3 TELLS THEM "
-                 "APART");
-    readPhaseTables(reader, records, [&](PhaseTables& table) {
-        return std::vector<TableColumn>{{&table.So}, {&table.Krow}};
-    });
-    for (PhaseTables& table : records.tables.phaseTables) table.Krog = table.Krow;
-}
-
-void readSof3(SectionReader& reader, PropsRecords& records) {
-    readPhaseTables(reader, records, [&](PhaseTables& table) {
-        return std::vector<TableColumn>{{&table.So}, {&table.Krow}, {&table.Krog}};
     });
 }
 
@@ -499,7 +253,7 @@ void readStcond(SectionReader& reader, PropsRecords& records) {
 }
 
 void readTracer(SectionReader& reader, PropsRecords& records) {
-    begin(reader);
+    beginTables(reader);
     RowLoop rows{RowSlash::EndsRow, RowStart::Name, {}, 0};
     while (nextTableRow(reader, rows)) {
         std::string name;
@@ -541,13 +295,13 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"SGOF", readSgof, "gas and oil: Sg, krg, krog, pcog, a table per region"},
     KeywordRow<PropsRecords>{"SLGOF", readSlgof,
                              "the same by liquid saturation: Sw + So, krg, krog, pcog, a table per region"},
-    KeywordRow<PropsRecords>{"swm", readContinuumWater<1>,
+    KeywordRow<PropsRecords>{"swm", readMatrixWater,
                              "water and oil in the matrix of two continua: one table, rows as of `SWOF`"},
-    KeywordRow<PropsRecords>{"sgm", readContinuumGas<1>, "gas and oil in the matrix, rows as of `SGOF`"},
+    KeywordRow<PropsRecords>{"sgm", readMatrixGas, "gas and oil in the matrix, rows as of `SGOF`"},
     KeywordRow<PropsRecords>{
-        "swf", readContinuumWater<2>,
+        "swf", readFractureWater,
         "water and oil in the fractures; their cells are of region 2 then, unless `SATNUM` says otherwise"},
-    KeywordRow<PropsRecords>{"sgf", readContinuumGas<2>, "gas and oil in the fractures, alike"},
+    KeywordRow<PropsRecords>{"sgf", readFractureGas, "gas and oil in the fractures, alike"},
     KeywordRow<PropsRecords>{"PVCDO", readPvcdo,
                              "dead oil of constant compressibility: reference pressure, Bo, compressibility, "
                              "viscosity, viscosibility"},
