@@ -65,8 +65,8 @@ struct ScheduleWell {
 
     std::string injType;
     double injRate = 0.0;
-    double injResv = 0.0;             // rb/day
-    bool injByReservoirRate = false;  // RESV is a control of injectors, too
+    double injResv = 0.0;                // rb/day
+    bool injByReservoirRate = false;     // RESV is a control of injectors, too
     double injBhp = DefaultInjectorBhp;  // psia
     double injThp = 0.0;
 
