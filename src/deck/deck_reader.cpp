@@ -159,6 +159,7 @@ std::vector<std::string> deckNames(const RunOptions& options) {
 void readDeck(Simulation& simulation) {
     DeckReading deck{simulation, {}, {}, {}};
     connectSinks(deck);
+    deck.sinks.readsRests = true;
     openFirstDeck(simulation.console, deckNames(simulation.options), deck.cursor);
     firstPass(deck);
     closeMissingSections(deck, SectionRow::Count);

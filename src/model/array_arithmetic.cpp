@@ -24,14 +24,6 @@ constexpr ArithmeticArray ArithmeticArrays[] = {
     {"PORO", &GridModel::PORO},   {"NTG", &GridModel::NTG},     {"MULTPV", &GridModel::MULTPV},
 };
 
-template <class Visit>
-void forEachCellOf(const GridModel& grid, const ArithmeticRow& row, Visit visit) {
-    if (row.region < 1) return forEachCell(grid, row.box, visit);
-    const CellArray<int>& numbers = regionNumbers(grid, row.regionSet);
-    for (CellId cell = 1; cell <= numbers.count(); ++cell)
-        if (numbers[cell] == row.region) visit(cell);
-}
-
 /// A row of ADD or for a region.
 void applyFurther(GridModel& grid, const ArithmeticRow& row) {
     const ArithmeticArray* known = findArithmeticArray(row.name);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/cell_box.hpp"
 #include "model/grid.hpp"
 
 #include <string_view>
@@ -27,6 +28,15 @@ const ArithmeticArray* findArithmeticArray(std::string_view name);
 
 /// The numbering of cells that a row for a region means; empty where the deck has not given it.
 const CellArray<int>& regionNumbers(const GridModel& grid, RegionSet set);
+
+/// Calls visit(CellId) for each cell of a row's region, or of its box where it names none.
+template <class Visit>
+void forEachCellOf(const GridModel& grid, const ArithmeticRow& row, Visit visit) {
+    if (row.region < 1) return forEachCell(grid, row.box, visit);
+    const CellArray<int>& numbers = regionNumbers(grid, row.regionSet);
+    for (CellId cell = 1; cell <= numbers.count(); ++cell)
+        if (numbers[cell] == row.region) visit(cell);
+}
 
 /// Copy rows that are applied, whatever number is stored.
 inline constexpr std::size_t AppliedCopyRows = 100;

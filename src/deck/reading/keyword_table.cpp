@@ -178,7 +178,7 @@ bool mayInclude(const SectionReader& reader) {
 }
 
 bool leaveRest(const SectionReader& inner, DeckCursor& file) {
-    if (!inner.commonForm) return false;
+    if (!inner.commonForm || !inner.sinks->readsRests) return false;
     std::vector<DeckCursor>& rests = inner.sinks->rests;
     const bool ended = !rests.empty();
     std::string_view line;

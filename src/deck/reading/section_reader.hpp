@@ -32,6 +32,7 @@ struct DeckSinks {
     std::FILE* fieldCopy = nullptr;   // the deck rewritten in field units
     bool keywordCopied = false;       // the handler of the present keyword has written its own copy
     std::vector<SkippedKeyword> skipped;
+    bool readsRests = false;        // sections may begin anywhere: in three files each has its place
     std::vector<DeckCursor> rests;  // of included files in which another section begins, the innermost first
 };
 

@@ -46,8 +46,10 @@ void readMultpv(SectionReader& reader, GridModel& grid) {
 
 constexpr std::array Keywords = {
     KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
-    KeywordRow<GridModel>{"MULTIPLY", readMultiply,
-                          "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box"},
+    KeywordRow<GridModel>{
+        "MULTIPLY", readMultiply,
+        "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box; TRANX, TRANY, "
+        "TRANZ in a named deck to the upper neighbour alone"},
     KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
     KeywordRow<GridModel>{"MULTPV", readMultpv, "as in `GRID`, in place of what stands there"},
 };

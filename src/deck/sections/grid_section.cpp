@@ -231,13 +231,18 @@ constexpr std::array Keywords = {
     Row{"NTG", readRuledRock<&GridModel::NTG, NetToGross>, "net-to-gross ratio, one value per cell"},
     Row{"ACTNUM", readActnum, "1 active, 0 inactive, one value per cell"},
     Row{"JFUNC", readJfunc, "J-function: a word and the surface tension"},
-    Row{"COPY", readCopy, "copies PERMX, PERMY or PERMZ to another of them, whole arrays"},
+    Row{"COPY", readCopy,
+        "copies PERMX, PERMY or PERMZ to another of them, whole arrays; in a named deck more arrays and a "
+        "box, see "
+        "the [guide](user-guide.md)"},
     Row{"MULTIPLY", readMultiply,
         "multiplies PERMX, PERMY, PERMZ, PORV, MULTPV, MULTX, MULTY, MULTZ, MULTX-, MULTY-, MULTZ- over a "
-        "box"},
+        "box; in a named deck any array of EQUALS"},
     Row{"EQUALS", readEquals,
         "sets PERMX, PERMY, PERMZ, PORO, DX, DY, DZ, TOPS, MULTPV, MULTX-, MULTY-, MULTZ- over a box; MULTX, "
-        "MULTY, MULTZ multiply both connections of each cell along the axis"},
+        "MULTY, MULTZ multiply both connections of each cell along the axis; in a named deck they set that "
+        "to the "
+        "upper neighbour, and NTG, ACTNUM, MULTNUM, FLUXNUM, OPERNUM can be set, too"},
     Row{"ADD", readAdd, "adds to PERMX, PERMY, PERMZ, PORO, NTG, MULTPV over a box"},
     Row{"EQUALREG", readEqualreg,
         "rows of PERMX, PERMY, PERMZ, PORO, NTG or MULTPV, a value, a region and its numbering (M, F, O): "

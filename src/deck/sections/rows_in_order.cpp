@@ -57,14 +57,6 @@ CellArray<double>& given(const GridModel& grid, CellArray<double>& array) {
     return array;
 }
 
-template <class Visit>
-void forEachCellOf(const GridModel& grid, const ArithmeticRow& row, Visit visit) {
-    if (row.region < 1) return forEachCell(grid, row.box, visit);
-    const CellArray<int>& numbers = regionNumbers(grid, row.regionSet);
-    for (CellId cell = 1; cell <= numbers.count(); ++cell)
-        if (numbers[cell] == row.region) visit(cell);
-}
-
 void actOn(const GridModel& grid, const ArithmeticRow& row, double value, CellArray<double>& array) {
     forEachCellOf(grid, row, [&](CellId cell) {
         switch (row.action) {

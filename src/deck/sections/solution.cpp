@@ -13,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace kvr {
 
@@ -204,9 +205,13 @@ void readStateEquals(SectionReader& reader, SolutionRecords& records) {
     });
 }
 
-void readRsTable(SectionReader& reader, Equilibrium& region) {
-    region.rsTableDepth.clear();
-    region.rsTableRs.clear();
+/// Depths in ft and a value there, rows to the end of a table. Factors of the value: to internal units, and
+/// to the unit of a copy.
+struct DepthRows {
+    std::vector<double> depth, value;
+};
+DepthRows readDepthRows(SectionReader& reader, double factor, double copyFactor) {
+    DepthRows read;
     const UnitSystem& units = *reader.units;
     RowLoop rows{RowSlash::EndsTable, RowStart::Number};
     while (nextTableRow(reader, rows)) {
@@ -215,12 +220,19 @@ void readRsTable(SectionReader& reader, Equilibrium& region) {
         checkRead(reader, rows.last);
         if (rows.last.count == 0) continue;
         rows.axis = row[0];
-        region.rsTableDepth.push_back(row[0] * units.length);
-        region.rsTableRs.push_back(row[1] * units.gasRatio);
-        copyTableRow(reader, row,
-                     std::array{units.copyLength, inOtherUnits(reader, ItemUnit::GasRatio, 1.0)});
+        read.depth.push_back(row[0] * units.length);
+        read.value.push_back(row[1] * factor);
+        copyTableRow(reader, row, std::array{units.copyLength, copyFactor});
     }
     copyTableEnd(reader);
+    return read;
+}
+
+void readRsTable(SectionReader& reader, Equilibrium& region) {
+    DepthRows rows =
+        readDepthRows(reader, reader.units->gasRatio, inOtherUnits(reader, ItemUnit::GasRatio, 1.0));
+    region.rsTableDepth = std::move(rows.depth);
+    region.rsTableRs = std::move(rows.value);
 }
 
 void readRsvd(SectionReader& reader, SolutionRecords& records) {
@@ -236,31 +248,20 @@ void readRsvd(SectionReader& reader, SolutionRecords& records) {
 /// so that Rs gets rows in between.
 void readPbTable(SectionReader& reader, const FluidTables& tables, Equilibrium& region) {
     constexpr int PartsOfARow = 20;
-    std::vector<double> depth, bubblePoint;
-    const UnitSystem& units = *reader.units;
-    RowLoop rows{RowSlash::EndsTable, RowStart::Number};
-    while (nextTableRow(reader, rows)) {
-        std::array<double, 2> row{};
-        rows.last = readDoubles(*reader.cursor, row);
-        checkRead(reader, rows.last);
-        if (rows.last.count == 0) continue;
-        rows.axis = row[0];
-        depth.push_back(row[0] * units.length);
-        bubblePoint.push_back(row[1] * units.pressure);
-        copyTableRow(reader, row, std::array{units.copyLength, units.copyPressure});
-    }
-    copyTableEnd(reader);
+    const DepthRows rows = readDepthRows(reader, reader.units->pressure, reader.units->copyPressure);
     region.rsTableDepth.clear();
     region.rsTableRs.clear();
-    for (std::size_t n = 0; n < depth.size(); ++n) {
-        const int parts = n == 0 ? 1 : PartsOfARow;
-        for (int part = 1; part <= parts; ++part) {
-            const double share = n == 0 ? 1.0 : static_cast<double>(part) / parts;
-            const std::size_t before = n == 0 ? 0 : n - 1;
-            region.rsTableDepth.push_back(std::lerp(depth[before], depth[n], share));
-            region.rsTableRs.push_back(
-                SolutionRs(tables, std::lerp(bubblePoint[before], bubblePoint[n], share)));
+    const auto add = [&](double depth, double bubblePoint) {
+        region.rsTableDepth.push_back(depth);
+        region.rsTableRs.push_back(SolutionRs(tables, bubblePoint));
+    };
+    for (std::size_t n = 0; n < rows.depth.size(); ++n) {
+        for (int part = 1; n > 0 && part < PartsOfARow; ++part) {
+            const double share = static_cast<double>(part) / PartsOfARow;
+            add(std::lerp(rows.depth[n - 1], rows.depth[n], share),
+                std::lerp(rows.value[n - 1], rows.value[n], share));
         }
+        add(rows.depth[n], rows.value[n]);
     }
 }
 

@@ -26,6 +26,7 @@ void copyTable(const SectionReader& reader, std::span<const TableColumn> columns
     }
     copyTableEnd(reader);
 }
+
 /// A row is one read: what stands behind its last value in the line would be lost, and a value too few takes
 /// the next row's first.
 void checkRowLength(const SectionReader& reader, const ListEnd& row, std::size_t columns) {
@@ -93,6 +94,7 @@ bool dataEnded(SectionReader& reader) {
     consumeSlashLines(reader);
     return nextLineIsKeyword(reader);
 }
+
 void readTable(SectionReader& reader, std::size_t table, std::span<const TableColumn> columns) {
     for (const TableColumn& column : columns) column.target->clear();
     std::vector<double> values;
@@ -112,4 +114,5 @@ void readTable(SectionReader& reader, std::size_t table, std::span<const TableCo
     copyTable(reader, columns);
     checkColumns(reader, table, lines, columns);
 }
+
 }  // namespace kvr

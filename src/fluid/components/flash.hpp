@@ -25,7 +25,7 @@ struct FlashState {
 /// From nothing: successive substitution from Wilson's K, then Newton on ln K; where that ends in one phase
 /// or does not end, the tangent plane decides (stabilityTest), and an unstable feed is taken down to its
 /// minimum of Gibbs energy. From a last state with K: Newton at once, in which V may leave 0..1: one phase.
-/// From a last state without: the tangent plane at once.
+/// From a last state without: the tangent plane at once, unless its feed was stable and near this one.
 ///
 /// One phase is named by the last tie line where there is one, else by how densely its molecules are packed
 /// (B/Z, of the feed against its stationary point of the tangent plane, or by itself); between the two the
