@@ -214,3 +214,18 @@ def test_a_restart_without_wells_is_told(tmp_path):
     assert "WARNING :: THE RESTART HAS NO WELLS, NO LINE STARTS" in ended.console
     assert "5 x 5 x 1 = 25 cells" in ended.console
     assert (tmp_path / "CASE_Tplot_Static_kx.plt").exists()
+
+
+def test_another_section_in_an_included_file_of_three_ends_that_file_alone(tmp_path):
+    """Sections have their places in three files: what stands behind the row of INCLUDE is read on."""
+    head, tail = small_deck.GRID.split("PERMX\n")
+    whole = small_deck.deck(options=kvr_run.options(method="IMPES"))
+    split = whole.replace(small_deck.GRID, head + "INCLUDE\n'rest.inc' /\nPERMX\n" + tail)
+    results = []
+    for name, text in (("whole", whole), ("split", split)):
+        three_in(tmp_path / name, text)
+        (tmp_path / name / "rest.inc").write_text("NTG\n25*1 /\nEDIT\n")
+        ended = run_named(tmp_path / name, folder=tmp_path)
+        assert ended.returncode == 0, ended.console[-1500:]
+        results.append(summary_of(next((tmp_path / name).glob("*_Summary.csv")))[0]["FOPT"])
+    assert list(results[0]) == list(results[1])
