@@ -12,7 +12,8 @@ import subprocess
 import threading
 import time
 
-CPU_SECONDS = 10.0  # of a run; reading must never take them, a run may be long because its deck is
+READING_SECONDS = 10.0  # of processor time, which reading must never take
+RUN_SECONDS = 3.0  # a run may be long because its deck is: it is asked to end
 END_SECONDS = 10.0  # more for a run that was asked to end: its step, its closing summary
 MEMORY_MB = 2048
 FILE_SIZE = 100 << 20  # bytes of any one file
@@ -36,14 +37,25 @@ class Trial:
     status: int
 
 
+@dataclasses.dataclass
+class End:
+    """How a process ended: its exit code, what it used, and whether it was "left" alone, "asked" or "forced" to end, or
+    its memory was "exhausted"."""
+    status: int
+    cpu_seconds: float
+    memory_mb: float
+    done: str
+
+
 def limit_this_process():
     """Limits that every child inherits; time and memory of a sanitized program are watched from here."""
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
 
 
-def environment_of_runs():
-    sanitizer = f"hard_rss_limit_mb={MEMORY_MB}:max_allocation_size_mb={MEMORY_MB}:detect_leaks=0"
+def environment_of_runs(rss_limit=True):
+    """A limit of resident memory is held by a thread of the sanitizer, which a fork has not."""
+    sanitizer = f"max_allocation_size_mb={MEMORY_MB}:detect_leaks=0" + (f":hard_rss_limit_mb={MEMORY_MB}" if rss_limit else "")
     # With the wait policy set the program need not start itself a second time.
     return dict(os.environ, OMP_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1", OMP_WAIT_POLICY="passive", ASAN_OPTIONS=sanitizer,
                 UBSAN_OPTIONS="print_stacktrace=1")
@@ -60,24 +72,61 @@ def cpu_of(pid):
 
 
 def watched(process, cpu_seconds, end_seconds):
-    """Waits for the end; asks for it behind `cpu_seconds` of processor time, forces it behind `end_seconds` more.
-    Returns state, usage, and whether it was asked or forced."""
+    """Waits for the end; asks for it behind `cpu_seconds` of processor time, forces it behind `end_seconds` more."""
     ended = []
     waiter = threading.Thread(target=lambda: ended.extend(os.wait4(process.pid, 0)[1:]))
     waiter.start()
     waiter.join(cpu_seconds)
-    asked = forced = False
+    done = "left"
     while waiter.is_alive():
         used = cpu_of(process.pid)
-        if not forced and used > cpu_seconds + end_seconds:
-            forced = True
+        if done != "forced" and used > cpu_seconds + end_seconds:
+            done = "forced"
             os.kill(process.pid, signal.SIGKILL)
-        elif not asked and used > cpu_seconds:
-            asked = True
+        elif done == "left" and used > cpu_seconds:
+            done = "asked"
             os.kill(process.pid, signal.SIGTERM)
         waiter.join(POLL_SECONDS)
     state, usage = ended
-    return os.waitstatus_to_exitcode(state), usage, asked, forced
+    return End(os.waitstatus_to_exitcode(state), usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024.0, done)
+
+
+class Processes:
+    """Each run is a process of its own."""
+
+    def __init__(self, program):
+        self.program = program
+
+    def run(self, folder, words, cpu_seconds, end_seconds):
+        with open(folder / CONSOLE, "wb") as console, open(folder / ERRORS, "wb") as errors:
+            process = subprocess.Popen([str(self.program), *words], cwd=folder, stdin=subprocess.DEVNULL, stdout=console,
+                                       stderr=errors, env=environment_of_runs(), close_fds=False)
+            end = watched(process, cpu_seconds, end_seconds)
+        process.returncode = end.status
+        return end
+
+
+class Forks:
+    """Each run is a fork of one process that has the program loaded (tests/support/fork_server.cpp); a server for each
+    thread that asks."""
+
+    def __init__(self, server):
+        self.server = server
+        self.own = threading.local()
+
+    def process(self):
+        if not hasattr(self.own, "process"):
+            self.own.process = subprocess.Popen([str(self.server)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                                env=environment_of_runs(rss_limit=False))
+        return self.own.process
+
+    def run(self, folder, words, cpu_seconds, end_seconds):
+        process = self.process()
+        request = (cpu_seconds, end_seconds, MEMORY_MB << 10, folder, *words)
+        process.stdin.write("\t".join(map(str, request)) + "\n")
+        process.stdin.flush()
+        state, used, peak, done = process.stdout.readline().split()
+        return End(os.waitstatus_to_exitcode(int(state)), float(used), int(peak) / 1024.0, done)
 
 
 def tail_of(path):
@@ -96,17 +145,19 @@ def cause_of_sanitizer(text):
     return f"{source.group(1).decode() if source else '?'} {complaint}"
 
 
-def judge_end(status, asked, forced, console, errors):
+def judge_end(end, console, errors):
     """Verdict and cause of how a process ended."""
-    both = console + errors
+    both, status = console + errors, end.status
+    if end.done == "exhausted":
+        return "memory", "?"
     if OUT_OF_MEMORY.search(both):
         place = re.search(rb"src/([\w/]+\.[ch]pp:\d+)", both)
         return "memory", place.group(1).decode() if place else "?"
     if SANITIZER.search(both):
         return "sanitizer", cause_of_sanitizer(errors if SANITIZER.search(errors) else console)
-    if forced:
+    if end.done == "forced":
         return "hang", ""
-    if asked:
+    if end.done == "asked":
         return ("long", "") if status in (0, 1, 128 + signal.SIGTERM) else ("crash", f"signal {-status}")
     if status == -signal.SIGXFSZ:
         return "flood", ""
@@ -169,25 +220,21 @@ def unreadable_results(folder, inputs, own_files=True):
     return ""
 
 
-def run(program, folder, words=(), cpu_seconds=CPU_SECONDS, end_seconds=END_SECONDS, own_files=True):
-    """Runs `ECLIPSE.DATA` of a folder; console and errors go to files there."""
+def run(starter, folder, words=(), cpu_seconds=RUN_SECONDS, end_seconds=END_SECONDS, own_files=True):
+    """Runs `ECLIPSE.DATA` of a folder by `Processes` or `Forks`; console and errors go to files there."""
     folder = pathlib.Path(folder)
     inputs = {path.name for path in folder.iterdir()}
-    with open(folder / CONSOLE, "wb") as console, open(folder / ERRORS, "wb") as errors:
-        process = subprocess.Popen([str(program), *words], cwd=folder, stdin=subprocess.DEVNULL, stdout=console,
-                                   stderr=errors, env=environment_of_runs(), close_fds=False)
-        status, usage, asked, forced = watched(process, cpu_seconds, end_seconds)
-    process.returncode = status
-    verdict, cause = judge_end(status, asked, forced, tail_of(folder / CONSOLE), tail_of(folder / ERRORS))
-    if verdict in ("ended", "long") and status in (0, 128 + signal.SIGTERM):
+    end = starter.run(folder, words, cpu_seconds, end_seconds)
+    verdict, cause = judge_end(end, tail_of(folder / CONSOLE), tail_of(folder / ERRORS))
+    if verdict in ("ended", "long") and end.status in (0, 128 + signal.SIGTERM):
         wrong = unreadable_results(folder, inputs | {CONSOLE, ERRORS}, own_files)
         verdict, cause = ("unreadable", wrong) if wrong else (verdict, cause)
-    return Trial(verdict, cause, usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024.0, status)
+    return Trial(verdict, cause, end.cpu_seconds, end.memory_mb, end.status)
 
 
-def check(program, folder, cpu_seconds=CPU_SECONDS):
+def check(starter, folder, cpu_seconds=READING_SECONDS):
     """The same deck, read and checked alone: it must never come near the limit of time."""
-    trial = run(program, folder, ("--check", "ECLIPSE.DATA"), cpu_seconds, end_seconds=1.0)
+    trial = run(starter, folder, ("--check", "ECLIPSE.DATA"), cpu_seconds, end_seconds=1.0)
     if trial.cpu_seconds >= cpu_seconds:
         trial.verdict = "slow reading"
     return trial

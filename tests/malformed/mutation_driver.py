@@ -26,6 +26,7 @@ def parser(description, count, what):
     words.add_argument("--seconds", type=float, default=float("inf"), help="no further one is begun behind this time")
     words.add_argument("--program", type=pathlib.Path,
                        default=os.environ.get("KVR_PROGRAM") or REPOSITORY / "build" / "sanitize" / "kvr")
+    words.add_argument("--processes", action="store_true", help="each run is a process of its own, no fork; slower")
     words.add_argument("--plain", type=pathlib.Path, help="runs again what a sanitized program has no memory for")
     words.add_argument("--keep", type=pathlib.Path, help="folder that those of --only are left in")
     words.add_argument("--out", type=pathlib.Path, help="folder of the figures and of what failed")
@@ -49,8 +50,8 @@ def again_without_sanitizer(options, trial, folder, words):
     """A sanitizer cannot hand a lack of memory to the program, so that this is judged without one."""
     if trial.verdict != "memory" or options.plain is None:
         return trial
-    limited = ("/usr/bin/prlimit", f"--as={mutated_run.MEMORY_MB << 20}", str(options.plain))
-    return mutated_run.run(limited[0], folder, (*limited[1:], *words))
+    limit = mutated_run.Processes("/usr/bin/prlimit")
+    return mutated_run.run(limit, folder, (f"--as={mutated_run.MEMORY_MB << 20}", str(options.plain), *words))
 
 
 def table(rows, column, verdicts, what):
@@ -103,9 +104,22 @@ def run_all(options, try_one, columns, verdicts, file_name):
                     print(" ".join(f"{row[name]}" for name in columns), flush=True)
 
 
+def starter(options):
+    """The server of forks is built beside the program, of the same library."""
+    if options.processes:
+        return mutated_run.Processes(options.program)
+    server, library = options.program.parent / "tests" / "fork_server", options.program.parent / "libkvr_core.a"
+    if not server.exists():
+        sys.exit(f"{server} is not there: build it, or say --processes")
+    if library.exists() and library.stat().st_mtime > server.stat().st_mtime:
+        sys.exit(f"{server} is older than the library: build it, or say --processes")
+    return mutated_run.Forks(server)
+
+
 def prepare(options):
-    """Whole paths, limits, and the folder of the figures."""
+    """Whole paths, limits, what starts a run, and the folder of the figures."""
     options.program = pathlib.Path(options.program).resolve()
+    options.starter = starter(options)
     options.plain = options.plain.resolve() if options.plain else None
     mutated_run.limit_this_process()
     if options.out:

@@ -22,6 +22,7 @@ MOST_TIMES = 3  # TSTEP and DATES of a schedule
 SOAK_SEEDS = range(1, 13)
 WHOLE_BYTES = 12000  # a deck up to this size with no more cells than below also stands as it is
 WHOLE_CELLS = 150
+LONG = ("streamline_auto_small_steps", "WATER_AND_GAS")  # take seconds as they stand: a thousand others fit in
 BINARY = {".EGRID", ".GRID", ".INIT", ".X0000", ".X0001", ".S0001", ".SMSPEC"}
 
 CELL_ARRAYS = set("""DX DY DZ TOPS PORO PERMX PERMY PERMZ NTG ACTNUM SATNUM PVTNUM EQLNUM FIPNUM MULTX MULTY MULTZ
@@ -201,7 +202,7 @@ def public_seeds():
                 seeds.append(Seed(name + "_larger", cropped(whole, LARGER_CELLS).encode("latin-1"), {}))
             if files:
                 seeds.append(Seed(name + "_restart", text.encode("latin-1"), files))
-            elif len(whole) <= WHOLE_BYTES and cell_count(whole) <= WHOLE_CELLS:
+            elif len(whole) <= WHOLE_BYTES and cell_count(whole) <= WHOLE_CELLS and not name.endswith(LONG):
                 seeds.append(Seed(name + "_whole", whole.encode("latin-1"), {}))
     return seeds
 

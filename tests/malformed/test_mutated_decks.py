@@ -55,12 +55,12 @@ def script(tmp_path, text):
 ])
 def test_the_judge_tells_ends_apart(tmp_path, text, verdict):
     program, folder = script(tmp_path, text)
-    assert mutated_run.run(program, folder, cpu_seconds=0.3, end_seconds=0.3).verdict == verdict
+    assert mutated_run.run(mutated_run.Processes(program), folder, cpu_seconds=0.3, end_seconds=0.3).verdict == verdict
 
 
 def test_reading_that_takes_the_limit_is_told(tmp_path):
     program, folder = script(tmp_path, "while :; do :; done")
-    assert mutated_run.check(program, folder, cpu_seconds=0.3).verdict == "slow reading"
+    assert mutated_run.check(mutated_run.Processes(program), folder, cpu_seconds=0.3).verdict == "slow reading"
 
 
 @pytest.mark.parametrize("kind", mutations.KINDS)
@@ -82,5 +82,5 @@ def test_every_sound_seed_is_read_and_has_few_cells(tmp_path):
         folder = tmp_path / seed.name
         folder.mkdir()
         (folder / "ECLIPSE.DATA").write_bytes(seed.text)
-        sound += mutated_run.check(kvr_run.PROGRAM, folder).status == 0
+        sound += mutated_run.check(mutated_run.Processes(kvr_run.PROGRAM), folder).status == 0
     assert sound > 0.85 * len(seeds)

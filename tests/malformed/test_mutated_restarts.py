@@ -38,7 +38,7 @@ def test_every_sound_run_is_traced(runs, tmp_path):
         folder.mkdir()
         for name, data in {**run.inputs, **run.files}.items():
             (folder / name).write_bytes(data)
-        trial = mutated_run.run(kvr_run.PROGRAM, folder, run.words)
+        trial = mutated_run.run(mutated_run.Processes(kvr_run.PROGRAM), folder, run.words)
         console = (folder / mutated_run.CONSOLE).read_text(errors="replace")
         assert (trial.verdict, trial.status) == ("ended", 0), (run.name, trial, console[-2000:])
 
