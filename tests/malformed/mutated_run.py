@@ -14,6 +14,7 @@ import time
 
 READING_SECONDS = 10.0  # of processor time, which reading must never take
 RUN_SECONDS = 3.0  # a run may be long because its deck is: it is asked to end
+SLEEP_SECONDS = 5.0  # on the clock, of a fork that waits for nothing
 END_SECONDS = 10.0  # more for a run that was asked to end: its step, its closing summary
 MEMORY_MB = 2048
 FILE_SIZE = 100 << 20  # bytes of any one file
@@ -122,7 +123,7 @@ class Forks:
 
     def run(self, folder, words, cpu_seconds, end_seconds):
         process = self.process()
-        request = (cpu_seconds, end_seconds, MEMORY_MB << 10, folder, *words)
+        request = (cpu_seconds, end_seconds, SLEEP_SECONDS, MEMORY_MB << 10, folder, *words)
         process.stdin.write("\t".join(map(str, request)) + "\n")
         process.stdin.flush()
         state, used, peak, done = process.stdout.readline().split()

@@ -75,3 +75,10 @@ def test_the_server_goes_on_behind_a_run_that_was_ended(tmp_path):
 
 def test_a_folder_that_is_not_there_is_no_run(tmp_path):
     assert WAYS["fork"].run(tmp_path / "nowhere", (), 1.0, 1.0).status == 126
+
+
+def test_a_fork_that_waits_without_an_end_is_asked_to_end(tmp_path, monkeypatch):
+    monkeypatch.setattr(mutated_run, "SLEEP_SECONDS", 0.3)
+    folder = folder_of(tmp_path, "run", ENDLESS + "\nECLTRACE\nLINUXRUN\nECLCOMM\nfalse\n")
+    end = WAYS["fork"].run(folder, (), 10.0, 10.0)
+    assert (end.done, end.status) == ("asked", 128 + signal.SIGTERM)

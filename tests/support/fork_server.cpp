@@ -1,8 +1,8 @@
 // Runs the program many times without starting it anew: each run is a fork of this process, which holds the
 // library and has done nothing yet. A request is a line on the standard input, its fields apart by tabs:
 //
-//     seconds of processor time, more for one that was asked to end, kilobytes, folder, words of the command
-//     line
+//     seconds of processor time, more for a run that was asked to end, seconds asleep, kilobytes, folder,
+//     and each word of the command line
 //
 // The answer is a line on the standard output: what waitpid tells, seconds of processor time, kilobytes of
 // the peak, and what was done to the run: "asked" (SIGTERM), "forced" (SIGKILL), "exhausted" (its memory,
@@ -24,22 +24,27 @@
 namespace {
 
 constexpr long PollNanoseconds = 50'000'000;
-constexpr double LongestStandstill = 120.0;  // seconds on the clock without any processor time
 constexpr int NotStarted = 126;
 
 struct Request {
     double cpuSeconds = 0.0;
     double endSeconds = 0.0;
+    double sleepSeconds = 0.0;  // on the clock, waiting for a command or for nothing
     long kilobytes = 0;
     std::string folder;
     std::vector<std::string> words;
 };
 
-/// How a run stands: what it has used so far, and what was done about it.
+/// How a run stands: how long it was found asleep so far, and what was done about it.
 struct Watch {
-    double used = 0.0;
-    double standstill = 0.0;
-    const char* done = "left";
+    double asleep = 0.0;
+    std::string done = "left";
+};
+
+/// What the system tells of a living run.
+struct Use {
+    double seconds = 0.0;  // of processor time, with the commands that it has run
+    bool asleep = false;
 };
 
 /// One line of the standard input without its end; false at the end of the input. A stream with a buffer
@@ -58,12 +63,13 @@ Request requestOf(const std::string& line) {
             fields.emplace_back();
         else
             fields.back() += character;
-    constexpr std::size_t Fixed = 4;
+    constexpr std::size_t Fixed = 5;
     fields.resize(fields.size() < Fixed ? Fixed : fields.size());
     return {std::atof(fields[0].c_str()),
             std::atof(fields[1].c_str()),
-            std::atol(fields[2].c_str()),
-            fields[3],
+            std::atof(fields[2].c_str()),
+            std::atol(fields[3].c_str()),
+            fields[4],
             {fields.begin() + Fixed, fields.end()}};
 }
 
@@ -95,19 +101,19 @@ void endHere(int status, void*) {
     std::exit(kvr::runProgram(static_cast<int>(words.size()), arguments.data()));
 }
 
-/// Seconds of processor time of a living run and of the commands that it has run.
-double usedBy(pid_t run) {
+Use useOf(pid_t run) {
     std::FILE* file = std::fopen(("/proc/" + std::to_string(run) + "/stat").c_str(), "r");
-    if (file == nullptr) return 0.0;
-    long user = 0, system = 0, usersOfCommands = 0, systemOfCommands = 0;
+    if (file == nullptr) return {};
+    char state = 0;
+    long user = 0, system = 0, userOfCommands = 0, systemOfCommands = 0;
     const int found =
-        std::fscanf(file, "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %ld %ld %ld %ld", &user,
-                    &system, &usersOfCommands, &systemOfCommands);
+        std::fscanf(file, "%*d (%*[^)]) %c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %ld %ld %ld %ld", &state,
+                    &user, &system, &userOfCommands, &systemOfCommands);
     std::fclose(file);
-    constexpr int Fields = 4;
-    if (found != Fields) return 0.0;
-    return static_cast<double>(user + system + usersOfCommands + systemOfCommands) /
-           static_cast<double>(sysconf(_SC_CLK_TCK));
+    constexpr int Fields = 5;
+    if (found != Fields) return {};
+    const auto ticks = static_cast<double>(user + system + userOfCommands + systemOfCommands);
+    return {ticks / static_cast<double>(sysconf(_SC_CLK_TCK)), state == 'S'};
 }
 
 long kilobytesOf(pid_t run) {
@@ -125,20 +131,19 @@ void end(pid_t run, int signal, const char* done, Watch& watch) {
     watch.done = done;
 }
 
-/// A run is asked to end behind its time, once, and is ended behind the time to do so, or where it stands
-/// still.
+/// A run is asked to end behind its time, once, and is ended behind the time to do so.
 void judge(pid_t run, const Request& request, Watch& watch) {
-    const std::string done = watch.done;
-    if (done == "forced" || done == "exhausted") return;
+    if (watch.done == "forced" || watch.done == "exhausted") return;
     constexpr double Second = 1e9;
-    const double used = usedBy(run);
-    watch.standstill = used > watch.used ? 0.0 : watch.standstill + PollNanoseconds / Second;
-    watch.used = used;
+    const Use use = useOf(run);
+    if (use.asleep) watch.asleep += PollNanoseconds / Second;
     if (kilobytesOf(run) > request.kilobytes)
         end(run, SIGKILL, "exhausted", watch);
-    else if (used > request.cpuSeconds + request.endSeconds || watch.standstill > LongestStandstill)
+    else if (use.seconds > request.cpuSeconds + request.endSeconds ||
+             watch.asleep > 2.0 * request.sleepSeconds)
         end(run, SIGKILL, "forced", watch);
-    else if (used > request.cpuSeconds && done == "left")
+    else if ((use.seconds > request.cpuSeconds || watch.asleep > request.sleepSeconds) &&
+             watch.done == "left")
         end(run, SIGTERM, "asked", watch);
 }
 
@@ -149,9 +154,9 @@ double secondsOf(const timeval& time) {
 
 void answer(int state, const rusage& usage, const Watch& watch) {
     char line[128];
-    const int length =
-        std::snprintf(line, sizeof line, "%d\t%.3f\t%ld\t%s\n", state,
-                      secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime), usage.ru_maxrss, watch.done);
+    const int length = std::snprintf(line, sizeof line, "%d\t%.3f\t%ld\t%s\n", state,
+                                     secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime), usage.ru_maxrss,
+                                     watch.done.c_str());
     if (write(STDOUT_FILENO, line, static_cast<std::size_t>(length)) != length) std::_Exit(EXIT_FAILURE);
 }
 
