@@ -16,18 +16,23 @@ double saturationAt(const CapillaryInverse& curve, double capillaryPressure) {
                        capillaryPressure);
 }
 
-/// Sw by its capillary curve, or without one by the contact: all water below, connate above.
+/// Most gas that a cell without capillary pressure holds: that of the gas table, beside the least water.
+double mostGasOf(const SaturationTable& table) {
+    return std::min(table.SgAxis.back(), 1.0 - table.SwAxis.front());
+}
+
+/// Sw by its capillary curve, or without one by the contact: the most below, the least above.
 double waterSaturation(const CellView& cell, const InitDepthTable& rows) {
     if (cell.pcowFactor > 0.0)
         return saturationAt(cell.inverse.water, (cell.columns.oil - cell.columns.water) / cell.pcowFactor);
-    return cell.depth >= rows.WocDepth ? cell.table.SwAxis.back() : cell.table.ConnateSw;
+    return cell.depth >= rows.WocDepth ? cell.table.SwAxis.back() : cell.table.SwAxis.front();
 }
 
-/// Sg by its capillary curve, or without one by the contact: all but connate water above, none below.
+/// Sg by its capillary curve, or without one by the contact: the most above, the least below.
 double gasSaturation(const CellView& cell, const InitDepthTable& rows) {
     if (cell.pcogFactor > 0.0)
         return saturationAt(cell.inverse.gas, (cell.columns.gas - cell.columns.oil) / cell.pcogFactor);
-    return cell.depth < rows.GocDepth ? 1.0 - cell.table.ConnateSw : 0.0;
+    return cell.depth < rows.GocDepth ? mostGasOf(cell.table) : cell.table.SgAxis.front();
 }
 
 /// Oil pressure of the cell: the oil column. Where the capillary pressure has run out of its curve oil no
@@ -84,9 +89,8 @@ bool sameFluids(const DepthState& a, const DepthState& b) {
 bool holdsWholeTransition(const CellView& cell, const DepthState& top, const DepthState& bottom) {
     constexpr double AllOfIt = 1.0 - 1e-6;
     const SaturationTable& table = cell.table;
-    const double least = cell.pcowFactor > 0.0 ? table.SwAxis.front() : table.ConnateSw;
-    const double mostGas = cell.pcogFactor > 0.0 ? table.SgAxis.back() : 1.0 - table.ConnateSw;
-    return bottom.Sw - top.Sw >= AllOfIt * (table.SwAxis.back() - least) ||
+    const double mostGas = cell.pcogFactor > 0.0 ? table.SgAxis.back() : mostGasOf(table);
+    return bottom.Sw - top.Sw >= AllOfIt * (table.SwAxis.back() - table.SwAxis.front()) ||
            top.Sg - bottom.Sg >= AllOfIt * mostGas;
 }
 
