@@ -10,6 +10,7 @@
 #include "deck/sections/schedule_section.hpp"
 #include "deck/sections/solution.hpp"
 #include "deck/sections/summary.hpp"
+#include "fluid/scaled_regions.hpp"
 #include "model/dual_porosity.hpp"
 #include "pressure/wells/well_controls.hpp"
 
@@ -35,7 +36,7 @@ void readEditPart(SectionReader& reader, Simulation& run) {
 }
 
 void readPropsPart(SectionReader& reader, Simulation& run) {
-    PropsRecords records{run.options, run.fluids};
+    PropsRecords records{run.options, run.fluids, run.grid};
     readProps(reader, records);
     if (!run.grid.dual.isSet || !run.fluids.ofContinua) return;
     for (CellId cell = matrixCells(run.grid) + 1; cell <= run.grid.NCELLS; ++cell) run.grid.SATNUM[cell] = 2;
@@ -58,6 +59,8 @@ void requirePressure(SectionReader& reader, const Simulation& run) {
 
 void readSolutionPart(SectionReader& reader, Simulation& run) {
     sizeInitialArrays(run.grid, run.initial);
+    if (!run.fluids.regions.empty())  // of sections in their order
+        makeScaledRegions(run.console, run.options.hasWater, run.grid, run.fluids);
     SolutionRecords records{run.options, run.fluids, run.grid, run.initial};
     readSolution(reader, records);
     if (!reader.cursor->text.empty()) requirePressure(reader, run);

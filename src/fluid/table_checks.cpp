@@ -118,16 +118,6 @@ double residualOil(const SaturationTable& table) {
     return least;
 }
 
-/// Without a gas phase no gas is held back, whatever a gas table that stands in the deck says.
-void finishRegion(bool hasGas, SaturationTable& table) {
-    table.SwSearch = searchOf(table.SwAxis);
-    table.SgSearch = searchOf(table.SgAxis);
-    table.InverseOilAtConnate = table.Krow.empty() ? 0.0 : 1.0 / std::max(0.0, table.Krow.front());
-    table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
-    table.CriticalSg = hasGas ? highestImmobile(table.SgAxis, table.Krg) : 0.0;
-    table.ResidualSo = residualOil(table);
-}
-
 double span(const Column& capillary) {
     return capillary.empty() ? 0.0 : std::abs(capillary.front()) + std::abs(capillary.back());
 }
@@ -270,6 +260,16 @@ void completeFurtherRegions(const Console& console, FluidTables& tables) {
 }
 
 }  // namespace
+
+/// Without a gas phase no gas is held back, whatever a gas table that stands in the deck says.
+void finishRegion(bool hasGas, SaturationTable& table) {
+    table.SwSearch = searchOf(table.SwAxis);
+    table.SgSearch = searchOf(table.SgAxis);
+    table.InverseOilAtConnate = table.Krow.empty() ? 0.0 : 1.0 / std::max(0.0, table.Krow.front());
+    table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
+    table.CriticalSg = hasGas ? highestImmobile(table.SgAxis, table.Krg) : 0.0;
+    table.ResidualSo = residualOil(table);
+}
 
 void finishTables(FluidTables& tables) {
     finishPvt(tables);

@@ -12,6 +12,9 @@ namespace kvr {
 /// region with at least two rows. May be called again after a column has changed.
 void finishTables(FluidTables& tables);
 
+/// What follows from the columns of one saturation region: its searches and its end points.
+void finishRegion(bool hasGas, SaturationTable& table);
+
 /// Completes what PROPS left open, with its lines: default tables for absent phases, densities,
 /// reference pressures, water data; then finishTables and the dead-oil warning. `regionCount` saturation
 /// regions are held afterwards at least.

@@ -134,7 +134,7 @@ void printFluidTables(const Console& console, const UnitSystem& units, const Flu
 }
 
 void printRockTables(const Console& console, const FluidTables& tables) {
-    for (int region = 1; region <= static_cast<int>(tables.regions.size()); ++region) {
+    for (int region = 1; region <= static_cast<int>(ownRegions(tables)); ++region) {
         log(console, "");
         log(console, "Saturation table region {}", region);
         printWaterOilTable(console, tables, region);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "fluid/end_points.hpp"
 
 #include <cstdint>
 #include <string>
@@ -75,7 +76,9 @@ struct FluidTables {
 
     std::vector<PhaseTables> phaseTables;  // of decks that give relative permeabilities phase by phase
     std::vector<SaturationTable> regions;  // SATNUM region r at [r - 1]; never empty once finished
-    bool ofContinua = false;  // given by the names of the continua: region 1 matrix, region 2 fractures
+    EndPointScaling scaling;
+    std::size_t scaledRegions = 0;  // the last ones, made of those of the deck for cells with own end points
+    bool ofContinua = false;        // given by the names of the continua: region 1 matrix, region 2 fractures
     Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
     CellArray<std::uint8_t>
         RegionTableCell;    // 1: the region tables serve this cell; empty: raised everywhere
@@ -121,6 +124,11 @@ inline const FluidTables& pvtAt(const FluidTables& tables, CellId cell) {
 
 inline const SaturationTable& regionTable(const FluidTables& tables, int region) {
     return tables.regions[static_cast<std::size_t>(region) - 1];
+}
+
+/// Saturation regions that the deck has tables for.
+inline std::size_t ownRegions(const FluidTables& tables) {
+    return tables.regions.size() - tables.scaledRegions;
 }
 
 }  // namespace kvr

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace kvr {
 
@@ -54,7 +55,7 @@ void reservoirSection(const Console& out, const Simulation& run) {
 
 void rockFluidSection(const Console& out, const FluidTables& fluids) {
     heading(out, "Rock-fluid Property Section");
-    for (const SaturationTable& table : fluids.regions) {
+    for (const SaturationTable& table : std::span(fluids.regions).first(ownRegions(fluids))) {
         line(out, "Number of Table Data (krw)", fmt::format("{}", table.SwAxis.size()));
         line(out, "Number of Table Data (krg)", fmt::format("{}", table.SgAxis.size()));
     }

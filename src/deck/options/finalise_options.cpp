@@ -150,6 +150,14 @@ constexpr Remark Remarks[] = {
          return t.hasGas && (o.bubblePointMaxLimit || o.bubblePointMinLimit) && !average;
      },
      "WARNING :: Limits on solution gas (OPTIONKVR 5, 6) act under MAPPING AVERAGE alone"},
+    {[](const RunOptions& o, const FluidTables& t) {
+         const auto& phases = o.solverPhaseName;
+         return t.scaledRegions > 0 && o.method == "streamline" &&
+                std::find(phases.begin(), phases.end(), "btf") != phases.end();
+     },
+     "WARNING :: Analytical lines (SL1DCON) go by saturation table 1, end points by cell (ENDSCALE) do not "
+     "act "
+     "on them"},
 };
 
 }  // namespace

@@ -25,8 +25,12 @@ bool isOpen(const CellBox& b) {
 
 /// From the deck's unit to the other system's, of what a row sets.
 double copyFactorOf(const SectionReader& reader, std::string_view name) {
-    if (reader.keyword != "EQUALS") return 1.0;
-    if (matchesInThreeForms(trim(name), "PRESSURE")) return reader.units->copyPressure;
+    const auto isNamed = [name](std::string_view other) { return matchesInThreeForms(trim(name), other); };
+    const bool sets = reader.keyword == "EQUALS";
+    if ((sets || reader.keyword == "ADD") && (isNamed("PCW") || isNamed("PCG")))
+        return reader.units->copyPressure;
+    if (!sets) return 1.0;
+    if (isNamed("PRESSURE")) return reader.units->copyPressure;
     const EqualsArray* known = findEqualsArray(name);
     return known != nullptr && known->isLength ? reader.units->copyLength : 1.0;
 }

@@ -5,6 +5,7 @@
 #include "deck/reading/source_copies.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/component_rules.hpp"
+#include "deck/sections/end_point_arrays.hpp"
 #include "deck/sections/props_components.hpp"
 #include "deck/sections/props_tables.hpp"
 #include "deck/sections/pvto.hpp"
@@ -332,6 +333,29 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"BIC", readBic, "binary coefficients, lower triangle"},
     KeywordRow<PropsRecords>{"ZMFVD", readZmfvd, "rows of depth and mole fractions"},
     KeywordRow<PropsRecords>{"ZI", readZi, "mole fractions everywhere"},
+    KeywordRow<PropsRecords>{"SWL", readEndPoints, "end points by cell, with `ENDSCALE`: least water"},
+    KeywordRow<PropsRecords>{"SWCR", readEndPoints, "highest water that does not flow"},
+    KeywordRow<PropsRecords>{"SWU", readEndPoints, "greatest water"},
+    KeywordRow<PropsRecords>{"SGL", readEndPoints, "least gas"},
+    KeywordRow<PropsRecords>{"SGCR", readEndPoints, "highest gas that does not flow"},
+    KeywordRow<PropsRecords>{"SGU", readEndPoints, "greatest gas"},
+    KeywordRow<PropsRecords>{"SOWCR", readEndPoints, "oil that does not flow beside water"},
+    KeywordRow<PropsRecords>{"SOGCR", readEndPoints, "oil that does not flow beside gas"},
+    KeywordRow<PropsRecords>{"KRW", readEndPoints, "greatest krw"},
+    KeywordRow<PropsRecords>{"KRO", readEndPoints, "greatest kro"},
+    KeywordRow<PropsRecords>{"KRG", readEndPoints, "greatest krg"},
+    KeywordRow<PropsRecords>{"KRWR", readEndPoints, "krw where oil stops flowing"},
+    KeywordRow<PropsRecords>{"KRORW", readEndPoints, "kro where water stops flowing"},
+    KeywordRow<PropsRecords>{"KRGR", readEndPoints, "krg where oil stops flowing"},
+    KeywordRow<PropsRecords>{"KRORG", readEndPoints, "kro where gas stops flowing"},
+    KeywordRow<PropsRecords>{"PCW", readEndPoints, "greatest capillary pressure of water"},
+    KeywordRow<PropsRecords>{"PCG", readEndPoints, "greatest capillary pressure of gas"},
+    KeywordRow<PropsRecords>{"SCALECRS", readScalecrs,
+                             "`YES`: relative permeabilities are scaled by three points, `NO`: by two"},
+    KeywordRow<PropsRecords>{"EQUALS", readEndPointEquals, "sets arrays of end points over boxes"},
+    KeywordRow<PropsRecords>{"MULTIPLY", readEndPointMultiply, "multiplies them"},
+    KeywordRow<PropsRecords>{"ADD", readEndPointAdd, "adds to them"},
+    KeywordRow<PropsRecords>{"COPY", readEndPointCopy, "copies one to another"},
     KeywordRow<PropsRecords>{"RPTPROPS", skipRptprops, "skipped; the tables always go to the log"},
 };
 

@@ -3,6 +3,7 @@
 #include "deck/options.hpp"
 #include "deck/reading/section_reader.hpp"
 #include "fluid/tables.hpp"
+#include "model/grid.hpp"
 
 namespace kvr {
 
@@ -10,6 +11,7 @@ namespace kvr {
 struct PropsRecords {
     const RunOptions& options;
     FluidTables& tables;
+    const GridModel& grid;  // what boxes of arrays stand in
 };
 
 /// Reads the section and finishes the tables.

@@ -196,6 +196,26 @@ void readNosim(SectionReader& reader, RunspecRecords& records) {
     records.options.noSimulation = true;
 }
 
+/// Scaling that depends on the direction of flow, or that does not reverse, is told and not done.
+void readEndscale(SectionReader& reader, RunspecRecords& records) {
+    if (!reader.commonForm) {
+        reportNotSupported(reader, reader.keyword);
+        return skipKeywordData(reader);
+    }
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    std::string direction = "NODIR", reversal = "REVERS";
+    const std::array<ListTarget, 2> targets = {&direction, &reversal};
+    checkRead(reader, readList(*reader.cursor, targets));
+    if (toUpper(trim(direction)) != "NODIR")
+        warnHere(reader, "WARNING :: END POINTS BY DIRECTION OF FLOW ({}) ARE NOT KNOWN HERE, NODIR IS TAKEN",
+                 direction);
+    if (toUpper(trim(reversal)) != "REVERS")
+        warnHere(reader, "WARNING :: END POINTS THAT DO NOT REVERSE ({}) ARE NOT KNOWN HERE, REVERS IS TAKEN",
+                 reversal);
+    records.tables.scaling.isSet = true;
+}
+
 void readWelldims(SectionReader& reader, RunspecRecords& records) {
     RunOptions& options = records.options;
     readSizes<2>(reader, {&options.maxWells, &options.maxConnPerWell});
@@ -252,6 +272,8 @@ constexpr std::array Keywords = {
     Row{"START", readStart, "day, month word and year of time zero"},
     Row{"TABDIMS", readTabdims, "saturation tables, PVT tables, rows of each"},
     Row{"EQLDIMS", readEqldims, "regions of equilibrium"},
+    Row{"ENDSCALE", readEndscale,
+        "the saturation functions are scaled to end points by cell (`SWL` and its like in `PROPS`)"},
     Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run; also in `SCHEDULE`"},
     Row{"WELLDIMS", readWelldims, "wells, connections per well"},
     Row{"TRACERS", readTracers, "the second value is the number of tracers", 7},

@@ -22,13 +22,14 @@ std::string joined(std::initializer_list<std::string_view> parts) {
 struct ComponentBench : DeckBench {
     RunOptions options;
     FluidTables tables;
+    GridModel grid;
 
     explicit ComponentBench(const std::string& deck) : DeckBench(deck, "PROPS") {
         tables.hasGas = options.hasGas = true;
         options.componentCount = 2;
     }
     void read() {
-        PropsRecords records{options, tables};
+        PropsRecords records{options, tables, grid};
         readProps(reader, records);
     }
 };

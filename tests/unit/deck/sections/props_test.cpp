@@ -12,10 +12,11 @@ namespace {
 struct PropsBench : DeckBench {
     RunOptions options;
     FluidTables tables;
+    GridModel grid;
 
     explicit PropsBench(std::string_view text) : DeckBench(text, "PROPS") { tables.hasGas = true; }
     void read() {
-        PropsRecords records{options, tables};
+        PropsRecords records{options, tables, grid};
         readProps(reader, records);
     }
     [[nodiscard]] int timesPrinted(std::string_view text) const {
