@@ -2,7 +2,6 @@
 
 #include "base/constants.hpp"
 #include "base/index.hpp"
-#include "fluid/saturation_functions.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -101,8 +100,7 @@ void loadLineGravity(const GridModel& grid, const CellState& state, SolverLine& 
     }
 }
 
-GravityNode gravityNode(bool hasGas, const FlowNode& node, double sw, double sg, double rs) {
-    const RelPerms kr = relPerms(*node.table, hasGas, sw, hasGas ? sg : 0.0);
+GravityNode gravityNode(bool hasGas, const FlowNode& node, const RelPerms& kr, double rs) {
     return {kr.w * node.inverseMuW, kr.o * node.inverseMuO, hasGas ? kr.g * node.inverseMuG : 0.0, rs};
 }
 
@@ -133,7 +131,8 @@ void setGravitySources(bool hasGas, SolverLine& line) {
     line.exchange[0] = line.exchange[count] = {};
     for (std::size_t i = 1; i <= count; ++i) line.gravityW[i] = line.gravityO[i] = line.gravityG[i] = 0.0;
     const auto bring = [&](const FlowNode& node) {
-        return gravityNode(hasGas, node, node.Sw, node.Sg, node.Rs);
+        return gravityNode(hasGas, node, relPerms(*node.table, hasGas, node.Sw, hasGas ? node.Sg : 0.0),
+                           node.Rs);
     };
     GravityNode here = bring(line.nodes[1]);
     for (std::size_t i = 1; i < count; ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fluid/saturation_functions.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "streamline/transport/solver_line.hpp"
@@ -26,7 +27,7 @@ struct GravityNode {
     double Rs = 0.0;
 };
 
-GravityNode gravityNode(bool hasGas, const FlowNode& node, double sw, double sg, double rs);
+GravityNode gravityNode(bool hasGas, const FlowNode& node, const RelPerms& kr, double rs);
 
 /// Between node i and node i + 1.
 GravityExchange exchangeAt(bool hasGas, const SolverLine& line, std::size_t i, const GravityNode& here,

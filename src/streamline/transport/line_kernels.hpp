@@ -51,15 +51,20 @@ inline double raisedSpeed(bool hasGas, double speed, const FlowNode& before, con
                : raisedSpeed<false>(speed, flowAt<false>(before), flowAt<false>(here), here.inverseDeltaTof);
 }
 
+/// Relative permeabilities of a position.
+template <bool Gas>
+inline RelPerms relPermsOf(const FlowNode& node, double sw, double sg) {
+    return relPerms(*node.table, Gas, sw, Gas ? sg : 0.0);
+}
+
 /// Phase fluxes per unit of total flow.
 struct PhaseFluxes {
     double w = 0.0, o = 0.0, g = 0.0;
 };
 
-/// Fluxes at the given saturations and dissolved gas, with the held factors of a position.
+/// Fluxes at the given relative permeabilities and dissolved gas, with the held factors of a position.
 template <bool Gas>
-inline PhaseFluxes phaseFluxes(const FlowNode& node, double sw, double sg, double rs) {
-    const RelPerms kr = relPerms(*node.table, Gas, sw, Gas ? sg : 0.0);
+inline PhaseFluxes phaseFluxes(const FlowNode& node, const RelPerms& kr, double rs) {
     const double lw = kr.w * node.inverseMuW;
     const double lo = kr.o * node.inverseMuO;
     double total = lw + lo;
@@ -75,7 +80,7 @@ inline PhaseFluxes phaseFluxes(const FlowNode& node, double sw, double sg, doubl
 /// Fluxes of a position from its saturations.
 template <bool Gas>
 inline void setFluxes(FlowNode& node) {
-    const PhaseFluxes flux = phaseFluxes<Gas>(node, node.Sw, node.Sg, node.Rs);
+    const PhaseFluxes flux = phaseFluxes<Gas>(node, relPermsOf<Gas>(node, node.Sw, node.Sg), node.Rs);
     node.Fw = flux.w;
     node.Fo = flux.o;
     if constexpr (Gas) node.Fg = flux.g;

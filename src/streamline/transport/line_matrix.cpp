@@ -2,7 +2,6 @@
 
 #include "base/index.hpp"
 #include "pressure/solvers/dense.hpp"
-#include "pressure/solvers/lapack.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -68,24 +67,88 @@ void forEntries(const LineMatrix& matrix, Visit visit) {
     }
 }
 
+/// A scalar row of the elimination: what it holds in the columns of a node, of the next one and of the one
+/// behind that, where rows put in each other's place reach, and its right-hand side.
+template <std::size_t M>
+using PanelRow = std::array<double, 3 * M + 1>;
+
+/// Rows under elimination: those left of the nodes before, and those of the node that comes.
+template <std::size_t M>
+using Panel = std::array<PanelRow<M>, 2 * M>;
+
+/// The block row of a node from rows[0] on, its diagonal block from column `diagonal` on; 0: nothing is left
+/// of a node before.
+template <std::size_t M>
+void loadBlockRow(const LineMatrix& matrix, std::size_t node, std::size_t diagonal, PanelRow<M>* rows) {
+    const bool looksDown = !matrix.upstreamOnly && node + 1 < at(matrix.nodes);
+    for (std::size_t r = 0; r < M; ++r) {
+        rows[r] = {};
+        for (std::size_t c = 0; c < M; ++c) {
+            const std::size_t place = (node * M + r) * M + c;
+            if (diagonal > 0) rows[r][c] = matrix.lower[place];
+            rows[r][diagonal + c] = matrix.diagonal[place];
+            if (looksDown) rows[r][diagonal + M + c] = matrix.upper[place];
+        }
+        rows[r][3 * M] = matrix.rhs[node * M + r];
+    }
+}
+
+/// Eliminates the first M columns from the first `rows` rows; false where a pivot vanishes or is not a
+/// number.
+template <std::size_t M>
+bool eliminateColumns(std::size_t rows, Panel<M>& panel) {
+    for (std::size_t k = 0; k < M; ++k) {
+        std::size_t best = k;
+        for (std::size_t r = k + 1; r < rows; ++r)
+            if (std::abs(panel[r][k]) > std::abs(panel[best][k])) best = r;
+        if (!(std::abs(panel[best][k]) > 0.0)) return false;
+        if (best != k) std::swap(panel[best], panel[k]);
+        const double inverse = 1.0 / panel[k][k];
+        for (std::size_t r = k + 1; r < rows; ++r) {
+            const double factor = panel[r][k] * inverse;
+            for (std::size_t c = k + 1; c < panel[r].size(); ++c) panel[r][c] -= factor * panel[k][c];
+        }
+    }
+    return true;
+}
+
+/// Gauss elimination with row pivoting on blocks of M by M in three diagonals: what LAPACK does with the same
+/// matrix in band storage, with loops of known length.
+template <std::size_t M>
+bool solveTridiagonal(LineMatrix& matrix) {
+    const std::size_t count = at(matrix.nodes);
+    constexpr std::size_t Width = std::tuple_size_v<PanelRow<M>>;
+    matrix.full.resize(std::max(matrix.full.size(), count * M * Width));
+    Panel<M> panel{};
+    loadBlockRow<M>(matrix, 0, 0, panel.data());
+    for (std::size_t n = 0; n < count; ++n) {
+        const bool last = n + 1 == count;
+        if (!last) loadBlockRow<M>(matrix, n + 1, M, &panel[M]);
+        if (!eliminateColumns<M>(last ? M : 2 * M, panel)) return false;
+        double* factor = &matrix.full[n * M * Width];
+        for (std::size_t r = 0; r < M; ++r) {
+            factor = std::copy(panel[r].begin(), panel[r].end(), factor);
+            const PanelRow<M>& left = panel[r + M];
+            PanelRow<M>& next = panel[r];
+            std::copy(left.begin() + M, left.begin() + 3 * M, next.begin());
+            std::fill(next.begin() + 2 * M, next.begin() + 3 * M, 0.0);
+            next[3 * M] = left[3 * M];
+        }
+    }
+    const std::size_t size = count * M;
+    for (std::size_t row = size; row-- > 0;) {
+        const double* factor = &matrix.full[row * Width];
+        const std::size_t first = row - row % M;
+        double value = factor[3 * M];
+        for (std::size_t c = row + 1; c < std::min(first + 3 * M, size); ++c)
+            value -= factor[c - first] * matrix.rhs[c];
+        matrix.rhs[row] = value / factor[row - first];
+    }
+    return true;
+}
+
 bool solveBanded(LineMatrix& matrix) {
-    const int size = matrix.nodes * matrix.unknowns;
-    const int below = 2 * matrix.unknowns - 1;
-    const int above = matrix.upstreamOnly ? matrix.unknowns - 1 : below;
-    const int height = 2 * below + above + 1;  // the factors fill `below` more rows on top
-    matrix.full.assign(at(height) * at(size), 0.0);
-    matrix.pivot.assign(at(size), 0);
-    forEntries(matrix, [&](int row, int column, double value) {
-        matrix.full[at(column) * at(height) + at(below + above + row - column)] = value;
-    });
-    int info = 0;
-    requireDenseWorkspace();
-    dgbtrf_(&size, &size, &below, &above, matrix.full.data(), &height, matrix.pivot.data(), &info);
-    if (info != 0) return false;
-    const int one = 1;
-    dgbtrs_("N", &size, &below, &above, &one, matrix.full.data(), &height, matrix.pivot.data(),
-            matrix.rhs.data(), &size, &info);
-    return info == 0;
+    return matrix.unknowns == 1 ? solveTridiagonal<1>(matrix) : solveTridiagonal<3>(matrix);
 }
 
 bool solveFull(LineMatrix& matrix) {

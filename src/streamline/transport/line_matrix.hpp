@@ -24,14 +24,14 @@ LineRoute lineRouteOf(std::string_view word);
 /// Linear system of one line: a block row per node 0..nodes-1, coupled with the node before, and with the
 /// one behind unless `upstreamOnly`. Blocks are row-major, unknowns by unknowns, at [node * unknowns^2].
 struct LineMatrix {
-    int unknowns = 1;  // per node, at most 3
+    int unknowns = 1;  // per node, 1 or 3
     int nodes = 0;
     bool upstreamOnly = true;
     std::vector<double> lower, diagonal, upper;
     std::vector<double> rhs;  // [nodes * unknowns]; the solution once solved
 
     // What the slower routes store.
-    std::vector<double> full;  // band or full matrix, column-major
+    std::vector<double> full;  // the full matrix, column-major, or what elimination leaves of its rows
     std::vector<int> pivot;
     LinearSystem sparse;
     std::vector<double> solution;

@@ -11,9 +11,11 @@ namespace kvr {
 namespace {
 
 constexpr double LargestNodeStep = 0.2;     // change of an unknown in one iteration on a node alone
+constexpr double MoveRegrowth = 1.5;        // of the same on a line with gravity, where moves go on
 constexpr int NodeIterations = 60;          // halvings included
 constexpr double NodeTolerance = 0.5;       // of the tolerance of the line
 constexpr double FrozenShare = 0.1;         // of the tolerance: so close, slopes are not worked out anew
+constexpr double MostFilling = 2.0;         // of a node in a step with gravity, and its inverse
 constexpr double LeastInflowChange = 0.01;  // of the tolerance: less leaves the linear update standing
 
 template <bool Gas>
@@ -40,18 +42,20 @@ void evaluate(const FluidTables& tables, bool keepEndPoints, std::size_t i, Line
     const Unknowns<Gas>& u = work.unknowns[i];
     const FlowNode& node = line.nodes[i];
     const PhaseState base = stateAt<Gas>(tables, keepEndPoints, node, u);
-    const Fluxes<Gas> flux = fluxesAt<Gas>(node, base);
+    const RelPerms kr = relPermsOf<Gas>(node, base.Sw, base.Sg);
+    const Fluxes<Gas> flux = fluxesAt<Gas>(node, kr, base.Rs);
     work.iterateFlux[i] = work.evaluatedFlux[i] = flux;
     work.evaluated[i] = u;
-    if (line.hasGravity) newton.gravity[i][0] = gravityNode(Gas, node, base.Sw, base.Sg, base.Rs);
+    if (line.hasGravity) newton.gravity[i][0] = gravityNode(Gas, node, kr, base.Rs);
     for (std::size_t q = 0; q < u.size(); ++q) {
         Unknowns<Gas> raised = u;
         raised[q] += SlopeStep;
         const PhaseState state = stateAt<Gas>(tables, keepEndPoints, node, raised);
-        const Fluxes<Gas> there = fluxesAt<Gas>(node, state);
+        const RelPerms raisedKr = relPermsOf<Gas>(node, state.Sw, state.Sg);
+        const Fluxes<Gas> there = fluxesAt<Gas>(node, raisedKr, state.Rs);
         for (std::size_t p = 0; p < flux.size(); ++p)
             work.slopes[i][p][q] = (there[p] - flux[p]) * PerSlopeStep;
-        if (line.hasGravity) newton.gravity[i][q + 1] = gravityNode(Gas, node, state.Sw, state.Sg, state.Rs);
+        if (line.hasGravity) newton.gravity[i][q + 1] = gravityNode(Gas, node, raisedKr, state.Rs);
     }
 }
 
@@ -223,14 +227,33 @@ void limitNode(const FluidTables& tables, const NewtonControl& control, double d
 }
 
 /// Update of node i on a line with gravity, where a node sees both its neighbours and cannot be solved alone:
-/// moves of at most 0.2, halved whenever they turn back.
+/// moves of at most 0.2, halved whenever they turn back and half as long again where they go on.
 template <bool Gas>
 Unknowns<Gas> dampedUpdate(std::size_t i, NewtonWork<Gas>& work) {
     Unknowns<Gas> part = work.update[i];
-    if (turnsBack<Gas>(part, work.lastMove[i])) work.mostMove[i] *= 0.5;
+    work.mostMove[i] = turnsBack<Gas>(part, work.lastMove[i])
+                           ? 0.5 * work.mostMove[i]
+                           : std::min(LargestNodeStep, MoveRegrowth * work.mostMove[i]);
     shorten<Gas>(work.mostMove[i], part);
     work.lastMove[i] = part;
     return part;
+}
+
+/// Holds the volume that an iterate fills within twice and half of what the node held at the start; true
+/// where it had to. Fluxes know the make-up of a node, not how full it is: factors of its own pressure give
+/// what comes in another volume than it had in the node before, and where a node's content is passed
+/// thousands of times in a step that empties or overfills it without bound. What flows on is right all the
+/// same.
+template <bool Gas>
+bool keepFill(double start, const FlowNode& node, Unknowns<Gas>& u) {
+    if constexpr (Gas) {
+        const double fill = fillOf(node, u);
+        const double held = std::clamp(fill, start / MostFilling, start * MostFilling);
+        if (held == fill || !(fill > 0.0)) return false;
+        for (double& value : u) value *= held / fill;
+        return true;
+    }
+    return false;
 }
 
 /// Takes the linear updates, limited in flow order, and the fluxes that close the balances. Returns the
@@ -255,7 +278,8 @@ double takeUpdates(const FluidTables& tables, const NewtonControl& control, doub
             const Unknowns<Gas> part = dampedUpdate<Gas>(i, work);
             u = changed<Gas>(control.keepEndPoints, node, work.unknowns[i - 1], u, part);
             work.closingFlux[i] = linear;
-            change = std::max(change, sizeOfChange<Gas>(part));
+            if (!keepFill<Gas>(newton.start[i].fill, node, u))
+                change = std::max(change, sizeOfChange<Gas>(part));
         } else if (sizeOfChange<Gas>(update) <= LargestLinearStep &&
                    !differs<Gas>(control.tolerance, dt, inflow, node)) {
             u = changed<Gas>(control.keepEndPoints, node, work.unknowns[i - 1], u, update);
@@ -298,6 +322,7 @@ void startStep(LineNewton& newton, SolverLine& line) {
         if (i > 0 && isBad(node)) restore(startOf(line.nodes[i - 1]), node);
         newton.start[i] = startOf(node);
         work.unknowns[i] = unknownsOf<Gas>(node);
+        if constexpr (Gas) newton.start[i].fill = fillOf(node, work.unknowns[i]);
         work.lastMove[i] = {};
         work.mostMove[i] = LargestNodeStep;
     }
@@ -321,6 +346,17 @@ void notePassed(double dt, const Fluxes<Gas>& flux, FlowNode& node) {
     if constexpr (Gas) node.passedG += dt * flux[2];
 }
 
+/// Replaces what a node loses where it would be left empty or overfilled: then it keeps what its iterate
+/// says, see keepFill.
+void holdFilling(double start, const Unknowns<true>& iterate, const FlowNode& node, ConservedAmounts& loss) {
+    Unknowns<true> left{std::max(0.0, node.Bw * (node.Cw - loss.water)),
+                        std::max(0.0, node.Bo * (node.Co - loss.oil)),
+                        std::max(0.0, node.Bg * (node.Cg - loss.gas))};
+    if (fillOf(node, left) > 0.0 && !keepFill<true>(start, node, left)) return;
+    loss = {node.Cw - iterate[0] * node.inverseBw, node.Co - iterate[1] * node.inverseBo,
+            node.Cg - iterate[2] * node.inverseBg};
+}
+
 /// New amounts and states from the closing fluxes.
 template <bool Gas>
 void closeStep(const FluidTables& tables, const NewtonControl& control, double dt, LineNewton& newton,
@@ -342,7 +378,10 @@ void closeStep(const FluidTables& tables, const NewtonControl& control, double d
         }
         if (!line.tracer.empty()) carryTracers(dt * node.inflowRate * before[0], node.Cw, i, line);
         ConservedAmounts amounts{loss[0], loss[1], 0.0};
-        if constexpr (Gas) amounts.gas = loss[2];
+        if constexpr (Gas) {
+            amounts.gas = loss[2];
+            if (line.hasGravity) holdFilling(newton.start[i].fill, work.unknowns[i], node, amounts);
+        }
         recoverNode<Gas>(tables, control.keepEndPoints, amounts, line.nodes[i - 1], node);
         if (!Gas && control.keepEndPoints) limitWater(node);
     }
@@ -397,7 +436,7 @@ void beginWork(LineNewton& newton, const SolverLine& line) {
     std::fill_n(work.evaluated.begin(), size, never);
     const FlowNode& inlet = line.nodes[0];
     work.slopes[0] = {};
-    work.iterateFlux[0] = fluxesAt<Gas>(inlet, {inlet.Sw, inlet.So, inlet.Sg, inlet.Rs, inlet.bubblePoint});
+    work.iterateFlux[0] = fluxesAt<Gas>(inlet, relPermsOf<Gas>(inlet, inlet.Sw, inlet.Sg), inlet.Rs);
 }
 
 }  // namespace

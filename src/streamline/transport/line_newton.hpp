@@ -35,6 +35,7 @@ using FluxSlopes = std::array<Unknowns<Gas>, Gas ? 3 : 2>;
 struct NodeStart {
     double Sw = 0.0, So = 0.0, Sg = 0.0, Rs = 0.0, bubblePoint = 0.0;
     double Cw = 0.0, Co = 0.0, Cg = 0.0;
+    double fill = 1.0;  // share of the pores, runs with gas
 };
 
 /// Gravity exchange over the face behind a node: surface amounts per unit of total flow, and what the
@@ -91,12 +92,12 @@ inline constexpr double LargestLinearStep = 0.005;
 /// Updates are limited in flow order: where an unknown would change by more than 0.005, or what flows in
 /// differs from what the linear system counted on, the balance of the node alone is solved with what now
 /// flows in, by steps of at most 0.2 that are halved whenever they turn back. With gravity along the line,
-/// where a node depends on both its neighbours, it takes the linear update in such steps instead. Converged
-/// when no unknown changes by more than the tolerance. The new amounts then come from the fluxes of the last
-/// linearisation, or from those that leave a limited node what its iterate says, so that mass is conserved
-/// to rounding however loose the tolerance; the states come from the amounts by the recovery of explicit
-/// transport. Adds dt times the outlet fluxes to the line's sums. Tracers move with the water of the same
-/// fluxes, implicit like it.
+/// where a node depends on both its neighbours, it takes the linear update in such steps instead, and how
+/// full a node with gas is stays within twice and half of the start. Converged when no unknown changes by
+/// more than the tolerance. The new amounts then come from the fluxes of the last linearisation, or from
+/// those that leave a limited node what its iterate says, so that mass is conserved to rounding however loose
+/// the tolerance; the states come from the amounts by the recovery of explicit transport. Adds dt times the
+/// outlet fluxes to the line's sums. Tracers move with the water of the same fluxes, implicit like it.
 ///
 /// `elapsed` days of the step are over; it only names dumped matrices.
 /// Returns the iterations used; 0 where it did not converge: the line is then as it was.

@@ -26,25 +26,32 @@ inline Fluxes<Gas> volumeFactors(const FlowNode& node) {
     return {node.Bw, node.Bo};
 }
 
+/// Share of the pores that a node's phases fill at its held factors.
+inline double fillOf(const FlowNode& node, const Unknowns<true>& u) {
+    const double dissolved = node.saturatedRs * node.inverseBo * node.Bg * u[1];
+    return u[0] + u[1] + std::max(0.0, u[2] - dissolved);
+}
+
 template <bool Gas>
 inline Unknowns<Gas> unknownsOf(const FlowNode& node) {
     if constexpr (Gas) return {node.Bw * node.Cw, node.Bo * node.Co, node.Bg * node.Cg};
     return {node.Sw};
 }
 
+/// The state that fluxes are worked out at: without its bubble point where there is gas.
 template <bool Gas>
 inline PhaseState stateAt(const FluidTables& tables, bool keepEndPoints, const FlowNode& node,
                           const Unknowns<Gas>& u) {
     if constexpr (Gas)
-        return stateOfAmounts(tables, keepEndPoints, node,
-                              {u[0] * node.inverseBw, u[1] * node.inverseBo, u[2] * node.inverseBg});
+        return openStateOfAmounts(tables, keepEndPoints, node,
+                                  {u[0] * node.inverseBw, u[1] * node.inverseBo, u[2] * node.inverseBg});
     else
         return {u[0], 1.0 - u[0], 0.0, node.Rs, node.bubblePoint};
 }
 
 template <bool Gas>
-inline Fluxes<Gas> fluxesAt(const FlowNode& node, const PhaseState& state) {
-    const PhaseFluxes flux = phaseFluxes<Gas>(node, state.Sw, state.Sg, state.Rs);
+inline Fluxes<Gas> fluxesAt(const FlowNode& node, const RelPerms& kr, double rs) {
+    const PhaseFluxes flux = phaseFluxes<Gas>(node, kr, rs);
     if constexpr (Gas) return {flux.w, flux.o, flux.g};
     return {flux.w, flux.o};
 }
