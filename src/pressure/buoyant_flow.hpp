@@ -42,6 +42,8 @@ inline double buoyantShare(double pull, double lambdaW, double lambdaO) {
 
 /// A flow out of a cell through a face on which gravity acts, and what it has made of it.
 struct BuoyantFlow {
+    CellId cell = 0;  // by its face 1..6
+    int face = 0;
     double flow = 0.0;                        // reservoir volume a day
     double pull = 0.0;                        // m of buoyantShare, cp
     double followed = 0.0;                    // share of the flow that follows a known make-up ...

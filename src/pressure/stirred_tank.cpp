@@ -85,7 +85,13 @@ void exchange(const TankFluid& fluid, double water, double gas, ConservedAmounts
 
 PairMobility pairMobility(const FluidTables& tables, const TankFluid& fluid, double Sw) {
     const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, Sw, 0.0);
-    return {kr.w / fluid.MuW, kr.o / fluid.MuO};
+    return pairOf(kr.w / fluid.MuW, kr.o / fluid.MuO);
+}
+
+/// The share of buoyantShare.
+double shareTurned(double pull, const PairMobility& lambda) {
+    if (pull < 0.0) return -std::min(1.0, -pull * lambda.oil) * lambda.waterShare;
+    return std::min(1.0, pull * lambda.water) * lambda.oilShare;
 }
 
 /// What gravity makes of the flows with a known make-up, at the mobilities of the middle of the step; returns
@@ -119,8 +125,22 @@ bool gravityTurns(const FluidTables& tables, const TankFluid& fluid, const TankF
     if (fluid.factors.Bw * flows.inflow.water > NextToNothing * inflowVolume) return true;
     const PairMobility lambda = pairMobility(tables, fluid, start.Sw);
     return std::any_of(buoyant.begin(), buoyant.end(), [&](const BuoyantFlow& face) {
-        return std::abs(buoyantShare(face.pull, lambda.water, lambda.oil)) > NextToNothing;
+        return std::abs(shareTurned(face.pull, lambda)) > NextToNothing;
     });
+}
+
+/// Mobilities of water, oil and gas of a tank in a state, 1/cp.
+std::array<double, 3> mobilityAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state) {
+    const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, state.Sw, state.Sg);
+    return {kr.w / fluid.MuW, kr.o / fluid.MuO, tables.hasGas ? kr.g / fluid.MuG : 0.0};
+}
+
+/// What gravity makes of the flows of a tank's own mobilities, of which `mobility` are all three.
+OwnExchange turnedAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
+                     const std::array<double, 3>& mobility, std::span<const BuoyantFlow> buoyant) {
+    if (buoyant.empty()) return {};
+    if (tables.hasGas && state.Sg != 0.0) return turnedOwn(tables, fluid, state, buoyant);
+    return turnedBy(pairOf(mobility[0], mobility[1]), fluid, tables.hasGas ? state.Rs : 0.0, buoyant);
 }
 
 bool isStill(const PhaseState& before, const PhaseState& now) {
@@ -128,6 +148,11 @@ bool isStill(const PhaseState& before, const PhaseState& now) {
 }
 
 }  // namespace
+
+PairMobility pairOf(double water, double oil) {
+    const double sum = water + oil;
+    return sum > 0.0 ? PairMobility{water, oil, water / sum, oil / sum} : PairMobility{water, oil};
+}
 
 PhaseState tankState(const FluidTables& tables, const SaturationTable& table, const TankFluid& fluid,
                      const ConservedAmounts& held) {
@@ -158,19 +183,22 @@ ConservedAmounts makeUpOf(const TankFluid& fluid, const PhaseState& state, bool 
 }
 
 ConservedAmounts makeUpAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state) {
-    const RelPerms kr = relPermsAtCell(tables, fluid.cell, fluid.region, state.Sw, state.Sg);
-    return makeUpOf(fluid, state, tables.hasGas,
-                    {kr.w / fluid.MuW, kr.o / fluid.MuO, tables.hasGas ? kr.g / fluid.MuG : 0.0});
+    return makeUpOf(fluid, state, tables.hasGas, mobilityAt(tables, fluid, state));
 }
 
 OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
                       std::span<const BuoyantFlow> buoyant) {
+    if (buoyant.empty()) return {};
+    return turnedBy(pairMobility(tables, fluid, state.Sw), fluid, tables.hasGas ? state.Rs : 0.0, buoyant);
+}
+
+OwnExchange turnedBy(const PairMobility& lambda, const TankFluid& fluid, double Rs,
+                     std::span<const BuoyantFlow> buoyant) {
     OwnExchange moved;
-    if (buoyant.empty()) return moved;
-    moved.lambda = pairMobility(tables, fluid, state.Sw);
-    moved.Rs = tables.hasGas ? state.Rs : 0.0;
+    moved.lambda = lambda;
+    moved.Rs = Rs;
     for (const BuoyantFlow& face : buoyant) {
-        const double water = face.flow * buoyantShare(face.pull, moved.lambda.water, moved.lambda.oil);
+        const double water = face.flow * shareTurned(face.pull, lambda);
         const double own = (1.0 - face.followed) * water, apart = face.followed * water;
         exchange(fluid, own, moved.Rs * own, moved.rest);
         exchange(fluid, apart, moved.Rs * apart, moved.asked);
@@ -180,7 +208,7 @@ OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const P
 
 void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant) {
     for (BuoyantFlow& face : buoyant) {
-        const double water = share * buoyantShare(face.pull, turned.lambda.water, turned.lambda.oil);
+        const double water = share * shareTurned(face.pull, turned.lambda);
         face.own += water;
         face.ownGas += turned.Rs * water;
         if (follow) continue;
@@ -257,9 +285,15 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         double length = std::min(h, left);
         const bool steady = ++count > MostSubsteps && inVolume > 0.0;
         if (steady) length = left;
-        const ConservedAmounts own =
-            steady ? perVolume(flows.inflow, inVolume) : makeUpAt(tables, fluid, state);
-        const OwnExchange turned = steady ? OwnExchange{} : turnedOwn(tables, fluid, state, buoyant);
+        ConservedAmounts own;
+        OwnExchange turned;
+        if (steady) {
+            own = perVolume(flows.inflow, inVolume);
+        } else {
+            const std::array<double, 3> mobility = mobilityAt(tables, fluid, state);
+            own = makeUpOf(fluid, state, tables.hasGas, mobility);
+            turned = turnedAt(tables, fluid, state, mobility, buoyant);
+        }
         const auto after = [&](double time, bool follow) {
             const ConservedAmounts net = moved(held, time, flows.inflow, flows.rest, own);
             const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);

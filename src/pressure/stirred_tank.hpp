@@ -74,10 +74,12 @@ ConservedAmounts makeUpAt(const FluidTables& tables, const TankFluid& fluid, con
 ConservedAmounts makeUpOf(const TankFluid& fluid, const PhaseState& state, bool hasGas,
                           std::array<double, 3> mobility);
 
-/// Mobilities of water and oil of a tank in a state.
+/// Mobilities of water and oil of a tank in a state, with their shares of the sum.
 struct PairMobility {
     double water = 0.0, oil = 0.0;  // 1/cp
+    double waterShare = 0.0, oilShare = 0.0;
 };
+PairMobility pairOf(double water, double oil);
 
 /// What gravity makes of the flows of a tank's own mobilities over a substep.
 struct OwnExchange {
@@ -88,6 +90,9 @@ struct OwnExchange {
 };
 OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
                       std::span<const BuoyantFlow> buoyant);
+/// The same by known mobilities.
+OwnExchange turnedBy(const PairMobility& lambda, const TankFluid& fluid, double Rs,
+                     std::span<const BuoyantFlow> buoyant);
 
 /// Counts a substep, a share of the step, in the means of the faces. `follow`: known make-ups were followed.
 void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant);

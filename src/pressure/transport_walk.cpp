@@ -124,7 +124,11 @@ double buoyantPull(CellId cell, int face, const Walk& walk) {
 void listBuoyant(CellId cell, int face, double out, Walk& walk) {
     const double pull = buoyantPull(cell, face, walk);
     if (pull == 0.0) return;
-    BuoyantFlow flow{out, pull / out};
+    BuoyantFlow flow;
+    flow.cell = cell;
+    flow.face = face;
+    flow.flow = out;
+    flow.pull = pull / out;
     const FacePlace place = placeOf(walk.connections, cell, face);
     if (faceIsKnown(walk.makeUp, place)) {
         const ConservedAmounts& known = walk.makeUp.face(place.cell, place.axis);
@@ -196,7 +200,8 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
         if (!(out > 0.0)) continue;
         const FacePlace place = placeOf(walk.connections, cell, face);
         const bool known = faceIsKnown(walk.makeUp, place);
-        const bool pulled = buoyantPull(cell, face, walk) != 0.0;
+        const bool pulled = buoyant < walk.buoyant.size() && walk.buoyant[buoyant].cell == cell &&
+                            walk.buoyant[buoyant].face == face;
         const Turned turned = pulled ? turnedByGravity(walk.buoyant[buoyant++], outflow.followed) : Turned{};
         walk.passed(place.cell, place.axis) = passedBy(
             out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{}, turned);
