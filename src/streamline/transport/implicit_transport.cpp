@@ -1,5 +1,6 @@
 #include "streamline/transport/implicit_transport.hpp"
 
+#include "streamline/transport/cut_steps.hpp"
 #include "streamline/transport/explicit_transport.hpp"
 #include "streamline/transport/line_gravity.hpp"
 
@@ -12,42 +13,8 @@ namespace {
 constexpr double FirstShare = 0.1;  // of the step
 constexpr int FewIterations = 4;    // fewer let the step grow
 constexpr double Growth = 1.15;
-constexpr double Cut = 0.5;                   // of a step that did not converge
-constexpr double Regrowth = 2.0;              // of one that stands behind a cut
-constexpr int MostWaiting = 64;               // steps that stand before one that was cut grows again
 constexpr double ExplicitShare = 0.1;         // of the time left, above which a substep is worth taking
 constexpr double LeastSaturationStep = 1e-8;  // difference that carries a wave speed in the hybrid
-
-/// The way back to the length that a step had before it was cut. A line whose front has passed what kept it
-/// from converging would otherwise stay at a length of thousandths, whatever Newton finds there.
-struct CutSteps {
-    double lost = 0.0;  // days before the first cut; 0: nothing to make good
-    int waiting = 1;    // steps that have to stand first, twice as many behind each growth that was cut
-    int standing = 0;
-    bool grown = false;  // the step tried has just grown
-};
-
-double cutStep(double dt, CutSteps& cuts) {
-    if (cuts.grown) cuts.waiting = std::min(2 * cuts.waiting, MostWaiting);
-    cuts.lost = std::max(cuts.lost, dt);
-    cuts.standing = 0;
-    cuts.grown = false;
-    return Cut * dt;
-}
-
-/// Length behind a step of dt days that stood in `iterations`.
-double stepBehind(double dt, int iterations, CutSteps& cuts) {
-    cuts.grown = false;
-    const double next = nextImplicitStep(dt, iterations);
-    if (next >= cuts.lost) {
-        cuts = {};
-        return next;
-    }
-    if (++cuts.standing < cuts.waiting) return next;
-    cuts.standing = 0;
-    cuts.grown = true;
-    return std::min(cuts.lost, Regrowth * dt);
-}
 
 /// Newton steps from `elapsed` to the end of the step, the first of `dt` days.
 void march(const FluidTables& tables, const ImplicitControl& control, double elapsed, double step, double dt,

@@ -1,5 +1,6 @@
 #include "streamline/transport/implicit_transport.hpp"
 
+#include "streamline/transport/cut_steps.hpp"
 #include "streamline/transport/explicit_transport.hpp"
 #include "unit/streamline/line_samples.hpp"
 
@@ -59,6 +60,31 @@ TEST(FirstImplicitStep, IsATenthOfTheStepUpToTheMaximum) {
 TEST(NextImplicitStep, GrowsByFifteenPercentBehindFewerThanFourIterations) {
     EXPECT_DOUBLE_EQ(nextImplicitStep(2.0, 3), 2.3);
     EXPECT_DOUBLE_EQ(nextImplicitStep(2.0, 4), 2.0);
+}
+
+TEST(CutSteps, DoubleBackToTheLengthThatWasCutWhateverTheIterations) {
+    constexpr int Many = 20;
+    CutSteps cuts;
+    double dt = cutStep(cutStep(8.0, cuts), cuts);
+    EXPECT_EQ(dt, 2.0);
+    dt = stepBehind(dt, Many, cuts);
+    EXPECT_EQ(dt, 4.0);
+    dt = stepBehind(dt, Many, cuts);
+    EXPECT_EQ(dt, 8.0);
+    EXPECT_EQ(stepBehind(dt, Many, cuts), 8.0);
+    EXPECT_DOUBLE_EQ(stepBehind(dt, 2, cuts), 9.2);
+}
+
+TEST(CutSteps, WaitTwiceAsLongBehindAGrowthThatWasCut) {
+    constexpr int Many = 20;
+    CutSteps cuts;
+    double dt = cutStep(8.0, cuts);
+    for (const int waiting : {1, 2, 4}) {
+        for (int k = 1; k < waiting; ++k) EXPECT_EQ(stepBehind(dt, Many, cuts), 4.0);
+        dt = stepBehind(dt, Many, cuts);
+        ASSERT_EQ(dt, 8.0);
+        dt = cutStep(dt, cuts);
+    }
 }
 
 TEST(AdvanceImplicit, GrowsItsStepsAndLandsOnTheEnd) {

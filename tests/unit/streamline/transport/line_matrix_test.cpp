@@ -62,6 +62,22 @@ TEST(SolveLineMatrix, SolvesByEveryRoute) {
     }
 }
 
+TEST(SolveLineMatrix, PivotsBetweenTheRowsOfNeighbours) {
+    LineMatrix crossed;
+    sizeLineMatrix(1, 2, crossed);
+    crossed.upstreamOnly = false;
+    crossed.lower[1] = crossed.upper[0] = 1.0;
+    crossed.rhs = {3.0, 5.0};
+    ASSERT_TRUE(solveLineMatrix(LineRoute::Banded, crossed));
+    EXPECT_EQ(crossed.rhs, (std::vector<double>{5.0, 3.0}));
+    LineMatrix before = generated(3, 12, false);
+    LineMatrix matrix = generated(3, 12, false);
+    for (LineMatrix* one : {&before, &matrix})
+        for (std::size_t k = 0; k < one->diagonal.size(); k += 4) one->diagonal[k] *= 1e-9;
+    ASSERT_TRUE(solveLineMatrix(LineRoute::Banded, matrix));
+    EXPECT_LT(residual(before, before.rhs, matrix.rhs), 1e-11);
+}
+
 TEST(SolveLineMatrix, SaysSoWhereAPivotVanishes) {
     for (const LineRoute route : {LineRoute::Forward, LineRoute::Banded, LineRoute::Dense}) {
         LineMatrix one = generated(1, 4, true);
