@@ -28,13 +28,6 @@ double waterSaturation(const CellView& cell, const InitDepthTable& rows) {
     return cell.depth >= rows.WocDepth ? cell.table.SwAxis.back() : cell.table.SwAxis.front();
 }
 
-/// Sg by its capillary curve, or without one by the contact: the most above, the least below.
-double gasSaturation(const CellView& cell, const InitDepthTable& rows) {
-    if (cell.pcogFactor > 0.0)
-        return saturationAt(cell.inverse.gas, (cell.columns.gas - cell.columns.oil) / cell.pcogFactor);
-    return cell.depth < rows.GocDepth ? mostGasOf(cell.table) : cell.table.SgAxis.front();
-}
-
 /// Oil pressure of the cell: the oil column. Where the capillary pressure has run out of its curve oil no
 /// longer moves, and the column of the water or gas that does must stay in balance instead.
 double cellPressure(const CellView& cell) {
@@ -95,6 +88,12 @@ bool holdsWholeTransition(const CellView& cell, const DepthState& top, const Dep
 }
 
 }  // namespace
+
+double gasSaturation(const CellView& cell, const InitDepthTable& rows) {
+    if (cell.pcogFactor > 0.0)
+        return saturationAt(cell.inverse.gas, (cell.columns.gas - cell.columns.oil) / cell.pcogFactor);
+    return cell.depth < rows.GocDepth ? mostGasOf(cell.table) : cell.table.SgAxis.front();
+}
 
 RegionInverse invert(const SaturationTable& table) {
     RegionInverse inverse;

@@ -39,6 +39,9 @@ struct CellView {
     PhasePressures columns;
 };
 
+/// Sg by its capillary curve, or without one by the contact: the most above, the least below.
+double gasSaturation(const CellView& cell, const InitDepthTable& rows);
+
 /// Saturations and oil pressure that stand at one depth, or on the mean over a cell.
 struct DepthState {
     double Sw = 0.0, Sg = 0.0;

@@ -56,6 +56,7 @@ struct EndPointScaling {
     bool threePoint = false;  // SCALECRS: also the saturation at which the other phase stops flowing
     // In the order of EndPointKeywords, NaN in cells that have the point of their table; empty: all have.
     std::array<CellArray<double>, EndPointKeywords.size()> given;
+    CellArray<double> initialWater;  // SWATINIT, alike
 };
 
 }  // namespace kvr

@@ -63,24 +63,10 @@ int equilibriumOf(const GridModel& grid, CellId cell) {
     return grid.EQLNUM.empty() ? 1 : grid.EQLNUM[cell];
 }
 
-/// The columns of every equilibrium region that has cells, with the fluids of its first one.
-std::vector<InitDepthTable> depthTables(const Console& console, const GridModel& grid,
-                                        const FluidTables& tables, const InitialConditions& initial,
-                                        bool hasWater) {
-    std::vector<InitDepthTable> columns(initial.regions.size());
-    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
-        if (grid.Active[cell] == 0) continue;
-        const auto region = static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1;
-        if (columns[region].Depth.empty())
-            columns[region] =
-                buildDepthTable(console, grid, pvtAt(tables, cell), initial.regions[region], hasWater);
-    }
-    return columns;
-}
-
 void initialiseByDepth(const Console& console, const GridModel& grid, const FluidTables& tables,
                        const InitialConditions& initial, const RunOptions& options, CellState& state) {
-    const std::vector<InitDepthTable> columns = depthTables(console, grid, tables, initial, options.hasWater);
+    const std::vector<InitDepthTable> columns =
+        equilibriumColumns(console, grid, tables, initial, options.hasWater);
     std::vector<RegionInverse> inverses;
     for (const SaturationTable& table : tables.regions) inverses.push_back(invert(table));
     ExcessGas excess;
@@ -173,6 +159,20 @@ void tellOilOfNoPhase(const Console& console, const GridModel& grid, const RunOp
 }
 
 }  // namespace
+
+std::vector<InitDepthTable> equilibriumColumns(const Console& console, const GridModel& grid,
+                                               const FluidTables& tables, const InitialConditions& initial,
+                                               bool hasWater) {
+    std::vector<InitDepthTable> columns(initial.regions.size());
+    for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
+        if (grid.Active[cell] == 0) continue;
+        const auto region = static_cast<std::size_t>(equilibriumOf(grid, cell)) - 1;
+        if (columns[region].Depth.empty())
+            columns[region] =
+                buildDepthTable(console, grid, pvtAt(tables, cell), initial.regions[region], hasWater);
+    }
+    return columns;
+}
 
 void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables,
                     const InitialConditions& initial) {

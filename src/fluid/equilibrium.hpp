@@ -2,10 +2,13 @@
 
 #include "base/console.hpp"
 #include "deck/options.hpp"
+#include "fluid/depth_table.hpp"
 #include "fluid/initial_conditions.hpp"
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
+
+#include <vector>
 
 namespace kvr {
 
@@ -22,6 +25,11 @@ void initialiseBlackOil(const Console& console, const GridModel& grid, const Flu
 /// unasked. Cells whose state arrays give need no record.
 void requireRegions(const Console& console, const GridModel& grid, const FluidTables& tables,
                     const InitialConditions& initial);
+
+/// The columns of every equilibrium region that has cells, with the fluids of its first one; EQUIL is given.
+std::vector<InitDepthTable> equilibriumColumns(const Console& console, const GridModel& grid,
+                                               const FluidTables& tables, const InitialConditions& initial,
+                                               bool hasWater);
 
 /// The lines that tell whether the initial state follows from EQUIL or from arrays.
 void tellInitialBranch(const Console& console, bool byDepth);

@@ -20,6 +20,7 @@
 #include "eclipse/restart_velocity.hpp"
 #include "fluid/component_equilibrium.hpp"
 #include "fluid/equilibrium.hpp"
+#include "fluid/initial_water.hpp"
 #include "implicit/fully_implicit.hpp"
 #include "model/block_grid.hpp"
 #include "model/conditioning.hpp"
@@ -242,6 +243,8 @@ void chooseOilRows(const RunOptions& options, FluidTables& fluids) {
 void initialiseState(Simulation& simulation) {
     chooseOilRows(simulation.options, simulation.fluids);
     prepareRock(simulation.options, simulation.grid);  // capillary scales, before contacts are inverted
+    scaleToInitialWater(simulation.console, simulation.initial, simulation.options, simulation.grid,
+                        simulation.fluids);
     allocateCellState(simulation.grid.NCELLS, simulation.options.tracerCount, simulation.state);
     allocateStores(simulation.console, simulation.options, simulation.grid.NCELLS, simulation.state);
     if (simulation.options.componentCount > 0) {

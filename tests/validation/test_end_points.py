@@ -48,7 +48,6 @@ class Case:
 
 
 CASES = {
-    "two points": Case(WATER),
     "three points and values": Case("SCALECRS\nYES /\n" + WATER + VALUES),
     "every cell its own": Case(EVERY_CELL),
     "gas by three points": Case("SCALECRS\nYES /\n" + GAS, gas=True, vectors=("FOPT", "FGPT")),
@@ -118,3 +117,17 @@ def test_in_place_is_what_an_independent_simulator_counts(curves, points, tmp_pa
         print(f"{name}: {100 * (ours[name][-1] / peer[name][-1] - 1):.3f} % (effect {100 * (without[name][-1] / peer[name][-1] - 1):.1f} %)")
         assert ours[name][-1] == pytest.approx(peer[name][-1], rel=0.001)
     assert without["FOIP"][-1] != pytest.approx(peer["FOIP"][-1], rel=0.01)
+
+
+def test_water_that_the_deck_gives_stands_where_an_independent_simulator_has_it(tmp_path):
+    def deck(props):
+        return KeywordDeck(runspec="ENDSCALE\n/\n", relperm=CURVES + props, summary="FOIP\nFWIP\n",
+                           solution="EQUIL\n8000 4000 8100 0 7000 0 1* 1* 0 /\n", schedule=WELLS + "TSTEP\n0.01 /\n")
+
+    given = "SWL\n200*0.15 /\nSWCR\n200*0.2 /\nSWATINIT\n" + by_cell(lambda i, j, k: round(0.1 + 0.03 * i + 0.1 * k, 3))
+    peer, without = (flow_vectors(tmp_path / folder, deck(props).text(), "FOIP", "FWIP") for folder, props in (("with", given), ("without", "")))
+    ours = summary_of(tmp_path / "ours", deck(given).text("TUNEKVR\nFDMETHOD\nFIM\n"))
+    for name in ("FOIP", "FWIP"):
+        print(f"{name}: {100 * (ours[name][-1] / peer[name][-1] - 1):.3f} % (effect {100 * (without[name][-1] / peer[name][-1] - 1):.1f} %)")
+        assert ours[name][-1] == pytest.approx(peer[name][-1], rel=0.0005)
+        assert without[name][-1] != pytest.approx(peer[name][-1], rel=0.01)

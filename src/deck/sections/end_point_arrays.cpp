@@ -84,6 +84,15 @@ void readEndPoints(SectionReader& reader, PropsRecords& records) {
                   isPressure ? reader.units->copyPressure : 1.0);
 }
 
+void readInitialWater(SectionReader& reader, PropsRecords& records) {
+    if (!isAskedFor(reader, records)) return;
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    CellArray<double>& values = records.tables.scaling.initialWater;
+    if (values.empty()) values.assign(records.grid.NCELLS, NotGiven);
+    readCellArray(reader, values.cells());
+}
+
 void readScalecrs(SectionReader& reader, PropsRecords& records) {
     if (!isAskedFor(reader, records)) return;
     announce(reader, reader.keyword);

@@ -8,6 +8,9 @@ namespace kvr {
 /// table.
 void readEndPoints(SectionReader& reader, PropsRecords& records);
 
+/// SWATINIT: the water saturation that EQUIL is to give each cell.
+void readInitialWater(SectionReader& reader, PropsRecords& records);
+
 /// SCALECRS: YES for three points, NO for two.
 void readScalecrs(SectionReader& reader, PropsRecords& records);
 

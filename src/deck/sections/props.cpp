@@ -350,6 +350,9 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{"KRORG", readEndPoints, "kro where gas stops flowing"},
     KeywordRow<PropsRecords>{"PCW", readEndPoints, "greatest capillary pressure of water"},
     KeywordRow<PropsRecords>{"PCG", readEndPoints, "greatest capillary pressure of gas"},
+    KeywordRow<PropsRecords>{
+        "SWATINIT", readInitialWater,
+        "with `ENDSCALE`: the water that `EQUIL` is to give each cell, by scaling its Pcow"},
     KeywordRow<PropsRecords>{"SCALECRS", readScalecrs,
                              "`YES`: relative permeabilities are scaled by three points, `NO`: by two"},
     KeywordRow<PropsRecords>{"EQUALS", readEndPointEquals, "sets arrays of end points over boxes"},
