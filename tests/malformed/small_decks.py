@@ -19,10 +19,12 @@ LARGER_CELLS = (8, 8, 5)  # of some decks more, so that a multigrid solver has s
 LARGER = ("ub_multigrid_null_span", "FIVE1", "SPE1CASE1", "SPE9", "FAULTCP")
 MOST_STEPS = 2  # of one TSTEP
 MOST_TIMES = 3  # TSTEP and DATES of a schedule
+MOST_ITERATIONS = 2  # of a match
 SOAK_SEEDS = range(1, 13)
 WHOLE_BYTES = 12000  # a deck up to this size with no more cells than below also stands as it is
 WHOLE_CELLS = 150
 LONG = ("streamline_auto_small_steps", "WATER_AND_GAS")  # take seconds as they stand: a thousand others fit in
+OBSERVED = {"WELL_OBSERVED.DATA"}  # histories of a match, beside its deck
 BINARY = {".EGRID", ".GRID", ".INIT", ".X0000", ".X0001", ".S0001", ".SMSPEC"}
 
 CELL_ARRAYS = set("""DX DY DZ TOPS PORO PERMX PERMY PERMZ NTG ACTNUM SATNUM PVTNUM EQLNUM FIPNUM MULTX MULTY MULTZ
@@ -111,10 +113,8 @@ def crop_array(word, lines, shape, small):
     cells, layer = shape[0] * shape[1] * shape[2], shape[0] * shape[1]
     if word in AXIS_ARRAYS and len(values) == shape[AXIS_ARRAYS[word]]:
         return [word] + packed(values[:small[AXIS_ARRAYS[word]]]) + ["/"]
-    if word in CELL_ARRAYS and len(values) == cells:
-        return [word] + packed(kept(values, shape, small)) + ["/"]
-    if word in CELL_ARRAYS and len(values) == layer:
-        return [word] + packed(kept(values, shape, (small[0], small[1], 1))) + ["/"]
+    if word in CELL_ARRAYS and values and len(values) <= cells and len(values) % layer == 0:
+        return [word] + packed(kept(values, shape, (small[0], small[1], min(small[2], len(values) // layer)))) + ["/"]
     if word == "COORD" and len(values) == (shape[0] + 1) * (shape[1] + 1) * 6:
         return [word] + packed(kept_pillars(values, shape, small), 6) + ["/"]
     if word == "ZCORN" and len(values) == 8 * cells:
@@ -159,6 +159,10 @@ def shorter_times(lines):
     return [lines[0], " ".join(values[:MOST_STEPS]) + " /"]
 
 
+def fewer_iterations(lines):
+    return [re.sub(r"\d+", lambda count: str(min(int(count.group()), MOST_ITERATIONS)), line) for line in lines]
+
+
 def cropped(text, most_cells=MOST_CELLS):
     """The deck with few cells and few steps."""
     found = re.search(r"(?m)^DIMENS[^\n]*\n(?:\s*--[^\n]*\n|\s*\n)*\s*(\d+)\s+(\d+)\s+(\d+)", text)
@@ -166,6 +170,8 @@ def cropped(text, most_cells=MOST_CELLS):
         return text
     shape = [int(n) for n in found.groups()]
     small = [min(n, most) for n, most in zip(shape, most_cells)]
+    if re.search(r"(?m)^DUALPORO", text):
+        small[2] = shape[2]  # layers of the matrix, and as many of the fractures
     lines, times = [], 0
     for word, block in blocks_of(text):
         if word == "DIMENS":
@@ -174,6 +180,8 @@ def cropped(text, most_cells=MOST_CELLS):
             block = crop_array(word, block, shape, small)
         elif word in BOX_ROWS or word in WELL_ROWS:
             block = crop_rows(word, block, shape, small)
+        elif word == "DOINV":
+            block = fewer_iterations(block)
         elif word in SCHEDULE_TIMES:
             times += 1
             block = shorter_times(block) if word == "TSTEP" else block
@@ -197,13 +205,14 @@ def public_seeds():
             name = str(path.relative_to(root).with_suffix("")).replace("/", "_")
             files = {near.name: near.read_bytes() for near in path.parent.iterdir() if near.suffix in BINARY}
             whole = with_includes(text, path.parent)
-            seeds.append(Seed(name, cropped(whole).encode("latin-1"), {}))
+            observed = {near.name: near.read_bytes() for near in path.parent.iterdir() if near.name in OBSERVED}
+            seeds.append(Seed(name, cropped(whole).encode("latin-1"), observed))
             if name.endswith(LARGER):
                 seeds.append(Seed(name + "_larger", cropped(whole, LARGER_CELLS).encode("latin-1"), {}))
             if files:
                 seeds.append(Seed(name + "_restart", text.encode("latin-1"), files))
             elif len(whole) <= WHOLE_BYTES and cell_count(whole) <= WHOLE_CELLS and not name.endswith(LONG):
-                seeds.append(Seed(name + "_whole", whole.encode("latin-1"), {}))
+                seeds.append(Seed(name + "_whole", whole.encode("latin-1"), observed))
     return seeds
 
 
