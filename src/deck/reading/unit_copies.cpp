@@ -2,6 +2,8 @@
 
 #include "base/number_writer.hpp"
 
+#include <cmath>
+
 namespace kvr {
 
 namespace {
@@ -71,7 +73,10 @@ template <class T>
 void copyReals(const SectionReader& reader, std::span<const T> values, double deckFactor, double copyFactor) {
     forEachCopy(reader, [&](NumberWriter& writer, DeckUnits system) {
         const double factor = factorFor(reader, system, copyFactor) / deckFactor;
-        writeArray(writer, reader.keyword, values, [&](T value) { putNumber(writer, value * factor); });
+        writeArray(writer, reader.keyword, values, [&](T value) {
+            if (std::isnan(value)) return put(writer, "1*");  // left out in the deck
+            putNumber(writer, value * factor);
+        });
     });
 }
 

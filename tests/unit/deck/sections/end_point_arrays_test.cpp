@@ -62,6 +62,16 @@ TEST(EndPointArrays, ComeByRowsOverBoxes) {
     EXPECT_TRUE(std::isnan(bench.given("PCW")[3]));
 }
 
+TEST(EndPointArrays, LeaveOutInACopyWhatTheDeckLeavesOut) {
+    EndPointBench bench("SWL\n0.1 2* 0.15 /\nSWATINIT\n3* 0.5 /\n");
+    bench.reader.outputMetric = true;
+    bench.read();
+    const std::string copy = contentsOf(bench.sinks.metricCopy);
+    EXPECT_NE(copy.find("SWL\n0.1 1* 1* 0.15 /"), std::string::npos) << copy;
+    EXPECT_NE(copy.find("SWATINIT\n1* 1* 1* 0.5 /"), std::string::npos) << copy;
+    EXPECT_DOUBLE_EQ(bench.tables.scaling.initialWater[4], 0.5);
+}
+
 TEST(EndPointArrays, FillABox) {
     EndPointBench bench("BOX\n2 3 1 1 1 1 /\nKRW\n2*0.5 /\nENDBOX\n");
     bench.read();
