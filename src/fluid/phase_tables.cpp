@@ -22,7 +22,8 @@ double valueOf(const Column& axis, const Column& column, double at) {
 }
 
 /// The saturations of a phase and those that leave the oil at a row of its table, inside the range of the
-/// first.
+/// first. At least two rows, of which the look-ups take one for the low end: a table without any width has
+/// its value twice.
 Column commonAxis(const Column& own, const Column& oil, double rest) {
     Column axis = own;
     for (const double so : oil) {
@@ -32,6 +33,7 @@ Column commonAxis(const Column& own, const Column& oil, double rest) {
     std::sort(axis.begin(), axis.end());
     const auto same = [](double a, double b) { return b - a < SameSaturation; };
     axis.erase(std::unique(axis.begin(), axis.end(), same), axis.end());
+    if (axis.size() == 1) axis.push_back(axis.front());
     return axis;
 }
 

@@ -58,5 +58,23 @@ TEST(PhaseTables, OfGasCountTheOilBesideConnateWater) {
     EXPECT_NEAR(table.Krog[0], 1.0, 1e-12);
 }
 
+TEST(PhaseTables, OfNoWidthHaveTwoRowsAllTheSame) {
+    FluidTables tables;
+    PhaseTables phases;
+    phases.Sg = {0.0, 0.0};  // a row that lost its saturation
+    phases.Krg = {0.0, 1.0};
+    phases.Pcog = {0.0, 0.0};
+    phases.So = {0.0, 0.8};
+    phases.Krow = {0.0, 1.0};
+    phases.Krog = {0.0, 1.0};
+    tables.phaseTables = {phases};
+    combinePhaseTables(Silent, false, tables);
+    const SaturationTable& table = tables.regions[0];
+    EXPECT_EQ(table.SgAxis, (Column{0.0, 0.0}));
+    EXPECT_EQ(table.Krg, (Column{0.0, 0.0}));
+    EXPECT_EQ(table.Krog, (Column{1.0, 1.0}));
+    EXPECT_EQ(table.Pcog.size(), 2U);
+}
+
 }  // namespace
 }  // namespace kvr
