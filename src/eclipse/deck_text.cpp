@@ -13,7 +13,7 @@ void putLine(std::string_view line, std::FILE* file) {
 
 }  // namespace
 
-std::string quoted(std::string_view name) {
+std::string inQuotes(std::string_view name) {
     return fmt::format("'{}'", name);
 }
 

@@ -13,7 +13,7 @@ namespace kvr {
 // What the writers of deck fragments share: the text of names, numbers, rows and blocks.
 
 /// A name in quotes.
-std::string quoted(std::string_view name);
+std::string inQuotes(std::string_view name);
 /// A number with as many digits as bring the same one back.
 std::string deckNumber(double value);
 

@@ -136,14 +136,14 @@ std::string injectorRow(const UnitSystem& units, const ResponseFactors& factors,
     const double given = well.injRate / rateFactor(units, fluid) / factor;
     const double rate = at.value(fluid.response, given) * factor;
     const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
-    return fmt::format("{} {} {} {} {} 6* {}", quoted(well.name), fluid.word, statusOf(well),
+    return fmt::format("{} {} {} {} {} 6* {}", inQuotes(well.name), fluid.word, statusOf(well),
                        deckNumber(rate), bhp > 0.0 ? deckNumber(bhp) : "1*",
                        gas && bhp > 0.0 ? "BHP" : "RATE");
 }
 
 std::string producerRow(const ResponseFactors& factors, const ScheduleWell& well, const WellAtReport& at) {
     const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
-    return fmt::format("{} OPEN {} {} {} {} 3* {}", quoted(well.name), controlWord(well.control),
+    return fmt::format("{} OPEN {} {} {} {} 3* {}", inQuotes(well.name), controlWord(well.control),
                        deckNumber(at.value(response::WOPR, 0.0) * factors.liquid),
                        deckNumber(at.value(response::WWPR, 0.0) * factors.liquid),
                        deckNumber(at.value(response::WGPR, 0.0) * factors.gas),
@@ -199,8 +199,8 @@ std::string integerOrDefault(int value) {
 std::vector<std::string> definitionRows(const UnitSystem& units, const ScheduleStep& entry) {
     std::vector<std::string> rows;
     for (const ScheduleWell& well : entry.wells)
-        rows.push_back(fmt::format("{} {} {} {} {} {}", quoted(well.name),
-                                   quoted(well.group.empty() ? "G" : well.group), well.headI, well.headJ,
+        rows.push_back(fmt::format("{} {} {} {} {} {}", inQuotes(well.name),
+                                   inQuotes(well.group.empty() ? "G" : well.group), well.headI, well.headJ,
                                    well.refDepth >= 0.0 ? deckNumber(well.refDepth / units.length) : "1*",
                                    well.preferredPhase.empty() ? "OIL" : well.preferredPhase));
     return rows;
@@ -212,7 +212,7 @@ std::vector<std::string> connectionRows(const UnitSystem& units, const ScheduleS
         return value >= 0.0 ? deckNumber(value / factor) : std::string("1*");
     };
     for (const ScheduleCompletion& row : entry.completions)
-        rows.push_back(fmt::format("{} {} {} {} {} {} {} {} {} {} {} 1* {}", quoted(row.wellName),
+        rows.push_back(fmt::format("{} {} {} {} {} {} {} {} {} {} {} 1* {}", inQuotes(row.wellName),
                                    integerOrDefault(row.i), integerOrDefault(row.j), row.k1, row.k2,
                                    row.status, integerOrDefault(row.satTable),
                                    given(row.transFactor, units.connectionFactor),
@@ -226,7 +226,7 @@ std::vector<std::string> efficiencyRows(const WellRecord& wells) {
     std::vector<std::string> rows;
     for (const Well& well : wells.wells)
         if (well.efficiency != 1.0)
-            rows.push_back(fmt::format("{} {}", quoted(well.WellName), deckNumber(well.efficiency)));
+            rows.push_back(fmt::format("{} {}", inQuotes(well.WellName), deckNumber(well.efficiency)));
     return rows;
 }
 
@@ -251,7 +251,7 @@ std::vector<std::string> injectorControls(const UnitSystem& units, const WellRec
         if (!isInjector(well)) continue;
         const InjectedFluid& fluid = fluidOf(well.InjectFluid);
         const double rate = well.deckControl == "rate" ? well.TargetRate : 0.0;
-        rows.push_back(fmt::format("{} {} {} {} {} {} {}", quoted(well.WellName), fluid.word,
+        rows.push_back(fmt::format("{} {} {} {} {} {} {}", inQuotes(well.WellName), fluid.word,
                                    openOrShut(well), askedControl(well) == "bhp" ? "BHP" : "RATE",
                                    deckRate(well, rate, rateFactor(units, fluid)),
                                    deckRate(well, well.holdsLimits ? well.targetResv : 0.0, units.liquidRate),
@@ -286,7 +286,7 @@ std::vector<std::string> producerControls(const Console& console, const UnitSyst
             tell(console, fmt::format("Well {}: control '{}'", well.WellName, askedControl(well)));
             continue;
         }
-        std::string row = fmt::format("{} {} {}", quoted(well.WellName), openOrShut(well), control->word);
+        std::string row = fmt::format("{} {} {}", inQuotes(well.WellName), openOrShut(well), control->word);
         for (const ProducerControl& column : ProducerControls) {
             if (column.target == nullptr) continue;
             const double factor = column.ofGas ? units.gasRate : units.liquidRate;

@@ -131,12 +131,12 @@ void splitDeck(const Console& console, const RunOptions& options, int step) {
         std::fputs((deck.line + "\n").c_str(), file);
         const std::string replacement = replacementOf(section, step);
         hasSchedule = hasSchedule || section == "SCHEDULE";
-        if (!replacement.empty()) putRecord("INCLUDE", quoted(replacement), file);
+        if (!replacement.empty()) putRecord("INCLUDE", inQuotes(replacement), file);
         section = copySection(console, deck, replacement.empty() ? file : nullptr);
     }
     if (!hasSchedule) {  // as in a deck whose schedule is a file of its own
         std::fputs("SCHEDULE\n", file);
-        putRecord("INCLUDE", quoted(stepScheduleName(step)), file);
+        putRecord("INCLUDE", inQuotes(stepScheduleName(step)), file);
     }
     std::fputs("END\n", file);
     closeOrStop(console, file, path);
@@ -163,7 +163,7 @@ void writeRestartSolution(const Console& console, const RunOptions& options, int
     std::FILE* file = replaceTextOrStop(console, path);
     log(console, " -> File Generated for Solution of Optimization    :: {}", path);
     if (step > 1) {
-        putRecord("RESTART", fmt::format("{} {}", quoted(restartDeckName(options, step - 1)), step - 1),
+        putRecord("RESTART", fmt::format("{} {}", inQuotes(restartDeckName(options, step - 1)), step - 1),
                   file);
     } else {
         DeckLines deck;
