@@ -102,6 +102,7 @@ struct ScheduleCompletion {
     std::string status = "OPEN";
     int satTable = 0;
     double transFactor = -1.0;  // rb cp/(day psi); negative: compute
+    double multiplier = 1.0;    // WPIMULT: of that factor
     double diameter = 0.0;      // ft
     float kh = -1.0F;
     float skin = 0.0F;

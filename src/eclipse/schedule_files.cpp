@@ -222,6 +222,15 @@ std::vector<std::string> connectionRows(const UnitSystem& units, const ScheduleS
     return rows;
 }
 
+std::vector<std::string> multiplierRows(const ScheduleStep& entry) {
+    std::vector<std::string> rows;
+    for (const ScheduleCompletion& row : entry.completions)
+        for (int k = std::min(row.k1, row.k2); row.multiplier != 1.0 && k <= std::max(row.k1, row.k2); ++k)
+            rows.push_back(fmt::format("{} {} {} {} {}", inQuotes(row.wellName), deckNumber(row.multiplier),
+                                       integerOrDefault(row.i), integerOrDefault(row.j), k));
+    return rows;
+}
+
 std::vector<std::string> efficiencyRows(const WellRecord& wells) {
     std::vector<std::string> rows;
     for (const Well& well : wells.wells)
@@ -328,6 +337,7 @@ void putDefinitions(const UnitSystem& units, const ScheduleStep& entry, std::FIL
         putRecord("DRSDT", deckNumber(entry.mostRsRise / units.gasRatio), file);
     putKeyword("WELSPECS", definitionRows(units, entry), file);
     putKeyword("COMPDAT", connectionRows(units, entry), file);
+    putKeyword("WPIMULT", multiplierRows(entry), file);
 }
 
 std::string stepScheduleName(int step) {

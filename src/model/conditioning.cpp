@@ -6,6 +6,7 @@
 #include "model/box_transmissibility.hpp"
 #include "model/corner_transmissibility.hpp"
 #include "model/dual_porosity.hpp"
+#include "model/given_by_cell.hpp"
 #include "model/multipliers.hpp"
 #include "model/neighbours.hpp"
 #include "model/nine_point.hpp"
@@ -112,6 +113,16 @@ void multiplyTransRows(const Console& console, const GridModel& grid, const std:
     }
 }
 
+/// Given pore volumes, and the cells that are too small by MINPV: behind the formulas, which form the bulk
+/// volumes. Pore volumes once per run, since PORO keeps the result.
+void settlePoreVolumes(const Console& console, bool isFirst, GridModel& grid, ConnectionTable& connections) {
+    if (isFirst) takeGivenPoreVolumes(grid);
+    if (!(grid.leastPoreVolume > 0.0) && grid.given.poreVolume.empty()) return;
+    const double least = grid.leastPoreVolume;
+    if (const CellId closed = closeSmallCells(grid, connections); closed > 0 && least > 0.0)
+        both(console, "NOTE at GRID :: INACTIVE GRID (PORE VOLUME BELOW MINPV) :: {}", closed);
+}
+
 /// Depths along the directions beyond the faces, which the formulas leave out.
 void storeDiagonalDepths(const GridModel& grid, ConnectionTable& connections) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
@@ -208,12 +219,14 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     allocateConnections(console, grid.NCELLS, width, connections);
     prepareRock(options, grid);
     buildNeighbours(grid, connections);
+    const bool isFirst = !grid.editRockApplied;
     editRock(console, grid);
     shutCellsWithoutRock(grid);  // a repeated conditioning would find them before the edits
     if (options.useNewtran)
         connectByCornerFormula(grid, connections, units.VolumeFactor);
     else
         connectByBoxFormula(grid, connections, units.VolumeFactor);
+    settlePoreVolumes(console, isFirst, grid, connections);
     storeDiagonalDepths(grid, connections);
     // Only the fully implicit method lets the diagonals flow: faces that had given part of their flow to
     // them would leave the velocity field of the other methods short.
@@ -225,6 +238,7 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     multiplyTransRows(console, grid, grid.multiplyRows, connections);
     multiplyTransRows(console, grid, grid.editRows, connections);
     connectContinua(units.VolumeFactor, grid, connections);
+    takeGivenTrans(grid, connections);
     if (const long long multiplied = multiplyFaces(grid, connections); multiplied > 0)
         both(console, " Connections multiplied by MULTX .. MULTZ-, MULTFLT: {}", multiplied);
     printSummary(console, summarise(grid, connections));

@@ -69,6 +69,12 @@ struct DualPorosity {
     CellArray<double> DZMTRX;  // ft, height of the blocks in matrix cells; empty: those of the cells
 };
 
+/// What the deck gives by cell in place of what geometry and rock say. Empty: nothing; below 0: not this cell.
+struct GivenByCell {
+    CellArray<double> poreVolume;            // PORV, internal volume
+    std::array<CellArray<double>, 3> trans;  // TRANX .. TRANZ to the upper neighbour, rb cp/(day psi)
+};
+
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
 struct GridModel {
     int NX = 0, NY = 0, NZ = 0;
@@ -103,6 +109,8 @@ struct GridModel {
     // MULTX-, MULTX .. MULTZ- , MULTZ at [face - 1]: of the connection through that face; empty: 1
     std::array<CellArray<double>, 6> faceMultiplier;
     CellArray<double> MULTPV;  // of pore volumes; empty: 1
+    GivenByCell given;
+    double leastPoreVolume = 0.0;  // MINPV, internal volume: a cell with less takes no part in flow
     std::vector<FaultFaces> faultFaces;
     std::vector<FaultMultiplier> faultMultipliers;
     bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run

@@ -2,6 +2,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/given_arrays.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
 #include "deck/sections/grid_section.hpp"
@@ -17,8 +18,9 @@ void sayGridKeyword(SectionReader& reader, GridModel&) {
     lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
 }
 
-bool isTransmissibility(const std::string& name) {
-    return trim(name).starts_with("TRAN");
+/// Arrays of rows that act where they stand, in the common form.
+bool actsInPlace(const std::string& name) {
+    return trim(name).starts_with("TRAN") || trim(name) == "PORV";
 }
 
 /// Kept, not applied: every word, since only conditioning knows which of them act.
@@ -27,8 +29,8 @@ void readMultiply(SectionReader& reader, GridModel& grid) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
         if (isNegativeFactor(reader, row)) return;
-        if (reader.commonForm && isTransmissibility(row.name)) {
-            actInOrder(reader, row, grid);
+        if (reader.commonForm && actsInPlace(row.name)) {
+            if (!actInOrder(reader, row, grid)) reportNotSupported(reader, row.name);
             return;
         }
         grid.editRows.push_back(std::move(row));
@@ -44,12 +46,35 @@ void readMultpv(SectionReader& reader, GridModel& grid) {
     readPoreVolumeMultiplier(reader, grid);
 }
 
+/// PORV and TRANX .. TRANZ alone: what else could be set has gone into them when the section begins.
+void readEditEquals(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
+        row.action = RowAction::Set;
+        if (!giveInOrder(reader, row, grid)) reportNotSupported(reader, row.name);
+    });
+    endCopiedList(reader);
+}
+
+template <int Axis>
+void readTransOf(SectionReader& reader, GridModel& grid) {
+    readTrans(reader, Axis, grid);
+}
+
 constexpr std::array Keywords = {
     KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
     KeywordRow<GridModel>{
         "MULTIPLY", readMultiply,
         "multiplies PERMX, PERMY, PERMZ, PORV, TRANX, TRANY, TRANZ over a box; TRANX, TRANY, "
         "TRANZ in a named deck to the upper neighbour alone"},
+    KeywordRow<GridModel>{"PORV", readPorv, "pore volumes in place of those computed, one value per cell"},
+    KeywordRow<GridModel>{
+        "TRANX", readTransOf<0>,
+        "transmissibilities to the neighbours at i + 1 in place of those computed, one per cell"},
+    KeywordRow<GridModel>{"TRANY", readTransOf<1>, "the same at j + 1"},
+    KeywordRow<GridModel>{"TRANZ", readTransOf<2>, "the same at k + 1"},
+    KeywordRow<GridModel>{"EQUALS", readEditEquals, "sets PORV, TRANX, TRANY, TRANZ over a box"},
     KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
     KeywordRow<GridModel>{"MULTPV", readMultpv, "as in `GRID`, in place of what stands there"},
 };

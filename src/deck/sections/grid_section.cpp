@@ -3,6 +3,7 @@
 #include "base/hard_stop.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "deck/sections/given_arrays.hpp"
 #include "deck/sections/grid_arithmetic.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/grid_checks.hpp"
@@ -193,6 +194,10 @@ void readMultpv(SectionReader& reader, GridRecords& records) {
     readPoreVolumeMultiplier(reader, records.grid);
 }
 
+void readLeastPoreVolume(SectionReader& reader, GridRecords& records) {
+    readMinpv(reader, records.grid);
+}
+
 void readFaultRows(SectionReader& reader, GridRecords& records) {
     readFaults(reader, records.grid);
 }
@@ -255,6 +260,7 @@ constexpr std::array Keywords = {
     Row{"FLUXNUM", readNumbers<&GridModel::FLUXNUM>, "another numbering for the same"},
     Row{"OPERNUM", readNumbers<&GridModel::OPERNUM>, "another numbering for the same"},
     Row{"MULTPV", readMultpv, "of each cell, what its pore volume is multiplied by"},
+    Row{"MINPV", readLeastPoreVolume, "pore volume below which a cell takes no part in flow"},
     Row{"MULTX", readMultiplierOf<2>,
         "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
     Row{"MULTY", readMultiplierOf<4>, "the same at j + 1"},

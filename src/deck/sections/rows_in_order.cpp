@@ -1,6 +1,7 @@
 #include "deck/sections/rows_in_order.hpp"
 
 #include "base/text.hpp"
+#include "deck/sections/given_arrays.hpp"
 #include "model/array_arithmetic.hpp"
 #include "model/cell_box.hpp"
 
@@ -95,6 +96,11 @@ bool actInOrder(const SectionReader& reader, const ArithmeticRow& row, GridModel
         const bool hasUnit = known->isLength && row.action != RowAction::Multiply;
         actOn(grid, row, hasUnit ? row.value * reader.units->length : row.value,
               given(grid, grid.*known->array));
+        return true;
+    }
+    if (giveInOrder(reader, row, grid)) return true;
+    if (toUpper(trim(row.name)) == "PORV" && row.action == RowAction::Multiply) {
+        actOn(grid, row, row.value, given(grid, grid.MULTPV));
         return true;
     }
     if (const FaceArray* known = rowNamed(FaceArrays, row.name)) {

@@ -11,19 +11,19 @@ namespace kvr {
 
 namespace {
 
-// --- WELOPEN -----------------------------------------------------------------------------------------
+// --- WELOPEN and WPIMULT
+// -----------------------------------------------------------------------------------------
 
 constexpr int Defaulted = std::numeric_limits<int>::min();
 
-/// Items of connections that are given as 0 or less mean any of them; the row is for the well itself only
-/// where all of them are left out.
-struct WelopenRow {
-    std::string name, status = "OPEN";
+/// What a row names of a well. Items that are given as 0 or less mean any of them.
+struct ConnectionItems {
     int i = Defaulted, j = Defaulted, k = Defaulted;
     int first = Defaulted, last = Defaulted;  // numbers of connections, in the order of the deck
 };
 
-bool namesConnections(const WelopenRow& row) {
+/// The row is for the well itself where all of them are left out.
+bool namesConnections(const ConnectionItems& row) {
     const int items[] = {row.i, row.j, row.k, row.first, row.last};
     return std::any_of(std::begin(items), std::end(items), [](int item) { return item != Defaulted; });
 }
@@ -49,7 +49,7 @@ std::vector<ScheduleCompletion> connectionsOf(const ScheduleWell& well, const Sc
     return list;
 }
 
-bool isNamed(const WelopenRow& row, const ScheduleWell& well, const ScheduleCompletion& connection,
+bool isNamed(const ConnectionItems& row, const ScheduleWell& well, const ScheduleCompletion& connection,
              int number) {
     const int i = connection.i > 0 ? connection.i : well.headI;
     const int j = connection.j > 0 ? connection.j : well.headJ;
@@ -62,13 +62,14 @@ std::string itemText(int item) {
     return item > 0 ? fmt::format("{}", item) : "ANY";
 }
 
-void openConnections(const SectionReader& reader, const WelopenRow& row, ScheduleWell& well,
-                     ScheduleStep& step) {
+/// Keeps the connections of a well that a row names as `change(connection)` leaves them.
+template <class Change>
+void changeConnections(const SectionReader& reader, const ConnectionItems& row, const ScheduleWell& well,
+                       ScheduleStep& step, const Change& change) {
     int number = 0, found = 0;
-    ++well.connectionOpenings;
     for (ScheduleCompletion& connection : connectionsOf(well, step)) {
         if (!isNamed(row, well, connection, ++number)) continue;
-        connection.status = row.status;
+        change(connection);
         connection.place = placeOf(reader);
         keepCompletion(connection, step);
         ++found;
@@ -156,14 +157,35 @@ void readWelopen(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     ScheduleStep& step = presentStep(records);
     while (nextWellRow(reader, presentStep(records))) {
-        WelopenRow row;
-        readRow(reader, std::array<ListTarget, 7>{&row.name, &row.status, &row.i, &row.j, &row.k, &row.first,
-                                                  &row.last});
-        forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
-            if (namesConnections(row))
-                openConnections(reader, row, well, step);
-            else
-                setStatus(row.status, well);
+        std::string name, status = "OPEN";
+        ConnectionItems row;
+        readRow(reader,
+                std::array<ListTarget, 7>{&name, &status, &row.i, &row.j, &row.k, &row.first, &row.last});
+        forNamedWells(reader, step, name, [&](ScheduleWell& well) {
+            if (!namesConnections(row)) return setStatus(status, well);
+            ++well.connectionOpenings;
+            changeConnections(reader, row, well, step,
+                              [&](ScheduleCompletion& connection) { connection.status = status; });
+        });
+    }
+}
+
+void readWpimult(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    ScheduleStep& step = presentStep(records);
+    while (nextWellRow(reader, presentStep(records))) {
+        std::string name;
+        double factor = 1.0;
+        ConnectionItems row;
+        readRow(reader,
+                std::array<ListTarget, 7>{&name, &factor, &row.i, &row.j, &row.k, &row.first, &row.last});
+        if (!(factor >= 0.0)) {
+            warnHere(reader, "WARNING :: MULTIPLIER {} IS BELOW ZERO, SET TO 1", number(factor));
+            continue;
+        }
+        forNamedWells(reader, step, name, [&](const ScheduleWell& well) {
+            changeConnections(reader, row, well, step,
+                              [&](ScheduleCompletion& connection) { connection.multiplier *= factor; });
         });
     }
 }

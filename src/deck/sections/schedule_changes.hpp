@@ -10,6 +10,9 @@ namespace kvr {
 /// Status of a well, or where I, J, K or connection numbers are given of those connections.
 void readWelopen(SectionReader& reader, ScheduleRecords& records);
 
+/// A factor on the connection factors of a well, or of the connections named, on top of what stands there.
+void readWpimult(SectionReader& reader, ScheduleRecords& records);
+
 /// A target or limit of a well; its control stays.
 void readWeltarg(SectionReader& reader, ScheduleRecords& records);
 

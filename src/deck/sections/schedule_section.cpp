@@ -57,6 +57,9 @@ constexpr std::array Keywords = {
     Row{"WELOPEN", readWelopen,
         "rows of a well, OPEN, SHUT or STOP, and I, J, K, first and last connection: the status of a well, "
         "or of the connections named"},
+    Row{"WPIMULT", readWpimult,
+        "rows of a well, a factor, and I, J, K, first and last connection: multiplies the connection factors "
+        "of the well, or of the connections named, until a new row of `COMPDAT`"},
     Row{"WELTARG", readWeltarg,
         "rows of a well, ORAT, WRAT, GRAT, LRAT, RESV, BHP or THP, and a value: a new target or limit"},
     Row{"WEFAC", readWefac,

@@ -240,6 +240,7 @@ void readCompdat(SectionReader& reader, ScheduleRecords& records) {
         row.place = placeOf(reader);
         row.direction = directionOf(reader, direction);
         row.diameter *= reader.units->length;
+        if (reader.commonForm && row.transFactor == 0.0) row.transFactor = -1.0;  // as one left out
         if (row.transFactor >= 0.0) row.transFactor *= reader.units->connectionFactor;
         if (row.kh >= 0.0F) row.kh *= static_cast<float>(reader.units->length);
         forNamedWells(reader, step, name, [&](const ScheduleWell& well) {

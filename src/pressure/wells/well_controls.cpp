@@ -198,6 +198,7 @@ WellConnection connectionOfRow(const ScheduleCompletion& row, CellId cell) {
     connection.WellRadius = 0.5 * row.diameter;
     connection.Skin = static_cast<double>(row.skin);
     connection.ConnFactor = row.transFactor;
+    connection.multiplier = row.multiplier;
     connection.givenKh = static_cast<double>(row.kh);
     return connection;
 }

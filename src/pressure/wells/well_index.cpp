@@ -55,6 +55,7 @@ void ConnectionIndex(const GridModel& grid, WellConnection& connection) {
     connection.ConnWI = connection.ConnFactor >= 0.0
                             ? connection.ConnFactor
                             : wellIndex(cell, connection.WellRadius, connection.Skin, connection.givenKh);
+    connection.ConnWI *= connection.multiplier;
     if (grid.Active[connection.ConnCell] == 0) connection.ConnWI = 0.0;
 }
 

@@ -35,7 +35,7 @@ inline bool followsPermeability(const WellConnection& connection) {
 }
 
 /// The Well Index of one connection and the two figures reported with it. ConnFactor of 0 or more is the
-/// Well Index itself. A connection in an inactive cell gets 0.
+/// Well Index itself, its multiplier aside. A connection in an inactive cell gets 0.
 void ConnectionIndex(const GridModel& grid, WellConnection& connection);
 
 }  // namespace kvr

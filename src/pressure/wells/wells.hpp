@@ -25,6 +25,7 @@ struct WellConnection {
     double WellRadius = 0.0;   // ft
     double Skin = 0.0;
     double ConnFactor = -1.0;                         // rb cp/(day psi); negative: computed
+    double multiplier = 1.0;                          // of that factor
     double givenKh = -1.0;                            // md ft, of COMPDAT; not above 0: of the cell
     double ConnWI = 0.0;                              // rb cp/(day psi)
     double ConnHead = 0.0;                            // psi over Bhp

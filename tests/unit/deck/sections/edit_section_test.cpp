@@ -36,6 +36,34 @@ TEST(EditSection, LeavesTheArraysToConditioning) {
     EXPECT_TRUE(bench.printed("-> Multiplied by EDIT"));
 }
 
+TEST(EditSection, TakesPoreVolumesAndTransmissibilitiesInTheUnitsOfTheDeck) {
+    GridBench bench(1, 1, 3, "PORV\n1* 10 20 /\nTRANZ\n2 2* /\n", "EDIT");
+    bench.units = metricUnits();
+    bench.readEdit();
+    const CellArray<double>& volumes = bench.grid.given.poreVolume;
+    EXPECT_LT(volumes[1], 0.0);
+    EXPECT_NEAR(volumes[2], 353.14667, 1e-4);  // 10 m3 in ft3
+    EXPECT_NEAR(volumes[3], 706.29333, 1e-4);
+    // cp m3/(day bar) to cp rb/(day psi): 6.2898108 * 0.0689475729
+    EXPECT_NEAR(bench.grid.given.trans[2][1], 2 * 0.43366720, 1e-6);
+    EXPECT_LT(bench.grid.given.trans[2][2], 0.0);
+}
+
+TEST(EditSection, SetsAndMultipliesThemOverABox) {
+    GridBench bench(1, 1, 3, "EQUALS\nPORV 500 1 1 1 1 2 3 /\nTRANZ 4 1 1 1 1 1 1 /\nPERMX 3 /\n/\n"
+                             "MULTIPLY\nPORV 2 1 1 1 1 3 3 /\nTRANZ 0.5 /\n/\n",
+                    "EDIT");
+    bench.reader.commonForm = true;
+    bench.readEdit();
+    EXPECT_LT(bench.grid.given.poreVolume[1], 0.0);
+    EXPECT_EQ(bench.grid.given.poreVolume[3], 500.0);
+    EXPECT_EQ(bench.grid.MULTPV[2], 1.0);
+    EXPECT_EQ(bench.grid.MULTPV[3], 2.0);
+    EXPECT_EQ(bench.grid.given.trans[2][1], 4.0);
+    EXPECT_EQ(bench.grid.faceMultiplier[5][1], 0.5);
+    EXPECT_TRUE(bench.printed(" PERMX    -> not surpported  "));
+}
+
 TEST(EditSection, SkipsOtherKeywordsAndGoesOn) {
     GridBench bench(1, 1, 3, "OPERATE\n1 1 1 1 1 1 /\nMULTIPLY\nPORV 0.5 /\n/\n", "EDIT");
     bench.readEdit();

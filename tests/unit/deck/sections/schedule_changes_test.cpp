@@ -48,6 +48,35 @@ TEST(ScheduleChanges, ACompletionGivenAnewTakesThePlaceOfItsShutParts) {
     EXPECT_DOUBLE_EQ(bench.step().completions[0].diameter, 0.7);
 }
 
+TEST(ScheduleChanges, MultiplyTheFactorsOfTheConnectionsNamedOnTopOfEachOther) {
+    ScheduleBench bench(Connected + "WPIMULT\n'P1' 0.5 /\n'P1' 0.5 0 0 2 /\n'P2' 3 5* /\n/\n");
+    bench.read();
+    double first = 0.0, second = 0.0, third = 0.0, other = 0.0;
+    for (const ScheduleCompletion& row : bench.step().completions) {
+        if (row.wellName == "P2") other = row.multiplier;
+        if (row.wellName != "P1" || row.k1 != row.k2) continue;
+        (row.k1 == 1 ? first : row.k1 == 2 ? second : third) = row.multiplier;
+    }
+    EXPECT_DOUBLE_EQ(first, 0.5);
+    EXPECT_DOUBLE_EQ(second, 0.25);
+    EXPECT_DOUBLE_EQ(third, 0.5);
+    EXPECT_DOUBLE_EQ(other, 3.0);
+}
+
+TEST(ScheduleChanges, ACompletionGivenAnewHasItsWholeFactor) {
+    ScheduleBench bench(Connected + "WPIMULT\n'P2' 3 /\n/\nCOMPDAT\n'P2' 1 1 2 2 'OPEN' 2* 0.5 /\n/\n");
+    bench.read();
+    ASSERT_EQ(bench.step().completions.size(), 2U);
+    EXPECT_DOUBLE_EQ(bench.step().completions[1].multiplier, 1.0);
+}
+
+TEST(ScheduleChanges, AMultiplierBelowZeroIsToldAndNotTaken) {
+    ScheduleBench bench(Connected + "WPIMULT\n'P2' -3 /\n/\n");
+    bench.read();
+    EXPECT_TRUE(bench.deck.printed("WARNING :: MULTIPLIER -3"));
+    EXPECT_DOUBLE_EQ(bench.step().completions[1].multiplier, 1.0);
+}
+
 TEST(ScheduleChanges, SetATargetAndKeepTheControl) {
     ScheduleBench bench(Connected + "WELTARG\n'P1' ORAT 50 /\n'P1' 'BHP' 1500 /\n/\n");
     bench.read();

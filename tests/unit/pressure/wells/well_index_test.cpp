@@ -116,6 +116,21 @@ TEST(ConnectionIndex, TakesAGivenFactorAsItStands) {
     EXPECT_EQ(connection.ConnWI, 0.0);
 }
 
+TEST(ConnectionIndex, IsMultipliedWhetherGivenOrComputed) {
+    const GridModel grid = sample::column(1);
+    WellConnection connection;
+    connection.ConnCell = 1;
+    connection.WellRadius = 0.25;
+    ConnectionIndex(grid, connection);
+    const double computed = connection.ConnWI;
+    connection.multiplier = 0.1;
+    ConnectionIndex(grid, connection);
+    expectNear(connection.ConnWI, 0.1 * computed);
+    connection.ConnFactor = 7.5;
+    ConnectionIndex(grid, connection);
+    expectNear(connection.ConnWI, 0.75);
+}
+
 TEST(ConnectionIndex, IsZeroInAnInactiveCell) {
     GridModel grid = sample::column(1);
     grid.Active[1] = 0;
