@@ -8,6 +8,7 @@
 #include "deck/sections/grid_section.hpp"
 #include "deck/sections/rows_in_order.hpp"
 
+#include <algorithm>
 #include <array>
 
 namespace kvr {
@@ -18,9 +19,15 @@ void sayGridKeyword(SectionReader& reader, GridModel&) {
     lineToBoth(consoleOf(reader), "Grid keyword found.. read here as grid section");
 }
 
-/// Arrays of rows that act where they stand, in the common form.
-bool actsInPlace(const std::string& name) {
-    return trim(name).starts_with("TRAN") || trim(name) == "PORV";
+/// Rows on pore volumes and transmissibilities act where they stand in the common form, and where the deck
+/// has given these before: they would be lost in what it has given.
+bool actsInPlace(const SectionReader& reader, const GridModel& grid, const std::string& name) {
+    const bool ofVolume = trim(name) == "PORV";
+    if (!ofVolume && !trim(name).starts_with("TRAN")) return false;
+    const auto isGiven = [](const CellArray<double>& array) { return !array.empty(); };
+    return reader.commonForm ||
+           (ofVolume ? isGiven(grid.given.poreVolume)
+                     : std::any_of(grid.given.trans.begin(), grid.given.trans.end(), isGiven));
 }
 
 /// Kept, not applied: every word, since only conditioning knows which of them act.
@@ -29,7 +36,7 @@ void readMultiply(SectionReader& reader, GridModel& grid) {
     copyKeyword(reader);
     readBoxRows(reader, grid, grid.editRows, [&](ArithmeticRow row) {
         if (isNegativeFactor(reader, row)) return;
-        if (reader.commonForm && actsInPlace(row.name)) {
+        if (actsInPlace(reader, grid, row.name)) {
             if (!actInOrder(reader, row, grid)) reportNotSupported(reader, row.name);
             return;
         }
