@@ -281,6 +281,13 @@ void finishTables(FluidTables& tables) {
     copySingleSet(tables);
 }
 
+void switchCapillarityByAllRegions(FluidTables& tables) {
+    for (const SaturationTable& table : tables.regions) {
+        tables.PcowSpan = std::max(tables.PcowSpan, span(table.Pcow));
+        tables.PcogSpan = std::max(tables.PcogSpan, span(table.Pcog));
+    }
+}
+
 void completeTables(const Console& console, int regionCount, FluidTables& tables) {
     completePvt(console, tables);
     completeRegions(console, regionCount, tables);

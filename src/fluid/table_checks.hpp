@@ -15,6 +15,10 @@ void finishTables(FluidTables& tables);
 /// What follows from the columns of one saturation region: its searches and its end points.
 void finishRegion(bool hasGas, SaturationTable& table);
 
+/// The capillary switches, which `finishTables` sets by region 1, are on where any region has capillary
+/// pressure.
+void switchCapillarityByAllRegions(FluidTables& tables);
+
 /// Completes what PROPS left open, with its lines: default tables for absent phases, densities,
 /// reference pressures, water data; then finishTables and the dead-oil warning. `regionCount` saturation
 /// regions are held afterwards at least.

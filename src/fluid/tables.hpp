@@ -82,7 +82,7 @@ struct FluidTables {
     Column SwAxisSingle, KrwSingle, KrowSingle, SgAxisSingle, KrgSingle, KrogSingle;  // copy of region 1
     CellArray<std::uint8_t>
         RegionTableCell;    // 1: the region tables serve this cell; empty: raised everywhere
-    double PcowSpan = 0.0;  // |Pc(first)| + |Pc(last)| of region 1; 1e-8 or less: off
+    double PcowSpan = 0.0;  // |Pc(first)| + |Pc(last)| of region 1, or the largest of all; 1e-8 or less: off
     double PcogSpan = 0.0;
 
     bool hasGas = false;                  // the run has a gas phase

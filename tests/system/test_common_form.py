@@ -116,6 +116,24 @@ def test_another_word_for_the_same_leaves_the_numbers(name, tmp_path):
     assert numbers(rows_of(tmp_path / "other", other)) == pytest.approx(numbers(rows_of(tmp_path / "usual", usual)), rel=1e-5, abs=1e-7)
 
 
+def with_two_rocks(first, second, numbers_of_cells):
+    """Two saturation tables that differ in capillary pressure, and the region of each cell."""
+    table = PROPS[PROPS.index("SWOF\n"):]
+    assert table.count(" 0\n") == 3
+
+    def rows(pressures):
+        return "\n".join(line[:-1] + pressure for line, pressure in zip(table.splitlines()[1:4], pressures)) + "\n/\n"
+    props = PROPS.replace(table, "SWOF\n" + rows(first) + rows(second)) + "REGIONS\nSATNUM\n" + numbers_of_cells + "/\n"
+    return small_deck.deck(runspec=RUNSPEC + "TABDIMS\n2 1 /\n", props=props, options=options(method="IMPES"))
+
+
+def test_capillary_pressure_acts_whichever_region_has_it(tmp_path):
+    none, some = ("0", "0", "0"), ("60", "9", "0")
+    of_the_second = rows_of(tmp_path / "second", with_two_rocks(none, some, "10*1 15*2 "))
+    assert of_the_second == rows_of(tmp_path / "first", with_two_rocks(some, none, "10*2 15*1 "))
+    assert of_the_second != rows_of(tmp_path / "none", with_two_rocks(none, none, "10*1 15*2 "))
+
+
 def grid(rows):
     return PLAIN.replace(GRID, GRID + rows)
 

@@ -390,6 +390,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
         requireTables(reader, records);  // a deck without PROPS has the defaults
     if (!records.options.hasWater) fillAbsentWater(records.tables);
     completeTables(console, records.options.maxRockTables, records.tables);
+    if (reader.commonForm) switchCapillarityByAllRegions(records.tables);
     checkComponents(reader, records.options, records.tables);
     printTables(console, *reader.units, records.tables);
 }
