@@ -46,16 +46,16 @@ void addConnectionsOf(CellId cell, const GridModel& grid, const ConnectionTable&
 
 // --- values into the system ------------------------------------------------------------------------
 
-template <std::size_t N>
-std::vector<CellTerms<N>>& termsOf(ImplicitWork& work) {
+template <std::size_t N, class Work>
+auto& termsOf(Work& work) {
     if constexpr (N == 3)
         return work.threePhase;
     else
         return work.twoPhase;
 }
 
-template <std::size_t N>
-std::vector<PhaseJets<N>>& headsOf(ImplicitWork& work) {
+template <std::size_t N, class Work>
+auto& headsOf(Work& work) {
     if constexpr (N == 3)
         return work.threePhaseHeads;
     else
@@ -131,32 +131,46 @@ void addDissolved(const Flow<N>& oil, const Jet<N>& Rs, bool fromSecond, Flow<N>
     }
 }
 
-/// Flows of all components between two cells.
+/// Flows of all components between two cells, the first N of them.
 template <std::size_t N>
-void addFlows(const ImplicitConnection& connection, const CellTerms<N>& a, const CellTerms<N>& b,
-              ImplicitWork& work) {
+std::array<Flow<N>, N> flowsBetween(const ImplicitConnection& connection, const CellTerms<N>& a,
+                                    const CellTerms<N>& b) {
     bool fromSecond = false;
-    addToSystem(WaterPhase, phaseFlow(WaterPhase, a, b, connection, fromSecond), connection, work.system);
-    const Flow<N> oil = phaseFlow(OilPhase, a, b, connection, fromSecond);
-    addToSystem(OilPhase, oil, connection, work.system);
+    std::array<Flow<N>, N> flows;
+    flows[WaterPhase] = phaseFlow(WaterPhase, a, b, connection, fromSecond);
+    flows[OilPhase] = phaseFlow(OilPhase, a, b, connection, fromSecond);
     if constexpr (N == 3) {
         const bool oilFromSecond = fromSecond;
-        Flow<N> gas = phaseFlow(GasPhase, a, b, connection, fromSecond);
-        addDissolved(oil, oilFromSecond ? b.Rs : a.Rs, oilFromSecond, gas);
-        addToSystem(GasPhase, gas, connection, work.system);
+        flows[GasPhase] = phaseFlow(GasPhase, a, b, connection, fromSecond);
+        addDissolved(flows[OilPhase], oilFromSecond ? b.Rs : a.Rs, oilFromSecond, flows[GasPhase]);
     }
+    return flows;
 }
 
 template <std::size_t N>
-void addConnection(const ImplicitConnection& connection, ImplicitWork& work) {
+std::array<Flow<N>, N> flowsOf(const ImplicitConnection& connection, const ImplicitWork& work) {
     const auto first = static_cast<std::size_t>(connection.first);
     const auto second = static_cast<std::size_t>(connection.second);
     const std::vector<CellTerms<N>>& terms = termsOf<N>(work);
     const std::vector<PhaseJets<N>>& heads = headsOf<N>(work);
-    if (!connection.isTransfer || heads.empty())
-        return addFlows(connection, terms[first], terms[second], work);
-    addFlows(connection, withHeads(terms[first], heads[first]), withHeads(terms[second], heads[second]),
-             work);
+    if (!connection.isTransfer || heads.empty()) return flowsBetween(connection, terms[first], terms[second]);
+    return flowsBetween(connection, withHeads(terms[first], heads[first]),
+                        withHeads(terms[second], heads[second]));
+}
+
+template <std::size_t N>
+void addConnection(const ImplicitConnection& connection, ImplicitWork& work) {
+    const std::array<Flow<N>, N> flows = flowsOf<N>(connection, work);
+    for (std::size_t component = 0; component < N; ++component)
+        addToSystem(component, flows[component], connection, work.system);
+}
+
+template <std::size_t N>
+std::array<double, 3> flowValues(const ImplicitConnection& connection, const ImplicitWork& work) {
+    const std::array<Flow<N>, N> flows = flowsOf<N>(connection, work);
+    std::array<double, 3> values{};
+    for (std::size_t component = 0; component < N; ++component) values[component] = flows[component].value;
+    return values;
 }
 
 template <std::size_t N>
@@ -265,6 +279,10 @@ void assembleCells(double dt, const GridModel& grid, const FluidTables& tables, 
         assemble<3>(dt, grid, tables, state, work);
     else
         assemble<2>(dt, grid, tables, state, work);
+}
+
+std::array<double, 3> connectionFlows(const ImplicitConnection& connection, const ImplicitWork& work) {
+    return work.system.blockSize == 3 ? flowValues<3>(connection, work) : flowValues<2>(connection, work);
 }
 
 }  // namespace kvr

@@ -4,6 +4,8 @@
 #include "implicit/implicit_work.hpp"
 #include "model/connections.hpp"
 
+#include <array>
+
 namespace kvr {
 
 /// Rows, connections and the pattern of the coupled system, once per grid. Faces and, where they carry
@@ -25,5 +27,9 @@ void setConnectionTrans(const UnitSystem& units, const ConnectionTable& connecti
 /// of wells are in implicit/well_borders.
 void assembleCells(double dt, const GridModel& grid, const FluidTables& tables, const CellState& state,
                    ImplicitWork& work);
+
+/// Flow of each component over a connection, positive into its first cell, from the values that the last
+/// assembly has left: surface volumes a day, dissolved gas with the gas.
+std::array<double, 3> connectionFlows(const ImplicitConnection& connection, const ImplicitWork& work);
 
 }  // namespace kvr

@@ -87,6 +87,21 @@ void finishRow(const Well& well, WellBorder& border) {
     std::fill(border.rowBlocks.begin(), border.rowBlocks.end(), 0.0);
 }
 
+/// False where the connection does not flow.
+template <std::size_t N>
+bool flowOf(const UnitSystem& units, const GridModel& grid, const FluidTables& tables, const CellState& state,
+            double averagePressure, const Well& well, const WellConnection& connection, ThirdUnknown unknown,
+            ConnectionFlow<N>& flow) {
+    const ConnectionCoefficients c =
+        connectionCoefficients(units, tables, state, averagePressure, well, connection);
+    if (!(c.reservoir > 0.0)) return false;
+    CellFluid<N> fluid = cellFluid<N>(grid, tables, state, connection.ConnCell, unknown);
+    if constexpr (N == 3)
+        if (well.InjectFluid == "gas" && unknown == ThirdUnknown::SolutionGas) holdMobility(fluid.mobile);
+    flow = connectionFlow(units.FlowUnit, well, connection, c.dp, fluid.mobile);
+    return true;
+}
+
 template <std::size_t N>
 void addWell(const UnitSystem& units, const GridModel& grid, const FluidTables& tables,
              const CellState& state, double averagePressure, const Well& well, WellBorder& border,
@@ -96,22 +111,49 @@ void addWell(const UnitSystem& units, const GridModel& grid, const FluidTables& 
     for (const WellConnection& connection : well.connections) {
         const int row = work.rowOfCell[static_cast<std::size_t>(connection.ConnCell)];
         if (row < 0) continue;
-        const ConnectionCoefficients c =
-            connectionCoefficients(units, tables, state, averagePressure, well, connection);
-        if (c.reservoir > 0.0) {
-            const auto at = static_cast<std::size_t>(row);
-            CellFluid<N> fluid = cellFluid<N>(grid, tables, state, connection.ConnCell, work.unknown[at]);
-            if constexpr (N == 3)
-                if (well.InjectFluid == "gas" && work.unknown[at] == ThirdUnknown::SolutionGas)
-                    holdMobility(fluid.mobile);
-            const ConnectionFlow<N> flow =
-                connectionFlow(units.FlowUnit, well, connection, c.dp, fluid.mobile);
+        const auto at = static_cast<std::size_t>(row);
+        ConnectionFlow<N> flow;
+        if (flowOf(units, grid, tables, state, averagePressure, well, connection, work.unknown[at], flow)) {
             addToCell(flow, at, place, border, work.system);
             addToWell(flow, share, place, border);
         }
         ++place;
     }
     finishRow(well, border);
+}
+
+template <std::size_t N>
+ConnectionSlopes slopesOf(const ConnectionFlow<N>& flow, const ControlShares& share) {
+    ConnectionSlopes slopes;
+    slopes.byBhp = flow.byBhp;
+    for (std::size_t component = 0; component < 3; ++component) {
+        slopes.rate[component] = flow.rate[component].value;
+        for (std::size_t k = 0; k < N; ++k) slopes.byUnknown[component][k] = flow.rate[component].slope[k];
+    }
+    slopes.controlled = share.water * slopes.rate[WaterPhase] + share.oil * slopes.rate[OilPhase] +
+                        share.gas * slopes.rate[GasPhase] + share.reservoir * flow.reservoir.value;
+    return slopes;
+}
+
+template <std::size_t N>
+std::vector<ConnectionSlopes> slopesOfWell(const UnitSystem& units, const GridModel& grid,
+                                           const FluidTables& tables, const CellState& state,
+                                           double averagePressure, const Well& well,
+                                           const ImplicitWork& work) {
+    const ControlShares share = hasRateRow(well) ? controlShares(well.WellControl) : ControlShares{};
+    std::vector<ConnectionSlopes> all;
+    for (std::size_t n = 0; n < well.connections.size(); ++n) {
+        const WellConnection& connection = well.connections[n];
+        const int row = work.rowOfCell[static_cast<std::size_t>(connection.ConnCell)];
+        ConnectionFlow<N> flow;
+        if (row < 0 || !flowOf(units, grid, tables, state, averagePressure, well, connection,
+                               work.unknown[static_cast<std::size_t>(row)], flow))
+            continue;
+        all.push_back(slopesOf(flow, share));
+        all.back().row = row;
+        all.back().connection = n;
+    }
+    return all;
 }
 
 }  // namespace
@@ -142,6 +184,15 @@ void addWells(const UnitSystem& units, const GridModel& grid, const FluidTables&
         else
             addWell<2>(units, grid, tables, state, averagePressure, wells.wells[w], border, work);
     }
+}
+
+std::vector<ConnectionSlopes> connectionSlopes(const UnitSystem& units, const GridModel& grid,
+                                               const FluidTables& tables, const CellState& state,
+                                               double averagePressure, const Well& well,
+                                               const ImplicitWork& work) {
+    return work.system.blockSize == 3
+               ? slopesOfWell<3>(units, grid, tables, state, averagePressure, well, work)
+               : slopesOfWell<2>(units, grid, tables, state, averagePressure, well, work);
 }
 
 }  // namespace kvr

@@ -71,6 +71,21 @@ std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const Hist
     return data;
 }
 
+void appendRows(std::span<const CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
+                std::span<const HistoryDatum> data, std::size_t before, ErrorData& to) {
+    for (std::size_t row = 0; row < sums.size(); ++row) {
+        const std::size_t values = to.rows.value.size();
+        addRow(sums[row], Active, to.rows);
+        if (to.rows.value.size() == values) {
+            to.rows.start.pop_back();
+            continue;
+        }
+        to.misfit.push_back(data[row].misfit);
+        to.error.push_back(data[row].error);
+        to.datum.push_back(before + row);
+    }
+}
+
 void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFiles& files,
                     const CellArray<std::uint8_t>& Active, std::span<const WellMatch> wells,
                     std::span<const HistoryDatum> data, std::size_t before, ErrorData& to) {
@@ -85,17 +100,7 @@ void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFil
                     readSensitivities(console, Active.count(), n, reader), sums);
         closeSensitivities(reader);
     }
-    for (std::size_t row = 0; row < sums.size(); ++row) {
-        const std::size_t values = to.rows.value.size();
-        addRow(sums[row], Active, to.rows);
-        if (to.rows.value.size() == values) {
-            to.rows.start.pop_back();
-            continue;
-        }
-        to.misfit.push_back(data[row].misfit);
-        to.error.push_back(data[row].error);
-        to.datum.push_back(before + row);
-    }
+    appendRows(sums, Active, data, before, to);
 }
 
 }  // namespace kvr

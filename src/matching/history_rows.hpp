@@ -36,6 +36,11 @@ struct HistoryParts {
 std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const HistoryParts& parts,
                                       std::span<const double> stepEnds, std::span<const WellMatch> wells);
 
+/// Appends one row of sensitivities for each datum; those that no cell changes are left out. `before`: number
+/// of data ahead of these in the list of all.
+void appendRows(std::span<const CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
+                std::span<const HistoryDatum> data, std::size_t before, ErrorData& to);
+
 /// Appends the rows of data from the files of a kind; those that no cell changes are left out. `before`:
 /// number of data ahead of these in the list of all. A sum over all cells is held for each datum meanwhile.
 void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFiles& files,

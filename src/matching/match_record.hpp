@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/cell_array.hpp"
+#include "implicit/run_level.hpp"
 #include "matching/most_probable.hpp"
 #include "matching/perm_file.hpp"
 #include "matching/secant_rows.hpp"
@@ -70,10 +71,11 @@ struct MatchRecord {
     bool lastUpdateMade = false;        // the present run only judges it
     bool closingRun = false;            // the present run only shows the field that the match ends with
     ProbableRecord probable;
-    PermFile permFile;           // PERMFILE; without a path there is none
-    double startSeconds = 0.0;   // wall clock at the start of the match
-    bool observedGiven = false;  // the folder had observed histories at the start: they are the user's
-    int runs = 0;                // forward runs of this process
+    std::vector<RunLevel> levels;  // of the present run, for adjoints; empty where no rows ask for them
+    PermFile permFile;             // PERMFILE; without a path there is none
+    double startSeconds = 0.0;     // wall clock at the start of the match
+    bool observedGiven = false;    // the folder had observed histories at the start: they are the user's
+    int runs = 0;                  // forward runs of this process
 };
 
 }  // namespace kvr

@@ -1,6 +1,7 @@
 #include "matching/probable_update.hpp"
 
 #include "base/messages.hpp"
+#include "matching/adjoint_rows.hpp"
 #include "matching/history_rows.hpp"
 #include "matching/inversion.hpp"
 
@@ -43,6 +44,17 @@ std::vector<Kind> kindsOf(const RunOptions& options, const MisfitSettings& setti
                          {pressures, 1, settings.weightBhp, true, options.errorBhp, false},
                          options.objectiveWeightBhp});
     return kinds;
+}
+
+void addRows(const Simulation& s, const CurveFiles& files, const Kind& kind,
+             std::span<const HistoryDatum> data, std::size_t before, ErrorData& to) {
+    const bool ofPressure = kind.files == SensitivityKind::Pressure;
+    if ((ofPressure ? s.options.pressureForm : s.options.travelTimeForm) != SensitivityForm::Adjoint)
+        return addHistoryRows(s.console, kind.files, files, s.grid.Active, s.match.wells, data, before, to);
+    const WellQuantity quantity = ofPressure           ? WellQuantity::Pressure
+                                  : kind.name == "GOR" ? WellQuantity::GasOilRatio
+                                                       : WellQuantity::Cut;
+    addAdjointRows(s, quantity, data, before, to);
 }
 
 }  // namespace
@@ -91,8 +103,7 @@ void takeProbableData(Simulation& s, MatchStage stage) {
             historyData(settings, kind.parts, files.stepEnds, s.match.wells);
         const std::size_t first = kept.data.error.size();
         if (stage != MatchStage::GlobalPressure || kind.files == SensitivityKind::Pressure)
-            addHistoryRows(s.console, kind.files, files, s.grid.Active, s.match.wells, data, before,
-                           kept.data);
+            addRows(s, files, kind, data, before, kept.data);
         for (std::size_t n = first; n < kept.data.error.size(); ++n)
             kept.data.error[n] *= mostWeight / kind.weight;
         before += data.size();
@@ -103,7 +114,10 @@ void takeProbableData(Simulation& s, MatchStage stage) {
 
 CellArray<double> probableUpdate(const Simulation& s, const CellArray<std::uint8_t>& region) {
     const ProbableRecord& kept = s.match.probable;
-    ErrorData data = kept.data;
+    ErrorData data;  // its rows are made anew
+    data.misfit = kept.data.misfit;
+    data.error = kept.data.error;
+    data.datum = kept.data.datum;
     const double damping = dampingOf(s.match.accepted, s.match.halvings);
     double mostRoot = 0.0;
     std::size_t first = 0;

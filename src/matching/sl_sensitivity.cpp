@@ -197,7 +197,6 @@ void invert(Simulation& s, MatchStage stage, const DataKind& first, const DataKi
     const CellArray<std::uint8_t> region =
         updateRegion(s.grid, s.options.updateWellGrid, completedCells(s.wells));
     if (s.options.mostProbable) {
-        takeProbableData(s, stage);
         change = probableUpdate(s, region);
     } else if (stage == MatchStage::Whole) {
         addChange(s, {&first, &curves, &second}, lnk, change);
@@ -240,7 +239,9 @@ MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     reading.folder = outputPath(s.outputs, "");  // names of a deck of its own stand behind it
     for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
     reading.stepEnds = s.schedule.reportEnd;
-    reading.travelTime = stage != MatchStage::GlobalPressure;
+    reading.travelTime =
+        stage != MatchStage::GlobalPressure && s.options.travelTimeForm != SensitivityForm::Adjoint;
+    reading.pressure = s.options.pressureForm != SensitivityForm::Adjoint;
     reading.iteration = s.clock.hmIteration;
     if (s.options.outputSensitivity) plotSensitivities(s.console, s.options, reading, s.grid);
     return reconstructSensitivities(s.console, s.options, reading, s.grid.Active, s.match.wells);
@@ -263,7 +264,9 @@ void SL_SENSITIVITY(Simulation& s, MatchStage stage, MatchSensitivities sensitiv
     const CellArray<double> lnk = logarithms(s.grid.PERMX);
     match.base = {s.grid.PERMX, s.grid.PERMY, s.grid.PERMZ};
     match.halvings = 0;
-    const std::size_t count = nonzeros(first) + nonzeros(curves) + nonzeros(second);
+    if (s.options.mostProbable) takeProbableData(s, stage);
+    const std::size_t count = s.options.mostProbable ? match.probable.data.rows.value.size()
+                                                     : nonzeros(first) + nonzeros(curves) + nonzeros(second);
     if (count == 0) {
         lineToBoth(s.console, "All the sensitivity becomes ZERO.");
         match.dlnk.assign(lnk.count(), 0.0);

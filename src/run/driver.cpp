@@ -8,6 +8,7 @@
 #include "eclipse/output_stage.hpp"
 #include "eclipse/schedule_files.hpp"
 #include "eclipse/summary_reader.hpp"
+#include "matching/adjoint_rows.hpp"
 #include "optimization/rate_optimization.hpp"
 #include "report/co2_stores.hpp"
 #include "report/material_balance.hpp"
@@ -249,6 +250,7 @@ std::string_view runForward(Simulation& simulation) {
         advanceCalendar(clock.workDt, clock);
         clock.time += clock.workDt;
         if (simulation.options.traceFromRestart) passTableEntries(simulation);
+        keepRunLevel(clock.workDt, simulation);
         const int report = clock.reportIndex;
         reportStep(clock.workDt, simulation);
         updateStatus(simulation);

@@ -128,6 +128,7 @@ bool judge(Simulation& s, RunMisfit& run) {
 }
 
 void startAnew(Simulation& s) {
+    s.match.levels.clear();
     rewindRun(s);
     s.course.tableBegun = false;
 }

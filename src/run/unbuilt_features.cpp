@@ -1,6 +1,7 @@
 #include "run/unbuilt_features.hpp"
 
 #include "base/hard_stop.hpp"
+#include "streamline/sensitivities/step_sensitivities.hpp"
 
 #include <algorithm>
 #include <string>
@@ -74,8 +75,10 @@ constexpr FeatureRow Features[] = {
      "dual porosity (DUALPORO) with smoothing or upscaling of rock (SMTHPRM, UPSCALE)"},
     {[](const RunOptions& o) { return isDualPorosity(o) && standsOnAnotherRun(o); },
      "dual porosity (DUALPORO) with runs of an outside simulator"},
-    {[](const RunOptions& o) { return o.historyMatch && o.method != "streamline" && !o.traceFromRestart; },
-     "history matching (DOINV) without streamlines (FDMETHOD)"},
+    {[](const RunOptions& o) {
+         return o.historyMatch && o.method != "streamline" && !o.traceFromRestart && !needsNoLines(o);
+     },
+     "history matching (DOINV) without streamlines (FDMETHOD) unless SNSFORM is ADJOINT ADJOINT"},
     {[](const RunOptions& o) { return o.historyMatch && optimizesRates(o); },
      "history matching (DOINV) with rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
     {[](const RunOptions& o) { return o.outputSensitivity && o.method != "streamline"; },

@@ -42,11 +42,9 @@ def deck(section, field=None, schedule=SCHEDULE):
     return small_deck.deck(grid=grid, schedule=schedule, options=section)
 
 
-@pytest.fixture(scope="module")
-def observed(tmp_path_factory):
-    """What the wells of the true model did: its diagonal is four times as permeable."""
-    folder = tmp_path_factory.mktemp("truth")
-    finished_normally(run(folder, deck(kvr_run.options(lines=100, solver="DGESV"), permeability(diagonal=4.0))))
+def histories(folder, section):
+    """What the wells of the true model do: its diagonal is four times as permeable."""
+    finished_normally(run(folder, deck(section, permeability(diagonal=4.0))))
     rows = summary(folder)
     times = [30.0 * (n + 1) for n in range(12)]
     text = "WNAME TIME WOPR WWPR WBHP WWCT\n"
@@ -54,6 +52,11 @@ def observed(tmp_path_factory):
         oil, water, bhp = (numpy.interp(day, rows["TIME"], rows[f"{name}:PROD"]) for name in ("WOPR", "WWPR", "WBHP"))
         text += f"PROD {day:g} {oil:.10g} {water:.10g} {bhp:.10g} {water / (oil + water):.10g}\n"
     return text
+
+
+@pytest.fixture(scope="module")
+def observed(tmp_path_factory):
+    return histories(tmp_path_factory.mktemp("truth"), kvr_run.options(lines=100, solver="DGESV"))
 
 
 def summary(folder, name="KVR_Summary.csv"):
@@ -99,6 +102,28 @@ def test_the_most_probable_field_comes_closer_to_the_histories_and_to_the_truth(
     found = numpy.log(numpy.array(re.search(r"PERMX\n([^/]*)/", text)[1].split(), dtype=float)).reshape(5, 5)
     truth = numpy.eye(5)
     assert numpy.corrcoef(found.ravel(), truth.ravel())[0, 1] > 0.3, "the diagonal of the truth is more permeable"
+
+
+ADJOINTS = "HMPRIOR\n1 /\nSNSFORM\nADJOINT ADJOINT /\n"
+
+
+@pytest.mark.parametrize("method, left", [("STREAMLINE", 0.2), ("FIM", 0.01)])
+def test_adjoints_come_close_to_what_lines_did_and_closer_to_what_balances_did(tmp_path, method, left):
+    steps = "MAXDT\n5 /\nHMERROR\n0.0005 0.05 1 /\n"
+    (tmp_path / "truth").mkdir()
+    text = histories(tmp_path / "truth", kvr_run.options(lines=100, solver="DGESV", extra=steps).replace("STREAMLINE", method, 1))
+    finished_normally(match(tmp_path, text, options(iterations=6, extra=ADJOINTS + steps).replace("STREAMLINE", method, 1)))
+    judged = misfits(tmp_path)[:, 2]
+    assert (numpy.diff(judged) <= 0.0).all()
+    assert judged[-1] < left
+    assert not list(tmp_path.glob("HM_SENSTEMP*")), "no line is asked"
+
+
+def test_adjoints_need_the_most_probable_field(tmp_path, observed):
+    section = options(iterations=1, extra="SNSFORM\nADJOINT ADJOINT /\n")
+    result = finished_normally(match(tmp_path, observed, section))
+    assert "SNSFORM ADJOINT WORKS WITH DOINV AND HMPRIOR ALONE, COUPLED IS TAKEN" in result.console
+    assert (tmp_path / "HM_SENSTEMP_GTTI.K0001").exists()
 
 
 @pytest.mark.parametrize("word, column", [("CUT", 3), ("GOR", 4), ("AUTO", 3)])
@@ -172,7 +197,7 @@ def contents(folder):
     return {name: (folder / name).read_bytes() for name in TABLES}
 
 
-@pytest.mark.parametrize("extra", ["", "HMPRIOR\n1 /\n"], ids=["rows alone", "most probable field"])
+@pytest.mark.parametrize("extra", ["", "HMPRIOR\n1 /\n", ADJOINTS], ids=["rows alone", "most probable field", "adjoints"])
 def test_a_killed_match_goes_on_and_ends_with_the_same_bits(tmp_path, observed, extra):
     section = options(iterations=6, criteria="0 0", extra=extra)
     whole = tmp_path / "whole"

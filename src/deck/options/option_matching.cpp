@@ -35,6 +35,8 @@ double unitRange(double value) {
 /// By the first letter; any other word is the default.
 SensitivityForm formOf(std::string_view word) {
     switch (upperInitialOf(word)) {
+        case 'A':
+            return SensitivityForm::Adjoint;
         case 'L':
             return SensitivityForm::Lines;
         case 'C':
@@ -51,6 +53,8 @@ std::string_view formName(SensitivityForm form) {
             return "LINES";
         case SensitivityForm::Classic:
             return "CLASSIC";
+        case SensitivityForm::Adjoint:
+            return "ADJOINT";
         case SensitivityForm::Coupled:
             break;
     }

@@ -35,7 +35,7 @@ constexpr Row OptionKeywords[] = {
     {"BHPLGMCH", readPressureMatch, "local and global bottom-hole pressure matching"},
     {"SNSTIMWT", readSensitivityWeights, "time weights of the sensitivities, 0 to 1"},
     {"SNSFORM", readSensitivityForms,
-     "how sensitivities are formed, of travel time and pressure: COUPLED, LINES, CLASSIC"},
+     "how sensitivities are formed, of travel time and pressure: COUPLED, LINES, CLASSIC, ADJOINT"},
     {"ECLCOMM", readSimulatorCommand, "command line of the outside simulator"},
     {"OPTTSTEP", readOptimalTstep, "time step control by the largest pressure change (psi)"},
     {"OPTINV", readInversionLimits, "water-cut limits and limits of the change of ln k"},

@@ -47,9 +47,15 @@ inline SensitivitySettings sensitivitySettings(const RunOptions& options) {
     return {options.travelTimeForm, options.pressureForm, matchesGasOilRatio(options)};
 }
 
-/// Runs that keep sensitivities: by OPTIONKVR 4, or for a match.
+/// Runs whose sensitivities all come from the balances of their steps.
+inline bool needsNoLines(const RunOptions& options) {
+    return options.travelTimeForm == SensitivityForm::Adjoint &&
+           options.pressureForm == SensitivityForm::Adjoint;
+}
+
+/// Runs that keep sensitivities of lines: by OPTIONKVR 4, or for a match that takes its rows from them.
 inline bool keepsSensitivities(const RunOptions& options) {
-    return options.outputSensitivity || options.historyMatch;
+    return options.outputSensitivity || (options.historyMatch && !needsNoLines(options));
 }
 
 }  // namespace kvr
