@@ -195,9 +195,11 @@ void refreshPhases(const ComponentSet& set, CellId cell, const ComponentState& c
     const FlashState& flash = components.flash[static_cast<std::size_t>(cell)];
     const double p = state.Pressure[cell];
     state.RhoO[cell] = molarDensity(set, p, flash.zLiquid) * molarMass(set, flash.liquid);
-    state.RhoG[cell] = molarDensity(set, p, flash.zVapour) * molarMass(set, flash.vapour);
     state.MuO[cell] = VIS_COMPS(set, p, flash.zLiquid, flash.liquid);
-    state.MuG[cell] = VIS_COMPS(set, p, flash.zVapour, flash.vapour);
+    const bool isOne = flash.phases != FluidPhases::Both;  // the same in both
+    state.RhoG[cell] =
+        isOne ? state.RhoO[cell] : molarDensity(set, p, flash.zVapour) * molarMass(set, flash.vapour);
+    state.MuG[cell] = isOne ? state.MuO[cell] : VIS_COMPS(set, p, flash.zVapour, flash.vapour);
 }
 
 void SETEQUILIBRIUM_COMPS(const Console& console, const GridModel& grid, const FluidTables& tables,

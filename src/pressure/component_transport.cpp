@@ -19,7 +19,8 @@ constexpr double LargestMoleShare = 0.5;  // of what it holds of a component
 constexpr double LeastShare =
     1e-20;  // of a cell's moles: a component that is not there; flashes hold traces of it
 constexpr double LeastSubstep = 1e-9;  // of the step: the moves go on, whatever the limits say
-constexpr double StaleChange = 1e-5;   // of what a cell holds, behind which its state is found anew
+constexpr double StaleChange = 1e-4;   // of what a cell holds, behind which its state is found anew
+constexpr double LimitShare = 0.5;     // of the days that its limits allow, behind which they are
 
 /// A day's flow through faces and sources. A face has two rows: what goes through it toward the high side,
 /// and what comes back; a row has the moles of each component, the surface volume of water and the volume.
@@ -31,9 +32,11 @@ struct Moves {
     CellArray<double> followed;      // share of what is told of a cell's outflow that goes so
     std::vector<double> sourceRows;  // [source * width], into the reservoir positive
     DirectionArray<double> net;      // (cell, row): what a day brings
-    CellArray<double> longest;       // days that the limits of a cell allow
+    CellArray<double> longest;       // days that the limits of a cell allow from when they were found ...
+    CellArray<double> elapsed;       // ... and those gone since
     CellArray<double> changed;       // by cell, of its amounts since its state was found
-    CellArray<std::uint8_t> stale;
+    CellArray<std::uint8_t> stale;   // its state, and with it what goes through its faces, is found anew
+    CellArray<std::uint8_t> due;     // its balance and its limits are
     [[nodiscard]] int width() const { return count + 2; }
     [[nodiscard]] int water() const { return count; }
     [[nodiscard]] int volume() const { return count + 1; }
@@ -48,8 +51,10 @@ void sizeMoves(CellId cells, int count, std::size_t sources, Moves& moves) {
     moves.net.assign(cells, moves.width(), 0.0);
     moves.longest.assign(cells, 0.0);
     moves.told.assign(cells, AxisCount, 0.0);
+    moves.elapsed.assign(cells, 0.0);
     moves.changed.assign(cells, 0.0);
-    moves.stale.assign(cells, 0);
+    moves.stale.assign(cells, 1);
+    moves.due.assign(cells, 1);
     moves.sourceRows.assign(sources * static_cast<std::size_t>(moves.width()), 0.0);
 }
 
@@ -96,16 +101,18 @@ void takeAway(double part, const CellState& state, CellId giver, PhaseFlux& flux
     flux.gas = less(flux.gas, state.LambdaG[giver]);
 }
 
+/// Rows of the high faces of a cell beside which a state has been found anew.
 void measureFaces(const UnitSystem& units, const ConnectionTable& connections, const VelocityField& velocity,
                   const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
                   CellId c, Moves& moves) {
-    double* const rows = moves.faces.row(c);
-    std::fill(rows, rows + moves.faces.width, 0.0);
     for (int axis = 1; axis <= AxisCount; ++axis) {
         const int face = 2 * axis;
         const CellId n = connections.Neighbour(c, face);
-        moves.told(c, axis) = 0.0;
         if (n <= 0 || connections.Trans(c, face) == 0.0) continue;
+        if (moves.stale[c] == 0 && moves.stale[n] == 0) continue;
+        double* const rows = moves.faces.row(c);
+        std::fill_n(rows + moves.rowOf(axis, false), 2 * moves.width(), 0.0);
+        moves.told(c, axis) = 0.0;
         const double total = velocity.CellFaceFlux(c, face);
         PhaseFlux flux = phaseSharesThroughFace(units.FlowUnit, connections, state, c, face, total);
         const auto from = [c, n](double volume) { return volume > 0.0 ? c : n; };
@@ -126,6 +133,7 @@ void measureFaces(const UnitSystem& units, const ConnectionTable& connections, c
 void measureSources(const UnitSystem& units, std::span<const ComponentSource> sources,
                     const ComponentStage& stage, const CellState& state, Moves& moves) {
     for (std::size_t s = 0; s < sources.size(); ++s) {
+        if (moves.stale[sources[s].cell] == 0) continue;
         double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
         std::fill(row, row + moves.width(), 0.0);
         const CellId c = sources[s].cell;
@@ -183,6 +191,7 @@ void gatherCell(const ConnectionTable& connections, const ComponentMakeUp& makeU
         if (leaving[i] > 0.0)
             longest = std::min(longest, LargestMoleShare * stage.amounts.moles(c, i + 1) / leaving[i]);
     moves.longest[c] = longest;
+    moves.elapsed[c] = 0.0;
 }
 
 /// Sources take of their cells what faces leave them: their part bounds the substep too.
@@ -190,6 +199,7 @@ void addSources(std::span<const ComponentSource> sources, const ComponentStage& 
                 Moves& moves) {
     for (std::size_t s = 0; s < sources.size(); ++s) {
         const CellId c = sources[s].cell;
+        if (moves.due[c] == 0) continue;
         const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
         double* const net = moves.net.row(c);
         for (int k = 0; k < moves.width(); ++k) net[k] += row[k];
@@ -202,9 +212,9 @@ void addSources(std::span<const ComponentSource> sources, const ComponentStage& 
     }
 }
 
-/// Marks the cell where its amounts have changed so far that its state has to be found anew.
-void applyMoves(const Moves& moves, double dt, CellId c, ComponentStage& stage, double& changed,
-                std::uint8_t& stale) {
+/// Marks the cell where its amounts have changed so far that its state has to be found anew, or where the
+/// next substep could come to its limits.
+void applyMoves(double dt, CellId c, ComponentStage& stage, Moves& moves) {
     const double* const net = moves.net.row(c);
     double* const moles = stage.amounts.moles.row(c);
     double held = 0.0, change = 0.0;
@@ -216,15 +226,33 @@ void applyMoves(const Moves& moves, double dt, CellId c, ComponentStage& stage, 
     double& water = stage.amounts.water[c];
     const double waterChange = std::abs(dt * net[moves.water()]);
     water += dt * net[moves.water()];
-    changed += change / held + (water > 0.0 ? waterChange / water : 0.0);
-    stale = changed <= StaleChange ? 0 : 1;
-    if (stale != 0) changed = 0.0;
+    moves.changed[c] += change / held + (water > 0.0 ? waterChange / water : 0.0);
+    moves.elapsed[c] += dt;
+    // At its limits too: what leaves it of a trace follows what is there of it.
+    const bool isStale =
+        !(moves.changed[c] <= StaleChange) || moves.elapsed[c] > LimitShare * moves.longest[c];
+    moves.stale[c] = isStale ? 1 : 0;
+    if (isStale) moves.changed[c] = 0.0;
+}
+
+/// What is new of a cell is new to its neighbours' balances.
+void markNeighbours(const GridModel& grid, const ConnectionTable& connections, Moves& moves) {
+#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        std::uint8_t due = moves.stale[c];
+        for (int face = 1; face <= FaceCount && due == 0; ++face) {
+            const CellId n = connections.Neighbour(c, face);
+            if (n > 0) due = moves.stale[n];
+        }
+        moves.due[c] = due;
+    }
 }
 
 double longestSubstep(const GridModel& grid, const Moves& moves, double left) {
     double longest = left;
     for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) longest = std::min(longest, moves.longest[c]);
+        if (grid.Active[c] != 0) longest = std::min(longest, moves.longest[c] - moves.elapsed[c]);
     return longest;
 }
 
@@ -233,12 +261,13 @@ void measureMoves(const UnitSystem& units, const GridModel& grid, const Connecti
                   const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
                   Moves& moves) {
     const bool inParallel = grid.NCELLS >= ParallelCells;
+    markNeighbours(grid, connections, moves);
 #pragma omp parallel for schedule(static) if (inParallel)
     for (CellId c = 1; c <= grid.NCELLS; ++c)
         if (grid.Active[c] != 0) measureFaces(units, connections, velocity, makeUp, stage, state, c, moves);
 #pragma omp parallel for schedule(static) if (inParallel)
     for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) gatherCell(connections, makeUp, stage, state, c, moves);
+        if (grid.Active[c] != 0 && moves.due[c] != 0) gatherCell(connections, makeUp, stage, state, c, moves);
     measureSources(units, sources, stage, state, moves);
     addSources(sources, stage, state, moves);
 }
@@ -326,6 +355,7 @@ bool dropOverdrawn(const ConnectionTable& connections, const VelocityField& velo
         forToldOutflows(connections, velocity, makeUp, c,
                         [&](CellId low, int axis, double) { any = any || moves.told(low, axis) != 0.0; });
         moves.followed[c] = 0.0;
+        moves.stale[c] = 1;
     }
     return any;
 }
@@ -345,7 +375,8 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
     };
     if (!makeUp.isEmpty()) {
         measure();
-        trustCells(connections, velocity, grid, sources, makeUp, stage, state, dt, moves);
+        trustCells(connections, velocity, grid, sources, makeUp, stage, state, dt,
+                   moves);  // all marked still
     }
     for (double left = dt; left > 0.0;) {
         measure();
@@ -353,7 +384,7 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
         if (dropOverdrawn(connections, velocity, grid, makeUp, stage, substep, moves)) continue;
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
         for (CellId c = 1; c <= grid.NCELLS; ++c)
-            if (grid.Active[c] != 0) applyMoves(moves, substep, c, stage, moves.changed[c], moves.stale[c]);
+            if (grid.Active[c] != 0) applyMoves(substep, c, stage, moves);
         for (std::size_t s = 0; s < sources.size(); ++s) {
             const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
             for (int i = 0; i < moves.count; ++i) moved[s].moles[i] += substep * row[i];

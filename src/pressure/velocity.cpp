@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <utility>
 
 namespace kvr {
 
@@ -117,6 +118,16 @@ std::array<double, 3> upstreamOfTotal(const std::array<DrivenPhase, 3>& phases, 
     return mobility;
 }
 
+/// By rising drive; equal ones stay in their order.
+void sortByDrive(std::array<DrivenPhase, 3>& phases) {
+    const auto order = [&phases](std::size_t first) {
+        if (phases[first + 1].drive < phases[first].drive) std::swap(phases[first], phases[first + 1]);
+    };
+    order(0);
+    order(1);
+    order(0);
+}
+
 }  // namespace
 
 PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connections, const CellState& s,
@@ -133,8 +144,7 @@ PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connect
                     s.LambdaW[n], &PhaseFlux::water},
         DrivenPhase{-phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g), s.LambdaG[c],
                     s.LambdaG[n], &PhaseFlux::gas}};
-    std::stable_sort(phases.begin(), phases.end(),
-                     [](const DrivenPhase& a, const DrivenPhase& b) { return a.drive < b.drive; });
+    sortByDrive(phases);
     const double outward = sign * total;
     const std::array<double, 3> mobility = upstreamOfTotal(phases, trans, outward);
     const double sum = mobility[0] + mobility[1] + mobility[2];

@@ -11,6 +11,9 @@ namespace {
 constexpr double AttractionFactor = 0.457235529;  // Omega_a
 constexpr double CovolumeFactor = 0.077796074;    // Omega_b
 constexpr double LeastReducedTemperature = 1e-10;
+constexpr double RankinePerKelvin = 1.8;
+constexpr double PsiPerAtmosphere = 14.696;
+constexpr double BranchTemperature = 1.5;  // reduced
 
 Composition firstOf(std::span<const double> column, int count) {
     Composition values{};
@@ -29,6 +32,18 @@ double attraction(double tc, double pc, double acentric, double temperature) {
 
 }  // namespace
 
+double inverseViscosity(double T, double P, double M) {
+    const double pressure = std::cbrt(P / PsiPerAtmosphere);
+    return std::pow(T / RankinePerKelvin, 1.0 / 6.0) / (std::sqrt(M) * pressure * pressure);
+}
+
+double diluteViscosity(const ComponentSet& set, int i) {
+    const double reduced = set.temperature / set.Tc[i];
+    const double xi = inverseViscosity(set.Tc[i], set.Pc[i], set.Mw[i]);
+    if (reduced <= BranchTemperature) return 0.00034 * std::pow(reduced, 0.94) / xi;
+    return 0.0001778 * std::pow(4.58 * reduced - 1.67, 0.625) / xi;
+}
+
 ComponentSet componentSet(const FluidTables& tables, double temperature) {
     ComponentSet set;
     set.count = std::min(static_cast<int>(tables.TCRIT.size()), MaxComponents);
@@ -42,6 +57,8 @@ ComponentSet componentSet(const FluidTables& tables, double temperature) {
     for (std::size_t i = 0; i < n; ++i) {
         set.a[i] = attraction(set.Tc[i], set.Pc[i], set.Acf[i], temperature);
         set.b[i] = CovolumeFactor * GasConstant * set.Tc[i] / set.Pc[i];
+        set.rootMw[i] = std::sqrt(set.Mw[i]);
+        set.dilute[i] = diluteViscosity(set, static_cast<int>(i));
     }
     const std::size_t stride = tables.TCRIT.size();
     for (std::size_t i = 0; i < n; ++i)

@@ -23,10 +23,19 @@ struct ComponentSet {
     double temperature = 0.0;             // Rankine
     Composition Tc{}, Pc{}, Mw{}, Acf{};  // Rankine, psia, lb/lb-mole, dimensionless
     Composition Vc{};                     // ft3/lb-mole
+    Composition rootMw{};                 // sqrt(Mw)
+    Composition dilute{};                 // cp, of each component as a dilute gas
     Composition a{};                      // psia ft6/lb-mole2, the attraction with its temperature term
     Composition b{};                      // ft3/lb-mole, the co-volume
     ComponentMatrix cross{};              // (1 - BIC) sqrt(a_i a_j)
 };
+
+/// Inverse viscosity 1/cp of the corresponding states, (T/1.8)^(1/6) / (sqrt(M) (P/14.696)^(2/3)): T in
+/// Rankine, P in psia, M in lb/lb-mole.
+double inverseViscosity(double T, double P, double M);
+
+/// Stiel and Thodos' viscosity of component i as a dilute gas, cp; Tr of at most 1.5 takes the first branch.
+double diluteViscosity(const ComponentSet& set, int i);
 
 /// The components of the deck at a temperature in Rankine; columns that are too short count as 0. T/Tc is
 /// held at 1e-10 or above.

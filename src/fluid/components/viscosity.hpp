@@ -11,7 +11,4 @@ namespace kvr {
 /// fractions is nothing.
 double VIS_COMPS(const ComponentSet& set, double pressure, double Z, const Composition& x);
 
-/// Stiel and Thodos' viscosity of component i as a dilute gas, cp; Tr of at most 1.5 takes the first branch.
-double diluteViscosity(const ComponentSet& set, int i);
-
 }  // namespace kvr

@@ -50,8 +50,11 @@ void findPhases(const FluidTables& tables, const ComponentField& field, bool isF
     node.Sg = total > 0.0 ? gas / total : 0.0;
     const FlashState& flash = node.flash;
     const RelPerms kr = relPermsAtCell(tables, node.cell, node.region, node.Sw, node.Sg);
-    const double lo = kr.o / VIS_COMPS(set, node.pressure, flash.zLiquid, flash.liquid);
-    const double lg = kr.g / VIS_COMPS(set, node.pressure, flash.zVapour, flash.vapour);
+    const double muO = VIS_COMPS(set, node.pressure, flash.zLiquid, flash.liquid);
+    const double muG =
+        flash.phases == FluidPhases::Both ? VIS_COMPS(set, node.pressure, flash.zVapour, flash.vapour) : muO;
+    const double lo = kr.o / muO;
+    const double lg = kr.g / muG;
     const double lw = kr.w / node.MuW;
     const double share = 1.0 / (lo + lg + lw + MobilityGuard);
     const double liquid = lo * share * phaseMoles(set, field.volumeFactor, node.pressure, flash.zLiquid);
