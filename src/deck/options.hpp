@@ -26,7 +26,7 @@ enum class SensitivityForm {
     Coupled,  // what lines say, with the answer of the pressures of the whole field
     Lines,    // each line for itself
     Classic,  // time of flight over saturation; harmonic means along the line
-    Adjoint   // no lines: the balances of all steps, linear about the run; HMPRIOR alone
+    Adjoint   // no lines: the balances of all steps, linear about the run
 };
 
 /// Which curve of a well is matched beside its pressure, HMDATA.

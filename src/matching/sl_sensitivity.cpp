@@ -1,5 +1,6 @@
 #include "matching/sl_sensitivity.hpp"
 
+#include "matching/adjoint_rows.hpp"
 #include "matching/curve_rows.hpp"
 #include "matching/inversion.hpp"
 #include "matching/match_maps.hpp"
@@ -239,9 +240,11 @@ MatchSensitivities rebuildSensitivities(const Simulation& s, MatchStage stage) {
     reading.folder = outputPath(s.outputs, "");  // names of a deck of its own stand behind it
     for (const Well& well : s.wells.wells) reading.wellNames.push_back(well.WellName);
     reading.stepEnds = s.schedule.reportEnd;
-    reading.travelTime =
-        stage != MatchStage::GlobalPressure && s.options.travelTimeForm != SensitivityForm::Adjoint;
-    reading.pressure = s.options.pressureForm != SensitivityForm::Adjoint;
+    const auto hasFiles = [&](SensitivityForm form) {
+        return form != SensitivityForm::Adjoint || leavesAdjoints(s.options);
+    };
+    reading.travelTime = stage != MatchStage::GlobalPressure && hasFiles(s.options.travelTimeForm);
+    reading.pressure = hasFiles(s.options.pressureForm);
     reading.iteration = s.clock.hmIteration;
     if (s.options.outputSensitivity) plotSensitivities(s.console, s.options, reading, s.grid);
     return reconstructSensitivities(s.console, s.options, reading, s.grid.Active, s.match.wells);

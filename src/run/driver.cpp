@@ -286,6 +286,7 @@ int runSimulation(Simulation& simulation) {
     do {
         if (const std::string_view where = runForward(simulation); !where.empty())
             return finishBySignal(simulation, where);
+        writeAdjoints(simulation);
     } while (goOnMatching(simulation));
     if (!simulation.options.historyMatch) leaveWellHistory(simulation);
     finishRateOptimization(simulation);

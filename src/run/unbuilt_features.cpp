@@ -81,8 +81,8 @@ constexpr FeatureRow Features[] = {
      "history matching (DOINV) without streamlines (FDMETHOD) unless SNSFORM is ADJOINT ADJOINT"},
     {[](const RunOptions& o) { return o.historyMatch && optimizesRates(o); },
      "history matching (DOINV) with rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)"},
-    {[](const RunOptions& o) { return o.outputSensitivity && o.method != "streamline"; },
-     "sensitivity output (OPTIONKVR 4) without streamlines (FDMETHOD)"},
+    {[](const RunOptions& o) { return o.outputSensitivity && o.method != "streamline" && !needsNoLines(o); },
+     "sensitivity output (OPTIONKVR 4) without streamlines (FDMETHOD) unless SNSFORM is ADJOINT ADJOINT"},
 };
 
 }  // namespace

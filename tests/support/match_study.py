@@ -14,7 +14,9 @@ import binary_blocks
 import kvr_run
 import peer_flow
 
-EXAMPLE = kvr_run.REPOSITORY / "examples" / "history_match" / "HISTORY_MATCH.DATA"
+EXAMPLES = kvr_run.REPOSITORY / "examples"
+EXAMPLE = EXAMPLES / "history_match" / "HISTORY_MATCH.DATA"
+OUTSIDE_EXAMPLE = EXAMPLES / "history_match_flow" / "HISTORY_MATCH_FLOW.DATA"
 SIDE = 31
 LEAST_RISE = 0.05  # of the water saturation, of cells that count as swept
 
@@ -123,11 +125,11 @@ def start(folder, deck, observed, files=None):
         (folder / name).write_text(content)
 
 
-def match(folder, deck, observed, files=None, timeout=3600):
+def match(folder, deck, observed, files=None, arguments=()):
     """Runs a match to its end; processor seconds and memory are those of the whole process."""
     start(folder, deck, observed, files)
     with open(folder / "console", "w") as console:
-        process = subprocess.Popen([kvr_run.PROGRAM], cwd=folder, stdin=subprocess.DEVNULL, stdout=console, stderr=subprocess.STDOUT,
+        process = subprocess.Popen([kvr_run.PROGRAM, *arguments], cwd=folder, stdin=subprocess.DEVNULL, stdout=console, stderr=subprocess.STDOUT,
                                    env=dict(os.environ, TERM="dumb"))
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = os.waitstatus_to_exitcode(status)

@@ -18,6 +18,8 @@ WELLS = [("INJ", 16, 16), ("P1", 1, 1), ("P2", 31, 1), ("P3", 31, 31), ("P4", 1,
 CONTROLS = {"injector": ("'RATE' 1000 1* 90000", "'BHP' 5* 3000"), "producers": ("'BHP' 2* 6000", "'LRAT' 3* 250 1* 10")}
 LINES = "NUMLINE\n2000 /\nOPTIONKVR\n1 0 0 1 0 0 0 0 /\n"
 IMPLICIT = "FDMETHOD\nFIM\n"
+FORMS = {form: LINES + f"SNSFORM\n{form} {form} /\n" for form in ("CLASSIC", "LINES", "COUPLED", "ADJOINT")}
+FORMS["ADJOINT of FIM"] = FORMS["ADJOINT"] + IMPLICIT
 
 
 def lognormal_field():
@@ -133,7 +135,7 @@ def step_values(path):
 
 def rows(folder, control, form, cuts):
     """Travel time (days) and pressure (psi) of each well per unit of ln k, reduced as a match does it."""
-    curves(folder, lognormal_field(), control, LINES + f"SNSFORM\n{form} {form} /\n")
+    curves(folder, lognormal_field(), control, FORMS[form])
     time, pressure = numpy.zeros((2, len(WELLS), SIDE * SIDE))
     for n in range(STEPS):
         ofStep = step_values(folder / f"HM_SENSTEMP_GTTI.K{n + 1:04d}")
@@ -181,7 +183,7 @@ def perturbed(folder, control):
 def test_sensitivities_agree_with_runs_of_another_permeability(tmp_path, control):
     base, cells, shifts, pressures = perturbed(tmp_path / "perturbed", control)
     found = {}
-    for form in ("CLASSIC", "LINES", "COUPLED"):
+    for form in FORMS:
         time, pressure = rows(tmp_path / form, control, form, base)
         for well, (name, _, _) in enumerate(WELLS):
             for kind, row, truth in (("time", time, shifts), ("pressure", pressure, pressures)):
@@ -190,7 +192,9 @@ def test_sensitivities_agree_with_runs_of_another_permeability(tmp_path, control
                 found[form, kind, name] = figures(row[well][cells], truth[well])
                 print(f"{control} {form} {kind} {name}: rank %.2f, linear %.3f, slope %.2f, signs %.2f" % found[form, kind, name])
     for (form, kind, name), (rank, linear, slope, signs) in found.items():
-        if form != "COUPLED":
+        if form == "ADJOINT of FIM":
+            assert rank >= 0.95 and linear >= 0.98 and 0.9 <= slope <= 1.1, (kind, name)
+        if form not in ("COUPLED", "ADJOINT"):
             continue
         if kind == "pressure":
             assert linear >= 0.85 and 0.5 <= slope <= 2.0, name

@@ -160,16 +160,6 @@ constexpr Remark Remarks[] = {
      "on them"},
 };
 
-/// Rows of data by adjoints are what HMPRIOR works on; all else reads values by step.
-void boundForms(const Console& console, RunOptions& options) {
-    if (options.mostProbable && options.historyMatch) return;
-    for (SensitivityForm* form : {&options.travelTimeForm, &options.pressureForm}) {
-        if (*form != SensitivityForm::Adjoint) continue;
-        warn(console, "WARNING :: SNSFORM ADJOINT WORKS WITH DOINV AND HMPRIOR ALONE, COUPLED IS TAKEN");
-        *form = SensitivityForm::Coupled;
-    }
-}
-
 }  // namespace
 
 void finaliseOptions(const Console& console, const GridModel& grid, const FluidTables& tables,
@@ -179,7 +169,6 @@ void finaliseOptions(const Console& console, const GridModel& grid, const FluidT
     setLineCount(console, grid, schedule, options);
     boundLines(console, grid, options);
     boundNodeFactor(console, grid, options);
-    boundForms(console, options);
     // An implicit line has no use for the upwind word: the field names its solver instead.
     if (options.solverPhaseName.front() == "imp")
         for (std::string& name : options.upwindName) name = options.saturationSolver;

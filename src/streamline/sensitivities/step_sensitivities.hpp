@@ -53,9 +53,9 @@ inline bool needsNoLines(const RunOptions& options) {
            options.pressureForm == SensitivityForm::Adjoint;
 }
 
-/// Runs that keep sensitivities of lines: by OPTIONKVR 4, or for a match that takes its rows from them.
+/// Runs that keep sensitivities of lines: by OPTIONKVR 4 or for a match.
 inline bool keepsSensitivities(const RunOptions& options) {
-    return options.outputSensitivity || (options.historyMatch && !needsNoLines(options));
+    return (options.outputSensitivity || options.historyMatch) && !needsNoLines(options);
 }
 
 }  // namespace kvr
