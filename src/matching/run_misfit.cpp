@@ -1,5 +1,6 @@
 #include "matching/run_misfit.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kvr {
@@ -53,7 +54,10 @@ void totalMisfits(const ObjectiveWeights& weights, std::span<const RunMisfit> be
         all += weight;
     };
     add(0.5 * weights.cut, &RunMisfit::matched);
-    add(0.5 * weights.cut, &RunMisfit::shift);
+    const bool anyShift = std::any_of(first.wells.begin(), first.wells.end(), [&](const WellMisfit& well) {
+        return std::abs(well.shift) >= weights.leastShift;
+    });
+    if (anyShift) add(0.5 * weights.cut, &RunMisfit::shift);
     add(weights.pressure, &RunMisfit::pressure);
     run.judged = all > 0.0 ? sum / all : 0.0;
 }

@@ -109,7 +109,8 @@ void SL_MISFIT(Simulation& s, RunMisfit& run) {
     }
     requireData(s.console, std::any_of(s.match.wells.begin(), s.match.wells.end(),
                                        [](const WellMatch& well) { return well.obs.count() > 1; }));
-    totalMisfits({options.objectiveWeightWct, options.objectiveWeightBhp}, s.match.accepted, run);
+    totalMisfits({options.objectiveWeightWct, options.objectiveWeightBhp, settings.criterionWct},
+                 s.match.accepted, run);
     logPoints(s.console, settings, s.match.wells);
     if (s.match.firstWells.empty()) s.match.firstWells = s.match.wells;
 }

@@ -51,6 +51,15 @@ TEST(JudgedMisfit, IsTheWeightedShareOfTheFirstRun) {
     EXPECT_NEAR(second.judged, (0.35 + 0.025) / 1.25, 1e-15);
 }
 
+TEST(JudgedMisfit, LeavesOutShiftsWhereAllOfTheFirstRunAreWithinWhatCountsAsMatched) {
+    RunMisfit first = runOf(10.0, 200.0), second = runOf(5.0, 20.0);
+    second.wells[1].shift = 400.0;
+    totalMisfits({0.5, 0.5, 41.0}, {&first, 1}, second);
+    EXPECT_NEAR(second.judged, (0.25 * 0.5 + 0.5 * 0.1) / 0.75, 1e-15) << "30 and 40 days are less than 41";
+    totalMisfits({0.5, 0.5, 40.0}, {&first, 1}, second);
+    EXPECT_GT(second.judged, 1.0) << "40 days are not";
+}
+
 TEST(JudgedMisfit, LeavesOutAKindThatTheFirstRunMatches) {
     RunMisfit first = runOf(10.0, 0.0);
     totalMisfits({0.5, 0.5}, {}, first);
