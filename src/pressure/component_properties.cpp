@@ -84,6 +84,10 @@ void refreshCell(const GridModel& grid, const FluidTables& all, double volumeFac
         shareVolumes(toInternal * volumes.liquid, toInternal * volumes.vapour, water, c, state);
     refreshPhases(stage.set, c, stage.cells, state);
     refreshFlow(grid, all, c, state);
+    if (!stage.takesMean) return;
+    state.LambdaO[c] = stage.mean.oil[c];
+    state.LambdaW[c] = stage.mean.water[c];
+    state.LambdaG[c] = stage.mean.gas[c];
 }
 
 void sizeStage(CellId cells, ComponentStage& stage) {
@@ -97,6 +101,24 @@ void sizeStage(CellId cells, ComponentStage& stage) {
 }
 
 }  // namespace
+
+void keepSolvedMobilities(const CellState& state, ComponentStage& stage) {
+    const CellId cells = stage.FluidVolume.count();
+    stage.solvedMobility.assign(cells, 0.0);
+    for (CellId c = 1; c <= cells; ++c)
+        stage.solvedMobility[c] = state.LambdaO[c] + state.LambdaW[c] + state.LambdaG[c];
+}
+
+void leaveMeanMobilities(const GridModel& grid, ComponentStage& stage, CellState& state) {
+    if (!stage.takesMean) return;
+    stage.takesMean = false;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) {
+        if (grid.Active[c] == 0) continue;
+        state.LambdaO[c] = state.KroCell[c] / state.MuO[c];
+        state.LambdaW[c] = state.KrwCell[c] / state.MuW[c];
+        state.LambdaG[c] = state.KrgCell[c] / state.MuG[c];
+    }
+}
 
 void fillPores(const GridModel& grid, const FluidTables& tables, double volumeFactor, const CellState& state,
                ComponentStage& stage) {

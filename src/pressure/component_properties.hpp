@@ -28,6 +28,12 @@ enum class Saturations { Found, Held };
 void refreshComponents(const GridModel& grid, const FluidTables& tables, double volumeFactor,
                        VolumeSlopes slopes, Saturations saturations, ComponentStage& stage, CellState& state);
 
+/// Keeps the mobilities that a pressure has been solved with in ComponentStage::solvedMobility.
+void keepSolvedMobilities(const CellState& state, ComponentStage& stage);
+
+/// Back from the means of a step to the mobilities of what cells hold.
+void leaveMeanMobilities(const GridModel& grid, ComponentStage& stage, CellState& state);
+
 /// The same without slopes for the cells that are marked.
 void refreshMarked(const GridModel& grid, const FluidTables& tables, double volumeFactor,
                    const CellArray<std::uint8_t>& marked, ComponentStage& stage, CellState& state);

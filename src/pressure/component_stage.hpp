@@ -16,6 +16,11 @@ struct ComponentAmounts {
     CellArray<double> water;       // surface volume, internal volume units
 };
 
+/// Mobilities of the phases by cell, 1/cp.
+struct PhaseMobilities {
+    CellArray<double> oil, water, gas;
+};
+
 /// What the pressure equation and the transport of components read of the cells; internal volume units.
 struct ComponentStage {
     ComponentSet set;  // at the temperature of the reservoir
@@ -25,6 +30,9 @@ struct ComponentStage {
     CellArray<double> FluidSlope;    // its change a psi, at fixed amounts
     DirectionArray<double> Partial;  // (cell, component): its change a lb-mole
     CellArray<double> leftOver;      // volume by which the passes before over the same step missed the pores
+    PhaseMobilities mean;            // over the step, as its last transport found them
+    bool takesMean = false;          // the pressure is solved with them, not with those of the step's start
+    CellArray<double> solvedMobility;  // of all phases, that the last pressure was solved with
 };
 
 /// What a connection of a well takes or brings while amounts move on the flow of a pressure.
@@ -54,6 +62,13 @@ struct WellMixture {
     SourceTotals produced, injected;  // since the start, both positive
 };
 
+/// What a producer drew in the pass before over the same step, mean over it.
+struct DrawnMixture {
+    Composition stream{};  // fractions
+    std::vector<double>
+        perVolume;  // by connection, lb-mole in a reservoir volume that it drew; empty: unknown
+};
+
 /// Where a step with components starts from, for a return to it.
 struct ComponentLevel {
     ComponentAmounts amounts;
@@ -79,6 +94,7 @@ struct ComponentRun {
     std::vector<WellMixture> wells;        // as in WellRecord
     std::vector<ComponentSource> sources;
     std::vector<SourceTotals> moved;  // by source
+    std::vector<DrawnMixture> drawn;  // as in WellRecord; empty in a first pass over a step
     ComponentLevel level;
     ComponentBalance balance;
     double largestChange = 0.0;  // of an overall fraction of a cell in the last step

@@ -42,7 +42,7 @@ void updateRates(Simulation& s) {
 
 void updateWells(double follow, Simulation& s) {
     ComponentRun& run = s.components;
-    yieldWells(s.units, run.surface, run.stage, s.state, follow, run.wells, s.wells);
+    yieldWells(s.units, run.surface, run.stage, s.state, follow, run.drawn, run.wells, s.wells);
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
 }
 
@@ -157,7 +157,8 @@ void takeComponentWells(Simulation& simulation) {
     ComponentRun& run = simulation.components;
     takeStreams(simulation.console, simulation.units, run.surface, simulation.schedule, simulation.wells,
                 run.wells);
-    yieldWells(simulation.units, run.surface, run.stage, simulation.state, 1.0, run.wells, simulation.wells);
+    yieldWells(simulation.units, run.surface, run.stage, simulation.state, 1.0, {}, run.wells,
+               simulation.wells);
 }
 
 bool solveComponentFlow(Simulation& s) {
@@ -176,6 +177,8 @@ bool solveComponentFlow(Simulation& s) {
 
 void moveOnFlow(const ComponentMakeUp& makeUp, Simulation& s) {
     ComponentRun& run = s.components;
+    keepSolvedMobilities(s.state, run.stage);
+    leaveMeanMobilities(s.grid, run.stage, s.state);
     moveComponents(s.units, s.grid, s.connections, s.fluids, s.velocity, run.sources, makeUp, s.clock.dt,
                    run.stage, s.state, run.moved);
     rateWells(s.units, run.surface, s.clock.dt, run.sources, run.moved, run.wells, s.wells);

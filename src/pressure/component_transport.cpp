@@ -235,6 +235,13 @@ void applyMoves(double dt, CellId c, ComponentStage& stage, Moves& moves) {
     if (isStale) moves.changed[c] = 0.0;
 }
 
+/// What a substep adds to the means of the mobilities, `share` of the step long.
+void addToMeans(double share, const CellState& state, CellId c, PhaseMobilities& mean) {
+    mean.oil[c] += share * state.LambdaO[c];
+    mean.water[c] += share * state.LambdaW[c];
+    mean.gas[c] += share * state.LambdaG[c];
+}
+
 /// What is new of a cell is new to its neighbours' balances.
 void markNeighbours(const GridModel& grid, const ConnectionTable& connections, Moves& moves) {
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
@@ -370,6 +377,8 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
     sizeMoves(grid.NCELLS, stage.set.count, sources.size(), moves);
     moved.assign(sources.size(), {});
     moves.followed.assign(grid.NCELLS, 1.0);
+    for (CellArray<double>* mean : {&stage.mean.oil, &stage.mean.water, &stage.mean.gas})
+        mean->assign(grid.NCELLS, 0.0);
     const auto measure = [&] {
         measureMoves(units, grid, connections, velocity, sources, makeUp, stage, state, moves);
     };
@@ -383,8 +392,11 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
         const double substep = std::max(longestSubstep(grid, moves, left), std::min(left, LeastSubstep * dt));
         if (dropOverdrawn(connections, velocity, grid, makeUp, stage, substep, moves)) continue;
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
-        for (CellId c = 1; c <= grid.NCELLS; ++c)
-            if (grid.Active[c] != 0) applyMoves(substep, c, stage, moves);
+        for (CellId c = 1; c <= grid.NCELLS; ++c) {
+            if (grid.Active[c] == 0) continue;
+            addToMeans(substep / dt, state, c, stage.mean);
+            applyMoves(substep, c, stage, moves);
+        }
         for (std::size_t s = 0; s < sources.size(); ++s) {
             const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
             for (int i = 0; i < moves.count; ++i) moved[s].moles[i] += substep * row[i];

@@ -74,6 +74,28 @@ double producedDensity(const CellState& state, const Well& well) {
     return mobility > 0.0 ? mass / mobility : 0.0;
 }
 
+/// The yields of what a producer drew: by connection the lb-mole in a reservoir volume of all that it takes,
+/// referred to the volumes of liquid and vapour among it. False where it drew none, or where one has neither.
+bool yieldDrawn(const UnitSystem& units, const SurfaceFluid& surface, const CellState& state,
+                const DrawnMixture& drawn, WellMixture& mixture, Well& well) {
+    if (drawn.perVolume.size() != well.connections.size()) return false;
+    const auto hasNone = [&state](const WellConnection& connection) {
+        return !(state.LambdaO[connection.ConnCell] + state.LambdaG[connection.ConnCell] > 0.0);
+    };
+    if (std::any_of(well.connections.begin(), well.connections.end(), hasNone)) return false;
+    mixture.stream = drawn.stream;
+    const PhaseVolumes volumes = surfaceOf(units, surface, mixture);
+    for (std::size_t n = 0; n < well.connections.size(); ++n) {
+        WellConnection& connection = well.connections[n];
+        const CellId c = connection.ConnCell;
+        const double carrying = state.LambdaO[c] + state.LambdaG[c];
+        const double moles = drawn.perVolume[n] * (carrying + state.LambdaW[c]) / carrying;
+        const double oil = moles * volumes.liquid, gas = moles * volumes.vapour;
+        connection.mixture = {true, oil, gas, oil, gas, 0.0};
+    }
+    return true;
+}
+
 void yieldProducer(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
                    const CellState& state, double follow, WellMixture& mixture, Well& well) {
     well.mixtureDensity = producedDensity(state, well);
@@ -148,11 +170,14 @@ void takeStreams(const Console& console, const UnitSystem& units, const SurfaceF
 }
 
 void yieldWells(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
-                const CellState& state, double follow, std::vector<WellMixture>& mixtures,
-                WellRecord& wells) {
+                const CellState& state, double follow, std::span<const DrawnMixture> drawn,
+                std::vector<WellMixture>& mixtures, WellRecord& wells) {
     for (std::size_t w = 0; w < wells.wells.size(); ++w) {
         Well& well = wells.wells[w];
-        if (!isInjector(well))
+        if (!isInjector(well) && w < drawn.size() &&
+            yieldDrawn(units, surface, state, drawn[w], mixtures[w], well))
+            well.mixtureDensity = producedDensity(state, well);
+        else if (!isInjector(well))
             yieldProducer(units, surface, stage, state, follow, mixtures[w], well);
         else if (mixtures[w].hasStream && mixtures[w].perSurface > 0.0)
             yieldInjector(stage.set, stage.Partial, state, mixtures[w], well);
@@ -181,6 +206,27 @@ void takeSources(const WellRecord& wells, const std::vector<WellMixture>& mixtur
             }
             sources.push_back(source);
         }
+    }
+}
+
+void takeDrawn(double dt, int count, const std::vector<ComponentSource>& sources,
+               const std::vector<SourceTotals>& moved, const WellRecord& wells,
+               std::vector<DrawnMixture>& drawn) {
+    drawn.assign(wells.wells.size(), {});
+    std::vector<double> totals(wells.wells.size(), 0.0);
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        if (isInjector(wells.wells[sources[s].well])) continue;
+        DrawnMixture& mixture = drawn[sources[s].well];
+        const double moles = -sumOf(moved[s].moles, count), volume = dt * sources[s].produced;
+        for (int i = 0; i < count; ++i) mixture.stream[i] -= moved[s].moles[i];
+        totals[sources[s].well] += moles;
+        mixture.perVolume.push_back(volume > 0.0 ? moles / volume : 0.0);
+    }
+    for (std::size_t w = 0; w < drawn.size(); ++w) {
+        const bool isKnown = std::all_of(drawn[w].perVolume.begin(), drawn[w].perVolume.end(),
+                                         [](double moles) { return moles > 0.0; });
+        if (!isKnown || !(totals[w] > 0.0)) drawn[w].perVolume.clear();
+        for (int i = 0; isKnown && i < count; ++i) drawn[w].stream[i] /= totals[w];
     }
 }
 

@@ -5,6 +5,8 @@
 #include "deck/schedule.hpp"
 #include "pressure/component_stage.hpp"
 
+#include <span>
+
 namespace kvr {
 
 /// Streams of the wells in force by WELLSTRE and WINJGAS. A well that injects gas or oil without a known
@@ -14,9 +16,16 @@ void takeStreams(const Console& console, const UnitSystem& units, const SurfaceF
 
 /// Surface yields of all connections from the cells as they stand: a producer's by one flash at the surface
 /// of all that its connections let through, an injector's by the volume that its stream takes in the cell. A
-/// producer's mixture goes the share `follow` of the way from the last one.
+/// producer's mixture goes the share `follow` of the way from the last one; where `drawn` tells what the
+/// producers drew in a pass before over the same step, that is their mixture.
 void yieldWells(const UnitSystem& units, const SurfaceFluid& surface, const ComponentStage& stage,
-                const CellState& state, double follow, std::vector<WellMixture>& mixtures, WellRecord& wells);
+                const CellState& state, double follow, std::span<const DrawnMixture> drawn,
+                std::vector<WellMixture>& mixtures, WellRecord& wells);
+
+/// What the producers drew on average over a step of `dt` days.
+void takeDrawn(double dt, int count, const std::vector<ComponentSource>& sources,
+               const std::vector<SourceTotals>& moved, const WellRecord& wells,
+               std::vector<DrawnMixture>& drawn);
 
 /// What the connections take and bring at the rates of the pressure that has been found.
 void takeSources(const WellRecord& wells, const std::vector<WellMixture>& mixtures,

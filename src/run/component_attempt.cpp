@@ -3,7 +3,9 @@
 #include "base/hard_stop.hpp"
 #include "base/messages.hpp"
 #include "base/stopwatch.hpp"
+#include "pressure/component_properties.hpp"
 #include "pressure/component_step.hpp"
+#include "pressure/component_wells.hpp"
 #include "pressure/left_over.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
@@ -24,7 +26,8 @@ constexpr double LargestCompositionChange = 0.25;  // of an overall fraction of 
 constexpr double LargestCellError = 0.05;          // of a cell's pores that its fluids lack or exceed
 constexpr double LargestFailedFlashes = 0.5;       // cells: none
 constexpr double LargestMiss = 0.03;               // of a rate target
-constexpr double LagShare = 0.8;                   // of the limit of mobilities, which are not forecast
+constexpr double LagShare = 0.8;                   // of the limit of mobilities
+constexpr double LagFactor = 5.0;                  // that of their change, which later passes take up
 constexpr double ShortStep = 10.0;                 // smallest steps: a front crosses no cell in so little
 constexpr double Safety = 0.8;
 constexpr double LargestGrowth = 2.0, LargestCut = 0.1, SmallestCut = 0.7;
@@ -33,8 +36,9 @@ constexpr double VanishedStep = 1e-9;  // days
 // The volumes a lb-mole of a step's start miss what mixing makes of phases: passes over the same step take up
 // what the ones before have left over, while that is more than a share of its limit.
 constexpr int MostPasses = 3;
-constexpr double RepeatShare = 0.3;
-constexpr int MostLineCuts = 2;  // of a step, behind which the cells alone move its amounts
+constexpr double RepeatShare = 0.3;     // of the limits of volumes
+constexpr double RepeatLagShare = 0.1;  // of those of mobilities and of a producer's gas
+constexpr int MostLineCuts = 2;         // of a step, behind which the cells alone move its amounts
 
 struct Row {
     std::string_view name;
@@ -105,10 +109,25 @@ double gasMissOf(const Well& well) {
     return solved > 0.0 ? std::abs(well.WellQg - well.solvedQg) / solved : 0.0;
 }
 
-/// Share of the limits that the volumes of a step have come to.
-double volumeShare(const RunOptions& options, const ComponentFigures& figures) {
-    return std::max(figures.volumeError / options.stepVolumeError,
-                    figures.largestVolumeError / LargestCellError);
+/// How far a step is from what its pressure was solved for, in what asks for another pass.
+double repeatShare(const RunOptions& options, const ComponentFigures& figures) {
+    const double volumes = std::max(figures.volumeError / options.stepVolumeError,
+                                    figures.largestVolumeError / LargestCellError);
+    const double lags = std::max(figures.mobilityError / (LagShare * options.stepMobilityError),
+                                 figures.gasMiss / LargestMiss);
+    return std::max(volumes / RepeatShare, lags / RepeatLagShare);
+}
+
+/// The next pass over the step is solved with what this one has found of its means.
+void takeMeans(double dt, Simulation& s) {
+    ComponentRun& run = s.components;
+    run.stage.takesMean = true;
+    takeDrawn(dt, run.stage.set.count, run.sources, run.moved, s.wells, run.drawn);
+}
+
+void leaveMeans(Simulation& s) {
+    s.components.drawn.clear();
+    leaveMeanMobilities(s.grid, s.components.stage, s.state);
 }
 
 }  // namespace
@@ -117,8 +136,10 @@ ComponentFigures measureComponentStep(const Simulation& simulation) {
     ComponentFigures figures;
     measureVolumes(simulation, figures);
     measureCompositions(simulation, figures);
-    if (simulation.clock.workDt > ShortStep * simulation.options.stepSmallest)
+    if (simulation.clock.workDt > ShortStep * simulation.options.stepSmallest) {
         figures.mobilityLag = lagOfComponentStep(simulation);
+        figures.mobilityError = errorOfComponentMobilities(simulation);
+    }
     for (const Well& well : simulation.wells.wells) {
         if (well.shut || isInjector(well)) continue;
         figures.gasMiss = std::max(figures.gasMiss, gasMissOf(well));
@@ -135,7 +156,9 @@ ComponentJudgement judgeComponentStep(const RunOptions& options, const Component
         {"volume error of a cell", &ComponentFigures::largestVolumeError, LargestCellError, 1.0},
         {"rate away from its target", &ComponentFigures::targetMiss, LargestMiss, 1.0},
         {"gas rate of a producer", &ComponentFigures::gasMiss, LargestMiss, 1.0},
-        {"error of mobility", &ComponentFigures::mobilityLag, LagShare * options.stepMobilityError, 1.0},
+        {"error of mobility", &ComponentFigures::mobilityError, LagShare * options.stepMobilityError, 1.0},
+        {"change of mobility", &ComponentFigures::mobilityLag,
+         LagFactor * LagShare * options.stepMobilityError, 1.0},
         {"change of composition", &ComponentFigures::compositionChange, LargestCompositionChange, 1.0},
         {"cells without a flash", &ComponentFigures::failedFlashes, LargestFailedFlashes, 1.0},
     };
@@ -184,21 +207,31 @@ bool advance(bool byLines, ComponentMakeUp& makeUp, Simulation& s) {
     return true;
 }
 
+/// Lines smear fronts by what goes from them to cells and back, the less the longer their steps are: those
+/// are as short as one pass by itself would have to be, whatever later passes put right.
+void judgeLines(ComponentFigures& figures, double& firstGasMiss) {
+    firstGasMiss = figures.gasMiss = std::max(figures.gasMiss, firstGasMiss);
+    figures.mobilityError = std::max(figures.mobilityError, figures.mobilityLag);
+}
+
 /// Passes over one step from its level.
 ComponentFigures attempt(bool byLines, const WellRecord& wells, Simulation& s) {
     s.components.stage.leftOver.assign(s.grid.NCELLS, 0.0);
     const RunClock clock = s.clock;
     ComponentMakeUp makeUp;
-    double before = HUGE_VAL;
+    double before = HUGE_VAL, firstGasMiss = 0.0;
     for (int pass = 1;; ++pass) {
         ComponentFigures figures;
         figures.pressureSolved = advance(byLines, makeUp, s);
+        leaveMeans(s);
         if (!figures.pressureSolved) return figures;
         figures = measureComponentStep(s);
-        const double share = volumeShare(s.options, figures);
-        if (!(share > RepeatShare) || share >= before || pass == MostPasses) return figures;
+        if (byLines) judgeLines(figures, firstGasMiss);
+        const double share = repeatShare(s.options, figures);
+        if (!(share > 1.0) || share >= before || pass == MostPasses) return figures;
         before = share;
         addLeftOver(s);
+        takeMeans(s.clock.dt, s);
         returnToLevel(wells, clock, s);
     }
 }

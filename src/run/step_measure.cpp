@@ -106,15 +106,21 @@ struct MobilityChange {
     double flow = 0.0, error = 0.0, lag = 0.0;
 };
 
+/// Flow through the faces of a cell, either way.
+double flowThrough(const Simulation& s, CellId cell) {
+    const double* flux = s.velocity.CellFaceFlux.row(cell);
+    double through = 0.0;
+    for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
+    return through;
+}
+
 MobilityChange mobilityChange(const Simulation& s, const CellState& begin) {
     MobilityChange sum;
     const CellArray<double>& ratio = s.pressure.mobilityRatio;
     const auto solvedRatio = [&](CellId cell) { return ratio.empty() ? 1.0 : ratio[cell]; };
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
         if (s.grid.Active[cell] == 0) continue;
-        const double* flux = s.velocity.CellFaceFlux.row(cell);
-        double through = 0.0;
-        for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
+        const double through = flowThrough(s, cell);
         if (through == 0.0) continue;
         const double before = totalMobility(s, begin, cell);
         const double mean = 0.5 * (before + totalMobility(s, s.state, cell));
@@ -154,6 +160,19 @@ bool holdsFreeGas(const GridModel& grid, const CellState& state) {
 double lagOfComponentStep(const Simulation& simulation) {
     const MobilityChange sum = mobilityChange(simulation, simulation.stepLevel.state);
     return sum.flow > 0.0 ? sum.lag / sum.flow : 0.0;
+}
+
+double errorOfComponentMobilities(const Simulation& s) {
+    const ComponentStage& stage = s.components.stage;
+    double flow = 0.0, error = 0.0;
+    for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell) {
+        if (s.grid.Active[cell] == 0) continue;
+        const double through = flowThrough(s, cell);
+        const double mean = stage.mean.oil[cell] + stage.mean.water[cell] + stage.mean.gas[cell];
+        flow += through;
+        if (mean > 0.0) error += through * std::abs(stage.solvedMobility[cell] - mean) / mean;
+    }
+    return flow > 0.0 ? error / flow : 0.0;
 }
 
 double lagOfImplicitStep(const Simulation& simulation) {

@@ -13,6 +13,10 @@ AttemptFigures measureStep(const Simulation& simulation);
 /// AttemptFigures::mobilityLag of a step of components, from the state of the step's level.
 double lagOfComponentStep(const Simulation& simulation);
 
+/// The same of the mobilities that the pressure of a step of components was solved with, from the means over
+/// the step that its transport has found.
+double errorOfComponentMobilities(const Simulation& simulation);
+
 /// AttemptFigures::mobilityLag of the fully implicit step that has just been taken.
 double lagOfImplicitStep(const Simulation& simulation);
 
