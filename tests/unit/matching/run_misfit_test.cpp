@@ -53,6 +53,7 @@ TEST(JudgedMisfit, IsTheWeightedShareOfTheFirstRun) {
 
 TEST(JudgedMisfit, LeavesOutShiftsWhereAllOfTheFirstRunAreWithinWhatCountsAsMatched) {
     RunMisfit first = runOf(10.0, 200.0), second = runOf(5.0, 20.0);
+    totalMisfits({0.5, 0.5}, {}, first);
     second.wells[1].shift = 400.0;
     totalMisfits({0.5, 0.5, 41.0}, {&first, 1}, second);
     EXPECT_NEAR(second.judged, (0.25 * 0.5 + 0.5 * 0.1) / 0.75, 1e-15) << "30 and 40 days are less than 41";
