@@ -13,6 +13,7 @@ namespace {
 constexpr double Courant = 0.8;            // of a substep: below 1 no component is overdrawn by its own flow
 constexpr double MobileShare = 0.4;        // of what is mobile that a substep takes by gravity ...
 constexpr double LeastPart = 1e-3;         // ... of a substep without it, at the least
+constexpr double Rounding = 1e-9;          // of what is held: to lose no more than that is to keep it
 constexpr int MostSubsteps = 4000;         // behind them a tank counts as steady
 constexpr double StillComposition = 1e-8;  // change of a volume share in one substep
 constexpr double BuoyantSlope = 2.0;       // steeper than without is what gravity makes of a fractional flow
@@ -53,9 +54,10 @@ double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVo
     return dt / std::max(1.0, std::ceil(dt * through * slope / (Courant * fluid.poreVolume)));
 }
 
-/// Days in which a component loses MobileShare of what is above its immobile part.
-double daysAbove(double held, double floor, double loss) {
-    return loss > 0.0 ? MobileShare * std::max(0.0, held - floor) / loss : HUGE_VAL;
+/// Days in which a component loses MobileShare of what is above its immobile part; no bound where all of
+/// `length` days take no more than rounding, as they do from what is immobile to the last digits.
+double daysAbove(double length, double held, double floor, double loss) {
+    return length * loss > Rounding * held ? MobileShare * std::max(0.0, held - floor) / loss : HUGE_VAL;
 }
 
 /// Length of a substep of at most `length` days in which water or oil leave by gravity too. The fraction of
@@ -63,8 +65,8 @@ double daysAbove(double held, double floor, double loss) {
 /// no slope of the curves without it bounds what a substep would take.
 double lengthUnderGravity(double length, const ConservedAmounts& held, const ConservedAmounts& floor,
                           const ConservedAmounts& loss) {
-    const double days =
-        std::min(daysAbove(held.water, floor.water, loss.water), daysAbove(held.oil, floor.oil, loss.oil));
+    const double days = std::min(daysAbove(length, held.water, floor.water, loss.water),
+                                 daysAbove(length, held.oil, floor.oil, loss.oil));
     return std::clamp(days, LeastPart * length, length);
 }
 
