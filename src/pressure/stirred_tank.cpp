@@ -54,6 +54,14 @@ double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVo
     return dt / std::max(1.0, std::ceil(dt * through * slope / (Courant * fluid.poreVolume)));
 }
 
+/// The immobile parts in the volume that is held. A step of compression leaves it apart from the pore volume
+/// by more than what may be mobile.
+ConservedAmounts floorIn(const TankFluid& fluid, const ConservedAmounts& floor,
+                         const ConservedAmounts& held) {
+    const double filled = volumeOf(fluid, held) / fluid.poreVolume;
+    return {filled * floor.water, filled * floor.oil, filled * floor.gas};
+}
+
 /// Days in which a component loses MobileShare of what is above its immobile part; no bound where all of
 /// `length` days take no more than rounding, as they do from what is immobile to the last digits.
 double daysAbove(double length, double held, double floor, double loss) {
@@ -303,13 +311,15 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
             return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0, turned.asked);
         };
         const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
-        const bool holdsFloor = follow || !buoyant.empty();
-        if (!follow && !buoyant.empty() && count <= MostSubsteps)
-            length = lengthUnderGravity(length, held, floor, lossOf(held, after(length, false), length));
+        ConservedAmounts kept = follow ? floor : ConservedAmounts{};
+        if (!follow && !buoyant.empty()) {
+            kept = floorIn(fluid, floor, held);
+            if (count <= MostSubsteps)
+                length = lengthUnderGravity(length, held, kept, lossOf(held, after(length, false), length));
+        }
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = tankState(tables, table, fluid, next);
-        if (length < left && isStill(state, nextState) &&
-            staysAbove(after(left, follow), holdsFloor ? floor : ConservedAmounts{})) {
+        if (length < left && isStill(state, nextState) && staysAbove(after(left, follow), kept)) {
             length = left;
             next = after(left, follow);
         }
