@@ -51,6 +51,7 @@ struct BuoyantFlow {
     // Water in the place of oil, volume per volume, means over the step: in what flows as the cell's own
     // mobilities make it, in that over the times when the known make-up was not followed, in what follows it.
     double own = 0.0, apart = 0.0, known = 0.0;
+    double tilt = 0.0;  // by which `own` changes over the step
     // Rs times these: what that oil would have taken along, volumes of oil times surface gas per oil.
     double ownGas = 0.0, apartGas = 0.0, knownGas = 0.0;
 };

@@ -21,9 +21,10 @@ void advanceInOrder(double dt, double slope, const GridModel& grid, const Connec
                     CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer) {
     FlowOrder order;
     orderByFlow(grid, connections, flux, order);
-    Walk walk{dt,       slope, grid, connections, tables, flux,    wells,   makeUp, buoyancy, state,
-              transfer, {},    {},   {},          {},     amounts, account, {},     0,        {}};
+    Walk walk{dt, slope, grid, connections, tables, flux,    wells,   makeUp, buoyancy, state, transfer,
+              {}, {},    {},   {},          {},     amounts, account, {},     0,        {}};
     walk.passed.assign(grid.NCELLS, Axes, {});
+    walk.tilt.assign(grid.NCELLS, Axes, 0.0);
     account.deficit = 0.0;
     listOutlets(walk);
     if (!transfer.flux.empty()) {

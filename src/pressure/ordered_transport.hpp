@@ -45,10 +45,12 @@ struct TransportAccount {
 };
 
 /// Transport of `amounts` over `dt` days by the total flow of faces, one cell after the other down the flow.
-/// A cell is a stirred tank: what flows in comes evenly over the step, what flows out by a face or a
-/// producing connection is made as `makeUp` says or, where it is silent, as the cell's own mobilities make
-/// it, in substeps of the cell alone:
-///   N(t + h) = N(t) + h (I - sum q_f m_f - q F(N))
+/// A cell is a stirred tank: what flows out by a face or a producing connection is made as `makeUp` says or,
+/// where it is silent, as the cell's own mobilities make it, in substeps of the cell alone:
+///   N(t + h) = N(t) + h (I(t) - sum q_f m_f - q F(N))
+/// What is known of an inflow is its mean over the step and, of water and oil that others' own mobilities
+/// have made up, how it changes over the step: the line of the same first moment. With means alone each cell
+/// on the way of a front would mix it over the whole step.
 /// Where a known make-up would take more of a component than the cell holds beyond its immobile part, the
 /// cell's own mobilities take its place for that substep; what is not there is not given. A known make-up is
 /// followed by a share of the flow only where it would leave another water saturation than `makeUp.Sw`: what

@@ -349,7 +349,7 @@ void advance(double h, double dt, PairFlow flow, std::span<BuoyantFlow> buoyant,
     move(h, flow, balance);
     keepWhatIsThere(balance.fracture, missing);
     add(h / dt, flow.own, out.outflow.own);
-    addMeans(h / dt, false, flow.turned, buoyant);
+    addMeans(h / dt, 0.0, false, flow.turned, buoyant);
     add(h / dt, flow.transfer, out.transferred);
 }
 

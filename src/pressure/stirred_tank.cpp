@@ -15,6 +15,7 @@ constexpr double MobileShare = 0.4;        // of what is mobile that a substep t
 constexpr double LeastPart = 1e-3;         // ... of a substep without it, at the least
 constexpr double Rounding = 1e-9;          // of what is held: to lose no more than that is to keep it
 constexpr int MostSubsteps = 4000;         // behind them a tank counts as steady
+constexpr double SteadyInflow = 1e-3;      // change of its make-up over the step that does not count
 constexpr double StillComposition = 1e-8;  // change of a volume share in one substep
 constexpr double BuoyantSlope = 2.0;       // steeper than without is what gravity makes of a fractional flow
 constexpr double MobilityGuard = 1e-20;    // 1/cp
@@ -153,6 +154,11 @@ OwnExchange turnedAt(const FluidTables& tables, const TankFluid& fluid, const Ph
     return turnedBy(pairOf(mobility[0], mobility[1]), fluid, tables.hasGas ? state.Rs : 0.0, buoyant);
 }
 
+/// Middle of a substep that starts `elapsed` days into the step, from the middle of the step, in its length.
+double fromMiddle(double elapsed, double length, double dt) {
+    return (elapsed + 0.5 * length) / dt - 0.5;
+}
+
 bool isStill(const PhaseState& before, const PhaseState& now) {
     return std::abs(now.Sw - before.Sw) + std::abs(now.Sg - before.Sg) < StillComposition;
 }
@@ -216,10 +222,13 @@ OwnExchange turnedBy(const PairMobility& lambda, const TankFluid& fluid, double 
     return moved;
 }
 
-void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant) {
+void addMeans(double share, double moment, bool follow, const OwnExchange& turned,
+              std::span<BuoyantFlow> buoyant) {
     for (BuoyantFlow& face : buoyant) {
-        const double water = share * shareTurned(face.pull, turned.lambda);
+        const double turnedShare = shareTurned(face.pull, turned.lambda);
+        const double water = share * turnedShare;
         face.own += water;
+        face.tilt += moment * turnedShare;
         face.ownGas += turned.Rs * water;
         if (follow) continue;
         face.apart += water;
@@ -291,7 +300,9 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
     ConservedAmounts held = start, missing;
     state = tankState(tables, table, fluid, held);
     int count = 0;
+    const double tilt = std::abs(flows.tilt) > SteadyInflow * inVolume ? flows.tilt : 0.0;
     for (double left = dt; left > 0.0;) {
+        const double elapsed = dt - left;
         double length = std::min(h, left);
         const bool steady = ++count > MostSubsteps && inVolume > 0.0;
         if (steady) length = left;
@@ -305,7 +316,9 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
             turned = turnedAt(tables, fluid, state, mobility, buoyant);
         }
         const auto after = [&](double time, bool follow) {
-            const ConservedAmounts net = moved(held, time, flows.inflow, flows.rest, own);
+            ConservedAmounts inflow = flows.inflow;
+            if (tilt != 0.0) exchange(fluid, tilt * fromMiddle(elapsed, time, dt), 0.0, inflow);
+            const ConservedAmounts net = moved(held, time, inflow, flows.rest, own);
             const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);
             if (follow) return moved(rest, time, {}, 1.0, request);
             return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0, turned.asked);
@@ -319,12 +332,15 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         }
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = tankState(tables, table, fluid, next);
-        if (length < left && isStill(state, nextState) && staysAbove(after(left, follow), kept)) {
+        if (length < left && tilt == 0.0 && isStill(state, nextState) &&
+            staysAbove(after(left, follow), kept)) {
             length = left;
             next = after(left, follow);
         }
         add(length / dt, own, out.own);
-        addMeans(length / dt, follow, turned, buoyant);
+        const double moment = tables.hasGas ? 0.0 : 12.0 * length / dt * fromMiddle(elapsed, length, dt);
+        out.tilt += moment * fluid.factors.Bw * own.water;
+        addMeans(length / dt, moment, follow, turned, buoyant);
         if (follow)
             out.followed += length / dt;
         else

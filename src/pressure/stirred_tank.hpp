@@ -29,6 +29,7 @@ struct TankFluid {
 /// Flows of a cell, a day.
 struct TankFlows {
     ConservedAmounts inflow;   // surface amounts
+    double tilt = 0.0;         // water volume in the place of oil by which that changes over the step
     double rest = 0.0;         // reservoir volume that leaves as the cell's own mobilities make it
     double asked = 0.0;        // reservoir volume that leaves with a known make-up ...
     ConservedAmounts request;  // ... and the surface amounts that it takes
@@ -50,9 +51,10 @@ struct TankFlows {
 
 /// What left, as means over the step.
 struct TankOutflow {
-    ConservedAmounts own;                   // of the cell's own make-up, surface amounts per reservoir volume
-    ConservedAmounts apart;                 // the same over the times when the known make-up was not followed
-    double followed = 1.0;                  // share of the step in which it was
+    ConservedAmounts own;    // of the cell's own make-up, surface amounts per reservoir volume
+    double tilt = 0.0;       // water in the place of oil by which that changes, volume per volume
+    ConservedAmounts apart;  // the same over the times when the known make-up was not followed
+    double followed = 1.0;   // share of the step in which it was
     ConservedAmounts given{1.0, 1.0, 1.0};  // share of each component's outflow that was there to be given
     double deficit = 0.0;                   // reservoir volume of the rest
 };
@@ -94,8 +96,10 @@ OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const P
 OwnExchange turnedBy(const PairMobility& lambda, const TankFluid& fluid, double Rs,
                      std::span<const BuoyantFlow> buoyant);
 
-/// Counts a substep, a share of the step, in the means of the faces. `follow`: known make-ups were followed.
-void addMeans(double share, bool follow, const OwnExchange& turned, std::span<BuoyantFlow> buoyant);
+/// Counts a substep, a share of the step, in the means of the faces and by its `moment` in their change over
+/// the step. `follow`: known make-ups were followed.
+void addMeans(double share, double moment, bool follow, const OwnExchange& turned,
+              std::span<BuoyantFlow> buoyant);
 
 /// Amounts that are left after a substep may not be negative: takes back what was not there.
 void keepWhatIsThere(ConservedAmounts& held, ConservedAmounts& missing);

@@ -146,9 +146,10 @@ TankFlows flowsOf(CellId cell, Walk& walk) {
         const double out = outflowThrough(walk.connections, walk.flux, cell, face);
         if (out == 0.0) continue;
         const FacePlace place = placeOf(walk.connections, cell, face);
-        if (out < 0.0)
+        if (out < 0.0) {
             add(1.0, walk.passed(place.cell, place.axis), flows.inflow);
-        else if (faceIsKnown(walk.makeUp, place))
+            flows.tilt -= out * walk.tilt(place.cell, place.axis);
+        } else if (faceIsKnown(walk.makeUp, place))
             flows.ask(out, walk.makeUp.face(place.cell, place.axis));
         else
             flows.rest += out;
@@ -178,6 +179,11 @@ Turned turnedByGravity(const BuoyantFlow& face, double timesFollowed) {
             own * face.ownGas + apart * (face.apartGas + timesFollowed * face.knownGas)};
 }
 
+/// Largest change of a make-up over the step that leaves none of it negative at either end.
+double mostTilt(double water, double oil) {
+    return 2.0 * std::max(0.0, std::min(water, oil));
+}
+
 ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const TankOutflow& outflow,
                        std::size_t& buoyant, Walk& walk) {
     ConservedAmounts sum;
@@ -194,6 +200,8 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
         add(1.0, passed, sum);
         return passed;
     };
+    // What passes back in a ring is repeated until it stands, in the mean of the step.
+    const bool inRing = !walk.unit.empty() && walk.unit[cell] != 0;
     for (int face = 1; face <= Faces; ++face) {
         if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
         const double out = outflowThrough(walk.connections, walk.flux, cell, face);
@@ -202,9 +210,14 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
         const bool known = faceIsKnown(walk.makeUp, place);
         const bool pulled = buoyant < walk.buoyant.size() && walk.buoyant[buoyant].cell == cell &&
                             walk.buoyant[buoyant].face == face;
+        const double tilt = outflow.tilt + (pulled ? walk.buoyant[buoyant].tilt : 0.0);
         const Turned turned = pulled ? turnedByGravity(walk.buoyant[buoyant++], outflow.followed) : Turned{};
-        walk.passed(place.cell, place.axis) = passedBy(
+        const ConservedAmounts& passed = walk.passed(place.cell, place.axis) = passedBy(
             out, known, known ? walk.makeUp.face(place.cell, place.axis) : ConservedAmounts{}, turned);
+        const double most =
+            mostTilt(fluid.factors.Bw * passed.water / out, fluid.factors.Bo * passed.oil / out);
+        const double ownShare = inRing ? 0.0 : (known ? 1.0 - trust : 1.0);
+        walk.tilt(place.cell, place.axis) = std::clamp(ownShare * tilt, -most, most);
     }
     for (int k = walk.firstOutlet[cell]; k != NoConnection;
          k = walk.outlets[static_cast<std::size_t>(k)].next) {

@@ -33,6 +33,7 @@ struct Walk {
     CellArray<int> firstOutlet;
     std::vector<Outlet> outlets;
     DirectionArray<ConservedAmounts> passed;  // a day, by low cell and axis, along the flow
+    DirectionArray<double> tilt;              // of the same, water in the place of oil, volume per volume
     std::vector<BuoyantFlow> buoyant;         // of the tank at work, in the order of its faces
     CellAmounts& amounts;
     TransportAccount& account;

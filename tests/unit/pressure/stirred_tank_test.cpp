@@ -46,6 +46,36 @@ TEST(StirredTank, FollowsTheExponentialOfALinearFraction) {
     EXPECT_NEAR(coarse / fine, 2.0, 0.02) << "first order";
 }
 
+TEST(StirredTank, LetsOutAChangeOfItsInflowDelayedByItsContent) {
+    // Water comes at x = t/10 d of the flow into a tank that is turned over once in 10 days: S = x - 1 +
+    // e^-x, in the mean 1/2 - 1/e; the line of the same first moment rises by 12 (int x S dx - mean / 2) with
+    // int x S dx = 5/6 - 2/e.
+    TankFlows flows;
+    flows.inflow = {5.0, 5.0, 0.0};
+    flows.tilt = 10.0;
+    flows.rest = 10.0;
+    const TankOutflow out =
+        emptyTank(samples::sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 10.0, 1600.0, {0.0, 100.0, 0.0});
+    const double mean = 0.5 - std::exp(-1.0);
+    EXPECT_NEAR(out.own.water, mean, 1e-4);
+    EXPECT_NEAR(out.tilt, 12.0 * (5.0 / 6.0 - 2.0 * std::exp(-1.0) - 0.5 * mean), 1e-3);
+}
+
+TEST(StirredTank, WhatIsImmobileIsThatOfTheVolumeThatItHolds) {
+    // All but the immobile fifth is oil, and it holds a thousandth less than its pores: gravity pulls water
+    // that does not move. One substep takes the step, not thousands, and nothing but oil leaves.
+    TankFlows flows;
+    flows.inflow.oil = 1.0;
+    flows.rest = 1.0;
+    std::array<BuoyantFlow, 1> buoyant;
+    buoyant[0].flow = 1.0;
+    buoyant[0].pull = 1e6;
+    const TankOutflow out = emptyTank(fourRows(), tankOf(100.0, 0.5, 2.0), flows, 1.0, 5.0,
+                                      {0.2 * 99.9, 0.8 * 99.9, 0.0}, buoyant);
+    EXPECT_NEAR(out.own.oil, 1.0, 1e-9);
+    EXPECT_NEAR(buoyant[0].own, 0.0, 1e-9);
+}
+
 TEST(StirredTank, TakesTheRestOfTheStepAtOnceWhereItStandsStill) {
     TankFlows flows;
     flows.inflow = {4.0, 6.0, 0.0};
