@@ -2,6 +2,7 @@
 
 #include "base/deck_place.hpp"
 #include "base/shared_list.hpp"
+#include "deck/group_schedule.hpp"
 #include "model/grid.hpp"
 
 #include <cstddef>
@@ -86,6 +87,9 @@ struct ScheduleWell {
     std::vector<InjectedTracer> injectedTracers;  // of every tracer that WTRACER named
     std::string injectionStream;                  // WINJGAS: name of a WELLSTRE stream
     double efficiency = 1.0;                      // WEFAC: share of the time that the well is on
+    bool underGroups = true;                      // WGRUPCON: rates of groups are shared over it
+    bool waitsForGroup = false;                   // its control is that of its group alone
+    GuideRate guide;                              // WGRUPCON
     EconomicLimits limits;
     int openings = 0;  // how often the deck has set the status: a well that was shut by a limit opens anew
     int connectionOpenings = 0;  // the same of single connections
@@ -114,6 +118,7 @@ struct ScheduleCompletion {
 struct ScheduleStep {
     SharedElements<ScheduleWell> wells;  // what an event leaves as it was is held once
     SharedList<ScheduleCompletion> completions;
+    SharedList<GroupControl> groups;
     int wellCount = 0;        // WELSPECS rows, as the messages count them
     int completionCount = 0;  // COMPDAT rows
     int producerCount = 0;    // WCONPROD and WCONHIST rows
@@ -132,7 +137,8 @@ struct ScheduleStep {
 /// lists tell by their places, so that a row that repeats what holds counts as a change.
 inline bool hasWellsOf(const ScheduleStep& step, const ScheduleStep& before) {
     return step.wells.held == before.wells.held && step.completions.held == before.completions.held &&
-           step.mostRsRise == before.mostRsRise && step.faultMultipliers.empty();
+           step.groups.held == before.groups.held && step.mostRsRise == before.mostRsRise &&
+           step.faultMultipliers.empty();
 }
 
 /// Composition of an injected stream, WELLSTRE.

@@ -243,4 +243,19 @@ GasProperties gasSlopes(const FluidTables& tables, double p, const GasProperties
     return {(ahead.Bg - here.Bg) * PerPressureStep, (ahead.MuG - here.MuG) * PerPressureStep};
 }
 
+double reservoirVoidage(const FluidTables& tables, double p, double qo, double qw, double qg) {
+    return reservoirVoidage(tables, p, qo > 0.0 ? qg / qo : 0.0, qo, qw, qg);
+}
+
+double reservoirVoidage(const FluidTables& tables, double p, double Rs, double qo, double qw, double qg) {
+    constexpr std::size_t LeastRows = 2;
+    const bool oilGiven = tables.OilInvFvf.size() >= LeastRows;
+    const bool gasGiven = tables.hasGas && tables.GasInvFvf.size() >= LeastRows;
+    const double most = oilGiven ? SolutionRs(tables, p) : 0.0;
+    const double held = std::min(most, Rs);
+    const double Bo = oilGiven ? OilFvf(tables, p, held < most ? BubblePoint(tables, held) : p) : 1.0;
+    const double Bg = gasGiven ? GasFvf(tables, p) : 1.0;
+    return WaterFvf(tables, p) * qw + Bo * qo + std::max(0.0, qg - qo * held) * Bg;
+}
+
 }  // namespace kvr

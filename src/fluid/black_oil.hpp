@@ -79,4 +79,10 @@ OilSlopes saturatedOilSlopes(const FluidTables& tables, double p, const OilPrope
 /// Slopes of gasProperties by p.
 GasProperties gasSlopes(const FluidTables& tables, double p, const GasProperties& here);
 
+/// Reservoir volume of surface rates at a pressure: Bw qw + Bo qo + Bg (qg - Rs qo), oil holding what gas it
+/// came with, at most what it can, the rest free. A factor without a table is 1.
+double reservoirVoidage(const FluidTables& tables, double p, double qo, double qw, double qg);
+/// The same of oil that held `Rs` where it came from.
+double reservoirVoidage(const FluidTables& tables, double p, double Rs, double qo, double qw, double qg);
+
 }  // namespace kvr

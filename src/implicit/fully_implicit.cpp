@@ -12,12 +12,15 @@
 #include "pressure/properties.hpp"
 #include "pressure/rs_limit.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/group_targets.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace kvr {
 
@@ -31,6 +34,9 @@ constexpr double LargestBalanceError = 1e-9;  // of a step, as stepBalanceError 
 constexpr double RestShare = 1e-3;           // of the tolerances: an iterate that moves less stands still ...
 constexpr int ManyIterations = 12;           // ... as does one that stays within the tolerances so long ...
 constexpr double BalanceErrorAtRest = 1e-7;  // ... and is taken with this balance error
+constexpr int MostSharings = 6;              // iterates that group rates are shared anew for ...
+constexpr int LateSharings = 12;             // ... and of those that are good otherwise
+constexpr double SettledShare = 1e-3;        // of a target that such an iterate may be off its share
 constexpr double UsableResidual = 0.1;       // of a linear solve that stopped early: still a direction to go
 
 /// Properties and wells that go with the pressures and saturations of the cells. True when a well has changed
@@ -38,6 +44,11 @@ constexpr double UsableResidual = 0.1;       // of a linear solve that stopped e
 bool refresh(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     if (s.fluids.hasGas) rampOil(s.grid, s.fluids, s.state);
+    if (s.implicit.sharings < MostSharings) {
+        shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
+                          s.wells);
+        ++s.implicit.sharings;
+    }
     const bool switched =
         settleWells(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, s.implicit);
     UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
@@ -75,9 +86,35 @@ bool standsStill(const RunOptions& options, const NewtonChange& change) {
            change.DSg < saturation && change.DRs < saturation;
 }
 
+/// Largest share by which targets of wells differ, or 1 where a control does.
+double targetChange(const WellRecord& before, const WellRecord& now) {
+    double change = 0.0;
+    for (std::size_t w = 0; w < now.wells.size(); ++w) {
+        const Well &old = before.wells[w], &well = now.wells[w];
+        if (old.deckControl != well.deckControl) return 1.0;
+        if (old.TargetRate != 0.0)
+            change = std::max(change, std::abs(well.TargetRate / old.TargetRate - 1.0));
+    }
+    return change;
+}
+
+/// Whether what the step has come to asks for other shares of group rates than those that stand; then wells
+/// take these.
+bool sharesAnew(Simulation& s) {
+    if (s.wells.groups.empty() || s.implicit.sharings >= MostSharings + LateSharings) return false;
+    WellRecord now = s.wells;
+    shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure, now);
+    if (targetChange(s.wells, now) <= SettledShare) return false;
+    ++s.implicit.sharings;
+    s.wells = std::move(now);
+    settleWells(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells, s.implicit);
+    UpdateWellRates(s.units, s.grid, s.fluids, s.state, s.wells, s.pressure);
+    return true;
+}
+
 bool converged(int iteration, const NewtonChange& change, bool wellSwitched, Simulation& s) {
     if (wellSwitched || !changesAreSmall(s.options, change)) return false;
-    if (releaseHeldWells(s.wells, s.implicit) || !wellsObey(s.wells)) return false;
+    if (releaseHeldWells(s.wells, s.implicit) || !wellsObey(s.wells) || sharesAnew(s)) return false;
     const double error =
         stepBalanceError(s.clock.dt, s.grid, s.state, s.wells, s.implicit.oldAmounts, s.implicit.nowAmounts);
     // Amounts that no state within its bounds can show, rounding of another method say, stay an error for
@@ -167,6 +204,7 @@ void beginImplicitStep(Simulation& s) {
     // Heads are those of the start: their densities hang on the mobilities of every cell of the bore.
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
+    shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     setRsRise(s);
     work.saved = s.state;
     work.savedWells = s.wells;
@@ -175,6 +213,7 @@ void beginImplicitStep(Simulation& s) {
 bool attemptImplicitStep(Simulation& s, int& iterations) {
     buildWellBorders(s.wells, s.implicit);
     chooseUnknowns(s.fluids, s.state, s.implicit);
+    s.implicit.sharings = 0;
     refresh(s);
     NewtonChange change;
     bool wellSwitched = false;

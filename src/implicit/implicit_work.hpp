@@ -52,6 +52,7 @@ struct ImplicitWork {
     CellState saved;         // state and wells at the start of the step
     WellRecord savedWells;
     std::vector<std::uint8_t> switchesOfWell;  // by well: changes of control within this attempt
+    int sharings = 0;                          // of group rates within this attempt
     std::vector<std::uint8_t> switchesOfRate;  // by well: changes from one limit of rates to another
 
     double longestStep = 0.0;  // days; what the last failure allows the next step, 0: no bound

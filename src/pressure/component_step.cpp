@@ -10,6 +10,7 @@
 #include "pressure/pressure_solve.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/group_targets.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
@@ -28,6 +29,7 @@ constexpr int SlopeIterations = 1;  // behind them the volumes a lb-mole stand
 constexpr int PlainIterations = 3;
 constexpr double LaterFollow = 0.3;
 constexpr double SettledMiss = 1e-3;   // of a rate target ...
+constexpr int MostSharings = 5;        // iterations that group rates are shared anew in
 constexpr int MostSettling = 8;        // ... within so many iterations with pressures at rest
 constexpr double LargestMove = 300.0;  // psi that one iteration may move a cell by
 
@@ -52,6 +54,7 @@ void beginStep(Simulation& s) {
     updateWells(1.0, s);
     initialiseBottomHolePressures(s.state, s.wells);
     clearBottomHoleResets(s.wells);
+    shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     updateRates(s);
     releaseWellsFromLimit(s.console, s.wells);
@@ -109,6 +112,9 @@ bool solveVolumes(Simulation& s) {
         ++it;
         refresh(it <= SlopeIterations ? VolumeSlopes::All : VolumeSlopes::Pressure, Saturations::Held, s);
         updateWells(it <= PlainIterations ? 1.0 : LaterFollow, s);
+        if (it <= MostSharings)
+            shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
+                              s.wells);
         updateRates(s);
         if (!(largest.DIFFP < s.options.PressureTolerance) || switched) continue;
         if (targetMiss(s.wells) < SettledMiss || ++settling > MostSettling) {

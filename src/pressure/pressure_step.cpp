@@ -16,6 +16,7 @@
 #include "pressure/rs_limit.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/group_targets.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
@@ -98,6 +99,7 @@ void beginStep(Simulation& s) {
     forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
     // has reached an injector's cell multiplies its rate at the limit.
+    shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     releaseWellsFromLimit(s.console, s.wells);
     updateRates(s);
@@ -232,6 +234,8 @@ void watchProgress(const Console& console, double dt, PressureStage& stage) {
     if (stage.hopelessSteps > MostHopelessSteps) stopOnHopelessStep(console);
 }
 
+constexpr int MostSharings = 5;  // iterations that group rates are shared anew in; then they stand, to end
+
 enum class Verdict { Converged, Forced, Cut, GoOn };
 
 /// Where an iteration stands.
@@ -316,6 +320,9 @@ void solveStep(Simulation& s) {
             continue;
         }
         updateInPlace(s);
+        if (progress.it <= MostSharings)
+            shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
+                              s.wells);
         updateRates(s);
     }
     both(s.console, "Iteration for pressure     : {}", progress.it);

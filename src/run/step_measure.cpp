@@ -18,6 +18,7 @@ namespace kvr {
 
 namespace {
 
+constexpr double GroupMissWeight = 4.0;     // of a share of a group's rate that a well does not give
 constexpr double BelowNothingWeight = 1e3;  // what has fallen below nothing no later step makes good
 constexpr double LargestFactor = 10.0;      // of a target, either way
 
@@ -79,12 +80,22 @@ double heldRate(const Well& well) {
     return heldRate(well, well.deckControl);
 }
 
+/// The present control is a share of a group's rate, which is to hold more closely: what one well of many
+/// lacks none of the others makes up for within the step.
+bool sharesGroupRate(const Well& well) {
+    const GroupShare& share = well.share;
+    const double shares[] = {share.oil, share.water, share.gas, share.liquid, share.resv, share.injected};
+    return std::any_of(std::begin(shares), std::end(shares),
+                       [&well](double rate) { return rate == std::abs(well.TargetRate); });
+}
+
 void measureTarget(const Well& well, AttemptFigures& figures) {
     if (!hasRateTarget(well)) return;
     const double share = std::abs(heldRate(well) / well.TargetRate) - 1.0;
     raise(share, figures.targetExcess);
     raise(passedLimit(well).share, figures.targetExcess);
-    if (isRateControlled(well)) raise(-share, figures.targetMiss);
+    if (isRateControlled(well))
+        raise(-share * (sharesGroupRate(well) ? GroupMissWeight : 1.0), figures.targetMiss);
 }
 
 /// Gas that a producer gives against what the pressure was solved with: away from it, the solve took the

@@ -136,7 +136,7 @@ class KeywordDeck:
         edit = f"EDIT\n{self.edit}" if self.edit else ""
         regions = f"REGIONS\n{self.regions}" if self.regions else ""
         return (f"RUNSPEC\nTITLE\nkeywords\nDIMENS\n{CELLS} /\n{phases}FIELD\nSTART\n1 'JAN' 2000 /\nTABDIMS\n{self.tables} /\n"
-                f"WELLDIMS\n10 10 2 10 /\n{self.runspec}"
+                f"WELLDIMS\n10 10 6 10 /\n{self.runspec}"
                 f"GRID\n{self.grid}{edit}PROPS\n{self.oil}{self.water}{self.density}{self.rock}{self.relperm}{regions}"
                 f"SOLUTION\n{self.solution}SUMMARY\nFOPT\nFWPT\nFGPT\nFPR\nFOPR\nFWPR\nFGPR\nWBHP\n/\n{self.summary}"
                 f"SCHEDULE\n{self.schedule}END\n{options}")

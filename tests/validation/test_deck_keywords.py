@@ -270,7 +270,7 @@ def test_cells_that_contacts_cross_hold_what_an_independent_simulator_counts(cur
 
 
 @pytest.mark.parametrize("method", METHODS)
-def test_groups_that_are_read_over_change_nothing(method, tmp_path):
+def test_a_tree_of_groups_without_rates_changes_nothing(method, tmp_path):
     options = f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n20 /\n"
     (tmp_path / "with").mkdir()
     with_tree = kvr_run.run(tmp_path / "with", flood("GRUPTREE\n'G' 'FIELD' /\n/\n" + WELLS + STEPS).text(options))

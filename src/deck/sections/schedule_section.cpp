@@ -3,6 +3,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/sections/grid_barriers.hpp"
 #include "deck/sections/schedule_changes.hpp"
+#include "deck/sections/schedule_groups.hpp"
 #include "deck/sections/schedule_streams.hpp"
 #include "deck/sections/schedule_times.hpp"
 #include "deck/sections/schedule_wells.hpp"
@@ -17,16 +18,6 @@ void readNosim(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     lineToBoth(consoleOf(reader), "-> The deck is read and checked, nothing is run");
     records.options.noSimulation = true;
-}
-
-/// Rows of group and parent. Groups have no targets here, so that their tree changes nothing.
-void readGruptree(SectionReader& reader, ScheduleRecords&) {
-    announce(reader, reader.keyword);
-    while (nextRow(reader)) {
-        std::string group, parent;
-        const std::array<ListTarget, 2> targets = {&group, &parent};
-        checkRead(reader, readList(*reader.cursor, targets));
-    }
 }
 
 /// Factors that act from the begin of the present step on, on top of what stands there.
@@ -73,7 +64,19 @@ constexpr std::array Keywords = {
     Row{"MULTFLT", readFaultFactors,
         "rows of a fault of `FAULTS` and a factor: from here on, on top of what stands there"},
     Row{"DRSDT", readDrsdt, "largest rise of the solution gas ratio a day, in all cells"},
-    Row{"GRUPTREE", readGruptree, "read over: groups have no targets here"},
+    Row{"GRUPTREE", readGruptree, "rows of a group and the one above it, `FIELD` unless given"},
+    Row{"GCONPROD", readGconprod,
+        "what the producers of a group give together: group, NONE, ORAT, WRAT, GRAT, LRAT, RESV or FLD, oil, "
+        "water, gas and liquid rates, RATE where those beside the control hold too, YES or NO to the rates "
+        "of "
+        "groups above, guide rate and its phase, RATE of water, gas, liquid, reservoir rate"},
+    Row{"GCONINJE", readGconinje,
+        "what the injectors of a group bring together: group, phase, NONE, RATE, RESV, REIN, VREP or FLD, "
+        "surface and reservoir rates, share of the produced phase, share of the produced reservoir volume, "
+        "YES "
+        "or NO to the rates of groups above, guide rate and its phase, groups that these shares are of"},
+    Row{"WGRUPCON", readWgrupcon,
+        "rows of a well, YES or NO to the rates of its groups, guide rate, its phase, a factor of it"},
     Row{"SKIPREST", readSkiprest,
         "the schedule is that of the whole run, not of what is behind its `RESTART`"},
     Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run"},

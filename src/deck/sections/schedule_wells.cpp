@@ -79,6 +79,12 @@ struct ProducerItems {
     double vfpTable = 0.0, artificialLift = 0.0;  // read, not used
 };
 
+/// A well whose control is that of its group: by itself it stands at its pressure limit.
+void takeControl(const SectionReader& reader, const std::string& control, ScheduleWell& well) {
+    well.waitsForGroup = reader.commonForm && toUpper(trim(control)).starts_with("GRU");
+    well.control = well.waitsForGroup ? "BHP" : control;
+}
+
 void tellTubing(const SectionReader& reader, double thp, double table, const ScheduleWell& well) {
     if (thp > 0.0 && table > 0.0 && reader.keyword == "WCONPROD")
         warnHere(reader, "WARNING :: WELL {}: TUBING HEAD PRESSURES AND THEIR TABLES ARE NOT USED",
@@ -90,7 +96,7 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     well.isInjector = false;
     well.hasControl = true;
     setStatus(row.status, well);
-    well.control = row.control;
+    takeControl(reader, row.control, well);
     well.prodOil = rateFrom(reader, row.oil, units.liquidRate);
     well.prodWater = rateFrom(reader, row.water, units.liquidRate);
     well.prodGas = rateFrom(reader, row.gas, units.gasRate);
@@ -115,7 +121,7 @@ void takeInjector(const SectionReader& reader, const InjectorItems& row, Schedul
     well.hasControl = true;
     well.injType = row.type;
     setStatus(row.status, well);
-    well.control = row.control;
+    takeControl(reader, row.control, well);
     well.injRate = rateFrom(reader, row.rate, injectionFactor(units, row.type));
     well.injResv = rateFrom(reader, row.resv, units.liquidRate);
     well.holdsLimits = reader.keyword == "WCONINJE";
@@ -160,16 +166,6 @@ void takeHistory(const SectionReader& reader, const ScheduleRecords& records, co
 }
 
 }  // namespace
-
-double reservoirVoidage(const FluidTables& tables, double p, double qo, double qw, double qg) {
-    const bool oilGiven = tables.OilInvFvf.size() >= MinTableRows;
-    const bool gasGiven = tables.hasGas && tables.GasInvFvf.size() >= MinTableRows;
-    const double most = oilGiven ? SolutionRs(tables, p) : 0.0;
-    const double Rs = qo > 0.0 ? std::min(most, qg / qo) : 0.0;
-    const double Bo = oilGiven ? OilFvf(tables, p, Rs < most ? BubblePoint(tables, Rs) : p) : 1.0;
-    const double Bg = gasGiven ? GasFvf(tables, p) : 1.0;
-    return WaterFvf(tables, p) * qw + Bo * qo + std::max(0.0, qg - qo * Rs) * Bg;
-}
 
 double historyReservoirRate(const FluidTables& tables, double p, double qo, double qw, double qg) {
     // A schedule that stands in front of the tables finds their derived columns empty.

@@ -24,8 +24,4 @@ void readWconinjh(SectionReader& reader, ScheduleRecords& records);
 /// barrels/day.
 double historyReservoirRate(const FluidTables& tables, double p, double qo, double qw, double qg);
 
-/// Reservoir volume of observed surface rates at a pressure: Bw qw + Bo qo + Bg (qg - Rs qo), oil holding
-/// what gas it came with, at most what it can, the rest free.
-double reservoirVoidage(const FluidTables& tables, double p, double qo, double qw, double qg);
-
 }  // namespace kvr

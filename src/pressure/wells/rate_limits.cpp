@@ -16,10 +16,12 @@ constexpr double LeastExcess = 1e-3;  // of a limit, by which it is passed befor
 struct LimitRow {
     std::string_view control;
     double Well::*target;
+    double GroupShare::*share;  // null: groups have no such rate
 };
-constexpr LimitRow Rows[] = {{"orat", &Well::targetOil},  {"wlim", &Well::targetWater},
-                             {"grat", &Well::targetGas},  {"lrat", &Well::targetLiquid},
-                             {"resv", &Well::targetResv}, {"wrat", &Well::targetWater}};
+constexpr LimitRow Rows[] = {
+    {"orat", &Well::targetOil, &GroupShare::oil},   {"wlim", &Well::targetWater, &GroupShare::water},
+    {"grat", &Well::targetGas, &GroupShare::gas},   {"lrat", &Well::targetLiquid, &GroupShare::liquid},
+    {"resv", &Well::targetResv, &GroupShare::resv}, {"wrat", &Well::targetWater, nullptr}};
 
 /// The deck's own water control and the limit of water are the same number.
 bool isHeld(const Well& well, std::string_view control) {
@@ -28,12 +30,19 @@ bool isHeld(const Well& well, std::string_view control) {
     return control != "wlim" || well.givenControl != "wrat";
 }
 
+/// The smaller of the deck's own rate and what groups leave; infinite where neither holds.
+double leastRate(const Well& well, const LimitRow& row) {
+    const double left = row.share != nullptr ? well.share.*row.share : NoGroupLimit;
+    if (well.*row.target == 0.0 || !isHeld(well, row.control)) return left;
+    return std::min(left, std::abs(well.*row.target));
+}
+
 template <class Visit>
 void forEachLimit(const Well& well, Visit visit) {
     if (isInjector(well) || well.shut) return;
     for (const LimitRow& row : Rows)
-        if (well.*row.target != 0.0 && isHeld(well, row.control))
-            visit(RateLimit{row.control, well.*row.target});
+        if (const double rate = leastRate(well, row); std::isfinite(rate))
+            visit(RateLimit{row.control, -rate});
 }
 
 bool flows(const Well& well) {
@@ -70,9 +79,9 @@ PassedLimit passedLimit(const Well& well) {
     return passed;
 }
 
-RateLimit mostRestrictive(const UnitSystem& units, const FluidTables& tables, const CellState& state,
-                          double averagePressure, const Well& well) {
-    RateLimit best{well.deckControl, well.TargetRate};
+std::optional<RateLimit> tightestLimit(const UnitSystem& units, const FluidTables& tables,
+                                       const CellState& state, double averagePressure, const Well& well) {
+    std::optional<RateLimit> best;
     double highest = -HUGE_VAL;
     forEachLimit(well, [&](const RateLimit& limit) {
         const double bhp = neededBhp(units, tables, state, averagePressure, well, limit);
@@ -81,6 +90,12 @@ RateLimit mostRestrictive(const UnitSystem& units, const FluidTables& tables, co
         best = limit;
     });
     return best;
+}
+
+RateLimit mostRestrictive(const UnitSystem& units, const FluidTables& tables, const CellState& state,
+                          double averagePressure, const Well& well) {
+    return tightestLimit(units, tables, state, averagePressure, well)
+        .value_or(RateLimit{well.deckControl, well.TargetRate});
 }
 
 void setRateControl(const RateLimit& limit, Well& well) {

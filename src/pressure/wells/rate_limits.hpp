@@ -15,6 +15,8 @@ namespace kvr {
 // least is its rate control (deckControl, TargetRate). The limit of the water rate is "wlim", which holds
 // water alone; "wrat" of the deck holds the sum of all.
 
+// What groups leave to the well counts as the deck's own limits do.
+
 /// A rate that a well may not pass, and the control that holds it there.
 struct RateLimit {
     std::string_view control;
@@ -35,7 +37,10 @@ struct PassedLimit {
 };
 PassedLimit passedLimit(const Well& well);
 
-/// The limit that takes the least drawdown to be reached, cells as they stand.
+/// The limit that takes the least drawdown to be reached, cells as they stand; none where there is no limit.
+std::optional<RateLimit> tightestLimit(const UnitSystem& units, const FluidTables& tables,
+                                       const CellState& state, double averagePressure, const Well& well);
+/// The same, or the present control where there is none.
 RateLimit mostRestrictive(const UnitSystem& units, const FluidTables& tables, const CellState& state,
                           double averagePressure, const Well& well);
 

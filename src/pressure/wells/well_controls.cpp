@@ -5,6 +5,7 @@
 #include "base/text.hpp"
 #include "model/dual_porosity.hpp"
 #include "pressure/wells/rate_limits.hpp"
+#include "pressure/wells/well_groups.hpp"
 #include "pressure/wells/well_index.hpp"
 #include "pressure/wells/well_listing.hpp"
 
@@ -390,6 +391,7 @@ void AssignWells(int stepIndex, const Console& console, const RunOptions& option
         for (const ScheduleWell& source : step.wells)
             assigned.wells.push_back(assignControl(console, source));
         assignCompletions(console, grid, step, assigned);
+        assignGroups(console, step, assigned);
     }
     carryClosures(wells, assigned);
     if (stepIndex > 1) carryBottomHolePressures(wells, assigned);

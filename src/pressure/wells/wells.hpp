@@ -36,6 +36,15 @@ struct WellConnection {
     MixtureYield mixture;
 };
 
+inline constexpr int NoGroup = -1;
+
+/// What groups leave to a well: rates that it may not pass, without sign.
+struct GroupShare {
+    double oil = NoGroupLimit, water = NoGroupLimit, gas = NoGroupLimit, liquid = NoGroupLimit;
+    double resv = NoGroupLimit;
+    double injected = NoGroupLimit;  // surface volume of the injected phase
+};
+
 struct Well {
     std::string WellName;      // up to 8 characters
     std::string WellKind;      // "inj" or "prd"
@@ -57,6 +66,11 @@ struct Well {
     bool holdsLimits = false;    // targets of the other phases are limits
     bool controlChosen = false;  // for the pass over the step that comes; see holdMostRestrictive
     double efficiency = 1.0;     // share of the time that the well is on; targets and indices hold it
+    int group = NoGroup;         // among WellRecord::groups
+    bool underGroups = false;    // rates of groups are shared over it
+    bool shutByGroup = false;    // for a step: nothing is left to it
+    GuideRate guide;
+    GroupShare share;
     EconomicLimits limits;
     int openings = 0;                             // of the schedule, when the well was closed by a limit
     int connectionOpenings = 0;                   // the same of its connections
@@ -76,10 +90,17 @@ struct Well {
     double mixtureDensity = 0.0;  // lb/ft3 in the bore, of runs with components; 0: by tables
 };
 
+/// A group of the schedule step.
+struct WellGroup {
+    GroupControl given;
+    int parent = NoGroup;  // its place
+};
+
 /// The wells of the current schedule step.
 struct WellRecord {
     std::vector<Well> wells;
-    int RateWellCount = 0;  // wells with a matrix row of their own
+    std::vector<WellGroup> groups;  // each before its parent; none where no group has a target
+    int RateWellCount = 0;          // wells with a matrix row of their own
 };
 
 /// Bottom-hole pressures stand at a depth of their own.

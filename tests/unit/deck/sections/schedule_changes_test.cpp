@@ -124,8 +124,8 @@ TEST(ScheduleChanges, LimitTheRiseOfSolutionGasFromTheirStepOn) {
     EXPECT_DOUBLE_EQ(bench.schedule.steps[1].mostRsRise, 0.01 * 1000.0 / 5.614583);
 }
 
-TEST(ScheduleChanges, GroupsAreReadOverAndNoSimIsTaken) {
-    ScheduleBench bench("GRUPTREE\n'G1' 'FIELD' /\n'G2' 'FIELD' /\n/\nNOSIM\nTSTEP\n1 /\n");
+TEST(ScheduleChanges, NoSimIsTaken) {
+    ScheduleBench bench("NOSIM\nTSTEP\n1 /\n");
     bench.read();
     EXPECT_TRUE(bench.options.noSimulation);
     EXPECT_FALSE(bench.deck.printed("not surpported"));
