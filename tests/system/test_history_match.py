@@ -120,7 +120,7 @@ def test_adjoints_come_close_to_what_lines_did_and_closer_to_what_balances_did(t
 
 
 def test_adjoints_give_rows_of_any_match(tmp_path, observed):
-    section = options(iterations=2, criteria="0.1 1e6", extra="SNSFORM\nADJOINT COUPLED /\nOBJINV\n1 0 /\nMAXDT\n5 /\n")
+    section = options(iterations=3, criteria="0.1 1e6", extra="SNSFORM\nADJOINT COUPLED /\nOBJINV\n1 0 /\nMAXDT\n5 /\n")
     finished_normally(match(tmp_path, observed, section))
     rows = misfits(tmp_path)
     assert rows[-1, 1] < 0.5 * rows[0, 1], "of the shifts"
