@@ -142,8 +142,9 @@ namespace {
 constexpr double LeastNotOil = 1e-9;    // water above connate and gas; with less both tables count the same
 constexpr double TouchesLimit = 1e-12;  // past the limit of a relative permeability: rounding only
 
-/// Slope of a column inside a segment, 0 where the relative permeability is clipped.
-double relPermSlopeAt(const Column& column, const AxisSearch& search, const AxisPlace& place) {
+/// Slope of a column inside a segment, 0 where the relative permeability is clipped or the end value holds.
+double relPermSlopeAt(const Column& column, const AxisSearch& search, const AxisPlace& place, double v) {
+    if (v < search.least || v > search.most) return 0.0;
     const double slope = (column[place.low + 1] - column[place.low]) * search.inverseStep[place.low];
     const double value = columnAt(column, place);
     return value < 0.0 || (value == 0.0 && slope < 0.0) ? 0.0 : slope;
@@ -167,8 +168,8 @@ void stoneOilSlopes(double c, double inverseC, const RelPerms& kr, double krow, 
 void weightedOilSlopes(const SaturationTable& table, double sw, double sg, RelPermSlopes& result) {
     const WeightedOil parts = weightedOil(table, sw, sg);
     const double krow = relPermAt(table.Krow, parts.water), krog = relPermAt(table.Krog, parts.gas);
-    const double byWater = relPermSlopeAt(table.Krow, table.SwSearch, parts.water);
-    const double byGas = relPermSlopeAt(table.Krog, table.SgSearch, parts.gas);
+    const double byWater = relPermSlopeAt(table.Krow, table.SwSearch, parts.water, parts.onWaterAxis);
+    const double byGas = relPermSlopeAt(table.Krog, table.SgSearch, parts.gas, parts.onGasAxis);
     const double t = parts.sw + parts.sg;
     const double ofWater = t > LeastNotOil ? parts.sw / t : 0.5;
     const double ofGas = 1.0 - ofWater;
@@ -196,14 +197,14 @@ RelPermSlopes relPermSlopesSingle(const FluidTables& tables, double sw, double s
 RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw, double sg) {
     const AxisPlace water = waterPlace(table, sw);
     RelPermSlopes slopes;
-    slopes.wBySw = relPermSlopeAt(table.Krw, table.SwSearch, water);
-    const double krowSlope = relPermSlopeAt(table.Krow, table.SwSearch, water);
+    slopes.wBySw = relPermSlopeAt(table.Krw, table.SwSearch, water, sw);
+    const double krowSlope = relPermSlopeAt(table.Krow, table.SwSearch, water, sw);
     if (!hasGas) {
         slopes.oBySw = krowSlope;
         return slopes;
     }
     const AxisPlace gas = gasPlace(table, sg);
-    slopes.gBySg = relPermSlopeAt(table.Krg, table.SgSearch, gas);
+    slopes.gBySg = relPermSlopeAt(table.Krg, table.SgSearch, gas, sg);
     if (table.oilRule == OilRule::Weighted) {
         weightedOilSlopes(table, sw, sg, slopes);
         return slopes;
@@ -213,7 +214,7 @@ RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw
     kr.w = relPermAt(table.Krw, water);
     kr.g = relPermAt(table.Krg, gas);
     const StoneSlopes slope{slopes.wBySw, krowSlope, slopes.gBySg,
-                            relPermSlopeAt(table.Krog, table.SgSearch, gas)};
+                            relPermSlopeAt(table.Krog, table.SgSearch, gas, sg)};
     stoneOilSlopes(table.Krow.front(), table.InverseOilAtConnate, kr, relPermAt(table.Krow, water),
                    relPermAt(table.Krog, gas), slope, slopes);
     return slopes;

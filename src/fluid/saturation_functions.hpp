@@ -7,8 +7,8 @@
 namespace kvr {
 
 // Look-ups in the saturation tables of a region (1-based SATNUM) over finished tables. Relative
-// permeabilities are clipped at 0 from below; outside a table the end segment is extended. Capillary
-// pressures are psi before JFactor.
+// permeabilities are clipped at 0 from below; outside a table the end segment is extended, or the end value
+// holds (SaturationTable::holdsEnds). Capillary pressures are psi before JFactor.
 
 double KrwFn(const FluidTables& tables, double sw, int region);
 double KrowFn(const FluidTables& tables, double sw, int region);
@@ -62,7 +62,8 @@ inline std::size_t bucketOf(const AxisSearch& search, double v) {
 
 /// Last row, the last of all excepted, whose axis value is at or below `v`; the first row below the axis.
 /// The row that bisection finds on a rising axis. At least two rows.
-inline AxisPlace placeOnAxis(const Column& axis, const AxisSearch& search, double v) {
+inline AxisPlace placeOnAxis(const Column& axis, const AxisSearch& search, double value) {
+    const double v = value < search.least ? search.least : (value > search.most ? search.most : value);
     std::size_t low = search.firstRow[bucketOf(search, v)];
     while (low + 2 < axis.size() && axis[low + 1] <= v) ++low;
     return {low, (v - axis[low]) * search.inverseStep[low]};
@@ -88,15 +89,18 @@ inline double stoneOil(double c, double inverseC, double krw, double krow, doubl
 /// The parts of OilRule::Weighted.
 struct WeightedOil {
     double sw = 0.0, sg = 0.0;  // water above connate, gas: the weights
-    AxisPlace water, gas;       // where the tables hold the oil saturation
+    double onWaterAxis = 0.0, onGasAxis = 0.0;
+    AxisPlace water, gas;  // where the tables hold the oil saturation
 };
 inline WeightedOil weightedOil(const SaturationTable& table, double sw, double sg) {
     WeightedOil parts;
     const double connate = table.SwAxis.front();
     parts.sw = sw > connate ? sw - connate : 0.0;
     parts.sg = sg > 0.0 ? sg : 0.0;
-    parts.water = placeOnAxis(table.SwAxis, table.SwSearch, (sw > connate ? sw : connate) + parts.sg);
-    parts.gas = placeOnAxis(table.SgAxis, table.SgSearch, parts.sw + parts.sg);
+    parts.onWaterAxis = (sw > connate ? sw : connate) + parts.sg;
+    parts.onGasAxis = parts.sw + parts.sg;
+    parts.water = placeOnAxis(table.SwAxis, table.SwSearch, parts.onWaterAxis);
+    parts.gas = placeOnAxis(table.SgAxis, table.SgSearch, parts.onGasAxis);
     return parts;
 }
 

@@ -80,10 +80,14 @@ void fillInverseSteps(const Column& axis, Column& inverse) {
 }
 
 /// Buckets and, for each, the last row of a lower bucket.
-AxisSearch searchOf(const Column& axis) {
+AxisSearch searchOf(const Column& axis, bool holdsEnds) {
     AxisSearch search;
     if (axis.empty()) return search;
     fillInverseSteps(axis, search.inverseStep);
+    if (holdsEnds) {
+        search.least = axis.front();
+        search.most = axis.back();
+    }
     const std::size_t buckets = std::min(BucketsPerRow * axis.size(), MostBuckets);
     const double length = axis.back() - axis.front();
     search.start = axis.front();
@@ -179,6 +183,7 @@ void completeRegions(const Console& console, int regionCount, FluidTables& table
             defaultWaterTable(table);
         }
         if (noGas) defaultGasTable(table);
+        table.holdsEnds = tables.holdsEnds;
         table.oilRule = noGas ? OilRule::Stone2 : tables.oilRule;  // by it oil follows the water table alone
     }
 }
@@ -263,8 +268,8 @@ void completeFurtherRegions(const Console& console, FluidTables& tables) {
 
 /// Without a gas phase no gas is held back, whatever a gas table that stands in the deck says.
 void finishRegion(bool hasGas, SaturationTable& table) {
-    table.SwSearch = searchOf(table.SwAxis);
-    table.SgSearch = searchOf(table.SgAxis);
+    table.SwSearch = searchOf(table.SwAxis, table.holdsEnds);
+    table.SgSearch = searchOf(table.SgAxis, table.holdsEnds);
     table.InverseOilAtConnate = table.Krow.empty() ? 0.0 : 1.0 / std::max(0.0, table.Krow.front());
     table.ConnateSw = highestImmobile(table.SwAxis, table.Krw);
     table.CriticalSg = hasGas ? highestImmobile(table.SgAxis, table.Krg) : 0.0;

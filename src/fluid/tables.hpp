@@ -4,6 +4,7 @@
 #include "fluid/end_points.hpp"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct AxisSearch {
     double lastBucket = 0.0;              // number of the last bucket, which also takes all above
     std::vector<std::uint32_t> firstRow;  // by bucket: 0-based row to start from
     Column inverseStep;                   // 1 / (row r + 1 minus row r) at [r], 0 for no width
+    // Values outside are taken as these, beyond which the end segments are not extended.
+    double least = -std::numeric_limits<double>::infinity();
+    double most = std::numeric_limits<double>::infinity();
 };
 
 /// How oil flows beside water and gas, see Kro3Fn.
@@ -32,6 +36,7 @@ struct SaturationTable {
     AxisSearch SwSearch, SgSearch;
     double InverseOilAtConnate = 0.0;  // 1 / krow of the first SWOF row, the c of the three-phase rule
     OilRule oilRule = OilRule::Stone2;
+    bool holdsEnds = false;  // outside of its axes a table is as at their ends
     double ConnateSw = 0.0;
     double CriticalSg = 0.0;
     double ResidualSo = 0.0;
@@ -87,6 +92,7 @@ struct FluidTables {
 
     bool hasGas = false;                  // the run has a gas phase
     OilRule oilRule = OilRule::Weighted;  // of a deck that names none; for regions with both tables
+    bool holdsEnds = false;               // of all saturation tables, see SaturationTable
     double referencePressureWater = 0.0;
     double waterFvf = 0.0;
     double waterCompressibility = 0.0;

@@ -389,6 +389,7 @@ void readProps(SectionReader& reader, PropsRecords& records) {
     if (!reader.cursor->text.empty())
         requireTables(reader, records);  // a deck without PROPS has the defaults
     if (!records.options.hasWater) fillAbsentWater(records.tables);
+    records.tables.holdsEnds = reader.commonForm;
     completeTables(console, records.options.maxRockTables, records.tables);
     if (reader.commonForm) switchCapillarityByAllRegions(records.tables);
     checkComponents(reader, records.options, records.tables);

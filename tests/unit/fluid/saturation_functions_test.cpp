@@ -54,6 +54,22 @@ TEST(RelativePermeability, IsInterpolatedExtendedAndClipped) {
     EXPECT_DOUBLE_EQ(KrogFn(tables, 0.2, 1), 0.4);
 }
 
+TEST(RelativePermeability, AndCapillaryPressureKeepTheEndValueWhereATableHoldsItsEnds) {
+    FluidTables tables = samples::lightOil();
+    tables.regions[0].Pcow = {5.0, 3.0, 2.0, 0.0};
+    tables.regions[0].holdsEnds = true;
+    finishTables(tables);
+    EXPECT_DOUBLE_EQ(KrwFn(tables, 0.5, 1), 0.125);
+    EXPECT_DOUBLE_EQ(KrwFn(tables, 0.9, 1), 0.45);
+    EXPECT_DOUBLE_EQ(KrowFn(tables, 0.1, 1), 0.9);
+    EXPECT_DOUBLE_EQ(PcowFn(tables, 0.1, 1), 5.0);
+    EXPECT_DOUBLE_EQ(PcowFn(tables, 0.95, 1), 0.0);
+    const RelPermSlopes beyond = relPermSlopes(tables.regions[0], false, 0.9, 0.0);
+    EXPECT_EQ(beyond.wBySw, 0.0);
+    EXPECT_EQ(relPermSlopes(tables.regions[0], false, 0.1, 0.0).oBySw, 0.0);
+    EXPECT_DOUBLE_EQ(relPermSlopes(tables.regions[0], false, 0.2, 0.0).oBySw, -2.0);
+}
+
 TEST(RelativePermeability, WorksOnTwoRows) {
     SaturationTable table = samples::fourRowRegion();
     table.SwAxis = {0.2, 0.8};
