@@ -147,12 +147,13 @@ void refreshComponents(const GridModel& grid, const FluidTables& tables, double 
             refreshCell(grid, tables, volumeFactor, slopes, saturations, c, stage, state);
 }
 
-void refreshMarked(const GridModel& grid, const FluidTables& tables, double volumeFactor,
-                   const CellArray<std::uint8_t>& marked, ComponentStage& stage, CellState& state) {
-#pragma omp parallel for schedule(dynamic, 64) if (grid.NCELLS >= ParallelCells)
-    for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0 && marked[c] != 0)
-            refreshCell(grid, tables, volumeFactor, VolumeSlopes::None, Saturations::Found, c, stage, state);
+void refreshCells(const GridModel& grid, const FluidTables& tables, double volumeFactor,
+                  std::span<const CellId> cells, ComponentStage& stage, CellState& state) {
+    const std::size_t count = cells.size();
+#pragma omp parallel for schedule(dynamic, 64) if (count >= static_cast <std::size_t>(ParallelHeavyCells))
+    for (std::size_t k = 0; k < count; ++k)
+        refreshCell(grid, tables, volumeFactor, VolumeSlopes::None, Saturations::Found, cells[k], stage,
+                    state);
 }
 
 }  // namespace kvr

@@ -6,6 +6,7 @@
 #include "pressure/records/cell_state.hpp"
 
 #include <cstdint>
+#include <span>
 
 namespace kvr {
 
@@ -34,8 +35,8 @@ void keepSolvedMobilities(const CellState& state, ComponentStage& stage);
 /// Back from the means of a step to the mobilities of what cells hold.
 void leaveMeanMobilities(const GridModel& grid, ComponentStage& stage, CellState& state);
 
-/// The same without slopes for the cells that are marked.
-void refreshMarked(const GridModel& grid, const FluidTables& tables, double volumeFactor,
-                   const CellArray<std::uint8_t>& marked, ComponentStage& stage, CellState& state);
+/// The same without slopes for some cells.
+void refreshCells(const GridModel& grid, const FluidTables& tables, double volumeFactor,
+                  std::span<const CellId> cells, ComponentStage& stage, CellState& state);
 
 }  // namespace kvr

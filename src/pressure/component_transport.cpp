@@ -25,6 +25,9 @@ constexpr double LimitShare = 0.5;     // of the days that its limits allow, beh
 /// A day's flow through faces and sources. A face has two rows: what goes through it toward the high side,
 /// and what comes back; a row has the moles of each component, the surface volume of water and the volume.
 /// Those are of the cells' own mixtures; what is told of a face is its own row of the make-up, times a flow.
+///
+/// Amounts are linear in time while the balance of a cell stands: a substep touches only cells whose balance
+/// it finds anew. Times are days of the step gone.
 struct Moves {
     int count = 0;                   // components
     DirectionArray<double> faces;    // (cell, rows of its three high faces)
@@ -32,11 +35,18 @@ struct Moves {
     CellArray<double> followed;      // share of what is told of a cell's outflow that goes so
     std::vector<double> sourceRows;  // [source * width], into the reservoir positive
     DirectionArray<double> net;      // (cell, row): what a day brings
-    CellArray<double> longest;       // days that the limits of a cell allow from when they were found ...
-    CellArray<double> elapsed;       // ... and those gone since
-    CellArray<double> changed;       // by cell, of its amounts since its state was found
-    CellArray<std::uint8_t> stale;   // its state, and with it what goes through its faces, is found anew
-    CellArray<std::uint8_t> due;     // its balance and its limits are
+    double now = 0.0;
+    CellArray<double> since;     // when what a cell holds was last brought up to
+    CellArray<double> longest;   // days that its limits allow from when its balance was found
+    CellArray<double> changed;   // share of its amounts since its state was found, up to `since` ...
+    CellArray<double> changing;  // ... and a day
+    CellArray<double> foundAt;   // when its state was found
+    CellArray<double> staleAt;   // when it has to be found anew
+    CellArray<double> fullAt;    // when its limits end a substep
+    CellArray<double> emptyAt;   // when something that it holds would be overdrawn
+    CellArray<std::uint8_t> isStale, isDue;
+    std::vector<CellId> stale;  // state, and with it what goes through faces, is found anew
+    std::vector<CellId> due;    // balance and limits are
     [[nodiscard]] int width() const { return count + 2; }
     [[nodiscard]] int water() const { return count; }
     [[nodiscard]] int volume() const { return count + 1; }
@@ -45,17 +55,23 @@ struct Moves {
     }
 };
 
-void sizeMoves(CellId cells, int count, std::size_t sources, Moves& moves) {
+void sizeMoves(const GridModel& grid, int count, std::size_t sources, Moves& moves) {
+    const CellId cells = grid.NCELLS;
     moves.count = count;
     moves.faces.assign(cells, 2 * AxisCount * moves.width(), 0.0);
     moves.net.assign(cells, moves.width(), 0.0);
-    moves.longest.assign(cells, 0.0);
     moves.told.assign(cells, AxisCount, 0.0);
-    moves.elapsed.assign(cells, 0.0);
-    moves.changed.assign(cells, 0.0);
-    moves.stale.assign(cells, 1);
-    moves.due.assign(cells, 1);
+    moves.followed.assign(cells, 1.0);
+    for (CellArray<double>* zeros :
+         {&moves.since, &moves.longest, &moves.changed, &moves.changing, &moves.foundAt})
+        zeros->assign(cells, 0.0);
+    for (CellArray<double>* times : {&moves.staleAt, &moves.fullAt, &moves.emptyAt})
+        times->assign(cells, HUGE_VAL);
+    moves.isStale.assign(cells, 0);
+    moves.isDue.assign(cells, 0);
     moves.sourceRows.assign(sources * static_cast<std::size_t>(moves.width()), 0.0);
+    for (CellId c = 1; c <= cells; ++c)
+        if (grid.Active[c] != 0) moves.stale.push_back(c);
 }
 
 /// A volume of a phase of a cell as amounts, added to a row.
@@ -109,7 +125,7 @@ void measureFaces(const UnitSystem& units, const ConnectionTable& connections, c
         const int face = 2 * axis;
         const CellId n = connections.Neighbour(c, face);
         if (n <= 0 || connections.Trans(c, face) == 0.0) continue;
-        if (moves.stale[c] == 0 && moves.stale[n] == 0) continue;
+        if (moves.isStale[c] == 0 && moves.isStale[n] == 0) continue;
         double* const rows = moves.faces.row(c);
         std::fill_n(rows + moves.rowOf(axis, false), 2 * moves.width(), 0.0);
         moves.told(c, axis) = 0.0;
@@ -133,7 +149,7 @@ void measureFaces(const UnitSystem& units, const ConnectionTable& connections, c
 void measureSources(const UnitSystem& units, std::span<const ComponentSource> sources,
                     const ComponentStage& stage, const CellState& state, Moves& moves) {
     for (std::size_t s = 0; s < sources.size(); ++s) {
-        if (moves.stale[sources[s].cell] == 0) continue;
+        if (moves.isStale[sources[s].cell] == 0) continue;
         double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
         std::fill(row, row + moves.width(), 0.0);
         const CellId c = sources[s].cell;
@@ -191,7 +207,6 @@ void gatherCell(const ConnectionTable& connections, const ComponentMakeUp& makeU
         if (leaving[i] > 0.0)
             longest = std::min(longest, LargestMoleShare * stage.amounts.moles(c, i + 1) / leaving[i]);
     moves.longest[c] = longest;
-    moves.elapsed[c] = 0.0;
 }
 
 /// Sources take of their cells what faces leave them: their part bounds the substep too.
@@ -199,7 +214,7 @@ void addSources(std::span<const ComponentSource> sources, const ComponentStage& 
                 Moves& moves) {
     for (std::size_t s = 0; s < sources.size(); ++s) {
         const CellId c = sources[s].cell;
-        if (moves.due[c] == 0) continue;
+        if (moves.isDue[c] == 0) continue;
         const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
         double* const net = moves.net.row(c);
         for (int k = 0; k < moves.width(); ++k) net[k] += row[k];
@@ -212,71 +227,94 @@ void addSources(std::span<const ComponentSource> sources, const ComponentStage& 
     }
 }
 
-/// Marks the cell where its amounts have changed so far that its state has to be found anew, or where the
-/// next substep could come to its limits.
-void applyMoves(double dt, CellId c, ComponentStage& stage, Moves& moves) {
+/// What a cell holds now.
+void bringUp(CellId c, ComponentStage& stage, Moves& moves) {
+    const double days = moves.now - moves.since[c];
+    if (!(days > 0.0)) return;
     const double* const net = moves.net.row(c);
     double* const moles = stage.amounts.moles.row(c);
-    double held = 0.0, change = 0.0;
-    for (int i = 0; i < moves.count; ++i) {
-        moles[i] += dt * net[i];
-        held += moles[i];
-        change += std::abs(dt * net[i]);
-    }
-    double& water = stage.amounts.water[c];
-    const double waterChange = std::abs(dt * net[moves.water()]);
-    water += dt * net[moves.water()];
-    moves.changed[c] += change / held + (water > 0.0 ? waterChange / water : 0.0);
-    moves.elapsed[c] += dt;
-    // At its limits too: what leaves it of a trace follows what is there of it.
-    const bool isStale =
-        !(moves.changed[c] <= StaleChange) || moves.elapsed[c] > LimitShare * moves.longest[c];
-    moves.stale[c] = isStale ? 1 : 0;
-    if (isStale) moves.changed[c] = 0.0;
+    for (int i = 0; i < moves.count; ++i) moles[i] += days * net[i];
+    stage.amounts.water[c] += days * net[moves.water()];
+    moves.changed[c] += days * moves.changing[c];
+    moves.since[c] = moves.now;
 }
 
-/// What a substep adds to the means of the mobilities, `share` of the step long.
-void addToMeans(double share, const CellState& state, CellId c, PhaseMobilities& mean) {
+/// When the state of a cell has to be found anew, when its limits end a substep and when it would be
+/// overdrawn, with the balance that it has now.
+void setTimes(const ComponentStage& stage, CellId c, Moves& moves) {
+    const double* const net = moves.net.row(c);
+    const double* const moles = stage.amounts.moles.row(c);
+    const double water = stage.amounts.water[c], waterNet = net[moves.water()];
+    double held = 0.0, change = 0.0, empty = HUGE_VAL;
+    for (int i = 0; i < moves.count; ++i) {
+        held += moles[i];
+        change += std::abs(net[i]);
+        if (net[i] < 0.0) empty = std::min(empty, -moles[i] / net[i]);
+    }
+    if (waterNet < 0.0) empty = std::min(empty, -water / waterNet);
+    moves.changing[c] =
+        (change > 0.0 ? change / held : 0.0) + (water > 0.0 ? std::abs(waterNet) / water : 0.0);
+    const double longest = moves.longest[c];
+    moves.fullAt[c] = moves.now + longest;
+    moves.emptyAt[c] = moves.followed[c] > 0.0 ? moves.now + empty : HUGE_VAL;
+    // At its limits too: what leaves it of a trace follows what is there of it.
+    double days = LimitShare * longest;
+    if (moves.changing[c] > 0.0) days = std::min(days, (StaleChange - moves.changed[c]) / moves.changing[c]);
+    moves.staleAt[c] = std::isfinite(moves.changing[c]) ? moves.now + days : moves.now;
+}
+
+/// What the cell had since its state was found, added to the means of the mobilities over the step.
+void addToMeans(double dt, const CellState& state, CellId c, PhaseMobilities& mean, Moves& moves) {
+    const double share = (moves.now - moves.foundAt[c]) / dt;
     mean.oil[c] += share * state.LambdaO[c];
     mean.water[c] += share * state.LambdaW[c];
     mean.gas[c] += share * state.LambdaG[c];
+    moves.foundAt[c] = moves.now;
 }
 
 /// What is new of a cell is new to its neighbours' balances.
-void markNeighbours(const GridModel& grid, const ConnectionTable& connections, Moves& moves) {
-#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        std::uint8_t due = moves.stale[c];
-        for (int face = 1; face <= FaceCount && due == 0; ++face) {
-            const CellId n = connections.Neighbour(c, face);
-            if (n > 0) due = moves.stale[n];
-        }
-        moves.due[c] = due;
+void markDue(const ConnectionTable& connections, Moves& moves) {
+    for (const CellId c : moves.due) moves.isDue[c] = 0;
+    moves.due.clear();
+    const auto mark = [&moves](CellId c) {
+        if (moves.isDue[c] != 0) return;
+        moves.isDue[c] = 1;
+        moves.due.push_back(c);
+    };
+    for (const CellId c : moves.stale) {
+        moves.isStale[c] = 1;
+        mark(c);
+        for (int face = 1; face <= FaceCount; ++face)
+            if (const CellId n = connections.Neighbour(c, face); n > 0) mark(n);
     }
 }
 
-double longestSubstep(const GridModel& grid, const Moves& moves, double left) {
-    double longest = left;
-    for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) longest = std::min(longest, moves.longest[c] - moves.elapsed[c]);
-    return longest;
+template <class Work>
+void forCells(const std::vector<CellId>& cells, Work work) {
+    const std::size_t count = cells.size();
+#pragma omp parallel for schedule(dynamic, 64) if (count >= static_cast <std::size_t>(ParallelHeavyCells))
+    for (std::size_t k = 0; k < count; ++k) work(cells[k]);
 }
 
-void measureMoves(const UnitSystem& units, const GridModel& grid, const ConnectionTable& connections,
-                  const VelocityField& velocity, std::span<const ComponentSource> sources,
-                  const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
-                  Moves& moves) {
-    const bool inParallel = grid.NCELLS >= ParallelCells;
-    markNeighbours(grid, connections, moves);
-#pragma omp parallel for schedule(static) if (inParallel)
-    for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0) measureFaces(units, connections, velocity, makeUp, stage, state, c, moves);
-#pragma omp parallel for schedule(static) if (inParallel)
-    for (CellId c = 1; c <= grid.NCELLS; ++c)
-        if (grid.Active[c] != 0 && moves.due[c] != 0) gatherCell(connections, makeUp, stage, state, c, moves);
+double endOfSubstep(const GridModel& grid, const Moves& moves, double dt) {
+    double end = dt;
+    for (CellId c = 1; c <= grid.NCELLS; ++c) end = std::min(end, moves.fullAt[c]);
+    return std::min(dt, std::max(end, moves.now + LeastSubstep * dt));
+}
+
+/// Balances beside the cells that are stale.
+void measureMoves(const UnitSystem& units, const ConnectionTable& connections, const VelocityField& velocity,
+                  std::span<const ComponentSource> sources, const ComponentMakeUp& makeUp,
+                  const CellState& state, ComponentStage& stage, Moves& moves) {
+    markDue(connections, moves);
+    forCells(moves.due, [&](CellId c) { bringUp(c, stage, moves); });
+    forCells(moves.due,
+             [&](CellId c) { measureFaces(units, connections, velocity, makeUp, stage, state, c, moves); });
+    forCells(moves.due, [&](CellId c) { gatherCell(connections, makeUp, stage, state, c, moves); });
     measureSources(units, sources, stage, state, moves);
     addSources(sources, stage, state, moves);
+    forCells(moves.due, [&](CellId c) { setTimes(stage, c, moves); });
+    for (const CellId c : moves.stale) moves.isStale[c] = 0;
 }
 
 /// Calls `visit(low cell, axis, flow out of c)` for the faces of a cell whose make-up is told and which it
@@ -348,23 +386,36 @@ void trustCells(const ConnectionTable& connections, const VelocityField& velocit
     }
 }
 
-/// Cells which what is told would overdraw within `dt` follow it no further. True where there is one.
+/// Cells which what is told would overdraw before `end` follow it no further. True where there is one.
 bool dropOverdrawn(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
-                   const ComponentMakeUp& makeUp, const ComponentStage& stage, double dt, Moves& moves) {
+                   const ComponentMakeUp& makeUp, double end, Moves& moves) {
     if (makeUp.isEmpty()) return false;
-    bool any = false;
+    moves.stale.clear();
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0 || moves.followed[c] == 0.0) continue;
-        bool over = stage.amounts.water[c] + dt * moves.net(c, moves.count + 1) < 0.0;
-        for (int i = 1; i <= moves.count; ++i)
-            over = over || stage.amounts.moles(c, i) + dt * moves.net(c, i) < 0.0;
-        if (!over) continue;
+        if (!(moves.emptyAt[c] < end)) continue;
+        bool any = false;
         forToldOutflows(connections, velocity, makeUp, c,
                         [&](CellId low, int axis, double) { any = any || moves.told(low, axis) != 0.0; });
         moves.followed[c] = 0.0;
-        moves.stale[c] = 1;
+        moves.emptyAt[c] = HUGE_VAL;
+        if (any) moves.stale.push_back(c);
     }
-    return any;
+    return !moves.stale.empty();
+}
+
+void addToSources(double days, const Moves& moves, std::vector<SourceTotals>& moved) {
+    for (std::size_t s = 0; s < moved.size(); ++s) {
+        const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
+        for (int i = 0; i < moves.count; ++i) moved[s].moles[static_cast<std::size_t>(i)] += days * row[i];
+        moved[s].water += days * row[moves.water()];
+    }
+}
+
+/// Cells whose state has to be found anew now.
+void collectStale(const GridModel& grid, Moves& moves) {
+    moves.stale.clear();
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (moves.staleAt[c] <= moves.now) moves.stale.push_back(c);
 }
 
 }  // namespace
@@ -374,37 +425,36 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
                     std::span<const ComponentSource> sources, const ComponentMakeUp& makeUp, double dt,
                     ComponentStage& stage, CellState& state, std::vector<SourceTotals>& moved) {
     Moves moves;
-    sizeMoves(grid.NCELLS, stage.set.count, sources.size(), moves);
+    sizeMoves(grid, stage.set.count, sources.size(), moves);
     moved.assign(sources.size(), {});
-    moves.followed.assign(grid.NCELLS, 1.0);
     for (CellArray<double>* mean : {&stage.mean.oil, &stage.mean.water, &stage.mean.gas})
         mean->assign(grid.NCELLS, 0.0);
     const auto measure = [&] {
-        measureMoves(units, grid, connections, velocity, sources, makeUp, stage, state, moves);
+        measureMoves(units, connections, velocity, sources, makeUp, state, stage, moves);
+    };
+    const auto leave = [&](CellId c) {
+        bringUp(c, stage, moves);
+        addToMeans(dt, state, c, stage.mean, moves);
+        moves.changed[c] = 0.0;
     };
     if (!makeUp.isEmpty()) {
         measure();
         trustCells(connections, velocity, grid, sources, makeUp, stage, state, dt,
-                   moves);  // all marked still
+                   moves);  // all are stale still
     }
-    for (double left = dt; left > 0.0;) {
+    while (moves.now < dt) {
         measure();
-        const double substep = std::max(longestSubstep(grid, moves, left), std::min(left, LeastSubstep * dt));
-        if (dropOverdrawn(connections, velocity, grid, makeUp, stage, substep, moves)) continue;
-#pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
-        for (CellId c = 1; c <= grid.NCELLS; ++c) {
-            if (grid.Active[c] == 0) continue;
-            addToMeans(substep / dt, state, c, stage.mean);
-            applyMoves(substep, c, stage, moves);
-        }
-        for (std::size_t s = 0; s < sources.size(); ++s) {
-            const double* const row = moves.sourceRows.data() + s * static_cast<std::size_t>(moves.width());
-            for (int i = 0; i < moves.count; ++i) moved[s].moles[i] += substep * row[i];
-            moved[s].water += substep * row[moves.water()];
-        }
-        left = substep < left ? left - substep : 0.0;
-        if (left > 0.0) refreshMarked(grid, tables, units.VolumeFactor, moves.stale, stage, state);
+        const double end = endOfSubstep(grid, moves, dt);
+        if (dropOverdrawn(connections, velocity, grid, makeUp, end, moves)) continue;
+        addToSources(end - moves.now, moves, moved);
+        moves.now = end;
+        if (end >= dt) break;
+        collectStale(grid, moves);
+        forCells(moves.stale, leave);
+        refreshCells(grid, tables, units.VolumeFactor, moves.stale, stage, state);
     }
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) leave(c);
     refreshComponents(grid, tables, units.VolumeFactor, VolumeSlopes::None, Saturations::Found, stage, state);
 }
 
