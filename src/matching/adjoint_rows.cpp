@@ -69,7 +69,7 @@ void addAdjointRows(const Simulation& s, WellQuantity quantity, std::span<const 
     }
     std::vector<CellArray<double>> derivatives;
     solveAdjoints(s, functionals, derivatives);
-    appendRows(derivatives, s.grid.Active, data, before, to);
+    appendRows(std::move(derivatives), s.grid.Active, data, before, to);
 }
 
 }  // namespace kvr

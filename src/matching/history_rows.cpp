@@ -71,11 +71,12 @@ std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const Hist
     return data;
 }
 
-void appendRows(std::span<const CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
+void appendRows(std::vector<CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
                 std::span<const HistoryDatum> data, std::size_t before, ErrorData& to) {
     for (std::size_t row = 0; row < sums.size(); ++row) {
         const std::size_t values = to.rows.value.size();
         addRow(sums[row], Active, to.rows);
+        sums[row] = {};
         if (to.rows.value.size() == values) {
             to.rows.start.pop_back();
             continue;
@@ -100,7 +101,7 @@ void addHistoryRows(const Console& console, SensitivityKind kind, const CurveFil
                     readSensitivities(console, Active.count(), n, reader), sums);
         closeSensitivities(reader);
     }
-    appendRows(sums, Active, data, before, to);
+    appendRows(std::move(sums), Active, data, before, to);
 }
 
 }  // namespace kvr

@@ -37,8 +37,8 @@ std::vector<HistoryDatum> historyData(const MisfitSettings& settings, const Hist
                                       std::span<const double> stepEnds, std::span<const WellMatch> wells);
 
 /// Appends one row of sensitivities for each datum; those that no cell changes are left out. `before`: number
-/// of data ahead of these in the list of all.
-void appendRows(std::span<const CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
+/// of data ahead of these in the list of all. Each sum is given up as its row is made.
+void appendRows(std::vector<CellArray<double>> sums, const CellArray<std::uint8_t>& Active,
                 std::span<const HistoryDatum> data, std::size_t before, ErrorData& to);
 
 /// Appends the rows of data from the files of a kind; those that no cell changes are left out. `before`:

@@ -62,17 +62,40 @@ std::uint64_t fingerprint(const Simulation& s, bool observedGiven) {
     return hashOf(bytesOf(s.grid.PORO.slots), hash);
 }
 
-/// Bytes behind each other; what is put is what is taken.
+/// A file that is being written, and the sum over what it holds so far.
+struct Sink {
+    std::FILE* file = nullptr;
+    std::uint64_t hash = HashStart;
+};
+
+void put(Sink& sink, std::string_view bytes) {
+    if (bytes.empty()) return;  // their address may be null
+    sink.hash = hashOf(bytes, sink.hash);
+    std::fwrite(bytes.data(), 1, bytes.size(), sink.file);
+}
+
+template <class T>
+void putItem(Sink& sink, const T& item) {
+    put(sink, {reinterpret_cast<const char*>(&item), sizeof item});
+}
+
+void putList(Sink& sink, const std::vector<double>& list) {
+    putItem(sink, static_cast<std::uint64_t>(list.size()));
+    put(sink, bytesOf(list));
+}
+
+void putText(Sink& sink, const std::string& text) {
+    putItem(sink, static_cast<std::uint64_t>(text.size()));
+    put(sink, text);
+}
+
+/// Bytes behind each other; what was put is what is taken.
 struct Bytes {
     std::string text;
     std::size_t at = 0;
     bool good = true;
 };
 
-template <class T>
-void putItem(Bytes& bytes, const T& item) {
-    bytes.text.append(reinterpret_cast<const char*>(&item), sizeof item);
-}
 template <class T>
 void takeItem(Bytes& bytes, T& item) {
     if (bytes.text.size() - bytes.at < sizeof item) {
@@ -83,10 +106,6 @@ void takeItem(Bytes& bytes, T& item) {
     bytes.at += sizeof item;
 }
 
-void putList(Bytes& bytes, const std::vector<double>& list) {
-    putItem(bytes, static_cast<std::uint64_t>(list.size()));
-    bytes.text.append(bytesOf(list));
-}
 void takeList(Bytes& bytes, std::vector<double>& list) {
     std::uint64_t size = 0;
     takeItem(bytes, size);
@@ -100,10 +119,6 @@ void takeList(Bytes& bytes, std::vector<double>& list) {
     bytes.at += size * sizeof(double);
 }
 
-void putText(Bytes& bytes, const std::string& text) {
-    putItem(bytes, static_cast<std::uint64_t>(text.size()));
-    bytes.text += text;
-}
 void takeText(Bytes& bytes, std::string& text) {
     std::uint64_t size = 0;
     takeItem(bytes, size);
@@ -230,23 +245,20 @@ bool fits(const Simulation& s, const MatchRecord& match) {
 
 }  // namespace
 
-void writeMatchResume(const Simulation& s) {
-    Bytes bytes;
-    bytes.text = Magic;
-    putItem(bytes, static_cast<std::uint64_t>(s.match.observedGiven ? 1 : 0));
-    putItem(bytes, fingerprint(s, s.match.observedGiven));
-    const Walk walk{[&](const auto& item) { putItem(bytes, item); },
-                    [&](const std::vector<double>& list) { putList(bytes, list); },
-                    [&](const std::string& text) { putText(bytes, text); }};
-    int iteration = s.clock.hmIteration;
-    MatchRecord match = s.match;
-    walkMatch(walk, iteration, match);
-    putItem(bytes, hashOf(bytes.text));
+void writeMatchResume(Simulation& s) {
     // A killed process leaves the old file whole or the new one.
     const std::string path = pathOf(s), fresh = path + ".new";
-    std::FILE* file = openForReplace(s.console, fresh);
-    std::fwrite(bytes.text.data(), 1, bytes.text.size(), file);
-    closeWhole(s.console, file);
+    Sink sink{openForReplace(s.console, fresh)};
+    put(sink, Magic);
+    putItem(sink, static_cast<std::uint64_t>(s.match.observedGiven ? 1 : 0));
+    putItem(sink, fingerprint(s, s.match.observedGiven));
+    const Walk walk{[&](const auto& item) { putItem(sink, item); },
+                    [&](const std::vector<double>& list) { putList(sink, list); },
+                    [&](const std::string& text) { putText(sink, text); }};
+    int iteration = s.clock.hmIteration;
+    walkMatch(walk, iteration, s.match);
+    putItem(sink, std::uint64_t{sink.hash});
+    closeWhole(s.console, sink.file);
     std::error_code failure;
     std::filesystem::rename(fresh, path, failure);
     if (failure)

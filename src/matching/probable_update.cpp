@@ -66,12 +66,13 @@ double dampingOf(std::span<const RunMisfit> kept, int refused) {
     return std::ldexp(damping, refused);
 }
 
-double dampErrors(std::size_t from, std::size_t to, double damping, ErrorData& data) {
+double dampErrors(std::size_t from, std::size_t to, double damping, std::span<const double> misfit,
+                  std::vector<double>& error) {
     if (to <= from) return 0.0;
     double sum = 0.0;
-    for (std::size_t n = from; n < to; ++n) sum += std::pow(data.misfit[n] / data.error[n], 2);
+    for (std::size_t n = from; n < to; ++n) sum += std::pow(misfit[n] / error[n], 2);
     const double root = std::sqrt(sum / static_cast<double>(to - from));
-    for (std::size_t n = from; n < to; ++n) data.error[n] *= std::hypot(1.0, damping * root);
+    for (std::size_t n = from; n < to; ++n) error[n] *= std::hypot(1.0, damping * root);
     return root;
 }
 
@@ -97,15 +98,23 @@ void takeProbableData(Simulation& s, MatchStage stage) {
     kept.data = {};
     kept.kindEnds.clear();
     kept.kindNames.clear();
+    const std::vector<Kind> kinds = kindsOf(s.options, settings);
+    std::vector<std::vector<HistoryDatum>> lists;
     std::size_t before = 0;
-    for (const Kind& kind : kindsOf(s.options, settings)) {
-        const std::vector<HistoryDatum> data =
-            historyData(settings, kind.parts, files.stepEnds, s.match.wells);
+    for (const Kind& kind : kinds) {
+        lists.push_back(historyData(settings, kind.parts, files.stepEnds, s.match.wells));
+        before += lists.back().size();
+    }
+    reserveRows(before, s.grid.NCELLS, kept.data.rows);
+    before = 0;
+    for (std::size_t n = 0; n < kinds.size(); ++n) {
+        const Kind& kind = kinds[n];
+        const std::vector<HistoryDatum>& data = lists[n];
         const std::size_t first = kept.data.error.size();
         if (stage != MatchStage::GlobalPressure || kind.files == SensitivityKind::Pressure)
             addRows(s, files, kind, data, before, kept.data);
-        for (std::size_t n = first; n < kept.data.error.size(); ++n)
-            kept.data.error[n] *= mostWeight / kind.weight;
+        for (std::size_t row = first; row < kept.data.error.size(); ++row)
+            kept.data.error[row] *= mostWeight / kind.weight;
         before += data.size();
         kept.kindEnds.push_back(kept.data.error.size());
         kept.kindNames.emplace_back(kind.name);
@@ -114,21 +123,19 @@ void takeProbableData(Simulation& s, MatchStage stage) {
 
 CellArray<double> probableUpdate(const Simulation& s, const CellArray<std::uint8_t>& region) {
     const ProbableRecord& kept = s.match.probable;
-    ErrorData data;  // its rows are made anew
-    data.misfit = kept.data.misfit;
-    data.error = kept.data.error;
-    data.datum = kept.data.datum;
+    ProbableStep step;
+    step.error = kept.data.error;
     const double damping = dampingOf(s.match.accepted, s.match.halvings);
     double mostRoot = 0.0;
     std::size_t first = 0;
     for (std::size_t kind = 0; kind < kept.kindEnds.size(); ++kind) {
-        const double root = dampErrors(first, kept.kindEnds[kind], damping, data);
+        const double root = dampErrors(first, kept.kindEnds[kind], damping, kept.data.misfit, step.error);
         both(s.console, " Misfit over error, {} : {} ({} data)", kept.kindNames[kind], number(root),
              kept.kindEnds[kind] - first);
         mostRoot = std::max(mostRoot, root);
         first = kept.kindEnds[kind];
     }
-    data.rows = secantRows(kept.data.rows, kept.data.datum, kept.present, kept.tried);
+    step.shown = secantTerms(kept.data.rows, kept.data.datum, kept.present, kept.tried);
     CellArray<double> present = kept.present.lnk, change;
     const CellArray<double> start = logarithms(s.match.prior);
     for (CellId cell = 1; cell <= present.count(); ++cell) present[cell] -= start[cell];
@@ -138,8 +145,8 @@ CellArray<double> probableUpdate(const Simulation& s, const CellArray<std::uint8
                               {s.options.priorLength, s.options.priorLength, s.options.priorHeight},
                               s.options.priorLevel},
                              region);
-    const double pull = 1.0 / (1.0 + std::pow(damping * mostRoot, 2));
-    if (!mostProbableChange(prior, data, present, pull, change))
+    step.pull = 1.0 / (1.0 + std::pow(damping * mostRoot, 2));
+    if (!mostProbableChange(prior, kept.data, step, present, change))
         warn(s.console, "WARNING :: THE MATRIX OF THE DATA CANNOT BE FACTORISED, THE FIELD STAYS");
     for (CellId cell = 1; cell <= change.count(); ++cell) change[cell] -= present[cell];
     return change;

@@ -32,6 +32,7 @@ double dampingOf(std::span<const RunMisfit> kept, int refused);
 /// rows that are linear about the present field say little, is short (a Levenberg-Marquardt step in the
 /// metric of the prior: Hanke, Inverse Problems 13, 1997; Iglesias and Dawson, Comput. Geosci. 17, 2013).
 /// Gives the root.
-double dampErrors(std::size_t from, std::size_t to, double damping, ErrorData& data);
+double dampErrors(std::size_t from, std::size_t to, double damping, std::span<const double> misfit,
+                  std::vector<double>& error);
 
 }  // namespace kvr

@@ -56,25 +56,27 @@ std::vector<Secant> independent(std::vector<Secant> ways) {
 
 }  // namespace
 
-SensitivityRows secantRows(const SensitivityRows& rows, std::span<const std::size_t> datum,
-                           const TriedField& present, std::span<const TriedField> tried) {
-    const std::vector<Secant> secants = independent(waysTo(present, tried));
-    if (secants.empty()) return rows;
-    CellArray<std::uint8_t> all;
-    all.assign(present.lnk.count(), 1);
-    SensitivityRows result;
-    CellArray<double> row;
-    for (std::size_t r = 0; r < rows.count(); ++r) {
-        row.assign(present.lnk.count(), 0.0);
-        for (std::size_t n = rows.start[r]; n < rows.start[r + 1]; ++n) row[rows.cell[n]] = rows.value[n];
-        for (const Secant& secant : secants) {
-            const double shown = present.misfit[datum[r]] - secant.to->misfit[datum[r]];
-            const double lacking = shown - product(row, secant.way);
-            addTo(row, lacking / product(secant.own, secant.way), secant.own);
+SecantTerms secantTerms(const SensitivityRows& rows, std::span<const std::size_t> datum,
+                        const TriedField& present, std::span<const TriedField> tried) {
+    std::vector<Secant> secants = independent(waysTo(present, tried));
+    const std::size_t count = secants.size();
+    SecantTerms terms;
+    terms.factor.resize(rows.count() * count);
+    for (std::size_t n = 0; n < count; ++n) {
+        std::vector<double> spanned;  // of this way, by the parts of the nearer ones
+        for (std::size_t nearer = 0; nearer < n; ++nearer)
+            spanned.push_back(product(secants[nearer].own, secants[n].way));
+        const double length = product(secants[n].own, secants[n].way);
+        for (std::size_t r = 0; r < rows.count(); ++r) {
+            double* factor = terms.factor.data() + r * count;
+            const double given = rowTimes(rows, r, secants[n].way) +
+                                 std::inner_product(spanned.begin(), spanned.end(), factor, 0.0);
+            const double shown = present.misfit[datum[r]] - secants[n].to->misfit[datum[r]];
+            factor[n] = (shown - given) / length;
         }
-        addRow(row, all, result);
     }
-    return result;
+    for (Secant& secant : secants) terms.fields.push_back(std::move(secant.own));
+    return terms;
 }
 
 }  // namespace kvr

@@ -4,6 +4,19 @@
 
 namespace kvr {
 
+void reserveRows(std::size_t count, CellId cells, SensitivityRows& rows) {
+    const std::size_t values = rows.value.size() + count * static_cast<std::size_t>(cells);
+    rows.cell.reserve(values);
+    rows.value.reserve(values);
+}
+
+double rowTimes(const SensitivityRows& rows, std::size_t row, const CellArray<double>& field) {
+    double sum = 0.0;
+    for (std::size_t n = rows.start[row]; n < rows.start[row + 1]; ++n)
+        sum += rows.value[n] * field[rows.cell[n]];
+    return sum;
+}
+
 void addRow(const CellArray<double>& sensitivity, const CellArray<std::uint8_t>& Active,
             SensitivityRows& rows) {
     for (CellId cell = 1; cell <= sensitivity.count(); ++cell) {

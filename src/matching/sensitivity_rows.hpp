@@ -18,6 +18,12 @@ struct SensitivityRows {
     [[nodiscard]] std::size_t count() const { return start.size() - 1; }
 };
 
+/// Room for so many more rows of so many values, taken at once: growing on demand takes up to twice as much.
+void reserveRows(std::size_t count, CellId cells, SensitivityRows& rows);
+
+/// The sum of a row's values times those of the field.
+double rowTimes(const SensitivityRows& rows, std::size_t row, const CellArray<double>& field);
+
 /// Appends the values of the active cells that are not 0 and are numbers. `sensitivity` has one value a cell;
 /// a datum that is not to be matched has a row without values.
 void addRow(const CellArray<double>& sensitivity, const CellArray<std::uint8_t>& Active,

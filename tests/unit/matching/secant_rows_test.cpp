@@ -25,11 +25,25 @@ SensitivityRows rowsOf(const std::vector<std::vector<double>>& values) {
     return rows;
 }
 
-double times(const SensitivityRows& rows, std::size_t row, const CellArray<double>& field) {
-    double sum = 0.0;
-    for (std::size_t n = rows.start[row]; n < rows.start[row + 1]; ++n)
-        sum += rows.value[n] * field[rows.cell[n]];
-    return sum;
+/// The rows with what is to be added to them.
+SensitivityRows summed(const SensitivityRows& rows, const SecantTerms& terms) {
+    SensitivityRows result;
+    CellArray<std::uint8_t> active;
+    active.assign(Cells, 1);
+    for (std::size_t r = 0; r < rows.count(); ++r) {
+        CellArray<double> row = fieldOf(std::vector<double>(Cells, 0.0));
+        for (std::size_t n = rows.start[r]; n < rows.start[r + 1]; ++n) row[rows.cell[n]] = rows.value[n];
+        for (std::size_t n = 0; n < terms.fields.size(); ++n)
+            for (CellId cell = 1; cell <= Cells; ++cell)
+                row[cell] += terms.factor[r * terms.fields.size() + n] * terms.fields[n][cell];
+        addRow(row, active, result);
+    }
+    return result;
+}
+
+SensitivityRows secantRows(const SensitivityRows& rows, std::span<const std::size_t> datum,
+                           const TriedField& present, std::span<const TriedField> runs) {
+    return summed(rows, secantTerms(rows, datum, present, runs));
 }
 
 std::vector<double> randomValues(std::mt19937& random) {
@@ -50,7 +64,8 @@ const std::vector<std::size_t> InOrder{0, 1, 2};
 /// The data are 1 minus what the true rows say of a field.
 TriedField tried(const SensitivityRows& truth, const std::vector<double>& lnk) {
     TriedField field{fieldOf(lnk), {}};
-    for (std::size_t row = 0; row < Rows; ++row) field.misfit.push_back(1.0 - times(truth, row, field.lnk));
+    for (std::size_t row = 0; row < Rows; ++row)
+        field.misfit.push_back(1.0 - rowTimes(truth, row, field.lnk));
     return field;
 }
 
@@ -65,7 +80,7 @@ TEST(SecantRows, GiveTheChangesThatEveryRunHasShown) {
     const SensitivityRows found = secantRows(given, InOrder, present, runs);
     for (const TriedField& run : runs)
         for (std::size_t row = 0; row < Rows; ++row)
-            EXPECT_NEAR(times(found, row, run.lnk) - times(found, row, present.lnk),
+            EXPECT_NEAR(rowTimes(found, row, run.lnk) - rowTimes(found, row, present.lnk),
                         present.misfit[row] - run.misfit[row], 1e-10);
 }
 
@@ -75,10 +90,10 @@ TEST(SecantRows, StayAsTheyWereAcrossWhatNoRunHasShown) {
     const std::vector<TriedField> runs{tried(truth, {0.5, 0, 0, 0, 0, 0})};
     const SensitivityRows found = secantRows(given, InOrder, tried(truth, {0, 0, 0, 0, 0, 0}), runs);
     ASSERT_EQ(found.count(), Rows);
-    EXPECT_NEAR(times(found, 0, fieldOf({1, 0, 0, 0, 0, 0})), 5.0, 1e-12);
-    EXPECT_NEAR(times(found, 0, fieldOf({0, 1, 0, 1, 0, 0})), 6.0, 1e-12);
-    EXPECT_NEAR(times(found, 2, fieldOf({1, 0, 0, 0, 0, 0})), 0.0, 1e-12);
-    EXPECT_NEAR(times(found, 2, fieldOf({0, 0, 0, 0, 0, 1})), 7.0, 1e-12);
+    EXPECT_NEAR(rowTimes(found, 0, fieldOf({1, 0, 0, 0, 0, 0})), 5.0, 1e-12);
+    EXPECT_NEAR(rowTimes(found, 0, fieldOf({0, 1, 0, 1, 0, 0})), 6.0, 1e-12);
+    EXPECT_NEAR(rowTimes(found, 2, fieldOf({1, 0, 0, 0, 0, 0})), 0.0, 1e-12);
+    EXPECT_NEAR(rowTimes(found, 2, fieldOf({0, 0, 0, 0, 0, 1})), 7.0, 1e-12);
 }
 
 TEST(SecantRows, TakeTheDatumOfTheRowAndNotItsPlace) {
@@ -90,7 +105,7 @@ TEST(SecantRows, TakeTheDatumOfTheRowAndNotItsPlace) {
     SensitivityRows one;
     addRow(fieldOf({9, 0, 0, 0, 0, 0}), active, one);
     const SensitivityRows found = secantRows(one, last, tried(truth, {0, 0, 0, 0, 0, 0}), runs);
-    EXPECT_NEAR(times(found, 0, fieldOf({1, 0, 0, 0, 0, 0})), 3.0, 1e-12);
+    EXPECT_NEAR(rowTimes(found, 0, fieldOf({1, 0, 0, 0, 0, 0})), 3.0, 1e-12);
 }
 
 TEST(SecantRows, LeaveOutRunsThatAreTooNearAndThoseOfOtherData) {
