@@ -19,6 +19,7 @@ BUILD = ROOT / "build" / "bench"
 sys.path.insert(0, str(ROOT / "tests" / "support"))
 import dual_deck  # noqa: E402
 import kvr_run  # noqa: E402
+import mixture_flood  # noqa: E402
 
 PROGRAMS = ["kvr", "bench_solvers", "bench_multigrid", "bench_lines", "bench_deck_reading",
             "bench_eclipse_files", "bench_flash", "bench_run_flashes"]
@@ -209,6 +210,22 @@ def fractured_five_spot(method, repeats):
                 figures = measure([BUILD / "kvr"], scratch, 1)
                 runs[name].append(figures | {"cells": cells_of(deck)})
     return {name: medians(measured) for name, measured in runs.items()}
+
+
+# --- mixtures ------------------------------------------------------------------------------------------
+
+MIXTURE_SIDE, MIXTURE_CELL, MIXTURE_DAYS = 149, 50.0, 500.0  # cells along a side of three layers; ft
+
+
+def mixture(method, repeats):
+    """Figures of solvent into six components on 66,603 cells."""
+    deck = mixture_flood.deck("gas", MIXTURE_DAYS, MIXTURE_SIDE, method, extent=MIXTURE_SIDE * MIXTURE_CELL)
+    runs = []
+    for _ in range(repeats):
+        with tempfile.TemporaryDirectory() as scratch:
+            (pathlib.Path(scratch) / "ECLIPSE.DATA").write_text(deck)
+            runs.append(measure([BUILD / "kvr"], scratch, 1) | {"cells": cells_of(deck)})
+    return medians(runs)
 
 
 # --- a machine that others use -----------------------------------------------------------------------

@@ -157,6 +157,8 @@ ComponentJudgement judgeComponentStep(const RunOptions& options, const Component
         {"rate away from its target", &ComponentFigures::targetMiss, LargestMiss, 1.0},
         {"gas rate of a producer", &ComponentFigures::gasMiss, LargestMiss, 1.0},
         {"error of mobility", &ComponentFigures::mobilityError, LagShare * options.stepMobilityError, 1.0},
+        {"error of mobility that is put right", &ComponentFigures::correctedError, options.stepMobilityError,
+         1.0},
         {"change of mobility", &ComponentFigures::mobilityLag,
          LagFactor * LagShare * options.stepMobilityError, 1.0},
         {"change of composition", &ComponentFigures::compositionChange, LargestCompositionChange, 1.0},
@@ -219,13 +221,15 @@ ComponentFigures attempt(bool byLines, const WellRecord& wells, Simulation& s) {
     s.components.stage.leftOver.assign(s.grid.NCELLS, 0.0);
     const RunClock clock = s.clock;
     ComponentMakeUp makeUp;
-    double before = HUGE_VAL, firstGasMiss = 0.0;
+    double before = HUGE_VAL, firstGasMiss = 0.0, firstError = 0.0;
     for (int pass = 1;; ++pass) {
         ComponentFigures figures;
         figures.pressureSolved = advance(byLines, makeUp, s);
         leaveMeans(s);
         if (!figures.pressureSolved) return figures;
         figures = measureComponentStep(s);
+        if (pass == 1) firstError = figures.mobilityError;
+        figures.correctedError = firstError;
         if (byLines) judgeLines(figures, firstGasMiss);
         const double share = repeatShare(s.options, figures);
         if (!(share > 1.0) || share >= before || pass == MostPasses) return figures;

@@ -13,6 +13,7 @@ struct ComponentFigures {
     double gasMiss = 0.0;             // of a producer's gas from what its pressure was solved with
     double mobilityLag = 0.0;         // mean over the flow, of total mobility from the mean of the step
     double mobilityError = 0.0;       // the same of the total mobility that the pressure was solved with
+    double correctedError = 0.0;      // the same of the first pass over the step, which later ones put right
     double compositionChange = 0.0;   // largest of an overall fraction of a cell
     double failedFlashes = 0.0;       // cells
 };

@@ -38,5 +38,17 @@ TEST(ComponentAttempt, TakesAStepAgainInWhichAProducerGivesOtherGas) {
     EXPECT_NEAR(judgement.length, 40.0 * 0.8 * 0.03 / 0.06, 1e-12);
 }
 
+TEST(ComponentAttempt, BoundsTheErrorThatLaterPassesPutRight) {
+    RunOptions options;
+    ComponentFigures figures;
+    figures.mobilityError = 0.1 * options.stepMobilityError;
+    figures.correctedError = 0.9 * options.stepMobilityError;
+    EXPECT_TRUE(judgeComponentStep(options, figures, 40.0).stands);
+    figures.correctedError = 2.0 * options.stepMobilityError;
+    const ComponentJudgement judgement = judgeComponentStep(options, figures, 40.0);
+    EXPECT_FALSE(judgement.stands);
+    EXPECT_NEAR(judgement.length, 40.0 * 0.8 / 2.0, 1e-12);
+}
+
 }  // namespace
 }  // namespace kvr
