@@ -61,7 +61,7 @@ void readSolutionPart(SectionReader& reader, Simulation& run) {
     sizeInitialArrays(run.grid, run.initial);
     if (!run.fluids.regions.empty())  // of sections in their order
         makeScaledRegions(run.console, run.options.hasWater, run.grid, run.fluids);
-    SolutionRecords records{run.options, run.fluids, run.grid, run.initial};
+    SolutionRecords records{run.options, run.fluids, run.grid, run.initial, run.givenAquifers};
     readSolution(reader, records);
     if (!reader.cursor->text.empty()) requirePressure(reader, run);
 }

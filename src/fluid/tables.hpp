@@ -57,6 +57,11 @@ struct UnderSaturatedRows {
     Column invFvf, invFvfVisc;
 };
 
+/// AQUTAB: dimensionless pressure by dimensionless time, of an aquifer that gives at a constant rate.
+struct InfluenceTable {
+    Column time, pressure;
+};
+
 /// Black-oil PVT, saturation tables and scalars. psia, cp, lb/ft3; Rs and Bg are dimensionless
 /// (surface barrels of gas per stb, rb per surface barrel).
 struct FluidTables {
@@ -89,6 +94,8 @@ struct FluidTables {
         RegionTableCell;    // 1: the region tables serve this cell; empty: raised everywhere
     double PcowSpan = 0.0;  // |Pc(first)| + |Pc(last)| of region 1, or the largest of all; 1e-8 or less: off
     double PcogSpan = 0.0;
+
+    std::vector<InfluenceTable> influenceTables;  // AQUTAB number n at [n - 2]
 
     bool hasGas = false;                  // the run has a gas phase
     OilRule oilRule = OilRule::Weighted;  // of a deck that names none; for regions with both tables

@@ -204,6 +204,7 @@ void beginImplicitStep(Simulation& s) {
     // Heads are those of the start: their densities hang on the mobilities of every cell of the bore.
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
+    setAquiferTerms(s.clock.dt, s.grid, s.aquifers, s.wells);
     shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     setRsRise(s);
     work.saved = s.state;
@@ -229,6 +230,7 @@ void cutImplicitStep(Simulation& s) {
     s.state = s.implicit.saved;
     s.wells = s.implicit.savedWells;
     s.clock.dt *= CutFactor;
+    setAquiferTerms(s.clock.dt, s.grid, s.aquifers, s.wells);
     setRsRise(s);
     s.implicit.counts.cuts += 1;
     both(s.console, " TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));

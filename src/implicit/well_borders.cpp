@@ -28,17 +28,27 @@ SurfaceVolumes<Jet<N>> termsOf(const Well& well, double flow, const ConnectionFl
     return {injected, {}, {}};
 }
 
+/// Terms of a connection of an aquifer, whose flow hangs on no mobility; `total`: reservoir volume.
+template <std::size_t N>
+SurfaceVolumes<Jet<N>> aquiferTerms(const Well& well, const WellConnection& connection,
+                                    const ConnectionFluid<Jet<N>>& fluid, Jet<N>& total) {
+    total = connection.aquiferFlow * fluid.Bw;
+    if (isInjector(well)) return {Jet<N>{connection.aquiferFlow, {}}, {}, {}};
+    return producedTerms(total / totalMobility(fluid), fluid);
+}
+
 template <std::size_t N>
 ConnectionFlow<N> connectionFlow(double flowUnit, const Well& well, const WellConnection& connection,
                                  double drawdown, const ConnectionFluid<Jet<N>>& fluid) {
     const double flow = connection.ConnWI * flowUnit;
-    const SurfaceVolumes<Jet<N>> terms = termsOf(well, flow, fluid);
+    Jet<N> total = flow * totalMobility(fluid);
+    const SurfaceVolumes<Jet<N>> terms =
+        well.aquifer ? aquiferTerms(well, connection, fluid, total) : termsOf(well, flow, fluid);
     Jet<N> dp{drawdown, {}};
     dp.slope[PressurePlace] = -1.0;
     ConnectionFlow<N> result;
     result.rate = {terms.water * dp, terms.oil * dp, terms.gas * dp};
     result.byBhp = {terms.water.value, terms.oil.value, terms.gas.value};
-    const Jet<N> total = flow * totalMobility(fluid);
     result.reservoir = total * dp;
     result.reservoirByBhp = total.value;
     return result;

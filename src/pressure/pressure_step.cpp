@@ -95,6 +95,7 @@ void beginStep(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
+    setAquiferTerms(s.clock.dt, s.grid, s.aquifers, s.wells);
     saveTimeLevel(s);
     forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
@@ -219,8 +220,9 @@ void cutStep(Simulation& s) {
     s.wells = s.timeLevelWells;
     if (s.fluids.hasGas)
         setFlashAmounts(s.pressure.timeLevelAmounts, s.timeLevel.PoreVolume, s.pressure.flashAmounts);
-    updateRates(s);
     s.clock.dt *= CutFactor;
+    setAquiferTerms(s.clock.dt, s.grid, s.aquifers, s.wells);
+    updateRates(s);
     setRsRise(s);
     s.pressure.stepCut = true;
     both(s.console, "TIME STEP SIZE IS DECREASED --> {}", number(s.clock.dt));

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace kvr {
 
@@ -49,8 +50,8 @@ void addWell(const Well& well, double dt, WellTotals& totals) {
     totals.producedReservoir += std::max(-well.reservoirRate, 0.0) * dt;
 }
 
-void addNetInflow(const WellRecord& wells, double dt, PhaseAmounts& netInflow) {
-    for (const Well& well : wells.wells) {
+void addNetInflow(std::span<const Well> wells, double dt, PhaseAmounts& netInflow) {
+    for (const Well& well : wells) {
         netInflow.oil += well.WellQo * dt;
         netInflow.water += well.WellQw * dt;
         netInflow.gas += well.WellQg * dt;
@@ -153,6 +154,12 @@ void logTotals(const Simulation& run) {
     log(run.console, " Average Gas Saturation :: {} [-]", number(share(now.gasPore, now.poreVolume)));
 }
 
+void logAquifers(const Simulation& run) {
+    for (const Aquifer& aquifer : run.aquifers.aquifers)
+        log(run.console, " Water from aquifer {:<3} :: {} stb", aquifer.given.number,
+            number(toBarrels(run.units, aquifer.gave)));
+}
+
 void logSurfaceVolumes(const Simulation& run) {
     const InPlaceSums& now = run.balance.now;
     lineToLog(run.console, " FIP Surface Volumes  ** ");
@@ -245,8 +252,10 @@ void advanceBalance(Simulation& simulation, double executedDt) {
     const RunOptions& options = simulation.options;
     if (options.useHistoryControls)
         addObservedFlows(scheduleInForce(simulation.schedule, simulation.clock), executedDt, record);
-    if (carriesAmounts(options) || !isAnalyticalPhase(options, simulation.clock.solverPhaseIndex))
-        addNetInflow(simulation.wells, executedDt, record.netInflow);
+    if (carriesAmounts(options) || !isAnalyticalPhase(options, simulation.clock.solverPhaseIndex)) {
+        addNetInflow(simulation.wells.wells, executedDt, record.netInflow);
+        addNetInflow(simulation.aquifers.wells, executedDt, record.netInflow);
+    }
     record.rows.push_back(makeRow(simulation, executedDt));
 }
 
@@ -266,6 +275,7 @@ void ReportMBE(const Simulation& simulation) {
     lineToLog(console, " Material Balance Report: ");
     logTotals(simulation);
     logSurfaceVolumes(simulation);
+    logAquifers(simulation);
     if (simulation.options.componentCount > 0) logComponents(simulation);
     addToSweepTable(simulation);
     if (isOn(simulation.options, OutputSwitch::Excel)) {

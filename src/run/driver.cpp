@@ -235,6 +235,13 @@ int finishCheck(Simulation& simulation) {
     return 0;
 }
 
+/// Aquifers are wells while a step is taken, and known to no report.
+void stepWithAquifers(Simulation& s) {
+    joinAquifers(s.aquifers, s.wells);
+    takeStep(pressureIsUpdated(s.options, s.clock), s);
+    partAquifers(s.clock.workDt, s.state, s.aquifers, s.wells);
+}
+
 /// The schedule from where the clock stands to its end. Empty, or where a signal has ended it.
 std::string_view runForward(Simulation& simulation) {
     RunClock& clock = simulation.clock;
@@ -244,7 +251,7 @@ std::string_view runForward(Simulation& simulation) {
         if (!timeAhead)
             clock.workDt = clock.dt;
         else if (!simulation.options.traceFromRestart)
-            takeStep(pressureIsUpdated(simulation.options, clock), simulation);
+            stepWithAquifers(simulation);
         else if (!takeTracedStep(simulation))
             return "during the outside run";
         advanceCalendar(clock.workDt, clock);

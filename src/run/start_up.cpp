@@ -340,6 +340,33 @@ void applyFaultMultipliers(int entry, Simulation& simulation) {
     both(simulation.console, " Connections multiplied by MULTFLT: {}", faces);
 }
 
+namespace {
+
+/// What a run with aquifers cannot do yet; empty where it can.
+std::string_view hindersAquifers(const RunOptions& o) {
+    if (o.componentCount > 0) return "components (COMPS)";
+    if (isDualPorosity(o)) return "dual porosity (DUALPORO)";
+    if (o.restartStep > 0) return "a restart (RESTART)";
+    if (o.historyMatch || o.outputSensitivity) return "sensitivities (DOINV, OPTIONKVR 4)";
+    if (optimizesRates(o)) return "rate optimisation (OPTIMIZE, NPVOPT, EQWAFS, EQARRIVE, OPTMMP)";
+    if (o.traceFromRestart || o.useEclipsePressure || o.useEclipseTrans)
+        return "the files of an outside simulator";
+    return {};
+}
+
+void startWithAquifers(Simulation& s) {
+    if (s.givenAquifers.aquifers.empty()) return;
+    if (const std::string_view why = hindersAquifers(s.options); !why.empty()) {
+        both(s.console,
+             "ERROR :: This version of KVR cannot do what the input asks for: analytic aquifers with {}.",
+             why);
+        hardStop(s.console);
+    }
+    s.aquifers = startAquifers(s.console, s.units, s.grid, s.fluids, s.state, s.givenAquifers);
+}
+
+}  // namespace
+
 void startUp(Simulation& simulation) {
     printProgramBanner(simulation.console);
     flushDenormalsInAllThreads();
@@ -367,6 +394,7 @@ void startUp(Simulation& simulation) {
         takeOutsideModel(simulation);
         removeStaleFiles(simulation);
     }
+    startWithAquifers(simulation);
     tellDeckSummary(simulation);
     if (simulation.options.checkOnly) return;
     if (simulation.options.method == "FIM") {

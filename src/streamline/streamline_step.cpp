@@ -260,6 +260,7 @@ void sizeStage(Simulation& s) {
 
 /// Files and solver of the lines of a step, before they are launched.
 void prepareLines(double remainingToEnd, double remainingToReport, Simulation& s) {
+    if (!s.aquifers.aquifers.empty()) rebuildCellTags(s.grid.NCELLS, s.wells, s.tags);  // by what flows now
     clearPairs(s.wells, s.options.saveEndNode, s.lines.pairs);
     openLineOutput(remainingToReport, s);
     prepareSolver(s, remainingToEnd);

@@ -39,6 +39,8 @@ constexpr KeywordUnits UnitRows[] = {
      {None, None, LiquidRate, LiquidRate, GasRate, LiquidRate, None, None, None, None, None, None, None,
       LiquidRate}},
     {"GCONINJE", {None, None, None, Injected, LiquidRate}},
+    {"AQUFETP", {None, Length, Pressure, LiquidRate, PerPressure, Productivity}},
+    {"AQUCT", {None, Length, Pressure, None, None, PerPressure, Length, Length}},
     {"DRSDT", {GasRatio}},
     {"RTEMP", {Temperature}},
     {"STCOND", {Temperature, Pressure}},
@@ -215,6 +217,10 @@ double inOtherUnits(const SectionReader& reader, ItemUnit unit, double value) {
             return value * from.gasFvf / to.gasFvf;
         case ConnectionFactor:
             return value * from.connectionFactor / to.connectionFactor;
+        case PerPressure:
+            return value / from.copyPressure;
+        case Productivity:
+            return inOtherUnits(reader, LiquidRate, value) / from.copyPressure;
         case Temperature:
             return metric ? value * FahrenheitPerCelsius + FreezingPoint
                           : (value - FreezingPoint) / FahrenheitPerCelsius;

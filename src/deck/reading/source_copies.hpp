@@ -18,6 +18,8 @@ enum class ItemUnit {
     GasFvf,
     ConnectionFactor,
     Temperature,
+    PerPressure,   // compressibilities
+    Productivity,  // liquid rate per pressure; a liquid volume has the unit of a rate
     Injected,    // rate of the fluid in item 2
     Target,      // of the word in item 2
     WellControl  // of WELSPEC: of the type in item 8 and the control in item 10

@@ -51,14 +51,6 @@ void readFactors(SectionReader& reader, std::span<double> factors) {
     warnHere(reader, "WARNING :: {} MULTIPLIERS BELOW ZERO, SET TO 1", bad);
 }
 
-int faceOf(const SectionReader& reader, const std::string& word) {
-    const std::string upper = toUpper(trim(word));
-    for (const FaceWord& known : FaceWords)
-        if (upper == known.word) return known.face;
-    both(consoleOf(reader), "ERROR :: FACE {} IS NONE OF X, X-, Y, Y-, Z, Z-, I, I-, J, J-, K, K-", word);
-    stopAtPlace(reader);
-}
-
 std::string faultName(const std::string& text) {
     return std::string(trim(text));
 }
@@ -95,6 +87,14 @@ double soundFactor(const SectionReader& reader, double value) {
 }
 
 }  // namespace
+
+int faceOf(const SectionReader& reader, const std::string& word) {
+    const std::string upper = toUpper(trim(word));
+    for (const FaceWord& known : FaceWords)
+        if (upper == known.word) return known.face;
+    both(consoleOf(reader), "ERROR :: FACE {} IS NONE OF X, X-, Y, Y-, Z, Z-, I, I-, J, J-, K, K-", word);
+    stopAtPlace(reader);
+}
 
 void readFaceMultiplier(SectionReader& reader, int face, GridModel& grid) {
     announce(reader, reader.keyword);

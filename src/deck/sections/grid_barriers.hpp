@@ -8,6 +8,9 @@ namespace kvr {
 // Keywords that weaken or strengthen connections by the faces of cells, MULTX .. MULTZ-, FAULTS, MULTFLT, and
 // the one that does so with pore volumes, MULTPV.
 
+/// The face (1..6) that a word names; any other stops.
+int faceOf(const SectionReader& reader, const std::string& word);
+
 /// One factor per cell for its connection through a face (1..6, low x .. high z).
 void readFaceMultiplier(SectionReader& reader, int face, GridModel& grid);
 

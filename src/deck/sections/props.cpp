@@ -4,6 +4,7 @@
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/source_copies.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "deck/sections/aquifer_rows.hpp"
 #include "deck/sections/component_rules.hpp"
 #include "deck/sections/end_point_arrays.hpp"
 #include "deck/sections/props_components.hpp"
@@ -282,6 +283,10 @@ void readStone1(SectionReader& reader, PropsRecords& records) {
     readStone2(reader, records);
 }
 
+void readAqutab(SectionReader& reader, PropsRecords& records) {
+    readInfluenceTable(reader, records.tables);
+}
+
 void skipRptprops(SectionReader& reader, PropsRecords&) {
     announce(reader, "RPTPROPS, skipped");
     announce(reader, "RPTPROPS, detailed information is below in this debug file");
@@ -320,6 +325,9 @@ constexpr std::array PropsKeywords = {
     KeywordRow<PropsRecords>{
         "GRAVITY", readGravity,
         "in place of `DENSITY`: gravity of oil in degrees API, of water to water, of gas to air"},
+    KeywordRow<PropsRecords>{
+        "AQUTAB", readAqutab,
+        "dimensionless time and pressure of an aquifer, the next table from number 2 on"},
     KeywordRow<PropsRecords>{"ROCK", readRock, "rock: reference pressure, compressibility"},
     KeywordRow<PropsRecords>{"TRACER", readTracer, "rows of tracer name and unit word"},
     KeywordRow<PropsRecords>{"RTEMP", readRtemp, "reservoir temperature"},

@@ -216,6 +216,11 @@ void readEndscale(SectionReader& reader, RunspecRecords& records) {
     records.tables.scaling.isSet = true;
 }
 
+void skipAqudims(SectionReader& reader, RunspecRecords&) {
+    announce(reader, reader.keyword);
+    skipKeywordData(reader);
+}
+
 void readWelldims(SectionReader& reader, RunspecRecords& records) {
     RunOptions& options = records.options;
     readSizes<2>(reader, {&options.maxWells, &options.maxConnPerWell});
@@ -272,6 +277,7 @@ constexpr std::array Keywords = {
     Row{"START", readStart, "day, month word and year of time zero"},
     Row{"TABDIMS", readTabdims, "saturation tables, PVT tables, rows of each"},
     Row{"EQLDIMS", readEqldims, "regions of equilibrium"},
+    Row{"AQUDIMS", skipAqudims, "accepted without effect: aquifers take what room they need"},
     Row{"ENDSCALE", readEndscale,
         "the saturation functions are scaled to end points by cell (`SWL` and its like in `PROPS`)"},
     Row{"NOSIM", readNosim, "the deck is read and checked, nothing is run; also in `SCHEDULE`"},

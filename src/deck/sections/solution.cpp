@@ -3,6 +3,7 @@
 #include "base/text.hpp"
 #include "deck/reading/keyword_table.hpp"
 #include "deck/reading/unit_copies.hpp"
+#include "deck/sections/aquifer_rows.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
 #include "deck/sections/component_rules.hpp"
 #include "fluid/black_oil.hpp"
@@ -315,6 +316,18 @@ void readRestart(SectionReader& reader, SolutionRecords& records) {
     checkRead(reader, readList(*reader.cursor, targets));
 }
 
+void readAqufetp(SectionReader& reader, SolutionRecords& records) {
+    readFetkovichAquifers(reader, records.aquifers);
+}
+
+void readAquct(SectionReader& reader, SolutionRecords& records) {
+    readCarterTracyAquifers(reader, records.aquifers);
+}
+
+void readAquancon(SectionReader& reader, SolutionRecords& records) {
+    readAquiferFaces(reader, records.grid, records.aquifers);
+}
+
 using Row = KeywordRow<SolutionRecords>;
 constexpr std::array Keywords = {
     Row{"RPTSOL", neglect<SolutionRecords>, "neglected"},
@@ -335,6 +348,16 @@ constexpr std::array Keywords = {
     Row{"NEI", readNei, "initial composition, the same in all cells"},
     Row{"ZMF", readZmf, "initial composition, one per cell"},
     Row{"RESTART", readRestart, "name and step of a restart"},
+    Row{"AQUFETP", readAqufetp,
+        "rows of a Fetkovich aquifer: number, datum depth, pressure there (left out: at rest), volume of "
+        "water, compressibility, productivity, PVT table"},
+    Row{"AQUCT", readAquct,
+        "rows of a Carter-Tracy aquifer: number, datum depth, pressure there (left out: at rest), "
+        "permeability, porosity, compressibility, inner radius, thickness, angle, PVT table, table of "
+        "`AQUTAB` (1: without an outer border)"},
+    Row{"AQUANCON", readAquancon,
+        "rows of an aquifer, I1, I2, J1, J2, K1, K2, a face, what its share goes by (left out: area), a "
+        "factor, and `YES` where faces to active cells count"},
 };
 // RUNSPEC is the required text of this section.
 constexpr IncludeTexts Texts{"ERROR: File handling error, code =", "Include file missing, RUNSPEC section",

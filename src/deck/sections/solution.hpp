@@ -1,5 +1,6 @@
 #pragma once
 
+#include "deck/aquifers.hpp"
 #include "deck/options.hpp"
 #include "deck/reading/section_reader.hpp"
 #include "fluid/initial_conditions.hpp"
@@ -14,6 +15,7 @@ struct SolutionRecords {
     const FluidTables& tables;
     const GridModel& grid;
     InitialConditions& initial;
+    GivenAquifers& aquifers;
 };
 
 /// Gives the arrays of the initial state their size, zero where nothing was read.

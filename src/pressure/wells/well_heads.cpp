@@ -132,7 +132,8 @@ double datumHead(const Well& well) {
 
 void WellHead(const GridModel& grid, const ConnectionTable& connections, const FluidTables& tables,
               const CellState& state, WellRecord& wells) {
-    for (Well& well : wells.wells) headOfWell(grid, connections, tables, state, well);
+    for (Well& well : wells.wells)
+        if (!well.aquifer) headOfWell(grid, connections, tables, state, well);
 }
 
 }  // namespace kvr

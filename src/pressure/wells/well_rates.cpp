@@ -115,6 +115,7 @@ bool flowsAt(const Well& well, double drawdown) {
 double reservoirCoefficient(const UnitSystem& units, const CellState& state,
                             const WellConnection& connection) {
     const CellId cell = connection.ConnCell;
+    if (connection.aquiferFlow > 0.0) return connection.aquiferFlow * state.Bw[cell];
     return connection.ConnWI * units.FlowUnit *
            (state.LambdaO[cell] + state.LambdaW[cell] + state.LambdaG[cell]);
 }
@@ -148,7 +149,8 @@ ConnectionCoefficients openCoefficients(const UnitSystem& units, const FluidTabl
         injectorTerms(tables, state, averagePressure, well, cell, c);
         return c;
     }
-    const auto terms = producedTerms<double>(flow, fluidAt(state, cell));
+    const ConnectionFluid<double> fluid = fluidAt(state, cell);
+    const auto terms = producedTerms<double>(well.aquifer ? c.reservoir / totalMobility(fluid) : flow, fluid);
     c.surfaceOil = terms.oil;
     c.surfaceWater = terms.water;
     c.surfaceGas = terms.gas;

@@ -23,7 +23,8 @@ double drawdown(const CellState& state, const Well& well, const WellConnection& 
 /// The well is open and would not flow back: an injector at 0 or above, a producer at 0 or below.
 bool flowsAt(const Well& well, double drawdown);
 
-/// What the connection lets through: WI * FlowUnit * total mobility of its cell, reservoir volume/day/psi.
+/// What the connection lets through: WI * FlowUnit * total mobility of its cell, reservoir volume/day/psi; of
+/// an aquifer its own flow, whatever the mobility.
 double reservoirCoefficient(const UnitSystem& units, const CellState& state,
                             const WellConnection& connection);
 
@@ -50,8 +51,8 @@ Number totalMobility(const ConnectionFluid<Number>& fluid) {
     return fluid.LambdaO + fluid.LambdaW + fluid.LambdaG;
 }
 /// Surface volumes a day and psi that a producing connection of WI * FlowUnit = flow takes.
-template <class Number>
-SurfaceVolumes<Number> producedTerms(double flow, const ConnectionFluid<Number>& fluid) {
+template <class Number, class Flow>
+SurfaceVolumes<Number> producedTerms(const Flow& flow, const ConnectionFluid<Number>& fluid) {
     const Number oil = flow * fluid.LambdaO / fluid.Bo;
     return {flow * fluid.LambdaW / fluid.Bw, oil, flow * fluid.LambdaG / fluid.Bg + fluid.Rs * oil};
 }

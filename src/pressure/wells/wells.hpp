@@ -28,6 +28,7 @@ struct WellConnection {
     double multiplier = 1.0;                          // of that factor
     double givenKh = -1.0;                            // md ft, of COMPDAT; not above 0: of the cell
     double ConnWI = 0.0;                              // rb cp/(day psi)
+    double aquiferFlow = 0.0;                         // of an aquifer: surface volume a day and psi
     double ConnHead = 0.0;                            // psi over Bhp
     double effectiveRadius = 1.0;                     // ft, report only
     double effectivePermeability = 0.0;               // md, report only
@@ -62,6 +63,7 @@ struct Well {
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
     double Bhp = 0.0;            // psia
     double BhpLimit = 0.0;       // psia
+    bool aquifer = false;        // no well, but what an aquifer gives or takes
     bool shut = false;           // status SHUT or STOP, or a rate target of 0
     bool holdsLimits = false;    // targets of the other phases are limits
     bool controlChosen = false;  // for the pass over the step that comes; see holdMostRestrictive
@@ -109,6 +111,10 @@ inline bool hasDatum(const Well& well) {
 }
 inline bool isInjector(const Well& well) {
     return well.WellKind == "inj";
+}
+/// Of the two wells of an aquifer each cell has one that flows; the other is none there.
+inline bool startsOrEndsLines(const Well& well, const WellConnection& connection) {
+    return !well.aquifer || connection.reservoirRate != 0.0;
 }
 /// Surface rate that the pressure solve aims at.
 inline double aimedRate(const Well& well) {

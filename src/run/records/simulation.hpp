@@ -4,6 +4,7 @@
 #include "base/messages.hpp"
 #include "base/units.hpp"
 #include "base/written_files.hpp"
+#include "deck/aquifers.hpp"
 #include "deck/options.hpp"
 #include "deck/schedule.hpp"
 #include "deck/summary_request.hpp"
@@ -21,6 +22,7 @@
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/pressure_work.hpp"
 #include "pressure/records/velocity_field.hpp"
+#include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/wells.hpp"
 #include "report/balance_record.hpp"
 #include "run/records/clock.hpp"
@@ -64,6 +66,7 @@ struct Simulation {
     ConnectionTable connections;
     FluidTables fluids;
     InitialConditions initial;
+    GivenAquifers givenAquifers;
 
     CellState state;           // present
     CellState timeLevel;       // start of the pressure step, for accumulation and step cuts
@@ -72,6 +75,7 @@ struct Simulation {
     PressureWork pressureWork;
     WellRecord wells;
     WellRecord timeLevelWells;
+    AquiferRecord aquifers;
     ComponentRun components;
     ImplicitWork implicit;
     VelocityField velocity;

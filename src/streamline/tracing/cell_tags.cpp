@@ -24,7 +24,8 @@ void rebuildCellTags(CellId cellCount, const WellRecord& wells, CellTags& tags) 
     for (const Well& well : wells.wells) {
         if (!marksItsCells(well)) continue;
         for (const WellConnection& connection : well.connections)
-            tags.CellTag[connection.ConnCell] = tagKindOf(well.WellKind);
+            if (startsOrEndsLines(well, connection))
+                tags.CellTag[connection.ConnCell] = tagKindOf(well.WellKind);
     }
 }
 

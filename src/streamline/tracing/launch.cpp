@@ -22,8 +22,9 @@ struct SideRates {
 };
 
 bool hasWellOfKind(const WellRecord& wells, std::string_view kind) {
-    return std::any_of(wells.wells.begin(), wells.wells.end(),
-                       [kind](const Well& well) { return well.WellKind == kind; });
+    return std::any_of(wells.wells.begin(), wells.wells.end(), [kind](const Well& well) {
+        return well.WellKind == kind && (!well.aquifer || well.reservoirRate != 0.0);
+    });
 }
 
 double completionRate(const WellConnection& connection) {
@@ -109,7 +110,7 @@ void tellOfNoLines(const Console& console, const Well& well, CellId cell) {
         " WARNING :: Zero SL Launched from Well : {:<8.8} Perfolation grid : {}";
     const std::string text = fmt::format(Format, well.WellName, cell);
     lineToLog(console, text);
-    if (!well.shut) noteWarning(console, Format, text);
+    if (!well.shut && !well.aquifer) noteWarning(console, Format, text);
 }
 
 long long countLaunchingSide(const Console& console, const WellRecord& wells,
@@ -125,7 +126,8 @@ long long countLaunchingSide(const Console& console, const WellRecord& wells,
             plan.counts[w][c] = faceCounts(launchFluxes(connections, velocity, tags, connection.ConnCell),
                                            completionRate(connection), ratePerLine, valid);
             lines += total(plan.counts[w][c]);
-            if (!valid) tellOfNoLines(console, well, connection.ConnCell);
+            if (!valid && startsOrEndsLines(well, connection))
+                tellOfNoLines(console, well, connection.ConnCell);
         }
     }
     return lines;

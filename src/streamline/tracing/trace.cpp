@@ -227,7 +227,8 @@ void buildTraceField(const RunOptions& options, const GridModel& grid, const Cel
     }
     for (std::size_t w = 0; w < wells.wells.size(); ++w)
         for (const WellConnection& connection : wells.wells[w].connections)
-            field.cells[static_cast<std::size_t>(connection.ConnCell)].lastWell = static_cast<int>(w) + 1;
+            if (startsOrEndsLines(wells.wells[w], connection))
+                field.cells[static_cast<std::size_t>(connection.ConnCell)].lastWell = static_cast<int>(w) + 1;
 }
 
 void releaseTraceField(TraceField& field) {

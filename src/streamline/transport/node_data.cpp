@@ -173,7 +173,7 @@ double injectedTracer(const WellRecord& wells, int number, const std::vector<std
 void clearWellCells(const WellRecord& wells, std::vector<NodeData>& nodes) {
     for (const Well& well : wells.wells)
         for (const WellConnection& connection : well.connections)
-            nodes[at(connection.ConnCell)].expansion = 0.0;
+            if (startsOrEndsLines(well, connection)) nodes[at(connection.ConnCell)].expansion = 0.0;
 }
 
 }  // namespace

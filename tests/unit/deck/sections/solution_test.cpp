@@ -13,6 +13,8 @@ struct SolutionBench : DeckBench {
     GridModel grid;
     InitialConditions initial;
 
+    GivenAquifers aquifers;
+
     explicit SolutionBench(std::string_view text, int cells = 3) : DeckBench(text, "SOLUTION") {
         units = fieldUnits();
         grid.NX = cells;
@@ -23,7 +25,7 @@ struct SolutionBench : DeckBench {
     }
     void read() {
         sizeInitialArrays(grid, initial);
-        SolutionRecords records{options, tables, grid, initial};
+        SolutionRecords records{options, tables, grid, initial, aquifers};
         readSolution(reader, records);
     }
 };
@@ -48,6 +50,44 @@ TEST(Solution, ConvertsMetricDepthsAndPressures) {
     bench.read();
     EXPECT_DOUBLE_EQ(bench.initial.regions[0].datumDepth, 328.084);
     EXPECT_DOUBLE_EQ(bench.initial.regions[0].datumPressure, 145.0377);
+}
+
+TEST(Solution, KeepsAnalyticAquifersAndTheirFaces) {
+    SolutionBench bench(
+        "AQUFETP\n 1 2000 1* 1E6 1E-4 5 /\n 2 2000 200 2E6 2E-4 6 /\n/\nAQUANCON\n"
+        " 1 3 3 1 1 1 1 'I+' /\n 2 1 9 1 1 1 1 'J-' /\n 2 1 3 1 1 1 1 J- 4 0.5 YES /\n/\n");
+    bench.units = metricUnits();
+    bench.read();
+    ASSERT_EQ(bench.aquifers.aquifers.size(), 2U);
+    const GivenAquifer& first = bench.aquifers.aquifers[0];
+    EXPECT_EQ(first.pressure, GivenAquifer::AtRest);
+    EXPECT_DOUBLE_EQ(first.datumDepth, 2000.0 * bench.units.length);
+    EXPECT_DOUBLE_EQ(first.compressibility, 1e-4 / bench.units.pressure);
+    EXPECT_DOUBLE_EQ(first.volume, 1e6 * bench.units.liquidRate);
+    EXPECT_DOUBLE_EQ(first.productivity, 5.0 * bench.units.liquidRate / bench.units.pressure);
+    EXPECT_DOUBLE_EQ(bench.aquifers.aquifers[1].pressure, 200.0 * bench.units.pressure);
+    ASSERT_EQ(bench.aquifers.faces.size(), 2U) << "the box that leaves the grid is skipped";
+    EXPECT_EQ(bench.aquifers.faces[0].face, 2);
+    EXPECT_FALSE(bench.aquifers.faces[0].inside);
+    EXPECT_EQ(bench.aquifers.faces[1].face, 3);
+    EXPECT_EQ(bench.aquifers.faces[1].coefficient, 4.0);
+    EXPECT_EQ(bench.aquifers.faces[1].multiplier, 0.5);
+    EXPECT_TRUE(bench.aquifers.faces[1].inside);
+}
+
+TEST(Solution, KeepsACarterTracyAquiferInPlaceOfAnEarlierOneOfItsNumber) {
+    SolutionBench bench(
+        "AQUFETP\n 1 2000 1* 1E6 1E-4 5 /\n/\nAQUCT\n 1 7000 3000 200 0.2 8E-6 2000 45 90 1 2 /\n/\n");
+    bench.read();
+    ASSERT_EQ(bench.aquifers.aquifers.size(), 1U);
+    const GivenAquifer& only = bench.aquifers.aquifers[0];
+    EXPECT_EQ(only.law, AquiferLaw::CarterTracy);
+    EXPECT_EQ(only.permeability, 200.0);
+    EXPECT_EQ(only.porosity, 0.2);
+    EXPECT_EQ(only.radius, 2000.0);
+    EXPECT_EQ(only.thickness, 45.0);
+    EXPECT_EQ(only.angle, 90.0);
+    EXPECT_EQ(only.influenceTable, 2);
 }
 
 TEST(Solution, ConvertsTheDepthTableOfSolutionGas) {
