@@ -49,6 +49,22 @@ TEST(ComponentTransport, PassesAFaceAsItIsTold) {
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(told.row.molesOf(i), before[i], 1e-13 * before[i]) << i;
 }
 
+TEST(ComponentTransport, MeansOfMobilitiesCoverTheStepInCellsBesideAndAwayFromAFlow) {
+    Stream stream(4);
+    stream.row.run.velocity.CellFaceFlux(2, 2) = stream.row.run.velocity.CellFaceFlux(3, 2) = 0.0;
+    const double idle = stream.row.stage.amounts.moles(4, 1);
+    const double moles = stream.row.molesOf(0);
+    stream.move(0.3 * stream.row.state.PoreVolume[1] / FaceFlow);
+    // One phase has the same mobility whatever the substeps.
+    for (CellId c = 1; c <= 4; ++c)
+        EXPECT_NEAR(stream.row.stage.mean.oil[c], stream.row.state.LambdaO[c],
+                    1e-12 * stream.row.state.LambdaO[c])
+            << c;
+    EXPECT_EQ(stream.row.stage.amounts.moles(4, 1), idle);
+    EXPECT_NEAR(stream.row.molesOf(0), moles, 1e-13 * moles);
+    EXPECT_LT(stream.row.stage.amounts.moles(1, 1), stream.row.stage.amounts.moles(2, 1));
+}
+
 TEST(ComponentTransport, LeavesAMakeUpThatIsToldForTheOtherDirection) {
     Stream told(3), own(3);
     told.tell(1, {0.5, 1.0, 1.25});
