@@ -76,6 +76,11 @@ BoxConnection boxConnection(const GridModel& grid, CellId i, CellId j, int axis,
     return c;
 }
 
+void connectFaceByBoxFormula(const GridModel& grid, ConnectionTable& connections, CellId cell, int face) {
+    storeConnection(grid, connections, cell, face);
+    storeHalfTrans(grid, connections, cell);
+}
+
 void connectByBoxFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;

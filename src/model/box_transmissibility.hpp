@@ -30,4 +30,8 @@ BoxConnection boxConnection(const GridModel& grid, CellId i, CellId j, int axis,
 /// end. Sets BulkVolume = DX*DY*DZ/volumeFactor of active cells.
 void connectByBoxFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor);
 
+/// Columns of one face (1..6) of an active cell, for a neighbour that it has got since; both ends are to be
+/// done.
+void connectFaceByBoxFormula(const GridModel& grid, ConnectionTable& connections, CellId cell, int face);
+
 }  // namespace kvr

@@ -10,6 +10,7 @@
 #include "model/multipliers.hpp"
 #include "model/neighbours.hpp"
 #include "model/nine_point.hpp"
+#include "model/pinch_outs.hpp"
 #include "model/smoothing.hpp"
 #include "model/upscaling.hpp"
 
@@ -113,14 +114,19 @@ void multiplyTransRows(const Console& console, const GridModel& grid, const std:
     }
 }
 
-/// Given pore volumes, and the cells that are too small by MINPV: behind the formulas, which form the bulk
-/// volumes. Pore volumes once per run, since PORO keeps the result.
-void settlePoreVolumes(const Console& console, bool isFirst, GridModel& grid, ConnectionTable& connections) {
+/// Given pore volumes, the cells that are too small by MINPV, and what lies above and below them: behind the
+/// formulas, which form the bulk volumes. Pore volumes once per run, since PORO keeps the result.
+void settlePoreVolumes(const Console& console, bool isFirst, bool cornerFormula, GridModel& grid,
+                       ConnectionTable& connections) {
     if (isFirst) takeGivenPoreVolumes(grid);
-    if (!(grid.leastPoreVolume > 0.0) && grid.given.poreVolume.empty()) return;
     const double least = grid.leastPoreVolume;
+    if (!(least > 0.0) && grid.given.poreVolume.empty() && !grid.pinch.isSet) return;
+    const CellArray<std::uint8_t> before = grid.Active;
     if (const CellId closed = closeSmallCells(grid, connections); closed > 0 && least > 0.0)
         both(console, "NOTE at GRID :: INACTIVE GRID (PORE VOLUME BELOW MINPV) :: {}", closed);
+    if (!grid.pinch.isSet || !grid.PinchedOut.empty()) return;
+    both(console, " Pairs of cells joined across pinch-outs: {}",
+         joinAcrossPinchOuts(cornerFormula, before, grid, connections));
 }
 
 /// Depths along the directions beyond the faces, which the formulas leave out.
@@ -226,7 +232,7 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
         connectByCornerFormula(grid, connections, units.VolumeFactor);
     else
         connectByBoxFormula(grid, connections, units.VolumeFactor);
-    settlePoreVolumes(console, isFirst, grid, connections);
+    settlePoreVolumes(console, isFirst, options.useNewtran, grid, connections);
     storeDiagonalDepths(grid, connections);
     // Only the fully implicit method lets the diagonals flow: faces that had given part of their flow to
     // them would leave the velocity field of the other methods short.

@@ -45,14 +45,12 @@ void storeHalf(const GridModel& grid, ConnectionTable& connections, CellId cell,
     connections.HalfTrans(cell, d) = open ? toFace[axis] * area * ki / distance2 * DarcyConstant : 0.0;
 }
 
-void joinHalves(ConnectionTable& connections, CellId cell) {
-    for (int d = 1; d <= FaceCount; ++d) {
-        const CellId n = connections.Neighbour(cell, d);
-        if (n == 0) continue;
-        const double own = connections.HalfTrans(cell, d);
-        const double other = connections.HalfTrans(n, oppositeFace(d));
-        connections.Trans(cell, d) = own == 0.0 || other == 0.0 ? 0.0 : 1.0 / (1.0 / own + 1.0 / other);
-    }
+void joinHalves(ConnectionTable& connections, CellId cell, int d) {
+    const CellId n = connections.Neighbour(cell, d);
+    if (n == 0) return;
+    const double own = connections.HalfTrans(cell, d);
+    const double other = connections.HalfTrans(n, oppositeFace(d));
+    connections.Trans(cell, d) = own == 0.0 || other == 0.0 ? 0.0 : 1.0 / (1.0 / own + 1.0 / other);
 }
 
 }  // namespace
@@ -70,6 +68,14 @@ bool isDisplaced(const GridModel& grid, CellId cell, CellId neighbour, int face)
     return meanLateralExtent(cornerOf(grid, cell, 1), face) < throwOfCentres;
 }
 
+void connectFaceByCornerFormula(const GridModel& grid, ConnectionTable& connections, CellId cell, int face) {
+    const CellId other = connections.Neighbour(cell, face);
+    storeHalf(grid, connections, cell, face);
+    storeHalf(grid, connections, other, oppositeFace(face));
+    joinHalves(connections, cell, face);
+    joinHalves(connections, other, oppositeFace(face));
+}
+
 void connectByCornerFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor) {
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell) {
         if (grid.Active[cell] == 0) continue;
@@ -77,7 +83,7 @@ void connectByCornerFormula(GridModel& grid, ConnectionTable& connections, doubl
         for (int d = 1; d <= FaceCount; ++d) storeHalf(grid, connections, cell, d);
     }
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
-        if (grid.Active[cell] != 0) joinHalves(connections, cell);
+        for (int d = 1; grid.Active[cell] != 0 && d <= FaceCount; ++d) joinHalves(connections, cell, d);
 }
 
 }  // namespace kvr

@@ -24,4 +24,7 @@ bool isDisplaced(const GridModel& grid, CellId cell, CellId neighbour, int face)
 /// required, and reaches HarmonicPerm only. Trans and HalfTrans are 0 on a connection with an inactive end.
 void connectByCornerFormula(GridModel& grid, ConnectionTable& connections, double volumeFactor);
 
+/// Columns of one face (1..6) of an active cell and of its neighbour there, which it has got since.
+void connectFaceByCornerFormula(const GridModel& grid, ConnectionTable& connections, CellId cell, int face);
+
 }  // namespace kvr

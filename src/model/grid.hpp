@@ -69,10 +69,18 @@ struct DualPorosity {
     CellArray<double> DZMTRX;  // ft, height of the blocks in matrix cells; empty: those of the cells
 };
 
-/// What the deck gives by cell in place of what geometry and rock say. Empty: nothing; below 0: not this cell.
+/// What the deck gives by cell in place of what geometry and rock say. Empty: nothing; below 0: not this
+/// cell.
 struct GivenByCell {
     CellArray<double> poreVolume;            // PORV, internal volume
     std::array<CellArray<double>, 3> trans;  // TRANX .. TRANZ to the upper neighbour, rb cp/(day psi)
+};
+
+/// PINCH: cells above and below what is pinched out are joined.
+struct Pinch {
+    bool isSet = false;
+    double thickness = 0.001;  // ft, of cells that count as pinched out
+    bool acrossSmall = true;   // those that MINPV closes count too, however thick they are
 };
 
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
@@ -111,6 +119,8 @@ struct GridModel {
     CellArray<double> MULTPV;  // of pore volumes; empty: 1
     GivenByCell given;
     double leastPoreVolume = 0.0;  // MINPV, internal volume: a cell with less takes no part in flow
+    Pinch pinch;
+    CellArray<std::uint8_t> PinchedOut;  // 1: the cells above and below are neighbours; empty: none is
     std::vector<FaultFaces> faultFaces;
     std::vector<FaultMultiplier> faultMultipliers;
     bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run

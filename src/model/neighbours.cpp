@@ -7,6 +7,8 @@ namespace kvr {
 
 namespace {
 
+constexpr int LowZ = 5, HighZ = 6;
+
 bool inside(int index, int count) {
     return index >= 1 && index <= count;
 }
@@ -28,9 +30,15 @@ CellId neighbourOf(const GridModel& grid, CellId cell, int direction) {
     const auto& offset = DirectionOffset[direction - 1];
     const int i = grid.CellI[cell] + offset[0];
     const int j = grid.CellJ[cell] + offset[1];
-    const int k = grid.CellK[cell] + offset[2];
+    int k = grid.CellK[cell] + offset[2];
     if (!inside(i, grid.NX) || !inside(j, grid.NY) || !inside(k, grid.NZ)) return 0;
-    const CellId found = cellIndex(grid, i, j, k);
+    CellId found = cellIndex(grid, i, j, k);
+    const bool mayJump = !grid.PinchedOut.empty() && (direction == LowZ || direction == HighZ);
+    while (mayJump && grid.PinchedOut[found] != 0) {
+        k += offset[2];
+        if (!inside(k, grid.NZ)) return 0;
+        found = cellIndex(grid, i, j, k);
+    }
     return isMatrixCell(grid, found) == isMatrixCell(grid, cell) ? found : 0;
 }
 

@@ -18,7 +18,7 @@ inline constexpr std::array<std::array<int, 3>, 26> DirectionOffset = {{
 }};
 
 /// The cell at the offset of direction 1..26 from a cell, 0 where the offset leaves the box, or
-/// its half with dual porosity. Active or not.
+/// its half with dual porosity. Active or not; up and down it is the first that is not pinched out.
 CellId neighbourOf(const GridModel& grid, CellId cell, int direction);
 
 /// Fills the first NDIR columns of Neighbour. An inactive cell has none; an inactive neighbour stays.

@@ -67,6 +67,21 @@ void readMinpv(SectionReader& reader, GridModel& grid) {
     copyRow(reader, {{value[0], volumeCopyFactor(*reader.units), {}}});
 }
 
+void readPinch(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    constexpr double AnyGap = 1e20;
+    double thickness = grid.pinch.thickness / reader.units->length, gap = AnyGap;
+    std::string small = "GAP", trans = "TOPBOT", multiplier = "TOP";
+    const std::array<ListTarget, 5> targets = {&thickness, &small, &gap, &trans, &multiplier};
+    checkRead(reader, readList(*reader.cursor, targets));
+    grid.pinch = {true, thickness * reader.units->length, toUpper(trim(small)) != "NOGAP"};
+    if (gap < AnyGap) warnHere(reader, "WARNING :: PINCH ITEM 3: CELLS ARE JOINED ACROSS ANY GAP");
+    if (toUpper(trim(trans)) != "TOPBOT" || toUpper(trim(multiplier)) != "TOP")
+        warnHere(reader, "WARNING :: PINCH ITEMS 4 AND 5: {} {} IS NOT KNOWN HERE, TOPBOT TOP IS TAKEN",
+                 trans, multiplier);
+}
+
 bool giveInOrder(const SectionReader& reader, const ArithmeticRow& row, GridModel& grid) {
     if (row.action != RowAction::Set || !(row.value >= 0.0)) return false;
     const std::string name = toUpper(trim(row.name));

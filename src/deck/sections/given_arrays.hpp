@@ -16,6 +16,8 @@ void readTrans(SectionReader& reader, int axis, GridModel& grid);
 
 /// MINPV, one value.
 void readMinpv(SectionReader& reader, GridModel& grid);
+/// PINCH: thickness, GAP or NOGAP; what other items ask for beyond their defaults is told.
+void readPinch(SectionReader& reader, GridModel& grid);
 
 /// A row of EQUALS that names one of the arrays; false for any other row.
 bool giveInOrder(const SectionReader& reader, const ArithmeticRow& row, GridModel& grid);

@@ -198,6 +198,10 @@ void readLeastPoreVolume(SectionReader& reader, GridRecords& records) {
     readMinpv(reader, records.grid);
 }
 
+void readPinchOuts(SectionReader& reader, GridRecords& records) {
+    readPinch(reader, records.grid);
+}
+
 void readFaultRows(SectionReader& reader, GridRecords& records) {
     readFaults(reader, records.grid);
 }
@@ -261,6 +265,9 @@ constexpr std::array Keywords = {
     Row{"OPERNUM", readNumbers<&GridModel::OPERNUM>, "another numbering for the same"},
     Row{"MULTPV", readMultpv, "of each cell, what its pore volume is multiplied by"},
     Row{"MINPV", readLeastPoreVolume, "pore volume below which a cell takes no part in flow"},
+    Row{"PINCH", readPinchOuts,
+        "thickness of inactive cells that are pinched out, `GAP` (cells that `MINPV` closes are, too) or "
+        "`NOGAP`: the cells above and below them are joined"},
     Row{"MULTX", readMultiplierOf<2>,
         "of each cell, what the connection to its neighbour at i + 1 is multiplied by"},
     Row{"MULTY", readMultiplierOf<4>, "the same at j + 1"},

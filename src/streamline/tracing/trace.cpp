@@ -130,7 +130,9 @@ CellId crossTo(const GridModel& grid, const TraceField& field, const NodeStep& s
     const CrossingInput in = crossingOf<Cube>(field, step.cell, step.entry, step.withFlow);
     const Crossing crossing = crossCell(in);
     if (crossing.exitFace == 0) return 0;
-    const CellId next = step.cell + field.stride[static_cast<std::size_t>(crossing.exitFace) - 1];
+    const CellId next = grid.PinchedOut.empty()
+                            ? step.cell + field.stride[static_cast<std::size_t>(crossing.exitFace) - 1]
+                            : neighbourOf(grid, step.cell, crossing.exitFace);
     const bool inside = next >= 1 && next <= field.cellCount;
     record.NodeLocalPoint[node] = crossing.point;
     record.NodeExitFace[node] = static_cast<std::uint8_t>(crossing.exitFace);
