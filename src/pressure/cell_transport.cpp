@@ -5,6 +5,7 @@
 #include "fluid/saturation_functions.hpp"
 #include "model/dual_porosity.hpp"
 #include "pressure/flow_order.hpp"
+#include "pressure/fraction_slopes.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/tracer_transport.hpp"
 
@@ -14,56 +15,6 @@
 namespace kvr {
 
 namespace {
-
-constexpr double MobilityGuard =
-    1e-20;                        // 1/cp, keeps the fractions finite in a cell that holds no mobile phase
-constexpr int SlopePoints = 200;  // over the saturation range when the steepest flux is looked for
-
-struct Viscosities {
-    double oil = 0.0, water = 0.0, gas = 0.0;
-};
-
-/// Over the cells that flow among each other: not over matrix, which passes nothing on.
-Viscosities meanViscosities(const GridModel& grid, const CellState& state) {
-    Viscosities mean;
-    int count = 0;
-    for (CellId c = matrixCells(grid) + 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        mean.oil += state.MuO[c];
-        mean.water += state.MuW[c];
-        mean.gas += state.MuG[c];
-        ++count;
-    }
-    if (count == 0) return {1.0, 1.0, 1.0};
-    return {mean.oil / count, mean.water / count, mean.gas / count};
-}
-
-/// Fraction of one phase in the flow of a region: water against oil, or gas against oil at connate water.
-double fractionAt(const FluidTables& tables, const SaturationTable& table, const Viscosities& mu, bool gas,
-                  double s) {
-    const double sw = gas ? table.ConnateSw : s;
-    const RelPerms kr = relPerms(table, tables.hasGas, sw, gas ? s : 0.0);
-    const double water = kr.w / mu.water, oil = kr.o / mu.oil, other = kr.g / mu.gas;
-    return (gas ? other : water) / (water + oil + other + MobilityGuard);
-}
-
-/// Steepest rise of the fractional flow with saturation, at least 1: how much faster than the fluid a
-/// saturation travels.
-double steepestFraction(const FluidTables& tables, const SaturationTable& table, const Viscosities& mu,
-                        bool gas) {
-    const double low = gas ? 0.0 : table.ConnateSw;
-    const double high = gas ? 1.0 - table.ConnateSw : 1.0;
-    const double step = (high - low) / SlopePoints;
-    if (!(step > 0.0)) return 1.0;
-    double steepest = 1.0;
-    double before = fractionAt(tables, table, mu, gas, low);
-    for (int k = 1; k <= SlopePoints; ++k) {
-        const double here = fractionAt(tables, table, mu, gas, low + k * step);
-        steepest = std::max(steepest, (here - before) / step);
-        before = here;
-    }
-    return steepest;
-}
 
 /// Saturations, Rs and Pb from the amounts. A cell whose amounts are no numbers keeps its state.
 void recoverCells(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
@@ -213,7 +164,7 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     const bool carries = tracers && s.state.tracer.width > 0;
     const CellArray<double> waterBefore = carries ? amounts.water : CellArray<double>{};
     TransportAccount account;
-    advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
+    advanceInOrder(dt, fractionSlopes(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
                    s.velocity.CellFaceFlux, s.wells, makeUp, buoyancyOf(s), s.state, amounts, account,
                    transferOf(s));
     s.pressure.deficit += account.deficit;
@@ -225,16 +176,6 @@ void transportAmounts(const MakeUp& makeUp, bool tracers, Simulation& s) {
     recoverCells(s.options, s.grid, s.fluids, amounts, s.state);
     refreshProperties(s.grid, s.fluids, s.state);
     measureCarried(s.grid, s.state, amounts, s.pressure.carried);
-}
-
-double steepestFractionalFlow(const GridModel& grid, const FluidTables& tables, const CellState& state) {
-    const Viscosities mu = meanViscosities(grid, state);
-    double steepest = 1.0;
-    for (const SaturationTable& table : tables.regions) {
-        steepest = std::max(steepest, steepestFraction(tables, table, mu, false));
-        if (tables.hasGas) steepest = std::max(steepest, steepestFraction(tables, table, mu, true));
-    }
-    return steepest;
 }
 
 }  // namespace kvr

@@ -27,8 +27,4 @@ MatrixTransfer transferOf(const Simulation& simulation);
 PhaseState stateOfAmounts(const RunOptions& options, const GridModel& grid, const FluidTables& tables,
                           const CellAmounts& amounts, const CellState& state, CellId cell);
 
-/// Steepest rise of a fractional flow with saturation over all regions at the mean viscosities of the cells
-/// that flow (fractures, not their matrix), at least 1: how much faster than the fluid a saturation travels.
-double steepestFractionalFlow(const GridModel& grid, const FluidTables& tables, const CellState& state);
-
 }  // namespace kvr

@@ -41,7 +41,7 @@ void forecastMobilities(double dt, Simulation& s) {
     CellAmounts amounts;
     measureWholeAmounts(s.grid, s.state, s.pressure.carried, amounts);
     TransportAccount account;
-    advanceInOrder(dt, steepestFractionalFlow(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
+    advanceInOrder(dt, fractionSlopes(s.grid, s.fluids, s.state), s.grid, s.connections, s.fluids,
                    s.velocity.CellFaceFlux, s.wells, {}, buoyancyOf(s), s.state, amounts, account,
                    transferOf(s));
     addExchange(dt, s.pressure.exchanged, amounts);

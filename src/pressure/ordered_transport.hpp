@@ -6,6 +6,7 @@
 #include "model/connections.hpp"
 #include "model/grid.hpp"
 #include "pressure/buoyant_flow.hpp"
+#include "pressure/fraction_slopes.hpp"
 #include "pressure/records/cell_state.hpp"
 #include "pressure/wells/wells.hpp"
 
@@ -62,9 +63,8 @@ struct TransportAccount {
 /// (BuoyantFlow). Cells that flow into each other in a ring are repeated until their flows stand still, or
 /// where the ring turns fast are one tank (RingPlan). A fracture cell with an exchange goes with its matrix
 /// as a pair of tanks (emptyPair), by its own mobilities alone, and into no tank of a ring. Injecting
-/// connections bring their ConnQ. `slope` is the steepest rise of a fractional flow, see
-/// steepestFractionalFlow. Factors and mobilities of `state` are to be fresh; it is not changed.
-void advanceInOrder(double dt, double slope, const GridModel& grid, const ConnectionTable& connections,
+/// connections bring their ConnQ. `slopes` are those of the fractional flow. Factors and mobilities of `state` are to be fresh; it is not changed.
+void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid, const ConnectionTable& connections,
                     const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
                     const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
                     CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer = {});

@@ -22,6 +22,7 @@
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kvr {
@@ -37,6 +38,10 @@ constexpr double HopelessStep = 1e-4;     // days; a run whose steps are all cut
 constexpr int MostHopelessSteps = 100;    // ... so many times in a row would never end
 
 constexpr double HandedOnResidual = 1e-6;  // of the volume balance, where the next step takes up what is left
+
+// What the first solve of a step leaves of its equations, of what the change of properties left behind that
+// of the step before (Dembo, Eisenstat and Steihaug 1982), at the most of their start.
+constexpr double FirstShare = 0.1, LoosestSolve = 1e-2;
 
 constexpr int FreeSides = 4;            // iterations in which phases may change sides freely
 constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from the other side
@@ -280,6 +285,14 @@ Verdict judge(const Simulation& s, const Progress& progress, double before) {
     return failed || !(DIFFP < DivergedDeltaP) ? Verdict::Cut : Verdict::GoOn;
 }
 
+/// To what share of the start a first solve goes. What comes behind it is solved whole. Beside gas the first
+/// solve decides more than pressures.
+double firstTolerance(const Simulation& s) {
+    if (!handsOn(s.options)) return SolverTolerance;
+    if (s.fluids.hasGas) return HandedOnResidual;
+    return std::clamp(FirstShare * s.pressure.leftByFirst, HandedOnResidual, LoosestSolve);
+}
+
 /// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.
 Verdict iterate(Simulation& s, Progress& progress) {
     PressureWork& work = s.pressureWork;
@@ -287,10 +300,16 @@ Verdict iterate(Simulation& s, Progress& progress) {
     if (it == 0) {
         assemble(!carriesAmounts(s.options), Upstream::Found, s);
         work.matrix.system.reference = euclideanNorm(work.matrix.system.rhs);
-        work.matrix.system.tolerance = handsOn(s.options) ? HandedOnResidual : SolverTolerance;
-    } else if (assembleNext(progress, s)) {
-        settleRateWells(work.matrix, s.wells);
-        return Verdict::Converged;
+        work.matrix.system.tolerance = firstTolerance(s);
+    } else {
+        const bool done = assembleNext(progress, s);
+        if (it == 1)
+            s.pressure.leftByFirst = euclideanNorm(work.matrix.system.rhs) / work.matrix.system.reference;
+        if (done) {
+            settleRateWells(work.matrix, s.wells);
+            return Verdict::Converged;
+        }
+        if (handsOn(s.options)) work.matrix.system.tolerance = HandedOnResidual;
     }
     solvePressure(s.console, s.options, s.outputs, s.clock.time, work.matrix.system, work.solver, it);
     solveMatrixCells(s.grid, s.connections, work.matrix, work.solver.solution);

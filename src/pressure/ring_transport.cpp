@@ -99,7 +99,7 @@ void passMixed(std::span<const CellId> cells, Walk& walk, std::span<ConservedAmo
     TankOutflow outflow;
     for (BuoyantFlow& face : walk.buoyant) face.followed = 0.0;
     if (fluid.poreVolume > 0.0)
-        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start, walk.buoyant);
+        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slopes, start, walk.buoyant);
     outflow.apart = outflow.own;
     outflow.followed = 0.0;
     deficit = outflow.deficit;

@@ -11,6 +11,7 @@ namespace kvr {
 namespace {
 
 constexpr double Courant = 0.8;            // of a substep: below 1 no component is overdrawn by its own flow
+constexpr double LeastSlope = 1.0;         // of a fractional flow, that substeps go by
 constexpr double MobileShare = 0.4;        // of what is mobile that a substep takes by gravity ...
 constexpr double LeastPart = 1e-3;         // ... of a substep without it, at the least
 constexpr double Rounding = 1e-9;          // of what is held: to lose no more than that is to keep it
@@ -48,11 +49,50 @@ ConservedAmounts lossOf(const ConservedAmounts& before, const ConservedAmounts& 
             (before.gas - behind.gas) / days};
 }
 
-/// Length of a substep: even parts of the step.
-double substepOf(const TankFluid& fluid, const TankFlows& flows, double inflowVolume, double dt,
-                 double slope) {
-    const double through = std::max(inflowVolume, flows.rest + flows.asked);
+/// Reservoir volume a day that goes through a tank.
+double throughflow(const TankFlows& flows, double inflowVolume) {
+    return std::max(inflowVolume, flows.rest + flows.asked);
+}
+
+/// Even parts of `days`, of at most `longest` each.
+double evenPart(double longest, double days) {
+    return days / std::max(1.0, std::ceil(days / longest));
+}
+
+/// Length of a substep by the steepest rise of all: even parts of the step.
+double substepOf(const TankFluid& fluid, double through, double dt, double slope) {
     return dt / std::max(1.0, std::ceil(dt * through * slope / (Courant * fluid.poreVolume)));
+}
+
+/// What bounds the substeps of a tank by the saturations that they lead through.
+struct LocalSlopes {
+    const RegionSlopes* region = nullptr;  // none: the steepest rise holds
+    double through = 0.0;                  // reservoir volume a day
+    double pull = 0.0;                     // sum of |pull| * flow, cp volume a day
+    double steepest = 0.0;                 // bound of what gravity makes of them, volume a day
+};
+
+LocalSlopes localSlopes(const FractionSlopes& slopes, const FluidTables& tables, const TankFluid& fluid,
+                        double through, double steepest, std::span<const BuoyantFlow> buoyant) {
+    const bool served = tables.RegionTableCell.empty() || tables.RegionTableCell[fluid.cell] != 0;
+    if (slopes.regions.empty() || !served) return {};
+    LocalSlopes local{&slopes.regions[static_cast<std::size_t>(fluid.region) - 1], through, 0.0, steepest};
+    for (const BuoyantFlow& face : buoyant) local.pull += std::abs(face.pull) * face.flow;
+    return local;
+}
+
+/// Rise of what leaves with saturation between two of them, volume a day.
+double riseBetween(const LocalSlopes& slopes, double a, double b) {
+    const SlopeRange range = steepestBetween(*slopes.region, a, b);
+    const double rise = slopes.through * std::max(LeastSlope, range.flow) + slopes.pull * range.exchange;
+    return std::min(rise, slopes.steepest);
+}
+
+/// Length of a substep from Sw at which water comes in the place of oil by `gain` pore volumes a day.
+double localSubstep(const LocalSlopes& slopes, const TankFluid& fluid, double Sw, double gain, double left) {
+    const double volume = Courant * fluid.poreVolume;
+    const double first = std::min(left, volume / riseBetween(slopes, Sw, Sw));
+    return evenPart(volume / riseBetween(slopes, Sw, Sw + first * gain), left);
 }
 
 /// The immobile parts in the volume that is held. A step of compression leaves it apart from the pore volume
@@ -157,6 +197,27 @@ OwnExchange turnedAt(const FluidTables& tables, const TankFluid& fluid, const Ph
 /// Middle of a substep that starts `elapsed` days into the step, from the middle of the step, in its length.
 double fromMiddle(double elapsed, double length, double dt) {
     return (elapsed + 0.5 * length) / dt - 0.5;
+}
+
+/// Water that stays of the flows of a tank, volume a day; `follow`: known make-ups are followed.
+double waterGain(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
+                 const ConservedAmounts& own, const OwnExchange& turned, bool follow) {
+    const double apart = follow ? request.water : flows.asked * own.water + turned.asked.water;
+    return fluid.factors.Bw * (flows.inflow.water - flows.rest * own.water - turned.rest.water - apart);
+}
+
+/// Share of what leaves at the end of a substep in its mean, the rest is of its start. Where the flow of a
+/// component out of a tank rises in line with what it holds, by `rise` of what it gains at the start over
+/// the substep, that is that of the exponential: (1 - (1 - exp(-z)) / z) / z.
+double weightOfEnd(double rise) {
+    // No number where nothing is gained. Up to 1 the series errs by less than 2e-4.
+    const double z = rise > 0.0 ? std::min(rise, 1.0) : 0.0;
+    return 1.0 / 2.0 - z * (1.0 / 6.0 - z * (1.0 / 24.0 - z * (1.0 / 120.0 - z / 720.0)));
+}
+
+ConservedAmounts between(const ConservedAmounts& a, const ConservedAmounts& b, double weight) {
+    return {a.water + weight * (b.water - a.water), a.oil + weight * (b.oil - a.oil),
+            a.gas + weight * (b.gas - a.gas)};
 }
 
 bool isStill(const PhaseState& before, const PhaseState& now) {
@@ -277,7 +338,8 @@ ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, co
 }
 
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
-                      double slope, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant) {
+                      const FractionSlopes& slopes, const ConservedAmounts& start,
+                      std::span<BuoyantFlow> buoyant) {
     TankOutflow out;
     const SaturationTable& table = regionTable(tables, fluid.region);
     const ConservedAmounts floor = floorOf(tables, table, fluid, start);
@@ -295,7 +357,10 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         if (flows.asked <= 0.0) return out;
         if (staysAbove(moved(start, dt, flows.inflow, 1.0, request), floor)) return out;
     }
-    const double h = substepOf(fluid, flows, inVolume, dt, buoyant.empty() ? slope : BuoyantSlope * slope);
+    const double through = throughflow(flows, inVolume);
+    const double steepest = buoyant.empty() ? slopes.steepest : BuoyantSlope * slopes.steepest;
+    const double h = substepOf(fluid, through, dt, steepest);
+    const LocalSlopes local = localSlopes(slopes, tables, fluid, through, through * steepest, buoyant);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;
     state = tankState(tables, table, fluid, held);
@@ -305,23 +370,31 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         const double elapsed = dt - left;
         double length = std::min(h, left);
         const bool steady = ++count > MostSubsteps && inVolume > 0.0;
-        if (steady) length = left;
         ConservedAmounts own;
-        OwnExchange turned;
+        OwnExchange turned, turnedThen;
+        double weight = 0.0;  // of the substep's end in the mean of what leaves
         if (steady) {
+            length = left;
             own = perVolume(flows.inflow, inVolume);
         } else {
             const std::array<double, 3> mobility = mobilityAt(tables, fluid, state);
             own = makeUpOf(fluid, state, tables.hasGas, mobility);
             turned = turnedAt(tables, fluid, state, mobility, buoyant);
+            if (local.region != nullptr) {
+                const double gain =
+                    waterGain(fluid, flows, request, own, turned, flows.asked > 0.0) / fluid.poreVolume;
+                length = localSubstep(local, fluid, state.Sw, gain, left);
+            }
         }
         const auto after = [&](double time, bool follow) {
             ConservedAmounts inflow = flows.inflow;
             if (tilt != 0.0) exchange(fluid, tilt * fromMiddle(elapsed, time, dt), 0.0, inflow);
             const ConservedAmounts net = moved(held, time, inflow, flows.rest, own);
-            const ConservedAmounts rest = moved(net, time, {}, 1.0, turned.rest);
+            const ConservedAmounts rest =
+                moved(net, time, {}, 1.0, between(turned.rest, turnedThen.rest, weight));
             if (follow) return moved(rest, time, {}, 1.0, request);
-            return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0, turned.asked);
+            return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0,
+                         between(turned.asked, turnedThen.asked, weight));
         };
         const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
         ConservedAmounts kept = follow ? floor : ConservedAmounts{};
@@ -332,15 +405,21 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         }
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = tankState(tables, table, fluid, next);
-        if (length < left && tilt == 0.0 && isStill(state, nextState) &&
-            staysAbove(after(left, follow), kept)) {
-            length = left;
-            next = after(left, follow);
+        if (local.region != nullptr && !steady && !isStill(state, nextState)) {
+            const std::array<double, 3> mobility = mobilityAt(tables, fluid, nextState);
+            const ConservedAmounts ownThen = makeUpOf(fluid, nextState, false, mobility);
+            turnedThen = turnedAt(tables, fluid, nextState, mobility, buoyant);
+            const double gain = waterGain(fluid, flows, request, own, turned, follow);
+            weight = weightOfEnd(1.0 - waterGain(fluid, flows, request, ownThen, turnedThen, follow) / gain);
+            own = between(own, ownThen, weight);
+            next = after(length, follow);
+            nextState = tankState(tables, table, fluid, next);
         }
         add(length / dt, own, out.own);
         const double moment = tables.hasGas ? 0.0 : 12.0 * length / dt * fromMiddle(elapsed, length, dt);
         out.tilt += moment * fluid.factors.Bw * own.water;
-        addMeans(length / dt, moment, follow, turned, buoyant);
+        addMeans((1.0 - weight) * length / dt, (1.0 - weight) * moment, follow, turned, buoyant);
+        if (weight > 0.0) addMeans(weight * length / dt, weight * moment, follow, turnedThen, buoyant);
         if (follow)
             out.followed += length / dt;
         else

@@ -4,6 +4,7 @@
 #include "fluid/state_recovery.hpp"
 #include "fluid/tables.hpp"
 #include "pressure/buoyant_flow.hpp"
+#include "pressure/fraction_slopes.hpp"
 
 #include <array>
 #include <span>
@@ -111,10 +112,11 @@ void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const Con
                        TankOutflow& out);
 
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
-/// by the flow through the pore volume times `slope`, the steepest rise of a fractional flow; a tank whose
-/// composition stands still takes the rest of the step at once. `buoyant`: those of the flows on which
+/// by the flow through the pore volume times the rise of the fractional flow over the saturations that they
+/// lead through, or the steepest where regions have none; a tank whose composition stands still takes the
+/// rest of the step at once. `buoyant`: those of the flows on which
 /// gravity acts, of water and oil alone; what it makes of them is written there.
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
-                      double slope, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant = {});
+                      const FractionSlopes& slopes, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant = {});
 
 }  // namespace kvr

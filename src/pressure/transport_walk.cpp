@@ -284,7 +284,7 @@ ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk
     if (paired)
         outflow = emptyWithMatrix(cell, flows, start, walk);
     else if (walk.state.PoreVolume[cell] > 0.0)
-        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slope, start, walk.buoyant);
+        outflow = emptyTank(walk.tables, fluid, flows, walk.dt, walk.slopes, start, walk.buoyant);
     deficit = outflow.deficit;
     std::size_t buoyant = 0;
     const ConservedAmounts out = share(cell, trust, fluid, outflow, buoyant, walk);

@@ -20,7 +20,8 @@ struct Outlet {
 
 /// Everything that the walk of advanceInOrder reads and writes.
 struct Walk {
-    double dt = 0.0, slope = 1.0;
+    double dt = 0.0;
+    const FractionSlopes& slopes;
     const GridModel& grid;
     const ConnectionTable& connections;
     const FluidTables& tables;

@@ -85,6 +85,7 @@ struct PressureStage {
     CellArray<std::uint8_t> gasCells;   // with free gas when it began; empty in runs without a gas phase
     CellAmounts exchanged;  // a day, what gravity and capillarity brought into cells in the step before
     double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
+    double leftByFirst = 0.0;      // share of a step's equations that its first solve left
     bool failed = false;           // set by PressureStep under step control: no pressure was found
     bool stepCut = false;          // set by PressureStep: it shortened the step
     int hopelessSteps = 0;         // steps in a row that were cut to next to nothing

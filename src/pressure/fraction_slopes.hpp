@@ -1,0 +1,36 @@
+#pragma once
+
+#include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
+
+#include <array>
+#include <vector>
+
+namespace kvr {
+
+/// Steepness of the fractional flow of water against oil in equal bins of water saturation.
+struct RegionSlopes {
+    static constexpr int Bins = 64;
+    double low = 0.0, binsPerSaturation = 0.0;  // 0: the range is empty
+    std::array<double, Bins> flow{};            // largest d fw/d Sw of each bin
+    std::array<double, Bins> exchange{};        // largest |d(lw lo/(lw + lo))/d Sw|, 1/cp
+};
+
+/// How much faster than the fluid a saturation travels.
+struct FractionSlopes {
+    double steepest = 1.0;              // rise of a fractional flow, over all regions
+    std::vector<RegionSlopes> regions;  // by number - 1; empty: the steepest holds everywhere
+};
+
+/// Largest slopes between two saturations.
+struct SlopeRange {
+    double flow = 0.0, exchange = 0.0;
+};
+SlopeRange steepestBetween(const RegionSlopes& slopes, double a, double b);
+
+/// Slopes at the mean viscosities of the cells that flow (fractures, not their matrix). The steepest is at
+/// least 1; bins are there where no gas is.
+FractionSlopes fractionSlopes(const GridModel& grid, const FluidTables& tables, const CellState& state);
+
+}  // namespace kvr
