@@ -12,6 +12,7 @@
 #include "pressure/properties.hpp"
 #include "pressure/rs_limit.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/group_targets.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"

@@ -16,6 +16,7 @@
 #include "pressure/rs_limit.hpp"
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/group_targets.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"

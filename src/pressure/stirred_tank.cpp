@@ -406,14 +406,21 @@ TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const T
         ConservedAmounts next = after(length, follow);
         PhaseState nextState = tankState(tables, table, fluid, next);
         if (local.region != nullptr && !steady && !isStill(state, nextState)) {
+            const ConservedAmounts ownNow = own, nextByStart = next;
             const std::array<double, 3> mobility = mobilityAt(tables, fluid, nextState);
             const ConservedAmounts ownThen = makeUpOf(fluid, nextState, false, mobility);
             turnedThen = turnedAt(tables, fluid, nextState, mobility, buoyant);
             const double gain = waterGain(fluid, flows, request, own, turned, follow);
             weight = weightOfEnd(1.0 - waterGain(fluid, flows, request, ownThen, turnedThen, follow) / gain);
-            own = between(own, ownThen, weight);
+            own = between(ownNow, ownThen, weight);
             next = after(length, follow);
-            nextState = tankState(tables, table, fluid, next);
+            if (!staysAbove(next, kept)) {  // where gravity asks for more with what the flow has brought
+                weight = 0.0;
+                own = ownNow;
+                next = nextByStart;
+            } else {
+                nextState = tankState(tables, table, fluid, next);
+            }
         }
         add(length / dt, own, out.own);
         const double moment = tables.hasGas ? 0.0 : 12.0 * length / dt * fromMiddle(elapsed, length, dt);

@@ -10,6 +10,7 @@
 #include "eclipse/summary_reader.hpp"
 #include "matching/adjoint_rows.hpp"
 #include "optimization/rate_optimization.hpp"
+#include "pressure/wells/aquifers.hpp"
 #include "report/co2_stores.hpp"
 #include "report/material_balance.hpp"
 #include "report/region_balance.hpp"

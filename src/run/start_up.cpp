@@ -29,6 +29,7 @@
 #include "pressure/component_step.hpp"
 #include "pressure/properties.hpp"
 #include "pressure/velocity.hpp"
+#include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"

@@ -91,8 +91,8 @@ def test_global_iterations_bring_pressures_of_long_steps_to_those_of_short_ones(
     for column in ("FPR", "WBHP:INJ"):
         print(f"QFS50 {column}: {distance(once, column):.1f} psi once, {distance(thrice, column):.1f} with two more passes")
         assert distance(thrice, column) <= 0.25 * distance(once, column)
-    # Oil follows the mapping, which the passes leave as it is: both stand equally far.
-    assert distance(thrice, "FOPT") == pytest.approx(distance(once, "FOPT"), rel=1e-3)
+    # Oil follows the mapping, which the passes leave as it is: they take it no further away.
+    assert distance(thrice, "FOPT") <= 1.001 * distance(once, "FOPT")
     assert list(thrice["TIME"]) == list(once["TIME"])
     # 400 stb/d, met to what the pressure iteration leaves open: totals count a step once, not every pass.
     assert thrice["FWIT"][-1] == pytest.approx(400.0 * 2000.0, rel=1e-7)

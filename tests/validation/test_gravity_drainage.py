@@ -162,7 +162,8 @@ def test_the_fully_implicit_column_converges_in_the_step(tmp_path):
 @pytest.mark.parametrize("rate", [200, 1000])
 def test_residual_oil_stays_in_a_column_that_water_fills(rate, deck, method, way, tmp_path):
     more = "SL1DCON\n7* Yes /" if way == "behind it" else ""
-    most, oil = risen(tmp_path / "run", deck, rate, method, more=more)
+    # An exchange behind the transport is of first order: half the step of the others for the same limit.
+    most, oil = risen(tmp_path / "run", deck, rate, method, "16*25" if more else "8*50", more)
     _, reference = risen(tmp_path / "short", deck, rate, "FIM", "80*5")
     print(f"{rate} stb/d, {method}, gravity {way}: most water {most:.4f}, oil {oil:.0f}, fully implicit {reference:.0f} stb")
     assert most <= 1.0 - RESIDUAL_OIL + 0.002

@@ -6,30 +6,12 @@
 #include "fluid/tables.hpp"
 #include "model/grid.hpp"
 #include "pressure/records/cell_state.hpp"
+#include "pressure/wells/aquifer_record.hpp"
 #include "pressure/wells/wells.hpp"
 
 #include <vector>
 
 namespace kvr {
-
-/// A cell that an aquifer gives water to, and its part of it.
-struct AquiferCell {
-    CellId cell = 0;
-    double share = 0.0;
-};
-
-/// An analytic aquifer in a run, internal units.
-struct Aquifer {
-    GivenAquifer given;
-    double initialPressure = 0.0;  // psia at its datum
-    double density = 0.0;          // lb/ft3, of its water
-    double timeUnit = 0.0;         // Carter and Tracy: days of a dimensionless time of 1
-    double influx = 0.0;           // ... and surface volume per psi
-    InfluenceTable influence;      // ... and dimensionless pressures
-    std::vector<AquiferCell> cells;
-    double time = 0.0;  // days since the start
-    double gave = 0.0;  // surface volume so far
-};
 
 /// How an aquifer gives over a step, linear in the pressure of the cells:
 ///   rate into cell i = share_i flow (pressure + density (depth_i - datum depth)/144 - p_i)
@@ -58,14 +40,6 @@ Influence influenceAt(const InfluenceTable& table, double time);
 /// The dimensionless pressure of a circle without an outer border at constant rate, van Everdingen and Hurst
 /// (1949).
 InfluenceTable unboundedInfluence();
-
-/// The analytic aquifers of a run. To the stages of a step they are wells behind those of the deck, one that
-/// gives and one that takes each: at a pressure of their own, with `flow` for what connections let through.
-/// Between steps these wells stand here, and nobody else knows of them.
-struct AquiferRecord {
-    std::vector<Aquifer> aquifers;
-    std::vector<Well> wells;
-};
 
 /// Cells, pressures and constants of the aquifers of the deck. What keeps one from flowing is told.
 AquiferRecord startAquifers(const Console& console, const UnitSystem& units, const GridModel& grid,

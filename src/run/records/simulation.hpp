@@ -22,7 +22,7 @@
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/pressure_work.hpp"
 #include "pressure/records/velocity_field.hpp"
-#include "pressure/wells/aquifers.hpp"
+#include "pressure/wells/aquifer_record.hpp"
 #include "pressure/wells/wells.hpp"
 #include "report/balance_record.hpp"
 #include "run/records/clock.hpp"
