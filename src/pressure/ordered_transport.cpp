@@ -15,14 +15,15 @@ constexpr int Axes = 3;
 
 }  // namespace
 
-void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid, const ConnectionTable& connections,
-                    const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
-                    const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
-                    CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer) {
+void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid,
+                    const ConnectionTable& connections, const FluidTables& tables,
+                    const DirectionArray<double>& flux, const WellRecord& wells, const MakeUp& makeUp,
+                    const Buoyancy& buoyancy, const CellState& state, CellAmounts& amounts,
+                    TransportAccount& account, const MatrixTransfer& transfer) {
     FlowOrder order;
     orderByFlow(grid, connections, flux, order);
     Walk walk{dt, slopes, grid, connections, tables, flux,    wells,   makeUp, buoyancy, state, transfer,
-              {}, {},    {},   {},          {},     amounts, account, {},     0,        {}};
+              {}, {},     {},   {},          {},     amounts, account, {},     0,        {}};
     walk.passed.assign(grid.NCELLS, Axes, {});
     walk.tilt.assign(grid.NCELLS, Axes, 0.0);
     account.deficit = 0.0;

@@ -63,10 +63,12 @@ struct TransportAccount {
 /// (BuoyantFlow). Cells that flow into each other in a ring are repeated until their flows stand still, or
 /// where the ring turns fast are one tank (RingPlan). A fracture cell with an exchange goes with its matrix
 /// as a pair of tanks (emptyPair), by its own mobilities alone, and into no tank of a ring. Injecting
-/// connections bring their ConnQ. `slopes` are those of the fractional flow. Factors and mobilities of `state` are to be fresh; it is not changed.
-void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid, const ConnectionTable& connections,
-                    const FluidTables& tables, const DirectionArray<double>& flux, const WellRecord& wells,
-                    const MakeUp& makeUp, const Buoyancy& buoyancy, const CellState& state,
-                    CellAmounts& amounts, TransportAccount& account, const MatrixTransfer& transfer = {});
+/// connections bring their ConnQ. `slopes` are those of the fractional flow. Factors and mobilities of
+/// `state` are to be fresh; it is not changed.
+void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid,
+                    const ConnectionTable& connections, const FluidTables& tables,
+                    const DirectionArray<double>& flux, const WellRecord& wells, const MakeUp& makeUp,
+                    const Buoyancy& buoyancy, const CellState& state, CellAmounts& amounts,
+                    TransportAccount& account, const MatrixTransfer& transfer = {});
 
 }  // namespace kvr

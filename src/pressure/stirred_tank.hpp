@@ -117,6 +117,7 @@ void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const Con
 /// rest of the step at once. `buoyant`: those of the flows on which
 /// gravity acts, of water and oil alone; what it makes of them is written there.
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
-                      const FractionSlopes& slopes, const ConservedAmounts& start, std::span<BuoyantFlow> buoyant = {});
+                      const FractionSlopes& slopes, const ConservedAmounts& start,
+                      std::span<BuoyantFlow> buoyant = {});
 
 }  // namespace kvr

@@ -20,9 +20,9 @@ enum class ItemUnit {
     Temperature,
     PerPressure,   // compressibilities
     Productivity,  // liquid rate per pressure; a liquid volume has the unit of a rate
-    Injected,    // rate of the fluid in item 2
-    Target,      // of the word in item 2
-    WellControl  // of WELSPEC: of the type in item 8 and the control in item 10
+    Injected,      // rate of the fluid in item 2
+    Target,        // of the word in item 2
+    WellControl    // of WELSPEC: of the type in item 8 and the control in item 10
 };
 
 /// What a number in units of the deck is in the other system's: `value * factor` but for temperatures.

@@ -1,8 +1,7 @@
 #include "deck/sections/schedule_wells.hpp"
 
-#include "fluid/black_oil.hpp"
-
 #include "base/constants.hpp"
+#include "fluid/black_oil.hpp"
 #include "fluid/table_checks.hpp"
 #include "unit/deck/sections/schedule_bench.hpp"
 #include "unit/fluid/table_samples.hpp"
