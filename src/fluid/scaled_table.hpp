@@ -19,11 +19,11 @@ std::string_view endPointFault(const EndPoints& points, bool hasWater, bool hasG
 ///   krw    SWCR, [1 - SOWCR - SGL,] SWU         krow   by Sw = 1 - So: SWL + SGL, [SWCR + SGL,] 1 - SOWCR
 ///   krg    SGCR, [1 - SOGCR - SWL,] SGU         krog   by Sg = 1 - SWL - So: SGL, [SGCR,] 1 - SOGCR - SWL
 ///   Pcow   SWL, SWU                             Pcog   SGL, SGU
-/// those in brackets with `threePoint`; a stretch that scaling leaves no width is left out. Values are multiplied by
-/// the ratio of the greatest ones. Where the value R at a point in brackets is given (KRWR, KRORW, KRGR,
-/// KRORG), values up to the horizontally scaled one there, r, are multiplied by R/r, and those beyond go
-/// straight from r..greatest to R..greatest, by saturation where both ends of the former are one. Lines stay
-/// lines: the result has rows wherever one of its functions bends, and is exact in between.
+/// those in brackets with `threePoint`; a stretch that scaling leaves no width is left out. Values are
+/// multiplied by the ratio of the greatest ones. Where the value R at a point in brackets is given (KRWR,
+/// KRORW, KRGR, KRORG), values up to the horizontally scaled one there, r, are multiplied by R/r, and those
+/// beyond go straight from r..greatest to R..greatest, by saturation where both ends of the former are one.
+/// Lines stay lines: the result has rows wherever one of its functions bends, and is exact in between.
 SaturationTable scaledTable(const SaturationTable& table, const EndPoints& from, const EndPoints& to,
                             bool threePoint, bool hasGas);
 

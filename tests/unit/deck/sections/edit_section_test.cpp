@@ -50,8 +50,9 @@ TEST(EditSection, TakesPoreVolumesAndTransmissibilitiesInTheUnitsOfTheDeck) {
 }
 
 TEST(EditSection, SetsAndMultipliesThemOverABox) {
-    GridBench bench(1, 1, 3, "EQUALS\nPORV 500 1 1 1 1 2 3 /\nTRANZ 4 1 1 1 1 1 1 /\nPERMX 3 /\n/\n"
-                             "MULTIPLY\nPORV 2 1 1 1 1 3 3 /\nTRANZ 0.5 1 1 1 1 1 1 /\n/\n",
+    GridBench bench(1, 1, 3,
+                    "EQUALS\nPORV 500 1 1 1 1 2 3 /\nTRANZ 4 1 1 1 1 1 1 /\nPERMX 3 /\n/\n"
+                    "MULTIPLY\nPORV 2 1 1 1 1 3 3 /\nTRANZ 0.5 1 1 1 1 1 1 /\n/\n",
                     "EDIT");
     bench.reader.commonForm = true;
     bench.readEdit();
