@@ -2,6 +2,7 @@
 
 #include "base/constants.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/tank_substeps.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -10,11 +11,6 @@ namespace kvr {
 
 namespace {
 
-constexpr double Courant = 0.8;            // of a substep: below 1 no component is overdrawn by its own flow
-constexpr double LeastSlope = 1.0;         // of a fractional flow, that substeps go by
-constexpr double MobileShare = 0.4;        // of what is mobile that a substep takes by gravity ...
-constexpr double LeastPart = 1e-3;         // ... of a substep without it, at the least
-constexpr double Rounding = 1e-9;          // of what is held: to lose no more than that is to keep it
 constexpr int MostSubsteps = 4000;         // behind them a tank counts as steady
 constexpr double SteadyInflow = 1e-3;      // change of its make-up over the step that does not count
 constexpr double StillComposition = 1e-8;  // change of a volume share in one substep
@@ -52,71 +48,6 @@ ConservedAmounts lossOf(const ConservedAmounts& before, const ConservedAmounts& 
 /// Reservoir volume a day that goes through a tank.
 double throughflow(const TankFlows& flows, double inflowVolume) {
     return std::max(inflowVolume, flows.rest + flows.asked);
-}
-
-/// Even parts of `days`, of at most `longest` each.
-double evenPart(double longest, double days) {
-    return days / std::max(1.0, std::ceil(days / longest));
-}
-
-/// Length of a substep by the steepest rise of all: even parts of the step.
-double substepOf(const TankFluid& fluid, double through, double dt, double slope) {
-    return dt / std::max(1.0, std::ceil(dt * through * slope / (Courant * fluid.poreVolume)));
-}
-
-/// What bounds the substeps of a tank by the saturations that they lead through.
-struct LocalSlopes {
-    const RegionSlopes* region = nullptr;  // none: the steepest rise holds
-    double through = 0.0;                  // reservoir volume a day
-    double pull = 0.0;                     // sum of |pull| * flow, cp volume a day
-    double steepest = 0.0;                 // bound of what gravity makes of them, volume a day
-};
-
-LocalSlopes localSlopes(const FractionSlopes& slopes, const FluidTables& tables, const TankFluid& fluid,
-                        double through, double steepest, std::span<const BuoyantFlow> buoyant) {
-    const bool served = tables.RegionTableCell.empty() || tables.RegionTableCell[fluid.cell] != 0;
-    if (slopes.regions.empty() || !served) return {};
-    LocalSlopes local{&slopes.regions[static_cast<std::size_t>(fluid.region) - 1], through, 0.0, steepest};
-    for (const BuoyantFlow& face : buoyant) local.pull += std::abs(face.pull) * face.flow;
-    return local;
-}
-
-/// Rise of what leaves with saturation between two of them, volume a day.
-double riseBetween(const LocalSlopes& slopes, double a, double b) {
-    const SlopeRange range = steepestBetween(*slopes.region, a, b);
-    const double rise = slopes.through * std::max(LeastSlope, range.flow) + slopes.pull * range.exchange;
-    return std::min(rise, slopes.steepest);
-}
-
-/// Length of a substep from Sw at which water comes in the place of oil by `gain` pore volumes a day.
-double localSubstep(const LocalSlopes& slopes, const TankFluid& fluid, double Sw, double gain, double left) {
-    const double volume = Courant * fluid.poreVolume;
-    const double first = std::min(left, volume / riseBetween(slopes, Sw, Sw));
-    return evenPart(volume / riseBetween(slopes, Sw, Sw + first * gain), left);
-}
-
-/// The immobile parts in the volume that is held. A step of compression leaves it apart from the pore volume
-/// by more than what may be mobile.
-ConservedAmounts floorIn(const TankFluid& fluid, const ConservedAmounts& floor,
-                         const ConservedAmounts& held) {
-    const double filled = volumeOf(fluid, held) / fluid.poreVolume;
-    return {filled * floor.water, filled * floor.oil, filled * floor.gas};
-}
-
-/// Days in which a component loses MobileShare of what is above its immobile part; no bound where all of
-/// `length` days take no more than rounding, as they do from what is immobile to the last digits.
-double daysAbove(double length, double held, double floor, double loss) {
-    return length * loss > Rounding * held ? MobileShare * std::max(0.0, held - floor) / loss : HUGE_VAL;
-}
-
-/// Length of a substep of at most `length` days in which water or oil leave by gravity too. The fraction of
-/// water then rises to 1 within a little of what is mobile, as steep as gravity is strong against the flow:
-/// no slope of the curves without it bounds what a substep would take.
-double lengthUnderGravity(double length, const ConservedAmounts& held, const ConservedAmounts& floor,
-                          const ConservedAmounts& loss) {
-    const double days = std::min(daysAbove(length, held.water, floor.water, loss.water),
-                                 daysAbove(length, held.oil, floor.oil, loss.oil));
-    return std::clamp(days, LeastPart * length, length);
 }
 
 ConservedAmounts perVolume(const ConservedAmounts& amounts, double volume) {
@@ -204,15 +135,6 @@ double waterGain(const TankFluid& fluid, const TankFlows& flows, const Conserved
                  const ConservedAmounts& own, const OwnExchange& turned, bool follow) {
     const double apart = follow ? request.water : flows.asked * own.water + turned.asked.water;
     return fluid.factors.Bw * (flows.inflow.water - flows.rest * own.water - turned.rest.water - apart);
-}
-
-/// Share of what leaves at the end of a substep in its mean, the rest is of its start. Where the flow of a
-/// component out of a tank rises in line with what it holds, by `rise` of what it gains at the start over
-/// the substep, that is that of the exponential: (1 - (1 - exp(-z)) / z) / z.
-double weightOfEnd(double rise) {
-    // No number where nothing is gained. Up to 1 the series errs by less than 2e-4.
-    const double z = rise > 0.0 ? std::min(rise, 1.0) : 0.0;
-    return 1.0 / 2.0 - z * (1.0 / 6.0 - z * (1.0 / 24.0 - z * (1.0 / 120.0 - z / 720.0)));
 }
 
 ConservedAmounts between(const ConservedAmounts& a, const ConservedAmounts& b, double weight) {
@@ -337,106 +259,193 @@ ConservedAmounts ownMakeUp(const FluidTables& tables, const TankFluid& fluid, co
     return makeUpAt(tables, fluid, tankState(tables, regionTable(tables, fluid.region), fluid, held));
 }
 
+namespace {
+
+/// A tank over a step: what it reads, and what holds for all substeps.
+struct TankStep {
+    const FluidTables& tables;
+    const SaturationTable& table;
+    const TankFluid& fluid;
+    const TankFlows& flows;
+    ConservedAmounts request;        // of the flows, with what gravity makes of them
+    std::span<BuoyantFlow> buoyant;  // empty where gravity does nothing within the step
+    double dt = 0.0;
+    double inVolume = 0.0;     // of the inflow, a day
+    double longest = 0.0;      // substep by the steepest rise of all, days
+    double tilt = 0.0;         // of the inflow, 0 where it does not count
+    ConservedAmounts floor{};  // what has to be left
+    LocalSlopes local{};
+};
+
+/// What leaves at a state by the tank's own mobilities.
+struct Leaving {
+    ConservedAmounts own;
+    OwnExchange turned;
+};
+
+struct Substep {
+    double elapsed = 0.0, length = 0.0;  // days: of the step before it, of itself
+    bool steady = false;                 // the tank passes on what comes in
+    bool follow = false;                 // known make-ups are followed
+    Leaving start, end;
+    double weight = 0.0;    // of the end in the mean
+    ConservedAmounts own;   // mean of what leaves
+    ConservedAmounts kept;  // what the substep has to leave
+    ConservedAmounts next;
+    PhaseState nextState;
+};
+
+/// What gravity makes of flows with a known make-up; flows on which it does nothing are dropped.
+void turnKnown(const ConservedAmounts& start, TankStep& step) {
+    if (step.buoyant.empty()) return;
+    const PhaseState state = tankState(step.tables, step.table, step.fluid, start);
+    if (!gravityTurns(step.tables, step.fluid, step.flows, step.inVolume, state, step.buoyant))
+        step.buoyant = {};
+    const double Rs = step.tables.hasGas ? state.Rs : 0.0;
+    const double water =
+        moveKnown(step.tables, step.table, step.fluid, step.flows, step.dt, Rs, start, step.buoyant);
+    exchange(step.fluid, water, Rs * water, step.request);
+}
+
+void boundSubsteps(const FractionSlopes& slopes, TankStep& step) {
+    const double through = throughflow(step.flows, step.inVolume);
+    const double steepest = step.buoyant.empty() ? slopes.steepest : BuoyantSlope * slopes.steepest;
+    step.longest = substepOf(step.fluid, through, step.dt, steepest);
+    step.local = localSlopes(slopes, step.tables, step.fluid, through, through * steepest, step.buoyant);
+    step.tilt = std::abs(step.flows.tilt) > SteadyInflow * step.inVolume ? step.flows.tilt : 0.0;
+}
+
+Leaving leavingAt(const TankStep& step, const PhaseState& state) {
+    const std::array<double, 3> mobility = mobilityAt(step.tables, step.fluid, state);
+    Leaving leaving;
+    leaving.own = makeUpOf(step.fluid, state, step.tables.hasGas, mobility);
+    leaving.turned = turnedAt(step.tables, step.fluid, state, mobility, step.buoyant);
+    return leaving;
+}
+
+/// What is held `time` days into a substep.
+ConservedAmounts after(const TankStep& step, const ConservedAmounts& held, const Substep& sub, double time,
+                       bool follow) {
+    const TankFlows& flows = step.flows;
+    ConservedAmounts inflow = flows.inflow;
+    if (step.tilt != 0.0)
+        exchange(step.fluid, step.tilt * fromMiddle(sub.elapsed, time, step.dt), 0.0, inflow);
+    const ConservedAmounts net = moved(held, time, inflow, flows.rest, sub.own);
+    const ConservedAmounts rest =
+        moved(net, time, {}, 1.0, between(sub.start.turned.rest, sub.end.turned.rest, sub.weight));
+    if (follow) return moved(rest, time, {}, 1.0, step.request);
+    return moved(moved(rest, time, {}, flows.asked, sub.own), time, {}, 1.0,
+                 between(sub.start.turned.asked, sub.end.turned.asked, sub.weight));
+}
+
+double gainOf(const TankStep& step, const Leaving& leaving, bool follow) {
+    return waterGain(step.fluid, step.flows, step.request, leaving.own, leaving.turned, follow);
+}
+
+/// A substep by what leaves at its start, as long as the slopes allow.
+Substep firstLook(const TankStep& step, const PhaseState& state, double left, int count) {
+    Substep sub;
+    sub.elapsed = step.dt - left;
+    sub.length = std::min(step.longest, left);
+    sub.steady = count > MostSubsteps && step.inVolume > 0.0;
+    if (sub.steady) {
+        sub.length = left;
+        sub.own = perVolume(step.flows.inflow, step.inVolume);
+        return sub;
+    }
+    sub.start = leavingAt(step, state);
+    sub.own = sub.start.own;
+    if (step.local.region == nullptr) return sub;
+    const double gain = gainOf(step, sub.start, step.flows.asked > 0.0) / step.fluid.poreVolume;
+    sub.length = localSubstep(step.local, step.fluid, state.Sw, gain, left);
+    return sub;
+}
+
+/// Whether known make-ups are followed, and what gravity may take of what is mobile.
+void boundLength(const TankStep& step, const ConservedAmounts& held, int count, Substep& sub) {
+    sub.follow = step.flows.asked > 0.0 && staysAbove(after(step, held, sub, sub.length, true), step.floor);
+    if (sub.follow) sub.kept = step.floor;
+    if (sub.follow || step.buoyant.empty()) return;
+    sub.kept = floorIn(step.fluid, step.floor, held);
+    if (count > MostSubsteps) return;
+    const ConservedAmounts loss = lossOf(held, after(step, held, sub, sub.length, false), sub.length);
+    sub.length = lengthUnderGravity(sub.length, held, sub.kept, loss);
+}
+
+/// Where a substep leads to.
+void takeSubstep(const TankStep& step, const ConservedAmounts& held, Substep& sub) {
+    sub.next = after(step, held, sub, sub.length, sub.follow);
+    sub.nextState = tankState(step.tables, step.table, step.fluid, sub.next);
+}
+
+/// Takes what leaves at the state that the substep led to into its mean, unless that would take more than is
+/// mobile: gravity asks for more with what the flow has brought.
+void meanOverSubstep(const TankStep& step, const ConservedAmounts& held, Substep& sub) {
+    const ConservedAmounts nextByStart = sub.next;
+    sub.end = leavingAt(step, sub.nextState);
+    const double gain = gainOf(step, sub.start, sub.follow);
+    sub.weight = weightOfEnd(1.0 - gainOf(step, sub.end, sub.follow) / gain);
+    sub.own = between(sub.start.own, sub.end.own, sub.weight);
+    sub.next = after(step, held, sub, sub.length, sub.follow);
+    if (staysAbove(sub.next, sub.kept)) {
+        sub.nextState = tankState(step.tables, step.table, step.fluid, sub.next);
+        return;
+    }
+    sub.weight = 0.0;
+    sub.own = sub.start.own;
+    sub.next = nextByStart;
+}
+
+/// Its part of what left, as mean and as change over the step.
+void countSubstep(const TankStep& step, const Substep& sub, TankOutflow& out) {
+    const double share = sub.length / step.dt;
+    add(share, sub.own, out.own);
+    const double moment =
+        step.tables.hasGas ? 0.0 : 12.0 * sub.length / step.dt * fromMiddle(sub.elapsed, sub.length, step.dt);
+    out.tilt += moment * step.fluid.factors.Bw * sub.own.water;
+    addMeans((1.0 - sub.weight) * share, (1.0 - sub.weight) * moment, sub.follow, sub.start.turned,
+             step.buoyant);
+    if (sub.weight > 0.0)
+        addMeans(sub.weight * share, sub.weight * moment, sub.follow, sub.end.turned, step.buoyant);
+    if (sub.follow)
+        out.followed += share;
+    else
+        add(share, sub.own, out.apart);
+}
+
+}  // namespace
+
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
                       const FractionSlopes& slopes, const ConservedAmounts& start,
                       std::span<BuoyantFlow> buoyant) {
     TankOutflow out;
-    const SaturationTable& table = regionTable(tables, fluid.region);
-    const ConservedAmounts floor = floorOf(tables, table, fluid, start);
-    const double inVolume = volumeOf(fluid, flows.inflow);
-    ConservedAmounts request = flows.request;
-    PhaseState state;
-    if (!buoyant.empty()) {
-        state = tankState(tables, table, fluid, start);
-        if (!gravityTurns(tables, fluid, flows, inVolume, state, buoyant)) buoyant = {};
-        const double Rs = tables.hasGas ? state.Rs : 0.0;
-        const double turnedKnown = moveKnown(tables, table, fluid, flows, dt, Rs, start, buoyant);
-        exchange(fluid, turnedKnown, Rs * turnedKnown, request);
-    }
+    TankStep step{tables, regionTable(tables, fluid.region), fluid, flows, flows.request, buoyant, dt};
+    step.inVolume = volumeOf(fluid, flows.inflow);
+    step.floor = floorOf(tables, step.table, fluid, start);
+    turnKnown(start, step);
     if (flows.rest <= 0.0) {
         if (flows.asked <= 0.0) return out;
-        if (staysAbove(moved(start, dt, flows.inflow, 1.0, request), floor)) return out;
+        if (staysAbove(moved(start, dt, flows.inflow, 1.0, step.request), step.floor)) return out;
     }
-    const double through = throughflow(flows, inVolume);
-    const double steepest = buoyant.empty() ? slopes.steepest : BuoyantSlope * slopes.steepest;
-    const double h = substepOf(fluid, through, dt, steepest);
-    const LocalSlopes local = localSlopes(slopes, tables, fluid, through, through * steepest, buoyant);
+    boundSubsteps(slopes, step);
     out.followed = 0.0;
     ConservedAmounts held = start, missing;
-    state = tankState(tables, table, fluid, held);
+    PhaseState state = tankState(tables, step.table, fluid, held);
     int count = 0;
-    const double tilt = std::abs(flows.tilt) > SteadyInflow * inVolume ? flows.tilt : 0.0;
     for (double left = dt; left > 0.0;) {
-        const double elapsed = dt - left;
-        double length = std::min(h, left);
-        const bool steady = ++count > MostSubsteps && inVolume > 0.0;
-        ConservedAmounts own;
-        OwnExchange turned, turnedThen;
-        double weight = 0.0;  // of the substep's end in the mean of what leaves
-        if (steady) {
-            length = left;
-            own = perVolume(flows.inflow, inVolume);
-        } else {
-            const std::array<double, 3> mobility = mobilityAt(tables, fluid, state);
-            own = makeUpOf(fluid, state, tables.hasGas, mobility);
-            turned = turnedAt(tables, fluid, state, mobility, buoyant);
-            if (local.region != nullptr) {
-                const double gain =
-                    waterGain(fluid, flows, request, own, turned, flows.asked > 0.0) / fluid.poreVolume;
-                length = localSubstep(local, fluid, state.Sw, gain, left);
-            }
-        }
-        const auto after = [&](double time, bool follow) {
-            ConservedAmounts inflow = flows.inflow;
-            if (tilt != 0.0) exchange(fluid, tilt * fromMiddle(elapsed, time, dt), 0.0, inflow);
-            const ConservedAmounts net = moved(held, time, inflow, flows.rest, own);
-            const ConservedAmounts rest =
-                moved(net, time, {}, 1.0, between(turned.rest, turnedThen.rest, weight));
-            if (follow) return moved(rest, time, {}, 1.0, request);
-            return moved(moved(rest, time, {}, flows.asked, own), time, {}, 1.0,
-                         between(turned.asked, turnedThen.asked, weight));
-        };
-        const bool follow = flows.asked > 0.0 && staysAbove(after(length, true), floor);
-        ConservedAmounts kept = follow ? floor : ConservedAmounts{};
-        if (!follow && !buoyant.empty()) {
-            kept = floorIn(fluid, floor, held);
-            if (count <= MostSubsteps)
-                length = lengthUnderGravity(length, held, kept, lossOf(held, after(length, false), length));
-        }
-        ConservedAmounts next = after(length, follow);
-        PhaseState nextState = tankState(tables, table, fluid, next);
-        if (local.region != nullptr && !steady && !isStill(state, nextState)) {
-            const ConservedAmounts ownNow = own, nextByStart = next;
-            const std::array<double, 3> mobility = mobilityAt(tables, fluid, nextState);
-            const ConservedAmounts ownThen = makeUpOf(fluid, nextState, false, mobility);
-            turnedThen = turnedAt(tables, fluid, nextState, mobility, buoyant);
-            const double gain = waterGain(fluid, flows, request, own, turned, follow);
-            weight = weightOfEnd(1.0 - waterGain(fluid, flows, request, ownThen, turnedThen, follow) / gain);
-            own = between(ownNow, ownThen, weight);
-            next = after(length, follow);
-            if (!staysAbove(next, kept)) {  // where gravity asks for more with what the flow has brought
-                weight = 0.0;
-                own = ownNow;
-                next = nextByStart;
-            } else {
-                nextState = tankState(tables, table, fluid, next);
-            }
-        }
-        add(length / dt, own, out.own);
-        const double moment = tables.hasGas ? 0.0 : 12.0 * length / dt * fromMiddle(elapsed, length, dt);
-        out.tilt += moment * fluid.factors.Bw * own.water;
-        addMeans((1.0 - weight) * length / dt, (1.0 - weight) * moment, follow, turned, buoyant);
-        if (weight > 0.0) addMeans(weight * length / dt, weight * moment, follow, turnedThen, buoyant);
-        if (follow)
-            out.followed += length / dt;
-        else
-            add(length / dt, own, out.apart);
-        held = next;
+        Substep sub = firstLook(step, state, left, ++count);
+        boundLength(step, held, count, sub);
+        takeSubstep(step, held, sub);
+        if (step.local.region != nullptr && !sub.steady && !isStill(state, sub.nextState))
+            meanOverSubstep(step, held, sub);
+        countSubstep(step, sub, out);
+        held = sub.next;
         keepWhatIsThere(held, missing);
-        left = length < left ? left - length : 0.0;
-        if (left > 0.0) state = staysAbove(next, {}) ? nextState : tankState(tables, table, fluid, held);
+        left = sub.length < left ? left - sub.length : 0.0;
+        if (left > 0.0)
+            state = staysAbove(sub.next, {}) ? sub.nextState : tankState(tables, step.table, fluid, held);
     }
-    accountForMissing(fluid, flows, request, dt, missing, buoyant, out);
+    accountForMissing(fluid, flows, step.request, dt, missing, step.buoyant, out);
     return out;
 }
 

@@ -113,9 +113,8 @@ void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const Con
 
 /// The outflow of a stirred tank over dt days from what it holds at the start, see advanceInOrder. Substeps
 /// by the flow through the pore volume times the rise of the fractional flow over the saturations that they
-/// lead through, or the steepest where regions have none; a tank whose composition stands still takes the
-/// rest of the step at once. `buoyant`: those of the flows on which
-/// gravity acts, of water and oil alone; what it makes of them is written there.
+/// lead through, or the steepest where regions have none. `buoyant`: those of the flows on which gravity
+/// acts, of water and oil alone; what it makes of them is written there.
 TankOutflow emptyTank(const FluidTables& tables, const TankFluid& fluid, const TankFlows& flows, double dt,
                       const FractionSlopes& slopes, const ConservedAmounts& start,
                       std::span<BuoyantFlow> buoyant = {});
