@@ -6,6 +6,7 @@ import csv
 import numpy
 import pytest
 
+from keyword_deck import DEAD_OIL, DENSITY, PVTW, ROCK, SWOF
 from named_run import run_named
 from peer_flow import flow_vectors, needs_flow
 
@@ -74,27 +75,7 @@ PERMY
 PERMZ
 {CELLS}*30 /
 PROPS
-PVDO
-300  1.25 1.00
-2000 1.22 1.10
-4000 1.19 1.20
-8000 1.15 1.40
-/
-PVTW
-4000 1.01 3.0E-6 0.5 0 /
-DENSITY
-50 64 0.06 /
-ROCK
-4000 4.0E-6 /
-SWOF
-0.2 0.00 1.00 0
-0.3 0.03 0.70 0
-0.5 0.15 0.25 0
-0.7 0.40 0.02 0
-0.8 0.60 0.00 0
-1.0 1.00 0.00 0
-/
-{INFLUENCE}SOLUTION
+{DEAD_OIL}{PVTW}{DENSITY}{ROCK}{SWOF}{INFLUENCE}SOLUTION
 EQUIL
 8000 4000 8110 0 7000 0 1* 1* 0 /
 {aquifer}SUMMARY
