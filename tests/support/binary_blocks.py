@@ -8,9 +8,8 @@ import numpy
 TYPES = {"INTE": ">i4", "REAL": ">f4", "DOUB": ">f8", "LOGI": ">i4", "CHAR": "S8"}
 
 
-def blocks(path):
-    """Keyword and values of every block, in the order of the file."""
-    data = pathlib.Path(path).read_bytes()
+def framed_blocks(data):
+    """Keyword, type, payload and the bytes of the file of every block, in its order."""
     place = 0
 
     def record():
@@ -21,13 +20,19 @@ def blocks(path):
         return payload
 
     while place < len(data):
-        head = record()
+        begin, head = place, record()
         keyword, kind = head[:-8].decode("ascii").strip(), head[-4:].decode("ascii")
         (count,) = struct.unpack(">i", head[-8:-4])
         width = numpy.dtype(TYPES[kind]).itemsize if kind in TYPES else 0
         payload = b""
         while len(payload) < count * width:
             payload += record()
+        yield keyword, kind, payload, data[begin:place]
+
+
+def blocks(path):
+    """Keyword and values of every block, in the order of the file."""
+    for keyword, kind, payload, _ in framed_blocks(pathlib.Path(path).read_bytes()):
         yield keyword, numpy.frombuffer(payload, TYPES.get(kind, "S1"))
 
 
@@ -37,6 +42,12 @@ def arrays(path):
     for keyword, values in blocks(path):
         found.setdefault(keyword, values)
     return found
+
+
+def without_blocks(path, keywords):
+    """The bytes of a file but for the blocks of some keywords."""
+    framed = framed_blocks(pathlib.Path(path).read_bytes())
+    return b"".join(whole for keyword, _, _, whole in framed if keyword not in keywords)
 
 
 def real_block(keyword, values):

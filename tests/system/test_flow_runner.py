@@ -85,7 +85,7 @@ def test_the_deck_asks_for_a_restart_and_a_summary_per_report(tmp_path, comment)
     assert "UNIFOUT" not in lines
     assert lines[lines.index("TITLE") + 1] == "SCHEDULE of work"
     assert lines[lines.index("SKIP"):lines.index("ENDSKIP") + 1] == ["SKIP", "END", "ENDSKIP"]
-    assert lines[lines.index("SCHEDULE") + 1:] == ["RPTRST", "BASIC=2 /", "TSTEP", "5 /", "END"]
+    assert lines[lines.index("SCHEDULE") + 1:] == ["RPTRST", "BASIC=2 DEN VISC KRO /", "TSTEP", "5 /", "END"]
     assert lines.count("SUMMARY") == 1 and "WBHP" in lines and "FOPR" in lines
 
 
