@@ -77,8 +77,12 @@ const InjectedFluid& fluidOf(std::string_view text) {
     return Fluids.front();
 }
 
+bool isGas(const InjectedFluid& fluid) {
+    return fluid.letter == 'G';
+}
+
 double rateFactor(const UnitSystem& units, const InjectedFluid& fluid) {
-    return fluid.letter == 'G' ? units.gasRate : units.liquidRate;
+    return isGas(fluid) ? units.gasRate : units.liquidRate;
 }
 
 // --- history ---------------------------------------------------------------------------------------------
@@ -96,22 +100,21 @@ ResponseFactors responseFactors(const UnitSystem& deck, const SummaryResponse& r
             file.pressure / deck.pressure};
 }
 
-/// The response of one well at one report.
-struct WellAtReport {
+/// The response of one well at one step.
+struct WellAtStep {
     const SummaryResponse& response;
     int slot = 0;  // 0: the response does not have the well
-    std::size_t report = 0;
+    ResponsePlace place;
 
     [[nodiscard]] double value(int id, double otherwise) const {
-        const std::vector<double>* values = slot == 0 ? nullptr : responseOf(response, id, slot);
-        return values == nullptr || report >= values->size() ? otherwise : (*values)[report];
+        return slot == 0 ? otherwise : responseAt(response, id, slot, place).value_or(otherwise);
     }
 };
 
-WellAtReport wellAt(const SummaryResponse& response, const std::string& name, std::size_t report) {
+WellAtStep wellAt(const SummaryResponse& response, const std::string& name, const ResponsePlace& place) {
     const auto found = std::find(response.wellNames.begin(), response.wellNames.end(), name);
     const bool known = found != response.wellNames.end();
-    return {response, known ? static_cast<int>(found - response.wellNames.begin()) + 1 : 0, report};
+    return {response, known ? static_cast<int>(found - response.wellNames.begin()) + 1 : 0, place};
 }
 
 std::string_view statusOf(const ScheduleWell& well) {
@@ -128,20 +131,23 @@ std::string_view controlWord(std::string_view control) {
 }
 
 /// Gas is held at the pressure of the run, which its rate follows; liquids at their rate.
+bool heldAtPressure(const ScheduleWell& well, const WellAtStep& at) {
+    return well.isInjector && isGas(fluidOf(well.injType)) && at.value(response::WBHP, 0.0) > 0.0;
+}
+
 std::string injectorRow(const UnitSystem& units, const ResponseFactors& factors, const ScheduleWell& well,
-                        const WellAtReport& at) {
+                        const WellAtStep& at) {
     const InjectedFluid& fluid = fluidOf(well.injType);
-    const bool gas = fluid.letter == 'G';
-    const double factor = gas ? factors.gas : factors.liquid;
+    const double factor = isGas(fluid) ? factors.gas : factors.liquid;
     const double given = well.injRate / rateFactor(units, fluid) / factor;
     const double rate = at.value(fluid.response, given) * factor;
     const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
     return fmt::format("{} {} {} {} {} 6* {}", inQuotes(well.name), fluid.word, statusOf(well),
                        deckNumber(rate), bhp > 0.0 ? deckNumber(bhp) : "1*",
-                       gas && bhp > 0.0 ? "BHP" : "RATE");
+                       heldAtPressure(well, at) ? "BHP" : "RATE");
 }
 
-std::string producerRow(const ResponseFactors& factors, const ScheduleWell& well, const WellAtReport& at) {
+std::string producerRow(const ResponseFactors& factors, const ScheduleWell& well, const WellAtStep& at) {
     const double bhp = at.value(response::WBHP, 0.0) * factors.pressure;
     return fmt::format("{} OPEN {} {} {} {} 3* {}", inQuotes(well.name), controlWord(well.control),
                        deckNumber(at.value(response::WOPR, 0.0) * factors.liquid),
@@ -160,34 +166,63 @@ const ScheduleStep* entryBefore(const Schedule& schedule, double time) {
     return entry;
 }
 
-bool hasRates(const WellAtReport& at) {
+bool hasRates(const WellAtStep& at) {
     const std::array<int, 3> rates = {response::WOPR, response::WWPR, response::WGPR};
     return at.slot > 0 && std::any_of(rates.begin(), rates.end(), [&at](int id) {
                return responseOf(at.response, id, at.slot) != nullptr;
            });
 }
 
-void tellWithoutRates(const Console& console, const ScheduleWell& well, std::size_t report) {
-    if (report > 0) return;  // told of the first report
+void tellWithoutRates(const Console& console, const ScheduleWell& well, const ResponsePlace& place) {
+    if (place.report > 0 || place.between != nullptr) return;  // told of the first report
     warn(console, "WARNING :: THE SUMMARY HAS NO RATES OF PRODUCER {}, WHICH GETS NO HISTORY", well.name);
 }
 
 void putHistoryOf(const Console& console, const UnitSystem& units, const ResponseFactors& factors,
-                  const ScheduleStep& entry, const SummaryResponse& response, std::size_t report,
+                  const ScheduleStep& entry, const SummaryResponse& response, const ResponsePlace& place,
                   std::FILE* file) {
     std::vector<std::string> injectors, producers;
     for (const ScheduleWell& well : entry.wells) {
         if (!well.hasControl) continue;
-        const WellAtReport at = wellAt(response, well.name, report);
+        const WellAtStep at = wellAt(response, well.name, place);
         if (well.isInjector)
             injectors.push_back(injectorRow(units, factors, well, at));
         else if (hasRates(at))
             producers.push_back(producerRow(factors, well, at));
         else
-            tellWithoutRates(console, well, report);
+            tellWithoutRates(console, well, place);
     }
     putKeyword("WCONINJH", injectors, file);
     putKeyword("WCONHIST", producers, file);
+}
+
+/// Whether the rate of a well follows its pressure: its history then needs every step that was taken.
+bool anyHeldAtPressure(const ScheduleStep* entry, const SummaryResponse& response,
+                       const ResponsePlace& place) {
+    return entry != nullptr &&
+           std::any_of(entry->wells.begin(), entry->wells.end(), [&](const ScheduleWell& well) {
+               return well.hasControl && heldAtPressure(well, wellAt(response, well.name, place));
+           });
+}
+
+double timeOf(const SummaryResponse& response, const ResponsePlace& place) {
+    return place.between == nullptr ? response.time[place.report] : place.between->time;
+}
+
+/// The steps of a history: the reports, and those on the way to a report where they are needed.
+std::vector<ResponsePlace> historySteps(const Schedule& schedule, const SummaryResponse& response) {
+    std::vector<ResponsePlace> steps;
+    auto between = response.between.begin();
+    for (std::size_t report = 0; report < response.time.size(); ++report) {
+        for (; between != response.between.end() && between->report == report; ++between) {
+            const ResponsePlace place{report, &*between};
+            if (!(between->time < response.time[report])) continue;
+            if (anyHeldAtPressure(entryBefore(schedule, between->time), response, place))
+                steps.push_back(place);
+        }
+        steps.push_back({report, nullptr});
+    }
+    return steps;
 }
 
 // --- one step --------------------------------------------------------------------------------------------
@@ -315,12 +350,12 @@ void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, 
     std::FILE* file = openOrStop(console, path, HistoryOpen);
     const ResponseFactors factors = responseFactors(units, response);
     double before = 0.0;
-    for (std::size_t report = 0; report < response.time.size(); ++report) {
-        const double time = response.time[report];
+    for (const ResponsePlace& place : historySteps(schedule, response)) {
+        const double time = timeOf(response, place);
         if (!(time > before)) continue;  // a report at time zero closes no step
         putTimeBanner(time, file);
         if (const ScheduleStep* entry = entryBefore(schedule, time); entry != nullptr)
-            putHistoryOf(console, units, factors, *entry, response, report, file);
+            putHistoryOf(console, units, factors, *entry, response, place, file);
         putRecord("TSTEP", deckNumber(time - before), file);
         before = time;
     }

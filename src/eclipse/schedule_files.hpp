@@ -15,7 +15,8 @@ namespace kvr {
 
 /// SCHEDULE_TEMPORARY_FOR_HM.DATA in the folder of the results: the response of a run as a history schedule
 /// in the units of the deck: for each report WCONINJH and WCONHIST with the rates and bottom-hole pressures
-/// of the response under the controls of the schedule, then the TSTEP that leads there. What the response
+/// of the response under the controls of the schedule, then the TSTEP that leads there. While gas goes in at
+/// a pressure, so that its rate depends on the steps that are taken, for each step of the response. What it
 /// lacks of an injector is its rate in the schedule. Wells are those that have a control at the time; their
 /// definitions (WELSPECS, COMPDAT) are the deck's.
 void Write_ECLSchedule_forHM(const Console& console, const RunOptions& options, const UnitSystem& units,

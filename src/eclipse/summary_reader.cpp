@@ -103,13 +103,24 @@ void planPlace(const Console& console, const SummarySpec& spec,
     }
 }
 
-void storeStep(const std::vector<float>& values, const SummaryPlan& plan, SummaryResponse& response) {
-    const auto valueAt = [&](std::size_t place) {
-        return place < values.size() ? static_cast<double>(values[place]) : 0.0;
-    };
-    response.time.push_back(valueAt(static_cast<std::size_t>(plan.time)));
+double valueAt(const std::vector<float>& params, std::size_t place) {
+    return place < params.size() ? static_cast<double>(params[place]) : 0.0;
+}
+
+/// A step that leads to the next report; one that ends at a report stands in its place.
+StepBetween stepBetween(const std::vector<float>& params, const SummaryPlan& plan,
+                        const SummaryResponse& response) {
+    StepBetween step{valueAt(params, static_cast<std::size_t>(plan.time)), response.time.size(), {}};
+    step.values.resize(response.vectors.size());
+    for (const SummaryPlan::Entry& entry : plan.entries)
+        if (!entry.isConnection) step.values[entry.target] = valueAt(params, entry.place);
+    return step;
+}
+
+void storeReport(const std::vector<float>& params, const SummaryPlan& plan, SummaryResponse& response) {
+    response.time.push_back(valueAt(params, static_cast<std::size_t>(plan.time)));
     for (const SummaryPlan::Entry& entry : plan.entries) {
-        const double value = valueAt(entry.place);
+        const double value = valueAt(params, entry.place);
         if (entry.isConnection)
             response.connections[entry.target].values.push_back(value);
         else
@@ -198,8 +209,8 @@ SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int co
 ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const SummaryPlan& plan,
                            SummaryResponse& response, StepFit& fit) {
     fit = StepFit::Fits;
-    std::vector<float> values;
-    bool hasParams = false;
+    std::vector<float> params;
+    std::vector<StepBetween> between;
     const ReadResult result = readBlocks(
         reader,
         [&](const BlockHeader& header, const BlockData& data) {
@@ -208,12 +219,14 @@ ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const 
                 fit = StepFit::OtherLength;
                 return ReadResult::EndOfFile;
             }
-            values = data.reals;
-            hasParams = true;
+            if (!params.empty()) between.push_back(stepBetween(params, plan, response));
+            params = data.reals;
             return ReadResult::Ok;
         },
         MostStepHeaders);
-    if (result == ReadResult::Ok && fit == StepFit::Fits && hasParams) storeStep(values, plan, response);
+    if (result != ReadResult::Ok || fit != StepFit::Fits || params.empty()) return result;
+    storeReport(params, plan, response);
+    response.between.insert(response.between.end(), between.begin(), between.end());
     return result;
 }
 

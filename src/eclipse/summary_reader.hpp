@@ -44,8 +44,8 @@ SummaryPlan planResponse(const Console& console, const SummarySpec& spec, int co
 /// Whether the PARAMS of a step had the length that the index gives.
 enum class StepFit { Fits, OtherLength };
 
-/// Reads an open .S file into a new step of the response; the last PARAMS of the file counts. A file without
-/// PARAMS gives no step.
+/// Reads an open .S file into a new report of the response: the last PARAMS of the file, those before it
+/// being the steps on the way there. A file without PARAMS gives no report.
 ReadResult readSummaryStep(RecordReader& reader, const SummarySpec& spec, const SummaryPlan& plan,
                            SummaryResponse& response, StepFit& fit);
 

@@ -37,4 +37,17 @@ const std::vector<double>* responseOf(const SummaryResponse& response, int id, i
     return nullptr;
 }
 
+std::optional<double> responseAt(const SummaryResponse& response, int id, int slot,
+                                 const ResponsePlace& place) {
+    for (std::size_t n = 0; n < response.vectors.size(); ++n) {
+        const ResponseVector& vector = response.vectors[n];
+        if (vector.id != id || vector.slot != slot) continue;
+        const std::vector<double>& values = place.between == nullptr ? vector.values : place.between->values;
+        const std::size_t at = place.between == nullptr ? place.report : n;
+        if (at < values.size()) return values[at];
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
 }  // namespace kvr

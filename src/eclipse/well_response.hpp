@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,6 +41,13 @@ struct ConnectionResponse {
     std::vector<double> values;
 };
 
+/// A step that the simulator took on its way to a report.
+struct StepBetween {
+    double time = 0.0;           // days
+    std::size_t report = 0;      // the one that it leads to, 0-based
+    std::vector<double> values;  // one a vector
+};
+
 /// Units of a summary, by what it says of them.
 enum class ResponseUnits { Unknown, Field, Metric };
 
@@ -51,9 +59,19 @@ struct SummaryResponse {
     std::vector<std::string> wellNames;   // by slot, in the order in which the index names them
     std::vector<ResponseVector> vectors;  // of wells and field
     std::vector<ConnectionResponse> connections;
+    std::vector<StepBetween> between;  // in the order of time
 };
 
 /// Values of a well's vector, empty where the files have none. `slot` is 1-based.
 const std::vector<double>* responseOf(const SummaryResponse& response, int id, int slot);
+
+/// A report, or a step on the way to it.
+struct ResponsePlace {
+    std::size_t report = 0;                // 0-based
+    const StepBetween* between = nullptr;  // null: the report itself
+};
+/// A well's value there, none where the files have none.
+std::optional<double> responseAt(const SummaryResponse& response, int id, int slot,
+                                 const ResponsePlace& place);
 
 }  // namespace kvr

@@ -118,6 +118,20 @@ TEST(HistorySchedule, HasABannerPerReportAndItsColumns) {
     EXPECT_TRUE(holds(text, "WCONHIST\n'PROD' OPEN LRAT 300.5 99.5 123.4 3* 2100 /\n/\nTSTEP\n10 /\n"));
 }
 
+TEST(HistorySchedule, TakesTheStepsBetweenReportsWhileGasIsHeldAtAPressure) {
+    HistoryCase c;
+    c.response.between = {{4.0, 0, {310.0, 95.0, 125.0, 2110.0, 51.0, 4010.0, 710.0, 5200.0}},
+                          {15.0, 1, {290.0, 120.0, 120.0, 2090.0, 50.5, 4020.0, 690.0, 5010.0}},
+                          {40.0, 1, {1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0, 1.0}}};  // behind its report
+    const std::string text = c.write();
+    EXPECT_TRUE(holds(text, "--  Time = 4\n"));
+    EXPECT_TRUE(holds(text, "'GASI' GAS OPEN 710 5200 6* BHP /\n/\n"));
+    EXPECT_TRUE(holds(text, "'PROD' OPEN LRAT 310 95 125 3* 2110 /\n/\nTSTEP\n4 /\n"));
+    EXPECT_EQ(ReadBack(text).schedule.stepLength, (std::vector<double>{4.0, 6.0, 5.0, 15.0}));
+    for (StepBetween& step : c.response.between) step.values.back() = 0.0;  // no pressure, so at its rate
+    EXPECT_EQ(ReadBack(c.write()).schedule.stepLength, (std::vector<double>{10.0, 20.0}));
+}
+
 TEST(HistorySchedule, WithoutProducersStillSteps) {
     HistoryCase c;
     ScheduleBench onlyInjector(

@@ -166,6 +166,30 @@ TEST(ForeignSummary, PassesOverVectorsBeyondTheWells) {
     EXPECT_EQ(c.response.time, std::vector<double>{0.5});
 }
 
+TEST(ForeignSummary, KeepsTheStepsOnTheWayToAReportApart) {
+    ResponseCase c;
+    c.addWell("P1", "prd");
+    writeForeign(c, {{"WOPR", "P1"}, {"TIME", ""}}, 2, 2);
+    RecordWriter writer;
+    ASSERT_EQ(open_write(c.path(".S0002"), writer), 0);
+    for (const float time : {3.0F, 7.0F, 20.0F})
+        write_keyword<float>(writer, "PARAMS", 2,
+                             [time](std::size_t n) { return n == 0 ? 10.0F * time : time; });
+    close(writer);
+    c.read(1);
+    EXPECT_EQ(c.response.time, (std::vector<double>{1.5, 20.0}));
+    EXPECT_EQ(*responseOf(c.response, response::WOPR, 1), (std::vector<double>{0.5, 200.0}));
+    std::vector<double> times, rates;
+    for (const StepBetween& step : c.response.between) {
+        if (step.report != 1) continue;
+        times.push_back(step.time);
+        rates.push_back(responseAt(c.response, response::WOPR, 1, {1, &step}).value_or(0.0));
+    }
+    EXPECT_EQ(times, (std::vector<double>{3.0, 7.0}));
+    EXPECT_EQ(rates, (std::vector<double>{30.0, 70.0}));
+    EXPECT_EQ(responseAt(c.response, response::WOPR, 1, {1}), 200.0);
+}
+
 TEST(ForeignSummary, KeepsAWellsVectorsTogetherWhateverTheirOrder) {
     ResponseCase c;
     c.addWell("P1", "prd");
