@@ -13,13 +13,13 @@ needs_flow = pytest.mark.skipif(FLOW is None or SUMMARY is None,
                                 reason="the independent simulator flow and its tool summary are not installed")
 
 
-def run_flow(folder, deck, timeout=600, longest=5):
+def run_flow(folder, deck, timeout=600, longest=5, options=()):
     """Runs the deck in a folder of its own, in steps of at most `longest` days; exit status and what it printed."""
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "PEER.DATA").write_text(deck)
     environment = dict(os.environ, OMP_NUM_THREADS="1")
     process = subprocess.run([FLOW, "PEER.DATA", "--output-dir=.", "--enable-ecl-output=true", f"--solver-max-time-step-in-days={longest}",
-                              "--threads-per-process=1"],
+                              "--threads-per-process=1", *options],
                              cwd=folder, env=environment, text=True, capture_output=True, timeout=timeout)
     return process.returncode, process.stdout + process.stderr
 

@@ -5,10 +5,10 @@ import shutil
 
 import numpy
 import pytest
-from binary_blocks import arrays, real_block, without_blocks
+from binary_blocks import arrays, blocks, real_block, without_blocks
 from flux_times import at_points, darcy_fluxes, exact_means, exact_times, line_nodes, mean_difference, net_outflow, part_times
 from kvr_run import PUBLIC_DECKS, REPOSITORY, finished_normally, public_deck, run
-from peer_flow import needs_flow
+from peer_flow import needs_flow, run_flow
 
 RUNNER = REPOSITORY / "tools/outside/flow_run"
 OUTPUT = "OUTPUTKVR\n1 0 0 1 0 0 0 1 0 0 /\n"
@@ -365,6 +365,44 @@ def test_the_file_of_the_commercial_simulator_agrees_with_darcys_law(commercial)
             largest = max(largest, float(numpy.abs(flux - file).max()))
     print(f"largest difference {largest:.5f} stb/day, {largest / 603.03:.2e} of what is injected")
     assert largest < 1e-4 * 603.03
+
+
+def homo_amounts(pressure, saturation, pore_volume):
+    """Surface volumes of oil and water in the cells, stb, by the fluids of the deck; rows of a table go on as 1/B goes."""
+    x, y = 3e-6 * (pressure - 4000.0), 3.03e-6 * pressure
+    inverse = {"OIL": 1.0 + (1.0 / 0.99 - 1.0) * pressure / 8000.0, "WAT": 1.0 + y + 0.5 * y * y}
+    volume = pore_volume * (1.0 + x + 0.5 * x * x)
+    return {phase: volume * share * inverse[phase] for phase, share in (("OIL", 1.0 - saturation), ("WAT", saturation))}, inverse
+
+
+@needs_flow
+def test_what_leaves_and_what_stays_in_the_cells_of_a_commercial_restart_balance(commercial, tmp_path):
+    """Of the reference: what its fluxes take from a cell without a well is what the cell lost in the last step of that run, 28 days
+    in which the field fills. Its summary tells the steps that it took; the cells at the start of the last one are those
+    of flow on the same steps, which at the end has the cells of the file."""
+    restart, static = (arrays(commercial.folder / f"ECLIPSE.{kind}") for kind in ("X0001", "INIT"))
+    times = [float(values[0]) for keyword, values in blocks(commercial.folder / "ECLIPSE.S0001") if keyword == "PARAMS"]
+    steps = numpy.diff(times)
+    deck = re.sub(r"^TSTEP\b.*?/", "TSTEP\n" + " ".join(f"{step:.7g}" for step in steps) + " /",
+                  public_deck("restart/2D_HOMO/ECLIPSE.DATA"), flags=re.M | re.S)
+    status, printed = run_flow(tmp_path, deck, longest=100, options=["--enable-adaptive-time-stepping=false", "--tolerance-cnv=1e-7",
+                                                                     "--tolerance-mb=1e-12", "--newton-max-iterations=40"])
+    assert status == 0, printed[-3000:]
+    start, end = (arrays(tmp_path / f"PEER.X{step:04d}") for step in (len(steps) - 1, len(steps)))
+    assert end["PRESSURE"] == pytest.approx(restart["PRESSURE"], rel=1e-3)
+    assert end["SWAT"] == pytest.approx(restart["SWAT"], abs=1e-3)
+    porv = static["PORV"].astype(float)
+    (before, _), (after, inverse) = (homo_amounts(*(cells[name].astype(float) for name in ("PRESSURE", "SWAT")), porv)
+                                     for cells in (start, restart))
+    assert inverse["OIL"] == pytest.approx(restart["1OVERBO"], rel=1e-6)
+    assert inverse["WAT"] == pytest.approx(restart["1OVERBW"], rel=1e-6)
+    for phase in ("OIL", "WAT"):
+        fluxes = [restart[f"FLO{phase}{axis}+"].reshape(HOMO_CELLS).astype(float) for axis in "IJ"]
+        leaving = net_outflow([*fluxes, numpy.zeros(HOMO_CELLS)]).ravel()
+        stored = (after[phase] - before[phase]) / steps[-1]
+        imbalance = numpy.abs(leaving + stored)[1:-1].max()
+        print(f"{phase}: {imbalance:.5f} of {numpy.abs(leaving[1:-1]).max():.3f} stb/day, {imbalance / 603.03:.2e} of what is injected")
+        assert imbalance < 1e-4 * 603.03
 
 
 def test_the_well_rates_of_a_commercial_restart_are_taken(commercial):
