@@ -13,14 +13,6 @@ namespace kvr {
 
 namespace {
 
-/// The direction of `cell` as seen from its neighbour `other`, 0 if there is none.
-int directionBack(const ConnectionTable& connections, CellId cell, CellId other, int direction) {
-    if (direction <= 6) return oppositeFace(direction);
-    for (int d = 7; d <= connections.NDIR; ++d)
-        if (connections.Neighbour(other, d) == cell) return d;
-    return 0;
-}
-
 double seriesOf(double a, double b) {
     if (a == b) return a;
     return a * b > 0.0 ? 2.0 * a * b / (a + b) : 0.0;

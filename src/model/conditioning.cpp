@@ -2,10 +2,13 @@
 
 #include "base/constants.hpp"
 #include "base/hard_stop.hpp"
+#include "base/messages.hpp"
 #include "base/text.hpp"
 #include "model/box_transmissibility.hpp"
 #include "model/corner_transmissibility.hpp"
 #include "model/dual_porosity.hpp"
+#include "model/fault_faces.hpp"
+#include "model/further_connections.hpp"
 #include "model/given_by_cell.hpp"
 #include "model/multipliers.hpp"
 #include "model/neighbours.hpp"
@@ -204,6 +207,15 @@ void printSummary(const Console& console, const ConnectionSummary& summary) {
     lineToBoth(console, Rule);
 }
 
+/// What joins cells that are not neighbours is for runs whose transport knows of it.
+void leaveOutFurther(const Console& console, const RunOptions& options, GridModel& grid) {
+    if (!options.ninePoint && !grid.dual.isSet && options.componentCount == 0) return;
+    if (!grid.connectionRows.empty())
+        warn(console, "WARNING :: NNC, EDITNNC, EDITNNCR HAVE NO EFFECT WITH NINEPOIN, DUALPORO OR COMPS");
+    grid.connectionRows.clear();
+    grid.joinsAcrossFaults = false;
+}
+
 }  // namespace
 
 void prepareRock(const RunOptions& options, GridModel& grid) {
@@ -221,10 +233,16 @@ void releaseConditioning(bool keepAreas, ConnectionTable& connections) {
 void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, const UnitSystem& units,
                              GridModel& grid, ConnectionTable& connections) {
     const int faces = grid.dual.isSet ? TransferDirection : FaceCount;
-    const int width = options.ninePoint ? static_cast<int>(DirectionOffset.size()) : faces;
+    leaveOutFurther(console, options, grid);
+    const std::vector<SharedFace> shared =
+        grid.joinsAcrossFaults && options.useNewtran ? facesAcrossFaults(grid) : std::vector<SharedFace>{};
+    listFurther(grid, shared, connections);
+    const int width =
+        options.ninePoint ? static_cast<int>(DirectionOffset.size()) : std::max(faces, connections.NDIR);
     allocateConnections(console, grid.NCELLS, width, connections);
     prepareRock(options, grid);
     buildNeighbours(grid, connections);
+    placeFurther(grid, connections);
     const bool isFirst = !grid.editRockApplied;
     editRock(console, grid);
     shutCellsWithoutRock(grid);  // a repeated conditioning would find them before the edits
@@ -232,6 +250,7 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
         connectByCornerFormula(grid, connections, units.VolumeFactor);
     else
         connectByBoxFormula(grid, connections, units.VolumeFactor);
+    connectAcrossFaults(grid, shared, connections);
     settlePoreVolumes(console, isFirst, options.useNewtran, grid, connections);
     storeDiagonalDepths(grid, connections);
     // Only the fully implicit method lets the diagonals flow: faces that had given part of their flow to
@@ -247,6 +266,11 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     takeGivenTrans(grid, connections);
     if (const long long multiplied = multiplyFaces(grid, connections); multiplied > 0)
         both(console, " Connections multiplied by MULTX .. MULTZ-, MULTFLT: {}", multiplied);
+    if (const int lost = applyConnectionRows(grid, connections); lost > 0)
+        warn(console, "WARNING :: {} ROWS OF NNC, EDITNNC OR EDITNNCR FIND NO CONNECTION OF ACTIVE CELLS",
+             lost);
+    if (!connections.further.empty())
+        both(console, " Connections of cells that are not neighbours: {}", connections.further.size());
     printSummary(console, summarise(grid, connections));
 }
 

@@ -40,9 +40,8 @@ void storeHalf(const GridModel& grid, ConnectionTable& connections, CellId cell,
     connections.ConnLength(cell, d) = li + lj;
     connections.HarmonicPerm(cell, d) = (li + lj) / (lj / kj + li / ki) * DarcyConstant;
 
-    const double distance2 = squared(toFace);
-    const bool open = grid.Active[n] != 0 && distance2 > 0.0 && !isDisplaced(grid, cell, n, d);
-    connections.HalfTrans(cell, d) = open ? toFace[axis] * area * ki / distance2 * DarcyConstant : 0.0;
+    const bool open = grid.Active[n] != 0 && !isDisplaced(grid, cell, n, d);
+    connections.HalfTrans(cell, d) = open ? halfTransmissibility(grid, cell, d, area) : 0.0;
 }
 
 void joinHalves(ConnectionTable& connections, CellId cell, int d) {
@@ -59,6 +58,15 @@ Vector3 centreToFace(const GridModel& grid, CellId cell, int face) {
     const Vector3 centre = faceCentre(cornerOf(grid, cell, 1), face);
     return {std::abs(centre[0] - grid.CellCentre(cell, 1)), std::abs(centre[1] - grid.CellCentre(cell, 2)),
             std::abs(centre[2] - grid.CellCentre(cell, 3))};
+}
+
+double halfTransmissibility(const GridModel& grid, CellId cell, int face, double area) {
+    const int axis = (face - 1) / 2;
+    const Vector3 toFace = centreToFace(grid, cell, face);
+    const double distance2 = squared(toFace);
+    const double ntg = axis == 2 ? 1.0 : grid.NTG[cell];
+    const double k = permeabilityAlong(grid, axis)[cell] * ntg + MachineEpsilon;
+    return distance2 > 0.0 ? toFace[axis] * area * k / distance2 * DarcyConstant : 0.0;
 }
 
 bool isDisplaced(const GridModel& grid, CellId cell, CellId neighbour, int face) {

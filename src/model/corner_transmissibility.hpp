@@ -9,6 +9,10 @@ namespace kvr {
 /// Absolute components of the vector from a cell's centre to the centre of its own face 1..6, ft.
 Vector3 centreToFace(const GridModel& grid, CellId cell, int face);
 
+/// Half of a connection through an area (ft2) of a cell's face 1..6, whatever lies behind it: HalfTrans of
+/// connectByCornerFormula.
+double halfTransmissibility(const GridModel& grid, CellId cell, int face, double area);
+
 /// Lateral faces only: the centres of the two cells are further apart in depth than the mean extent of the
 /// cell's face, so the cells do not communicate.
 bool isDisplaced(const GridModel& grid, CellId cell, CellId neighbour, int face);

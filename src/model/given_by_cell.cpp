@@ -1,5 +1,6 @@
 #include "model/given_by_cell.hpp"
 
+#include "model/further_connections.hpp"
 #include "model/neighbours.hpp"
 
 namespace kvr {
@@ -56,6 +57,7 @@ CellId closeSmallCells(GridModel& grid, ConnectionTable& connections) {
         ++count;
     }
     if (count > 0) closeInactiveCells(grid, connections);
+    if (count > 0) closeFurther(grid, connections);
     return count;
 }
 

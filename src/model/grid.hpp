@@ -83,6 +83,14 @@ struct Pinch {
     bool acrossSmall = true;   // those that MINPV closes count too, however thick they are
 };
 
+/// A row of NNC, or of EDITNNC and EDITNNCR: two cells and what stands for their connection.
+struct ConnectionRow {
+    enum class Means : std::uint8_t { Add, Multiply, Replace };
+    CellId first = 0, second = 0;
+    double value = 0.0;  // transmissibility, rb cp/(day psi), or a factor
+    Means means = Means::Add;
+};
+
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
 struct GridModel {
     int NX = 0, NY = 0, NZ = 0;
@@ -121,6 +129,8 @@ struct GridModel {
     double leastPoreVolume = 0.0;  // MINPV, internal volume: a cell with less takes no part in flow
     Pinch pinch;
     CellArray<std::uint8_t> PinchedOut;  // 1: the cells above and below are neighbours; empty: none is
+    bool joinsAcrossFaults = false;      // lateral faces join every cell that they touch, by the shared area
+    std::vector<ConnectionRow> connectionRows;
     std::vector<FaultFaces> faultFaces;
     std::vector<FaultMultiplier> faultMultipliers;
     bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run

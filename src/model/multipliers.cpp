@@ -23,13 +23,33 @@ constexpr MultiplierKeyword Keywords[] = {
     {"TRANZ", MultiplierTarget::Trans, 2, nullptr, ByEdit},
 };
 
-/// The connection of a cell through a face, from both of its sides; false where there is none.
+void multiplyBothSides(CellId cell, int direction, double factor, ConnectionTable& connections) {
+    const CellId neighbour = connections.Neighbour(cell, direction);
+    connections.Trans(cell, direction) *= factor;
+    connections.Trans(neighbour, directionBack(connections, cell, neighbour, direction)) *= factor;
+}
+
+/// Whether a further connection goes through a face of a cell, across a fault.
+bool leavesBy(const FurtherConnection& further, CellId cell, int face) {
+    if (further.face == 0) return false;
+    return cell == further.first ? face == further.face
+                                 : cell == further.second && face == oppositeFace(further.face);
+}
+
+/// The connections of a cell through a face, from both of their sides; false where there is none.
 bool multiplyConnection(CellId cell, int face, double factor, ConnectionTable& connections) {
-    const CellId neighbour = connections.Neighbour(cell, face);
-    if (neighbour <= 0) return false;
-    connections.Trans(cell, face) *= factor;
-    connections.Trans(neighbour, oppositeFace(face)) *= factor;
-    return true;
+    const bool hasNeighbour = connections.Neighbour(cell, face) > 0;
+    if (hasNeighbour) multiplyBothSides(cell, face, factor, connections);
+    bool any = hasNeighbour;
+    for (int d = FaceCount + 1; !connections.further.empty() && d <= connections.NDIR; ++d) {
+        const CellId other = connections.Neighbour(cell, d);
+        if (other <= 0) continue;
+        const FurtherConnection& further = furtherBetween(connections, cell, other);
+        if (!leavesBy(further, cell, face)) continue;
+        multiplyBothSides(cell, d, factor, connections);
+        any = true;
+    }
+    return any;
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ CellId neighbourOf(const GridModel& grid, CellId cell, int direction) {
 void buildNeighbours(const GridModel& grid, ConnectionTable& connections) {
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId cell = 1; cell <= grid.NCELLS; ++cell)
-        for (int d = 1; d <= connections.NDIR; ++d)
+        for (int d = 1; d <= (connections.further.empty() ? connections.NDIR : FaceCount); ++d)
             connections.Neighbour(cell, d) = grid.Active[cell] != 0 ? connectedTo(grid, cell, d) : 0;
 }
 
@@ -54,6 +54,7 @@ void closeInactiveCells(const GridModel& grid, ConnectionTable& connections) {
         if (grid.Active[cell] != 0) continue;
         for (int d = 1; d <= connections.Trans.width; ++d) {
             connections.Trans(cell, d) = 0.0;
+            if (!connections.further.empty() && d > FaceCount) continue;
             const CellId beside = neighbourOf(grid, cell, d);
             if (beside <= 0) continue;
             for (int back = 1; back <= connections.Trans.width; ++back)

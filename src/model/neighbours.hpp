@@ -21,7 +21,8 @@ inline constexpr std::array<std::array<int, 3>, 26> DirectionOffset = {{
 /// its half with dual porosity. Active or not; up and down it is the first that is not pinched out.
 CellId neighbourOf(const GridModel& grid, CellId cell, int direction);
 
-/// Fills the first NDIR columns of Neighbour. An inactive cell has none; an inactive neighbour stays.
+/// Fills the first NDIR columns of Neighbour, those of faces alone where there are further connections. An
+/// inactive cell has none; an inactive neighbour stays.
 void buildNeighbours(const GridModel& grid, ConnectionTable& connections);
 
 /// No transmissibility to or from inactive cells: for cells that the files of another simulator have taken

@@ -67,10 +67,11 @@ WaterMovement waterMovement(double dt, const Simulation& s, const TransportAccou
     WaterMovement movement;
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
         for (int axis = 1; axis <= account.passed.width; ++axis) {
-            const CellId other = s.connections.Neighbour(cell, 2 * axis);
+            const int direction = directionOfAxis(axis);
+            const CellId other = s.connections.Neighbour(cell, direction);
             const double volume = dt * account.passed(cell, axis).water;
             if (other <= 0 || !(volume > 0.0)) continue;
-            const bool up = outflowThrough(s.connections, s.velocity.CellFaceFlux, cell, 2 * axis) > 0.0;
+            const bool up = outflowThrough(s.connections, s.velocity.CellFaceFlux, cell, direction) > 0.0;
             movement.passages.push_back({up ? cell : other, up ? other : cell, volume});
         }
     for (CellId cell = 1; cell <= account.transferred.count(); ++cell) {
@@ -92,8 +93,8 @@ void keepWaterMoved(const Simulation& s, const TransportAccount& account, Direct
     moved.assign(s.grid.NCELLS, account.passed.width, 0.0);
     for (CellId cell = 1; cell <= s.grid.NCELLS; ++cell)
         for (int axis = 1; axis <= account.passed.width; ++axis) {
-            const CellId other = s.connections.Neighbour(cell, 2 * axis);
-            const double flux = s.velocity.CellFaceFlux(cell, 2 * axis);
+            const CellId other = s.connections.Neighbour(cell, directionOfAxis(axis));
+            const double flux = s.velocity.CellFaceFlux(cell, directionOfAxis(axis));
             if (other <= 0 || flux == 0.0) continue;
             const double volume = s.state.Bw[flux > 0.0 ? cell : other] * account.passed(cell, axis).water;
             moved(cell, axis) = flux > 0.0 ? volume : -volume;

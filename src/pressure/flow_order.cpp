@@ -6,7 +6,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int Faces = 6;
 constexpr int Unseen = 0;
 
 /// A cell whose upstream neighbours are being gone through.
@@ -57,7 +56,7 @@ void leave(Search& search, FlowOrder& order) {
 void advance(const ConnectionTable& connections, const DirectionArray<double>& flux, Search& search,
              FlowOrder& order) {
     Visit& visit = search.path.back();
-    for (; visit.nextFace <= Faces; ++visit.nextFace) {
+    for (; visit.nextFace <= connections.flowDirections; ++visit.nextFace) {
         const CellId upstream = connections.Neighbour(visit.cell, visit.nextFace);
         if (upstream <= 0 || !(outflowThrough(connections, flux, visit.cell, visit.nextFace) < 0.0)) continue;
         if (search.number[upstream] == Unseen) {
@@ -74,9 +73,9 @@ void advance(const ConnectionTable& connections, const DirectionArray<double>& f
 
 double outflowThrough(const ConnectionTable& connections, const DirectionArray<double>& flux, CellId cell,
                       int face) {
-    if (face % 2 == 0) return flux(cell, face);
+    if (isLowSide(connections, cell, face)) return flux(cell, face);
     const CellId low = connections.Neighbour(cell, face);
-    return low > 0 ? -flux(low, face + 1) : 0.0;
+    return low > 0 ? -flux(low, directionBack(connections, cell, low, face)) : 0.0;
 }
 
 void orderByFlow(const GridModel& grid, const ConnectionTable& connections,

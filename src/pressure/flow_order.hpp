@@ -17,8 +17,8 @@ struct FlowOrder {
 };
 
 /// Order by the strongly connected components of the graph of the face flows (Tarjan 1972), linear in cells
-/// and faces. `flux` (cell, face 1..6) is positive toward increasing index; a face that both its cells see is
-/// taken from the cell on its low side.
+/// and faces. `flux` (cell, direction) is positive toward increasing index, or number of the cell beyond the
+/// faces; what both cells of a connection see is taken from its low side.
 void orderByFlow(const GridModel& grid, const ConnectionTable& connections,
                  const DirectionArray<double>& flux, FlowOrder& order);
 

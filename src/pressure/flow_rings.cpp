@@ -10,7 +10,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int Faces = 6;
 constexpr int Unseen = 0;
 constexpr double TurnOverThrough = 16.0;  // of the weakest flow of a unit over what passes through it
 constexpr double TurnOverContent = 10.0;  // of the same over a step, in pore volumes of the unit
@@ -118,7 +117,7 @@ RingGraph graphOf(const RingField& field, std::span<const CellId> ring) {
     for (std::size_t n = 0; n < ring.size(); ++n) {
         result.poreVolume.push_back(field.poreVolume[ring[n]]);
         result.smallestPores = std::min(result.smallestPores, result.poreVolume.back());
-        for (int face = 1; face <= Faces; ++face) {
+        for (int face = 1; face <= field.connections.flowDirections; ++face) {
             const CellId neighbour = field.connections.Neighbour(ring[n], face);
             if (neighbour <= 0) continue;
             const double flow = outflowThrough(field.connections, field.flux, ring[n], face);

@@ -9,12 +9,6 @@
 
 namespace kvr {
 
-namespace {
-
-constexpr int Axes = 3;
-
-}  // namespace
-
 void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& grid,
                     const ConnectionTable& connections, const FluidTables& tables,
                     const DirectionArray<double>& flux, const WellRecord& wells, const MakeUp& makeUp,
@@ -24,8 +18,8 @@ void advanceInOrder(double dt, const FractionSlopes& slopes, const GridModel& gr
     orderByFlow(grid, connections, flux, order);
     Walk walk{dt, slopes, grid, connections, tables, flux,    wells,   makeUp, buoyancy, state, transfer,
               {}, {},     {},   {},          {},     amounts, account, {},     0,        {}};
-    walk.passed.assign(grid.NCELLS, Axes, {});
-    walk.tilt.assign(grid.NCELLS, Axes, 0.0);
+    walk.passed.assign(grid.NCELLS, flowAxes(connections), {});
+    walk.tilt.assign(grid.NCELLS, flowAxes(connections), 0.0);
     account.deficit = 0.0;
     listOutlets(walk);
     if (!transfer.flux.empty()) {

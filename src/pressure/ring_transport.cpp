@@ -12,7 +12,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int Faces = 6;
 constexpr std::size_t Components = 3;
 constexpr int MostSweeps = 50;       // over the cells of a ring
 constexpr double SteadyRing = 1e-9;  // change of what passes back between sweeps, share of the receiver
@@ -55,7 +54,7 @@ TankFluid commonFluid(std::span<const CellId> cells, const Walk& walk) {
 double volumeAtEnd(CellId cell, const Walk& walk) {
     const TankFluid fluid = fluidOf(cell, walk);
     double volume = volumeOf(fluid, amountsOf(walk.amounts, cell));
-    for (int face = 1; face <= Faces; ++face)
+    for (int face = 1; face <= walk.connections.flowDirections; ++face)
         if (walk.connections.Neighbour(cell, face) > 0)
             volume -= walk.dt * outflowThrough(walk.connections, walk.flux, cell, face);
     for (int k = walk.firstOutlet[cell]; k != NoConnection;
@@ -152,7 +151,7 @@ void openBackFaces(Ring& ring, Walk& walk) {
     const int lastUnit = firstUnit + static_cast<int>(ring.last - ring.first);
     for (std::size_t n = ring.plan.unitStart[ring.first]; n < ring.plan.unitStart[ring.last]; ++n) {
         const CellId cell = ring.plan.cells[n];
-        for (int face = 1; face <= Faces; ++face) {
+        for (int face = 1; face <= walk.connections.flowDirections; ++face) {
             const CellId giver = walk.connections.Neighbour(cell, face);
             if (giver <= 0 || walk.unit[giver] <= walk.unit[cell] || walk.unit[giver] >= lastUnit) continue;
             const double flow = -outflowThrough(walk.connections, walk.flux, cell, face);

@@ -12,7 +12,6 @@ namespace kvr {
 
 namespace {
 
-constexpr int Faces = 6;
 constexpr double TrustedError =
     0.01;                             // saturation that a known make-up may be wrong by and still be followed
 constexpr double TrustedTurns = 1.0;  // of a cell's content, within which it always is
@@ -56,7 +55,9 @@ ConservedAmounts operator*(double factor, const ConservedAmounts& a) {
 }
 
 FacePlace placeOf(const ConnectionTable& connections, CellId cell, int face) {
-    return {face % 2 == 0 ? cell : connections.Neighbour(cell, face), (face + 1) / 2};
+    if (isLowSide(connections, cell, face)) return {cell, axisOf(face)};
+    const CellId low = connections.Neighbour(cell, face);
+    return {low, axisOf(directionBack(connections, cell, low, face))};
 }
 
 void listOutlets(Walk& walk) {
@@ -74,7 +75,7 @@ void listOutlets(Walk& walk) {
 }
 
 bool faceIsKnown(const MakeUp& makeUp, FacePlace place) {
-    return makeUp.faceKnown.width > 0 && makeUp.faceKnown(place.cell, place.axis) != 0;
+    return place.axis <= makeUp.faceKnown.width && makeUp.faceKnown(place.cell, place.axis) != 0;
 }
 
 const WellConnection& connectionOf(const Walk& walk, const Outlet& outlet) {
@@ -141,7 +142,7 @@ void listBuoyant(CellId cell, int face, double out, Walk& walk) {
 
 TankFlows flowsOf(CellId cell, Walk& walk) {
     TankFlows flows;
-    for (int face = 1; face <= Faces; ++face) {
+    for (int face = 1; face <= walk.connections.flowDirections; ++face) {
         if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
         const double out = outflowThrough(walk.connections, walk.flux, cell, face);
         if (out == 0.0) continue;
@@ -202,7 +203,7 @@ ConservedAmounts share(CellId cell, double trust, const TankFluid& fluid, const 
     };
     // What passes back in a ring is repeated until it stands, in the mean of the step.
     const bool inRing = !walk.unit.empty() && walk.unit[cell] != 0;
-    for (int face = 1; face <= Faces; ++face) {
+    for (int face = 1; face <= walk.connections.flowDirections; ++face) {
         if (walk.connections.Neighbour(cell, face) <= 0 || withinUnit(walk, cell, face)) continue;
         const double out = outflowThrough(walk.connections, walk.flux, cell, face);
         if (!(out > 0.0)) continue;

@@ -46,7 +46,7 @@ struct Walk {
 /// Whether a cell is one of fractures that exchanges with its matrix.
 bool hasMatrix(const Walk& walk, CellId cell);
 
-/// A face by its low cell and axis 1..3.
+/// A connection by its low cell and axis, see axisOf.
 struct FacePlace {
     CellId cell = 0;
     int axis = 1;

@@ -68,7 +68,7 @@ PhaseFlux phaseInflow(double flowUnit, const ConnectionTable& connections, const
 PhaseFlux phaseFlux(double flowUnit, const ConnectionTable& connections, const CellState& s, CellId c, int d,
                     const std::uint8_t* sides) {
     const PhaseFlux in = phaseInflow(flowUnit, connections, s, c, d, sides);
-    const double sign = -FaceSign[static_cast<std::size_t>(d) - 1];
+    const double sign = isLowSide(connections, c, d) ? -1.0 : 1.0;
     return {sign * in.oil, sign * in.water, sign * in.gas};
 }
 
@@ -78,9 +78,10 @@ bool needsFaceVelocity(const RunOptions& options) {
     return options.orthogonalProjection || !options.cornerPointTracing;
 }
 
-void AllocateVelocity(const Console& console, CellId count, bool faceVelocity, VelocityField& velocity) {
+void AllocateVelocity(const Console& console, CellId count, int directions, bool faceVelocity,
+                      VelocityField& velocity) {
     try {
-        velocity.CellFaceFlux.assign(count, FaceCount, 0.0);
+        velocity.CellFaceFlux.assign(count, directions, 0.0);
         if (faceVelocity) velocity.CellFaceVelocity.assign(count, FaceCount, 0.0);
     } catch (const std::bad_alloc&) {
         lineToBoth(console, "Error :: Allocation of velocity, flow and its gradient");
@@ -177,7 +178,7 @@ void BuildVelocityFromPressure(const RunOptions& options, const UnitSystem& unit
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
         const std::uint8_t* sidesOfCell = sides.width > 0 ? sides.row(c) : nullptr;
-        for (int d = 1; d <= FaceCount; ++d) {
+        for (int d = 1; d <= connections.flowDirections; ++d) {
             const PhaseFlux flux = phaseFlux(units.FlowUnit, connections, state, c, d, sidesOfCell);
             velocity.CellFaceFlux(c, d) = flux.oil + flux.water + flux.gas;
         }

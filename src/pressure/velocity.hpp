@@ -15,9 +15,10 @@ namespace kvr {
 /// Tracing in boxes and the orthogonal projection need velocities beside fluxes.
 bool needsFaceVelocity(const RunOptions& options);
 
-/// Sizes the velocity field, with velocities where they are asked for; "Error :: Allocation of velocity, flow
-/// and its gradient" and a stop when memory is short.
-void AllocateVelocity(const Console& console, CellId count, bool faceVelocity, VelocityField& velocity);
+/// Sizes the velocity field, fluxes by `directions` of each cell, with velocities where they are asked for;
+/// "Error :: Allocation of velocity, flow and its gradient" and a stop when memory is short.
+void AllocateVelocity(const Console& console, CellId count, int directions, bool faceVelocity,
+                      VelocityField& velocity);
 
 /// Fluxes of the phases through one face of a cell, rb/day.
 struct PhaseFlux {

@@ -69,7 +69,8 @@ void readModel(Simulation& s) {
     CALCTRANS_STATICGEOPART(s.console, s.options, s.units, s.grid, s.connections);
     input_INIT_TRANS(s.console, s.options, s.units, header, s.grid, s.connections);
     input_ACTNUM_EGRID(s.console, s.options, header, s.grid);
-    AllocateVelocity(s.console, s.grid.NCELLS, needsFaceVelocity(s.options), s.velocity);
+    AllocateVelocity(s.console, s.grid.NCELLS, s.connections.flowDirections, needsFaceVelocity(s.options),
+                     s.velocity);
 }
 
 /// Cells, wells and fluxes of the restart; its time is the end of the run.

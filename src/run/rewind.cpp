@@ -51,7 +51,8 @@ void renewWork(Simulation& s) {
 
 void allocateWork(Simulation& s) {
     allocateStreamlines(s);
-    AllocateVelocity(s.console, s.grid.NCELLS, needsFaceVelocity(s.options), s.velocity);
+    AllocateVelocity(s.console, s.grid.NCELLS, s.connections.flowDirections, needsFaceVelocity(s.options),
+                     s.velocity);
     s.velocity.CellFaceFlux = s.matchStart.level.faceFlux;
 }
 

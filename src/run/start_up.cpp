@@ -387,9 +387,9 @@ void startUp(Simulation& simulation) {
     startClock(simulation.schedule, simulation.clock);
     passTablesAtRestart(simulation);
     allocateStreamlines(simulation);
-    AllocateVelocity(simulation.console, simulation.grid.NCELLS, needsFaceVelocity(simulation.options),
-                     simulation.velocity);
     conditionGeometry(simulation);
+    AllocateVelocity(simulation.console, simulation.grid.NCELLS, simulation.connections.flowDirections,
+                     needsFaceVelocity(simulation.options), simulation.velocity);
     applyFaultMultipliers(1, simulation);
     if (readsOld && !simulation.options.checkOnly) {
         takeOutsideModel(simulation);

@@ -121,7 +121,7 @@ struct MobilityChange {
 double flowThrough(const Simulation& s, CellId cell) {
     const double* flux = s.velocity.CellFaceFlux.row(cell);
     double through = 0.0;
-    for (int face = 0; face < FaceCount; ++face) through += std::abs(flux[face]);
+    for (int face = 0; face < s.velocity.CellFaceFlux.width; ++face) through += std::abs(flux[face]);
     return through;
 }
 

@@ -229,6 +229,12 @@ bool exchangesWithMatrix(const Simulation& s) {
     return false;
 }
 
+/// Whether cells pass fluids on alone, without what lines tell of the make-up of their flows: beside matrix,
+/// and where saturations are means over lines, which do not pass connections of cells that are no neighbours.
+bool goesByCells(const Simulation& s) {
+    return exchangesWithMatrix(s) || (!s.connections.further.empty() && !carriesAmounts(s.options));
+}
+
 /// The packed cells of the step make room for what the splitting and the pressure solver need.
 void clearStep(Simulation& s) {
     releaseTraceField(s.lines.field.trace);
@@ -313,7 +319,7 @@ void allocateStreamlines(Simulation& simulation) {
 
 void StreamlineStep(Simulation& simulation, int iterationsLeft, int /*iteration*/, double remainingToEnd,
                     double remainingToReport) {
-    if (exchangesWithMatrix(simulation)) {
+    if (goesByCells(simulation)) {
         drawLines(simulation, remainingToEnd, remainingToReport);
         clearVisited(simulation.mapping);  // gravity along lines is left to none of them
         return transportAmounts({}, true, simulation);

@@ -136,12 +136,12 @@ def test_warnings_stand_by_kind_with_place_and_count_and_in_the_end_file(tmp_pat
 
 
 def test_keywords_that_change_the_answer_stand_apart_from_those_that_steer_output(tmp_path):
-    grid = small_deck.GRID + "NNC\n1 1 1 2 1 1 5 /\n/\n"
+    grid = small_deck.GRID + "MULTREGP\n1 2 /\n/\n"
     schedule = small_deck.SCHEDULE.replace("TSTEP", "RPTSCHED\n1 /\nTSTEP", 1)
     deck = small_deck.deck(grid=grid, schedule=schedule)
     lines = closing(finished_normally(run(tmp_path, deck)).console)
-    at = [1 + deck.splitlines().index(word) for word in ("NNC", "RPTSCHED")]
-    assert row(lines, "NOT USED") == f"NNC (line {at[0]})"
+    at = [1 + deck.splitlines().index(word) for word in ("MULTREGP", "RPTSCHED")]
+    assert row(lines, "NOT USED") == f"MULTREGP (line {at[0]})"
     assert row(lines, "Not needed").startswith(f"RPTSCHED (line {at[1]}") or f"RPTSCHED (line {at[1] + 1}" in row(lines, "Not needed")
 
 

@@ -69,6 +69,11 @@ void readTransOf(SectionReader& reader, GridModel& grid) {
     readTrans(reader, Axis, grid);
 }
 
+template <ConnectionRow::Means What>
+void readConnections(SectionReader& reader, GridModel& grid) {
+    readConnectionRows(reader, What, grid);
+}
+
 constexpr std::array Keywords = {
     KeywordRow<GridModel>{"EDIT", sayGridKeyword, "the section word"},
     KeywordRow<GridModel>{
@@ -82,6 +87,13 @@ constexpr std::array Keywords = {
     KeywordRow<GridModel>{"TRANY", readTransOf<1>, "the same at j + 1"},
     KeywordRow<GridModel>{"TRANZ", readTransOf<2>, "the same at k + 1"},
     KeywordRow<GridModel>{"EQUALS", readEditEquals, "sets PORV, TRANX, TRANY, TRANZ over a box"},
+    KeywordRow<GridModel>{"NNC", readConnections<ConnectionRow::Means::Add>, "as in `GRID`"},
+    KeywordRow<GridModel>{
+        "EDITNNC", readConnections<ConnectionRow::Means::Multiply>,
+        "rows of I, J, K of two cells and what the connection between them is multiplied by, one of `NNC` or "
+        "across a fault"},
+    KeywordRow<GridModel>{"EDITNNCR", readConnections<ConnectionRow::Means::Replace>,
+                          "the same, with the transmissibility that it then has"},
     KeywordRow<GridModel>{"MULTFLT", readFaultMultiplierRows, "as in `GRID`, on top of what stands there"},
     KeywordRow<GridModel>{"MULTPV", readMultpv, "as in `GRID`, in place of what stands there"},
 };

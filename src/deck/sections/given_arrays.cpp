@@ -15,10 +15,6 @@ namespace {
 constexpr double NotGiven = -1.0;
 constexpr std::array<std::string_view, 3> TransNames = {"TRANX", "TRANY", "TRANZ"};
 
-UnitSystem otherUnits(const UnitSystem& units) {
-    return units.deck == DeckUnits::Metric ? fieldUnits() : metricUnits();
-}
-
 /// Deck to internal volume of a reservoir. Liquids at the surface have the same unit.
 double volumeFactor(const UnitSystem& units) {
     return units.liquidRate;
@@ -44,6 +40,10 @@ void readGiven(SectionReader& reader, const GridModel& grid, double factor, doub
 }
 
 }  // namespace
+
+UnitSystem otherUnits(const UnitSystem& units) {
+    return units.deck == DeckUnits::Metric ? fieldUnits() : metricUnits();
+}
 
 void readPorv(SectionReader& reader, GridModel& grid) {
     readGiven(reader, grid, volumeFactor(*reader.units), volumeCopyFactor(*reader.units),

@@ -5,6 +5,9 @@
 
 namespace kvr {
 
+/// The unit system of a deck in the other units, field or metric.
+UnitSystem otherUnits(const UnitSystem& units);
+
 // Pore volumes and transmissibilities that the deck gives in place of those that its geometry and rock would
 // have, and the least pore volume of a cell that takes part.
 

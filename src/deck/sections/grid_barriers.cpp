@@ -3,6 +3,7 @@
 #include "base/text.hpp"
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
+#include "deck/sections/given_arrays.hpp"
 #include "model/cell_box.hpp"
 #include "model/multipliers.hpp"
 
@@ -162,6 +163,53 @@ void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridMod
         for (const std::string& fault : faults) keepFactor(fault, value, means, kept);
     }
     endCopiedList(reader);
+}
+
+namespace {
+
+using Place = std::array<int, 3>;
+
+CellId cellAt(const SectionReader& reader, const GridModel& grid, const Place& ijk) {
+    checkBox(reader, grid, {ijk[0], ijk[0], ijk[1], ijk[1], ijk[2], ijk[2]});
+    return *std::min_element(ijk.begin(), ijk.end()) < 1 ? 0 : cellIndex(grid, ijk[0], ijk[1], ijk[2]);
+}
+
+}  // namespace
+
+void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    const bool isFactor = means == ConnectionRow::Means::Multiply;
+    const UnitSystem& units = *reader.units;
+    const double unit = isFactor ? 1.0 : units.connectionFactor;
+    const double copied = isFactor ? 1.0 : unit / otherUnits(units).connectionFactor;
+    int rows = 0;
+    for (; nextRow(reader); ++rows) {
+        ConnectionRow row;
+        Place a{}, b{};
+        row.value = isFactor ? 1.0 : 0.0;
+        const std::array<ListTarget, 7> targets = {&a[0], &a[1], &a[2], &b[0], &b[1], &b[2], &row.value};
+        checkRead(reader, readList(*reader.cursor, targets));
+        copyRow(reader, {{1.0 * a[0]},
+                         {1.0 * a[1]},
+                         {1.0 * a[2]},
+                         {1.0 * b[0]},
+                         {1.0 * b[1]},
+                         {1.0 * b[2]},
+                         {row.value, copied, {}}});
+        row.first = cellAt(reader, grid, a);
+        row.second = cellAt(reader, grid, b);
+        row.means = means;
+        if (row.first == row.second || row.first == 0 || row.second == 0 || !(row.value >= 0.0)) {
+            warnHere(reader, "WARNING :: A ROW OF {} WITHOUT TWO CELLS, OR BELOW 0, IS SKIPPED",
+                     reader.keyword);
+            continue;
+        }
+        row.value *= unit;
+        grid.connectionRows.push_back(row);
+    }
+    endCopiedList(reader);
+    both(consoleOf(reader), "-> Rows of connections = {}", rows);
 }
 
 }  // namespace kvr

@@ -33,4 +33,8 @@ enum class FaultMeans { Replace, Multiply };
 void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridModel& grid,
                           std::vector<FaultMultiplier>& kept);
 
+/// Rows of two cells and a value, up to a slash line, kept in grid.connectionRows: a transmissibility, or a
+/// factor. Items behind it that change flow are told.
+void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridModel& grid);
+
 }  // namespace kvr

@@ -202,6 +202,10 @@ void readPinchOuts(SectionReader& reader, GridRecords& records) {
     readPinch(reader, records.grid);
 }
 
+void readNnc(SectionReader& reader, GridRecords& records) {
+    readConnectionRows(reader, ConnectionRow::Means::Add, records.grid);
+}
+
 void readFaultRows(SectionReader& reader, GridRecords& records) {
     readFaults(reader, records.grid);
 }
@@ -275,6 +279,9 @@ constexpr std::array Keywords = {
     Row{"MULTX-", readMultiplierOf<1>, "the same at i - 1"},
     Row{"MULTY-", readMultiplierOf<3>, "the same at j - 1"},
     Row{"MULTZ-", readMultiplierOf<5>, "the same at k - 1"},
+    Row{"NNC", readNnc,
+        "rows of I, J, K of two cells and the transmissibility of a connection between them; where they have "
+        "one it is added"},
     Row{"FAULTS", readFaultRows,
         "rows of a name, I1, I2, J1, J2, K1, K2 and a face (X, X-, Y, Y-, Z, Z- or I, J, K): the faces of a "
         "fault"},
@@ -310,6 +317,7 @@ void completeGeometry(const SectionReader& reader, GridRecords& records) {
         if (grid.coordAfterZcorn || grid.blockInput) buildFromCorners(reader, grid);
         if (grid.blockInput) records.options.useNewtran = true;
         grid.blockInput = false;
+        grid.joinsAcrossFaults = reader.commonForm;
         return;
     }
     if (!grid.blockInput) return;

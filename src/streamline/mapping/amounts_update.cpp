@@ -3,6 +3,7 @@
 #include "base/threads.hpp"
 #include "fluid/black_oil.hpp"
 #include "pressure/cell_transport.hpp"
+#include "pressure/flow_order.hpp"
 #include "streamline/mapping/face_transfer.hpp"
 #include "streamline/mapping/mapping.hpp"
 
@@ -39,8 +40,40 @@ bool isTold(double told, double flow) {
     return told * flow > 0.0 && std::abs(told) >= LeastShare * std::abs(flow);
 }
 
+/// Cells that fluids reach through connections which lines know nothing of: those of cells that are not
+/// neighbours. Empty where there are none.
+CellArray<std::uint8_t> beyondLines(const Simulation& s) {
+    CellArray<std::uint8_t> beyond;
+    if (s.connections.further.empty()) return beyond;
+    beyond.assign(s.grid.NCELLS, 0);
+    const DirectionArray<double>& flux = s.velocity.CellFaceFlux;
+    std::vector<CellId> open;
+    const auto reach = [&](CellId cell) {
+        if (beyond[cell] == 0) open.push_back(cell);
+        beyond[cell] = 1;
+    };
+    for (const FurtherConnection& further : s.connections.further) {
+        const double flow = flux(further.first, further.fromFirst);
+        if (flow != 0.0) reach(flow > 0.0 ? further.second : further.first);
+    }
+    while (!open.empty()) {
+        const CellId cell = open.back();
+        open.pop_back();
+        for (int d = 1; d <= s.connections.flowDirections; ++d) {
+            const CellId next = s.connections.Neighbour(cell, d);
+            if (next > 0 && outflowThrough(s.connections, flux, cell, d) > 0.0) reach(next);
+        }
+    }
+    return beyond;
+}
+
+/// Whether lines may speak of what leaves a cell.
+bool linesSpeak(const CellArray<std::uint8_t>& beyond, CellId cell) {
+    return beyond.empty() || beyond[cell] == 0;
+}
+
 /// Faces that lines cross along their flow.
-void faceMakeUp(const Simulation& s, MakeUp& makeUp) {
+void faceMakeUp(const Simulation& s, const CellArray<std::uint8_t>& beyond, MakeUp& makeUp) {
     const FaceTransfer& lines = s.lines.transfer;
     makeUp.faceKnown.assign(s.grid.NCELLS, Axes, 0);
     makeUp.face.assign(s.grid.NCELLS, Axes, {});
@@ -52,6 +85,7 @@ void faceMakeUp(const Simulation& s, MakeUp& makeUp) {
             const double told = lines.told(cell, axis);
             if (!(flow * flux > 0.0) || !isTold(told, flow)) continue;
             const CellId from = flux > 0.0 ? cell : s.connections.Neighbour(cell, 2 * axis);
+            if (!linesSpeak(beyond, from)) continue;
             const ConservedAmounts amounts{lines.water(cell, axis) / told, lines.oil(cell, axis) / told,
                                            lines.gas(cell, axis) / told};
             makeUp.faceKnown(cell, axis) =
@@ -60,7 +94,7 @@ void faceMakeUp(const Simulation& s, MakeUp& makeUp) {
 }
 
 /// Producing connections that lines reach.
-void connectionMakeUp(const Simulation& s, MakeUp& makeUp) {
+void connectionMakeUp(const Simulation& s, const CellArray<std::uint8_t>& beyond, MakeUp& makeUp) {
     const OutletTable& outlets = s.lines.outlets;
     makeUp.connectionKnown.resize(outlets.size());
     makeUp.connection.resize(outlets.size());
@@ -69,8 +103,8 @@ void connectionMakeUp(const Simulation& s, MakeUp& makeUp) {
         makeUp.connection[w].assign(outlets[w].size(), {});
         for (std::size_t n = 0; n < outlets[w].size(); ++n) {
             const OutletRates& sum = outlets[w][n];
-            if (!isTold(sum.told, sum.reservoir)) continue;
             const CellId cell = s.wells.wells[w].connections[n].ConnCell;
+            if (!isTold(sum.told, sum.reservoir) || !linesSpeak(beyond, cell)) continue;
             makeUp.connectionKnown[w][n] =
                 makeUpOf(s.fluids, s.state, cell, {sum.water, sum.oil, sum.gas}, makeUp.connection[w][n]) ? 1
                                                                                                           : 0;
@@ -90,14 +124,17 @@ void saturationOfLines(const GridModel& grid, const MappingSums& sums, CellArray
 
 void advanceByFaceTransfer(Simulation& simulation) {
     MakeUp makeUp;
-    faceMakeUp(simulation, makeUp);
-    connectionMakeUp(simulation, makeUp);
+    const CellArray<std::uint8_t> beyond = beyondLines(simulation);
+    faceMakeUp(simulation, beyond, makeUp);
+    connectionMakeUp(simulation, beyond, makeUp);
     // Analytic lines know nothing of tracers,
     const bool analytic = simulation.lines.field.solver == LineSolver::Analytic;
     // ... and what they pass is what they hold: there is nothing to compare.
     if (!analytic) saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
-    transportAmounts(makeUp, analytic, simulation);
-    if (!analytic) mapTracers(simulation.grid, simulation.mapping, simulation.state);
+    // ... nor do others behind connections that they do not pass.
+    const bool byCells = analytic || !beyond.empty();
+    transportAmounts(makeUp, byCells, simulation);
+    if (!byCells) mapTracers(simulation.grid, simulation.mapping, simulation.state);
 }
 
 }  // namespace kvr

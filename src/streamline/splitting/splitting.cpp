@@ -19,7 +19,6 @@ namespace {
 constexpr double LargestSubstep = 100.0;  // days
 constexpr double FlatBedLimit = 1e-8;     // ft; a model with smaller lateral differences lies flat
 constexpr int ProgressInterval = 50;      // substeps between progress lines
-constexpr int Axes = 3;
 constexpr double HalfStep = 0.5;
 constexpr double SlopeStep = 1e-3;  // of a saturation, for slopes of capillary pressures
 
@@ -138,8 +137,8 @@ SplittingStage beginStage(Simulation& simulation) {
     if (stage.carries) stage.start.assign(count, {});
     if (stage.projection) loadVelocities(simulation, stage);
     if (stage.carries && simulation.state.tracer.width > 0) {
-        stage.waterRate.assign(count, Axes, 0.0);
-        stage.waterPassed.assign(count, Axes, 0.0);
+        stage.waterRate.assign(count, flowAxes(simulation.connections), 0.0);
+        stage.waterPassed.assign(count, flowAxes(simulation.connections), 0.0);
     }
 #pragma omp parallel for schedule(static) if (count >= ParallelHeavyCells)
     for (CellId cell = 1; cell <= count; ++cell) loadCell(simulation, cell, stage);
@@ -222,9 +221,9 @@ void exchangeTracers(const SplittingStage& stage, const CellArray<double>& befor
     if (stage.waterPassed.width == 0) return;
     WaterMovement movement;
     for (CellId cell = 1; cell <= before.count(); ++cell)
-        for (int axis = 1; axis <= Axes; ++axis) {
+        for (int axis = 1; axis <= stage.waterPassed.width; ++axis) {
             const double volume = stage.waterPassed(cell, axis);
-            const CellId other = simulation.connections.Neighbour(cell, 2 * axis);
+            const CellId other = simulation.connections.Neighbour(cell, directionOfAxis(axis));
             if (volume == 0.0 || other <= 0) continue;
             movement.passages.push_back(
                 {volume > 0.0 ? cell : other, volume > 0.0 ? other : cell, std::abs(volume)});
@@ -293,6 +292,8 @@ double largestLateralDepthDifference(const GridModel& grid, const ConnectionTabl
         for (int face = 1; face <= LateralFaces; ++face)
             largest = std::max(largest, std::abs(connections.DepthDiff(cell, face)));
     }
+    for (const FurtherConnection& further : connections.further)
+        largest = std::max(largest, std::abs(connections.DepthDiff(further.first, further.fromFirst)));
     return largest;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/threads.hpp"
 #include "pressure/flow_order.hpp"
+#include "pressure/transport_walk.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -33,9 +34,8 @@ double relativeRate(double saturation, double outflow) {
 
 /// Water that transport has moved out of a cell through a face, volume a day.
 double waterOutflow(const Simulation& simulation, CellId cell, int face) {
-    const bool high = face % 2 == 0;
-    const CellId low = high ? cell : simulation.connections.Neighbour(cell, face);
-    return (high ? 1.0 : -1.0) * simulation.pressure.waterMoved(low, (face + 1) / 2);
+    const FacePlace place = placeOf(simulation.connections, cell, face);
+    return (place.cell == cell ? 1.0 : -1.0) * simulation.pressure.waterMoved(place.cell, place.axis);
 }
 
 double totalOutflow(const Simulation& simulation, CellId cell, int face) {
@@ -55,9 +55,9 @@ ThroughFlow outflow(const Simulation& simulation, const SplittingStage& stage, C
 
 /// The cell or one across a working face has another state than at the last substep. Most of a field is
 /// unswept or at rest, and its rates stand.
-bool sawMotion(const SplittingStage& stage, CellId cell, const CellId* neighbour) {
+bool sawMotion(const SplittingStage& stage, int directions, CellId cell, const CellId* neighbour) {
     bool any = stage.moved[cell] != 0;
-    for (int face = stage.firstFace; face <= FaceCount; ++face)
+    for (int face = stage.firstFace; face <= directions; ++face)
         any = any || (neighbour[face - 1] > 0 && stage.moved[neighbour[face - 1]] != 0);
     return any;
 }
@@ -110,17 +110,19 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
     const CellArray<std::uint8_t>& gasCells = simulation.pressure.gasCells;
     const bool project = stage.projection && simulation.mapping.CellVisited[cell] != 0;
     const CellId* neighbour = simulation.connections.Neighbour.row(cell);
-    if (!sawMotion(stage, cell, neighbour)) return work.largestRate;
+    const int directions = simulation.connections.flowDirections;
+    if (!sawMotion(stage, directions, cell, neighbour)) return work.largestRate;
     const double* trans = simulation.connections.Trans.row(cell);
     const double* depth = simulation.connections.DepthDiff.row(cell);
     ExchangeRates out;
     work.leaving = {};
     double pull = 0.0;
-    for (int face = stage.firstFace; face <= FaceCount; ++face) {
+    for (int face = stage.firstFace; face <= directions; ++face) {
         const CellId j = neighbour[face - 1];
         if (j <= 0 || !stage.own[j].working) continue;
         double t = trans[face - 1] * simulation.units.FlowUnit;
-        if (project && simulation.mapping.CellVisited[j] != 0) t *= acrossVelocity(stage, cell, j, face);
+        if (project && face <= FaceCount && simulation.mapping.CellVisited[j] != 0)
+            t *= acrossVelocity(stage, cell, j, face);
         ThroughFlow through = stage.throughFlow ? outflow(simulation, stage, cell, face) : ThroughFlow{};
         through.freeGas = hasGas && (gasCells.empty() || meetsFreeGas(gasCells, cell, j));
         ExchangeRates passing;
@@ -129,8 +131,8 @@ double formRates(const Simulation& simulation, CellId cell, double left, Splitti
         if (stage.bounded) scale(givenShare(stage.given[cell], stage.given[j], passing.amount), passing);
         add(passing, out);
         addLeaving(passing.amount, work.leaving);
-        if (stage.waterRate.width > 0 && face % 2 == 0)
-            stage.waterRate(cell, face / 2) = passing.amount.water;
+        if (stage.waterRate.width > 0 && isLowSide(simulation.connections, cell, face))
+            stage.waterRate(cell, axisOf(face)) = passing.amount.water;
         if (stage.capillary) pull += capillaryPull(stage.shared[cell], stage.shared[j], t, work);
     }
     const double poreVolume = simulation.state.PoreVolume[cell];

@@ -1,5 +1,7 @@
 #include "streamline/tracing/exit_flags.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 std::uint8_t exitFaces(const double* flux, const CellId* neighbour, double direction) {
@@ -16,8 +18,9 @@ std::uint8_t exitFaces(const double* flux, const CellId* neighbour, double direc
 
 void prepareExitFlags(const Console& console, const ConnectionTable& connections,
                       const VelocityField& velocity, ExitFlags& flags) {
+    const int width = std::max(1, velocity.CellFaceFlux.width);
     const auto count =
-        static_cast<CellId>(velocity.CellFaceFlux.slots.size() / 6) - 1;  // six faces a cell, slot 0 unused
+        static_cast<CellId>(velocity.CellFaceFlux.slots.size() / static_cast<std::size_t>(width)) - 1;
     flags.ExitFacesForward.assign(count, 0);
     flags.ExitFacesBackward.assign(count, 0);
     flags.stagnantBlocks = 0;

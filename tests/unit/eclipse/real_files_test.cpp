@@ -99,7 +99,7 @@ FluidTables fluidsOfTheCase() {
 TEST_F(RealCase, GivesTheFieldOfItsFluxesAtTheFactorsOfItsFile) {
     run.fluids = fluidsOfTheCase();
     allocateCellState(run.grid.NCELLS, 0, run.state);
-    AllocateVelocity(run.console, run.grid.NCELLS, false, run.velocity);
+    AllocateVelocity(run.console, run.grid.NCELLS, FaceCount, false, run.velocity);
     ASSERT_TRUE(input_RST2Velocity(run, "ECLIPSE", 1).hasFluxes);
     const std::vector<ReadBlock> file = blocksOf(folder.path + "ECLIPSE.X0001");
     const auto value = [&](const char* keyword, CellId cell) {

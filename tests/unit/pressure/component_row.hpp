@@ -55,7 +55,7 @@ struct Row {
             connections.DepthDiff(c + 1, 1) = -fall / cells;
         }
         allocateCellState(cells, 0, state);
-        AllocateVelocity(run.console, cells, false, run.velocity);
+        AllocateVelocity(run.console, cells, FaceCount, false, run.velocity);
         stage.set = componentSet(tables, Fahrenheit160);
         tables.reservoirTemperature = Fahrenheit160;
     }

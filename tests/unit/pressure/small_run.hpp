@@ -47,7 +47,7 @@ inline void makeRun(int nx, int ny, int nz, const FluidTables& tables, Simulatio
         s.state.Sw[c] = 0.2;
         s.state.So[c] = 0.8;
     }
-    AllocateVelocity(s.console, s.grid.NCELLS, true, s.velocity);
+    AllocateVelocity(s.console, s.grid.NCELLS, FaceCount, true, s.velocity);
     s.clock.dt = s.clock.workDt = 1.0;
     s.clock.stepCount = 1;
 }

@@ -154,7 +154,7 @@ TEST(FaceVelocity, IsLeftOutWhereTheFieldHasNoRoomForIt) {
     Simulation s;
     pair(3000.0, 2375.0, s);
     s.velocity = {};
-    AllocateVelocity(s.console, s.grid.NCELLS, false, s.velocity);
+    AllocateVelocity(s.console, s.grid.NCELLS, FaceCount, false, s.velocity);
     build(s);
     EXPECT_NEAR(s.velocity.CellFaceFlux(1, 2), 500.0, 1e-9);
     EXPECT_TRUE(s.velocity.CellFaceVelocity.slots.empty());
