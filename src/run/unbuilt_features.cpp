@@ -27,7 +27,7 @@ bool carriesMixturesOnLines(const RunOptions& o) {
 
 bool hasOtherLines(const RunOptions& o) {
     return std::any_of(o.solverPhaseName.begin(), o.solverPhaseName.end(),
-                       [](const std::string& word) { return word != "mas"; });
+                       [](const std::string& word) { return word != "mas" && word != "btf"; });
 }
 
 constexpr FeatureRow Features[] = {
@@ -36,7 +36,7 @@ constexpr FeatureRow Features[] = {
      },
      "components (COMPS) other than by streamlines or FDMETHOD IMPES"},
     {[](const RunOptions& o) { return carriesMixturesOnLines(o) && hasOtherLines(o); },
-     "components (COMPS) on lines other than explicit ones (SL1DCON)"},
+     "components (COMPS) on implicit or hybrid lines (SL1DCON)"},
     {[](const RunOptions& o) { return carriesMixturesOnLines(o) && o.orthogonalProjection; },
      "components (COMPS) on lines with the orthogonal projection (SL1DCON)"},
     {[](const RunOptions& o) { return carriesMixturesOnLines(o) && !o.conservativeMapping; },

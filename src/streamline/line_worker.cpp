@@ -1,6 +1,7 @@
 #include "streamline/line_worker.hpp"
 
 #include "base/index.hpp"
+#include "streamline/transport/component_fronts.hpp"
 #include "streamline/transport/line_gravity.hpp"
 
 #include <algorithm>
@@ -99,6 +100,23 @@ LineEnd mixtureEnd(const LineField& field, TraceStatus status, const SolverLine&
     return end;
 }
 
+/// Transport of a loaded line, or the fronts of the stream at its inlet; a line that no stream enters has
+/// none and goes explicitly. False where a front was not a number.
+bool advanceMixture(const GridModel& grid, const FluidTables& fluids, const CellState& state,
+                    const LineField& field, LineWorker& worker) {
+    SolverLine& line = worker.line;
+    const ComponentField& mixtures = field.components;
+    const int inlet = mixtures.inlet[line.tracedCell[1]];
+    if (field.solver == LineSolver::Analytic && inlet >= 0)
+        return trackFronts(grid, state, mixtures.stage->set.count, mixtures.fronts[at(inlet)],
+                           mixtures.age[at(inlet)] + field.step, field.step, line, worker.components);
+    joinShortNodes(field.step, line);
+    loadComponentLine(grid, fluids, state, mixtures, line, worker.components);
+    const double step = field.solver == LineSolver::Still ? 0.0 : field.step;
+    advanceComponentLine(fluids, mixtures, field.control, step, line, worker.components);
+    return true;
+}
+
 void solveMixtureLine(const GridModel& grid, const FluidTables& fluids, const CellState& state,
                       const LineField& field, LineWorker& worker, LineResult& result) {
     SolverLine& line = worker.line;
@@ -106,10 +124,8 @@ void solveMixtureLine(const GridModel& grid, const FluidTables& fluids, const Ce
     const int count = field.components.stage->set.count;
     takeTracedLine(grid, result.record, !field.fromInjector, field.trace.referenceCube, line);
     layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
-    joinShortNodes(field.step, line);
-    loadComponentLine(grid, fluids, state, field.components, line, components);
+    result.isNumber = advanceMixture(grid, fluids, state, field, worker);
     const double step = field.solver == LineSolver::Still ? 0.0 : field.step;
-    advanceComponentLine(fluids, field.components, field.control, step, line, components);
     takeContribution(line, fluids.hasGas, result.contribution);
     takeHeld(count, line, components, result.contribution);
     if (field.keepPaths)
@@ -181,6 +197,10 @@ void workLine(const GridModel& grid, const FluidTables& fluids, const CellState&
     takeTrace(result);
     if (result.record.status != TraceStatus::Rejected)
         solveLine(grid, fluids, state, wells, field, worker, result);
+}
+
+void tellFronts(const Console& console, const LineResult& result) {
+    if (!result.isNumber) lineToScreen(console, "Problem :: NaN Found @ Comp Ftrack");
 }
 
 void keepPath(const Console& console, const GridModel& grid, LineResult& result, LinePaths& paths) {

@@ -49,6 +49,7 @@ struct LineWorker {
 struct LineResult {
     StreamlineRecord record;
     bool solved = false;
+    bool isNumber = true;  // false: a front of components was not a number
     int enteredCount = 0;
     std::vector<CellId> entered;  // [0..enteredCount - 1] cells that the line lies in, with a reached well
                                   // the launching one too
@@ -85,6 +86,8 @@ struct LineField {
 };
 
 void sizeWorker(const RunOptions& options, int tracedNodes, LineWorker& worker);
+/// Tells of a front of components that was not a number.
+void tellFronts(const Console& console, const LineResult& result);
 /// Adds the course of a line to those of the step, where they are wanted; an unsolved line stands as one
 /// node.
 void keepPath(const Console& console, const GridModel& grid, LineResult& result, LinePaths& paths);

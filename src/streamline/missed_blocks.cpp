@@ -87,6 +87,7 @@ void commitMissed(LineResult& result, double fresh, MissedStage& stage, Simulati
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
     ++s.lines.solvedLines;
+    tellFronts(s.console, result);
     tellFinished(s.console, s.launch.ActiveLines, s.launch.ActiveLines);
 }
 

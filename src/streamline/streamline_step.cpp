@@ -18,6 +18,7 @@
 #include "streamline/tracing/cell_tags.hpp"
 #include "streamline/tracing/exit_flags.hpp"
 #include "streamline/tracing/launch.hpp"
+#include "streamline/transport/component_fronts.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -76,7 +77,7 @@ void prepareSolver(Simulation& s, double remainingToEnd) {
     field.nodeFactor = s.options.nodeFactor;
     field.mergeFactor = s.options.mergeFactor;
     field.gravity = s.options.orthogonalProjection && s.options.lineGravity;
-    if (field.solver != LineSolver::Analytic) return;
+    if (field.solver != LineSolver::Analytic || s.options.componentCount > 0) return;
     const double p = s.pressure.AveragePressure;
     buildAnalyticTable(s.fluids, s.options.analyticRelPermPoints, OilViscosity(s.fluids, p, p),
                        field.analytic);
@@ -99,6 +100,8 @@ void prepareMixtures(Simulation& s) {
     LineField& field = s.lines.field;
     prepareComponentField(s.units, s.grid, s.state, s.velocity, s.wells, s.components, field.components);
     if (!s.options.lineCompressibility) field.components.expansion.assign(s.grid.NCELLS, 0.0);
+    if (field.solver == LineSolver::Analytic)
+        prepareFronts(s.grid, s.fluids, s.state, s.options.cfl, field.components);
     field.passes = true;
     const int count = s.components.stage.set.count;
     clearTransfer(s.grid.NCELLS, s.lines.transfer, count);
@@ -140,6 +143,7 @@ void commitLine(int number, LineResult& result, int iterationsLeft, Simulation& 
     s.lines.substeps += result.substeps;
     s.lines.newton += result.newton;
     ++s.lines.solvedLines;
+    tellFronts(s.console, result);
     tellFinished(s.console, number, s.launch.ActiveLines);
 }
 

@@ -1,12 +1,13 @@
 // ternary_row KIND CELLS PORES MOBILITY K1 K2 K3 OIL1 OIL2 OIL3 GAS1 GAS2 GAS3: mole fractions of each cell
 // of a row of oil behind so many pore volumes of gas, by the transport of components on cells (KIND cells) or
-// along a line (SPU, 2PU). In place of the equation of state stand constant K-values and one molar volume for
-// all, by which the displacement has a solution in closed form (tests/support/ternary_fronts.py): this file's
-// FlashPT, phaseVolumes and VIS_COMPS are linked before the library's. MOBILITY: of pure gas over that of
-// pure oil.
+// along a line (SPU, 2PU, or by its fronts: BTF). In place of the equation of state stand constant K-values
+// and one molar volume for all, by which the displacement has a solution in closed form
+// (tests/support/ternary_fronts.py): this file's FlashPT, phaseVolumes and VIS_COMPS are linked before the
+// library's. MOBILITY: of pure gas over that of pure oil.
 
 #include "fluid/components/viscosity.hpp"
 #include "pressure/component_transport.hpp"
+#include "streamline/transport/component_fronts.hpp"
 #include "unit/streamline/transport/component_row_line.hpp"
 
 #include <cmath>
@@ -94,6 +95,18 @@ void alongLine(const char* upwind, double pores, const Composition& stream, RowL
     });
 }
 
+/// The tracker in two steps, the second of which is shown.
+void byFronts(double pores, const Composition& stream, RowLine& run) {
+    run.load(stream);
+    const CellState& state = run.row.state;
+    prepareFronts(run.row.grid, run.row.tables, state, run.control.cfl, run.field);
+    const double age = pores * Residence * run.line.nodeCount;
+    trackFronts(run.row.grid, state, 3, run.field.fronts[0], age, 0.5 * age, run.line, run.components);
+    print(run.line.nodeCount, [&run](int n, int i) {
+        return run.fraction(static_cast<std::size_t>(n), static_cast<std::size_t>(i));
+    });
+}
+
 void onCells(double pores, const Composition& stream, Row& row) {
     const CellId cells = row.grid.NCELLS;
     const double flow = row.state.PoreVolume[1];  // one cell a day
@@ -127,6 +140,8 @@ int main(int argumentCount, char** arguments) {
     startComponents(run.row.run);
     if (kind == "cells")
         onCells(number(3), gas, run.row);
+    else if (kind == "BTF")
+        byFronts(number(3), gas, run);
     else
         alongLine(kind.c_str(), number(3), gas, run);
 }

@@ -115,8 +115,8 @@ LINES = dict(method="STREAMLINE")
 
 @pytest.mark.parametrize("pieces, message", [
     (dict(method="FIM"), "components (COMPS) other than by streamlines or FDMETHOD IMPES"),
-    (dict(LINES, options="SL1DCON\nANALYTICAL /\n"), "components (COMPS) on lines other than explicit ones (SL1DCON)"),
-    (dict(LINES, options="SL1DCON\nIMPLICIT /\n"), "components (COMPS) on lines other than explicit ones (SL1DCON)"),
+    (dict(LINES, options="SL1DCON\nIMPLICIT /\n"), "components (COMPS) on implicit or hybrid lines (SL1DCON)"),
+    (dict(LINES, options="SL1DCON\nHYBRID /\n"), "components (COMPS) on implicit or hybrid lines (SL1DCON)"),
     (dict(LINES, options="SL1DCON\nEXPLICIT IRR 1 SPU Yes Yes No Yes /\n"), "components (COMPS) on lines with the orthogonal projection"),
     (dict(LINES, options="MAPPING\nAVERAGE /\n"), "components (COMPS) on lines with MAPPING AVERAGE"),
     (dict(controls=ORAT.replace("INJ STREAM LEAN /\n", "")), "ERROR :: WELL INJ INJECTS GAS WITHOUT A STREAM"),

@@ -19,6 +19,8 @@ PORES = 1000 * 10 * 100 * 0.2       # ft3
 SURFACE = 14.7, 519.67              # psia, Rankine
 MEAN_ERROR, BALANCE = 0.01, 1e-6    # of a mole fraction; of what is injected
 FINE = pathlib.Path(gas_drive.__file__).with_name("gas_drive_1600.txt")
+TRACKED = "SL1DCON\nANALYTICAL /\n"
+FRONT_SHARE = 0.02                  # of the way of the first front, that fronts may be away from their places
 LIMITED = "SL1DCON\nEXPLICIT IRR 1 2PU /\n"
 INJECTED = re.compile(r"^(\w+) +: produced \S+ lb-mole, injected (\S+) lb-mole", re.M)
 
@@ -45,12 +47,17 @@ def deck(method, options):
     return text.replace("RATE 50 ", f"RATE {rate:.9f} ")
 
 
+def fractions_of(folder, method, options):
+    """Mole fractions of the cells (rows) at the end, and the run."""
+    (folder / "CASE.DATA").write_text(deck(method, options))
+    run = named_run.run_named(folder / "CASE.DATA", folder=folder)
+    assert run.returncode == 0 and run.errors == "", run.console[-3000:]
+    return numpy.array(tecplot.read_zones(folder / "CASE_TPlot_Out_Zmf.plt")[-1].values)[-3:].T, run
+
+
 @pytest.mark.parametrize("method, options", (("IMPES", ""), ("STREAMLINE", ""), ("STREAMLINE", LIMITED)))
 def test_compositions_are_those_of_eight_times_as_many_cells(tmp_path, method, options):
-    (tmp_path / "CASE.DATA").write_text(deck(method, options))
-    run = named_run.run_named(tmp_path / "CASE.DATA", folder=tmp_path)
-    assert run.returncode == 0 and run.errors == "", run.console[-3000:]
-    found = numpy.array(tecplot.read_zones(tmp_path / "CASE_TPlot_Out_Zmf.plt")[-1].values)[-3:].T
+    found, run = fractions_of(tmp_path, method, options)
     expected = numpy.loadtxt(FINE)
     assert found.shape == expected.shape == (CELLS, 3)
     assert numpy.abs(found - expected).mean(axis=0).max() < MEAN_ERROR
@@ -59,3 +66,28 @@ def test_compositions_are_those_of_eight_times_as_many_cells(tmp_path, method, o
     # The error of oil is that of the component which is furthest off, of what there was of it.
     error = kvr_run.read_table(tmp_path / "CASE_Run_SweepVolume.out")["|MBEO|"][-1]
     assert abs(error) * first.max() < BALANCE * injected
+
+
+def crossings(profile, level):
+    """Places, in cells, where a profile goes through a level."""
+    k = numpy.flatnonzero((profile[1:] > level) != (profile[:-1] > level))
+    return k + 0.5 + (level - profile[k]) / (profile[k + 1] - profile[k])
+
+
+def test_tracking_lines_put_the_fronts_where_the_fine_solution_has_them(tmp_path):
+    """The front in which gas reaches the oil, by each component half the way up, and the one behind which nothing of the
+    heaviest is left."""
+    found, run = fractions_of(tmp_path, "STREAMLINE", TRACKED)
+    expected = numpy.loadtxt(FINE)
+    assert "NaN" not in run.console
+    ahead = expected[-1]
+    first = crossings(expected[:, 2], 0.5 * (ahead[2] + expected[104, 2]))[-1]
+    assert first == pytest.approx(107.9, abs=0.2)
+    for component in range(3):
+        level = 0.5 * (ahead[component] + expected[104, component])
+        there, here = crossings(expected[:, component], level)[-1], crossings(found[:, component], level)[-1]
+        assert abs(here - there) < FRONT_SHARE * first, component
+    dry = 0.5 * expected[5, 2]
+    there, here = crossings(expected[:, 2], dry)[0], crossings(found[:, 2], dry)[0]
+    assert abs(here - there) < FRONT_SHARE * first
+    assert numpy.abs(found - expected).mean(axis=0).max() < MEAN_ERROR

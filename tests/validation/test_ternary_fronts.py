@@ -27,7 +27,7 @@ def distance(profile, component, before, behind, place):
     return ternary_fronts.crossing(profile[:, component], 0.5 * (before[component] + behind[component])) - place
 
 
-@pytest.mark.parametrize("kind", ("cells", "SPU", "2PU"))
+@pytest.mark.parametrize("kind", ("cells", "SPU", "2PU", "BTF"))
 def test_both_shocks_between_two_tie_lines_are_where_the_characteristics_put_them(kind):
     pores = 0.5
     gas, (behind, between, ahead), speeds = ternary_fronts.two_shocks(0.5)
@@ -41,12 +41,13 @@ def test_both_shocks_between_two_tie_lines_are_where_the_characteristics_put_the
     assert numpy.abs(profile[int(0.5 * (switch + lead))] - between).max() < 0.01
 
 
-def test_limited_lines_put_the_fronts_of_a_dry_gas_where_the_characteristics_do():
+@pytest.mark.parametrize("kind", ("2PU", "BTF"))
+def test_limited_and_tracking_lines_put_the_fronts_of_a_dry_gas_where_the_characteristics_do(kind):
     """A zone of gas, its tie line, the switch, a rarefaction and the leading shock; upwind fluxes smear the fronts that
     run into a rarefaction, to 2.5 cells at half height."""
     pores = 0.7
     gas, states, speeds = ternary_fronts.three_fronts()
-    profile = program_profile("2PU", pores, gas)
+    profile = program_profile(kind, pores, gas)
     trail, switch, lead = (speed * pores * CELLS for speed in speeds)
     assert abs(distance(profile, 2, states[0], states[1], trail)) < WITHIN
     assert abs(distance(profile, 1, states[1], states[2], switch)) < WITHIN

@@ -7,20 +7,15 @@
 #include "pressure/records/cell_state.hpp"
 #include "pressure/records/velocity_field.hpp"
 #include "pressure/wells/wells.hpp"
+#include "streamline/transport/component_node.hpp"
 #include "streamline/transport/explicit_control.hpp"
+#include "streamline/transport/front_table.hpp"
 #include "streamline/transport/solver_line.hpp"
 
 #include <span>
 #include <vector>
 
 namespace kvr {
-
-/// lb-mole of each component and surface volume of water: amounts per internal pore volume, or fluxes per
-/// internal reservoir volume.
-struct ComponentFlow {
-    Composition moles{};
-    double water = 0.0;
-};
 
 /// What lines of components read of the run; nothing where the run has none.
 struct ComponentField {
@@ -31,23 +26,16 @@ struct ComponentField {
         expansion;         // 1/day, net outflow through the faces over the pore volume; 0 in well cells
     CellArray<int> inlet;  // by cell: place in `inlets`, negative where no well injects
     std::vector<ComponentFlow> inlets;  // what injectors bring, per reservoir volume
+    std::vector<double> age;            // [inlet] days since its well began, at its present rate, up to now
+    // Of lines that track fronts only.
+    std::vector<ComponentFronts> fronts;  // [inlet]
+    ComponentFlow initial;                // what the cells held at the start of the run, per pore volume
+    bool hasInitial = false;
 };
 
 void prepareComponentField(const UnitSystem& units, const GridModel& grid, const CellState& state,
                            const VelocityField& velocity, const WellRecord& wells, const ComponentRun& run,
                            ComponentField& field);
-
-/// One position of a line of components; factors and pressure are those of its cell, held over a step.
-struct ComponentNode {
-    ComponentFlow held, flux, limited, passed;
-    FlashState flash;
-    CellId cell = 0;
-    int region = 1;
-    double pressure = 0.0, Bw = 1.0, MuW = 1.0;
-    double Sw = 0.0, Sg = 0.0;
-    double inverseDeltaTof = 0.0, inflowRate = 0.0, outflowRate = 0.0;  // 1/day
-    double changed = 0.0;  // of what it holds, since its phases were found
-};
 
 /// Working records of one thread.
 struct ComponentLine {
