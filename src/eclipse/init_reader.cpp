@@ -237,6 +237,22 @@ void tellDifferences(const Console& console, const InitDifferences& differences)
     both(console, "Sum Porev Error :         = {}", number(differences.poreVolume));
 }
 
+/// The header: a model without cells gets those that it tells, another is compared with it.
+ReadResult takeHead(const Console& console, const RunOptions& options, RecordReader& reader,
+                    const BlockHeader& header, const std::vector<std::int32_t>& head, GridModel& grid) {
+    const bool fresh = grid.NCELLS == 0;
+    if (head.size() < LeastHeadSlots) {
+        if (fresh) return rejectBlock(reader, header, "a longer list of integers was expected");
+        warn(console, " WARNING :: INTEHEAD of INIT has {} values, nothing is compared with it", head.size());
+        return ReadResult::Ok;
+    }
+    logEmployed(console, header);
+    if (fresh) return createCells(reader, header, head, grid);
+    checkHead(console, options, grid, head);
+    tellGridType(console, slotOf(head, inte_head::GridType));
+    return ReadResult::Ok;
+}
+
 }  // namespace
 
 ReadResult readInitBlocks(const Console& console, const RunOptions& options, const UnitSystem& units,
@@ -246,19 +262,8 @@ ReadResult readInitBlocks(const Console& console, const RunOptions& options, con
     if (!fresh && grid.PORV.empty()) holdPresentPoreVolumes(grid);
     InitTarget target{console, units, grid, connections, differences};
     const ReadResult result = readBlocks(reader, [&](const BlockHeader& header, const BlockData& data) {
-        if (view(header.keyword) == "INTEHEAD") {
-            if (data.integers.size() < LeastHeadSlots) {
-                if (fresh) return rejectBlock(reader, header, "a longer list of integers was expected");
-                warn(console, " WARNING :: INTEHEAD of INIT has {} values, nothing is compared with it",
-                     data.integers.size());
-                return ReadResult::Ok;
-            }
-            logEmployed(console, header);
-            if (fresh) return createCells(reader, header, data.integers, grid);
-            checkHead(console, options, grid, data.integers);
-            tellGridType(console, slotOf(data.integers, inte_head::GridType));
-            return ReadResult::Ok;
-        }
+        if (view(header.keyword) == "INTEHEAD")
+            return takeHead(console, options, reader, header, data.integers, grid);
         if (fresh || !takeNamed(header, data, target))
             logNeglected(console, header);
         else
