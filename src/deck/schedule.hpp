@@ -3,11 +3,13 @@
 #include "base/deck_place.hpp"
 #include "base/shared_list.hpp"
 #include "deck/group_schedule.hpp"
+#include "deck/lift_table.hpp"
 #include "model/grid.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -78,6 +80,9 @@ struct ScheduleWell {
     double prodResv = 0.0;                // rb/day
     double prodBhp = DefaultProducerBhp;  // psia
     double prodThp = 0.0;
+
+    int liftTable = 0;            // of VFPPROD or VFPINJ; 0: none
+    double artificialLift = 0.0;  // as the axis of its table has it
 
     double histInjRate = 0.0;
     double histInjBhp = 0.0;
@@ -152,13 +157,14 @@ struct InjectionStream {
 struct Schedule {
     std::vector<ScheduleStep> steps;
     std::vector<InjectionStream> streams;
-    std::vector<double> stepLength;     // days, one per time step as given
-    std::vector<double> stepEnd;        // days, [0] is 0, one more than stepLength
-    std::vector<double> reportEnd;      // days, end of each report step
-    std::vector<double> wellEventTime;  // days, start of each ScheduleStep, [0] is 0
-    double endTime = 0.0;               // days
-    bool endTimeGiven = false;          // SIMEND set endTime
-    std::size_t heldRows = 0;           // well and completion rows that the closed steps have of their own
+    std::vector<std::shared_ptr<const LiftTable>> liftTables;  // of VFPPROD and VFPINJ, one of a number
+    std::vector<double> stepLength;                            // days, one per time step as given
+    std::vector<double> stepEnd;                               // days, [0] is 0, one more than stepLength
+    std::vector<double> reportEnd;                             // days, end of each report step
+    std::vector<double> wellEventTime;                         // days, start of each ScheduleStep, [0] is 0
+    double endTime = 0.0;                                      // days
+    bool endTimeGiven = false;                                 // SIMEND set endTime
+    std::size_t heldRows = 0;  // well and completion rows that the closed steps have of their own
 };
 
 }  // namespace kvr

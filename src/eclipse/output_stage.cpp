@@ -67,8 +67,10 @@ void askFor(const SummaryRequest& request, const std::vector<std::string>& wells
         if (isAsked(request, wells[w])) ask({request.mnemonic, wells[w], unit, w}, all);
 }
 
-/// ALL stands for every vector; for the observed ones in a deck with observed rates.
-std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& requests, bool observed) {
+/// ALL stands for every vector; for the observed ones in a deck with observed rates, those
+/// of the tubing in one with tables for it.
+std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& requests, bool observed,
+                                       bool tubing) {
     std::vector<SummaryRequest> all;
     for (const SummaryRequest& request : requests) {
         if (request.mnemonic != "ALL") {
@@ -76,7 +78,7 @@ std::vector<SummaryRequest> spelledOut(const std::vector<SummaryRequest>& reques
             continue;
         }
         for (const RunVector& row : runVectors()) {
-            if (row.observed && !observed) continue;
+            if ((row.observed && !observed) || (row.ofTubing && !tubing)) continue;
             if (row.ofField) all.push_back({fmt::format("F{}", row.suffix), {}});
             if (row.ofWells) all.push_back({fmt::format("W{}", row.suffix), {}});
         }
@@ -129,7 +131,8 @@ void startEclipseFiles(Simulation& simulation) {
     simulation.eclipse.begun = true;
     if (options.deleteEclipseRun) clear_ECLIPSE_Data(simulation.console, runFile(options, ""));
     writeInitFile(simulation.console, options, simulation.units, simulation.grid, simulation.connections);
-    for (const SummaryRequest& request : spelledOut(simulation.summaryRequests, options.useHistoryControls))
+    for (const SummaryRequest& request : spelledOut(simulation.summaryRequests, options.useHistoryControls,
+                                                    !simulation.schedule.liftTables.empty()))
         askFor(request, wells, simulation.eclipse.asked);
     writeSummarySpec(simulation.console, options, simulation.grid, wells, simulation.eclipse.asked);
     writeGridFile(simulation.console, options, simulation.grid);

@@ -14,6 +14,7 @@
 #include "pressure/velocity.hpp"
 #include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/group_targets.hpp"
+#include "pressure/wells/lift_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
 #include "pressure/wells/well_rates.hpp"
@@ -46,6 +47,7 @@ bool refresh(Simulation& s) {
     refreshProperties(s.grid, s.fluids, s.state);
     if (s.fluids.hasGas) rampOil(s.grid, s.fluids, s.state);
     if (s.implicit.sharings < MostSharings) {
+        settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
         shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
                           s.wells);
         ++s.implicit.sharings;
@@ -95,15 +97,25 @@ double targetChange(const WellRecord& before, const WellRecord& now) {
         if (old.deckControl != well.deckControl) return 1.0;
         if (old.TargetRate != 0.0)
             change = std::max(change, std::abs(well.TargetRate / old.TargetRate - 1.0));
+        if (!isRateControlled(well) && old.BhpLimit > 0.0)
+            change = std::max(change, std::abs(well.BhpLimit / old.BhpLimit - 1.0));
     }
     return change;
 }
 
-/// Whether what the step has come to asks for other shares of group rates than those that stand; then wells
-/// take these.
+bool hasLiftLimits(const WellRecord& wells) {
+    return std::any_of(wells.wells.begin(), wells.wells.end(),
+                       [](const Well& well) { return well.lift.table != nullptr && well.lift.head > 0.0; });
+}
+
+/// Whether what the step has come to asks for other shares of group rates than those that stand, or other
+/// limits from the tubing head; then wells take these.
 bool sharesAnew(Simulation& s) {
-    if (s.wells.groups.empty() || s.implicit.sharings >= MostSharings + LateSharings) return false;
+    if ((s.wells.groups.empty() && !hasLiftLimits(s.wells)) ||
+        s.implicit.sharings >= MostSharings + LateSharings)
+        return false;
     WellRecord now = s.wells;
+    settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, now);
     shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure, now);
     if (targetChange(s.wells, now) <= SettledShare) return false;
     ++s.implicit.sharings;
@@ -206,6 +218,7 @@ void beginImplicitStep(Simulation& s) {
     WellHead(s.grid, s.connections, s.fluids, s.state, s.wells);
     initialiseBottomHolePressures(s.state, s.wells);
     setAquiferTerms(s.clock.dt, s.grid, s.aquifers, s.wells);
+    settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     setRsRise(s);
     work.saved = s.state;

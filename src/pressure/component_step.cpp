@@ -11,6 +11,7 @@
 #include "pressure/solvers/system_products.hpp"
 #include "pressure/velocity.hpp"
 #include "pressure/wells/group_targets.hpp"
+#include "pressure/wells/lift_limits.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
@@ -54,6 +55,7 @@ void beginStep(Simulation& s) {
     updateWells(1.0, s);
     initialiseBottomHolePressures(s.state, s.wells);
     clearBottomHoleResets(s.wells);
+    settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     updateRates(s);
@@ -112,9 +114,11 @@ bool solveVolumes(Simulation& s) {
         ++it;
         refresh(it <= SlopeIterations ? VolumeSlopes::All : VolumeSlopes::Pressure, Saturations::Held, s);
         updateWells(it <= PlainIterations ? 1.0 : LaterFollow, s);
-        if (it <= MostSharings)
+        if (it <= MostSharings) {
+            settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
             shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
                               s.wells);
+        }
         updateRates(s);
         if (!(largest.DIFFP < s.options.PressureTolerance) || switched) continue;
         if (targetMiss(s.wells) < SettledMiss || ++settling > MostSettling) {

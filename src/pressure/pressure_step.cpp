@@ -18,6 +18,7 @@
 #include "pressure/velocity.hpp"
 #include "pressure/wells/aquifers.hpp"
 #include "pressure/wells/group_targets.hpp"
+#include "pressure/wells/lift_limits.hpp"
 #include "pressure/wells/rate_limits.hpp"
 #include "pressure/wells/well_controls.hpp"
 #include "pressure/wells/well_heads.hpp"
@@ -106,6 +107,7 @@ void beginStep(Simulation& s) {
     forecast(s);
     // By what wells gave in the step before, then by what the transported phases let them give now: gas that
     // has reached an injector's cell multiplies its rate at the limit.
+    settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     shareGroupTargets(ShareTime::StepBegin, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     holdMostRestrictive(s.console, s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
     releaseWellsFromLimit(s.console, s.wells);
@@ -342,9 +344,11 @@ void solveStep(Simulation& s) {
             continue;
         }
         updateInPlace(s);
-        if (progress.it <= MostSharings)
+        if (progress.it <= MostSharings) {
+            settleLiftLimits(s.units, s.fluids, s.state, s.pressure.AveragePressure, s.wells);
             shareGroupTargets(ShareTime::Iteration, s.units, s.fluids, s.state, s.pressure.AveragePressure,
                               s.wells);
+        }
         updateRates(s);
     }
     both(s.console, "Iteration for pressure     : {}", progress.it);

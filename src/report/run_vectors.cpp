@@ -97,6 +97,8 @@ constexpr std::array Vectors = {
               [](const Step&, const Well& w) { return w.observed.injected.water; }, true},
     RunVector{"GITH", Quantity::GasTotal, true, true,
               [](const Step&, const Well& w) { return w.observed.injected.gas; }, true},
+    RunVector{"THP", Quantity::Pressure, false, true, [](const Step&, const Well& w) { return w.thp; }, false,
+              true},
 };
 
 /// In the order of Quantity.

@@ -38,6 +38,7 @@ struct RunVector {
     bool ofWells = false;
     double (*value)(const StepFigures&, const WellFigures&);  // of the field or of one well
     bool observed = false;                                    // what WCONHIST and WCONINJH say
+    bool ofTubing = false;                                    // of wells with tables of VFPPROD, VFPINJ
 };
 
 /// All vectors, in the order of the columns of KVR_Summary.csv.

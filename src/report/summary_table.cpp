@@ -24,7 +24,9 @@ std::string columnName(char scope, std::string_view suffix, const std::string& w
 template <class Field, class OfWell>
 void forColumns(const SummaryColumns& columns, std::size_t wellCount, const Field& field,
                 const OfWell& well) {
-    const auto shown = [&columns](const RunVector& row) { return columns.observed || !row.observed; };
+    const auto shown = [&columns](const RunVector& row) {
+        return (columns.observed || !row.observed) && (columns.tubing || !row.ofTubing);
+    };
     for (const RunVector& row : runVectors())
         if (row.ofField && shown(row)) field(row);
     for (std::size_t w = 0; w < wellCount; ++w)
@@ -56,7 +58,8 @@ void putFractions(NumberWriter& writer, const std::vector<double>& fractions) {
 }
 
 SummaryColumns columnsOf(const Simulation& simulation) {
-    return {&simulation.units, simulation.options.useHistoryControls, simulation.options.componentCount};
+    return {&simulation.units, simulation.options.useHistoryControls, simulation.options.componentCount,
+            !simulation.schedule.liftTables.empty()};
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ struct SummaryColumns {
     const UnitSystem* units = nullptr;
     bool observed = false;  // the deck has observed rates
     int components = 0;     // columns of produced mole fractions stand last
+    bool tubing = false;    // the deck has tables of VFPPROD or VFPINJ
 };
 
 /// KVR_Summary.csv: a line with the names TIME, DATE, then every field vector and every well vector as

@@ -1,6 +1,7 @@
 #include "report/well_figures.hpp"
 
 #include "base/text.hpp"
+#include "pressure/wells/lift_limits.hpp"
 #include "report/component_balance.hpp"
 #include "report/mean_pressure.hpp"
 
@@ -138,7 +139,10 @@ StepFigures stepFigures(const Simulation& run) {
     figures.time = run.clock.time;
     figures.averagePressure = fieldPressure(run.grid, run.state);
     figures.wells.resize(runWellNames(run.schedule, run.wells).size());
-    for (std::size_t w = 0; w < run.wells.wells.size(); ++w) figures.wells[w].bhp = run.wells.wells[w].Bhp;
+    for (std::size_t w = 0; w < run.wells.wells.size(); ++w) {
+        figures.wells[w].bhp = run.wells.wells[w].Bhp;
+        figures.wells[w].thp = tubingHead(run.wells.wells[w]);
+    }
     takeFractions(run, figures);
     if (run.balance.rows.empty()) return figures;
     if (run.options.useHistoryControls)

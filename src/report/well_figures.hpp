@@ -24,6 +24,7 @@ struct WellFigures {
     ReportedFlow production, injection;  // present rates
     ReportedFlow produced, injected;     // up to now
     double bhp = 0.0;                    // psia
+    double thp = 0.0;                    // psia; 0 without a table of lift
     ObservedFigures observed;            // stays 0 in decks without observed rates
     std::vector<double> fractions;       // produced, mole fraction of each component; empty without any
 };

@@ -2,6 +2,7 @@
 
 #include "deck/reading/keyword_table.hpp"
 #include "deck/sections/grid_barriers.hpp"
+#include "deck/sections/lift_rows.hpp"
 #include "deck/sections/schedule_changes.hpp"
 #include "deck/sections/schedule_groups.hpp"
 #include "deck/sections/schedule_streams.hpp"
@@ -38,10 +39,20 @@ constexpr std::array Keywords = {
     Row{"WELSPEC", readWelspec, "a well in one row: name, I, J, K1, K2, diameter, skin, type, rate, control"},
     Row{"WELSPECS", readWelspecs, "name, group, I, J, reference depth, phase of a well"},
     Row{"COMPDAT", readCompdat, "completions of a well"},
-    Row{"WCONPROD", readWconprod, "control and targets of a producer"},
+    Row{"WCONPROD", readWconprod,
+        "control and targets of a producer, pressure at the tubing head with its table among them"},
     Row{"WCONINJE", readWconinje, "control and targets of an injector"},
     Row{"WCONHIST", readWconhist, "observed rates of a producer"},
     Row{"WCONINJH", readWconinjh, "observed rate of an injector"},
+    Row{"VFPPROD", readProducerLift,
+        "table of bottom-hole pressures of producers: number, depth, OIL, LIQ or GAS, WOR, WCT or WGR, GOR, "
+        "GLR "
+        "or OGR, ..; rates, pressures at the tubing head, ratios of water and gas, lift; rows of four places "
+        "and the pressures by rate"},
+    Row{"VFPINJ", readInjectorLift,
+        "the same of injectors: number, depth, OIL, WAT or GAS, ..; rates, pressures at the tubing head; "
+        "rows "
+        "of a place and the pressures by rate"},
     Row{"WTRACER", readWtracer, "tracer concentration of a well"},
     Row{"WELLSTRE", readWellstre, "composition of an injection stream"},
     Row{"WINJGAS", readWinjgas, "injection stream of a well"},

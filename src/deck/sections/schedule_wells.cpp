@@ -76,19 +76,14 @@ struct ProducerItems {
     std::string name, status = "OPEN", control;
     double oil = 0.0, water = 0.0, gas = 0.0, liquid = 0.0, resv = 0.0;
     double bhp = NotGiven, thp = 0.0;
-    double vfpTable = 0.0, artificialLift = 0.0;  // read, not used
+    int liftTable = 0;
+    double artificialLift = 0.0;
 };
 
 /// A well whose control is that of its group: by itself it stands at its pressure limit.
 void takeControl(const SectionReader& reader, const std::string& control, ScheduleWell& well) {
     well.waitsForGroup = reader.commonForm && toUpper(trim(control)).starts_with("GRU");
     well.control = well.waitsForGroup ? "BHP" : control;
-}
-
-void tellTubing(const SectionReader& reader, double thp, double table, const ScheduleWell& well) {
-    if (thp > 0.0 && table > 0.0 && reader.keyword == "WCONPROD")
-        warnHere(reader, "WARNING :: WELL {}: TUBING HEAD PRESSURES AND THEIR TABLES ARE NOT USED",
-                 well.name);
 }
 
 void takeProducer(const SectionReader& reader, const ProducerItems& row, ScheduleWell& well) {
@@ -105,7 +100,8 @@ void takeProducer(const SectionReader& reader, const ProducerItems& row, Schedul
     well.prodBhp = pressureFrom(reader, row.bhp, DefaultProducerBhp);
     well.prodThp = row.thp * units.pressure;
     well.holdsLimits = reader.keyword == "WCONPROD";  // observed rates are no limits
-    tellTubing(reader, row.thp, row.vfpTable, well);
+    well.liftTable = row.liftTable;
+    well.artificialLift = row.artificialLift;
 }
 
 /// Items of WCONINJE and WCONINJH rows, deck units.
@@ -113,6 +109,7 @@ struct InjectorItems {
     std::string name, type, status = "OPEN", control = "RATE";
     double rate = 0.0, resv = 0.0;
     double bhp = NotGiven, thp = 0.0;
+    int liftTable = 0;
 };
 
 void takeInjector(const SectionReader& reader, const InjectorItems& row, ScheduleWell& well) {
@@ -252,9 +249,9 @@ void readWconprod(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     while (nextWellRow(reader, step)) {
         ProducerItems row;
-        readRow(reader, std::array<ListTarget, 11>{&row.name, &row.status, &row.control, &row.oil, &row.water,
+        readRow(reader, std::array<ListTarget, 12>{&row.name, &row.status, &row.control, &row.oil, &row.water,
                                                    &row.gas, &row.liquid, &row.resv, &row.bhp, &row.thp,
-                                                   &row.vfpTable});
+                                                   &row.liftTable, &row.artificialLift});
         ++step.producerCount;
         forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
             takeProducer(reader, row, well);
@@ -269,12 +266,13 @@ void readWconinje(SectionReader& reader, ScheduleRecords& records) {
     ScheduleStep& step = presentStep(records);
     while (nextWellRow(reader, step)) {
         InjectorItems row;
-        readRow(reader, std::array<ListTarget, 8>{&row.name, &row.type, &row.status, &row.control, &row.rate,
-                                                  &row.resv, &row.bhp, &row.thp});
+        readRow(reader, std::array<ListTarget, 9>{&row.name, &row.type, &row.status, &row.control, &row.rate,
+                                                  &row.resv, &row.bhp, &row.thp, &row.liftTable});
         ++step.injectorCount;
         forNamedWells(reader, step, row.name, [&](ScheduleWell& well) {
             takeInjector(reader, row, well);
             endHistory(well);
+            well.liftTable = row.liftTable;
             well.injBhp = pressureFrom(reader, row.bhp, DefaultInjectorBhp);
             well.injThp = row.thp * reader.units->pressure;
         });
@@ -288,9 +286,9 @@ void readWconhist(SectionReader& reader, ScheduleRecords& records) {
     records.options.useHistoryControls = true;
     while (nextWellRow(reader, step)) {
         ProducerItems row;
-        readRow(reader,
-                std::array<ListTarget, 10>{&row.name, &row.status, &row.control, &row.oil, &row.water,
-                                           &row.gas, &row.vfpTable, &row.artificialLift, &row.thp, &row.bhp});
+        readRow(reader, std::array<ListTarget, 10>{&row.name, &row.status, &row.control, &row.oil, &row.water,
+                                                   &row.gas, &row.liftTable, &row.artificialLift, &row.thp,
+                                                   &row.bhp});
         ++step.producerCount;
         forNamedWells(reader, step, row.name,
                       [&](ScheduleWell& well) { takeHistory(reader, records, row, well); });

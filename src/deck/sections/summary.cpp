@@ -94,6 +94,7 @@ constexpr std::array SummaryKeywords = {
     Row{"WWCT", askOfWells, "wells: water cut"},
     Row{"WGOR", askOfWells, "wells: gas-oil ratio of production"},
     Row{"WBHP", askOfWells, "wells: bottom-hole pressure"},
+    Row{"WTHP", askOfWells, "wells: pressure at the tubing head, in decks with `VFPPROD` or `VFPINJ`"},
     Row{"WOPT", askOfWells, "wells: oil produced"},
     Row{"WWPT", askOfWells, "wells: water produced"},
     Row{"WGPT", askOfWells, "wells: gas produced"},
@@ -133,7 +134,8 @@ constexpr std::array SummaryKeywords = {
     Row{"WWITH", askOfWells, "wells: water injected by the observed rates"},
     Row{"WGITH", askOfWells, "wells: gas injected by the observed rates"},
     Row{"ALL", askOfField,
-        "every vector of this list; the observed ones in decks with `WCONHIST` or `WCONINJH`"},
+        "every vector of this list; the observed ones in decks with `WCONHIST` or `WCONINJH`, `WTHP` in "
+        "those with tables for it"},
     Row{"INCLUDE", includeVectors, "file of further vectors; one that is not there is told and passed over"},
 };
 

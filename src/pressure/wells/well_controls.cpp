@@ -25,9 +25,9 @@ struct ControlWord {
     std::string_view letters;  // upper case
     std::string_view control;
 };
-constexpr ControlWord ProducerControls[] = {{"OR", "orat"}, {"WR", "wrat"}, {"GR", "grat"},
-                                            {"LR", "lrat"}, {"RE", "resv"}, {"BH", "bhp"}};
-constexpr ControlWord InjectorControls[] = {{"RA", "rate"}, {"BH", "bhp"}};
+constexpr ControlWord ProducerControls[] = {{"OR", "orat"}, {"WR", "wrat"}, {"GR", "grat"}, {"LR", "lrat"},
+                                            {"RE", "resv"}, {"BH", "bhp"},  {"TH", "bhp"}};
+constexpr ControlWord InjectorControls[] = {{"RA", "rate"}, {"BH", "bhp"}, {"TH", "bhp"}};
 constexpr ControlWord InjectedFluids[] = {{"O", "oil"}, {"W", "wat"}, {"G", "gas"}};
 
 /// The lower-case word of the row whose letters begin `word`; blank when none does.
@@ -49,8 +49,8 @@ bool isShutStatus(std::string_view status) {
     lineToLog(console, logText);
     both(console, "Well {}: control '{}', fluid '{}'; introduced in {}, line {}", source.name, source.control,
          source.injType, source.place.fileName, source.place.lineNumber);
-    lineToBoth(console, source.isInjector ? "Known: RATE, BHP of WATER, GAS, OIL"
-                                          : "Known: ORAT, WRAT, GRAT, LRAT, RESV, BHP");
+    lineToBoth(console, source.isInjector ? "Known: RATE, BHP, THP of WATER, GAS, OIL"
+                                          : "Known: ORAT, WRAT, GRAT, LRAT, RESV, BHP, THP");
     hardStop(console);
 }
 
@@ -168,6 +168,23 @@ Well assignControl(const Console& console, const ScheduleWell& source) {
     well.shut = well.shut || shutStatus || (isRateControlled(well) && well.TargetRate == 0.0);
     if (!isRateControlled(well)) well.Bhp = well.BhpLimit;
     return well;
+}
+
+/// The table of its number for the kind of the well; its pressure limit is formed from it step by step. What
+/// has been observed is no limit.
+void takeLift(const Console& console, const Schedule& schedule, const ScheduleWell& source, Well& well) {
+    const double head = isInjector(well) ? source.injThp : source.prodThp;
+    well.lift.head = source.holdsLimits ? head : 0.0;
+    well.lift.artificial = source.artificialLift;
+    well.lift.ownLimit = well.BhpLimit;
+    for (const std::shared_ptr<const LiftTable>& table : schedule.liftTables)
+        if (table->number == source.liftTable && table->ofInjector == isInjector(well))
+            well.lift.table = table;
+    const bool isControl = toUpper(trim(source.control)).starts_with("TH");
+    const bool hasBoth = well.lift.table != nullptr && well.lift.head > 0.0;
+    if (hasBoth || well.shut || !(isControl || (well.lift.head > 0.0 && source.liftTable > 0))) return;
+    warn(console, "WARNING :: WELL {}: NO TABLE {} OF VFPPROD OR VFPINJ, OR NO PRESSURE AT THE TUBING HEAD",
+         well.WellName, source.liftTable);
 }
 
 // --- completions -----------------------------------------------------------------------------------
@@ -389,7 +406,7 @@ void AssignWells(int stepIndex, const Console& console, const RunOptions& option
     if (stepIndex >= 1 && static_cast<std::size_t>(stepIndex) <= schedule.steps.size()) {
         const ScheduleStep& step = schedule.steps[static_cast<std::size_t>(stepIndex) - 1];
         for (const ScheduleWell& source : step.wells)
-            assigned.wells.push_back(assignControl(console, source));
+            takeLift(console, schedule, source, assigned.wells.emplace_back(assignControl(console, source)));
         assignCompletions(console, grid, step, assigned);
         assignGroups(console, step, assigned);
     }

@@ -3,6 +3,7 @@
 #include "base/cell_array.hpp"
 #include "deck/schedule.hpp"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,15 @@ struct GroupShare {
     double injected = NoGroupLimit;  // surface volume of the injected phase
 };
 
+/// What a pressure at the tubing head means for a well.
+struct TubingLimit {
+    std::shared_ptr<const LiftTable> table;  // null: none
+    double head = 0.0;                       // psia; 0: no limit
+    double artificial = 0.0;
+    double ownLimit = 0.0;  // psia, of the bottom-hole pressure by the deck
+    double weight = 0.0;    // psi, of the fluid between the table's depth and that of Bhp
+};
+
 struct Well {
     std::string WellName;      // up to 8 characters
     std::string WellKind;      // "inj" or "prd"
@@ -63,6 +73,7 @@ struct Well {
     double targetOil = 0.0, targetWater = 0.0, targetGas = 0.0, targetLiquid = 0.0, targetResv = 0.0;
     double Bhp = 0.0;            // psia
     double BhpLimit = 0.0;       // psia
+    TubingLimit lift;            // what else BhpLimit comes from
     bool aquifer = false;        // no well, but what an aquifer gives or takes
     bool shut = false;           // status SHUT or STOP, or a rate target of 0
     bool holdsLimits = false;    // targets of the other phases are limits
