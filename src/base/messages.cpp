@@ -9,14 +9,14 @@ namespace {
 
 /// Keywords that ask for reports and files, say how the numbers are found and how much memory to take, or
 /// repeat what is so in any case.
-constexpr std::array<std::string_view, 49> OutputKeywords = {
-    "BOUNDARY", "COLUMNS",  "COORDSYS", "CPR",    "DATE",     "DEBUG",    "DIFFCOEF",
-    "ECHO",     "EXCEL",    "FAULTDIM", "FMTIN",  "FMTOUT",   "GRIDFILE", "GRIDUNIT",
-    "HISTDATE", "INIT",     "LOAD",     "LOGIC",  "MAPAXES",  "MAPUNITS", "MEMORY",
-    "MESSAGES", "MESSOPTS", "MONITOR",  "NARROW", "NMATOPTS", "NMESSAGE", "NOECHO",
-    "NONNC",    "NOWARN",   "NSTACK",   "NUPCOL", "OUTRAD",   "OUTSOL",   "PARALLEL",
-    "PRINT",    "RPTONLY",  "RPTONLYO", "RUNSUM", "SAVE",     "SEPARATE", "SMRYDIMS",
-    "SPECGRID", "TITLE",    "TUNING",   "UNIFIN", "UNIFOUT",  "WARN",     "WIDE"};
+constexpr std::array<std::string_view, 58> OutputKeywords = {
+    "BOUNDARY", "COLUMNS",  "COORDSYS", "CPR",      "DATE",     "DATUM",    "DEBUG",    "DIFFCOEF", "ECHO",
+    "EXCEL",    "FAULTDIM", "FILLEPS",  "FMTIN",    "FMTOUT",   "GRIDFILE", "GRIDUNIT", "HISTDATE", "INIT",
+    "LOAD",     "LOGIC",    "MAPAXES",  "MAPUNITS", "MEMORY",   "MESSAGES", "MESSOPTS", "MONITOR",  "NARROW",
+    "NMATOPTS", "NMESSAGE", "NOECHO",   "NOGGF",    "NOINSPEC", "NONNC",    "NORSSPEC", "NOWARN",   "NSTACK",
+    "NUPCOL",   "OUTRAD",   "OUTSOL",   "PARALLEL", "PRINT",    "RPTONLY",  "RPTONLYO", "RUNSUM",   "SAVE",
+    "SEPARATE", "SMRYDIMS", "SPECGRID", "TITLE",    "TUNING",   "UNIFIN",   "UNIFOUT",  "WARN",     "WIDE",
+    "WPAVE",    "WRFT",     "WRFTPLT",  "ZIPPY2"};
 constexpr std::string_view ReportPrefix = "RPT";
 constexpr std::string_view DimensionSuffix = "DIMS";  // sizes that other programs set memory aside by
 constexpr std::string_view SummarySection = "SUMMARY";

@@ -82,6 +82,8 @@ PLAIN = KeywordDeck()
 LATE = late_with_grid("")
 THREE_LAYERS = WELLS.replace("1  1  1 2", "1  1  1 1").replace("10 10 1 2", "10 10 2 2")
 
+OBSERVED = WELLS[:WELLS.index("WCONPROD")] + "WCONHIST\n'PROD' 'OPEN' 'ORAT' 800 600 0 /\n/\n"
+
 CASES = {
     "BOX": Case(with_grid("BOX\n3 8 2 9 1 2 /\nPERMX\n96*2 /\nPERMY\n96*2 /\nENDBOX\n"), PLAIN),
     "BOX of EQUALS": Case(with_grid("BOX\n3 8 2 9 1 2 /\nEQUALS\nPERMX 2 /\nPERMY 2 /\n/\nENDBOX\n"), PLAIN),
@@ -190,6 +192,9 @@ CASES = {
     "COMPDAT Kh": Case(flood(WELLS.replace("2* 0.5 /", "2* 0.5 8000 /") + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
     "WEFAC": Case(KeywordDeck(schedule=WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS, summary="WOPR\n/\nWWIR\n/\n"),
                   KeywordDeck(summary="WOPR\n/\nWWIR\n/\n"), ("FOPT", "FOPR", "WOPR:PROD", "WWIR:INJ", "WBHP:INJ")),
+    "GEFAC": Case(flood("GRUPTREE\n'G' 'TOP' /\n/\n" + WELLS + "GEFAC\n'TOP' 0.8 /\n'G' 0.75 /\n/\n" + STEPS), PLAIN,
+                  ("FOPT", "FOPR", "WBHP:INJ")),
+    "WHISTCTL": Case(flood("WHISTCTL\nLRAT /\n" + OBSERVED + STEPS), flood(OBSERVED + STEPS), ("FOPT", "FOPR", "FPR")),
 }
 
 

@@ -1,6 +1,7 @@
 #include "deck/sections/schedule_changes.hpp"
 
 #include "base/text.hpp"
+#include "deck/sections/schedule_groups.hpp"
 #include "deck/sections/well_rows.hpp"
 
 #include <algorithm>
@@ -127,6 +128,16 @@ void setTarget(const SectionReader& reader, const TargetRow& target, double deck
     *place = value;
 }
 
+/// The target becomes the control; the rate of an injector has one word for all fluids.
+void setControl(std::string_view word, ScheduleWell& well) {
+    const bool ofPressure = word == "BHP" || word == "THP";
+    if (well.isInjector && injectorTarget(word, well) == nullptr) return;
+    well.injByReservoirRate = well.isInjector && word == "RESV";
+    well.control = well.isInjector && !ofPressure && word != "RESV" ? "RATE" : std::string(word);
+    well.waitsForGroup = false;
+    well.hasControl = true;
+}
+
 // --- WECON -------------------------------------------------------------------------------------------
 
 struct WorkoverWord {
@@ -192,6 +203,7 @@ void readWpimult(SectionReader& reader, ScheduleRecords& records) {
 
 void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
+    const bool controls = reader.keyword == "WELCNTL";
     while (nextWellRow(reader, presentStep(records))) {
         std::string name, word;
         double value = 0.0;
@@ -203,8 +215,10 @@ void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
             warnHere(reader, "WARNING :: TARGET {} IS NOT KNOWN, ROW SKIPPED", word);
             continue;
         }
-        forNamedWells(reader, presentStep(records), name,
-                      [&](ScheduleWell& well) { setTarget(reader, *target, value, well); });
+        forNamedWells(reader, presentStep(records), name, [&](ScheduleWell& well) {
+            setTarget(reader, *target, value, well);
+            if (controls) setControl(target->word, well);
+        });
     }
 }
 
@@ -218,8 +232,9 @@ void readWefac(SectionReader& reader, ScheduleRecords& records) {
             warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(factor));
             factor = 1.0;
         }
-        forNamedWells(reader, presentStep(records), name,
-                      [&](ScheduleWell& well) { well.efficiency = factor; });
+        forNamedWells(reader, presentStep(records), name, [&](ScheduleWell& well) {
+            well.efficiency = factor * onShareOf(records, presentStep(records), well.group);
+        });
     }
 }
 

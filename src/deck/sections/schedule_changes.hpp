@@ -13,7 +13,7 @@ void readWelopen(SectionReader& reader, ScheduleRecords& records);
 /// A factor on the connection factors of a well, or of the connections named, on top of what stands there.
 void readWpimult(SectionReader& reader, ScheduleRecords& records);
 
-/// A target or limit of a well; its control stays.
+/// A target or limit of a well; its control stays, under WELCNTL it becomes the control.
 void readWeltarg(SectionReader& reader, ScheduleRecords& records);
 
 /// Share of the time that a well is on.

@@ -290,4 +290,36 @@ void readWgrupcon(SectionReader& reader, ScheduleRecords& records) {
     }
 }
 
+double onShareOf(const ScheduleRecords& records, const ScheduleStep& step, const std::string& group) {
+    double share = 1.0;
+    std::string name = group;
+    // No group lies below itself, see readGruptree.
+    while (!name.empty() && name != FieldGroup) {
+        if (const auto own = records.onShares.find(name); own != records.onShares.end()) share *= own->second;
+        const std::size_t place = placeOfGroup(step, name);
+        name = place < step.groups.size() ? step.groups[place].parent : FieldGroup;
+    }
+    return share;
+}
+
+void readGefac(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    while (nextRow(reader)) {
+        std::string name;
+        double factor = 1.0;
+        readRow(reader, std::array<ListTarget, 2>{&name, &factor});
+        if (!(factor > 0.0) || factor > 1.0) {
+            warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(factor));
+            factor = 1.0;
+        }
+        ScheduleStep& step = presentStep(records);
+        std::vector<double> before;
+        for (const ScheduleWell& well : step.wells) before.push_back(onShareOf(records, step, well.group));
+        for (const std::string& group : namedGroups(reader, name, step)) records.onShares[group] = factor;
+        for (std::size_t w = 0; w < before.size(); ++w)
+            if (const double now = onShareOf(records, step, step.wells[w].group); now != before[w])
+                step.wells.own(w).efficiency *= now / before[w];
+    }
+}
+
 }  // namespace kvr

@@ -13,4 +13,10 @@ void readGconprod(SectionReader& reader, ScheduleRecords& records);
 void readGconinje(SectionReader& reader, ScheduleRecords& records);
 void readWgrupcon(SectionReader& reader, ScheduleRecords& records);
 
+/// Share of the time that the wells of groups are on, on top of their own.
+void readGefac(SectionReader& reader, ScheduleRecords& records);
+
+/// The product of the shares of a group and of all above it.
+double onShareOf(const ScheduleRecords& records, const ScheduleStep& step, const std::string& group);
+
 }  // namespace kvr

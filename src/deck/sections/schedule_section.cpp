@@ -43,6 +43,7 @@ constexpr std::array Keywords = {
         "control and targets of a producer, pressure at the tubing head with its table among them"},
     Row{"WCONINJE", readWconinje, "control and targets of an injector"},
     Row{"WCONHIST", readWconhist, "observed rates of a producer"},
+    Row{"WHISTCTL", readWhistctl, "control of the rows of `WCONHIST` behind it, NONE: their own"},
     Row{"WCONINJH", readWconinjh, "observed rate of an injector"},
     Row{"VFPPROD", readProducerLift,
         "table of bottom-hole pressures of producers: number, depth, OIL, LIQ or GAS, WOR, WCT or WGR, GOR, "
@@ -64,6 +65,9 @@ constexpr std::array Keywords = {
         "of the well, or of the connections named, until a new row of `COMPDAT`"},
     Row{"WELTARG", readWeltarg,
         "rows of a well, ORAT, WRAT, GRAT, LRAT, RESV, BHP or THP, and a value: a new target or limit"},
+    Row{"WELCNTL", readWeltarg, "the same, and the target becomes the control of the well"},
+    Row{"GEFAC", readGefac,
+        "rows of a group and the share of the time that its wells are on, on top of their own"},
     Row{"WEFAC", readWefac,
         "rows of a well and the share of the time that it is on: rates of the well are those while it is on, "
         "those of "

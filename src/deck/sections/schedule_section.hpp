@@ -8,6 +8,9 @@
 #include "model/grid.hpp"
 #include "run/records/clock.hpp"
 
+#include <map>
+#include <string>
+
 namespace kvr {
 
 /// What the SCHEDULE section reads and writes.
@@ -17,7 +20,9 @@ struct ScheduleRecords {
     const InitialConditions& initial;
     Schedule& schedule;
     RunClock& clock;
-    const GridModel& grid;  // its faults
+    const GridModel& grid;            // its faults
+    std::string historyControl = "";  // WHISTCTL, of the rows of WCONHIST behind it; blank: their own
+    std::map<std::string, double> onShares = {};  // GEFAC, by group
 };
 
 /// Reads the section, up to its closing message. A further SCHEDULE section goes on where the last one

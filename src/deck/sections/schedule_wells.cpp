@@ -289,6 +289,7 @@ void readWconhist(SectionReader& reader, ScheduleRecords& records) {
         readRow(reader, std::array<ListTarget, 10>{&row.name, &row.status, &row.control, &row.oil, &row.water,
                                                    &row.gas, &row.liftTable, &row.artificialLift, &row.thp,
                                                    &row.bhp});
+        if (!records.historyControl.empty()) row.control = records.historyControl;
         ++step.producerCount;
         forNamedWells(reader, step, row.name,
                       [&](ScheduleWell& well) { takeHistory(reader, records, row, well); });
@@ -315,6 +316,19 @@ void readWconinjh(SectionReader& reader, ScheduleRecords& records) {
     }
     announce(reader, "WCONINJH");
     tellCount(reader, "-> Num of Injector =", step.injectorCount);
+}
+
+void readWhistctl(SectionReader& reader, ScheduleRecords& records) {
+    announce(reader, reader.keyword);
+    skipCommentLines(reader);
+    std::string control = "NONE", ends = "NO";
+    const std::array<ListTarget, 2> targets = {&control, &ends};
+    checkRead(reader, readList(*reader.cursor, targets));
+    control = toUpper(trim(control));
+    records.historyControl = control == "NONE" ? "" : control;
+    if (toUpper(trim(ends)).starts_with('Y'))
+        warnHere(reader,
+                 "WARNING :: WHISTCTL: THE RUN DOES NOT END WHERE A WELL COMES TO ITS PRESSURE LIMIT");
 }
 
 }  // namespace kvr

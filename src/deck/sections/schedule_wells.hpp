@@ -18,6 +18,9 @@ void readWconinje(SectionReader& reader, ScheduleRecords& records);
 void readWconhist(SectionReader& reader, ScheduleRecords& records);
 void readWconinjh(SectionReader& reader, ScheduleRecords& records);
 
+/// The control of the rows of WCONHIST behind it, in place of their own.
+void readWhistctl(SectionReader& reader, ScheduleRecords& records);
+
 /// Reservoir volume rate of observed surface rates, rb/day, at pressure p:
 ///   Bw(p) qw + Bo(p) qo + Bg(p) qg - (qo / Bo(p)) Bg(p) Rs(p)
 /// on the saturated curve. Bg is 1 without a gas phase, Rs is 0 for dead oil. qo, qw stb/day, qg surface

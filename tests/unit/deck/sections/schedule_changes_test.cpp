@@ -95,6 +95,37 @@ TEST(ScheduleChanges, SetTheRateOfAnInjectorByItsFluid) {
     EXPECT_TRUE(bench.deck.printed("WARNING :: INJECTOR P1 HAS NO TARGET GRAT"));
 }
 
+TEST(ScheduleChanges, MakeATargetTheControl) {
+    ScheduleBench bench(TwoWells +
+                        "WCONINJE\n'P1' 'WATER' 'OPEN' 'RATE' 10 /\n/\nWCONPROD\n'P2' 'OPEN' 'ORAT' 10 /\n/\n"
+                        "WELCNTL\n'P1' BHP 5000 /\n'P2' LRAT 70 /\n/\n");
+    bench.read();
+    EXPECT_EQ(bench.well(0).control, "BHP");
+    EXPECT_EQ(bench.well(0).injBhp, 5000.0);
+    EXPECT_EQ(bench.well(1).control, "LRAT");
+    EXPECT_EQ(bench.well(1).prodLiquid, 70.0);
+    EXPECT_EQ(bench.well(1).prodOil, 10.0);
+}
+
+TEST(ScheduleChanges, MultiplyTheEfficienciesOfAWellAndOfItsGroups) {
+    ScheduleBench bench(TwoWells +
+                        "GRUPTREE\n'G1' 'TOP' /\n/\nWEFAC\n'P1' 0.8 /\n/\nGEFAC\n'TOP' 0.5 /\n'G1' 0.9 /\n/\n"
+                        "WEFAC\n'P2' 0.6 /\n/\nGEFAC\n'TOP' 0.7 /\n/\n");
+    bench.read();
+    EXPECT_NEAR(bench.well(0).efficiency, 0.8 * 0.7 * 0.9, 1e-12);
+    EXPECT_NEAR(bench.well(1).efficiency, 0.6 * 0.7 * 0.9, 1e-12);
+}
+
+TEST(ScheduleChanges, SetTheControlOfObservedRates) {
+    const std::string row = "WCONHIST\n'P1' 'OPEN' 'ORAT' 10 5 /\n/\n";
+    ScheduleBench bench(TwoWells + "WHISTCTL\nRESV /\n" + row);
+    bench.read();
+    EXPECT_EQ(bench.well(0).control, "RESV");
+    ScheduleBench ended(TwoWells + "WHISTCTL\nRESV /\nWHISTCTL\nNONE /\n" + row);
+    ended.read();
+    EXPECT_EQ(ended.well(0).control, "ORAT");
+}
+
 TEST(ScheduleChanges, TakeAnEfficiencyWithinItsRange) {
     ScheduleBench bench(TwoWells + "WEFAC\n'P1' 0.8 /\n'P2' 1.5 /\n/\n");
     bench.read();
