@@ -71,7 +71,7 @@ SmallCase& floodCase() {
         run.state.So[cell] = 1.0 - run.state.Sw[cell];
     }
     refreshProperties(run.grid, run.fluids, run.state);
-    AllocateVelocity(run.console, run.grid.NCELLS, false, run.velocity);
+    AllocateVelocity(run.console, run.grid.NCELLS, run.connections.flowDirections, false, run.velocity);
     BuildVelocityFromPressure(run.options, run.units, run.grid, run.connections, run.state, {}, run.velocity);
     writeRestartFile(run.console, run.options, run.clock, run.grid, run.state,
                      {run.units, run.connections, run.velocity}, run.lines.diagnostics);
