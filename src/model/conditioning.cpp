@@ -269,6 +269,8 @@ void CALCTRANS_STATICGEOPART(const Console& console, const RunOptions& options, 
     if (const int lost = applyConnectionRows(grid, connections); lost > 0)
         warn(console, "WARNING :: {} ROWS OF NNC, EDITNNC OR EDITNNCR FIND NO CONNECTION OF ACTIVE CELLS",
              lost);
+    if (const long long multiplied = multiplyRegions(grid, connections); multiplied > 0)
+        both(console, " Connections multiplied by MULTREGT: {}", multiplied);
     if (!connections.further.empty())
         both(console, " Connections of cells that are not neighbours: {}", connections.further.size());
     printSummary(console, summarise(grid, connections));

@@ -91,6 +91,17 @@ struct ConnectionRow {
     Means means = Means::Add;
 };
 
+/// A row of MULTREGT: connections between two regions of a numbering, 0: any other. Of connections of cells
+/// that are not neighbours all, none, or they alone.
+struct RegionMultiplier {
+    enum class Further : std::uint8_t { Too, Not, Alone };
+    int first = 0, second = 0;
+    double value = 1.0;
+    std::array<bool, 3> axes = {true, true, true};
+    Further further = Further::Too;
+    RegionSet regionSet = RegionSet::Default;
+};
+
 /// Static geometry and rock, one instance for the run. Lengths ft, permeability md.
 struct GridModel {
     int NX = 0, NY = 0, NZ = 0;
@@ -131,6 +142,7 @@ struct GridModel {
     CellArray<std::uint8_t> PinchedOut;  // 1: the cells above and below are neighbours; empty: none is
     bool joinsAcrossFaults = false;      // lateral faces join every cell that they touch, by the shared area
     std::vector<ConnectionRow> connectionRows;
+    std::vector<RegionMultiplier> regionMultipliers;
     std::vector<FaultFaces> faultFaces;
     std::vector<FaultMultiplier> faultMultipliers;
     bool editRockApplied = false;   // EDIT rows on rock arrays, and MULTPV, have been applied in this run

@@ -1,6 +1,7 @@
 #include "model/multipliers.hpp"
 
 #include "base/text.hpp"
+#include "model/array_arithmetic.hpp"
 #include "model/cell_box.hpp"
 
 namespace kvr {
@@ -89,6 +90,61 @@ long long multiplyFaces(const GridModel& grid, ConnectionTable& connections) {
             if (factors[cell] != 1.0 && multiplyConnection(cell, face, factors[cell], connections)) ++count;
     }
     return count + multiplyFaults(grid, grid.faultMultipliers, connections);
+}
+
+namespace {
+
+/// Whether a row means the connection of cells of regions a and b.
+bool joins(const RegionMultiplier& row, int a, int b) {
+    const auto is = [](int region, int given) { return given < 1 || region == given; };
+    if (a == b) return row.first == a && row.second == a;
+    return (is(a, row.first) && is(b, row.second)) || (is(b, row.first) && is(a, row.second));
+}
+
+/// Axis of a connection, 0..2; that of the fault that it crosses, -1 of one that the deck gives.
+int axisOfConnection(const ConnectionTable& connections, CellId cell, CellId other, int direction) {
+    const int face = direction <= FaceCount ? direction : furtherBetween(connections, cell, other).face;
+    return face > 0 ? (face - 1) / 2 : -1;
+}
+
+bool means(const RegionMultiplier& row, int axis, bool isFurther) {
+    if (axis >= 0 && !row.axes[static_cast<std::size_t>(axis)]) return false;
+    return row.further == RegionMultiplier::Further::Too ||
+           isFurther == (row.further == RegionMultiplier::Further::Alone);
+}
+
+/// The product over the numberings of the last row of each that means the connection.
+double regionFactor(const GridModel& grid, CellId cell, CellId other, int axis, bool isFurther) {
+    double factor = 1.0;
+    for (const RegionSet set : {RegionSet::Mult, RegionSet::Flux, RegionSet::Oper}) {
+        const CellArray<int>& region = regionNumbers(grid, set);
+        if (region.empty()) continue;
+        for (auto row = grid.regionMultipliers.rbegin(); row != grid.regionMultipliers.rend(); ++row) {
+            if (&regionNumbers(grid, row->regionSet) != &region || !means(*row, axis, isFurther) ||
+                !joins(*row, region[cell], region[other]))
+                continue;
+            factor *= row->value;
+            break;
+        }
+    }
+    return factor;
+}
+
+}  // namespace
+
+long long multiplyRegions(const GridModel& grid, ConnectionTable& connections) {
+    long long count = 0;
+    for (CellId cell = 1; !grid.regionMultipliers.empty() && cell <= grid.NCELLS; ++cell)
+        for (int d = 1; d <= connections.flowDirections; ++d) {
+            const CellId other = connections.Neighbour(cell, d);
+            if (other <= cell) continue;
+            const int axis = axisOfConnection(connections, cell, other, d);
+            const double factor = regionFactor(grid, cell, other, axis, d > FaceCount);
+            if (factor == 1.0) continue;
+            multiplyBothSides(cell, d, factor, connections);
+            ++count;
+        }
+    return count;
 }
 
 long long multiplyFaults(const GridModel& grid, std::span<const FaultMultiplier> factors,

@@ -40,6 +40,10 @@ void multiplyTrans(const GridModel& grid, const MultiplierKeyword& keyword, cons
 /// both sides. Returns how many connections were multiplied.
 long long multiplyFaces(const GridModel& grid, ConnectionTable& connections);
 
+/// Connections between regions by the rows of MULTREGT: of each numbering the last row that means a
+/// connection. Returns how many connections were multiplied.
+long long multiplyRegions(const GridModel& grid, ConnectionTable& connections);
+
 /// The same by the factors of faults alone, on top of what the connections are.
 long long multiplyFaults(const GridModel& grid, std::span<const FaultMultiplier> factors,
                          ConnectionTable& connections);

@@ -192,6 +192,7 @@ CASES = {
     "COMPDAT Kh": Case(flood(WELLS.replace("2* 0.5 /", "2* 0.5 8000 /") + STEPS), PLAIN, ("FOPT", "WBHP:INJ")),
     "WEFAC": Case(KeywordDeck(schedule=WELLS + "WEFAC\n'PROD' 0.6 /\n'INJ' 0.7 /\n/\n" + STEPS, summary="WOPR\n/\nWWIR\n/\n"),
                   KeywordDeck(summary="WOPR\n/\nWWIR\n/\n"), ("FOPT", "FOPR", "WOPR:PROD", "WWIR:INJ", "WBHP:INJ")),
+    "MULTREGT": Case(with_grid("MULTNUM\n" + HALVES + "MULTREGT\n1 2 0.5 XYZ ALL M /\n1 2 0.01 XY ALL M /\n/\n"), PLAIN, ("FOPT", "WBHP:INJ")),
     "GEFAC": Case(flood("GRUPTREE\n'G' 'TOP' /\n/\n" + WELLS + "GEFAC\n'TOP' 0.8 /\n'G' 0.75 /\n/\n" + STEPS), PLAIN,
                   ("FOPT", "FOPR", "WBHP:INJ")),
     "WHISTCTL": Case(flood("WHISTCTL\nLRAT /\n" + OBSERVED + STEPS), flood(OBSERVED + STEPS), ("FOPT", "FOPR", "FPR")),

@@ -127,6 +127,17 @@ void readMultiply(SectionReader& reader, GridRecords& records) {
 
 // --- ADD, and rows for regions -------------------------------------------------------------------------
 
+RegionSet regionSetOf(const SectionReader& reader, const std::string& word) {
+    const std::string letter = toUpper(trim(word).substr(0, 1));
+    if (letter.empty()) return RegionSet::Default;
+    if (letter == "M") return RegionSet::Mult;
+    if (letter == "F") return RegionSet::Flux;
+    if (letter == "O") return RegionSet::Oper;
+    both(consoleOf(reader), "ERROR :: {}: NUMBERING {} IS NONE OF M (MULTNUM), F (FLUXNUM), O (OPERNUM)",
+         reader.keyword, word);
+    stopAtPlace(reader);
+}
+
 namespace {
 
 /// Keeps a row of ADD or for a region, if its array is one of those that they know.
@@ -141,17 +152,6 @@ void keepFurther(SectionReader& reader, ArithmeticRow row, RowAction action, Gri
     }
     row.place = placeOf(reader);
     list.push_back(std::move(row));
-}
-
-RegionSet regionSetOf(const SectionReader& reader, const std::string& word) {
-    const std::string letter = toUpper(trim(word).substr(0, 1));
-    if (letter.empty()) return RegionSet::Default;
-    if (letter == "M") return RegionSet::Mult;
-    if (letter == "F") return RegionSet::Flux;
-    if (letter == "O") return RegionSet::Oper;
-    both(consoleOf(reader), "ERROR :: {}: NUMBERING {} IS NONE OF M (MULTNUM), F (FLUXNUM), O (OPERNUM)",
-         reader.keyword, word);
-    stopAtPlace(reader);
 }
 
 /// Rows of name, value, region and numbering.

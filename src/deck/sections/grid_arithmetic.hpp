@@ -18,6 +18,9 @@ void readEqualreg(SectionReader& reader, GridRecords& records);
 void readMultireg(SectionReader& reader, GridRecords& records);
 void readAddreg(SectionReader& reader, GridRecords& records);
 
+/// The numbering that a letter names; any other stops.
+RegionSet regionSetOf(const SectionReader& reader, const std::string& word);
+
 /// Stops on a row for a region whose numbering the deck has not given.
 void requireRegionNumbers(SectionReader& reader, const ArithmeticStart& start, const GridModel& grid);
 

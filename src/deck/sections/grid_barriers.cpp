@@ -4,6 +4,7 @@
 #include "deck/reading/unit_copies.hpp"
 #include "deck/sections/arithmetic_rows.hpp"
 #include "deck/sections/given_arrays.hpp"
+#include "deck/sections/grid_arithmetic.hpp"
 #include "model/cell_box.hpp"
 #include "model/multipliers.hpp"
 
@@ -210,6 +211,45 @@ void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridM
     }
     endCopiedList(reader);
     both(consoleOf(reader), "-> Rows of connections = {}", rows);
+}
+
+namespace {
+
+RegionMultiplier::Further furtherOf(const SectionReader& reader, const std::string& text) {
+    const std::string word = toUpper(trim(text));
+    if (word == "NNC") return RegionMultiplier::Further::Alone;
+    if (word == "NONNC") return RegionMultiplier::Further::Not;
+    if (word != "ALL" && word != "NOAQUNNC")
+        warnHere(reader, "WARNING :: MULTREGT: {} IS NONE OF ALL, NNC, NONNC, NOAQUNNC, SET TO ALL", text);
+    return RegionMultiplier::Further::Too;
+}
+
+}  // namespace
+
+void readRegionMultipliers(SectionReader& reader, GridModel& grid) {
+    announce(reader, reader.keyword);
+    copyKeyword(reader);
+    while (nextRow(reader)) {
+        RegionMultiplier row;
+        std::string axes = "XYZ", further = "ALL", set;
+        const std::array<ListTarget, 6> targets = {&row.first, &row.second, &row.value,
+                                                   &axes,      &further,    &set};
+        checkRead(reader, readList(*reader.cursor, targets));
+        copyRow(reader, {{1.0 * row.first},
+                         {1.0 * row.second},
+                         {row.value},
+                         {.text = axes},
+                         {.text = further},
+                         {.text = set}});
+        row.value = soundFactor(reader, row.value);
+        const std::string letters = toUpper(axes);
+        for (std::size_t axis = 0; axis < row.axes.size(); ++axis)
+            row.axes[axis] = letters.find("XYZ"[axis]) != std::string::npos;
+        row.further = furtherOf(reader, further);
+        row.regionSet = regionSetOf(reader, set);
+        grid.regionMultipliers.push_back(row);
+    }
+    endCopiedList(reader);
 }
 
 }  // namespace kvr

@@ -33,6 +33,10 @@ enum class FaultMeans { Replace, Multiply };
 void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridModel& grid,
                           std::vector<FaultMultiplier>& kept);
 
+/// Rows of MULTREGT: two regions, a factor, axes, which of the connections of cells that are not neighbours,
+/// and the letter of a numbering, kept in grid.regionMultipliers.
+void readRegionMultipliers(SectionReader& reader, GridModel& grid);
+
 /// Rows of two cells and a value, up to a slash line, kept in grid.connectionRows: a transmissibility, or a
 /// factor. Items behind it that change flow are told.
 void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridModel& grid);

@@ -206,6 +206,10 @@ void readNnc(SectionReader& reader, GridRecords& records) {
     readConnectionRows(reader, ConnectionRow::Means::Add, records.grid);
 }
 
+void readMultregt(SectionReader& reader, GridRecords& records) {
+    readRegionMultipliers(reader, records.grid);
+}
+
 void readFaultRows(SectionReader& reader, GridRecords& records) {
     readFaults(reader, records.grid);
 }
@@ -282,6 +286,10 @@ constexpr std::array Keywords = {
     Row{"NNC", readNnc,
         "rows of I, J, K of two cells and the transmissibility of a connection between them; where they have "
         "one it is added"},
+    Row{"MULTREGT", readMultregt,
+        "rows of two regions (0 or left out: any other), what connections between them are multiplied by, "
+        "axes "
+        "(XYZ), ALL, NNC or NONNC, and a numbering (M, F, O)"},
     Row{"FAULTS", readFaultRows,
         "rows of a name, I1, I2, J1, J2, K1, K2 and a face (X, X-, Y, Y-, Z, Z- or I, J, K): the faces of a "
         "fault"},

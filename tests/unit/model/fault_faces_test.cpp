@@ -96,5 +96,45 @@ TEST(FaultFaces, TakePartInAFault) {
     EXPECT_TRUE(close(t.Trans(2, 7), 50 * C));
 }
 
+TEST(RegionMultipliers, ActOnAllThatJoinsTwoRegionsByTheLastRowThatMeansIt) {
+    GridModel grid = thrownColumns(5);
+    grid.MULTNUM.assign(4, 1);
+    grid.MULTNUM[2] = grid.MULTNUM[4] = 2;
+    RegionMultiplier row;
+    row.first = 1;
+    row.second = 2;
+    row.value = 0.1;
+    grid.regionMultipliers = {row};
+    row.value = 0.5;
+    row.further = RegionMultiplier::Further::Not;
+    row.regionSet = RegionSet::Mult;  // the first row means it, too
+    grid.regionMultipliers.push_back(row);
+    const auto [out, t] = condition(grid, true);
+    EXPECT_TRUE(close(t.Trans(1, 2), 125 * C)) << "by the second row";
+    EXPECT_TRUE(close(t.Trans(2, 1), 125 * C));
+    EXPECT_TRUE(close(t.Trans(2, 7), 25 * C)) << "by the first, which alone means it";
+    EXPECT_TRUE(close(t.Trans(3, 7), 25 * C));
+    EXPECT_EQ(t.Trans(1, 6), condition(thrownColumns(5), true).table.Trans(1, 6));
+}
+
+TEST(RegionMultipliers, MeanAnyOtherRegionWhereOneIsLeftOutAndTheirAxesAlone) {
+    GridModel grid = uniformBlocks(3, 1, 2, 100.0, 50.0, 10.0);
+    const auto plain = condition(grid, false).table;
+    grid.FLUXNUM.assign(6, 1);
+    grid.FLUXNUM[2] = 2;
+    grid.FLUXNUM[3] = 3;
+    RegionMultiplier row;
+    row.first = 2;
+    row.value = 0.25;
+    row.axes = {true, true, false};
+    row.regionSet = RegionSet::Flux;
+    grid.regionMultipliers = {row};
+    const auto [out, t] = condition(grid, false);
+    EXPECT_TRUE(close(t.Trans(1, 2), 0.25 * plain.Trans(1, 2)));
+    EXPECT_TRUE(close(t.Trans(3, 1), 0.25 * plain.Trans(3, 1)));
+    EXPECT_EQ(t.Trans(2, 6), plain.Trans(2, 6));
+    EXPECT_EQ(t.Trans(4, 2), plain.Trans(4, 2));
+}
+
 }  // namespace
 }  // namespace kvr
