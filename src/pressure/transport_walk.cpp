@@ -38,22 +38,6 @@ double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
                     walk.makeUp.Sw[cell]);
 }
 
-/// Whether the flow of a cell comes in one way and leaves another one: then all lines take as long.
-bool flowsStraight(CellId cell, const Walk& walk) {
-    int in = 0, out = 0;
-    const auto count = [&](double outflow) {
-        in += outflow < 0.0 ? 1 : 0;
-        out += outflow > 0.0 ? 1 : 0;
-    };
-    for (int face = 1; face <= walk.connections.flowDirections; ++face)
-        if (walk.connections.Neighbour(cell, face) > 0)
-            count(outflowThrough(walk.connections, walk.flux, cell, face));
-    for (int k = walk.firstOutlet[cell]; k != NoConnection;
-         k = walk.outlets[static_cast<std::size_t>(k)].next)
-        count(-connectionOf(walk, walk.outlets[static_cast<std::size_t>(k)]).reservoirRate);
-    return in <= 1 && out <= 1;
-}
-
 double relativeJump(double a, double b) {
     const double larger = std::max(a, b);
     return larger > 0.0 ? std::abs(a - b) / larger : 0.0;
@@ -318,8 +302,7 @@ ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk
     double trust = 0.0;
     if (!paired && flows.asked > 0.0) {
         trust = trustOf(cell, flows, walk);
-        const bool byFront = trust > 0.0 && !walk.makeUp.Sw.empty() && !walk.makeUp.holdsGravity;
-        if (byFront && !flowsStraight(cell, walk)) trust *= frontIn(fluid, flows, start, walk);
+        if (trust > 0.0 && !walk.makeUp.Sw.empty()) trust *= frontIn(fluid, flows, start, walk);
     }
     flows.follow(trust);
     for (BuoyantFlow& face : walk.buoyant) face.followed *= trust;
