@@ -232,4 +232,28 @@ RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, doub
     return relPerms(regionTable(tables, region), tables.hasGas, sw, sg);
 }
 
+WaterCurves waterCurvesAtCell(const FluidTables& tables, CellId cell, int region, double sw) {
+    const SaturationTable& table = regionTable(tables, region);
+    const AxisPlace place = waterPlace(table, sw);
+    WaterCurves curves;
+    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0) {
+        const RelPerms kr = relPermsSingle(tables, sw, 0.0);
+        const RelPermSlopes slopes = relPermSlopesSingle(tables, sw, 0.0);
+        curves = {kr.w, kr.o, 0.0, slopes.wBySw, slopes.oBySw, 0.0};
+    } else {
+        curves = {relPermAt(table.Krw, place),
+                  relPermAt(table.Krow, place),
+                  0.0,
+                  relPermSlopeAt(table.Krw, table.SwSearch, place, sw),
+                  relPermSlopeAt(table.Krow, table.SwSearch, place, sw),
+                  0.0};
+    }
+    if (tables.PcowSpan <= CapillarySpanLimit) return curves;
+    curves.pcow = columnAt(table.Pcow, place);
+    if (sw >= table.SwSearch.least && sw <= table.SwSearch.most)
+        curves.pcowSlope =
+            (table.Pcow[place.low + 1] - table.Pcow[place.low]) * table.SwSearch.inverseStep[place.low];
+    return curves;
+}
+
 }  // namespace kvr

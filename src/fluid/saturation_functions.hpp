@@ -147,4 +147,12 @@ RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw
 /// The same by the set that the cell is flagged for, the region-free one by differences.
 RelPermSlopes relPermSlopesAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg);
 
+/// Water and oil alone at a water saturation, with slopes by the segments of the tables, those of relative
+/// permeabilities as relPermSlopes has them. Capillary pressure as PcowFn.
+struct WaterCurves {
+    double krw = 0.0, kro = 0.0, pcow = 0.0;
+    double krwSlope = 0.0, kroSlope = 0.0, pcowSlope = 0.0;
+};
+WaterCurves waterCurvesAtCell(const FluidTables& tables, CellId cell, int region, double sw);
+
 }  // namespace kvr

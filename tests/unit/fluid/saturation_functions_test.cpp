@@ -70,6 +70,28 @@ TEST(RelativePermeability, AndCapillaryPressureKeepTheEndValueWhereATableHoldsIt
     EXPECT_DOUBLE_EQ(relPermSlopes(tables.regions[0], false, 0.2, 0.0).oBySw, -2.0);
 }
 
+TEST(WaterCurves, AreThoseOfTheSingleFunctions) {
+    FluidTables tables = samples::lightOil();
+    tables.hasGas = false;
+    tables.regions[0].Pcow = {5.0, 3.0, 2.0, 0.0};
+    finishTables(tables);
+    for (const bool byRegion : {true, false}) {
+        tables.RegionTableCell.assign(1, byRegion ? 1 : 0);
+        for (const double sw : {0.1, 0.2, 0.35, 0.5, 0.79, 0.9}) {
+            const WaterCurves curves = waterCurvesAtCell(tables, 1, 1, sw);
+            const RelPerms kr = relPermsAtCell(tables, 1, 1, sw, 0.0);
+            const RelPermSlopes slopes = relPermSlopesAtCell(tables, 1, 1, sw, 0.0);
+            EXPECT_EQ(curves.krw, kr.w) << sw;
+            EXPECT_EQ(curves.kro, kr.o) << sw;
+            EXPECT_EQ(curves.krwSlope, slopes.wBySw) << sw;
+            EXPECT_EQ(curves.kroSlope, slopes.oBySw) << sw;
+            EXPECT_EQ(curves.pcow, PcowFn(tables, sw, 1)) << sw;
+            const double rise = PcowFn(tables, sw + 1e-6, 1) - PcowFn(tables, sw, 1);
+            EXPECT_NEAR(curves.pcowSlope, 1e6 * rise, 1e-6) << sw;
+        }
+    }
+}
+
 TEST(RelativePermeability, WorksOnTwoRows) {
     SaturationTable table = samples::fourRowRegion();
     table.SwAxis = {0.2, 0.8};

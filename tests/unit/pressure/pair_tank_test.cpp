@@ -7,6 +7,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
+#include <vector>
 
 namespace kvr {
 namespace {
@@ -177,6 +178,45 @@ TEST(EmptyPair, WithoutAnExchangeFollowsTheExponentialOfALinearFraction) {
         const PairOutflow out =
             emptyPair(tables, pair, flows, 10.0 * volumes, {0.0, 100.0, 0.0}, {0.0, 100.0, 0.0});
         EXPECT_NEAR(out.outflow.own.water, 1.0 - (1.0 - std::exp(-volumes)) / volumes, 2e-3) << volumes;
+    }
+}
+
+/// A flow out of the fractures along which gravity drives water, or against it.
+std::vector<BuoyantFlow> buoyantFlow(double flow, double pull) {
+    std::vector<BuoyantFlow> faces(1);
+    faces[0].cell = 1;
+    faces[0].flow = flow;
+    faces[0].pull = pull;
+    return faces;
+}
+
+TEST(EmptyPair, WithoutAGasPhaseIsThePairOfThreeComponentsThatHoldsNoGas) {
+    FluidTables live = samples::lightOil();
+    live.regions[0].Pcow = {12.0, 6.0, 2.0, 0.0};
+    live.PcowSpan = 12.0;
+    FluidTables liquid = live;
+    liquid.hasGas = false;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int n = 0; n < 200; ++n) {
+        const TransferPair pair =
+            pairOf(live, std::pow(10.0, 6.0 * unit(random) - 3.0), 4.0 * (unit(random) - 0.5));
+        TankFlows flows;
+        flows.inflow.water = 8.0 * unit(random);
+        flows.inflow.oil = 2.0 + 3.0 * unit(random);
+        flows.rest = flows.inflow.water + flows.inflow.oil + pair.total;
+        const ConservedAmounts fracture = filled(30.0, 0.2 + 0.5 * unit(random));
+        const ConservedAmounts matrix = filled(100.0, 0.2 + 0.5 * unit(random));
+        const double pull = n % 3 == 0 ? 0.0 : 4.0 * (unit(random) - 0.5);
+        std::vector<BuoyantFlow> one = buoyantFlow(flows.rest, pull), other = one;
+        const double days = 10.0 * unit(random);
+        const PairOutflow two = emptyPair(liquid, pair, flows, days, fracture, matrix, one);
+        const PairOutflow three = emptyPair(live, pair, flows, days, fracture, matrix, other);
+        EXPECT_NEAR(two.outflow.own.water, three.outflow.own.water, 1e-5) << n;
+        EXPECT_NEAR(two.outflow.own.oil, three.outflow.own.oil, 1e-5) << n;
+        EXPECT_NEAR(days * two.transferred.water, days * three.transferred.water, 1e-4) << n;
+        EXPECT_NEAR(days * two.transferred.oil, days * three.transferred.oil, 1e-4) << n;
+        EXPECT_NEAR(one[0].own, other[0].own, 1e-5) << n;
     }
 }
 
