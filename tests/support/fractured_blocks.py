@@ -7,6 +7,8 @@ fractures alone, from which oil is taken. The shape factor has the faces that th
 
 import math
 
+import numpy
+
 import fractured_row
 
 LENGTH = 200.0  # ft, along the blocks
@@ -26,6 +28,26 @@ PUBLISHED_PCOG = {"0.0": 0.075, "0.1": 0.085, "0.2": 0.095, "0.3": 0.115, "0.4":
 def gas_tables(matrix, fracture):
     """Capillary pressures (psi) by gas saturation of the matrix, and one for all of the fractures."""
     rows = "".join(f"{s} {GAS_CURVES[s][0]} {GAS_CURVES[s][1]} {matrix.get(s, 0.0)}\n" for s in GAS_HEAD)
+    return f"SGOF\n{rows}/\n0.0 0.0 1.0 {fracture}\n1.0 1.0 0.0 {fracture}\n/\n"
+
+
+def equilibrium_gas_tables(matrix, fracture, difference=29.0):
+    """The same with a capillary pressure of the matrix at which the mean of a block in equilibrium is that of its
+    height. `difference` of the densities, lb/ft3. With gas in the fractures down to the share X of the height, the block
+    holds at y above it what its own curve Pcog has at the pressure of the fractures + difference y/144; with the mean S of
+    that, and the share S/(1 - Swc - Sor) of the height, the exchange is at rest at
+        fracture + H difference/144 (X - S/(1 - Swc - Sor))"""
+    saturation, pcog = (numpy.array(values) for values in zip(*((float(s), matrix[s]) for s in GAS_HEAD)))
+    gradient = difference / 144.0
+    height = numpy.linspace(0.0, HEIGHT, 4001)
+    held = numpy.interp(fracture + gradient * height, pcog, saturation)
+    mean = numpy.concatenate([[0.0], numpy.cumsum(0.5 * (held[1:] + held[:-1]))]) / (height.size - 1)
+    at_rest = fracture + gradient * (height - HEIGHT * mean / saturation[-1])
+    rows = ""
+    for s in (0.0, 0.002, 0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.3, 0.4, 0.5, mean[-1], 0.55):
+        krg, kro = (numpy.interp(s, saturation, [GAS_CURVES[head][k] for head in GAS_HEAD]) for k in (0, 1))
+        most = s > mean[-1]  # more than gas all around can push in
+        rows += f"{s:.6g} {krg:.6g} {kro:.6g} {pcog[-1] if most else numpy.interp(s, mean, at_rest):.6g}\n"
     return f"SGOF\n{rows}/\n0.0 0.0 1.0 {fracture}\n1.0 1.0 0.0 {fracture}\n/\n"
 
 

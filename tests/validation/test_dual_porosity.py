@@ -7,6 +7,7 @@ import dual_deck
 import fractured_blocks
 import fractured_column
 import fractured_row
+import fractured_tank
 import kvr_run
 import tecplot
 
@@ -214,6 +215,21 @@ def test_gas_that_capillarity_keeps_in_slabs_comes_out_as_of_their_cells(tmp_pat
     assert oil_differences(continua, fine).max() < 0.05
 
 
+@pytest.mark.parametrize("in_fractures", [0.0, 0.075])
+def test_gas_that_capillarity_pushes_out_of_slabs_is_that_of_a_tank(tmp_path, monkeypatch, in_fractures):
+    pcog = fractured_blocks.PUBLISHED_PCOG
+    # Fractures with next to no pores, which the tank has not; they flow as the others do.
+    monkeypatch.setattr(fractured_row, "APERTURE", 0.01 * fractured_row.APERTURE)
+    monkeypatch.setattr(fractured_row, "FRACTURE_PERMEABILITY", 100.0 * fractured_row.FRACTURE_PERMEABILITY)
+    monkeypatch.setattr(fractured_row, "GAS_TABLES", fractured_blocks.gas_tables(pcog, in_fractures))
+    section = kvr_run.options(method="FIM", tolerance=1e-3, extra="MAXDT\n5\n")
+    deck = fractured_row.continua(DEPLETION, "60*20", pressure=6014.7, gas=True)
+    table = run_deck(tmp_path, deck, section).table()
+    before = numpy.interp(-fractured_tank.BUBBLE_POINT, -table["FPR"], table["FOPT"])
+    given = fractured_tank.oil_behind_bubble_point(1.0, 1700.0, pcog, in_fractures)
+    assert table["FOPT"][-1] - before == pytest.approx(given, rel=0.02)
+
+
 # --- blocks drained by gas from above, against the same blocks cell by cell --------------------------------------------
 
 def test_blocks_drained_by_gas_give_the_oil_of_their_cells(tmp_path):
@@ -228,6 +244,18 @@ def test_blocks_drained_by_gas_give_the_oil_of_their_cells(tmp_path):
     for method in SEQUENTIAL:
         other = run_deck(scratch(tmp_path, method), deck, section_by(method, days / 80)).table()
         assert life_difference(other, implicit) < 0.03, method
+
+
+def test_blocks_that_capillarity_holds_give_the_oil_of_their_cells_by_its_mean_over_their_height(tmp_path, monkeypatch):
+    days, oil, held = 9000, 0.1, (fractured_blocks.PUBLISHED_PCOG, 0.075)
+    settings = (f"40*{days / 40}", 1.17 * oil, oil, 1700)
+    section = kvr_run.options(method="FIM", tolerance=1e-3, extra=f"MAXDT\n{days / 80}\n")
+    fine = run_deck(scratch(tmp_path, "fine"), fractured_blocks.cell_by_cell(*settings, *held), section).table()
+    curve = run_deck(scratch(tmp_path, "curve"), fractured_blocks.continua(*settings, *held), section).table()
+    monkeypatch.setattr(fractured_blocks, "gas_tables", fractured_blocks.equilibrium_gas_tables)
+    mean = run_deck(scratch(tmp_path, "mean"), fractured_blocks.continua(*settings, *held), section).table()
+    assert oil_differences(curve, fine).max() > 0.05  # by the curve of the rock itself
+    assert oil_differences(mean, fine).max() < 0.04
 
 
 def test_slabs_by_impes_and_streamlines_give_the_oil_of_the_implicit_run(tmp_path):
