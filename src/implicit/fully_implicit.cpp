@@ -23,6 +23,7 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace kvr {
 
@@ -60,11 +61,15 @@ bool refresh(Simulation& s) {
 
 bool solve(Simulation& s) {
     ImplicitWork& work = s.implicit;
-    const bool dense = solvesBlocksDensely(s.options.pressureSolver, work.system.rows);
+    // Matrix cells of two continua follow from their fractures, and the solve goes without them.
+    const bool apart = !work.matrixRows.leaves.empty() && takeOutLeaves(work.system, work.matrixRows);
+    const BlockSystem& system = apart ? work.matrixRows.rest : work.system;
+    std::vector<double>& solution = apart ? work.matrixRows.solution : work.solution;
+    const bool dense = solvesBlocksDensely(s.options.pressureSolver, system.rows);
     const SolveResult result =
-        dense
-            ? solveBlockSystemDense(work.system, work.solution, work.bhpChange, *work.memory)
-            : solveBlockSystem(work.system, BlockSolveLimits{}, work.solution, work.bhpChange, *work.memory);
+        dense ? solveBlockSystemDense(system, solution, work.bhpChange, *work.memory)
+              : solveBlockSystem(system, BlockSolveLimits{}, solution, work.bhpChange, *work.memory);
+    if (apart) putBackLeaves(work.system, work.matrixRows, work.solution);
     work.counts.linearIterations += result.iterations;
     if (dense && result.failure == SolveFailure::Memory) stopForMemory(s.console, s.options.pressureSolver);
     const bool usable = result.failure == SolveFailure::None ||

@@ -3,6 +3,7 @@
 #include "implicit/cell_terms.hpp"
 #include "implicit/damping.hpp"
 #include "pressure/solvers/block_system.hpp"
+#include "pressure/solvers/leaf_rows.hpp"
 #include "pressure/wells/wells.hpp"
 
 #include <cstdint>
@@ -43,6 +44,7 @@ struct ImplicitWork {
     NewtonDamping damping;  // of this attempt
 
     BlockSystem system;
+    LeafRows matrixRows;  // of two continua: rows that the solve goes without
     BlockSolverMemoryPointer memory;
     std::vector<double> solution;  // change of the unknowns, row by row
     std::vector<double> bhpChange;

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <utility>
+#include <vector>
 
 namespace kvr {
 
@@ -228,6 +229,18 @@ void assemble(double dt, const GridModel& grid, const FluidTables& tables, const
 
 }  // namespace
 
+namespace {
+
+/// Matrix cells, of which each is connected to its fractures alone.
+LeafRows matrixRowsOf(const GridModel& grid, const ImplicitWork& work) {
+    std::vector<int> rows;
+    for (std::size_t row = 0; row < work.cellOfRow.size(); ++row)
+        if (grid.dual.isSet && isMatrixCell(grid, work.cellOfRow[row])) rows.push_back(static_cast<int>(row));
+    return findLeafRows(work.system, rows);
+}
+
+}  // namespace
+
 void buildImplicitPattern(const GridModel& grid, const ConnectionTable& connections, bool hasGas,
                           ImplicitWork& work) {
     work.cellOfRow.clear();
@@ -253,6 +266,7 @@ void buildImplicitPattern(const GridModel& grid, const ConnectionTable& connecti
     work.unknown.assign(work.cellOfRow.size(), ThirdUnknown::FreeGas);
     work.switchesOfStep.assign(work.cellOfRow.size(), 0);
     work.solution.assign(work.cellOfRow.size() * static_cast<std::size_t>(size), 0.0);
+    work.matrixRows = matrixRowsOf(grid, work);
 }
 
 void setConnectionTrans(const UnitSystem& units, const ConnectionTable& connections, ImplicitWork& work) {
