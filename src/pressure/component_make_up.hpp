@@ -18,6 +18,8 @@ struct ComponentMakeUp {
     DirectionArray<double> face;             // (low cell, row of the axis)
     DirectionArray<double> end;              // (cell): mean fractions of the components that lines leave, and
                                              // the water saturation; that below 0 where they tell nothing
+    DirectionArray<double> left;             // (cell): amounts that lines leave, a pore volume, where cells
+                                             // come to them whatever they held at first; else no width
     [[nodiscard]] bool isEmpty() const { return faceKnown.width == 0; }
     /// `flow` along the axis.
     [[nodiscard]] bool isTold(CellId low, int axis, double flow) const {

@@ -2,6 +2,7 @@
 
 #include "base/threads.hpp"
 #include "pressure/component_properties.hpp"
+#include "pressure/component_told.hpp"
 #include "pressure/flow_order.hpp"
 #include "pressure/velocity.hpp"
 
@@ -33,6 +34,7 @@ struct Moves {
     DirectionArray<double> faces;    // (cell, rows of its three high faces)
     DirectionArray<double> told;     // (cell, high face): flow along the axis that goes as it is told
     CellArray<double> followed;      // share of what is told of a cell's outflow that goes so
+    DirectionArray<double> reached;  // what is told of faces that bring cells to their ends, or of no width
     std::vector<double> sourceRows;  // [source * width], into the reservoir positive
     DirectionArray<double> net;      // (cell, row): what a day brings
     double now = 0.0;
@@ -52,6 +54,9 @@ struct Moves {
     [[nodiscard]] int volume() const { return count + 1; }
     [[nodiscard]] std::size_t rowOf(int axis, bool back) const {
         return static_cast<std::size_t>((2 * (axis - 1) + (back ? 1 : 0)) * width());
+    }
+    [[nodiscard]] const double* toldRow(const ComponentMakeUp& makeUp, CellId low, int axis) const {
+        return (reached.width > 0 ? reached : makeUp.face).row(low) + makeUp.rowOf(axis);
     }
 };
 
@@ -185,7 +190,7 @@ void gatherCell(const ConnectionTable& connections, const ComponentMakeUp& makeU
     const auto addTold = [&](CellId low, int axis, double sign) {
         const double flow = moves.told(low, axis);
         if (flow == 0.0) return;
-        const double* const row = makeUp.face.row(low) + makeUp.rowOf(axis);
+        const double* const row = moves.toldRow(makeUp, low, axis);
         for (int k = 0; k <= moves.count; ++k) net[k] += sign * flow * row[k];
     };
     for (int axis = 1; axis <= AxisCount; ++axis) {
@@ -317,21 +322,6 @@ void measureMoves(const UnitSystem& units, const ConnectionTable& connections, c
     for (const CellId c : moves.stale) moves.isStale[c] = 0;
 }
 
-/// Calls `visit(low cell, axis, flow out of c)` for the faces of a cell whose make-up is told and which it
-/// gives to.
-template <class Visit>
-void forToldOutflows(const ConnectionTable& connections, const VelocityField& velocity,
-                     const ComponentMakeUp& makeUp, CellId c, Visit visit) {
-    for (int face = 1; face <= FaceCount; ++face) {
-        const CellId n = connections.Neighbour(c, face);
-        if (n <= 0) continue;
-        const double out = outflowThrough(connections, velocity.CellFaceFlux, c, face);
-        const CellId low = face % 2 == 0 ? c : n;
-        const int axis = (face + 1) / 2;
-        if (out > 0.0 && makeUp.isTold(low, axis, low == c ? out : -out)) visit(low, axis, out);
-    }
-}
-
 /// By how much the make-ups of all faces of a cell would leave it other than the lines do. `net` comes with
 /// what a day brings.
 double errorOfMakeUps(const ComponentMakeUp& makeUp, const ComponentStage& stage, const CellState& state,
@@ -350,36 +340,23 @@ double errorOfMakeUps(const ComponentMakeUp& makeUp, const ComponentStage& stage
     return error;
 }
 
-/// Reservoir volume a day that leaves each cell, by faces and sources.
-void sumOutflows(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
-                 std::span<const ComponentSource> sources, CellArray<double>& outflow) {
-    outflow.assign(grid.NCELLS, 0.0);
-    for (CellId c = 1; c <= grid.NCELLS; ++c) {
-        if (grid.Active[c] == 0) continue;
-        for (int face = 1; face <= FaceCount; ++face)
-            if (connections.Neighbour(c, face) > 0)
-                outflow[c] += std::max(0.0, outflowThrough(connections, velocity.CellFaceFlux, c, face));
-    }
-    for (const ComponentSource& source : sources) outflow[source.cell] += source.produced;
-}
-
 /// How far each cell follows what is told of its outflow, from the flows that follow all of it.
 void trustCells(const ConnectionTable& connections, const VelocityField& velocity, const GridModel& grid,
                 std::span<const ComponentSource> sources, const ComponentMakeUp& makeUp,
                 const ComponentStage& stage, const CellState& state, double dt, Moves& moves) {
     constexpr double TrustedError = 0.01;  // of a fraction or a saturation
     CellArray<double> outflow;
-    sumOutflows(connections, velocity, grid, sources, outflow);
+    sumOutflows(connections, velocity.CellFaceFlux, grid, sources, outflow);
 #pragma omp parallel for schedule(static) if (grid.NCELLS >= ParallelCells)
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0) continue;
         double told = 0.0;
-        forToldOutflows(connections, velocity, makeUp, c, [&](CellId, int, double out) { told += out; });
+        forToldOutflows(connections, velocity.CellFaceFlux, makeUp, c,
+                        [&](CellId, int, double out) { told += out; });
         const double through = std::max(outflow[c], told);
         const double turns = dt * through / state.PoreVolume[c];
         if (turns <= 1.0) continue;
-        constexpr double Slack = 1e-9;
-        const bool allTold = told >= (1.0 - Slack) * through;
+        const bool allTold = told >= (1.0 - AllTold) * through;
         const double error =
             allTold ? errorOfMakeUps(makeUp, stage, state, moves.net.row(c), dt, c) : HUGE_VAL;
         moves.followed[c] = error > TrustedError ? std::max(TrustedError / error, 1.0 / turns) : 1.0;
@@ -394,7 +371,7 @@ bool dropOverdrawn(const ConnectionTable& connections, const VelocityField& velo
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (!(moves.emptyAt[c] < end)) continue;
         bool any = false;
-        forToldOutflows(connections, velocity, makeUp, c,
+        forToldOutflows(connections, velocity.CellFaceFlux, makeUp, c,
                         [&](CellId low, int axis, double) { any = any || moves.told(low, axis) != 0.0; });
         moves.followed[c] = 0.0;
         moves.emptyAt[c] = HUGE_VAL;
@@ -439,6 +416,11 @@ void moveComponents(const UnitSystem& units, const GridModel& grid, const Connec
     };
     if (!makeUp.isEmpty()) {
         measure();
+        if (makeUp.left.width > 0) {
+            moves.reached = makeUp.face;
+            reachEnds(units.VolumeFactor, grid, connections, velocity.CellFaceFlux, sources, makeUp, stage,
+                      state, moves.told, dt, moves.net, moves.reached);
+        }
         trustCells(connections, velocity, grid, sources, makeUp, stage, state, dt,
                    moves);  // all are stale still
     }

@@ -106,10 +106,13 @@ bool advanceMixture(const GridModel& grid, const FluidTables& fluids, const Cell
                     const LineField& field, LineWorker& worker) {
     SolverLine& line = worker.line;
     const ComponentField& mixtures = field.components;
-    const int inlet = mixtures.inlet[line.tracedCell[1]];
-    if (field.solver == LineSolver::Analytic && inlet >= 0)
-        return trackFronts(grid, state, mixtures.stage->set.count, mixtures.fronts[at(inlet)],
-                           mixtures.age[at(inlet)] + field.step, field.step, line, worker.components);
+    if (field.solver == LineSolver::Analytic && mixtures.inlet[line.tracedCell[1]] >= 0) {
+        // Fronts are known at every place: nodes are those of the cells, where longer ones would tell
+        // nothing.
+        layNodes(NodeControl::Irregular, 1.0, 1.0, line);
+        return trackFronts(grid, state, mixtures, field.step, line, worker.components);
+    }
+    layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
     joinShortNodes(field.step, line);
     loadComponentLine(grid, fluids, state, mixtures, line, worker.components);
     const double step = field.solver == LineSolver::Still ? 0.0 : field.step;
@@ -123,7 +126,6 @@ void solveMixtureLine(const GridModel& grid, const FluidTables& fluids, const Ce
     ComponentLine& components = worker.components;
     const int count = field.components.stage->set.count;
     takeTracedLine(grid, result.record, !field.fromInjector, field.trace.referenceCube, line);
-    layNodes(field.nodeControl, field.nodeFactor, field.mergeFactor, line);
     result.isNumber = advanceMixture(grid, fluids, state, field, worker);
     const double step = field.solver == LineSolver::Still ? 0.0 : field.step;
     takeContribution(line, fluids.hasGas, result.contribution);

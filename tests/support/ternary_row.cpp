@@ -101,7 +101,8 @@ void byFronts(double pores, const Composition& stream, RowLine& run) {
     const CellState& state = run.row.state;
     prepareFronts(run.row.grid, run.row.tables, state, run.control.cfl, run.field);
     const double age = pores * Residence * run.line.nodeCount;
-    trackFronts(run.row.grid, state, 3, run.field.fronts[0], age, 0.5 * age, run.line, run.components);
+    run.field.age = {0.5 * age};
+    trackFronts(run.row.grid, state, run.field, 0.5 * age, run.line, run.components);
     print(run.line.nodeCount, [&run](int n, int i) {
         return run.fraction(static_cast<std::size_t>(n), static_cast<std::size_t>(i));
     });

@@ -36,6 +36,8 @@ void endOfCell(const MappingSums& sums, CellId cell, ComponentMakeUp& makeUp) {
     }
     for (int i = 0; i < makeUp.count; ++i) end[i] = held[i] / moles;
     end[makeUp.count] = sums.water[cell] / sums.weight[cell];
+    if (makeUp.left.width == 0) return;
+    for (int k = 0; k <= makeUp.count; ++k) makeUp.left(cell, k + 1) = held[k] / sums.weight[cell];
 }
 
 }  // namespace
@@ -48,6 +50,8 @@ ComponentMakeUp makeUpOfLines(const Simulation& simulation) {
     makeUp.faceKnown.assign(cells, AxisCount, 0);
     makeUp.face.assign(cells, AxisCount * (makeUp.count + 1), 0.0);
     makeUp.end.assign(cells, makeUp.count + 1, 0.0);
+    // Fronts do not start from what cells hold: what those miss of them would add up.
+    if (s.lines.field.solver == LineSolver::Analytic) makeUp.left.assign(cells, makeUp.count + 1, 0.0);
 #pragma omp parallel for schedule(static) if (cells >= ParallelCells)
     for (CellId cell = 1; cell <= cells; ++cell) {
         if (s.grid.Active[cell] == 0) continue;

@@ -123,7 +123,6 @@ void takePositions(int count, double days, const FrontRow& row, ComponentFronts&
         const ComponentNode& node = row.nodes[n];
         FrontPosition& here = fronts.positions[n];
         here.place = before.place + perDay;
-        here.tof = before.tof + 2.0 * perDay / (row.flow[n - 1] + row.flow[n]);
         here.volume = perDay * row.through[n];
         here.passed = before.passed;
         addFlow(count, -perDay, node.held, here.passed);
@@ -131,28 +130,17 @@ void takePositions(int count, double days, const FrontRow& row, ComponentFronts&
         here.Sw = node.Sw;
         here.Sg = node.Sg;
     }
-    fronts.flow = row.flow.back();
 }
 
 /// Between the positions of the table; past its end the last one stands.
-template <double FrontPosition::*Axis>
-void findPosition(const std::vector<FrontPosition>& positions, double value, std::size_t& behind,
+void findPosition(const std::vector<FrontPosition>& positions, double place, std::size_t& behind,
                   double& share) {
-    const auto next = std::upper_bound(positions.begin() + 1, positions.end() - 1, value,
-                                       [](double v, const FrontPosition& p) { return v < p.*Axis; });
+    const auto next =
+        std::upper_bound(positions.begin() + 1, positions.end() - 1, place,
+                         [](double p, const FrontPosition& position) { return p < position.place; });
     behind = static_cast<std::size_t>(next - positions.begin()) - 1;
-    const double width = positions[behind + 1].*Axis - positions[behind].*Axis;
-    share = std::clamp((value - positions[behind].*Axis) / width, 0.0, 1.0);
-}
-
-/// Pore volume, per reservoir volume come in, that lies behind a time of flight.
-double placeOf(const ComponentFronts& fronts, double tof) {
-    const FrontPosition& last = fronts.positions.back();
-    if (tof >= last.tof) return last.place + fronts.flow * (tof - last.tof);
-    std::size_t k = 0;
-    double share = 0.0;
-    findPosition<&FrontPosition::tof>(fronts.positions, tof, k, share);
-    return (1.0 - share) * fronts.positions[k].place + share * fronts.positions[k + 1].place;
+    const double width = positions[behind + 1].place - positions[behind].place;
+    share = std::clamp((place - positions[behind].place) / width, 0.0, 1.0);
 }
 
 /// What has gone by a pore volume from the inlet, `days` after the stream came in.
@@ -161,7 +149,7 @@ FrontPosition goneBy(int count, const ComponentFronts& fronts, double place, dou
     if (!(days > 0.0)) return sum;
     std::size_t k = 0;
     double share = 0.0;
-    findPosition<&FrontPosition::place>(fronts.positions, place / days, k, share);
+    findPosition(fronts.positions, place / days, k, share);
     const FrontPosition &before = fronts.positions[k], &after = fronts.positions[k + 1];
     addFlow(count, days * (1.0 - share), before.passed, sum.passed);
     addFlow(count, days * share, after.passed, sum.passed);
@@ -169,6 +157,15 @@ FrontPosition goneBy(int count, const ComponentFronts& fronts, double place, dou
     sum.Sw = (1.0 - share) * before.Sw + share * after.Sw;
     sum.Sg = (1.0 - share) * before.Sg + share * after.Sg;
     return sum;
+}
+
+/// Pores that a tube of flow has over a time of flight, with a net outflow a day and pore volume along it;
+/// the flow goes to what it is behind them. Times of flight themselves hang on where fronts stand in cells.
+double poresPassed(double days, double expansion, double& flow) {
+    constexpr double NoGrowth = 1e-9;
+    const double growth = expansion * days, before = flow;
+    flow *= std::exp(growth);
+    return std::abs(growth) > NoGrowth ? (flow - before) / expansion : before * days;
 }
 
 /// Mean of what the cells hold, a pore volume.
@@ -258,37 +255,33 @@ void prepareFronts(const GridModel& grid, const FluidTables& tables, const CellS
         start.stream =
             asOneVolume(stage.set, field.volumeFactor, state.Pressure[c], state.Bw[c], field.inlets[place]);
         if (standsFor(stage.set.count, state.Pressure[c], start.stream, state.Bw[c], fronts)) continue;
-        start.node.cell = c;
-        start.node.region = grid.SATNUM[c];
-        start.node.pressure = state.Pressure[c];
-        start.node.Bw = state.Bw[c];
-        start.node.MuW = state.MuW[c];
+        placeNode(grid, state, c, start.node);
         start.node.held = field.initial;
         findFronts(tables, stage.set, field.volumeFactor, cfl, start, fronts);
     }
 }
 
-bool trackFronts(const GridModel& grid, const CellState& state, int count, const ComponentFronts& fronts,
-                 double age, double step, SolverLine& line, ComponentLine& components) {
+bool trackFronts(const GridModel& grid, const CellState& state, const ComponentField& field, double step,
+                 SolverLine& line, ComponentLine& components) {
+    const std::size_t inlet = at(field.inlet[line.tracedCell[1]]);
+    const ComponentFronts& fronts = field.fronts[inlet];
+    const double age = field.age[inlet] + step;
+    const int count = field.stage->set.count;
     const std::size_t last = at(line.nodeCount);
     std::vector<ComponentNode>& nodes = components.nodes;
     if (nodes.size() < last + 2) nodes.resize(last + 2);
-    const double from = std::max(0.0, age - step), perDay = age > 0.0 ? 1.0 / age : 0.0;
+    const double from = std::max(0.0, age - step);
     nodes[0] = {};
     addFlow(count, step, fronts.stream, nodes[0].passed);
     nodes[0].held = fronts.stream;
-    double placeBefore = 0.0;
+    double placeBefore = 0.0, flow = field.through[inlet];
     FrontPosition before = goneBy(count, fronts, 0.0, age);
     bool isFiniteLine = true;
     for (std::size_t n = 1; n <= last; ++n) {
         ComponentNode& node = nodes[n];
         const CellId cell = line.tracedCell[at(line.tracedNode[n])];
-        node.cell = cell;
-        node.region = grid.SATNUM[cell];
-        node.pressure = state.Pressure[cell];
-        node.Bw = state.Bw[cell];
-        node.MuW = state.MuW[cell];
-        const double place = age * placeOf(fronts, perDay * line.Tof[n]);
+        placeNode(grid, state, cell, node);
+        const double place = placeBefore + poresPassed(line.DeltaTof[n], field.expansion[cell], flow);
         const FrontPosition now = goneBy(count, fronts, place, age), was = goneBy(count, fronts, place, from);
         const double perVolume = step > 0.0 ? step / (now.volume - was.volume) : 0.0;
         node.passed = {};

@@ -27,9 +27,10 @@ void findFronts(const FluidTables& tables, const ComponentSet& set, double volum
 void prepareFronts(const GridModel& grid, const FluidTables& tables, const CellState& state, double cfl,
                    ComponentField& field);
 
-/// Puts the fronts of `age` days after the stream came in on a laid line, and what passed its positions in
-/// the `step` days before. A node that is not a number takes the one before it; false where there was one.
-bool trackFronts(const GridModel& grid, const CellState& state, int count, const ComponentFronts& fronts,
-                 double age, double step, SolverLine& line, ComponentLine& components);
+/// Puts the fronts on a laid line from an inlet, as they are at the end of a step, and what passed its
+/// positions in the step. A node lies behind as many pores as its tube of flow has up to it, over what comes
+/// into that. A node that is not a number takes the one before it; false where there was one.
+bool trackFronts(const GridModel& grid, const CellState& state, const ComponentField& field, double step,
+                 SolverLine& line, ComponentLine& components);
 
 }  // namespace kvr

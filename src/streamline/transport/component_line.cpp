@@ -79,6 +79,7 @@ void prepareComponentField(const UnitSystem& units, const GridModel& grid, const
     field.inlet.assign(grid.NCELLS, -1);
     field.inlets.clear();
     field.age.clear();
+    field.through.clear();
     for (CellId c = 1; c <= grid.NCELLS; ++c) {
         if (grid.Active[c] == 0 || !(state.PoreVolume[c] > 0.0)) continue;
         const double* flux = velocity.CellFaceFlux.row(c);
@@ -86,6 +87,7 @@ void prepareComponentField(const UnitSystem& units, const GridModel& grid, const
             (flux[1] - flux[0] + flux[3] - flux[2] + flux[5] - flux[4]) / state.PoreVolume[c];
     }
     for (const ComponentSource& source : run.sources) {
+        const double outflow = field.expansion[source.cell] * state.PoreVolume[source.cell];
         field.expansion[source.cell] = 0.0;
         const Well& well = wells.wells[source.well];
         const double rate = well.connections[source.place].reservoirRate;
@@ -96,6 +98,7 @@ void prepareComponentField(const UnitSystem& units, const GridModel& grid, const
         flow.water = source.waterStream / rate;
         field.inlets.push_back(flow);
         field.age.push_back(ageOf(source, run));
+        field.through.push_back(outflow / rate);
     }
 }
 
@@ -137,11 +140,7 @@ void loadComponentLine(const GridModel& grid, const FluidTables& tables, const C
     for (std::size_t n = 1; n <= at(line.nodeCount); ++n) {
         ComponentNode& node = components.nodes[n];
         const CellId cell = line.tracedCell[at(line.tracedNode[n])];
-        node.cell = cell;
-        node.region = grid.SATNUM[cell];
-        node.pressure = state.Pressure[cell];
-        node.Bw = state.Bw[cell];
-        node.MuW = state.MuW[cell];
+        placeNode(grid, state, cell, node);
         node.held = meanOverNode(field, state, line, n, first);
         node.flash = field.stage->cells.flash[at(cell)];
         // A cell without pore volume holds nothing to move.

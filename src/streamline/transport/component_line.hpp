@@ -26,6 +26,7 @@ struct ComponentField {
         expansion;         // 1/day, net outflow through the faces over the pore volume; 0 in well cells
     CellArray<int> inlet;  // by cell: place in `inlets`, negative where no well injects
     std::vector<ComponentFlow> inlets;  // what injectors bring, per reservoir volume
+    std::vector<double> through;        // [inlet] what leaves its cell through faces, of what comes in
     std::vector<double> age;            // [inlet] days since its well began, at its present rate, up to now
     // Of lines that track fronts only.
     std::vector<ComponentFronts> fronts;  // [inlet]

@@ -52,6 +52,14 @@ bool isFinite(int count, const ComponentFlow& flow) {
     return std::isfinite(sumOf(flow.moles, count) + flow.water);
 }
 
+void placeNode(const GridModel& grid, const CellState& state, CellId cell, ComponentNode& node) {
+    node.cell = cell;
+    node.region = grid.SATNUM[cell];
+    node.pressure = state.Pressure[cell];
+    node.Bw = state.Bw[cell];
+    node.MuW = state.MuW[cell];
+}
+
 void findPhases(const FluidTables& tables, const ComponentSet& set, double volumeFactor, bool isFlashed,
                 ComponentNode& node) {
     const double moles = sumOf(node.held.moles, set.count);

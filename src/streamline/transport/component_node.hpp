@@ -3,6 +3,8 @@
 #include "base/cell_array.hpp"
 #include "fluid/components/flash.hpp"
 #include "fluid/tables.hpp"
+#include "model/grid.hpp"
+#include "pressure/records/cell_state.hpp"
 #include "streamline/transport/explicit_control.hpp"
 
 #include <string_view>
@@ -32,6 +34,9 @@ struct ComponentNode {
     double inverseDeltaTof = 0.0, inflowRate = 0.0, outflowRate = 0.0;  // 1/day
     double changed = 0.0;  // of what it holds, since its phases were found
 };
+
+/// The cell of a node, its region, pressure and factors of water.
+void placeNode(const GridModel& grid, const CellState& state, CellId cell, ComponentNode& node);
 
 /// Phases of what a node holds, by the flash that it keeps where that is the one of its cell; its volume, its
 /// saturations, and its fluxes by their mobilities. `volumeFactor`: ft3 in an internal volume.

@@ -9,7 +9,6 @@ namespace kvr {
 /// What has gone by a position since the stream came in, per reservoir volume of it, and what stands there.
 struct FrontPosition {
     double place = 0.0;    // pore volume behind it, per reservoir volume that came in
-    double tof = 0.0;      // time of flight to it, over the time since then
     double volume = 0.0;   // reservoir volume
     ComponentFlow passed;  // amounts
     double Sw = 0.0, Sg = 0.0;
@@ -21,7 +20,6 @@ struct ComponentFronts {
     double pressure = 0.0;                 // psia
     ComponentFlow stream, initial;         // what comes in, a reservoir volume; what was there, a pore volume
     std::vector<FrontPosition> positions;  // from the inlet; the last one ahead of all fronts
-    double flow = 1.0;                     // ahead of all fronts, of that at the inlet
 };
 
 }  // namespace kvr

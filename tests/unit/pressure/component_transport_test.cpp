@@ -83,6 +83,26 @@ TEST(ComponentTransport, FollowsNoMakeUpThatWouldOverdrawTheCell) {
     EXPECT_NEAR(told.row.molesOf(0), before, 1e-13 * before);
 }
 
+TEST(ComponentTransport, BringsCellsToWhatLinesLeaveAsFarAsTheFlowTurnsThemOver) {
+    for (const double turns : {0.25, 1.0}) {
+        Stream stream(3);
+        auto& moles = stream.row.stage.amounts.moles;
+        const double pores = stream.row.state.PoreVolume[1], all = moles(2, 1) + moles(2, 2) + moles(2, 3);
+        for (const CellId c : {1, 2}) stream.tell(c, {1.0, 1.0, 1.0});
+        stream.makeUp.left.assign(3, 4, 0.0);
+        for (CellId c = 1; c <= 3; ++c)
+            for (int i = 1; i <= 3; ++i) stream.makeUp.left(c, i) = moles(c, i) / pores;
+        const double left = moles(2, 1), excess = 0.1 * all;
+        // The first cell has what it gives beside what it is left; the next one something that it is not.
+        for (int i = 1; i <= 3; ++i) moles(1, i) *= 1.0 + turns;
+        moles(2, 1) += excess;
+        const double before = stream.row.molesOf(0);
+        stream.move(turns * pores / FaceFlow);
+        EXPECT_NEAR(moles(2, 1), left + (1.0 - turns) * excess, 1e-5 * left) << turns;
+        EXPECT_NEAR(stream.row.molesOf(0), before, 1e-12 * before) << turns;
+    }
+}
+
 TEST(ComponentTransport, FollowsLittleOfAMakeUpThatTheLinesDoNotAgreeWith) {
     Stream told(3), own(3);
     told.tell(1, {0.9, 1.0, 1.1});

@@ -16,8 +16,8 @@ struct TrackedLine : RowLine {
     }
     void find() { prepareFronts(row.grid, row.tables, row.state, control.cfl, field); }
     bool track(double age, double step) {
-        return trackFronts(row.grid, row.state, row.stage.set.count, field.fronts[0], age, step, line,
-                           components);
+        field.age = {age - step};
+        return trackFronts(row.grid, row.state, field, step, line, components);
     }
 };
 

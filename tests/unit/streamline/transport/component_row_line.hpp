@@ -48,6 +48,7 @@ struct RowLine {
         row.run.components.sources = {source};
         prepareComponentField(row.run.units, row.grid, row.state, row.run.velocity, row.run.wells,
                               row.run.components, field);
+        field.through = {1.0};  // there is no flow between the cells of the row
         loadComponentLine(row.grid, row.tables, row.state, field, line, components);
     }
     void advance(double step) { advanceComponentLine(row.tables, field, control, step, line, components); }
