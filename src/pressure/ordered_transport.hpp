@@ -27,6 +27,7 @@ struct MakeUp {
     std::vector<std::vector<ConservedAmounts>> connection;
     CellArray<double>
         Sw;  // at the step's end by the same source, negative where it is silent; empty: not asked for
+    bool holdsGravity = false;  // of all that flows: cells by themselves would leave it out
 };
 
 /// Exchange of matrix and fractures in the transport, dual porosity.

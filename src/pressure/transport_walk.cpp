@@ -15,6 +15,7 @@ namespace {
 constexpr double TrustedError =
     0.01;                             // saturation that a known make-up may be wrong by and still be followed
 constexpr double TrustedTurns = 1.0;  // of a cell's content, within which it always is
+constexpr double LeastJump = 0.1, FullJump = 0.3;  // relative, of water and gas: a front
 
 bool connectionIsKnown(const MakeUp& makeUp, const Outlet& outlet) {
     return outlet.well < makeUp.connectionKnown.size() &&
@@ -37,11 +38,48 @@ double errorOfMakeUp(CellId cell, const TankFlows& flows, const Walk& walk) {
                     walk.makeUp.Sw[cell]);
 }
 
+/// Whether the flow of a cell comes in one way and leaves another one: then all lines take as long.
+bool flowsStraight(CellId cell, const Walk& walk) {
+    int in = 0, out = 0;
+    const auto count = [&](double outflow) {
+        in += outflow < 0.0 ? 1 : 0;
+        out += outflow > 0.0 ? 1 : 0;
+    };
+    for (int face = 1; face <= walk.connections.flowDirections; ++face)
+        if (walk.connections.Neighbour(cell, face) > 0)
+            count(outflowThrough(walk.connections, walk.flux, cell, face));
+    for (int k = walk.firstOutlet[cell]; k != NoConnection;
+         k = walk.outlets[static_cast<std::size_t>(k)].next)
+        count(-connectionOf(walk, walk.outlets[static_cast<std::size_t>(k)]).reservoirRate);
+    return in <= 1 && out <= 1;
+}
+
+double relativeJump(double a, double b) {
+    const double larger = std::max(a, b);
+    return larger > 0.0 ? std::abs(a - b) / larger : 0.0;
+}
+
+/// How far a front stands in a cell, from 0 to 1: by how far the water and the gas that run in are from those
+/// that would leave at the step's start. What lines tell is sharper than a stirred tank at a front alone.
+/// Where all changes little from cell to cell they tell too much water: fast and slow lines of a cell start
+/// alike in each step, and the fast ones come to what runs in before the slow ones do.
+double frontIn(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& start,
+               const Walk& walk) {
+    const double inVolume = volumeOf(fluid, flows.inflow);
+    if (!(inVolume > 0.0)) return 0.0;
+    const ConservedAmounts own = ownMakeUp(walk.tables, fluid, start);
+    const double jump = std::max({relativeJump(flows.inflow.water, inVolume * own.water),
+                                  relativeJump(flows.inflow.gas, inVolume * own.gas),
+                                  relativeJump(flows.request.water, flows.asked * own.water),
+                                  relativeJump(flows.request.gas, flows.asked * own.gas)});
+    return std::clamp((jump - LeastJump) / (FullJump - LeastJump), 0.0, 1.0);
+}
+
 /// Share of the flow with a known make-up that follows it. Beside free gas none does: gas that comes out of
 /// solution within the step is on no line, and a small error of its share moves the mobility of the cell far.
 double trustOf(CellId cell, const TankFlows& flows, const Walk& walk) {
     if (walk.tables.hasGas && walk.state.Sg[cell] > SmallestFreeGas) return 0.0;
-    if (walk.makeUp.Sw.empty() || !(flows.asked > 0.0) || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
+    if (walk.makeUp.Sw.empty() || !(walk.state.PoreVolume[cell] > 0.0)) return 1.0;
     const double turns = walk.dt * (flows.asked + flows.rest) / walk.state.PoreVolume[cell];
     if (turns <= TrustedTurns) return 1.0;
     const double error = flows.rest > 0.0 ? HUGE_VAL : errorOfMakeUp(cell, flows, walk);
@@ -276,12 +314,17 @@ ConservedAmounts passCell(CellId cell, const ConservedAmounts& start, Walk& walk
     walk.buoyant.clear();
     TankFlows flows = flowsOf(cell, walk);
     const bool paired = hasMatrix(walk, cell);
-    const double trust = paired ? 0.0 : trustOf(cell, flows, walk);
+    const TankFluid fluid = fluidOf(cell, walk);
+    double trust = 0.0;
+    if (!paired && flows.asked > 0.0) {
+        trust = trustOf(cell, flows, walk);
+        const bool byFront = trust > 0.0 && !walk.makeUp.Sw.empty() && !walk.makeUp.holdsGravity;
+        if (byFront && !flowsStraight(cell, walk)) trust *= frontIn(fluid, flows, start, walk);
+    }
     flows.follow(trust);
     for (BuoyantFlow& face : walk.buoyant) face.followed *= trust;
     ConservedAmounts end = start;
     TankOutflow outflow;
-    const TankFluid fluid = fluidOf(cell, walk);
     if (paired)
         outflow = emptyWithMatrix(cell, flows, start, walk);
     else if (walk.state.PoreVolume[cell] > 0.0)

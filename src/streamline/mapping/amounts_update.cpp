@@ -131,6 +131,7 @@ void advanceByFaceTransfer(Simulation& simulation) {
     const bool analytic = simulation.lines.field.solver == LineSolver::Analytic;
     // ... and what they pass is what they hold: there is nothing to compare.
     if (!analytic) saturationOfLines(simulation.grid, simulation.mapping, makeUp.Sw);
+    makeUp.holdsGravity = simulation.lines.field.gravity;
     // ... nor do others behind connections that they do not pass.
     const bool byCells = analytic || !beyond.empty();
     transportAmounts(makeUp, byCells, simulation);

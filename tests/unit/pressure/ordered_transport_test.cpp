@@ -170,28 +170,28 @@ TEST(AdvanceInOrder, TakesTheKnownMakeUpOfFacesAndProducers) {
     EXPECT_EQ(run.account.deficit, 0.0);
 }
 
-/// A cell of 100 pore volumes half full of either fluid, both of which come in evenly; a known make-up takes
-/// 52 parts of water in 100.
-TransportRun knownOutlet(double toldSw) {
+/// A cell of 100 pore volumes half full of either fluid, into which 10 a day come, `in` of them water; a
+/// known make-up takes `out` parts of water.
+TransportRun knownOutlet(double toldSw, double in = 8.0, double out = 0.82) {
     TransportRun run = shareRow(2, 100.0, 10.0);
-    run.flow.wells.wells[0].connections[0].ConnQw = 5.0;
-    run.flow.wells.wells[0].connections[0].ConnQo = 5.0;
+    run.flow.wells.wells[0].connections[0].ConnQw = in;
+    run.flow.wells.wells[0].connections[0].ConnQo = 10.0 - in;
     run.fill(0.5);
     run.makeUp.faceKnown.assign(2, 3, 0);
     run.makeUp.face.assign(2, 3, {});
     run.makeUp.faceKnown(1, 1) = 1;
-    run.makeUp.face(1, 1) = {0.52, 0.48, 0.0};
+    run.makeUp.face(1, 1) = {out, 1.0 - out, 0.0};
     run.makeUp.Sw.assign(2, toldSw);
     return run;
 }
 
 TEST(AdvanceInOrder, FollowsAMakeUpInPartWhereItsSourceTellsAnotherSaturation) {
-    // Followed in full, 40 days of 5 - 5.2 leave a water saturation of 0.42, off by 0.08: one part in eight
+    // Followed in full, 40 days of 8 - 8.2 leave a water saturation of 0.42, off by 0.08: one part in eight
     // is followed by that, a quarter because the content turns over four times. Then
-    // W' = 5 - 2.5 0.52 - 7.5 W / 100, from 50 towards 49.333 by exp(-3).
+    // W' = 8 - 2.5 0.82 - 7.5 W / 100, from 50 towards 79.333 by exp(-3).
     TransportRun off = knownOutlet(0.5);
-    off.advance(40.0, 800.0);
-    EXPECT_NEAR(off.amounts.water[1], 49.3333 + 0.6667 * std::exp(-3.0), 0.002);
+    off.advance(40.0, 790.0);
+    EXPECT_NEAR(off.amounts.water[1], 79.3333 - 29.3333 * std::exp(-3.0), 0.005);
     expectConserved(off, {100.0, 100.0, 0.0}, 40.0);
 }
 
@@ -205,6 +205,22 @@ TEST(AdvanceInOrder, FollowsAMakeUpInFullWhereItsSourceAgreesOrTheContentTurnsOv
     TransportRun shortStep = knownOutlet(0.9);
     shortStep.advance(9.0, 1.0);
     EXPECT_NEAR(shortStep.amounts.water[1], 48.2, 1e-12);
+}
+
+TEST(AdvanceInOrder, FollowsAMakeUpAsFarAsAFrontStandsInTheCell) {
+    // Water comes in at 0.51 and what is known is 0.52, where 0.5 leave: W' = 5.1 - 10 W / 100.
+    TransportRun smooth = knownOutlet(0.491, 5.1, 0.52);
+    smooth.advance(9.0, 800.0);
+    EXPECT_NEAR(smooth.amounts.water[1], 51.0 - std::exp(-0.9), 0.002);
+    // 0.625 are off by a fifth of themselves, half way from a tenth to three: W' = 6.25 - 5 0.6 - 5 W / 100.
+    TransportRun half = knownOutlet(0.5225, 6.25, 0.6);
+    half.advance(9.0, 800.0);
+    EXPECT_NEAR(half.amounts.water[1], 65.0 - 15.0 * std::exp(-0.45), 0.002);
+    // What lines know may be the front: 0.8 are off by three eighths. W' = 5 - 8.
+    TransportRun told = knownOutlet(0.23, 5.0, 0.8);
+    told.advance(9.0, 1.0);
+    EXPECT_NEAR(told.amounts.water[1], 23.0, 1e-12);
+    expectConserved(half, {100.0, 100.0, 0.0}, 9.0);
 }
 
 /// Cells of 100 that hold 70 of dead oil and 30 of gas, all of 1 cp and a factor of 1: krg = krog = 0.2, so
