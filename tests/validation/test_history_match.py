@@ -32,7 +32,7 @@ def test_ten_iterations_take_misfits_down_and_none_is_worse_than_the_one_before(
     judged = last_column(folder / "HISTORY_MATCH_HM_ObjFnc.out", 2)
     cut = last_column(folder / "HISTORY_MATCH_HM_ObjFnc_WCT_Abs.out", 1)
     assert (numpy.diff(judged) <= 0.0).all()
-    assert cut[-1] < 0.25 * cut[0]
+    assert cut[-1] < 0.15 * cut[0]
     for name, share in (("TTime", 0.10), ("BHP", 0.20)):
         first, last = (sum_of_sizes(folder / f"HISTORY_MATCH_Inv_{run}{name}.out") for run in ("Init", "Final"))
         assert last < share * first, name
