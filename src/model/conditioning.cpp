@@ -212,6 +212,10 @@ void leaveOutFurther(const Console& console, const RunOptions& options, GridMode
     if (!options.ninePoint && !grid.dual.isSet && options.componentCount == 0) return;
     if (!grid.connectionRows.empty())
         warn(console, "WARNING :: NNC, EDITNNC, EDITNNCR HAVE NO EFFECT WITH NINEPOIN, DUALPORO OR COMPS");
+    if (grid.joinsAcrossFaults && options.useNewtran && !facesAcrossFaults(grid).empty())
+        warn(console,
+             "WARNING :: CELLS ARE NOT JOINED ACROSS FAULTS WITH NINEPOIN, DUALPORO OR COMPS, ONLY THOSE OF "
+             "A LAYER");
     grid.connectionRows.clear();
     grid.joinsAcrossFaults = false;
 }

@@ -72,6 +72,17 @@ void tellObserved(const Simulation& s) {
              "WCONHIST and WCONINJH; without it the file is made of them");
 }
 
+/// Lines end where cells are joined that are not neighbours, and so does what they know of the rock.
+void tellFurther(const Simulation& s) {
+    const auto isByLines = [](SensitivityForm form) { return form != SensitivityForm::Adjoint; };
+    if (s.connections.further.empty() ||
+        !(isByLines(s.options.travelTimeForm) || isByLines(s.options.pressureForm)))
+        return;
+    warn(s.console,
+         "WARNING :: SENSITIVITIES OF LINES LEAVE OUT CONNECTIONS OF CELLS THAT ARE NOT NEIGHBOURS, SNSFORM "
+         "ADJOINT COUNTS THEM");
+}
+
 bool grows(const MatchRecord& match, const RunMisfit& run) {
     return !match.accepted.empty() && !(run.judged <= match.accepted.back().judged);
 }
@@ -148,6 +159,7 @@ void beginMatch(Simulation& s) {
     keepRunStart(s);
     const ResumeState resumed = readMatchResume(s);
     tellObserved(s);
+    tellFurther(s);
     switch (resumed) {
         case ResumeState::None:
             break;

@@ -184,13 +184,17 @@ void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridM
     const UnitSystem& units = *reader.units;
     const double unit = isFactor ? 1.0 : units.connectionFactor;
     const double copied = isFactor ? 1.0 : unit / otherUnits(units).connectionFactor;
-    int rows = 0;
+    int rows = 0, withRegions = 0;
     for (; nextRow(reader); ++rows) {
         ConnectionRow row;
         Place a{}, b{};
         row.value = isFactor ? 1.0 : 0.0;
-        const std::array<ListTarget, 7> targets = {&a[0], &a[1], &a[2], &b[0], &b[1], &b[2], &row.value};
+        std::array<int, 4> regions{};  // of saturation and of pressure tables, one a side
+        const std::array<ListTarget, 11> targets = {&a[0],       &a[1],       &a[2],      &b[0],
+                                                    &b[1],       &b[2],       &row.value, &regions[0],
+                                                    &regions[1], &regions[2], &regions[3]};
         checkRead(reader, readList(*reader.cursor, targets));
+        withRegions += regions != std::array<int, 4>{} ? 1 : 0;
         copyRow(reader, {{1.0 * a[0]},
                          {1.0 * a[1]},
                          {1.0 * a[2]},
@@ -210,6 +214,9 @@ void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridM
         grid.connectionRows.push_back(row);
     }
     endCopiedList(reader);
+    if (withRegions > 0)
+        warnHere(reader, "WARNING :: REGIONS IN {} ROWS OF {} ARE NOT USED, CELLS KEEP THEIR OWN TABLES",
+                 withRegions, reader.keyword);
     both(consoleOf(reader), "-> Rows of connections = {}", rows);
 }
 

@@ -38,7 +38,7 @@ void readFaultMultipliers(SectionReader& reader, FaultMeans means, const GridMod
 void readRegionMultipliers(SectionReader& reader, GridModel& grid);
 
 /// Rows of two cells and a value, up to a slash line, kept in grid.connectionRows: a transmissibility, or a
-/// factor. Items behind it are not used.
+/// factor. Regions of tables behind it are told, they have no effect.
 void readConnectionRows(SectionReader& reader, ConnectionRow::Means means, GridModel& grid);
 
 }  // namespace kvr

@@ -225,13 +225,7 @@ void readWeltarg(SectionReader& reader, ScheduleRecords& records) {
 void readWefac(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     while (nextWellRow(reader, presentStep(records))) {
-        std::string name;
-        double factor = 1.0;
-        readRow(reader, std::array<ListTarget, 2>{&name, &factor});
-        if (!(factor > 0.0) || factor > 1.0) {
-            warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(factor));
-            factor = 1.0;
-        }
+        const auto [name, factor] = readEfficiency(reader);
         forNamedWells(reader, presentStep(records), name, [&](ScheduleWell& well) {
             well.efficiency = factor * onShareOf(records, presentStep(records), well.group);
         });

@@ -305,13 +305,7 @@ double onShareOf(const ScheduleRecords& records, const ScheduleStep& step, const
 void readGefac(SectionReader& reader, ScheduleRecords& records) {
     announce(reader, reader.keyword);
     while (nextRow(reader)) {
-        std::string name;
-        double factor = 1.0;
-        readRow(reader, std::array<ListTarget, 2>{&name, &factor});
-        if (!(factor > 0.0) || factor > 1.0) {
-            warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(factor));
-            factor = 1.0;
-        }
+        const auto [name, factor] = readEfficiency(reader);
         ScheduleStep& step = presentStep(records);
         std::vector<double> before;
         for (const ScheduleWell& well : step.wells) before.push_back(onShareOf(records, step, well.group));

@@ -101,6 +101,15 @@ void tellUnknownWell(const SectionReader& reader, const std::string& name) {
     warnHere(reader, "WARNING :: UNKNOWN WELL, ROW SKIPPED :: {}", name);
 }
 
+EfficiencyRow readEfficiency(SectionReader& reader) {
+    EfficiencyRow row;
+    readRow(reader, std::array<ListTarget, 2>{&row.name, &row.factor});
+    if (row.factor > 0.0 && row.factor <= 1.0) return row;
+    warnHere(reader, "WARNING :: EFFICIENCY {} IS OUT OF RANGE 0 TO 1, SET TO 1", number(row.factor));
+    row.factor = 1.0;
+    return row;
+}
+
 double rateFrom(const SectionReader& reader, double deckRate, double factor) {
     const double rate = deckRate * factor;
     if (rate >= 0.0 && rate <= MaxRate) return rate;

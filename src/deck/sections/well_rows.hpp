@@ -62,6 +62,14 @@ void readRow(SectionReader& reader, const std::array<ListTarget, Count>& targets
     checkRead(reader, readList(*reader.cursor, targets));
 }
 
+struct EfficiencyRow {
+    std::string name;
+    double factor = 1.0;
+};
+
+/// A row of a name and the share of the time that it is on; out of 0 to 1 is told and becomes 1.
+EfficiencyRow readEfficiency(SectionReader& reader);
+
 /// A rate in internal units; one that is negative or beyond belief is told of and becomes 0.
 double rateFrom(const SectionReader& reader, double deckRate, double factor);
 

@@ -1,6 +1,9 @@
 #include "model/fault_faces.hpp"
 
+#include "unit/deck/deck_bench.hpp"
 #include "unit/model/conditioned.hpp"
+
+#include <cstdio>
 
 namespace kvr {
 namespace {
@@ -134,6 +137,22 @@ TEST(RegionMultipliers, MeanAnyOtherRegionWhereOneIsLeftOutAndTheirAxesAlone) {
     EXPECT_TRUE(close(t.Trans(3, 1), 0.25 * plain.Trans(3, 1)));
     EXPECT_EQ(t.Trans(2, 6), plain.Trans(2, 6));
     EXPECT_EQ(t.Trans(4, 2), plain.Trans(4, 2));
+}
+
+TEST(FaultFaces, ThatAreLeftOutAreTold) {
+    for (const float thrown : {0.0F, 5.0F}) {
+        GridModel grid = thrownColumns(thrown);
+        const Console told{std::tmpfile(), nullptr, nullptr};
+        RunOptions options;
+        options.useNewtran = true;
+        options.componentCount = 2;
+        ConnectionTable table;
+        CALCTRANS_STATICGEOPART(told, options, UnitSystem{}, grid, table);
+        EXPECT_EQ(contentsOf(told.screen).find("NOT JOINED ACROSS FAULTS") != std::string::npos,
+                  thrown > 0.0F);
+        EXPECT_TRUE(table.further.empty());
+        std::fclose(told.screen);
+    }
 }
 
 }  // namespace

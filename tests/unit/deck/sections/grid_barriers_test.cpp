@@ -121,5 +121,15 @@ TEST(GridBarriers, OfPoreVolumesInEditTakeThePlaceOfThoseOfGrid) {
     EXPECT_EQ(bench.grid.MULTPV[8], 5.0);
 }
 
+TEST(GridBarriers, TellRegionsInRowsOfConnections) {
+    GridBench plain(2, 2, 2, SoundBlocks + "NNC\n1 1 1 2 2 2 0.5 /\n/\n");
+    plain.readGrid();
+    EXPECT_FALSE(plain.printed("REGIONS IN"));
+    GridBench given(2, 2, 2, SoundBlocks + "NNC\n1 1 1 2 2 2 0.5 1 2 /\n1 1 1 2 2 1 0.5 /\n/\n");
+    given.readGrid();
+    EXPECT_TRUE(given.printed("WARNING :: REGIONS IN 1 ROWS OF NNC ARE NOT USED"));
+    EXPECT_EQ(given.grid.connectionRows.size(), 2U);
+}
+
 }  // namespace
 }  // namespace kvr
