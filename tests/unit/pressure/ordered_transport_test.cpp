@@ -170,12 +170,14 @@ TEST(AdvanceInOrder, TakesTheKnownMakeUpOfFacesAndProducers) {
     EXPECT_EQ(run.account.deficit, 0.0);
 }
 
-/// A cell of 100 pore volumes half full of either fluid, into which 10 a day come, `in` of them water; a
-/// known make-up takes `out` parts of water.
-TransportRun knownOutlet(double toldSw, double in = 8.0, double out = 0.82) {
+/// A cell of 100 pore volumes half full of either fluid, into which 10 a day come in so many streams, `in` of
+/// them water; a known make-up takes `out` parts of water.
+TransportRun knownOutlet(double toldSw, double in = 8.0, double out = 0.82, int streams = 1) {
     TransportRun run = shareRow(2, 100.0, 10.0);
-    run.flow.wells.wells[0].connections[0].ConnQw = in;
-    run.flow.wells.wells[0].connections[0].ConnQo = 10.0 - in;
+    std::vector<WellConnection>& inlets = run.flow.wells.wells[0].connections;
+    inlets[0].ConnQw = in / streams;
+    inlets[0].ConnQo = (10.0 - in) / streams;
+    inlets.resize(static_cast<std::size_t>(streams), inlets[0]);
     run.fill(0.5);
     run.makeUp.faceKnown.assign(2, 3, 0);
     run.makeUp.face.assign(2, 3, {});
@@ -209,15 +211,19 @@ TEST(AdvanceInOrder, FollowsAMakeUpInFullWhereItsSourceAgreesOrTheContentTurnsOv
 
 TEST(AdvanceInOrder, FollowsAMakeUpAsFarAsAFrontStandsInTheCell) {
     // Water comes in at 0.51 and what is known is 0.52, where 0.5 leave: W' = 5.1 - 10 W / 100.
-    TransportRun smooth = knownOutlet(0.491, 5.1, 0.52);
+    TransportRun smooth = knownOutlet(0.491, 5.1, 0.52, 2);
     smooth.advance(9.0, 800.0);
     EXPECT_NEAR(smooth.amounts.water[1], 51.0 - std::exp(-0.9), 0.002);
     // 0.625 are off by a fifth of themselves, half way from a tenth to three: W' = 6.25 - 5 0.6 - 5 W / 100.
-    TransportRun half = knownOutlet(0.5225, 6.25, 0.6);
+    TransportRun half = knownOutlet(0.5225, 6.25, 0.6, 2);
     half.advance(9.0, 800.0);
     EXPECT_NEAR(half.amounts.water[1], 65.0 - 15.0 * std::exp(-0.45), 0.002);
+    // One way in and one way out is as lines tell.
+    TransportRun straight = knownOutlet(0.491, 5.1, 0.52);
+    straight.advance(9.0, 1.0);
+    EXPECT_NEAR(straight.amounts.water[1], 50.0 - 9.0 * 0.1, 1e-12);
     // What lines know may be the front: 0.8 are off by three eighths. W' = 5 - 8.
-    TransportRun told = knownOutlet(0.23, 5.0, 0.8);
+    TransportRun told = knownOutlet(0.23, 5.0, 0.8, 2);
     told.advance(9.0, 1.0);
     EXPECT_NEAR(told.amounts.water[1], 23.0, 1e-12);
     expectConserved(half, {100.0, 100.0, 0.0}, 9.0);
