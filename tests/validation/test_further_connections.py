@@ -1,18 +1,15 @@
 """Cells joined that are not neighbours in I, J, K, by every method against an independent simulator: across a fault with a throw of a
 layer and a half, and by rows of NNC; with EDITNNC and MULTFLT on them."""
 
-import re
-
 import numpy
 import pytest
 
 from keyword_deck import GEOMETRY, KeywordDeck, WELLS, live_oil_deck
-from named_run import run_named, summary_of
-from peer_flow import flow_vectors, needs_flow
+from peer_curves import METHODS, by_method, distances, own_curves, remembered, told
+from peer_flow import needs_flow
 
 pytestmark = needs_flow
 
-METHODS = ["STREAMLINE", "IMPES", "FIM"]
 TOLERANCE = {"FIM": 0.003, "IMPES": 0.02, "STREAMLINE": 0.02}  # of the curves' largest values
 REPORTS = numpy.arange(60, 1801, 60)  # days
 
@@ -63,36 +60,14 @@ CASES = {
 VECTORS = ("FOPT", "FWPT", "FGPT", "FPR", "WBHP:INJ")
 
 
-def run(folder, text, method):
-    (folder / "OWN.DATA").write_text(text(f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n5 /\n"))
-    ended = run_named("OWN.DATA", folder=folder)
-    assert ended.returncode == 0, ended.console[-1500:]
-    assert "NOT USED" not in ended.console and "not surpported" not in ended.console
-    errors = re.findall(r"balance error (\S+) %", ended.console)
-    assert len(errors) >= 2 and set(errors) <= {"0.0000", "-0.0000"}
-    return summary_of(folder / "OWN_Summary.csv")[0]
-
-
 @pytest.fixture(scope="module")
 def peer(tmp_path_factory):
-    known = {}
-
-    def curves(case):
-        if case not in known:
-            known[case] = flow_vectors(tmp_path_factory.mktemp("peer") / "run", CASES[case](""), *VECTORS)
-        return known[case]
-
-    return curves
+    return remembered(tmp_path_factory.mktemp, lambda case: CASES[case](""), VECTORS)
 
 
 @pytest.mark.parametrize("method", METHODS)
 @pytest.mark.parametrize("case", CASES)
 def test_what_passes_is_that_of_an_independent_simulator(case, method, tmp_path, peer):
-    curves, theirs = run(tmp_path, CASES[case], method), peer(case)
-    off = {}
-    for vector in VECTORS:
-        a, b = (numpy.interp(REPORTS, c["TIME"], c[vector]) for c in (curves, theirs))
-        if numpy.abs(b).max() > 1.0:
-            off[vector] = numpy.abs(a - b).max() / numpy.abs(b).max()
-    print(f"{case}, {method}: " + ", ".join(f"{v} {100 * o:.2f} %" for v, o in off.items()))
+    off = distances(own_curves(tmp_path, CASES[case](by_method(method))), peer(case), VECTORS, REPORTS)
+    print(told(f"{case}, {method}", off))
     assert max(off.values()) <= TOLERANCE[method]

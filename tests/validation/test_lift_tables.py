@@ -4,12 +4,11 @@ import numpy
 import pytest
 
 from keyword_deck import KeywordDeck, WELLS, live_oil_deck
-from named_run import run_named, summary_of
-from peer_flow import flow_vectors, needs_flow
+from peer_curves import METHODS, by_method, distances, own_curves, remembered, told
+from peer_flow import needs_flow
 
 pytestmark = needs_flow
 
-METHODS = ["STREAMLINE", "IMPES", "FIM"]
 # Means over the run, of the curves' largest values: at the arrival of water curves differ for a while as they do without tables.
 TOLERANCE = {"FIM": 0.002, "IMPES": 0.015, "STREAMLINE": 0.015}
 REPORTS = numpy.arange(60, 1441, 60)  # days
@@ -71,35 +70,19 @@ def text_of(case, options=""):
 
 
 def run(folder, case, method):
-    (folder / "OWN.DATA").write_text(text_of(case, f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n5 /\n"))
-    ended = run_named("OWN.DATA", folder=folder)
-    assert ended.returncode == 0, ended.console[-1500:]
-    assert "NOT USED" not in ended.console and "WARNING" not in ended.console
-    return summary_of(folder / "OWN_Summary.csv")[0]
+    return own_curves(folder, text_of(case, by_method(method)), ("NOT USED", "WARNING"))
 
 
 @pytest.fixture(scope="module")
 def peer(tmp_path_factory):
-    known = {}
-
-    def curves(case):
-        if case not in known:
-            known[case] = flow_vectors(tmp_path_factory.mktemp("peer") / "run", text_of(case), *VECTORS)
-        return known[case]
-
-    return curves
+    return remembered(tmp_path_factory.mktemp, text_of, VECTORS)
 
 
 @pytest.mark.parametrize("method", METHODS)
 @pytest.mark.parametrize("case", CASES)
 def test_wells_give_what_the_tubing_lets_them_as_in_an_independent_simulator(case, method, tmp_path, peer):
-    curves, theirs = run(tmp_path, case, method), peer(case)
-    off = {}
-    for vector in VECTORS:
-        a, b = (numpy.interp(REPORTS, c["TIME"], c[vector]) for c in (curves, theirs))
-        if numpy.abs(b).max() > 1.0:
-            off[vector] = numpy.abs(a - b).mean() / numpy.abs(b).max()
-    print(f"{case}, {method}: " + ", ".join(f"{v} {100 * o:.2f} %" for v, o in off.items()))
+    off = distances(run(tmp_path, case, method), peer(case), VECTORS, REPORTS, numpy.mean)
+    print(told(f"{case}, {method}", off))
     assert max(off.values()) <= TOLERANCE[method]
 
 
@@ -112,9 +95,8 @@ def test_an_injector_stands_where_the_table_has_it(method, tmp_path, peer):
     CASES["level injector"] = deck(injector=BY_HEAD.format(1300, 2), producer=AT_3000)
     CASES["the same pressure"] = deck(injector="'INJ' 'WATER' 'OPEN' 'BHP' 1* 1* 4700 /", producer=AT_3000)
     curves, theirs = run(tmp_path, "level injector", method), peer("the same pressure")
-    for vector in ("FOPT", "FWPT", "FPR", "WBHP:INJ"):
-        a, b = (numpy.interp(REPORTS, c["TIME"], c[vector]) for c in (curves, theirs))
-        assert numpy.abs(a - b).mean() <= TOLERANCE[method] * numpy.abs(b).max()
+    off = distances(curves, theirs, ("FOPT", "FWPT", "FPR", "WBHP:INJ"), REPORTS, numpy.mean)
+    assert len(off) == 4 and max(off.values()) <= TOLERANCE[method]
     CASES["injector with friction"] = deck(injector=BY_HEAD.format(1300, 3), producer=AT_3000)
     curves = run(tmp_path, "injector with friction", method)
     late = curves["TIME"] > 5

@@ -5,12 +5,11 @@ import numpy
 import pytest
 
 from keyword_deck import KeywordDeck, WELLS
-from named_run import run_named, summary_of
+from peer_curves import METHODS, by_method, distances, own_curves, told
 from peer_flow import flow_vectors, needs_flow
 
 pytestmark = needs_flow
 
-METHODS = ["STREAMLINE", "IMPES", "FIM"]
 TOLERANCE = {"FIM": 0.002, "IMPES": 0.015, "STREAMLINE": 0.015}  # of the curves' largest values
 REPORTS = numpy.arange(60, 1441, 60)  # days
 VECTORS = ("FOPT", "FWPT", "WBHP:INJ")
@@ -43,14 +42,6 @@ def deck(pinch, options=""):
     return text.replace("10 10 2 /", "10 10 3 /")
 
 
-def run(folder, pinch, method):
-    (folder / "OWN.DATA").write_text(deck(pinch, f"TUNEKVR\nFDMETHOD\n{method}\nMAXDT\n5 /\n"))
-    ended = run_named("OWN.DATA", folder=folder)
-    assert ended.returncode == 0, ended.console[-1500:]
-    assert "NOT USED" not in ended.console and "not surpported" not in ended.console
-    return summary_of(folder / "OWN_Summary.csv")[0]
-
-
 @pytest.fixture(scope="module")
 def peer(tmp_path_factory):
     return flow_vectors(tmp_path_factory.mktemp("peer") / "run", deck("PINCH\n/\n"), *VECTORS)
@@ -58,17 +49,13 @@ def peer(tmp_path_factory):
 
 @pytest.mark.parametrize("method", METHODS)
 def test_water_passes_a_pinched_layer_as_in_an_independent_simulator(method, tmp_path, peer):
-    curves = run(tmp_path, "PINCH\n/\n", method)
-    off = {}
-    for vector in VECTORS:
-        mine, theirs = (numpy.interp(REPORTS, c["TIME"], c[vector]) for c in (curves, peer))
-        off[vector] = numpy.abs(mine - theirs).max() / numpy.abs(theirs).max()
-    print(f"{method}: " + ", ".join(f"{v} {100 * o:.2f} %" for v, o in off.items()))
+    off = distances(own_curves(tmp_path, deck("PINCH\n/\n", by_method(method))), peer, VECTORS, REPORTS)
+    print(told(method, off))
     assert max(off.values()) <= TOLERANCE[method]
 
 
 def test_nothing_passes_where_the_deck_does_not_ask_for_it(tmp_path, peer):
     for name, pinch in (("without", ""), ("no gap", "PINCH\n0.001 NOGAP /\n")):
         (tmp_path / name).mkdir()
-        curves = run(tmp_path / name, pinch, "FIM")
+        curves = own_curves(tmp_path / name, deck(pinch, by_method("FIM")))
         assert curves["FOPT"][-1] < 0.05 * peer["FOPT"][-1]
