@@ -201,6 +201,10 @@ void answerFailure(const Console& console, const OutputStreams& outputs, double 
             stopDense(console, outputs, time, it, system);
         case SolveFailure::BadMatrix:
             tell(console, multigridTexts(result.code));
+            lineToBoth(console,
+                       fmt::format("ERROR :: PRESSURES BEHIND DAY {} CANNOT BE SOLVED, STEPCTRL Yes TAKES "
+                                   "SHORTER STEPS",
+                                   number(time)));
             hardStop(console);
         case SolveFailure::NotConverged:
         case SolveFailure::NotANumber:

@@ -285,7 +285,7 @@ struct Leaving {
 
 struct Substep {
     double elapsed = 0.0, length = 0.0;  // days: of the step before it, of itself
-    bool steady = false;                 // the tank passes on what comes in
+    bool steady = false;                 // the tank passes on what comes in, if anything does
     bool follow = false;                 // known make-ups are followed
     Leaving start, end;
     double weight = 0.0;    // of the end in the mean
@@ -347,10 +347,12 @@ Substep firstLook(const TankStep& step, const PhaseState& state, double left, in
     Substep sub;
     sub.elapsed = step.dt - left;
     sub.length = std::min(step.longest, left);
-    sub.steady = count > MostSubsteps && step.inVolume > 0.0;
+    sub.steady = count > MostSubsteps;
     if (sub.steady) {
         sub.length = left;
-        sub.own = perVolume(step.flows.inflow, step.inVolume);
+        // Without an inflow the tank has long been emptied, and what it is asked for is missing.
+        sub.own =
+            step.inVolume > 0.0 ? perVolume(step.flows.inflow, step.inVolume) : leavingAt(step, state).own;
         return sub;
     }
     sub.start = leavingAt(step, state);

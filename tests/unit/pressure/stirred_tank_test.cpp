@@ -62,6 +62,18 @@ TEST(StirredTank, LetsOutAChangeOfItsInflowDelayedByItsContent) {
     EXPECT_NEAR(out.tilt, 12.0 * (5.0 / 6.0 - 2.0 * std::exp(-1.0) - 0.5 * mean), 1e-3);
 }
 
+TEST(StirredTank, ThatGivesWithoutAnInflowIsEmptiedHoweverMuchIsAsked) {
+    // Pressures that have left all bounds ask for 1e17 pore volumes: the tank gives what it holds and is
+    // done.
+    TankFlows flows;
+    flows.rest = 1e19;
+    const TankOutflow out =
+        emptyTank(samples::sharesFlow(), tankOf(100.0, 1.0, 1.0), flows, 1.0, {200.0, {}}, {40.0, 60.0, 0.0});
+    EXPECT_NEAR(out.deficit / 1e19, 1.0, 1e-12);
+    EXPECT_NEAR(out.own.water + out.own.oil, 1.0, 1e-9);
+    EXPECT_LT(out.given.water, 1e-16);
+}
+
 TEST(StirredTank, WhatIsImmobileIsThatOfTheVolumeThatItHolds) {
     // All but the immobile fifth is oil, and it holds a thousandth less than its pores: gravity pulls water
     // that does not move. One substep takes the step, not thousands, and nothing but oil leaves.
