@@ -72,6 +72,18 @@ void resetCounters(RunClock& clock) {
     clock.reportIndex = 1;
 }
 
+/// Along a row alone all that came into a line is what comes into it now.
+void keepFrontsToRows(const Console& console, const GridModel& grid, RunOptions& options) {
+    const int wide = (grid.NX > 1 ? 1 : 0) + (grid.NY > 1 ? 1 : 0) + (grid.NZ > 1 ? 1 : 0);
+    std::vector<std::string>& words = options.solverPhaseName;
+    if (options.componentCount == 0 || wide < 2 ||
+        std::find(words.begin(), words.end(), "btf") == words.end())
+        return;
+    warn(console,
+         "WARNING :: FRONTS OF COMPONENTS ARE TRACKED ALONG A ROW OF CELLS ALONE, HERE LINES ARE EXPLICIT");
+    std::replace(words.begin(), words.end(), std::string("btf"), std::string("mas"));
+}
+
 void openInput(Simulation& simulation) {
     detectInput(simulation.console, simulation.command, simulation.options);
     simulation.times.cpuAtStart = static_cast<float>(cpuSeconds());
@@ -95,6 +107,7 @@ void readInput(Simulation& simulation) {
     else
         readDeck(simulation);
     refuseUnbuiltFeatures(simulation.console, options);
+    keepFrontsToRows(simulation.console, simulation.grid, options);
 }
 
 /// Runs that take their state, or all they do, from an outside run.

@@ -55,6 +55,19 @@ def test_every_component_balances_and_what_is_injected_is_the_stream(drive):
     assert (rows["C1"][1] + rows["C4"][1]) == pytest.approx(100 * 50e3 / 379.4, rel=0.01)
 
 
+def test_fronts_are_tracked_along_a_row_alone_and_told_elsewhere(tmp_path):
+    warning = "FRONTS OF COMPONENTS ARE TRACKED ALONG A ROW OF CELLS ALONE"
+    words = "FDMETHOD\nSTREAMLINE\nSL1DCON\n{} /\n"
+    consoles, curves = {}, {}
+    for name, cells, scheme in (("row", (12, 1, 1), "ANALYTICAL"), ("plane", (4, 3, 1), "ANALYTICAL"), ("lines", (4, 3, 1), "EXPLICIT")):
+        (tmp_path / name).mkdir()
+        pieces = dict(GAS_DRIVE, cells=cells, steps="2*10", options=words.format(scheme))
+        consoles[name] = whole(run(tmp_path / name, **pieces)).console
+        curves[name], _ = named_run.summary_of(tmp_path / name / "CASE_Summary.csv")
+    assert {name for name, console in consoles.items() if warning in console} == {"plane"}
+    numpy.testing.assert_allclose(curves["plane"]["FGPT"], curves["lines"]["FGPT"], rtol=5e-3)
+
+
 def test_the_summary_holds_produced_fractions_that_sum_to_one(drive):
     columns, units = named_run.summary_of(drive[1] / "CASE_Summary.csv")
     field = sum(columns[f"FZMF_{i:04}"] for i in (1, 2, 3))
