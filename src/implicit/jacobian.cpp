@@ -227,10 +227,6 @@ void assemble(double dt, const GridModel& grid, const FluidTables& tables, const
     for (const ImplicitConnection& connection : work.connections) addConnection<N>(connection, work);
 }
 
-}  // namespace
-
-namespace {
-
 /// Matrix cells, of which each is connected to its fractures alone.
 LeafRows matrixRowsOf(const GridModel& grid, const ImplicitWork& work) {
     std::vector<int> rows;
