@@ -35,11 +35,11 @@ Flow connectionFlow(const ComponentStage& stage, double volumeFactor, const Cell
                     double trans, double g) {
     Flow flow;
     const auto upstream = [c, n](double phi) { return comesFromNeighbour(phi, c, n) ? n : c; };
-    const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
+    const double phiO = phasePotential(s, s.Pressure, s.RhoO, OilSide, c, n, g);
     const CellId upO = upstream(phiO);
     if (s.LambdaO[upO] > 0.0)
         addPhase(trans * s.LambdaO[upO] * volumeThere(stage, volumeFactor, s, c, upO, true), phiO, flow);
-    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g);
+    const double phiG = phasePotential(s, s.PressureG, s.RhoG, GasSide, c, n, g);
     const CellId upG = upstream(phiG);
     if (s.LambdaG[upG] > 0.0)
         addPhase(trans * s.LambdaG[upG] * volumeThere(stage, volumeFactor, s, c, upG, false), phiG, flow);

@@ -5,6 +5,7 @@
 #include "fluid/component_equilibrium.hpp"
 #include "fluid/components/mixture_volume.hpp"
 #include "fluid/saturation_functions.hpp"
+#include "pressure/records/upstream_sides.hpp"
 
 namespace kvr {
 
@@ -48,6 +49,11 @@ double takeComposition(CellId c, ComponentStage& stage, Composition& z) {
     return sum;
 }
 
+std::uint8_t lackingOf(const FlashState& flash) {
+    if (flash.phases == FluidPhases::Both) return 0;
+    return flash.phases == FluidPhases::Vapour ? OilSide : GasSide;
+}
+
 /// Saturations as shares of the volumes of the phases.
 void shareVolumes(double oil, double gas, double water, CellId c, CellState& state) {
     const double total = oil + gas + water;
@@ -83,6 +89,7 @@ void refreshCell(const GridModel& grid, const FluidTables& all, double volumeFac
     if (saturations == Saturations::Found)
         shareVolumes(toInternal * volumes.liquid, toInternal * volumes.vapour, water, c, state);
     refreshPhases(stage.set, c, stage.cells, state);
+    state.lacking[c] = lackingOf(flash);
     refreshFlow(grid, all, c, state);
     if (!stage.takesMean) return;
     state.LambdaO[c] = stage.mean.oil[c];

@@ -159,6 +159,7 @@ void startComponents(Simulation& simulation) {
     ComponentRun& run = simulation.components;
     run.stage.set = componentSet(simulation.fluids, simulation.fluids.reservoirTemperature);
     run.surface = surfaceFluid(simulation.fluids);
+    simulation.state.lacking.assign(simulation.grid.NCELLS, 0);
     fillPores(simulation.grid, simulation.fluids, simulation.units.VolumeFactor, simulation.state, run.stage);
     refresh(VolumeSlopes::All, Saturations::Found, simulation);
 }

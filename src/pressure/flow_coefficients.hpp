@@ -5,6 +5,7 @@
 #include "model/grid.hpp"
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/records/cell_state.hpp"
+#include "pressure/records/upstream_sides.hpp"
 
 namespace kvr {
 
@@ -15,6 +16,21 @@ template <class Number>
 Number phasePotential(const Number& pCell, const Number& pNeighbour, const Number& rhoCell,
                       const Number& rhoNeighbour, double g) {
     return pNeighbour - pCell - 0.5 * (rhoCell + rhoNeighbour) * g;
+}
+
+/// The same of oil (OilSide) or gas (GasSide) by the densities of the cells: where one of them has none of
+/// the phase, the density of the other counts, since only that one can give any.
+inline double phasePotential(const CellState& state, const CellArray<double>& pressure,
+                             const CellArray<double>& density, PhaseSide phase, CellId cell, CellId neighbour,
+                             double g) {
+    double own = density[cell], other = density[neighbour];
+    if (!state.lacking.empty()) {
+        const bool cellHas = (state.lacking[cell] & phase) == 0;
+        const bool neighbourHas = (state.lacking[neighbour] & phase) == 0;
+        if (cellHas && !neighbourHas) other = own;
+        if (neighbourHas && !cellHas) own = other;
+    }
+    return phasePotential(pressure[cell], pressure[neighbour], own, other, g);
 }
 
 /// Whether a phase comes from the neighbour; where nothing drives it, from the cell of the lower number, so

@@ -52,9 +52,9 @@ PhaseFlux phaseInflow(double flowUnit, const ConnectionTable& connections, const
     const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
     const double T = trans * flowUnit;
     const HeadDifference head = d == TransferDirection ? headDifference(s, c, n) : HeadDifference{};
-    const double phiO = phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g);
+    const double phiO = phasePotential(s, s.Pressure, s.RhoO, OilSide, c, n, g);
     const double phiW = phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g) + head.water;
-    const double phiG = phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g) + head.gas;
+    const double phiG = phasePotential(s, s.PressureG, s.RhoG, GasSide, c, n, g) + head.gas;
     const auto upstream = [&](double phi, PhaseSide phase) {
         const bool fromNeighbour =
             sides != nullptr ? (sides[d - 1] & phase) != 0 : comesFromNeighbour(phi, c, n);
@@ -139,12 +139,12 @@ PhaseFlux phaseSharesThroughFace(double flowUnit, const ConnectionTable& connect
     const double trans = connections.Trans(c, d) * flowUnit;
     const double g = connections.DepthDiff(c, d) / SquareInchesPerSquareFoot;
     std::array<DrivenPhase, 3> phases = {
-        DrivenPhase{-phasePotential(s.Pressure[c], s.Pressure[n], s.RhoO[c], s.RhoO[n], g), s.LambdaO[c],
-                    s.LambdaO[n], &PhaseFlux::oil},
+        DrivenPhase{-phasePotential(s, s.Pressure, s.RhoO, OilSide, c, n, g), s.LambdaO[c], s.LambdaO[n],
+                    &PhaseFlux::oil},
         DrivenPhase{-phasePotential(s.PressureW[c], s.PressureW[n], s.RhoW[c], s.RhoW[n], g), s.LambdaW[c],
                     s.LambdaW[n], &PhaseFlux::water},
-        DrivenPhase{-phasePotential(s.PressureG[c], s.PressureG[n], s.RhoG[c], s.RhoG[n], g), s.LambdaG[c],
-                    s.LambdaG[n], &PhaseFlux::gas}};
+        DrivenPhase{-phasePotential(s, s.PressureG, s.RhoG, GasSide, c, n, g), s.LambdaG[c], s.LambdaG[n],
+                    &PhaseFlux::gas}};
     sortByDrive(phases);
     const double outward = sign * total;
     const std::array<double, 3> mobility = upstreamOfTotal(phases, trans, outward);

@@ -24,6 +24,7 @@ class Mixture:
     permeability: float = 1000.0
     rock: str = ""                      # further keywords of GRID
     components: tuple = (C1, C4, C10)
+    binary: tuple = None                # coefficients of the pairs; none: all 0
     temperature: float = 160.0          # F
     feed: tuple = (0.2, 0.3, 0.5)
     props: str = SWOF + SGOF
@@ -45,6 +46,7 @@ class Mixture:
         layer = self.cells[0] * self.cells[1]
         names, tc, pc, vc, mw, acf = zip(*self.components)
         pairs = len(names) * (len(names) - 1) // 2
+        binary = self.column(self.binary or [0] * pairs)
         tops = " ".join(f"{layer}*{self.top + k * self.sizes[2]}" for k in range(self.cells[2]))
         composition = self.composition if self.composition is not None else f"ZI\n{self.column(self.feed)} /\n"
         solution = self.solution or f"PRESSURE\n{count}*{self.pressure} /\nSWAT\n{count}*0 /\nSGAS\n{count}*0 /\n"
@@ -112,7 +114,7 @@ MW
 ACF
 {self.column(acf)} /
 BIC
-{"0 " * pairs}/
+{binary} /
 RTEMP
 {self.temperature} /
 {composition}{self.props}PVTW

@@ -1,24 +1,30 @@
 """A fluid of two components as black oil: tables of PVTO and PVDG from the equation of state, by flashes written apart from
 the program's (equation of state of flash_oracle, viscosity of Lohrenz, Bray and Clark 1964)."""
 
+import functools
+
 import numpy
 
 import flash_oracle
 
-# Gas and oil of a heavy live oil: name, critical temperature R, pressure psia, volume ft3/lb-mole, molecular weight, acentric factor
-GAS = ("GAS", 380.0, 680.0, 1.8, 19.0, 0.03)
-OIL = ("OIL", 1550.0, 200.0, 18.0, 300.0, 1.1)
+# Gas and oil by least squares from the tables of the first comparative study (Odeh 1981), 2500 to 5000 psia, the densities at the
+# surface exactly: name, critical temperature R, pressure psia, volume ft3/lb-mole, molecular weight, acentric factor. Oil is so
+# heavy that none of it goes into the gas: tables of dry gas have no place for it.
+GAS = ("GAS", 383.5, 434.8, 2.62, 20.12, 0.0914)
+OIL = ("OIL", 1859.0, 390.5, 13.23, 220.1, 1.405)
+BINARY = -0.56  # coefficient of the pair
 SURFACE_PRESSURE, SURFACE_TEMPERATURE = 14.7, 519.67  # psia, Rankine
 CUBIC_FEET_PER_BARREL = 5.614583333
+LOW_PRESSURE, PRESSURE_FACTOR = 1000.0, 1.15  # psia; above it tie lines are followed in steps of the factor
 
 
 class Fluid:
     def __init__(self, temperature):
         _, self.tc, self.pc, self.vc, self.mw, self.acentric = (numpy.array(column) for column in zip(GAS, OIL))
         self.temperature = temperature
-        none = numpy.zeros((2, 2))
-        self.reservoir = flash_oracle.Mixture(self.tc, self.pc, self.acentric, none, temperature)
-        self.surface = flash_oracle.Mixture(self.tc, self.pc, self.acentric, none, SURFACE_TEMPERATURE)
+        pairs = numpy.array([[0.0, BINARY], [BINARY, 0.0]])
+        self.reservoir = flash_oracle.Mixture(self.tc, self.pc, self.acentric, pairs, temperature)
+        self.surface = flash_oracle.Mixture(self.tc, self.pc, self.acentric, pairs, SURFACE_TEMPERATURE)
 
     @staticmethod
     def volume(mix, x, p):
@@ -38,7 +44,17 @@ class Fluid:
 
     def split(self, mix, p):
         """Fractions of gas in the liquid and in the vapour: two components have one tie line at a pressure."""
+        x, y, _ = self.tie_line(mix, p)
+        return x, y
+
+    @functools.lru_cache(maxsize=None)
+    def tie_line(self, mix, p):
+        """Both fractions and ln K, by substitution: from K-values of Wilson (1969) at low pressures, above from those of a
+        pressure below."""
         k = numpy.log(self.pc / p) + 5.37 * (1 + self.acentric) * (1 - self.tc / mix.temperature)
+        if p > LOW_PRESSURE:
+            steps = numpy.ceil(numpy.log(p / LOW_PRESSURE) / numpy.log(PRESSURE_FACTOR)) - 1
+            k = self.tie_line(mix, LOW_PRESSURE * PRESSURE_FACTOR**steps)[2]
         for _ in range(5000):
             ratio = numpy.exp(k)
             x = (1 - ratio[1]) / (ratio[0] - ratio[1])
@@ -47,7 +63,7 @@ class Fluid:
             change = numpy.abs(new - k).max()
             k = new
             if change < 1e-12:
-                return x, y
+                return x, y, k
         raise ValueError("no tie line")
 
     def surface_volumes(self, x):
@@ -81,7 +97,7 @@ class Fluid:
         volume = self.volume(self.reservoir, [x, 1 - x], p)
         return gas / oil * CUBIC_FEET_PER_BARREL / 1000, volume / oil, self.viscosity(x, volume)
 
-    def pvto(self, pressures, above=(1.05, 1.1, 1.2, 1.35, 1.6, 2.2)):
+    def pvto(self, pressures, above=(1.025, 1.05, 1.1, 1.15, 1.2, 1.35, 1.6, 2.2)):
         rows = []
         for p in pressures:
             x, _ = self.split(self.reservoir, p)

@@ -9,8 +9,8 @@ import pseudo_fluid
 
 TEMPERATURE, BUBBLE_POINT, START = 200.0, 4014.7, 4800.0  # F, psia
 YEARS = 5
-STEP = 2.5  # days; the gas that comes is of first order in it in both runs
-PRESSURES = (100.0, *range(500, 3501, 500), 3800.0, BUBBLE_POINT, *range(4100, 6001, 100))
+STEP = 1.25  # days; the gas that comes is of first order in it in both runs
+PRESSURES = sorted((100.0, *range(500, 6001, 100), BUBBLE_POINT))
 ROCK = """DX
 300*500 /
 DY
@@ -38,10 +38,10 @@ PRD 10 10 3 3 OPEN 1* 1* 0.5 /
 /
 """
 CONTROLS = """WCONINJE
-INJ GAS OPEN RATE 15000 1* 9000 /
+INJ GAS OPEN RATE 9000 1* 9000 /
 /
 {stream}WCONPROD
-PRD OPEN ORAT 8000 4* 1000 /
+PRD OPEN ORAT 4500 4* 1000 /
 /
 """
 SGOF = "SGOF\n" + "".join(f"{s:.3f} {g} {o} 0\n" for s, g, o in (
@@ -54,7 +54,8 @@ SOLUTION = f"PRESSURE\n300*{START} /\nSWAT\n300*0.12 /\nSGAS\n300*0 /\n"
 def mixture_deck(fluid, step):
     x, _ = fluid.split(fluid.reservoir, BUBBLE_POINT)
     stream = "WINJGAS\nINJ STREAM PURE /\n/\n"
-    return component_deck.replaced(cells=(10, 10, 3), rock=ROCK, components=(pseudo_fluid.GAS, pseudo_fluid.OIL), temperature=TEMPERATURE,
+    return component_deck.replaced(cells=(10, 10, 3), rock=ROCK, components=(pseudo_fluid.GAS, pseudo_fluid.OIL),
+                                   binary=(pseudo_fluid.BINARY,), temperature=TEMPERATURE,
                                    feed=(x, 1 - x), props=SWOF + SGOF, solution=SOLUTION, streams=(("PURE", (1.0, 0.0)),), wells=WELLS,
                                    controls=CONTROLS.format(stream=stream), steps=f"{int(365 * YEARS / step)}*{step}")
 
@@ -86,7 +87,7 @@ def test_a_mixture_of_gas_and_oil_flows_as_its_black_oil_tables(tmp_path):
     components = curves(tmp_path / "components", mixture_deck(fluid, STEP))
     tables = curves(tmp_path / "tables", black_oil_deck(fluid, STEP))
     times = numpy.linspace(73.0, 365.0 * YEARS, 25)
-    for name in ("FOPT", "FGPT", "FPR", "WBHP:PRD"):
+    for name in ("FOPR", "FGPR", "FOPT", "FGPT", "FPR", "WBHP:PRD"):
         a, b = (numpy.interp(times, run["TIME"], run[name]) for run in (components, tables))
         assert numpy.abs(a / b - 1).max() < 0.03, (name, a / b - 1)
     # Gas has broken through.

@@ -4,6 +4,7 @@
 #include "fluid/phase_state.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace kvr {
@@ -20,6 +21,9 @@ struct CellState {
     CellArray<double> Bo, Bw, Bg;
     CellArray<double> MuO, MuW, MuG;     // cp
     CellArray<double> RhoO, RhoW, RhoG;  // lb/ft3
+    // Runs with components: the phase that a cell has none of, OilSide or GasSide of PhaseSide, 0 where it
+    // has both; its density and viscosity are those of the other one. Empty: tables give every phase its own.
+    CellArray<std::uint8_t> lacking;
     CellArray<double> KroCell, KrwCell, KrgCell;
     CellArray<double> LambdaO, LambdaW, LambdaG;  // 1/cp
     CellArray<double> PressureW, PressureG;       // psia

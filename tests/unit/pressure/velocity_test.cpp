@@ -95,6 +95,27 @@ TEST(FaceFlux, ExchangesHeavyForLightWithoutATotal) {
     EXPECT_NEAR(low.oil, -low.water, 1e-9);
 }
 
+TEST(FaceFlux, TakesTheDensityOfAPhaseFromTheCellThatHasIt) {
+    // Liquid alone above vapour alone; each cell has one density only.
+    Simulation s;
+    pair(3000.0, 3000.0, s);
+    for (CellArray<double>* mobility : {&s.state.LambdaO, &s.state.LambdaW, &s.state.LambdaG})
+        mobility->assign(2, 0.0);
+    s.state.LambdaO[1] = 0.4;
+    s.state.LambdaG[2] = 0.5;
+    s.state.RhoO[1] = s.state.RhoG[1] = 40.0;
+    s.state.RhoO[2] = s.state.RhoG[2] = 10.0;
+    s.state.lacking.assign(2, 0);
+    s.state.lacking[1] = GasSide;
+    s.state.lacking[2] = OilSide;
+    s.connections.DepthDiff(1, 2) = 144.0;  // a foot of density is a psi
+    s.connections.DepthDiff(2, 1) = -144.0;
+    const PhaseFlux flux = phaseSharesThroughFace(s.units.FlowUnit, s.connections, s.state, 1, 2, 0.0);
+    const double T = s.connections.Trans(1, 2) * s.units.FlowUnit;
+    EXPECT_NEAR(flux.oil, T * 0.4 * 0.5 / 0.9 * 30.0, 1e-9);
+    EXPECT_NEAR(flux.gas, -flux.oil, 1e-9);
+}
+
 TEST(FaceFlux, IsZeroOnBoundaryFaces) {
     Simulation s;
     pair(3000.0, 2900.0, s);
