@@ -8,6 +8,7 @@ import numpy
 import pytest
 
 import component_deck
+import drying_front
 import flash_oracle
 import gas_drive
 import kvr_run
@@ -23,6 +24,7 @@ TRACKED = "SL1DCON\nANALYTICAL /\n"
 FRONT_SHARE = 0.02                  # of the way of the first front, that it may be away from its place
 DRY_FRONT, LEVELS = 0.3, 0.6        # cells: the front behind which no C10 is left, and compositions between the fronts
 TRACKED_ERROR = 0.0025              # of a mole fraction
+SHARP_DRY_FRONT = 0.12              # cells, the former from where it is without a grid
 LIMITED = "SL1DCON\nEXPLICIT IRR 1 2PU /\n"
 INJECTED = re.compile(r"^(\w+) +: produced \S+ lb-mole, injected (\S+) lb-mole", re.M)
 
@@ -97,6 +99,16 @@ def test_tracking_lines_put_the_fronts_where_the_fine_solution_has_them(tmp_path
         there, here = crossings(expected[:, component], level)[0], crossings(found[:, component], level)[0]
         assert abs(here - there) < LEVELS, (component, level)
     assert numpy.abs(found - expected).mean(axis=0).max() < TRACKED_ERROR
+
+
+def test_tracking_lines_put_the_drying_front_where_shocks_and_tie_lines_have_it(tmp_path):
+    """That of 1600 cells is 0.2 cells back, 4 % of its way."""
+    found, _ = fractions_of(tmp_path, "STREAMLINE", TRACKED)
+    sharp = drying_front.heaviest_behind(gas_drive.INJECTED, CELLS, 8)
+    level = 0.5 * numpy.loadtxt(FINE)[5, 2]
+    there, here = crossings(sharp, level)[0], crossings(found[:, 2], level)[0]
+    assert there == pytest.approx(5.08, abs=0.01)
+    assert abs(here - there) < SHARP_DRY_FRONT
 
 
 def test_tracking_lines_leave_what_is_ahead_of_the_first_front_as_it_was(tmp_path):
