@@ -50,12 +50,15 @@ LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& stat
     return left;
 }
 
-bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver) {
+double shareOfHandedOn(const RunOptions& options, const LeftOver& leftOver) {
     const double share = options.hasGas ? ShareWithGas : Share;
-    return leftOver.field <= share * options.stepVolumeError &&
-           leftOver.cell <= share * options.stepCellVolumeError &&
-           leftOver.pressure <= TolerancesOfMean * options.PressureTolerance &&
-           leftOver.rate <= share * options.stepTargetError;
+    const double shares[] = {leftOver.field / (share * options.stepVolumeError),
+                             leftOver.cell / (share * options.stepCellVolumeError),
+                             leftOver.pressure / (TolerancesOfMean * options.PressureTolerance),
+                             leftOver.rate / (share * options.stepTargetError)};
+    double largest = 0.0;
+    for (const double one : shares) largest = one <= largest ? largest : one;  // no number is none to hand on
+    return largest;
 }
 
 void settleRateWells(const PressureMatrix& matrix, WellRecord& wells) {

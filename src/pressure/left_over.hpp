@@ -24,9 +24,9 @@ double leastJudgedVolume(const GridModel& grid, const CellState& state);
 LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& state, const WellRecord& wells,
                          const PressureMatrix& matrix);
 
-/// Whether a step may hand on what is left over: a share of what it may be judged wrong by itself, so that
-/// another solve would change nothing that counts.
-bool mayBeHandedOn(const RunOptions& options, const LeftOver& leftOver);
+/// What is left over, of what a step may hand on, by the criterion that is furthest gone: that is a share of
+/// what it may be judged wrong by itself, so that another solve would change nothing that counts.
+double shareOfHandedOn(const RunOptions& options, const LeftOver& leftOver);
 
 /// Moves the bottom-hole pressures of rate wells to where their rows ask for nothing at the present pressures
 /// of the cells, so that the rates are the targets; what this leaves over is in cells.

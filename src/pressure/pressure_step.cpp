@@ -9,6 +9,7 @@
 #include "pressure/flow_coefficients.hpp"
 #include "pressure/left_over.hpp"
 #include "pressure/mobility_forecast.hpp"
+#include "pressure/pressure_forecast.hpp"
 #include "pressure/pressure_lines.hpp"
 #include "pressure/pressure_matrix.hpp"
 #include "pressure/pressure_solve.hpp"
@@ -44,6 +45,7 @@ constexpr double HandedOnResidual = 1e-6;  // of the volume balance, where the n
 // What the first solve of a step leaves of its equations, of what the change of properties left behind that
 // of the step before (Dembo, Eisenstat and Steihaug 1982), at the most of their start.
 constexpr double FirstShare = 0.1, LoosestSolve = 1e-2;
+constexpr double RoomShare = 2.0;  // times FirstShare: what such a solve may leave of what is handed on
 
 constexpr int FreeSides = 4;            // iterations in which phases may change sides freely
 constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from the other side
@@ -82,15 +84,26 @@ bool handsOn(const RunOptions& options) {
     return options.stepControl && carriesAmounts(options);
 }
 
-/// Mobilities of the middle of the step, where a step before tells how the field flows. Beside gas the level
-/// serves better: what comes out of solution there is no matter of flow.
+/// Whether the step before tells how the field flows. Beside gas the level serves better: what comes out of
+/// solution there is no matter of flow.
+bool goesOn(const Simulation& s) {
+    return handsOn(s.options) && s.pressure.fieldStands && s.clock.stepsSinceEvent > 0 && !s.fluids.hasGas;
+}
+
+/// Mobilities of the middle of the step.
 void forecast(Simulation& s) {
     PressureStage& stage = s.pressure;
     stage.mobilityRatio = {};
-    const bool newWells = s.clock.stepsSinceEvent == 0;
-    if (newWells) stage.forecasts = true;
-    if (handsOn(s.options) && stage.forecasts && stage.fieldStands && !newWells && !s.fluids.hasGas)
-        forecastMobilities(s.clock.dt, s);
+    if (s.clock.stepsSinceEvent == 0) stage.forecasts = true;
+    if (stage.forecasts && goesOn(s)) forecastMobilities(s.clock.dt, s);
+}
+
+/// Pressures of the end of the step, to start from.
+void startFromForetold(Simulation& s) {
+    if (!goesOn(s)) return;
+    foretellPressures(s.clock.dt, s.pressure, s.state, s.wells);
+    updateInPlace(s);
+    updateRates(s);
 }
 
 void beginStep(Simulation& s) {
@@ -115,6 +128,7 @@ void beginStep(Simulation& s) {
     releaseWellsFromLimit(s.console, s.wells);
     updateRates(s);
     s.timeLevelWells = s.wells;
+    startFromForetold(s);
 }
 
 /// A repeated pass over the same step: the time level stands, mobilities are those of the last transport.
@@ -255,6 +269,12 @@ struct Progress {
     bool switched = false;  // a well, behind the last solve
 };
 
+/// What the first solve of a step has left, by which that of the next step is measured.
+void keepWhatFirstLeft(double share, const LinearSystem& system, PressureStage& stage) {
+    stage.leftByFirst = euclideanNorm(system.rhs) / system.reference;
+    stage.shareLeftByFirst = share;
+}
+
 /// The equations of a further iteration. In a run that hands on what is left over phases keep their sides
 /// while few want to change them: one that goes to and fro would not let the iteration end. True when there
 /// is nothing left to solve for.
@@ -266,8 +286,10 @@ bool assembleNext(const Progress& progress, Simulation& s) {
     const PressureMatrix& matrix = s.pressureWork.matrix;
     assemble(false, Upstream::Held, s);
     if (progress.it < FreeSides && astrayShare(matrix) > LargestAstray) assemble(false, Upstream::Found, s);
-    return !progress.switched &&
-           mayBeHandedOn(s.options, measureLeftOver(s.clock.dt, s.grid, s.state, s.wells, matrix));
+    const double share =
+        shareOfHandedOn(s.options, measureLeftOver(s.clock.dt, s.grid, s.state, s.wells, matrix));
+    if (progress.it == 1) keepWhatFirstLeft(share, matrix.system, s.pressure);
+    return !progress.switched && share <= 1.0;
 }
 
 /// The change that the next iteration would make, by how this one has fallen short of the one before.
@@ -293,7 +315,9 @@ Verdict judge(const Simulation& s, const Progress& progress, double before) {
 double firstTolerance(const Simulation& s) {
     if (!handsOn(s.options)) return SolverTolerance;
     if (s.fluids.hasGas) return HandedOnResidual;
-    return std::clamp(FirstShare * s.pressure.leftByFirst, HandedOnResidual, LoosestSolve);
+    const double room = s.pressure.shareLeftByFirst > 0.0 ? RoomShare / s.pressure.shareLeftByFirst : 1.0;
+    return std::clamp(FirstShare * std::max(1.0, room) * s.pressure.leftByFirst, HandedOnResidual,
+                      LoosestSolve);
 }
 
 /// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.
@@ -306,8 +330,6 @@ Verdict iterate(Simulation& s, Progress& progress) {
         work.matrix.system.tolerance = firstTolerance(s);
     } else {
         const bool done = assembleNext(progress, s);
-        if (it == 1)
-            s.pressure.leftByFirst = euclideanNorm(work.matrix.system.rhs) / work.matrix.system.reference;
         if (done) {
             settleRateWells(work.matrix, s.wells);
             return Verdict::Converged;
@@ -384,6 +406,7 @@ void finishStep(Simulation& s) {
     closeMatrixBalance(s);
     PressureStage& stage = s.pressure;
     keepSolution(s.pressureWork.solver.solution, s.grid.NCELLS, stage.DeltaP);
+    keepPressureRise(s.clock.dt, s.timeLevel, s.state, stage);
     stage.largestDeltaP = largestChangeOfStep(s.grid, s.timeLevel, s.state);
     if (carriesAmounts(s.options)) measureCarried(s.grid, s.state, stage.timeLevelAmounts, stage.carried);
     releaseHistory(s.pressureWork.history);

@@ -323,7 +323,8 @@ void attemptUntilAccepted(bool solve, Simulation& s) {
     for (int cuts = 0;; ++cuts) {
         AttemptFigures figures = attempt(solve, s);
         if (!solve) judgeEachCellAsTheField(figures);
-        const StepJudgement judgement = judgeStep(s.options, figures, s.clock.dt, cuts);
+        if (figures.pressureSolved) learnGrowth(figures, s.clock.dt, control.growth);
+        const StepJudgement judgement = judgeStep(s.options, figures, control.growth, s.clock.dt, cuts);
         tell(s, judgement);
         if (judgement.verdict == StepVerdict::Accepted) {
             control.longest =

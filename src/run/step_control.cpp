@@ -37,8 +37,10 @@ struct Row {
     double order;     // of the figure in the length of the step
 };
 
+constexpr double LeastLesson = 0.2;  // in the logarithm of a length
+constexpr double LeastOrder = 0.4, LargestOrder = 1.5;
 constexpr double Quadratic = 2.0;   // errors of a step
-constexpr double ByTheFront = 1.0;  // a share of the cells, which a front passes in proportion to time
+constexpr double ByTheFront = 0.0;  // as attempts of different lengths have shown, see MobilityGrowth
 
 constexpr Row Rows[] = {
     {"volume error of the field", &AttemptFigures::volumeError, &RunOptions::stepVolumeError, GasShare,
@@ -62,13 +64,14 @@ double askedOf(double share, double order) {
 
 }  // namespace
 
-StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts) {
+StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures,
+                        const MobilityGrowth& growth, double dt, int cuts) {
     StepJudgement judgement;
     double worst = 0.0, asked = LargestGrowth;
     for (const Row& row : Rows) {
         const double limit = options.*row.limit * shareOfLimit(row.gasShare, row.figure, figures);
         const double share = figures.*row.figure / limit;
-        asked = std::min(asked, askedOf(share, row.order));
+        asked = std::min(asked, askedOf(share, row.order == ByTheFront ? growth.order : row.order));
         if (std::isfinite(share) && share <= worst) continue;
         worst = std::isfinite(share) ? share : HUGE_VAL;
         judgement.reason = row.name;
@@ -88,6 +91,20 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
     return judgement;
 }
 
+void learnGrowth(const AttemptFigures& figures, double dt, MobilityGrowth& growth) {
+    const double error = figures.mobilityError;
+    const bool comparable = growth.length > 0.0 && growth.error > 0.0 && error > 0.0 &&
+                            std::isfinite(error) && figures.forecast == growth.forecast;
+    const double longer = comparable ? std::log(dt / growth.length) : 0.0;
+    if (std::abs(longer) >= LeastLesson) {
+        const double shown = std::clamp(std::log(error / growth.error) / longer, LeastOrder, LargestOrder);
+        growth.order = 0.5 * (growth.order + shown);
+    }
+    growth.length = dt;
+    growth.error = error;
+    growth.forecast = figures.forecast;
+}
+
 bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures) {
     return !(figures.deficit <= options.stepDeficit * (figures.freeGas ? GasShare : 1.0));
 }
@@ -99,7 +116,7 @@ AttemptFigures beyondRepair(AttemptFigures figures) {
 
 bool mayStillStand(const RunOptions& options, const AttemptFigures& figures) {
     constexpr double AnyLength = 1.0;
-    return judgeStep(options, beyondRepair(figures), AnyLength, 0).verdict == StepVerdict::Accepted;
+    return judgeStep(options, beyondRepair(figures), {}, AnyLength, 0).verdict == StepVerdict::Accepted;
 }
 
 bool isLost(const RunOptions& options, const AttemptFigures& figures) {

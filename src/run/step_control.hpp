@@ -26,7 +26,11 @@ struct StepJudgement {
 /// its limit decides. A step within all limits lets the next one grow by the share of the limits that is
 /// left, at most threefold; one beyond a limit is shortened by the same rule; at the third time, beside
 /// free gas at the first, or below the smallest step, it goes to the fully implicit method.
-StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures, double dt, int cuts);
+StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures,
+                        const MobilityGrowth& growth, double dt, int cuts);
+
+/// What an attempt of `dt` days adds to the knowledge of how the error of mobilities goes with the length.
+void learnGrowth(const AttemptFigures& figures, double dt, MobilityGrowth& growth);
 
 /// Whether the volume that cells did not hold is beyond its limit.
 bool lacksTooMuch(const RunOptions& options, const AttemptFigures& figures);

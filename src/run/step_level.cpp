@@ -15,6 +15,8 @@ void keepStepLevel(const Simulation& s, StepLevel& level) {
     level.faceFlux = s.velocity.CellFaceFlux;
     level.transferFlux = s.velocity.TransferFlux;
     level.exchanged = s.pressure.exchanged;
+    level.pressureRise = s.pressure.pressureRise;
+    level.riseGoesOn = s.pressure.riseGoesOn;
 }
 
 void returnToStepLevel(const StepLevel& level, Simulation& s) {
@@ -24,6 +26,8 @@ void returnToStepLevel(const StepLevel& level, Simulation& s) {
     s.pressure.AveragePressure = level.averagePressure;
     s.pressure.fieldStands = level.fieldStands;
     s.pressure.exchanged = level.exchanged;
+    s.pressure.pressureRise = level.pressureRise;
+    s.pressure.riseGoesOn = level.riseGoesOn;
     s.velocity.CellFaceFlux = level.faceFlux;
     s.velocity.TransferFlux = level.transferFlux;
     s.wells = level.wells;

@@ -90,10 +90,14 @@ def test_oil_is_gained_at_the_same_water_injected(method, base, request):
     assert now["FOPT"][-1] > 1.01 * before["FOPT"][-1]
 
 
-def test_the_schedule_of_the_run_gives_its_oil_again(allocated, tmp_path):
+def test_the_schedule_of_the_run_gives_its_oil_again(tmp_path):
+    """In steps of 25 days: in those of 50 the two differ by the error of their steps, which start anew at every event."""
+    for name in ("allocated", "again"):
+        (tmp_path / name).mkdir()
+    allocated = finished_normally(run(tmp_path / "allocated", flood(ALLOCATION + "MAXDT\n25 /\n")))
     schedule = (allocated.folder / "KVR_RateSchedule.DATA").read_text()
-    again = finished_normally(run(tmp_path, rate_pattern.deck(schedule)))
-    assert totals(again)["FOPT"][-1] == pytest.approx(totals(allocated)["FOPT"][-1], rel=2e-3)
+    again = finished_normally(run(tmp_path / "again", rate_pattern.deck(schedule, "MAXDT\n25 /\n")))
+    assert totals(again)["FOPT"][-1] == pytest.approx(totals(allocated)["FOPT"][-1], rel=1e-3)
     assert totals(again)["TIME"][-1] == pytest.approx(1000.0)
 
 

@@ -33,7 +33,7 @@ def test_every_report_is_announced_although_step_lengths_do_not_add_up_exactly(t
 
 
 def test_the_banner_of_a_step_taken_anew_tells_where_it_ends(tmp_path):
-    limits = "STEPCTRL\nYes 2e-3 0.5 1e-4 8e-3 3e-2 0.001 1e-3 /\n"  # mobilities are held to 0.1 %
+    limits = "STEPCTRL\nYes 2e-3 0.5 1e-4 8e-3 3e-2 0.0005 1e-3 /\n"  # mobilities are held to 0.05 %
     section = kvr_run.options(lines=20, solver="DGESV", extra=limits)
     result = finished_normally(run(tmp_path, small_deck.deck(options=section)))
     put_back = int(re.search(r"^Steps put back and taken anew    : (\d+)$", result.console, flags=re.M)[1])

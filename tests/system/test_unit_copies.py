@@ -71,6 +71,9 @@ def test_both_copies_of_a_deck_run_as_the_deck(tmp_path, decks, name):
     if name.startswith("random"):  # their few lines tip with the last digits of a cell's corner
         text = re.sub(r"FDMETHOD\n\w+", "FDMETHOD\nFIM", text, count=1)
         assert "FDMETHOD\nFIM" in text
+    if name == "waterflood_QFS50":  # so do its eight lines about the diagonal
+        text = text.replace("END\n", "END\nTUNEKVR\nFDMETHOD\nIMPES\n", 1)
+        assert "IMPES" in text
     copies_run_as(tmp_path, text)
 
 

@@ -82,21 +82,24 @@ struct WellMovement {
 /// What the pressure stage keeps beside CellState.
 struct PressureStage {
     CellArray<double>
-        mobilityRatio;      // total mobility of the last solve over that of its time level, empty: 1
-    bool forecasts = true;  // pressures are solved with mobilities forecast for the mean of the step
+        mobilityRatio;               // total mobility of the last solve over that of its time level, empty: 1
+    bool forecasts = true;           // pressures are solved with mobilities forecast for the mean of the step
+    CellArray<double> pressureRise;  // psi a day, of the last step
+    bool riseGoesOn = false;         // that step could have been foretold by the one before it
     DirectionArray<double> waterMoved;  // volume a day by low cell and axis 1..3, toward the high side, of
                                         // the last transport; until gravity and capillarity act
     CellArray<std::uint8_t> gasCells;   // with free gas when it began; empty in runs without a gas phase
     CellAmounts exchanged;  // a day, what gravity and capillarity brought into cells in the step before
-    double AveragePressure = 0.0;  // psia, bulk-volume mean over active cells
-    double leftByFirst = 0.0;      // share of a step's equations that its first solve left
-    bool failed = false;           // set by PressureStep under step control: no pressure was found
-    bool stepCut = false;          // set by PressureStep: it shortened the step
-    int hopelessSteps = 0;         // steps in a row that were cut to next to nothing
-    bool relPermsHeld = false;     // a step with gas has been cut: relative permeabilities of the time level
-                                   // stand over every pressure step from then on
-    double largestDeltaP = 0.0;    // psi, largest |DeltaP| of the last converged step over the whole step
-    CellArray<double> DeltaP;      // psi, last solver result of the cells
+    double AveragePressure = 0.0;   // psia, bulk-volume mean over active cells
+    double leftByFirst = 0.0;       // share of a step's equations that its first solve left ...
+    double shareLeftByFirst = 0.0;  // ... and of what may be handed on
+    bool failed = false;            // set by PressureStep under step control: no pressure was found
+    bool stepCut = false;           // set by PressureStep: it shortened the step
+    int hopelessSteps = 0;          // steps in a row that were cut to next to nothing
+    bool relPermsHeld = false;      // a step with gas has been cut: relative permeabilities of the time level
+                                    // stand over every pressure step from then on
+    double largestDeltaP = 0.0;     // psi, largest |DeltaP| of the last converged step over the whole step
+    CellArray<double> DeltaP;       // psi, last solver result of the cells
     double processorSeconds = 0.0;
 
     // Saturations are scaled to sum 1, so after a change of pressure they no longer show the whole amounts.

@@ -18,6 +18,8 @@ struct StepLevel {
     DirectionArray<double> faceFlux;
     CellArray<double> transferFlux;  // of two continua
     CellAmounts exchanged;
+    CellArray<double> pressureRise;
+    bool riseGoesOn = false;
 };
 
 /// What one attempt at a step was like. Shares unless said otherwise; 0 is a perfect step.
@@ -35,6 +37,14 @@ struct AttemptFigures {
     bool forecast = true;        // the pressure was solved with mobilities that had been forecast
 };
 
+/// How the error of mobilities goes with the length of a step, learned from attempts of different lengths.
+struct MobilityGrowth {
+    double order = 0.7;   // of the error in the length
+    double length = 0.0;  // days, of the attempt before; 0: there was none
+    double error = 0.0;   // that it had
+    bool forecast = false;
+};
+
 /// How long steps may be, and how often they were taken anew; kept for the run.
 struct StepControl {
     double longest = 0.0;    // days the next step may last; 0: no bound
@@ -45,6 +55,7 @@ struct StepControl {
     int implicitInARow = 0;  // attempts that ended there, without two good ones in a row between
     int acceptedInARow = 0;  // attempts that stood, since the last that did not
     int hopelessSteps = 0;   // steps in a row that advanced next to nothing
+    MobilityGrowth growth;
 };
 
 }  // namespace kvr

@@ -24,6 +24,13 @@ AttemptFigures figuresOf(double volumeError, double mobilityError = 0.0) {
     return figures;
 }
 
+/// Errors of mobility that grow with the length itself.
+MobilityGrowth linear() {
+    MobilityGrowth growth;
+    growth.order = 1.0;
+    return growth;
+}
+
 TEST(JudgeStep, LetsTheNextStepGrowByTheRootOfWhatIsLeftOfTheLimits) {
     struct Row {
         double figure, growth;
@@ -31,7 +38,7 @@ TEST(JudgeStep, LetsTheNextStepGrowByTheRootOfWhatIsLeftOfTheLimits) {
     // 0.8 / sqrt(figure / limit), within 1 and 3.
     const Row rows[] = {{0.0, 3.0}, {0.001, 3.0}, {0.016, 2.0}, {0.04, 0.8 / std::sqrt(0.4)}, {0.1, 1.0}};
     for (const Row& row : rows) {
-        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), 10.0, 0);
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), {}, 10.0, 0);
         EXPECT_EQ(judgement.verdict, StepVerdict::Accepted) << row.figure;
         EXPECT_NEAR(judgement.length, 10.0 * row.growth, 1e-12) << row.figure;
     }
@@ -40,10 +47,54 @@ TEST(JudgeStep, LetsTheNextStepGrowByTheRootOfWhatIsLeftOfTheLimits) {
 TEST(JudgeStep, LetsTheErrorOfMobilityGrowWithTheLength) {
     AttemptFigures figures;
     figures.mobilityError = 0.05;  // half the limit
-    EXPECT_NEAR(judgeStep(tenths(), figures, 10.0, 0).length, 16.0, 1e-12);
+    EXPECT_NEAR(judgeStep(tenths(), figures, linear(), 10.0, 0).length, 16.0, 1e-12);
+    MobilityGrowth growth;
+    growth.order = 0.8;
+    EXPECT_NEAR(judgeStep(tenths(), figures, growth, 10.0, 0).length, 8.0 * std::pow(2.0, 1.25), 1e-12);
     figures.volumeError = 0.04;
-    EXPECT_NEAR(judgeStep(tenths(), figures, 10.0, 0).length, 10.0 * 0.8 / std::sqrt(0.4), 1e-12)
+    EXPECT_NEAR(judgeStep(tenths(), figures, {}, 10.0, 0).length, 10.0 * 0.8 / std::sqrt(0.4), 1e-12)
         << "the least that a figure asks for";
+}
+
+AttemptFigures figuresOfMobility(double error, bool forecast = true) {
+    AttemptFigures figures;
+    figures.mobilityError = error;
+    figures.forecast = forecast;
+    return figures;
+}
+
+TEST(LearnGrowth, GoesHalfTheWayToWhatTwoLengthsHaveShown) {
+    MobilityGrowth growth;
+    const double first = growth.order;
+    learnGrowth(figuresOfMobility(0.01), 10.0, growth);
+    EXPECT_EQ(growth.order, first) << "one length shows nothing";
+    learnGrowth(figuresOfMobility(0.02), 20.0, growth);
+    EXPECT_NEAR(growth.order, 0.5 * (first + 1.0), 1e-12);
+    const double second = growth.order;
+    learnGrowth(figuresOfMobility(0.02 * std::sqrt(0.25)), 5.0, growth);
+    EXPECT_NEAR(growth.order, 0.5 * (second + 0.5), 1e-12) << "of a shorter step as well";
+}
+
+TEST(LearnGrowth, TakesNoLessonFromLengthsThatAreAlikeOrErrorsThatCannotBeCompared) {
+    MobilityGrowth growth;
+    const double first = growth.order;
+    learnGrowth(figuresOfMobility(0.01), 10.0, growth);
+    learnGrowth(figuresOfMobility(0.03), 11.0, growth);
+    learnGrowth(figuresOfMobility(0.03, false), 30.0, growth);
+    learnGrowth(figuresOfMobility(0.0, false), 90.0, growth);
+    learnGrowth(figuresOfMobility(0.03, false), 10.0, growth);
+    learnGrowth(figuresOfMobility(std::numeric_limits<double>::quiet_NaN(), false), 30.0, growth);
+    learnGrowth(figuresOfMobility(0.03, false), 90.0, growth);
+    EXPECT_EQ(growth.order, first);
+}
+
+TEST(LearnGrowth, StaysWithinItsBounds) {
+    for (const double error : {1e-9, 1e9}) {
+        MobilityGrowth growth;
+        for (int n = 0; n < 60; ++n)
+            learnGrowth(figuresOfMobility(n % 2 == 0 ? 1.0 : error), n % 2 == 0 ? 10.0 : 20.0, growth);
+        EXPECT_NEAR(growth.order, error < 1.0 ? 0.4 : 1.5, 1e-12);
+    }
 }
 
 TEST(JudgeStep, ShortensAStepBeyondALimitByTheSameRule) {
@@ -53,7 +104,7 @@ TEST(JudgeStep, ShortensAStepBeyondALimitByTheSameRule) {
     // Within 0.1 and 0.7 of the length.
     const Row rows[] = {{0.1001, 0.7}, {0.11, 0.7}, {0.4, 0.4}, {1.6, 0.2}, {100.0, 0.1}};
     for (const Row& row : rows) {
-        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), 10.0, 0);
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(row.figure), {}, 10.0, 0);
         EXPECT_EQ(judgement.verdict, StepVerdict::Shorter) << row.figure;
         EXPECT_NEAR(judgement.length, 10.0 * row.share, 1e-12) << row.figure;
     }
@@ -81,7 +132,7 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
         AttemptFigures figures;
         for (const Row& other : rows) figures.*other.figure = 0.2;
         figures.*row.figure = 0.08;
-        const StepJudgement judgement = judgeStep(options, figures, 1.0, 0);
+        const StepJudgement judgement = judgeStep(options, figures, linear(), 1.0, 0);
         EXPECT_EQ(judgement.reason, row.reason);
         EXPECT_EQ(judgement.figure, 0.08);
         EXPECT_EQ(judgement.limit, 0.02);
@@ -92,33 +143,33 @@ TEST(JudgeStep, NamesTheFigureThatIsFurthestBeyondItsLimit) {
 TEST(JudgeStep, AllowsMobilitiesThatWereNotForecastALargerError) {
     const RunOptions options;
     AttemptFigures figures = figuresOf(0.0, 1.5 * options.stepMobilityError);
-    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(options, figures, {}, 1.0, 0).verdict, StepVerdict::Shorter);
     figures.forecast = false;
-    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    EXPECT_EQ(judgeStep(options, figures, {}, 1.0, 0).verdict, StepVerdict::Accepted);
     figures.mobilityError = 2.1 * options.stepMobilityError;
-    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(options, figures, {}, 1.0, 0).verdict, StepVerdict::Shorter);
     figures.volumeError = 1.5 * options.stepVolumeError;
     figures.mobilityError = 0.0;
-    EXPECT_EQ(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Shorter) << "mobilities alone";
+    EXPECT_EQ(judgeStep(options, figures, {}, 1.0, 0).verdict, StepVerdict::Shorter) << "mobilities alone";
 }
 
 TEST(JudgeStep, HandsTheThirdRejectionToTheImplicitMethod) {
-    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 1).verdict, StepVerdict::Shorter);
-    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 10.0, 2).verdict, StepVerdict::Implicit);
-    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.04), 10.0, 2).verdict, StepVerdict::Accepted);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), {}, 10.0, 1).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), {}, 10.0, 2).verdict, StepVerdict::Implicit);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.04), {}, 10.0, 2).verdict, StepVerdict::Accepted);
 }
 
 TEST(JudgeStep, HandsStepsBelowTheSmallestToTheImplicitMethod) {
-    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 0.0026, 0).verdict, StepVerdict::Shorter);
-    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), 0.0024, 0).verdict, StepVerdict::Implicit);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), {}, 0.0026, 0).verdict, StepVerdict::Shorter);
+    EXPECT_EQ(judgeStep(tenths(), figuresOf(0.4), {}, 0.0024, 0).verdict, StepVerdict::Implicit);
 }
 
 TEST(JudgeStep, TakesAFifthOfTheLimitsBesideFreeGas) {
     AttemptFigures figures = figuresOf(0.019);
     figures.freeGas = true;
-    EXPECT_EQ(judgeStep(tenths(), figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    EXPECT_EQ(judgeStep(tenths(), figures, {}, 1.0, 0).verdict, StepVerdict::Accepted);
     figures.volumeError = 0.021;
-    const StepJudgement judgement = judgeStep(tenths(), figures, 1.0, 0);
+    const StepJudgement judgement = judgeStep(tenths(), figures, {}, 1.0, 0);
     EXPECT_NE(judgement.verdict, StepVerdict::Accepted);
     EXPECT_NEAR(judgement.limit, 0.02, 1e-15);
 }
@@ -127,15 +178,15 @@ TEST(JudgeStep, HoldsTheVolumeOfOneCellToItsWholeLimitBesideFreeGas) {
     AttemptFigures figures;
     figures.freeGas = true;
     figures.largestVolumeError = 0.09;
-    EXPECT_EQ(judgeStep(tenths(), figures, 1.0, 0).verdict, StepVerdict::Accepted);
+    EXPECT_EQ(judgeStep(tenths(), figures, {}, 1.0, 0).verdict, StepVerdict::Accepted);
     figures.largestVolumeError = 0.11;
-    EXPECT_NEAR(judgeStep(tenths(), figures, 1.0, 0).limit, 0.1, 1e-15);
+    EXPECT_NEAR(judgeStep(tenths(), figures, {}, 1.0, 0).limit, 0.1, 1e-15);
 }
 
 TEST(JudgeStep, ShortensAStepWithoutAPressureToAQuarter) {
     AttemptFigures figures;
     figures.pressureSolved = false;
-    const StepJudgement judgement = judgeStep(tenths(), figures, 10.0, 0);
+    const StepJudgement judgement = judgeStep(tenths(), figures, {}, 10.0, 0);
     EXPECT_EQ(judgement.verdict, StepVerdict::Shorter);
     EXPECT_DOUBLE_EQ(judgement.length, 2.5);
     EXPECT_EQ(judgement.reason, "pressure without a solution");
@@ -143,7 +194,7 @@ TEST(JudgeStep, ShortensAStepWithoutAPressureToAQuarter) {
 
 TEST(JudgeStep, AcceptsNoFigureThatIsNoNumber) {
     for (const double figure : {std::numeric_limits<double>::quiet_NaN(), HUGE_VAL}) {
-        const StepJudgement judgement = judgeStep(tenths(), figuresOf(figure, 0.01), 10.0, 0);
+        const StepJudgement judgement = judgeStep(tenths(), figuresOf(figure, 0.01), {}, 10.0, 0);
         EXPECT_EQ(judgement.verdict, StepVerdict::Shorter);
         EXPECT_DOUBLE_EQ(judgement.length, 1.0);
         EXPECT_EQ(judgement.reason, "volume error of the field");
@@ -206,7 +257,8 @@ TEST(LacksTooMuch, GivesUpNoAttemptThatIsThenAccepted) {
                 figures.freeGas = freeGas;
                 figures.deficit = deficit;
                 if (isLost(options, figures)) {
-                    EXPECT_NE(judgeStep(options, figures, 1.0, 0).verdict, StepVerdict::Accepted) << deficit;
+                    EXPECT_NE(judgeStep(options, figures, {}, 1.0, 0).verdict, StepVerdict::Accepted)
+                        << deficit;
                 }
             }
 }
