@@ -23,7 +23,8 @@ MOST_ITERATIONS = 2  # of a match
 SOAK_SEEDS = range(1, 13)
 WHOLE_BYTES = 12000  # a deck up to this size with no more cells than below also stands as it is
 WHOLE_CELLS = 150
-LONG = ("streamline_auto_small_steps", "WATER_AND_GAS")  # take seconds as they stand: a thousand others fit in
+# Take seconds as they stand: a thousand others fit in.
+LONG = ("streamline_auto_small_steps", "streamline_implicit_gas_balance", "imp_gas", "WATER_AND_GAS")
 OBSERVED = {"WELL_OBSERVED.DATA"}  # histories of a match, beside its deck
 BINARY = {".EGRID", ".GRID", ".INIT", ".X0000", ".X0001", ".S0001", ".SMSPEC"}
 

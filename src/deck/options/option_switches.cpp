@@ -1,11 +1,14 @@
 #include "deck/options/option_handlers.hpp"
 
+#include <algorithm>
+
 namespace kvr {
 
 namespace {
 
 constexpr int FirstStepOnly = 99999;         // pressure update frequency that no run reaches
 constexpr std::size_t SwitchesOfMethod = 6;  // of OPTIONKVR, its first a count
+constexpr int MaxGlobalIterations = 1000;    // repeats of one step
 constexpr int MaxBoundaryRows = 200;         // of BPCONST
 constexpr int MaxConditioningRows = 10;      // of UPSCALE, SMTHPRM
 constexpr std::size_t PropertyWidth = 8;     // characters of a word in the tables
@@ -75,7 +78,10 @@ void readOptionSwitches(SectionReader& reader, RunOptions& options) {
     if (record[4] == 1 || !options.hasGas) options.bubblePointMaxLimit = true;
     if (record[5] == 1 || !options.hasGas) options.bubblePointMinLimit = true;
     options.internalDebug = record[6];
-    if (record[7] > 0) options.globalIterations = record[7];
+    if (record[7] > MaxGlobalIterations)
+        warnHere(reader, "WARNING :: {} 8: {} REPEATS OF EVERY STEP, {} ARE TAKEN", reader.keyword, record[7],
+                 MaxGlobalIterations);
+    if (record[7] > 0) options.globalIterations = std::min(record[7], MaxGlobalIterations);
     tellOptionSwitches(reader, options);
 }
 

@@ -526,6 +526,15 @@ TEST(OptionSwitches, ThatAreNeitherZeroNorOneAreTold) {
     EXPECT_EQ(deck.options.outputPlt + deck.options.outputKvrView, "NoYes");
 }
 
+TEST(OptionSwitches, RepeatAStepAThousandTimesAtMost) {
+    const OptionDeck deck("OPTIONKVR\n0 0 0 0 0 0 0 2147483647 /\n");
+    EXPECT_EQ(deck.options.globalIterations, 1000);
+    EXPECT_TRUE(deck.said("WARNING :: OPTIONKVR 8: 2147483647 REPEATS OF EVERY STEP, 1000 ARE TAKEN\n"));
+    const OptionDeck most("OPTIONKVR\n0 0 0 0 0 0 0 1000 /\n");
+    EXPECT_EQ(most.options.globalIterations, 1000);
+    EXPECT_FALSE(most.said("OPTIONKVR 8:"));
+}
+
 TEST(OptionSection, NamesTheOptionThatAnUnknownWordLooksLike) {
     const OptionDeck deck("NUMLINES\n20 /\nFDMETHDO\nIMPES\nCFLX\n0.5 /\n");
     EXPECT_TRUE(deck.said("-> Is NUMLINE meant?\n"));
