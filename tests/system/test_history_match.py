@@ -94,7 +94,7 @@ def test_a_match_comes_closer_run_by_run(tmp_path, observed):
 
 
 def test_the_most_probable_field_comes_closer_to_the_histories_and_to_the_truth(tmp_path, observed):
-    finished_normally(match(tmp_path, observed, options(iterations=5, extra="HMPRIOR\n1 /\n")))
+    finished_normally(match(tmp_path, observed, options(iterations=10, extra="HMPRIOR\n1 /\n")))
     judged = misfits(tmp_path)[:, 2]
     assert (numpy.diff(judged) <= 0.0).all()
     assert judged[-1] < 0.5
