@@ -13,6 +13,12 @@ constexpr double TolerancesOfMean = 10.0;  // a field that moves as a whole driv
 
 constexpr double LeastOfMean = 1e-6;  // pore volume of a cell that is judged by its own
 
+/// What is no number is none that could be handed on.
+double shareOf(double left, double most) {
+    if (left == 0.0) return 0.0;
+    return std::isfinite(left) && most > 0.0 ? left / most : HUGE_VAL;
+}
+
 }  // namespace
 
 double leastJudgedVolume(const GridModel& grid, const CellState& state) {
@@ -52,13 +58,10 @@ LeftOver measureLeftOver(double dt, const GridModel& grid, const CellState& stat
 
 double shareOfHandedOn(const RunOptions& options, const LeftOver& leftOver) {
     const double share = options.hasGas ? ShareWithGas : Share;
-    const double shares[] = {leftOver.field / (share * options.stepVolumeError),
-                             leftOver.cell / (share * options.stepCellVolumeError),
-                             leftOver.pressure / (TolerancesOfMean * options.PressureTolerance),
-                             leftOver.rate / (share * options.stepTargetError)};
-    double largest = 0.0;
-    for (const double one : shares) largest = one <= largest ? largest : one;  // no number is none to hand on
-    return largest;
+    return std::max({shareOf(leftOver.field, share * options.stepVolumeError),
+                     shareOf(leftOver.cell, share * options.stepCellVolumeError),
+                     shareOf(leftOver.pressure, TolerancesOfMean * options.PressureTolerance),
+                     shareOf(leftOver.rate, share * options.stepTargetError)});
 }
 
 void settleRateWells(const PressureMatrix& matrix, WellRecord& wells) {

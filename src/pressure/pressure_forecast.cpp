@@ -8,7 +8,7 @@ namespace kvr {
 namespace {
 
 constexpr double MostAstray = 0.5;  // of the change of a step, that its forecast may have missed
-constexpr double LeastShare = 0.5;  // of its pressure that a cell may be foretold to come down to
+constexpr double LeastShare = 0.5;  // of a pressure that it may be foretold to come down to
 
 }  // namespace
 
@@ -28,13 +28,13 @@ void keepPressureRise(double dt, const CellState& level, const CellState& state,
 
 void foretellPressures(double dt, const PressureStage& stage, CellState& state, WellRecord& wells) {
     if (!stage.riseGoesOn) return;
-    const auto move = [&](CellId c) {
-        return std::max(dt * stage.pressureRise[c], (LeastShare - 1.0) * state.Pressure[c]);
+    const auto moved = [&](double pressure, CellId c) {
+        return std::max(pressure + dt * stage.pressureRise[c], LeastShare * pressure);
     };
     for (Well& well : wells.wells)
         if (isRateControlled(well) && !well.connections.empty())
-            well.Bhp += move(well.connections.front().ConnCell);
-    for (CellId c = 1; c <= state.Pressure.count(); ++c) state.Pressure[c] += move(c);
+            well.Bhp = moved(well.Bhp, well.connections.front().ConnCell);
+    for (CellId c = 1; c <= state.Pressure.count(); ++c) state.Pressure[c] = moved(state.Pressure[c], c);
 }
 
 }  // namespace kvr

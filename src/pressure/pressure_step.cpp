@@ -45,7 +45,7 @@ constexpr double HandedOnResidual = 1e-6;  // of the volume balance, where the n
 // What the first solve of a step leaves of its equations, of what the change of properties left behind that
 // of the step before (Dembo, Eisenstat and Steihaug 1982), at the most of their start.
 constexpr double FirstShare = 0.1, LoosestSolve = 1e-2;
-constexpr double RoomShare = 2.0;  // times FirstShare: what such a solve may leave of what is handed on
+constexpr double RoomShare = 2.0;  // times FirstShare: of what may be handed on, which it may leave as well
 
 constexpr int FreeSides = 4;            // iterations in which phases may change sides freely
 constexpr double LargestAstray = 0.01;  // of the flow, that wants to come from the other side
@@ -100,7 +100,7 @@ void forecast(Simulation& s) {
 
 /// Pressures of the end of the step, to start from.
 void startFromForetold(Simulation& s) {
-    if (!goesOn(s)) return;
+    if (!goesOn(s) || !s.pressure.riseGoesOn) return;
     foretellPressures(s.clock.dt, s.pressure, s.state, s.wells);
     updateInPlace(s);
     updateRates(s);
@@ -316,8 +316,8 @@ double firstTolerance(const Simulation& s) {
     if (!handsOn(s.options)) return SolverTolerance;
     if (s.fluids.hasGas) return HandedOnResidual;
     const double room = s.pressure.shareLeftByFirst > 0.0 ? RoomShare / s.pressure.shareLeftByFirst : 1.0;
-    return std::clamp(FirstShare * std::max(1.0, room) * s.pressure.leftByFirst, HandedOnResidual,
-                      LoosestSolve);
+    const double found = FirstShare * std::max(1.0, room) * s.pressure.leftByFirst;
+    return std::isfinite(found) ? std::clamp(found, HandedOnResidual, LoosestSolve) : HandedOnResidual;
 }
 
 /// One iteration: assemble, solve, move. `it` counts on, or is left above 999 by a failure.

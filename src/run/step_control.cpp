@@ -37,9 +37,9 @@ struct Row {
     double order;     // of the figure in the length of the step
 };
 
-constexpr double LeastLesson = 0.2;  // in the logarithm of a length
-constexpr double LeastOrder = 0.4, LargestOrder = 1.5;
-constexpr double Quadratic = 2.0;   // errors of a step
+constexpr double LeastLesson = 0.2;  // in the logarithm of a length, below it orders are noise
+constexpr double LeastOrder = 0.4, LargestOrder = 1.5;  // of an error that one pair of lengths may show
+constexpr double Quadratic = 2.0;                       // errors of a step
 constexpr double ByTheFront = 0.0;  // as attempts of different lengths have shown, see MobilityGrowth
 
 constexpr Row Rows[] = {
@@ -93,8 +93,9 @@ StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures
 
 void learnGrowth(const AttemptFigures& figures, double dt, MobilityGrowth& growth) {
     const double error = figures.mobilityError;
-    const bool comparable = growth.length > 0.0 && growth.error > 0.0 && error > 0.0 &&
-                            std::isfinite(error) && figures.forecast == growth.forecast;
+    const auto counts = [](double one) { return std::isfinite(one) && one > 0.0; };
+    const bool comparable =
+        growth.length > 0.0 && counts(growth.error) && counts(error) && figures.forecast == growth.forecast;
     const double longer = comparable ? std::log(dt / growth.length) : 0.0;
     if (std::abs(longer) >= LeastLesson) {
         const double shown = std::clamp(std::log(error / growth.error) / longer, LeastOrder, LargestOrder);

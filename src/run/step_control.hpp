@@ -25,11 +25,14 @@ struct StepJudgement {
 /// Judges a step of `dt` days that has been rejected `cuts` times before: the figure that is furthest beyond
 /// its limit decides. A step within all limits lets the next one grow by the share of the limits that is
 /// left, at most threefold; one beyond a limit is shortened by the same rule; at the third time, beside
-/// free gas at the first, or below the smallest step, it goes to the fully implicit method.
+/// free gas at the first, or below the smallest step, it goes to the fully implicit method. The error of
+/// mobility grows with the length to the power of `growth.order`, the others with its square.
 StepJudgement judgeStep(const RunOptions& options, const AttemptFigures& figures,
                         const MobilityGrowth& growth, double dt, int cuts);
 
-/// What an attempt of `dt` days adds to the knowledge of how the error of mobilities goes with the length.
+/// What an attempt of `dt` days adds to the knowledge of how the error of mobilities goes with the length:
+/// the order goes half the way to ln(error/error before)/ln(dt/dt before), within bounds; nothing where the
+/// two lengths are alike, or only one of the errors is that of a forecast.
 void learnGrowth(const AttemptFigures& figures, double dt, MobilityGrowth& growth);
 
 /// Whether the volume that cells did not hold is beyond its limit.

@@ -1,6 +1,8 @@
 #include "pressure/left_over.hpp"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace kvr {
 namespace {
@@ -73,7 +75,7 @@ TEST(SettleRateWells, MovesBottomHolePressuresByWhatTheirRowsAskFor) {
     EXPECT_EQ(rows.wells.wells[0].Bhp, 1998.5);
 }
 
-TEST(MayBeHandedOn, AllowsATenthOfTheLimitsOfAStepAndAFiftiethInRunsWithGas) {
+TEST(ShareOfHandedOn, AllowsATenthOfTheLimitsOfAStepAndAFiftiethInRunsWithGas) {
     RunOptions options;
     options.PressureTolerance = 0.01;
     options.stepVolumeError = options.stepCellVolumeError = options.stepTargetError = 0.1;
@@ -95,6 +97,18 @@ TEST(MayBeHandedOn, AllowsATenthOfTheLimitsOfAStepAndAFiftiethInRunsWithGas) {
             left.*row.figure = 1.01 * most;
             EXPECT_GT(shareOfHandedOn(options, left), 1.0);
         }
+}
+
+TEST(ShareOfHandedOn, IsWithoutBoundWhereAnythingIsNoNumber) {
+    RunOptions options;
+    options.PressureTolerance = 0.01;
+    for (double LeftOver::*figure : {&LeftOver::field, &LeftOver::cell, &LeftOver::pressure, &LeftOver::rate})
+        for (const double bad : {std::numeric_limits<double>::quiet_NaN(), HUGE_VAL}) {
+            LeftOver left;
+            left.*figure = bad;
+            EXPECT_EQ(shareOfHandedOn(options, left), HUGE_VAL);
+        }
+    EXPECT_EQ(shareOfHandedOn(options, {}), 0.0);
 }
 
 }  // namespace

@@ -62,9 +62,10 @@ TEST(ForetellPressures, LeavesAFieldWhoseLastStepCouldNotHaveBeenForetold) {
 
 TEST(ForetellPressures, TakesACellDownToHalfItsPressureAtMost) {
     CellState state = pressures(2010.0, 2000.0);
-    WellRecord wells;
+    WellRecord wells = wellsIn(1);
     foretellPressures(10000.0, steadyRise(), state, wells);
     EXPECT_DOUBLE_EQ(state.Pressure[1], 1005.0);
+    EXPECT_DOUBLE_EQ(wells.wells[0].Bhp, 1500.0) << "a bottom-hole pressure too";
 }
 
 }  // namespace

@@ -85,6 +85,8 @@ TEST(LearnGrowth, TakesNoLessonFromLengthsThatAreAlikeOrErrorsThatCannotBeCompar
     learnGrowth(figuresOfMobility(0.03, false), 10.0, growth);
     learnGrowth(figuresOfMobility(std::numeric_limits<double>::quiet_NaN(), false), 30.0, growth);
     learnGrowth(figuresOfMobility(0.03, false), 90.0, growth);
+    learnGrowth(figuresOfMobility(HUGE_VAL, false), 10.0, growth);
+    learnGrowth(figuresOfMobility(0.03, false), 30.0, growth);
     EXPECT_EQ(growth.order, first);
 }
 
