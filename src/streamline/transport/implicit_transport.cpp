@@ -13,8 +13,22 @@ namespace {
 constexpr double FirstShare = 0.1;  // of the step
 constexpr int FewIterations = 4;    // fewer let the step grow
 constexpr double Growth = 1.15;
+constexpr double LeastShare = 1e-9;           // of the step: where a shorter one does not converge, none does
 constexpr double ExplicitShare = 0.1;         // of the time left, above which a substep is worth taking
 constexpr double LeastSaturationStep = 1e-8;  // difference that carries a wave speed in the hybrid
+
+/// `days` pass with the nodes as they are: what they let out tells the make-up of the flow.
+void passAsItStands(bool hasGas, double days, SolverLine& line) {
+    evaluateFluxes(hasGas, 0, line.nodeCount, line);
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(line.nodeCount); ++i) {
+        FlowNode& node = line.nodes[i];
+        node.passedW += days * node.Fw;
+        node.passedO += days * node.Fo;
+        if (hasGas) node.passedG += days * node.Fg;
+    }
+    const FlowNode& last = line.nodes[static_cast<std::size_t>(line.nodeCount)];
+    addOutlet({last.Fw, last.Fo, hasGas ? last.Fg : 0.0, 0.0, 0.0, 0.0}, days, line);
+}
 
 /// Newton steps from `elapsed` to the end of the step, the first of `dt` days.
 void march(const FluidTables& tables, const ImplicitControl& control, double elapsed, double step, double dt,
@@ -29,6 +43,7 @@ void march(const FluidTables& tables, const ImplicitControl& control, double ela
             counts.iterations += control.newton.maximumIterations;
             counts.halvings += 1;
             dt = cutStep(dt, cuts);
+            if (dt < LeastShare * step) return passAsItStands(tables.hasGas, left, line);
             continue;
         }
         counts.iterations += iterations;

@@ -24,9 +24,10 @@ double firstImplicitStep(const ImplicitControl& control, double step);
 double nextImplicitStep(double dt, int iterations);
 
 /// Advances a loaded line over `step` days by backward Euler steps; see newtonStep. A step that does not
-/// converge is halved, as often as it takes; behind one that stands it doubles again up to what it was,
-/// behind more of them where it had to be halved anew. Upstream weighting of one point always, whatever the
-/// upwind word. Leaves states, mean outlet fluxes and the count of steps.
+/// converge is halved, down to a thousand-millionth of the step, behind which the line passes on what it
+/// holds; behind one that stands it doubles again up to what it was, behind more of them where it had to be
+/// halved anew. Upstream weighting of one point always, whatever the upwind word. Leaves states, mean outlet
+/// fluxes and the count of steps.
 void advanceImplicit(const FluidTables& tables, const ImplicitControl& control, double step,
                      LineNewton& newton, NewtonCounts& counts, SolverLine& line);
 

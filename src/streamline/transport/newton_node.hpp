@@ -92,8 +92,17 @@ inline WaterLimits waterLimits(bool keepEndPoints, const FlowNode& node) {
     return {table.ConnateSw, std::max(table.ConnateSw, 1.0 - table.ResidualSo - table.CriticalSg)};
 }
 
-inline bool atLimit(bool keepEndPoints, const FlowNode& node, double sw) {
+/// Limits of an iterate: a node that holds more or less than its limits when the step starts, as water below
+/// a contact beside end points that are kept, may stay where it is. Else no step, however short, would
+/// close its balance.
+inline WaterLimits iterateLimits(bool keepEndPoints, const FlowNode& node) {
     const WaterLimits limits = waterLimits(keepEndPoints, node);
+    const double held = node.Bw * node.Cw;
+    return {std::min(limits.low, held), std::max(limits.high, held)};
+}
+
+inline bool atLimit(bool keepEndPoints, const FlowNode& node, double sw) {
+    const WaterLimits limits = iterateLimits(keepEndPoints, node);
     return sw <= limits.low || sw >= limits.high;
 }
 
@@ -116,7 +125,7 @@ inline Unknowns<Gas> changed(bool keepEndPoints, const FlowNode& node, const Unk
         if constexpr (Gas) u[q] = std::max(u[q], 0.0);
     }
     if constexpr (!Gas) {
-        const WaterLimits limits = waterLimits(keepEndPoints, node);
+        const WaterLimits limits = iterateLimits(keepEndPoints, node);
         u[0] = std::clamp(u[0], limits.low, limits.high);
     }
     return u;

@@ -155,5 +155,35 @@ TEST(AdvanceImplicit, KeepsTheWaterOnADescendingLineAtLargeSteps) {
     EXPECT_NEAR(held - before, 10.0 * (1.0 - d.line.outletWater), 1e-9);
 }
 
+TEST(AdvanceImplicit, EndsOnADescendingLineWhoseNodesStandBeyondTheEndPoints) {
+    // Residual oil is 0.2 and water fills the nodes, as it does below a contact.
+    Descent d;
+    for (std::size_t i = 1; i <= 4; ++i) d.set(i, 1.0);
+    ImplicitControl control;
+    control.newton.keepEndPoints = true;
+    LineNewton newton;
+    NewtonCounts counts;
+    advanceImplicit(d.tables, control, 10.0, newton, counts, d.line);
+    EXPECT_LE(counts.halvings, 5);
+    EXPECT_NEAR(d.line.outletWater, 1.0, 1e-6);
+    for (std::size_t i = 1; i <= 4; ++i) EXPECT_LE(d.line.nodes[i].Sw, 0.8) << i;
+}
+
+TEST(AdvanceImplicit, PassesOnWhatTheNodesHoldWhereNoStepConverges) {
+    Descent d;
+    const double water = d.line.nodes[2].Sw;
+    ImplicitControl control;
+    control.newton.maximumIterations = 0;
+    LineNewton newton;
+    NewtonCounts counts;
+    advanceImplicit(d.tables, control, 10.0, newton, counts, d.line);
+    // From a tenth of the step to 1e-9 of it: the 27th halving is the first below.
+    EXPECT_EQ(counts.halvings, 27);
+    EXPECT_EQ(d.line.nodes[2].Sw, water);
+    EXPECT_NEAR(d.line.nodes[2].passedW, 10.0 * samples::plainFraction(0.4), 1e-12);
+    EXPECT_NEAR(d.line.nodes[2].passedW + d.line.nodes[2].passedO, 10.0, 1e-12);
+    EXPECT_NEAR(d.line.outletOil, 1.0, 1e-12) << "connate water at the end";
+}
+
 }  // namespace
 }  // namespace kvr
