@@ -221,14 +221,12 @@ RelPermSlopes relPermSlopes(const SaturationTable& table, bool hasGas, double sw
 }
 
 RelPermSlopes relPermSlopesAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg) {
-    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0)
-        return relPermSlopesSingle(tables, sw, sg);
+    if (!hasRegionTable(tables, cell)) return relPermSlopesSingle(tables, sw, sg);
     return relPermSlopes(regionTable(tables, region), tables.hasGas, sw, sg);
 }
 
 RelPerms relPermsAtCell(const FluidTables& tables, CellId cell, int region, double sw, double sg) {
-    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0)
-        return relPermsSingle(tables, sw, sg);
+    if (!hasRegionTable(tables, cell)) return relPermsSingle(tables, sw, sg);
     return relPerms(regionTable(tables, region), tables.hasGas, sw, sg);
 }
 
@@ -236,7 +234,7 @@ WaterCurves waterCurvesAtCell(const FluidTables& tables, CellId cell, int region
     const SaturationTable& table = regionTable(tables, region);
     const AxisPlace place = waterPlace(table, sw);
     WaterCurves curves;
-    if (!tables.RegionTableCell.empty() && tables.RegionTableCell[cell] == 0) {
+    if (!hasRegionTable(tables, cell)) {
         const RelPerms kr = relPermsSingle(tables, sw, 0.0);
         const RelPermSlopes slopes = relPermSlopesSingle(tables, sw, 0.0);
         curves = {kr.w, kr.o, 0.0, slopes.wBySw, slopes.oBySw, 0.0};

@@ -89,22 +89,7 @@ RegionSlopes regionSlopes(const FluidTables& tables, const SaturationTable& tabl
     return slopes;
 }
 
-std::size_t binOf(const RegionSlopes& slopes, double Sw) {
-    const double bin = (Sw - slopes.low) * slopes.binsPerSaturation;
-    return static_cast<std::size_t>(std::clamp(bin, 0.0, RegionSlopes::Bins - 1.0));
-}
-
 }  // namespace
-
-SlopeRange steepestBetween(const RegionSlopes& slopes, double a, double b) {
-    const std::size_t first = binOf(slopes, std::min(a, b)), last = binOf(slopes, std::max(a, b));
-    SlopeRange steepest;
-    for (std::size_t bin = first; bin <= last; ++bin) {
-        steepest.flow = std::max(steepest.flow, slopes.flow[bin]);
-        steepest.exchange = std::max(steepest.exchange, slopes.exchange[bin]);
-    }
-    return steepest;
-}
 
 FractionSlopes fractionSlopes(const GridModel& grid, const FluidTables& tables, const CellState& state) {
     const Viscosities mu = meanViscosities(grid, state);

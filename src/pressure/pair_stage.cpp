@@ -1,6 +1,7 @@
 #include "pressure/pair_stage.hpp"
 
 #include "fluid/saturation_functions.hpp"
+#include "pressure/tank_arithmetic.hpp"
 #include "pressure/water_pair.hpp"
 
 #include <algorithm>

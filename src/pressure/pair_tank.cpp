@@ -1,6 +1,7 @@
 #include "pressure/pair_tank.hpp"
 
 #include "pressure/pair_stage.hpp"
+#include "pressure/tank_arithmetic.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -73,16 +73,12 @@ PhaseState tankState(const FluidTables& tables, const SaturationTable& table, co
 /// Surface amounts that a reservoir volume takes along at the tank's mobilities in a state. Where nothing is
 /// mobile the phases leave as they stand.
 ConservedAmounts makeUpAt(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state);
-/// The same by given mobilities of water, oil and gas, 1/cp.
-ConservedAmounts makeUpOf(const TankFluid& fluid, const PhaseState& state, bool hasGas,
-                          std::array<double, 3> mobility);
 
 /// Mobilities of water and oil of a tank in a state, with their shares of the sum.
 struct PairMobility {
     double water = 0.0, oil = 0.0;  // 1/cp
     double waterShare = 0.0, oilShare = 0.0;
 };
-PairMobility pairOf(double water, double oil);
 
 /// What gravity makes of the flows of a tank's own mobilities over a substep.
 struct OwnExchange {
@@ -93,18 +89,6 @@ struct OwnExchange {
 };
 OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
                       std::span<const BuoyantFlow> buoyant);
-/// The same by known mobilities.
-OwnExchange turnedBy(const PairMobility& lambda, const TankFluid& fluid, double Rs,
-                     std::span<const BuoyantFlow> buoyant);
-
-/// Counts a substep, a share of the step, in the means of the faces and by its `moment` in their change over
-/// the step. `follow`: known make-ups were followed.
-void addMeans(double share, double moment, bool follow, const OwnExchange& turned,
-              std::span<BuoyantFlow> buoyant);
-
-/// Amounts that are left after a substep may not be negative: takes back what was not there.
-void keepWhatIsThere(ConservedAmounts& held, ConservedAmounts& missing);
-
 /// Shares of the outflow that were there, and the reservoir volume of what was `missing` of `request` and of
 /// what left by the tank's own mobilities.
 void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,
