@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace kvr {
@@ -16,27 +15,30 @@ constexpr double SumSlack = 1e-3;      // of fractions written with a few digits
 constexpr double SumRounding = 1e-12;  // of a sum that is 1
 constexpr double Freezing = 491.67;    // Rankine
 
-/// Data of each component; outside `low` .. `high` they are told, not above `limit` they stop the run.
+/// Data of each component; outside `low` .. `high` they are told, outside `least` .. `most`, some ten times
+/// beyond any fluid's, they stop the run.
 struct ComponentRule {
     std::string_view keyword;
     Column FluidTables::*values;
-    double limit;
+    double least, most;
     double low, high;
 };
 
-constexpr double Any = std::numeric_limits<double>::infinity();
 constexpr ComponentRule Rules[] = {
-    {"TCRIT", &FluidTables::TCRIT, 0.0, 9.0, 3600.0},  // helium, 2000 K
-    {"PCRIT", &FluidTables::PCRIT, 0.0, 30.0, 3300.0}, {"VCRIT", &FluidTables::VCRIT, 0.0, 0.5, 150.0},
-    {"MW", &FluidTables::MW, 0.0, 1.0, 2000.0},        {"ACF", &FluidTables::ACF, -Any, -0.5, 3.0},
+    {"TCRIT", &FluidTables::TCRIT, 0.9, 36000.0, 9.0, 3600.0},  // helium, 2000 K
+    {"PCRIT", &FluidTables::PCRIT, 3.0, 33000.0, 30.0, 3300.0},
+    {"VCRIT", &FluidTables::VCRIT, 0.05, 1500.0, 0.5, 150.0},
+    {"MW", &FluidTables::MW, 0.1, 20000.0, 1.0, 2000.0},
+    {"ACF", &FluidTables::ACF, -5.0, 30.0, -0.5, 3.0},
 };
+constexpr double MostPair = 10.0;  // of a binary coefficient
 
 void checkValues(const Console& console, const ComponentRule& rule, const FluidTables& tables) {
     const Column& values = tables.*rule.values;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (!(values[i] > rule.limit)) {
-            both(console, "ERROR :: {} OF COMPONENT {} ({}) MUST BE ABOVE {}, IT IS {}", rule.keyword, i + 1,
-                 tables.CNAMES[i], number(rule.limit), number(values[i]));
+        if (!(values[i] >= rule.least && values[i] <= rule.most)) {
+            both(console, "ERROR :: {} OF COMPONENT {} ({}) MUST BE {} TO {}, IT IS {}", rule.keyword, i + 1,
+                 tables.CNAMES[i], number(rule.least), number(rule.most), number(values[i]));
             hardStop(console);
         }
         if (values[i] < rule.low || values[i] > rule.high)
@@ -53,16 +55,24 @@ void nameComponents(const Console& console, std::size_t count, FluidTables& tabl
         if (tables.CNAMES[i].empty()) tables.CNAMES[i] = fmt::format("COMP{}", i + 1);
 }
 
+void checkPair(const Console& console, std::size_t i, std::size_t j, double coefficient) {
+    if (!(std::abs(coefficient) <= MostPair)) {
+        both(console, "ERROR :: BIC OF COMPONENTS {} AND {} MUST BE {} TO {}, IT IS {}", i + 1, j + 1,
+             number(-MostPair), number(MostPair), number(coefficient));
+        hardStop(console);
+    }
+    if (!(std::abs(coefficient) < 1.0))
+        warn(console, "WARNING :: BIC OF COMPONENTS {} AND {} IS {}, NOT WITHIN -1 TO 1", i + 1, j + 1,
+             number(coefficient));
+}
+
 void checkPairs(const Console& console, std::size_t count, FluidTables& tables) {
     if (tables.BIC.empty()) {
         tables.BIC.assign(count * count, 0.0);
         if (count > 1) warn(console, "WARNING :: BIC IS NOT GIVEN, 0 FOR EVERY PAIR");
     }
     for (std::size_t i = 0; i < count; ++i)
-        for (std::size_t j = 0; j < i; ++j)
-            if (!(std::abs(tables.BIC[i * count + j]) < 1.0))
-                warn(console, "WARNING :: BIC OF COMPONENTS {} AND {} IS {}, NOT WITHIN -1 TO 1", i + 1,
-                     j + 1, number(tables.BIC[i * count + j]));
+        for (std::size_t j = 0; j < i; ++j) checkPair(console, i, j, tables.BIC[i * count + j]);
 }
 
 void checkTemperature(const Console& console, double rankine) {

@@ -91,7 +91,19 @@ TEST(PropsOfComponents, BelowNothingStopTheRun) {
         {Names, "TCRIT\n343 1111.8 /\nPCRIT\n667.8 -304 /\nVCRIT\n1.59 9.66 /\n", Others, Temperature}));
     bench.speakToStandardError();
     EXPECT_EXIT(bench.read(), testing::ExitedWithCode(1),
-                "ERROR :: PCRIT OF COMPONENT 2 .C10. MUST BE ABOVE 0, IT IS -304");
+                "ERROR :: PCRIT OF COMPONENT 2 .C10. MUST BE 3 TO 33000, IT IS -304");
+}
+
+TEST(PropsOfComponents, FarBeyondAnyFluidStopTheRun) {
+    ComponentBench hot(joined(
+        {Names, "TCRIT\n343 2147483647 /\nPCRIT\n667.8 304 /\nVCRIT\n1.59 9.66 /\n", Others, Temperature}));
+    hot.speakToStandardError();
+    EXPECT_EXIT(hot.read(), testing::ExitedWithCode(1),
+                "ERROR :: TCRIT OF COMPONENT 2 .C10. MUST BE 0.9 TO 36000, IT IS");
+    ComponentBench pair(joined({Names, Critical, Others, Temperature, "BIC\n400 /\n"}));
+    pair.speakToStandardError();
+    EXPECT_EXIT(pair.read(), testing::ExitedWithCode(1),
+                "ERROR :: BIC OF COMPONENTS 2 AND 1 MUST BE -10 TO 10, IT IS 400");
 }
 
 TEST(PropsOfComponents, NeedATemperature) {
