@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <vector>
 
 namespace kvr {
 
@@ -32,6 +34,15 @@ Viscosities meanViscosities(const GridModel& grid, const CellState& state) {
     }
     if (count == 0) return {1.0, 1.0, 1.0};
     return {mean.oil / count, mean.water / count, mean.gas / count};
+}
+
+/// Marks the saturation regions, by number - 1, that cells are in: a deck may hold thousands of others.
+std::vector<std::uint8_t> regionsOfCells(const GridModel& grid, std::size_t count) {
+    std::vector<std::uint8_t> used(count, 0);
+    if (count == 0) return used;
+    for (CellId c = 1; c <= grid.NCELLS; ++c)
+        if (grid.Active[c] != 0) used[static_cast<std::size_t>(grid.SATNUM[c]) - 1] = 1;
+    return used;
 }
 
 /// Fraction of one phase in the flow of a region: water against oil, or gas against oil at connate water.
@@ -94,12 +105,16 @@ RegionSlopes regionSlopes(const FluidTables& tables, const SaturationTable& tabl
 FractionSlopes fractionSlopes(const GridModel& grid, const FluidTables& tables, const CellState& state) {
     const Viscosities mu = meanViscosities(grid, state);
     FractionSlopes slopes;
-    for (const SaturationTable& table : tables.regions) {
+    const std::vector<std::uint8_t> used = regionsOfCells(grid, tables.regions.size());
+    if (!tables.hasGas) slopes.regions.resize(tables.regions.size());
+    for (std::size_t r = 0; r < tables.regions.size(); ++r) {
+        if (used[r] == 0) continue;
+        const SaturationTable& table = tables.regions[r];
         slopes.steepest = std::max(slopes.steepest, steepestFraction(tables, table, mu, false));
         if (tables.hasGas)
             slopes.steepest = std::max(slopes.steepest, steepestFraction(tables, table, mu, true));
         else
-            slopes.regions.push_back(regionSlopes(tables, table, mu));
+            slopes.regions[r] = regionSlopes(tables, table, mu);
     }
     return slopes;
 }

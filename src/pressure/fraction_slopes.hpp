@@ -21,7 +21,7 @@ struct RegionSlopes {
 
 /// How much faster than the fluid a saturation travels.
 struct FractionSlopes {
-    double steepest = 1.0;              // rise of a fractional flow, over all regions
+    double steepest = 1.0;              // rise of a fractional flow, over all regions of cells
     std::vector<RegionSlopes> regions;  // by number - 1; empty: the steepest holds everywhere
 };
 

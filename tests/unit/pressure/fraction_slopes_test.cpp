@@ -13,6 +13,8 @@ FractionSlopes slopesOf(const FluidTables& tables, double muW, double muO) {
     grid.NCELLS = 2;
     grid.Active.assign(2, 1);
     grid.Active[2] = 0;
+    grid.SATNUM.assign(2, 1);
+    grid.SATNUM[2] = 2;
     CellState state;
     state.MuW.assign(2, muW);
     state.MuO.assign(2, muO);
@@ -45,6 +47,17 @@ TEST(FractionSlopes, AreSteepOnlyWhereTheCurvesAre) {
     EXPECT_EQ(steepestBetween(region, 0.39, 0.42).flow, steepestBetween(region, 0.2, 0.8).flow);
     EXPECT_LT(steepestBetween(region, 0.71, 1.0).flow, 1.0);
     EXPECT_GT(steepestBetween(region, 0.71, 1.0).flow, 0.0);
+}
+
+TEST(FractionSlopes, AreWorkedOutForRegionsOfCellsAlone) {
+    FluidTables tables = samples::sharesFlow();
+    tables.regions.push_back(samples::fourRowRegion());
+    finishTables(tables);
+    const FractionSlopes slopes = slopesOf(tables, 1.0, 1.0);
+    EXPECT_NEAR(slopes.steepest, 1.0, 1e-9)
+        << "the second region is steeper, and no cell that flows is in it";
+    ASSERT_EQ(slopes.regions.size(), 2U);
+    EXPECT_EQ(steepestBetween(slopes.regions[1], 0.0, 1.0).flow, 0.0);
 }
 
 TEST(FractionSlopes, LeaveTheSteepestBesideGas) {
