@@ -42,6 +42,7 @@ struct RelPerms {
 /// By the region-free set: TableLookup on the single columns; the oil by the rule of region 1, Stone's model
 /// for sw + sg below 1.
 RelPerms relPermsSingle(const FluidTables& tables, double sw, double sg);
+
 /// Whether a cell is flagged for the tables of its region, not for the region-free set.
 inline bool hasRegionTable(const FluidTables& tables, CellId cell) {
     return tables.RegionTableCell.empty() || tables.RegionTableCell[cell] != 0;

@@ -45,7 +45,7 @@ inline SlopeRange steepestBetween(const RegionSlopes& slopes, double a, double b
 }
 
 /// Slopes at the mean viscosities of the cells that flow (fractures, not their matrix). The steepest is at
-/// least 1; bins are there where no gas is.
+/// least 1; bins are there where no gas is, all 0 in a region that no cell is in.
 FractionSlopes fractionSlopes(const GridModel& grid, const FluidTables& tables, const CellState& state);
 
 }  // namespace kvr

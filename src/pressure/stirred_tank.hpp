@@ -89,6 +89,7 @@ struct OwnExchange {
 };
 OwnExchange turnedOwn(const FluidTables& tables, const TankFluid& fluid, const PhaseState& state,
                       std::span<const BuoyantFlow> buoyant);
+
 /// Shares of the outflow that were there, and the reservoir volume of what was `missing` of `request` and of
 /// what left by the tank's own mobilities.
 void accountForMissing(const TankFluid& fluid, const TankFlows& flows, const ConservedAmounts& request,

@@ -79,7 +79,9 @@ bool gravityTurns(const FluidTables& tables, const TankFluid& fluid, const TankF
     });
 }
 
-/// What a tank holds and meets, known to the compiler: what is not there costs nothing.
+/// What a tank holds and meets, known to the compiler: what is not there costs nothing. Only inlined whole do
+/// the kernels of a substep keep its records in registers; left to itself the compiler stores and reloads
+/// them.
 template <bool Gas, bool Buoyant>
 struct TankKind {
     static constexpr bool HasGas = Gas;
